@@ -1,0 +1,74 @@
+// The numbers of the library's errors, with what they carry and how the catalogue words them.
+#ifndef QBFOUNDATION_ERRORNUMBERS_H
+#define QBFOUNDATION_ERRORNUMBERS_H
+
+#include <span>
+
+namespace qb {
+
+/// An error that the library raises.
+struct ErrorNumber {
+    int number;
+    const char *values; // the values that follow the number in a raise, in order
+    const char *format; // the catalogue's text, a restricted format for those values
+};
+
+constexpr int kErrorCannotRead = 100023;
+constexpr int kErrorCannotWrite = 100024;
+constexpr int kErrorFileMissing = 100039;
+constexpr int kErrorOutOfMemory = 100156;
+constexpr int kErrorCannotMakeDirectory = 100168;
+constexpr int kErrorNotADirectory = 100170;
+constexpr int kErrorCannotStat = 100194;
+constexpr int kErrorCopyTargetExists = 100195;
+constexpr int kErrorCannotOpenDirectory = 100196;
+constexpr int kErrorNameTooLong = 100197;
+constexpr int kErrorCannotReadDirectory = 100198;
+constexpr int kErrorCannotMakeLink = 100199;
+constexpr int kErrorCannotRename = 100202;
+constexpr int kErrorCannotRemove = 100203;
+constexpr int kErrorNotALink = 100222;
+constexpr int kErrorMalformedUtf8 = 100231;
+constexpr int kErrorCannotSetFileTimes = 100235;
+constexpr int kErrorGlobAborted = 100240;
+constexpr int kErrorForbiddenCharacter = 100242;
+constexpr int kErrorMalformedPropertyList = 900001;
+constexpr int kErrorMalformedArchive = 900002;
+
+inline constexpr ErrorNumber kErrorNumbers[] = {
+    {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
+    {kErrorCannotWrite, "path, system text", "The file '%s' could not be written: %s"},
+    {kErrorFileMissing, "path", "The file '%s' does not exist."},
+    {kErrorOutOfMemory, "", "There is not enough memory."},
+    {kErrorCannotMakeDirectory, "directory, system text", "The directory '%s' could not be made: %s"},
+    {kErrorNotADirectory, "path", "'%s' is not a directory."},
+    {kErrorCannotStat, "path, system text", "The state of '%s' could not be read: %s"},
+    {kErrorCopyTargetExists, "source, target",
+     "The file or directory '%s' could not be copied to '%s' because the destination already exists."},
+    {kErrorCannotOpenDirectory, "path, system text", "The directory '%s' could not be opened: %s"},
+    {kErrorNameTooLong, "name", "The file name '%s' is too long."},
+    {kErrorCannotReadDirectory, "path, system text", "The directory '%s' could not be read: %s"},
+    {kErrorCannotMakeLink, "link text, link, system text", "The link to '%s' could not be made at '%s': %s"},
+    {kErrorCannotRename, "source, target, system text", "'%s' could not be renamed to '%s': %s"},
+    {kErrorCannotRemove, "path, system text", "'%s' could not be removed: %s"},
+    {kErrorNotALink, "path", "'%s' is not a symbolic link."},
+    {kErrorMalformedUtf8, "byte offset", "The text is not valid UTF-8 from byte %d on."},
+    {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
+    {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
+    {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
+    {kErrorMalformedPropertyList, "line, column, what was expected",
+     "The property list is malformed in line %d, column %d: expected %s."},
+    {kErrorMalformedArchive, "byte offset, what is wrong", "The archive is malformed at byte %d: %s."},
+};
+
+/// The error with that number; null for a number that the library does not raise.
+constexpr const ErrorNumber *errorNumber(int number) {
+    for (const ErrorNumber &error : kErrorNumbers)
+        if (error.number == number)
+            return &error;
+    return nullptr;
+}
+
+} // namespace qb
+
+#endif

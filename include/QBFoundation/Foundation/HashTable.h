@@ -1,0 +1,72 @@
+// The table behind dictionaries and sets.
+#ifndef QBFOUNDATION_FOUNDATION_HASHTABLE_H
+#define QBFOUNDATION_FOUNDATION_HASHTABLE_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+
+#include <cstdint>
+
+namespace qb {
+
+/// Keys with values, in the order in which the keys came.
+///
+/// The entries stand one after the other, so that going over them is a walk through memory; a second array,
+/// in the same allocation, maps hashes to entries by open addressing with linear probing. A removed key
+/// leaves a hole among the entries until the table is built anew. Keys and values are retained.
+class QB_EXPORT HashTable {
+public:
+    struct Entry {
+        NSObject *key; // null: a hole
+        NSObject *value;
+    };
+
+    HashTable() noexcept = default;
+    HashTable(const HashTable &) = delete;
+    HashTable &operator=(const HashTable &) = delete;
+    ~HashTable();
+
+    std::uint32_t count() const noexcept { return count_; }
+
+    /// Returns the entry of a key that is equal to `key`; null when there is none.
+    Entry *find(const NSObject *key) const;
+
+    /// Returns the entry of `key`, new with a null value when there is none. `key` is retained when it is
+    /// new. Throws std::bad_alloc, with the table unchanged.
+    Entry &entryFor(NSObject *key);
+
+    /// Removes the key; returns whether it was there.
+    bool remove(const NSObject *key);
+    void removeAll() noexcept;
+
+    /// Makes room for `count` entries. Throws std::bad_alloc, with the table unchanged.
+    void reserve(std::uint32_t count);
+
+    /// The entries, holes included.
+    Entry *begin() const noexcept { return entries_; }
+    Entry *end() const noexcept { return entries_ + used_; }
+
+private:
+    // A place of the index: the whole hash spares most looks at keys.
+    struct Slot {
+        std::uint32_t hash;
+        std::uint32_t entry; // the entry's number from 1 on; 0: empty
+    };
+    static constexpr std::uint32_t kRemoved = UINT32_MAX;
+    static constexpr std::uint32_t kMostEntries = 0x08000000;
+
+    Slot *slotOf(const NSObject *key, std::uint32_t hash) const;
+    void rebuild(std::uint32_t capacity);
+    void enter(std::uint32_t hash, std::uint32_t entry) noexcept;
+    static std::size_t bytesFor(std::uint32_t capacity, std::uint32_t slots);
+
+    Entry *entries_ = nullptr;
+    Slot *slots_ = nullptr;
+    std::uint32_t mask_ = 0;
+    std::uint32_t capacity_ = 0;
+    std::uint32_t used_ = 0;
+    std::uint32_t count_ = 0;
+};
+
+} // namespace qb
+
+#endif

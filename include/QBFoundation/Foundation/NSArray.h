@@ -1,0 +1,174 @@
+// Ordered collections.
+#ifndef QBFOUNDATION_FOUNDATION_NSARRAY_H
+#define QBFOUNDATION_FOUNDATION_NSARRAY_H
+
+#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSRange.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+
+class NSMutableArray;
+
+/// A list of objects that does not change. It retains its elements, none of which is nil.
+///
+/// A short list stands behind the object in the same piece of memory. Makers that meet a nil element throw
+/// InvalidArgumentException.
+class QB_EXPORT NSArray : public NSObject {
+public:
+    NSArray() noexcept = default;
+    ~NSArray() override;
+
+    static void operator delete(void *memory, std::size_t size) noexcept;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    // --- Creation ---
+
+    /// Returns an array of those elements, owned.
+    static Ref<NSArray> initWith(std::span<const id> elements);
+    static Ref<NSArray> initWith(std::initializer_list<id> elements) {
+        return initWith(std::span(elements.begin(), elements.size()));
+    }
+    /// Returns an array of those elements, autoreleased.
+    static NSArray *arrayWith(std::initializer_list<id> elements) { return initWith(elements).autorelease(); }
+    static NSArray *arrayWith(std::span<const id> elements) { return initWith(elements).autorelease(); }
+    /// As `initWith`, of the class that was asked.
+    static Ref<NSArray> initOfClass(Class *asked, std::span<const id> elements);
+
+    static NSArray *array() { return arrayWith(std::span<const id>()); }
+    static NSArray *arrayWithObject(id object) { return arrayWith({object}); }
+    template <class... T>
+    static NSArray *arrayWithObjects(T... objects) {
+        return arrayWith({static_cast<id>(objects)...});
+    }
+    static NSArray *arrayWithArray(NSArray *other);
+    static Ref<NSArray> init() { return initWith(std::span<const id>()); }
+    static Ref<NSArray> initWithArray(NSArray *other);
+
+    // --- Elements ---
+
+    std::uint32_t count() const noexcept { return count_; }
+    /// Returns the element at `index`. Throws NSRangeException when there is none.
+    virtual id objectAtIndex(std::uint32_t index) const;
+    /// Returns the last element; nil of an empty array.
+    virtual id lastObject() const { return count_ ? elements_[count_ - 1] : nullptr; }
+    virtual NSEnumerator *objectEnumerator() const;
+    virtual NSEnumerator *reverseObjectEnumerator() const;
+    /// The elements, as long as the array lives and does not change.
+    std::span<const id> view() const noexcept { return {elements_, count_}; }
+
+    // --- Searching ---
+
+    virtual BOOL containsObject(id object) const { return indexOfObject(object) != NSNotFound; }
+    /// Returns the index of the first element that is equal to `object`; NSNotFound when there is none.
+    virtual std::uint32_t indexOfObject(id object) const;
+
+    // --- Comparison ---
+
+    BOOL isEqual(id other) const override;
+    virtual BOOL isEqualToArray(NSArray *other) const;
+    std::uint32_t hash() const override { return count_; }
+
+    // --- What every value answers ---
+
+    BOOL containsData() const override { return count_ != 0; }
+    NSString *description() const override;
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    Ref<NSObject> mutableCopyWithZone(void *zone) const override;
+    Ref<NSArray> copy() const;
+    Ref<NSMutableArray> mutableCopy() const;
+    void writeOnOutputStream(QBOutputStream *stream) override;
+
+    // --- Range-for ---
+
+    /// Goes over the elements. Throws InvalidUseOfMethodException when the array was changed meanwhile.
+    class Iterator {
+    public:
+        Iterator(const NSArray *array, std::uint32_t index)
+            : array_(array), index_(index), mutations_(array->mutations_) {}
+        id operator*() const { return array_->elements_[index_]; }
+        Iterator &operator++() {
+            if (array_->mutations_ != mutations_)
+                throwMutated();
+            ++index_;
+            return *this;
+        }
+        bool operator!=(const Iterator &) const { return index_ < array_->count_; }
+
+    private:
+        const NSArray *array_;
+        std::uint32_t index_;
+        std::uint32_t mutations_;
+    };
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, count_}; }
+
+protected:
+    /// The initialiser of subclasses from elements that are not nil.
+    virtual BOOL setUpWithObjects(const id *objects, std::uint32_t count);
+
+    [[noreturn]] static void throwMutated();
+
+    std::uint32_t count_ = 0;
+    std::uint32_t mutations_ = 0; // counted, so that enumerations notice them
+    id *elements_ = nullptr;
+    std::uint32_t capacity_ = 0; // 0: the elements stand behind the object
+
+private:
+    friend class NSArrayEnumerator;
+    static Ref<NSArray> makeShort(std::span<const id> elements);
+};
+
+/// A list of objects that can change.
+class QB_EXPORT NSMutableArray : public NSArray {
+public:
+    NSMutableArray() = default;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    static Ref<NSMutableArray> initWith(std::span<const id> elements);
+    static Ref<NSMutableArray> initWith(std::initializer_list<id> elements) {
+        return initWith(std::span(elements.begin(), elements.size()));
+    }
+    static NSMutableArray *arrayWith(std::initializer_list<id> elements) {
+        return initWith(elements).autorelease();
+    }
+    static NSMutableArray *array() { return init().autorelease(); }
+    static NSMutableArray *arrayWithObject(id object) { return arrayWith({object}); }
+    static NSMutableArray *arrayWithArray(NSArray *other) { return initWithArray(other).autorelease(); }
+    /// Returns an empty array with room for `capacity` elements.
+    static NSMutableArray *arrayWithCapacity(std::uint32_t capacity) {
+        return initWithCapacity(capacity).autorelease();
+    }
+    static Ref<NSMutableArray> init() { return initWith(std::span<const id>()); }
+    static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity);
+    static Ref<NSMutableArray> initWithArray(NSArray *other);
+
+    /// Appends. Throws InvalidArgumentException when `object` is nil, as all that take an element do.
+    virtual void addObject(id object);
+    /// Appends each element of `other`; nil appends nothing.
+    virtual void addObjectsFromArray(NSArray *other);
+    /// Inserts in front of the element at `index`, or behind the last at `count`. Throws NSRangeException
+    /// beyond it.
+    virtual void insertObject(id object, std::uint32_t atIndex);
+    /// Throws NSRangeException when there is no such element, as the next ones do.
+    virtual void removeObjectAtIndex(std::uint32_t index);
+    virtual void replaceObjectAtIndex(std::uint32_t index, id withObject);
+    virtual void removeLastObject();
+    virtual void removeAllObjects();
+
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    id makeMutable() const override { return self(); }
+
+protected:
+    virtual BOOL setUpWithCapacity(std::uint32_t capacity);
+    void reserve(std::uint64_t capacity);
+};
+
+#endif

@@ -1,0 +1,101 @@
+// Bytes.
+#ifndef QBFOUNDATION_FOUNDATION_NSDATA_H
+#define QBFOUNDATION_FOUNDATION_NSDATA_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSRange.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+class NSMutableData;
+
+/// Bytes that do not change.
+class QB_EXPORT NSData : public NSObject {
+public:
+    NSData() noexcept = default;
+    ~NSData() override;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    // --- Creation ---
+
+    /// Returns data with a copy of the bytes, owned. Throws std::bad_alloc, and InvalidArgumentException from
+    /// 4 GiB on.
+    static Ref<NSData> initWith(std::span<const std::byte> bytes);
+    static NSData *dataWith(std::span<const std::byte> bytes) { return initWith(bytes).autorelease(); }
+    static NSData *data() { return init().autorelease(); }
+    static NSData *dataWithBytes(const void *bytes, std::uint32_t length) {
+        return initWithBytes(bytes, length).autorelease();
+    }
+    static NSData *dataWithData(NSData *other);
+    static Ref<NSData> init();
+    static Ref<NSData> initWithBytes(const void *bytes, std::uint32_t length);
+
+    // --- Bytes ---
+
+    /// The bytes; null when there are none. Valid as long as the data and, if it is mutable, until it
+    /// changes.
+    const void *bytes() const noexcept { return bytes_; }
+    std::uint32_t length() const noexcept { return length_; }
+    std::span<const std::byte> view() const noexcept { return {bytes_, length_}; }
+    /// Copies the bytes of `range`. Throws NSRangeException when the range is not inside the data.
+    virtual void getBytes(void *buffer, NSRange range) const;
+
+    BOOL isEqual(id other) const override;
+    virtual BOOL isEqualToData(NSData *other) const;
+    std::uint32_t hash() const override;
+
+    // --- What every value answers ---
+
+    BOOL containsData() const override { return length_ != 0; }
+    /// Returns the property-list form: "<0fbd7771 c2735ae0>".
+    NSString *description() const override;
+    NSData *asData() const override { return static_cast<NSData *>(self()); }
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    Ref<NSObject> mutableCopyWithZone(void *zone) const override;
+    Ref<NSData> copy() const;
+    Ref<NSMutableData> mutableCopy() const;
+    void writeOnOutputStream(QBOutputStream *stream) override;
+    void writeOnPropertyListOutputStream(QBOutputStream *stream) override;
+
+protected:
+    /// The initialiser `initWithBytes:length:`.
+    virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
+    void reserve(std::uint64_t capacity);
+    void append(const void *bytes, std::uint32_t length);
+
+private:
+    friend class NSMutableData;
+
+    std::uint32_t length_ = 0;
+    std::uint32_t capacity_ = 0;
+    std::byte *bytes_ = nullptr;
+};
+
+/// Bytes that can change.
+class QB_EXPORT NSMutableData : public NSData {
+public:
+    NSMutableData() = default;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    static Ref<NSMutableData> init();
+    static NSMutableData *data() { return init().autorelease(); }
+    static Ref<NSMutableData> initWithBytes(const void *bytes, std::uint32_t length);
+    static NSMutableData *dataWithBytes(const void *bytes, std::uint32_t length) {
+        return initWithBytes(bytes, length).autorelease();
+    }
+    static NSMutableData *dataWithData(NSData *other);
+
+    virtual void appendBytes(const void *bytes, std::uint32_t length) { append(bytes, length); }
+    virtual void appendData(NSData *other);
+
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    id makeMutable() const override { return self(); }
+};
+
+#endif

@@ -1,0 +1,164 @@
+// Collections of values by key.
+#ifndef QBFOUNDATION_FOUNDATION_NSDICTIONARY_H
+#define QBFOUNDATION_FOUNDATION_NSDICTIONARY_H
+
+#include <QBFoundation/Foundation/HashTable.h>
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSObject.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <utility>
+
+class NSMutableDictionary;
+
+/// Values by key, in the order in which the keys were first put in; it does not change.
+///
+/// Keys are copied (the copy of an immutable value is the value itself) and compared with `isEqual:`; values
+/// are retained. Equality of dictionaries ignores the order. Makers that meet a nil key or value throw
+/// InvalidArgumentException.
+class QB_EXPORT NSDictionary : public NSObject {
+public:
+    /// A value and its key.
+    using Pair = std::pair<id, id>;
+
+    NSDictionary() noexcept = default;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    // --- Creation ---
+
+    /// Returns a dictionary of {key, value} pairs, owned; the last value of a key that stands twice counts.
+    static Ref<NSDictionary> initWith(std::initializer_list<Pair> keysAndValues);
+    static NSDictionary *dictionaryWith(std::initializer_list<Pair> keysAndValues) {
+        return initWith(keysAndValues).autorelease();
+    }
+
+    static NSDictionary *dictionary() { return dictionaryWith({}); }
+    static NSDictionary *dictionaryWithObjectForKey(id object, id key) {
+        return dictionaryWith({{key, object}});
+    }
+    static NSDictionary *dictionaryWithDictionary(NSDictionary *other) {
+        return initWithDictionary(other).autorelease();
+    }
+    static Ref<NSDictionary> init() { return initWith({}); }
+    static Ref<NSDictionary> initWithDictionary(NSDictionary *other);
+
+    // --- Entries ---
+
+    std::uint32_t count() const noexcept { return table_.count(); }
+    /// Returns the value of `key`; nil when there is none, and for nil.
+    virtual id objectForKey(id key) const;
+    /// The keys in their order, autoreleased.
+    virtual NSArray *allKeys() const;
+    /// The values in the order of their keys, autoreleased.
+    virtual NSArray *allValues() const;
+    virtual NSEnumerator *keyEnumerator() const;
+    virtual NSEnumerator *objectEnumerator() const;
+
+    // --- Comparison ---
+
+    BOOL isEqual(id other) const override;
+    virtual BOOL isEqualToDictionary(NSDictionary *other) const;
+    std::uint32_t hash() const override { return count(); }
+
+    // --- What every value answers ---
+
+    BOOL containsData() const override { return count() != 0; }
+    NSString *description() const override;
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    Ref<NSObject> mutableCopyWithZone(void *zone) const override;
+    Ref<NSDictionary> copy() const;
+    Ref<NSMutableDictionary> mutableCopy() const;
+    void writeOnOutputStream(QBOutputStream *stream) override;
+
+    // --- Range-for ---
+
+    /// Goes over the entries as {key, value} pairs. Throws InvalidUseOfMethodException when the dictionary
+    /// was changed meanwhile.
+    class Iterator {
+    public:
+        explicit Iterator(const NSDictionary *dictionary)
+            : dictionary_(dictionary), mutations_(dictionary->mutations_) {
+            skipHoles();
+        }
+        Pair operator*() const {
+            const qb::HashTable::Entry &entry = dictionary_->table_.begin()[index_];
+            return {entry.key, entry.value};
+        }
+        Iterator &operator++() {
+            if (dictionary_->mutations_ != mutations_)
+                throwMutated();
+            ++index_;
+            skipHoles();
+            return *this;
+        }
+        bool atEnd() const { return dictionary_->table_.begin() + index_ == dictionary_->table_.end(); }
+        bool operator!=(const Iterator &) const { return !atEnd(); }
+
+    private:
+        void skipHoles() {
+            while (!atEnd() && !dictionary_->table_.begin()[index_].key)
+                ++index_;
+        }
+
+        const NSDictionary *dictionary_;
+        std::uint32_t index_ = 0;
+        std::uint32_t mutations_;
+    };
+    Iterator begin() const { return Iterator(this); }
+    Iterator end() const { return Iterator(this); }
+
+protected:
+    /// The initialiser `initWithDictionary:`.
+    virtual BOOL setUpWithDictionary(NSDictionary *other);
+    virtual BOOL setUpWithObjectForKey(id object, id key);
+    /// Stores a value; `key` is copied when it is new.
+    void store(id key, id value);
+
+    [[noreturn]] static void throwMutated();
+
+    std::uint32_t mutations_ = 0; // of keys, counted so that enumerations notice them
+    qb::HashTable table_;
+};
+
+/// Values by key that can change.
+class QB_EXPORT NSMutableDictionary : public NSDictionary {
+public:
+    NSMutableDictionary() = default;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    static Ref<NSMutableDictionary> initWith(std::initializer_list<Pair> keysAndValues);
+    static NSMutableDictionary *dictionaryWith(std::initializer_list<Pair> keysAndValues) {
+        return initWith(keysAndValues).autorelease();
+    }
+    static NSMutableDictionary *dictionary() { return init().autorelease(); }
+    static NSMutableDictionary *dictionaryWithCapacity(std::uint32_t capacity) {
+        return initWithCapacity(capacity).autorelease();
+    }
+    static NSMutableDictionary *dictionaryWithDictionary(NSDictionary *other) {
+        return initWithDictionary(other).autorelease();
+    }
+    static Ref<NSMutableDictionary> init() { return initWith({}); }
+    /// Returns an empty dictionary with room for `capacity` keys.
+    static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);
+    static Ref<NSMutableDictionary> initWithDictionary(NSDictionary *other);
+
+    /// Stores `object` under `key`. Throws InvalidArgumentException when one of them is nil.
+    virtual void setObjectForKey(id object, id key);
+    /// Removes the key and its value; a key that is not there changes nothing, nil neither.
+    virtual void removeObjectForKey(id key);
+    virtual void removeAllObjects();
+
+    Ref<NSObject> copyWithZone(void *zone) const override;
+    id makeMutable() const override { return self(); }
+
+protected:
+    virtual BOOL setUpWithCapacity(std::uint32_t capacity);
+};
+
+#endif

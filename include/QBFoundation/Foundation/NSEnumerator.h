@@ -1,0 +1,45 @@
+// Going over the elements of a collection.
+#ifndef QBFOUNDATION_FOUNDATION_NSENUMERATOR_H
+#define QBFOUNDATION_FOUNDATION_NSENUMERATOR_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+
+class NSArray;
+
+/// Yields objects one after the other, then nil for ever. Subclasses override `nextObject`.
+///
+/// The enumerators of collections retain their collection. `nextObject` of them throws
+/// InvalidUseOfMethodException when the collection was changed since the enumeration began.
+class QB_EXPORT NSEnumerator : public NSObject {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    id nextObject() override = 0;
+
+    /// Returns the objects that are left, autoreleased, never nil.
+    virtual NSArray *allObjects();
+
+    void writeOnOutputStream(QBOutputStream *stream) override;
+
+    /// Range-for over what is left.
+    class Iterator {
+    public:
+        explicit Iterator(NSEnumerator *source)
+            : source_(source), current_(source ? source->nextObject() : nullptr) {}
+        id operator*() const { return current_; }
+        Iterator &operator++() {
+            current_ = source_->nextObject();
+            return *this;
+        }
+        bool operator!=(const Iterator &) const { return current_ != nullptr; }
+
+    private:
+        NSEnumerator *source_;
+        id current_;
+    };
+    Iterator begin() { return Iterator(this); }
+    Iterator end() { return Iterator(nullptr); }
+};
+
+#endif

@@ -1,0 +1,201 @@
+// The root of all classes.
+#ifndef QBFOUNDATION_FOUNDATION_NSOBJECT_H
+#define QBFOUNDATION_FOUNDATION_NSOBJECT_H
+
+#include <QBFoundation/Runtime/Memory.h>
+#include <QBFoundation/Runtime/Ref.h>
+#include <QBFoundation/Runtime/Types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+
+class NSCoder;
+class NSData;
+class NSDictionary;
+class NSInvocation;
+class NSNumber;
+class NSString;
+class Protocol;
+class QBOutputStream;
+
+namespace qb {
+class Method;
+class Value;
+
+/// Runs the destructor of an object whose last reference was released. Chains of objects that own each other
+/// are taken apart step by step, so that their length never meets the end of the stack.
+QB_EXPORT void destroy(NSObject *object) noexcept;
+
+/// Makes a default-constructed `T` and lets `setUp` set it up with the arguments: the one place where objects
+/// come into being. Returns null, with the object destroyed, when `setUp` answers NO.
+template <class T, class Base, class Result, class... Parameters, class... Arguments>
+Ref<T> init(Result (Base::*setUp)(Parameters...), Arguments &&...arguments) {
+    Ref<T> object = Ref<T>::adopt(new T);
+    Base *base = object.get();
+    if (!(base->*setUp)(static_cast<Arguments &&>(arguments)...))
+        return {};
+    return object;
+}
+} // namespace qb
+
+/// How two values are ordered.
+enum NSComparisonResult : std::int32_t {
+    NSOrderedAscending = -1,
+    NSOrderedSame = 0,
+    NSOrderedDescending = 1
+};
+
+/// The root of all classes: a reference count, and what every object answers.
+///
+/// A new object has one reference. `Ref` and the pools do the counting; retain and release are for them, for
+/// subclasses and for tests. Each class overrides `classObject` and has a static `cls`.
+class QB_EXPORT NSObject {
+public:
+    NSObject() noexcept = default;
+    NSObject(const NSObject &) = delete;
+    NSObject &operator=(const NSObject &) = delete;
+    virtual ~NSObject() = default;
+
+    static void *operator new(std::size_t size) { return qb::allocateObject(size); }
+    static void *operator new(std::size_t, void *place) noexcept { return place; }
+    static void operator delete(void *memory, std::size_t size) noexcept { qb::freeObject(memory, size); }
+
+    static Class *cls();
+
+    /// Returns a new object of this class.
+    static Ref<NSObject> init();
+
+    // --- Class ---
+
+    /// Returns the object's class (selector `class`).
+    virtual Class *classObject() const { return cls(); }
+    /// Returns the superclass of the object's class; nil for the root.
+    virtual Class *superclass() const;
+    BOOL isKindOfClass(Class *other) const;
+    BOOL isMemberOfClass(Class *other) const;
+    /// Whether a message with that selector finds an operation of this object.
+    virtual BOOL respondsToSelector(SEL selector) const;
+    /// Whether the object's class or a superclass of it has adopted `protocol`.
+    virtual BOOL conformsToProtocol(Protocol *protocol) const;
+    /// Returns the operation that a message with that selector runs; null when there is none.
+    virtual const qb::Method *methodForSelector(SEL selector) const;
+
+    // --- Memory ---
+
+    /// Adds a reference. A count that reaches 2^31 stays there, and the object lives for ever.
+    id retain() noexcept {
+        if (referenceCount_ < kImmortal)
+            ++referenceCount_;
+        return this;
+    }
+    /// Gives back a reference; the last one destroys the object.
+    void release() noexcept {
+        if (referenceCount_ < kImmortal && --referenceCount_ == 0)
+            qb::destroy(this);
+    }
+    /// Hands a reference of the caller to the current pool, which gives it back at its end. Returns the
+    /// object.
+    id autorelease();
+    std::uint32_t retainCount() const noexcept { return referenceCount_; }
+
+    // --- Identity and copies ---
+
+    /// Whether both are the same value; the same object unless a class says otherwise. Equal objects have
+    /// equal hashes.
+    virtual BOOL isEqual(id other) const;
+    virtual std::uint32_t hash() const;
+    /// Orders the values. Only classes with an order respond to the selector; here it throws
+    /// InvalidArgumentException.
+    virtual NSComparisonResult compare(id other) const;
+    /// Returns an immutable object of equal value, the object itself when it is immutable.
+    /// Throws InvalidUseOfMethodException when the class has no copies.
+    Ref<NSObject> copy() const { return copyWithZone(nullptr); }
+    /// Returns a mutable object of equal value; else as `copy`.
+    Ref<NSObject> mutableCopy() const { return mutableCopyWithZone(nullptr); }
+    /// What `copy` returns. `zone` is ignored.
+    virtual Ref<NSObject> copyWithZone(void *zone) const;
+    virtual Ref<NSObject> mutableCopyWithZone(void *zone) const;
+    /// Returns the object itself when it is mutable or has no mutable copies, else a mutable copy,
+    /// autoreleased.
+    virtual id makeMutable() const;
+
+    // --- Messages ---
+
+    /// Sends the message; see `send`.
+    id performSelector(SEL selector);
+    id performSelector(SEL selector, id withObject);
+    id performSelector(SEL selector, id withObject, id withObject2);
+    /// Called for a message that the object does not respond to. Throws InvalidArgumentException unless
+    /// overridden.
+    virtual void forwardInvocation(NSInvocation *invocation);
+    /// Throws InvalidArgumentException: the object has no operation of that name.
+    virtual void doesNotRecognizeSelector(SEL selector) const;
+    /// Throws InvalidUseOfMethodException: the operation is one that each subclass must have for itself.
+    void subclassResponsibility(SEL selector) const;
+
+    // --- Values ---
+
+    virtual BOOL isNil() const { return NO; }
+    virtual BOOL isNotNil() const { return YES; }
+    /// Whether there is something in the value: characters, bytes, elements, entries. YES here.
+    virtual BOOL containsData() const;
+    /// Returns a text for people, autoreleased, never nil: "<" class name, address ">" unless a class says
+    /// otherwise.
+    virtual NSString *description() const;
+    /// Returns the description as `locale` wants it. No class of the library depends on the locale.
+    virtual NSString *descriptionWithLocale(NSDictionary *locale) const;
+    /// Returns the value as text; the description unless a class says otherwise.
+    virtual NSString *stringValue() const;
+    /// Returns the C string of `stringValue`, valid as long as the current pool.
+    virtual const char *cStringValue() const;
+    /// Returns the text's bytes, autoreleased; of data the data itself.
+    virtual NSData *asData() const;
+    /// Returns the text as a number object; see the strings and numbers.
+    virtual NSNumber *asNumber() const;
+    virtual BOOL isIsoDateTimeString() const { return NO; }
+    /// Returns the next element of an enumerator; nil for other objects.
+    virtual id nextObject() { return nullptr; }
+
+    // --- Output streaming ---
+
+    /// Writes the value on `stream` by the stream's operation for its type.
+    virtual void writeOnOutputStream(QBOutputStream *stream);
+    virtual void writeOnPropertyListOutputStream(QBOutputStream *stream);
+
+    // --- Archiving ---
+
+    /// Writes the object's state. Throws InvalidUseOfMethodException when the class has no archived form.
+    virtual void encodeWithCoder(NSCoder *coder) const;
+
+protected:
+    /// The initialiser `init`: NO means that the object is released and the result nil.
+    virtual BOOL setUp() { return YES; }
+    /// The initialiser `initWithCoder:`.
+    virtual BOOL setUpWithCoder(NSCoder *coder);
+
+    /// The object as an argument or result; operations that only look at the object are const all the same.
+    id self() const { return const_cast<NSObject *>(this); }
+    /// Excepts the object from counting: constants, shared instances and objects on the stack.
+    void makeImmortal() noexcept { referenceCount_ = kImmortal; }
+
+private:
+    static constexpr std::uint32_t kImmortal = 0x80000000U;
+
+    std::uint32_t referenceCount_ = 1;
+};
+
+namespace qb {
+
+/// Returns `object` as a `T`; nil when it is nil, of another class, or the null object.
+template <class T>
+T *castOrNil(id object) {
+    return object && object->isKindOfClass(T::cls()) ? static_cast<T *>(object) : nullptr;
+}
+
+} // namespace qb
+
+/// Writes the description of `object`, or "(null)".
+QB_EXPORT std::ostream &operator<<(std::ostream &stream, const NSObject &object);
+
+#endif

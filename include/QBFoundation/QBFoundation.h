@@ -1,0 +1,21 @@
+// The whole library.
+#ifndef QBFOUNDATION_QBFOUNDATION_H
+#define QBFOUNDATION_QBFOUNDATION_H
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSInvocation.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSRange.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#endif

@@ -1,0 +1,75 @@
+// Where bytes and values are written to.
+#ifndef QBFOUNDATION_QBOUTPUTSTREAM_H
+#define QBFOUNDATION_QBOUTPUTSTREAM_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Value.h>
+
+#include <cstdint>
+#include <string_view>
+
+class NSArray;
+class NSDictionary;
+class NSEnumerator;
+
+/// A sink for bytes, text and whole values.
+///
+/// A concrete stream has one primitive, `_writeBuffer`, which every other operation ends in; callers use
+/// `writeBuffer`. A subclass may also override `writeByte`, `flush`, `close`, `reset` and `writeObject`, and
+/// the operations for single types, which is how it changes their rendering.
+class QB_EXPORT QBOutputStream : public NSObject {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    // --- Lifecycle ---
+
+    /// Flushes; a stream that owns a resource gives it up.
+    virtual void close() { flush(); }
+    virtual void flush() {}
+    /// Starts anew, where the stream can.
+    virtual void reset() {}
+
+    // --- Bytes ---
+
+    /// Writes `length` bytes; none when it is 0.
+    /// Throws InvalidArgumentException when `buffer` is null, also for a length of 0.
+    virtual void writeBuffer(const void *buffer, std::uint32_t length);
+    virtual void writeByte(char byte) { _writeBuffer(&byte, 1); }
+    /// Writes the line end of Unix, 10.
+    virtual void writeNL() { writeByte('\n'); }
+    /// Writes the line end of network protocols, 13 and 10, at once.
+    virtual void writeCRNL() { _writeBuffer("\r\n", 2); }
+    virtual void writeSpace() { writeByte(' '); }
+    virtual void writeTab() { writeByte('\t'); }
+
+    // --- Values ---
+
+    /// Writes a value in the way that its type and this stream settle between them; nil writes nothing.
+    virtual void writeObject(id object);
+    /// Writes `format`, filled as by `NSString` `stringWithFormat:`.
+    template <class... V>
+    void writeFormat(NSString *format, const V &...values) {
+        qb::withArgList([&](const qb::ArgList &list) { writeFormatWithArgList(format, list); }, values...);
+    }
+    virtual void writeFormatWithArgList(NSString *format, const qb::ArgList &argList);
+
+    // --- For subclasses ---
+
+    /// The primitive: appends `length` bytes, at least one.
+    virtual void _writeBuffer(const void *buffer, std::uint32_t length) = 0;
+    /// Writes the object's `stringValue`.
+    virtual void _writeNSObject(id object);
+    /// Writes each object that the enumerator yields, nothing between them.
+    virtual void _writeEnumerator(NSEnumerator *enumerator);
+    virtual void _writeArray(NSArray *array);
+    /// Writes the value of an entry; the key is left out.
+    virtual void _writeObjectForKey(id object, id key);
+    /// Writes each entry, in the dictionary's order.
+    virtual void _writeDictionary(NSDictionary *dictionary);
+    /// Writes the string's bytes.
+    virtual void _writeString(NSString *string);
+};
+
+#endif

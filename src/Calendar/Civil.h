@@ -1,0 +1,104 @@
+// Proleptic Gregorian calendar arithmetic without time zones.
+#ifndef QBFOUNDATION_CALENDAR_CIVIL_H
+#define QBFOUNDATION_CALENDAR_CIVIL_H
+
+#include <cstdint>
+
+namespace qb::calendar {
+
+constexpr std::int64_t kSecondsPerDay = 86400;
+
+/// Years beyond this, either way, count as this year: every date then still fits 64-bit seconds.
+constexpr std::int64_t kYearLimit = 200'000'000'000;
+
+/// A date and time of day as people write it. Wide fields, so that callers can add to them without overflow.
+struct Fields {
+    std::int64_t year = 1970; // astronomical: 0 is 1 BC
+    std::int64_t month = 1;
+    std::int64_t day = 1;
+    std::int64_t hour = 0;
+    std::int64_t minute = 0;
+    std::int64_t second = 0;
+
+    bool operator==(const Fields &) const = default;
+};
+
+/// A week of ISO 8601: weeks begin on Monday, week 1 holds the year's first Thursday.
+struct IsoWeek {
+    std::int64_t year; // may differ from the calendar year around New Year
+    int week;          // 1 to 53
+};
+
+/// Returns the quotient rounded down and the remainder that goes with it; `divisor` is positive.
+constexpr std::int64_t floorDiv(std::int64_t value, std::int64_t divisor) {
+    return value / divisor - (value % divisor < 0 ? 1 : 0);
+}
+constexpr std::int64_t floorMod(std::int64_t value, std::int64_t divisor) {
+    return value % divisor + (value % divisor < 0 ? divisor : 0);
+}
+
+constexpr bool isLeapYear(std::int64_t year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+/// Returns the number of days in `month`, 1 to 12, of `year`.
+constexpr int daysInMonth(std::int64_t year, int month) {
+    if (month == 2)
+        return isLeapYear(year) ? 29 : 28;
+    return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
+}
+
+/// Returns the days from 1970-01-01 to a date that the calendar has, within the year limit.
+///
+/// Source: Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms", days_from_civil.
+constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
+    const std::int64_t marchYear = year - (month <= 2 ? 1 : 0);
+    const std::int64_t era = floorDiv(marchYear, 400);
+    const auto yearOfEra = static_cast<std::uint32_t>(marchYear - era * 400);
+    const auto dayOfYear =
+        static_cast<std::uint32_t>((153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1);
+    const std::uint32_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
+}
+
+/// Returns the date `days` after 1970-01-01, at midnight; `days` is a count that 64-bit seconds can express.
+///
+/// Source: as `daysFromCivil`, civil_from_days.
+constexpr Fields civilFromDays(std::int64_t days) {
+    const std::int64_t era = floorDiv(days + 719468, 146097);
+    const auto dayOfEra = static_cast<std::uint32_t>(days + 719468 - era * 146097);
+    const std::uint32_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const std::uint32_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const std::uint32_t marchMonth = (5 * dayOfYear + 2) / 153;
+    const std::uint32_t month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
+    const std::uint32_t day = dayOfYear - (153 * marchMonth + 2) / 5 + 1;
+    return {era * 400 + yearOfEra + (month <= 2 ? 1 : 0), month, day, 0, 0, 0};
+}
+
+/// Returns the weekday of the day `days` after 1970-01-01: 0 Sunday to 6 Saturday.
+constexpr int weekdayFromDays(std::int64_t days) {
+    return static_cast<int>(floorMod(floorMod(days, 7) + 4, 7));
+}
+
+/// Returns the day of the year, 1 to 366, of the day `days` after 1970-01-01.
+int dayOfYearFromDays(std::int64_t days);
+
+/// Returns the ISO 8601 week that holds the day `days` after 1970-01-01.
+IsoWeek isoWeekFromDays(std::int64_t days);
+
+/// Returns the fields of the second `seconds` after 1970-01-01 00:00:00, every one in its usual range.
+Fields fieldsFromSeconds(std::int64_t seconds);
+
+/// Returns the seconds from 1970-01-01 00:00:00 to `fields`, whose values may lie outside their usual ranges.
+///
+/// Months carry into years; days, hours, minutes and seconds then count from the first of that month. So
+/// month 13 is January of the next year, day 0 the last day of the month before, and 29 February 2003 is 1
+/// March 2003. Values too large to add up are taken as the largest that do; see `kYearLimit`.
+std::int64_t secondsFromFields(const Fields &fields);
+
+/// Returns `fields` with every value in its usual range, by the rules of `secondsFromFields`.
+Fields normalised(const Fields &fields);
+
+} // namespace qb::calendar
+
+#endif

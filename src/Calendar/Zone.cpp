@@ -1,0 +1,73 @@
+#include "Zone.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace qb::calendar {
+
+namespace {
+constexpr std::int64_t kSinceEver = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t kForEver = std::numeric_limits<std::int64_t>::max();
+
+// More than any offset, an hour ahead included: no two clocks differ by more than twice this.
+constexpr std::int64_t kReach = kMaxZoneOffset + 2 * 3600;
+} // namespace
+
+Zone::Zone(std::string name, ZoneData data, std::int32_t advance)
+    : name_(std::move(name)), data_(std::move(data)), advance_(advance) {}
+
+bool Zone::isFixed() const {
+    return data_.transitions.empty() && (!data_.rule || data_.rule->daylightName.empty());
+}
+
+ZoneRange Zone::storedRange(std::size_t transitionsBefore) const {
+    const auto &times = data_.transitions;
+    const ZoneData::Type &type =
+        data_.types[transitionsBefore == 0 ? 0 : data_.typeIndexes[transitionsBefore - 1]];
+    return {transitionsBefore == 0 ? kSinceEver : times[transitionsBefore - 1],
+            transitionsBefore == times.size() ? kForEver : times[transitionsBefore],
+            {type.offset, type.isDst, std::string_view(data_.names).substr(type.nameStart, type.nameLength)}};
+}
+
+ZoneRange Zone::findRange(std::int64_t utcSeconds) const {
+    const auto &times = data_.transitions;
+    const auto next = std::upper_bound(times.begin(), times.end(), utcSeconds);
+    ZoneRange range;
+    if (next == times.end() && data_.rule) {
+        range = data_.rule->rangeAt(utcSeconds);
+        if (!times.empty())
+            range.begin = std::max(range.begin, times.back());
+    } else {
+        range = storedRange(static_cast<std::size_t>(next - times.begin()));
+    }
+    if (advance_ != 0)
+        range.offset = {range.offset.seconds + advance_, true, name_};
+    return range;
+}
+
+std::int64_t Zone::localToUtc(std::int64_t localSeconds) const {
+    const std::int64_t local = std::clamp(localSeconds, kSinceEver + 4 * kReach, kForEver - 4 * kReach);
+    // Far enough behind the last change no earlier clock can have shown this time.
+    const std::int64_t guess = local - last_.offset.seconds;
+    if (guess < last_.end && guess - 2 * kReach >= last_.begin)
+        return guess;
+    ZoneRange range = rangeAt(local - kReach);
+    for (;;) {
+        // The first range that has this time wins, so a doubled one keeps the offset before the change …
+        if (range.end == kForEver || local < range.end + range.offset.seconds)
+            return local - range.offset.seconds;
+        const ZoneRange next = rangeAt(range.end);
+        // … and so does one that the change skips.
+        if (local < range.end + next.offset.seconds)
+            return local - range.offset.seconds;
+        range = next;
+    }
+}
+
+Fields Zone::fieldsAt(std::int64_t utcSeconds) const {
+    const std::int64_t within = std::clamp(utcSeconds, kSinceEver + kReach, kForEver - kReach);
+    return fieldsFromSeconds(within + offsetAt(within).seconds);
+}
+
+} // namespace qb::calendar

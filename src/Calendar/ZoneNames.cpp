@@ -1,0 +1,272 @@
+// From names to zones.
+#include "Zone.h"
+
+#include "System/Files.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace qb::calendar {
+
+namespace {
+
+constexpr std::string_view kZoneDirectory = "/usr/share/zoneinfo/";
+constexpr const char *kLocalTime = "/etc/localtime";
+constexpr std::string_view kAheadSuffix = " DST";
+constexpr std::size_t kNameLimit = 255;
+// More than the database has names; only made-up names reach it.
+constexpr std::size_t kCacheLimit = 1024;
+
+struct Abbreviation {
+    std::string_view text;
+    int minutes; // east of Greenwich
+    bool isDst;
+};
+
+// Each stands for the one offset that it names, not for a place whose clocks change: "CET" is an hour ahead
+// of Greenwich in July too. (The zone database has places under some of these names; `zoneNamed` gives
+// those.) Where one text has several meanings the most populous place has it: "IST" is India's, "CST" North
+// America's, "BST" Britain's. Sorted by text.
+constexpr std::array kAbbreviations = {
+    Abbreviation{"ACDT", 630, true},   Abbreviation{"ACST", 570, false}, Abbreviation{"ADT", -180, true},
+    Abbreviation{"AEDT", 660, true},   Abbreviation{"AEST", 600, false}, Abbreviation{"AKDT", -480, true},
+    Abbreviation{"AKST", -540, false}, Abbreviation{"AST", -240, false}, Abbreviation{"AWST", 480, false},
+    Abbreviation{"BST", 60, true},     Abbreviation{"CAT", 120, false},  Abbreviation{"CDT", -300, true},
+    Abbreviation{"CEST", 120, true},   Abbreviation{"CET", 60, false},   Abbreviation{"CST", -360, false},
+    Abbreviation{"EAT", 180, false},   Abbreviation{"EDT", -240, true},  Abbreviation{"EEST", 180, true},
+    Abbreviation{"EET", 120, false},   Abbreviation{"EST", -300, false}, Abbreviation{"GMT", 0, false},
+    Abbreviation{"HDT", -540, true},   Abbreviation{"HKT", 480, false},  Abbreviation{"HST", -600, false},
+    Abbreviation{"IDT", 180, true},    Abbreviation{"IST", 330, false},  Abbreviation{"JST", 540, false},
+    Abbreviation{"KST", 540, false},   Abbreviation{"MDT", -360, true},  Abbreviation{"MEST", 120, true},
+    Abbreviation{"MET", 60, false},    Abbreviation{"MSD", 240, true},   Abbreviation{"MSK", 180, false},
+    Abbreviation{"MST", -420, false},  Abbreviation{"NDT", -150, true},  Abbreviation{"NST", -210, false},
+    Abbreviation{"NZDT", 780, true},   Abbreviation{"NZST", 720, false}, Abbreviation{"PDT", -420, true},
+    Abbreviation{"PKT", 300, false},   Abbreviation{"PST", -480, false}, Abbreviation{"SAST", 120, false},
+    Abbreviation{"SGT", 480, false},   Abbreviation{"SST", -660, false}, Abbreviation{"UT", 0, false},
+    Abbreviation{"UTC", 0, false},     Abbreviation{"WAT", 60, false},   Abbreviation{"WEST", 60, true},
+    Abbreviation{"WET", 0, false},     Abbreviation{"WIB", 420, false},  Abbreviation{"Z", 0, false},
+};
+
+constexpr bool byText(const Abbreviation &left, const Abbreviation &right) {
+    return left.text < right.text;
+}
+static_assert(std::is_sorted(kAbbreviations.begin(), kAbbreviations.end(), byText));
+
+/// Returns the place of `text` among the abbreviations, or their number when it is none.
+std::size_t abbreviationIndex(std::string_view text) {
+    const auto end = kAbbreviations.end();
+    const auto found = std::lower_bound(kAbbreviations.begin(), end, Abbreviation{text, 0, false}, byText);
+    return static_cast<std::size_t>((found != end && found->text == text ? found : end) -
+                                    kAbbreviations.begin());
+}
+
+std::string offsetName(std::int32_t offset) {
+    const int size = std::abs(offset);
+    std::string name(1, offset < 0 ? '-' : '+');
+    for (const int part : {size / 3600, size / 60 % 60, size % 60}) {
+        name += static_cast<char>('0' + part / 10);
+        name += static_cast<char>('0' + part % 10);
+    }
+    if (size % 60 == 0)
+        name.resize(5);
+    return name;
+}
+
+/// Takes up to `limit` digits from the front of `text`. Returns their value, or -1 when there are fewer than
+/// `least`.
+int takeDigits(std::string_view &text, std::size_t least, std::size_t limit) {
+    std::size_t count = 0;
+    int value = 0;
+    for (; count < limit && count < text.size() && text[count] >= '0' && text[count] <= '9'; ++count)
+        value = value * 10 + (text[count] - '0');
+    text.remove_prefix(count);
+    return count < least ? -1 : value;
+}
+
+/// Reads "GMT+h", "GMT+hh:mm", "+hhmm" and "+hhmmss", with either sign, into seconds east of Greenwich.
+std::optional<std::int32_t> offsetFromName(std::string_view name) {
+    const bool hasPrefix = name.substr(0, 3) == "GMT";
+    if (hasPrefix)
+        name.remove_prefix(3);
+    if (name.empty() || (name.front() != '+' && name.front() != '-'))
+        return std::nullopt;
+    const int sign = name.front() == '-' ? -1 : 1;
+    name.remove_prefix(1);
+    const int hours = takeDigits(name, hasPrefix ? 1 : 2, 2);
+    const bool isWholeHours = hasPrefix && name.empty();
+    if (hasPrefix && name.starts_with(':'))
+        name.remove_prefix(1);
+    const int minutes = isWholeHours ? 0 : takeDigits(name, 2, 2);
+    const int seconds = name.empty() ? 0 : takeDigits(name, 2, 2);
+    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59 || seconds < 0 || seconds > 59 ||
+        !name.empty())
+        return std::nullopt;
+    return sign * (hours * 3600 + minutes * 60 + seconds);
+}
+
+bool isSafeName(std::string_view name) {
+    return !name.empty() && name.size() <= kNameLimit && name.front() != '/' &&
+           name.find('\0') == std::string_view::npos && name.find("..") == std::string_view::npos;
+}
+
+/// Returns the zone in the file `path`, or null. `error`: 0 or the number with which reading failed.
+ZoneRef zoneFromFile(const std::string &path, std::string_view name, int &error, std::int32_t advance = 0) {
+    std::string bytes;
+    ZoneData data;
+    error = readZoneFile(path, bytes);
+    if (error != 0 || !parseZoneFile(bytes, data))
+        return nullptr;
+    return std::make_shared<const Zone>(std::string(name), std::move(data), advance);
+}
+
+ZoneRef databaseZone(std::string_view entry, std::string_view name, int &error, std::int32_t advance = 0) {
+    error = 0;
+    if (!isSafeName(entry))
+        return nullptr;
+    return zoneFromFile(std::string(kZoneDirectory).append(entry), name, error, advance);
+}
+
+/// Returns the zone `base` with clocks one hour ahead, called `name`; null when there is no such zone.
+ZoneRef zoneAhead(std::string_view base, std::string_view name, int &error) {
+    if (const std::size_t index = abbreviationIndex(base); index < kAbbreviations.size())
+        return fixedZone(kAbbreviations[index].minutes * 60 + 3600, name, true);
+    if (const auto offset = offsetFromName(base))
+        return fixedZone(*offset + 3600, name, true);
+    return databaseZone(base, name, error, 3600);
+}
+
+ZoneRef findZone(std::string_view name, int &error) {
+    error = 0;
+    if (name == "GMT")
+        return utc();
+    if (name == "UTC")
+        return fixedZone(0, name);
+    if (const auto offset = offsetFromName(name))
+        return fixedZone(*offset, name);
+    if (name.ends_with(kAheadSuffix))
+        return zoneAhead(name.substr(0, name.size() - kAheadSuffix.size()), name, error);
+    return databaseZone(name, name, error);
+}
+
+/// Returns whether asking again would give no zone again. A passing want of descriptors, say, must not make a
+/// zone unknown for ever.
+bool isLasting(int error) {
+    return error == 0 || error == ENOENT || error == ENOTDIR || error == EISDIR || error == EFBIG;
+}
+
+/// Returns the zone of a TZ text, in the C library's order: a file, then a rule.
+ZoneRef zoneFromSetting(std::string_view setting, int &error) {
+    if (setting.starts_with(':'))
+        setting.remove_prefix(1);
+    if (setting.starts_with(kZoneDirectory))
+        setting.remove_prefix(kZoneDirectory.size());
+    ZoneRef zone = setting.starts_with('/') ? zoneFromFile(std::string(setting), setting, error)
+                                            : databaseZone(setting, setting, error);
+    return zone || !isLasting(error) ? zone : zoneFromRule(setting);
+}
+
+/// Returns the zone of /etc/localtime: by the name that the link leads to, so that it can be found again
+/// elsewhere.
+ZoneRef zoneFromLocalTime(int &error) {
+    constexpr std::string_view kMark = "/zoneinfo/";
+    char target[1024];
+    const ssize_t length = sys::readlink(kLocalTime, target, sizeof target);
+    const std::string_view path(target, length > 0 ? static_cast<std::size_t>(length) : 0);
+    if (const std::size_t mark = path.find(kMark); mark != std::string_view::npos) {
+        const std::string_view name = path.substr(mark + kMark.size());
+        if (ZoneRef zone = databaseZone(name, name, error))
+            return zone;
+    }
+    return zoneFromFile(kLocalTime, "localtime", error);
+}
+
+struct SystemZone {
+    std::optional<std::string> setting;
+    ZoneRef zone; // null: to be found
+};
+
+SystemZone &keptSystemZone() {
+    static auto *const kept = new SystemZone;
+    return *kept;
+}
+
+} // namespace
+
+const ZoneRef &utc() {
+    static const auto *const zone = new ZoneRef(fixedZone(0));
+    return *zone;
+}
+
+ZoneRef fixedZone(std::int32_t offset, std::string_view name, bool isDst) {
+    if (offset < -kMaxZoneOffset || offset > kMaxZoneOffset)
+        return nullptr;
+    ZoneData data;
+    data.names = !name.empty() ? std::string(name) : offset == 0 ? "GMT" : offsetName(offset);
+    data.types.push_back({offset, isDst, 0, static_cast<std::uint32_t>(data.names.size())});
+    std::string zoneName = data.names;
+    return std::make_shared<const Zone>(std::move(zoneName), std::move(data));
+}
+
+ZoneRef zoneNamed(std::string_view name) {
+    static auto &cache = *new std::map<std::string, ZoneRef, std::less<>>;
+    if (name.empty() || name.size() > kNameLimit)
+        return nullptr;
+    if (const auto found = cache.find(name); found != cache.end())
+        return found->second;
+    int error = 0;
+    ZoneRef zone = findZone(name, error);
+    if (!zone && !isLasting(error))
+        return nullptr;
+    if (cache.size() >= kCacheLimit)
+        cache.clear();
+    cache.emplace(name, zone);
+    return zone;
+}
+
+ZoneRef zoneForAbbreviation(std::string_view abbreviation) {
+    static auto &made = *new std::array<ZoneRef, kAbbreviations.size()>;
+    const std::size_t index = abbreviationIndex(abbreviation);
+    if (index == kAbbreviations.size())
+        return nullptr;
+    const Abbreviation &entry = kAbbreviations[index];
+    if (!made[index])
+        made[index] = fixedZone(entry.minutes * 60, entry.text, entry.isDst);
+    return made[index];
+}
+
+ZoneRef zoneFromRule(std::string_view rule) {
+    ZoneData data;
+    data.rule = parsePosixRule(rule);
+    if (!data.rule)
+        return nullptr;
+    data.names = data.rule->standardName;
+    data.types.push_back(
+        {data.rule->standardOffset, false, 0, static_cast<std::uint32_t>(data.names.size())});
+    return std::make_shared<const Zone>(std::string(rule), std::move(data));
+}
+
+ZoneRef systemZone() {
+    SystemZone &kept = keptSystemZone();
+    const char *const setting = std::getenv("TZ");
+    const bool isSame = setting ? kept.setting == setting : !kept.setting;
+    if (kept.zone && isSame)
+        return kept.zone;
+    int error = 0;
+    ZoneRef zone = setting ? zoneFromSetting(setting, error) : zoneFromLocalTime(error);
+    if (!zone && !isLasting(error))
+        return zoneNamed("UTC");
+    kept.zone = zone ? zone : zoneNamed("UTC");
+    kept.setting = setting ? std::optional<std::string>(setting) : std::nullopt;
+    return kept.zone;
+}
+
+void resetSystemZone() {
+    keptSystemZone().zone = nullptr;
+}
+
+} // namespace qb::calendar

@@ -1,0 +1,85 @@
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "System/Memory.h"
+
+#include <new>
+#include <utility>
+
+namespace {
+
+constinit NSAutoreleasePool *newestPool = nullptr;
+constinit NSAutoreleasePool::Page *sparePage =
+    nullptr; // of the last pool that ended; most pools need one page
+
+} // namespace
+
+Class *NSAutoreleasePool::cls() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"defaultPool">(&NSAutoreleasePool::defaultPool),
+        qb::method<"parent">(&NSAutoreleasePool::parent),
+        qb::method<"addObject:">(&NSAutoreleasePool::addObject),
+        qb::method<"drain">(&NSAutoreleasePool::drain),
+    };
+    static Class *const self = new Class("NSAutoreleasePool", NSObject::cls(), {methods});
+    return self;
+}
+
+NSAutoreleasePool::NSAutoreleasePool() : parent_(defaultPool()) {
+    makeImmortal();
+    newestPool = this;
+}
+
+NSAutoreleasePool::NSAutoreleasePool(Outermost) {
+    makeImmortal();
+}
+
+NSAutoreleasePool::~NSAutoreleasePool() {
+    drain();
+    newestPool = parent_;
+}
+
+NSAutoreleasePool *NSAutoreleasePool::defaultPool() {
+    if (!newestPool) [[unlikely]]
+        newestPool = new NSAutoreleasePool(Outermost());
+    return newestPool;
+}
+
+void NSAutoreleasePool::addPage() {
+    Page *page = std::exchange(sparePage, nullptr);
+    if (!page)
+        page = static_cast<Page *>(qb::sys::allocate(sizeof(Page)));
+    if (!page)
+        throw std::bad_alloc();
+    page->count = 0;
+    page->next = nullptr;
+    (newest_ ? newest_->next : oldest_) = page;
+    newest_ = page;
+}
+
+void NSAutoreleasePool::addObject(id object) {
+    if (!object)
+        throw InvalidArgumentException("NSAutoreleasePool addObject: must have an object that is not nil.");
+    if (!newest_ || newest_->count == Page::kCapacity) [[unlikely]]
+        addPage();
+    newest_->objects[newest_->count++] = object;
+}
+
+void NSAutoreleasePool::drain() noexcept {
+    // Objects that are destroyed may hand others to the pool, so it is done only when it stays empty.
+    while (oldest_) {
+        Page *page = std::exchange(oldest_, nullptr);
+        newest_ = nullptr;
+        while (page) {
+            for (std::uint32_t i = 0; i < page->count; ++i)
+                page->objects[i]->release();
+            Page *const done = std::exchange(page, page->next);
+            if (sparePage)
+                qb::sys::release(done);
+            else
+                sparePage = done;
+        }
+    }
+}

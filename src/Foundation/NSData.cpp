@@ -1,0 +1,165 @@
+#include <QBFoundation/Foundation/NSData.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "System/Memory.h"
+#include "Text/Hash.h"
+#include "Text/Hex.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace {
+
+constexpr std::uint64_t kLongestData = UINT32_MAX - 1;
+
+} // namespace
+
+Class *NSData::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"data">(&NSData::setUp),
+        qb::maker<"dataWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::method<"bytes">(&NSData::bytes),
+        qb::method<"length">(&NSData::length),
+        qb::method<"getBytes:range:">(&NSData::getBytes),
+        qb::method<"isEqualToData:">(&NSData::isEqualToData),
+    };
+    static Class *const self = new Class("NSData", NSObject::cls(), {methods}, qb::construct<NSData>,
+                                         {"NSCopying", "NSMutableCopying", "NSCoding"});
+    return self;
+}
+
+NSData::~NSData() {
+    qb::sys::release(bytes_);
+}
+
+Ref<NSData> NSData::init() {
+    return Ref<NSData>::adopt(new NSData);
+}
+
+Ref<NSData> NSData::initWithBytes(const void *bytes, std::uint32_t length) {
+    return qb::init<NSData>(&NSData::setUpWithBytes, bytes, length);
+}
+
+Ref<NSData> NSData::initWith(std::span<const std::byte> bytes) {
+    if (bytes.size() > kLongestData)
+        throw InvalidArgumentException("NSData initWithBytes:length: must have less than 2^32 - 1 bytes.");
+    return initWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+NSData *NSData::dataWithData(NSData *other) {
+    return (other ? other->copy() : init()).autorelease();
+}
+
+BOOL NSData::setUpWithBytes(const void *bytes, std::uint32_t length) {
+    if (!bytes && length != 0)
+        throw InvalidArgumentException("NSData initWithBytes:length: must have bytes that are not NULL.");
+    if (length != 0)
+        append(bytes, length);
+    return YES;
+}
+
+void NSData::reserve(std::uint64_t capacity) {
+    if (capacity <= capacity_)
+        return;
+    if (capacity > kLongestData)
+        throw InvalidArgumentException("NSMutableData must have less than 2^32 - 1 bytes.");
+    void *const grown = qb::sys::reallocate(bytes_, static_cast<std::size_t>(capacity));
+    if (!grown)
+        throw std::bad_alloc();
+    bytes_ = static_cast<std::byte *>(grown);
+    capacity_ = static_cast<std::uint32_t>(capacity);
+}
+
+void NSData::append(const void *bytes, std::uint32_t length) {
+    if (length == 0)
+        return;
+    const auto *source = static_cast<const std::byte *>(bytes);
+    const bool isOwnPart = source >= bytes_ && source < bytes_ + length_;
+    const std::size_t ownOffset = isOwnPart ? static_cast<std::size_t>(source - bytes_) : 0;
+    const std::uint64_t needed = std::uint64_t{length_} + length;
+    if (needed > capacity_)
+        reserve(std::max(needed, std::min<std::uint64_t>(capacity_ * std::uint64_t{2}, kLongestData)));
+    std::memmove(bytes_ + length_, isOwnPart ? bytes_ + ownOffset : source, length);
+    length_ += length;
+}
+
+void NSData::getBytes(void *buffer, NSRange range) const {
+    if (NSMaxRange(range) > length_)
+        throw NSRangeException("NSData getBytes:range: must have a range inside the " +
+                               std::to_string(length_) + " bytes.");
+    if (range.length != 0)
+        std::memcpy(buffer, bytes_ + range.location, range.length);
+}
+
+BOOL NSData::isEqual(id other) const {
+    return isEqualToData(qb::castOrNil<NSData>(other));
+}
+
+BOOL NSData::isEqualToData(NSData *other) const {
+    return other && other->length_ == length_ &&
+           (length_ == 0 || std::memcmp(bytes_, other->bytes_, length_) == 0);
+}
+
+std::uint32_t NSData::hash() const {
+    return qb::text::hashBytes(reinterpret_cast<const char *>(bytes_), length_);
+}
+
+NSString *NSData::description() const {
+    std::string text(static_cast<std::size_t>(qb::text::hexGroupsLength(length_)) + 2, '<');
+    qb::text::writeHexGroups(bytes_, length_, text.data() + 1);
+    text.back() = '>';
+    return NSString::stringWith(text);
+}
+
+Ref<NSObject> NSData::copyWithZone(void *) const {
+    return self();
+}
+
+Ref<NSObject> NSData::mutableCopyWithZone(void *) const {
+    return mutableCopy();
+}
+
+Ref<NSData> NSData::copy() const {
+    return static_cast<NSData *>(copyWithZone(nullptr).get());
+}
+
+Ref<NSMutableData> NSData::mutableCopy() const {
+    return NSMutableData::initWithBytes(bytes_, length_);
+}
+
+Class *NSMutableData::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"appendBytes:length:">(&NSMutableData::appendBytes),
+        qb::method<"appendData:">(&NSMutableData::appendData),
+    };
+    static Class *const self =
+        new Class("NSMutableData", NSData::cls(), {methods}, qb::construct<NSMutableData>);
+    return self;
+}
+
+Ref<NSMutableData> NSMutableData::init() {
+    return Ref<NSMutableData>::adopt(new NSMutableData);
+}
+
+Ref<NSMutableData> NSMutableData::initWithBytes(const void *bytes, std::uint32_t length) {
+    return qb::init<NSMutableData>(&NSMutableData::setUpWithBytes, bytes, length);
+}
+
+NSMutableData *NSMutableData::dataWithData(NSData *other) {
+    return (other ? other->mutableCopy() : init()).autorelease();
+}
+
+void NSMutableData::appendData(NSData *other) {
+    if (other)
+        append(other->bytes_, other->length_);
+}
+
+Ref<NSObject> NSMutableData::copyWithZone(void *) const {
+    return NSData::initWithBytes(bytes_, length_);
+}

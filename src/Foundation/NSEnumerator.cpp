@@ -1,0 +1,20 @@
+#include <QBFoundation/Foundation/NSEnumerator.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+Class *NSEnumerator::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"nextObject">(&NSEnumerator::nextObject),
+        qb::method<"allObjects">(&NSEnumerator::allObjects),
+    };
+    static Class *const self = new Class("NSEnumerator", NSObject::cls(), methods);
+    return self;
+}
+
+NSArray *NSEnumerator::allObjects() {
+    NSMutableArray *const objects = NSMutableArray::array();
+    for (id object : *this)
+        objects->addObject(object);
+    return objects;
+}

@@ -1,0 +1,41 @@
+#include <QBFoundation/Foundation/NSInvocation.h>
+
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+Class *NSInvocation::cls() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"invocationWithTarget:selector:">(&NSInvocation::invocationWithTarget),
+        qb::method<"target">(&NSInvocation::target),
+        qb::method<"setTarget:">(&NSInvocation::setTarget),
+        qb::method<"selector">(&NSInvocation::selector),
+        qb::method<"setSelector:">(&NSInvocation::setSelector),
+        qb::method<"invoke">(&NSInvocation::invoke),
+        qb::method<"invokeWithTarget:">(&NSInvocation::invokeWithTarget),
+    };
+    static Class *const self =
+        new Class("NSInvocation", NSObject::cls(), methods, qb::construct<NSInvocation>);
+    return self;
+}
+
+NSInvocation *NSInvocation::invocationWithTarget(id target, SEL selector) {
+    auto invocation = Ref<NSInvocation>::adopt(new NSInvocation);
+    invocation->target_ = target;
+    invocation->selector_ = selector;
+    return invocation.autorelease();
+}
+
+void NSInvocation::invoke() {
+    invokeWithTarget(target_);
+}
+
+void NSInvocation::invokeWithTarget(id target) {
+    returnValue_ = qb::Value();
+    if (!target)
+        return;
+    const Ref<NSObject> kept = target; // the operation may replace the invocation's own reference
+    if (const qb::Method *method = target->methodForSelector(selector_))
+        returnValue_ = method->invoke(target, arguments_.data(), arguments_.size());
+    else
+        target->forwardInvocation(this);
+}

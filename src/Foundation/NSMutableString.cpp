@@ -1,0 +1,91 @@
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/NSString.Tables.h"
+#include "Text/Utf8.h"
+
+Class *NSMutableString::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"stringWithCapacity:">(&NSMutableString::setUpWithCapacity),
+        qb::initialiser<"initWithCapacity:">(&NSMutableString::setUpWithCapacity),
+        qb::method<"appendString:">(&NSMutableString::appendString),
+        qb::method<"setString:">(&NSMutableString::setString),
+        qb::method<"replaceCharactersInRange:withString:">(&NSMutableString::replaceCharactersInRange),
+    };
+    static Class *const self =
+        new Class("NSMutableString", NSString::cls(), {methods, qb::tables::mutableStringRestrictedFormat()},
+                  qb::construct<NSMutableString>);
+    return self;
+}
+
+Ref<NSMutableString> NSMutableString::initWith(std::string_view bytes) {
+    auto string = Ref<NSMutableString>::adopt(new NSMutableString);
+    string->append(bytes);
+    return string;
+}
+
+Ref<NSMutableString> NSMutableString::initWithCapacity(std::uint32_t capacity) {
+    return qb::init<NSMutableString>(&NSMutableString::setUpWithCapacity, capacity);
+}
+
+BOOL NSMutableString::setUpWithCapacity(std::uint32_t capacity) {
+    reserve(capacity);
+    return YES;
+}
+
+Ref<NSMutableString> NSMutableString::initWithString(NSString *other) {
+    return initWith(other ? other->view() : std::string_view());
+}
+
+NSMutableString *NSMutableString::stringWithString(NSString *other) {
+    return initWithString(other).autorelease();
+}
+
+NSMutableString *NSMutableString::stringWithCString(const char *text) {
+    return initWithString(NSString::stringWithCString(text)).autorelease();
+}
+
+NSMutableString *NSMutableString::stringWithCString(const char *bytes, std::uint32_t length) {
+    return initWithString(NSString::stringWithCString(bytes, length)).autorelease();
+}
+
+void NSMutableString::appendString(NSString *string) {
+    if (string)
+        append(string->view());
+}
+
+void NSMutableString::append(std::string_view bytes) {
+    replaceBytes(byteLength_, 0, bytes);
+}
+
+void NSMutableString::setString(NSString *string) {
+    replaceBytes(0, byteLength_, string ? string->view() : std::string_view());
+}
+
+void NSMutableString::replaceCharactersInRange(NSRange range, NSString *withString) {
+    if (NSMaxRange(range) > length())
+        throw NSRangeException(
+            "NSMutableString replaceCharactersInRange:withString: must have a range inside the text.");
+    const auto offsetOf = [&](std::uint64_t unit) {
+        return isAscii() ? static_cast<std::uint32_t>(unit)
+                         : static_cast<std::uint32_t>(qb::text::byteOffsetOfUnit(
+                               bytes_, byteLength_, static_cast<std::size_t>(unit)));
+    };
+    const std::uint32_t from = offsetOf(range.location);
+    const std::uint32_t end = offsetOf(NSMaxRange(range));
+    replaceBytes(from, end - from, withString ? withString->view() : std::string_view());
+}
+
+Ref<NSObject> NSMutableString::copyWithZone(void *) const {
+    return NSString::initWith(view());
+}
+
+// What is handed out must not change when the string does.
+NSString *NSMutableString::description() const {
+    return NSString::stringWith(view());
+}
+
+NSString *NSMutableString::stringValue() const {
+    return NSString::stringWith(view());
+}

@@ -1,0 +1,249 @@
+#include <QBFoundation/Foundation/NSNumber.h>
+
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Text/Hash.h"
+#include "Text/Numbers.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+// Counts, flags and error numbers: the numbers that programs make over and over.
+constexpr std::int32_t kLeastShared = -128;
+constexpr std::int32_t kGreatestShared = 1023;
+
+template <class Integer>
+Integer cutToInteger(double value) {
+    using Limits = std::numeric_limits<Integer>;
+    if (std::isnan(value))
+        return 0;
+    if (value <= static_cast<double>(Limits::min()))
+        return Limits::min();
+    if (value >= static_cast<double>(Limits::max()))
+        return Limits::max();
+    return static_cast<Integer>(value);
+}
+
+// Orders an integer against a floating-point number without rounding the integer.
+NSComparisonResult compareIntegerToReal(std::int64_t low, bool isUnsigned, double real) {
+    if (std::isnan(real))
+        return NSOrderedDescending; // not-a-number comes first, so that sorting has an order
+    const double whole = std::floor(real);
+    if (whole < (isUnsigned ? 0.0 : -0x1p63))
+        return NSOrderedDescending;
+    if (whole >= (isUnsigned ? 0x1p64 : 0x1p63))
+        return NSOrderedAscending;
+    const int order =
+        isUnsigned ? (static_cast<std::uint64_t>(low) > static_cast<std::uint64_t>(whole)) -
+                         (static_cast<std::uint64_t>(low) < static_cast<std::uint64_t>(whole))
+                   : (low > static_cast<std::int64_t>(whole)) - (low < static_cast<std::int64_t>(whole));
+    if (order != 0)
+        return static_cast<NSComparisonResult>(order);
+    return real > whole ? NSOrderedAscending : NSOrderedSame;
+}
+
+} // namespace
+
+Class *NSNumber::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"numberWithBool:">(&NSNumber::setUpWithBool),
+        qb::maker<"numberWithInt:">(&NSNumber::setUpWithInt),
+        qb::maker<"numberWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
+        qb::classMethod<"numberWithLongLong:">(&NSNumber::numberWithLongLong),
+        qb::classMethod<"numberWithUnsignedLongLong:">(&NSNumber::numberWithUnsignedLongLong),
+        qb::maker<"numberWithDouble:">(&NSNumber::setUpWithDouble),
+        qb::initialiser<"initWithBool:">(&NSNumber::setUpWithBool),
+        qb::initialiser<"initWithInt:">(&NSNumber::setUpWithInt),
+        qb::initialiser<"initWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
+        qb::initialiser<"initWithDouble:">(&NSNumber::setUpWithDouble),
+        qb::method<"boolValue">(&NSNumber::boolValue),
+        qb::method<"charValue">(&NSNumber::charValue),
+        qb::method<"shortValue">(&NSNumber::shortValue),
+        qb::method<"intValue">(&NSNumber::intValue),
+        qb::method<"unsignedIntValue">(&NSNumber::unsignedIntValue),
+        qb::method<"longLongValue">(&NSNumber::longLongValue),
+        qb::method<"unsignedLongLongValue">(&NSNumber::unsignedLongLongValue),
+        qb::method<"floatValue">(&NSNumber::floatValue),
+        qb::method<"doubleValue">(&NSNumber::doubleValue),
+        qb::method<"isEqualToNumber:">(&NSNumber::isEqualToNumber),
+        qb::method<"compare:">(&NSNumber::compare),
+    };
+    static Class *const self =
+        new Class("NSNumber", NSObject::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});
+    return self;
+}
+
+NSNumber *NSNumber::numberWithBool(BOOL value) {
+    static NSNumber *const yes = qb::init<NSNumber>(&NSNumber::setUpWithBool, YES).detach();
+    static NSNumber *const no = qb::init<NSNumber>(&NSNumber::setUpWithBool, NO).detach();
+    return value ? yes : no;
+}
+
+NSNumber *NSNumber::numberWithInt(std::int32_t value) {
+    static constinit std::array<NSNumber *, kGreatestShared - kLeastShared + 1> shared{};
+    if (value < kLeastShared || value > kGreatestShared)
+        return qb::init<NSNumber>(&NSNumber::setUpWithInt, value).autorelease();
+    NSNumber *&number = shared[static_cast<std::size_t>(value - kLeastShared)];
+    if (!number)
+        number = qb::init<NSNumber>(&NSNumber::setUpWithInt, value).detach();
+    return number;
+}
+
+NSNumber *NSNumber::numberWithUnsignedInt(std::uint32_t value) {
+    if (value <= static_cast<std::uint32_t>(kGreatestShared))
+        return numberWithInt(static_cast<std::int32_t>(value));
+    return qb::init<NSNumber>(&NSNumber::setUpWithUnsignedInt, value).autorelease();
+}
+
+NSNumber *NSNumber::numberWithLongLong(std::int64_t value) {
+    return qb::init<NSLongLongNumber>(&NSLongLongNumber::setUpWithLongLong, value).autorelease();
+}
+
+NSNumber *NSNumber::numberWithUnsignedLongLong(std::uint64_t value) {
+    return qb::init<NSLongLongNumber>(&NSLongLongNumber::setUpWithUnsignedLongLong, value).autorelease();
+}
+
+NSNumber *NSNumber::numberWithDouble(double value) {
+    return qb::init<NSNumber>(&NSNumber::setUpWithDouble, value).autorelease();
+}
+
+BOOL NSNumber::setUpWithBool(BOOL value) {
+    type_ = Type::boolean;
+    integer_ = value ? 1 : 0;
+    return YES;
+}
+
+BOOL NSNumber::setUpWithInt(std::int32_t value) {
+    type_ = Type::int32;
+    integer_ = value;
+    return YES;
+}
+
+BOOL NSNumber::setUpWithUnsignedInt(std::uint32_t value) {
+    type_ = Type::uint32;
+    integer_ = value;
+    return YES;
+}
+
+BOOL NSNumber::setUpWithLongLong(std::int64_t value) {
+    type_ = Type::int64;
+    integer_ = value;
+    return YES;
+}
+
+BOOL NSNumber::setUpWithUnsignedLongLong(std::uint64_t value) {
+    type_ = Type::uint64;
+    integer_ = static_cast<std::int64_t>(value);
+    return YES;
+}
+
+BOOL NSNumber::setUpWithDouble(double value) {
+    type_ = Type::real;
+    real_ = value;
+    return YES;
+}
+
+std::int64_t NSNumber::integerValue() const {
+    return type_ == Type::real ? cutToInteger<std::int64_t>(real_) : integer_;
+}
+
+BOOL NSNumber::boolValue() const {
+    return type_ == Type::real ? real_ != 0 : integer_ != 0;
+}
+
+std::uint64_t NSNumber::unsignedLongLongValue() const {
+    if (type_ != Type::real)
+        return static_cast<std::uint64_t>(integer_);
+    return real_ < 0 ? static_cast<std::uint64_t>(cutToInteger<std::int64_t>(real_))
+                     : cutToInteger<std::uint64_t>(real_);
+}
+
+double NSNumber::doubleValue() const {
+    if (type_ == Type::real)
+        return real_;
+    return type_ == Type::uint64 ? static_cast<double>(static_cast<std::uint64_t>(integer_))
+                                 : static_cast<double>(integer_);
+}
+
+BOOL NSNumber::isEqual(id other) const {
+    return isEqualToNumber(qb::castOrNil<NSNumber>(other));
+}
+
+BOOL NSNumber::isEqualToNumber(NSNumber *other) const {
+    return other && (other == this || compare(other) == NSOrderedSame);
+}
+
+// Equal numbers of different types have one hash: a whole floating-point number that of its integer.
+std::uint32_t NSNumber::hash() const {
+    std::int64_t bits = integer_;
+    if (type_ == Type::real && std::floor(real_) == real_ && std::abs(real_) < 0x1p63)
+        bits = static_cast<std::int64_t>(real_);
+    else if (type_ == Type::real && real_ >= 0x1p63 && real_ < 0x1p64)
+        bits = static_cast<std::int64_t>(static_cast<std::uint64_t>(real_));
+    return qb::text::hashBytes(reinterpret_cast<const char *>(&bits), sizeof bits);
+}
+
+NSComparisonResult NSNumber::compare(id other) const {
+    auto *number = qb::castOrNil<NSNumber>(other);
+    if (!number)
+        throw InvalidArgumentException("NSNumber compare: must have an argument that is a number.");
+    const bool isReal = type_ == Type::real;
+    const bool otherIsReal = number->type_ == Type::real;
+    if (isReal && otherIsReal) {
+        if (std::isnan(real_) || std::isnan(number->real_))
+            return static_cast<NSComparisonResult>(std::isnan(number->real_) - std::isnan(real_));
+        return static_cast<NSComparisonResult>((real_ > number->real_) - (real_ < number->real_));
+    }
+    const bool isUnsigned = type_ == Type::uint64;
+    const bool otherIsUnsigned = number->type_ == Type::uint64;
+    if (otherIsReal)
+        return compareIntegerToReal(integer_, isUnsigned, number->real_);
+    if (isReal)
+        return static_cast<NSComparisonResult>(
+            -compareIntegerToReal(number->integer_, otherIsUnsigned, real_));
+    // A 64-bit unsigned number with the top bit set is above every signed one.
+    const bool isHuge = isUnsigned && integer_ < 0;
+    const bool otherIsHuge = otherIsUnsigned && number->integer_ < 0;
+    if (isHuge != otherIsHuge)
+        return isHuge ? NSOrderedDescending : NSOrderedAscending;
+    return static_cast<NSComparisonResult>((integer_ > number->integer_) - (integer_ < number->integer_));
+}
+
+NSString *NSNumber::stringValue() const {
+    char text[qb::text::kLongestDouble + 1];
+    std::size_t length = 0;
+    if (type_ == Type::real)
+        length = qb::text::formatDouble(real_, text);
+    else if (type_ == Type::uint64)
+        length = qb::text::formatInteger(static_cast<std::uint64_t>(integer_), text);
+    else
+        length = qb::text::formatInteger(integer_, text);
+    return NSString::stringWith({text, length});
+}
+
+NSString *NSNumber::descriptionWithLocale(NSDictionary *) const {
+    return stringValue();
+}
+
+Class *NSLongLongNumber::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"numberWithLongLong:">(&NSLongLongNumber::setUpWithLongLong),
+        qb::maker<"numberWithUnsignedLongLong:">(&NSLongLongNumber::setUpWithUnsignedLongLong),
+        qb::initialiser<"initWithLongLong:">(&NSLongLongNumber::setUpWithLongLong),
+        qb::initialiser<"initWithUnsignedLongLong:">(&NSLongLongNumber::setUpWithUnsignedLongLong),
+        qb::method<"descriptionWithLocale:">(&NSLongLongNumber::descriptionWithLocale),
+    };
+    static Class *const self =
+        new Class("NSLongLongNumber", NSNumber::cls(), methods, qb::construct<NSLongLongNumber>);
+    return self;
+}
+
+NSString *NSLongLongNumber::descriptionWithLocale(NSDictionary *) const {
+    return stringValue();
+}

@@ -1,0 +1,273 @@
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/NSString.Tables.h"
+#include "System/Memory.h"
+#include "Text/Hash.h"
+#include "Text/Utf8.h"
+
+#include <cstring>
+#include <new>
+
+namespace {
+
+std::uint32_t checkedLength(std::size_t length) {
+    if (length >= UINT32_MAX)
+        throw InvalidArgumentException(
+            "NSString initWithCString:length: must have less than 2^32 - 1 bytes.");
+    return static_cast<std::uint32_t>(length);
+}
+
+std::string_view viewOf(const char *text, const char *selector) {
+    if (!text)
+        throw InvalidArgumentException(std::string("NSString ") + selector +
+                                       " must have a C string that is not NULL.");
+    return text;
+}
+
+std::string_view viewOf(const char *bytes, std::uint32_t length, const char *selector) {
+    if (!bytes)
+        throw InvalidArgumentException(std::string("NSString ") + selector +
+                                       " must have bytes that are not NULL.");
+    return {bytes, length};
+}
+
+// The class operations, which make a string of the class that was asked.
+NSString *stringOfClass(Class *asked) {
+    return NSString::initOfClass(asked, {}).autorelease();
+}
+Ref<NSString> initOfClassEmpty(Class *asked) {
+    return NSString::initOfClass(asked, {});
+}
+NSString *stringWithStringOfClass(Class *asked, NSString *other) {
+    return NSString::initOfClass(asked, other ? other->view() : std::string_view()).autorelease();
+}
+NSString *stringWithCStringOfClass(Class *asked, const char *text) {
+    return NSString::initOfClass(asked, viewOf(text, "stringWithCString:")).autorelease();
+}
+NSString *stringWithCStringLengthOfClass(Class *asked, const char *bytes, std::uint32_t length) {
+    return NSString::initOfClass(asked, viewOf(bytes, length, "stringWithCString:length:")).autorelease();
+}
+Ref<NSString> initWithStringOfClass(Class *asked, NSString *other) {
+    return NSString::initOfClass(asked, other ? other->view() : std::string_view());
+}
+Ref<NSString> initWithCStringOfClass(Class *asked, const char *text) {
+    return NSString::initOfClass(asked, viewOf(text, "initWithCString:"));
+}
+Ref<NSString> initWithCStringLengthOfClass(Class *asked, const char *bytes, std::uint32_t length) {
+    return NSString::initOfClass(asked, viewOf(bytes, length, "initWithCString:length:"));
+}
+
+} // namespace
+
+Class *NSString::cls() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"string">(&stringOfClass),
+        qb::classMethod<"stringWithString:">(&stringWithStringOfClass),
+        qb::classMethod<"stringWithCString:">(&stringWithCStringOfClass),
+        qb::classMethod<"stringWithCString:length:">(&stringWithCStringLengthOfClass),
+        qb::classMethod<"init">(&initOfClassEmpty),
+        qb::classMethod<"initWithString:">(&initWithStringOfClass),
+        qb::classMethod<"initWithCString:">(&initWithCStringOfClass),
+        qb::classMethod<"initWithCString:length:">(&initWithCStringLengthOfClass),
+        qb::method<"cString">(&NSString::cString),
+        qb::method<"cStringLength">(&NSString::cStringLength),
+        qb::method<"length">(&NSString::length),
+        qb::method<"characterAtIndex:">(&NSString::characterAtIndex),
+        qb::method<"isEqualToString:">(&NSString::isEqualToString),
+        qb::method<"compare:", NSComparisonResult(id)>(&NSString::compare),
+    };
+    static Class *const self =
+        new Class("NSString", NSObject::cls(),
+                  {methods, qb::tables::stringFormat(), qb::tables::stringRestrictedFormat()},
+                  qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
+    return self;
+}
+
+NSString::NSString() noexcept : bytes_(""), flags_(kKnowsAscii | kIsAscii) {}
+
+NSString::~NSString() {
+    if (flags_ & kOwnsBytes)
+        qb::sys::release(ownBytes());
+}
+
+// A short text's memory is longer than its type says.
+void NSString::operator delete(void *memory, std::size_t size) noexcept {
+    if (size > qb::kLargestPooledSize)
+        qb::freeObject(memory, size);
+    else
+        qb::freeObjectOfUnknownSize(memory);
+}
+
+Ref<NSString> NSString::makeShort(std::string_view bytes) {
+    void *const memory = qb::allocateObject(sizeof(NSString) + bytes.size() + 1);
+    char *const text = static_cast<char *>(memory) + sizeof(NSString);
+    std::memcpy(text, bytes.data(), bytes.size());
+    text[bytes.size()] = '\0';
+    return Ref<NSString>::adopt(new (memory) NSString(text, static_cast<std::uint32_t>(bytes.size()), 0));
+}
+
+Ref<NSString> NSString::initWith(std::string_view bytes) {
+    if (bytes.empty())
+        return Ref<NSString>::adopt(new NSString);
+    if (sizeof(NSString) + bytes.size() + 1 <= qb::kLargestPooledSize)
+        return makeShort(bytes);
+    return qb::init<NSString>(&NSString::setUpWithBytes, bytes.data(), checkedLength(bytes.size()));
+}
+
+Ref<NSString> NSString::initOfClass(Class *asked, std::string_view bytes) {
+    if (asked == NSString::cls())
+        return initWith(bytes);
+    const Ref<NSObject> object = asked->construct();
+    auto *string = static_cast<NSString *>(object.get());
+    return string->setUpWithBytes(bytes.data(), checkedLength(bytes.size())) ? Ref<NSString>(string)
+                                                                             : Ref<NSString>();
+}
+
+BOOL NSString::setUpWithBytes(const char *bytes, std::uint32_t length) {
+    replaceBytes(0, byteLength_, {bytes, length});
+    return YES;
+}
+
+Ref<NSString> NSString::initWithString(NSString *other) {
+    return other ? other->copy() : init();
+}
+
+NSString *NSString::stringWithString(NSString *other) {
+    return initWithString(other).autorelease();
+}
+
+NSString *NSString::stringWithCString(const char *text) {
+    return stringWith(viewOf(text, "stringWithCString:"));
+}
+
+NSString *NSString::stringWithCString(const char *bytes, std::uint32_t length) {
+    return stringWith(viewOf(bytes, length, "stringWithCString:length:"));
+}
+
+Ref<NSString> NSString::initWithCString(const char *text) {
+    return initWith(viewOf(text, "initWithCString:"));
+}
+
+Ref<NSString> NSString::initWithCString(const char *bytes, std::uint32_t length) {
+    return initWith(viewOf(bytes, length, "initWithCString:length:"));
+}
+
+void NSString::learnAscii() const {
+    flags_ |= qb::text::isAscii(bytes_, byteLength_) ? kKnowsAscii | kIsAscii : kKnowsAscii;
+}
+
+BOOL NSString::isAscii() const {
+    if (!(flags_ & kKnowsAscii))
+        learnAscii();
+    return (flags_ & kIsAscii) != 0;
+}
+
+std::uint32_t NSString::length() const {
+    if (isAscii())
+        return byteLength_;
+    return static_cast<std::uint32_t>(qb::text::utf16Units(bytes_, byteLength_));
+}
+
+std::uint16_t NSString::characterAtIndex(std::uint32_t index) const {
+    bool isSecondHalf = false;
+    const std::size_t offset =
+        isAscii() ? index : qb::text::byteOffsetOfUnit(bytes_, byteLength_, index, &isSecondHalf);
+    if (offset >= byteLength_)
+        throw NSRangeException("NSString characterAtIndex: must have an index below " +
+                               std::to_string(length()) + ".");
+    std::uint32_t codePoint = 0;
+    qb::text::decodeLenient(bytes_ + offset, bytes_ + byteLength_, &codePoint);
+    if (codePoint < 0x10000)
+        return static_cast<std::uint16_t>(codePoint);
+    const std::uint32_t bits = codePoint - 0x10000;
+    return static_cast<std::uint16_t>(isSecondHalf ? 0xDC00 + (bits & 0x3FF) : 0xD800 + (bits >> 10));
+}
+
+BOOL NSString::isEqual(id other) const {
+    if (other == this)
+        return YES;
+    auto *string = qb::castOrNil<NSString>(other);
+    return string && string->view() == view();
+}
+
+BOOL NSString::isEqualToString(NSString *other) const {
+    return other && other->view() == view();
+}
+
+std::uint32_t NSString::hash() const {
+    if (!(flags_ & kKnowsHash)) {
+        hash_ = qb::text::hashBytes(bytes_, byteLength_);
+        flags_ |= kKnowsHash;
+    }
+    return hash_;
+}
+
+NSComparisonResult NSString::compare(id other) const {
+    auto *string = qb::castOrNil<NSString>(other);
+    if (!string)
+        throw InvalidArgumentException("NSString compare: must have an argument that is a string.");
+    const int order = view().compare(string->view());
+    return order < 0 ? NSOrderedAscending : order > 0 ? NSOrderedDescending : NSOrderedSame;
+}
+
+NSString *NSString::description() const {
+    return static_cast<NSString *>(self());
+}
+
+NSString *NSString::stringValue() const {
+    return static_cast<NSString *>(self());
+}
+
+Ref<NSObject> NSString::copyWithZone(void *) const {
+    return self();
+}
+
+Ref<NSObject> NSString::mutableCopyWithZone(void *) const {
+    return mutableCopy();
+}
+
+Ref<NSString> NSString::copy() const {
+    return static_cast<NSString *>(copyWithZone(nullptr).get());
+}
+
+Ref<NSMutableString> NSString::mutableCopy() const {
+    return NSMutableString::initWith(view());
+}
+
+// Makes room for at least `byteLength` bytes of the string's own.
+void NSString::reserve(std::uint64_t byteLength) {
+    if ((flags_ & kOwnsBytes) && byteLength <= capacity_)
+        return;
+    if (byteLength > kLongestText)
+        throw InvalidArgumentException("NSString must have less than 2^32 - 1 bytes.");
+    std::uint64_t capacity =
+        flags_ & kOwnsBytes ? std::max<std::uint64_t>(byteLength, capacity_ * std::uint64_t{2}) : byteLength;
+    capacity = std::min<std::uint64_t>(capacity, kLongestText);
+    void *const old = flags_ & kOwnsBytes ? ownBytes() : nullptr;
+    char *const bytes = static_cast<char *>(qb::sys::reallocate(old, static_cast<std::size_t>(capacity) + 1));
+    if (!bytes)
+        throw std::bad_alloc();
+    if (!old)
+        std::memcpy(bytes, bytes_, byteLength_ + std::size_t{1});
+    bytes_ = bytes;
+    capacity_ = static_cast<std::uint32_t>(capacity);
+    flags_ |= kOwnsBytes;
+}
+
+void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by) {
+    // The new bytes may be a part of the old ones.
+    const bool isOwnPart = by.data() >= bytes_ && by.data() <= bytes_ + byteLength_;
+    const std::string copy(isOwnPart ? by : std::string_view());
+    if (isOwnPart)
+        by = copy;
+    const std::uint64_t newLength = std::uint64_t{byteLength_} - length + by.size();
+    reserve(newLength);
+    char *const place = ownBytes() + from;
+    std::memmove(place + by.size(), place + length, byteLength_ - from - length + std::size_t{1});
+    std::memcpy(place, by.data(), by.size());
+    byteLength_ = static_cast<std::uint32_t>(newLength);
+    flags_ &= kOwnsBytes;
+}

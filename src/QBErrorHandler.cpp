@@ -1,0 +1,331 @@
+#include <QBFoundation/QBErrorHandler.h>
+
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "System/Process.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char *kFile = "src/QBErrorHandler";
+
+// The lines that the forms without a place of their own name as theirs.
+constexpr int kLineWithObjects = 301;
+constexpr int kLineWithDefaultFormat = 311;
+constexpr int kLineWithDefaultFormatAndObjects = 321;
+
+// Marks that an error is being recorded, an exception on the way out included.
+class Raising {
+public:
+    explicit Raising(QBErrorHandler *handler) : handler_(handler) { handler_->setIsRaisingError(YES); }
+    ~Raising() { handler_->setIsRaisingError(NO); }
+    Raising(const Raising &) = delete;
+    Raising &operator=(const Raising &) = delete;
+
+private:
+    QBErrorHandler *handler_;
+};
+
+} // namespace
+
+QBErrorHandler *ERRORHANDLER = nullptr;
+
+Class *QBErrorHandler::cls() {
+    using qb::ArgList;
+    using File = const char *;
+    using Handler = QBErrorHandler;
+    static const qb::Method methods[] = {
+        qb::maker<"errorHandler">(&Handler::setUp),
+        qb::method<"errorState">(&Handler::errorState),
+        qb::method<"_setErrorState:">(&Handler::_setErrorState),
+        qb::method<"setErrorState:">(&Handler::setErrorState),
+        qb::method<"isRaisingError">(&Handler::isRaisingError),
+        qb::method<"setIsRaisingError:">(&Handler::setIsRaisingError),
+        qb::method<"stackTrace">(&Handler::stackTrace),
+        qb::method<"raiseErrorInFile:inLine:error:", void(File, int, int, const ArgList &)>(
+            &Handler::raiseErrorInFileWithArgList),
+        qb::method<"raiseErrorInFile:inLine:error:withArgList:andObjects:",
+                   void(File, int, int, const ArgList &, NSArray *)>(&Handler::raiseErrorInFileWithArgList),
+        qb::method<"raiseErrorInFile:inLine:error:withArgList:andObjects:withDefaultFormat:",
+                   void(File, int, int, const ArgList &, NSArray *, NSString *)>(
+            &Handler::raiseErrorInFileWithArgList),
+        qb::method<"raiseErrorWithObjects:error:">(&Handler::raiseErrorWithObjectsWithArgList),
+        qb::method<"raiseErrorWithDefaultFormat:error:">(&Handler::raiseErrorWithDefaultFormatWithArgList),
+        qb::method<"raiseErrorWithDefaultFormat:withObjects:error:">(
+            &Handler::raiseErrorWithDefaultFormatWithObjectsWithArgList),
+        qb::method<"raiseFatalError:", void(int, const ArgList &)>(&Handler::raiseFatalErrorWithArgList),
+        qb::method<"raiseFatalErrorWithDefaultFormat:error:">(
+            &Handler::raiseFatalErrorWithDefaultFormatWithArgList),
+        qb::method<"raiseFatalError:withArgList:andObjects:withDefaultFormat:",
+                   void(int, const ArgList &, NSArray *, NSString *)>(&Handler::raiseFatalErrorWithArgList),
+        qb::method<"formatStringForErrorId:withDefaultFormat:">(&Handler::formatStringForErrorId),
+        qb::method<"errorMsgForError:withArgList:withDefaultFormat:",
+                   NSString *(int, const ArgList &, NSString *)>(&Handler::errorMsgForError),
+        qb::method<"errorMsgForError:withArgList:", NSString *(int, const ArgList &)>(
+            &Handler::errorMsgForError),
+        qb::method<"errorMsgForError:withObjects:">(&Handler::errorMsgForErrorWithObjects),
+        qb::method<"errorDescr">(&Handler::errorDescr),
+        qb::method<"errorMessage">(&Handler::errorMessage),
+        qb::method<"errorId">(&Handler::errorId),
+        qb::method<"errorIds">(&Handler::errorIds),
+        qb::method<"errorInfo">(&Handler::errorInfo),
+        qb::method<"addErrorDescr:">(&Handler::addErrorDescr),
+        qb::method<"clearErrorStack">(&Handler::clearErrorStack),
+        qb::method<"replaceErrorStack:">(&Handler::replaceErrorStack),
+        qb::method<"insertOldErrorStack:">(&Handler::insertOldErrorStack),
+        qb::method<"removeLastError">(&Handler::removeLastError),
+        qb::method<"errorStackMessagesStringWithIndent:">(&Handler::errorStackMessagesStringWithIndent),
+        qb::method<"terminateBecauseOfFatalError">(&Handler::terminateBecauseOfFatalError),
+    };
+    static Class *const self =
+        new Class("QBErrorHandler", NSObject::cls(), methods, qb::construct<QBErrorHandler>);
+    return self;
+}
+
+BOOL QBErrorHandler::setUp() {
+    setErrorState(ERRORSTATE_OK);
+    return YES;
+}
+
+void QBErrorHandler::setErrorState(int state) {
+    if (errorState_ == ERRORSTATE_FATAL)
+        return;
+    _setErrorState(static_cast<unsigned>(state) > ERRORSTATE_FATAL ? ERRORSTATE_ERROR : state);
+}
+
+NSMutableArray *QBErrorHandler::stackTrace() {
+    if (!stackTrace_)
+        stackTrace_ = NSMutableArray::init();
+    return stackTrace_;
+}
+
+// --- Raising ---
+
+void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
+                                                 const qb::ArgList &argList) {
+    if (ERRORHANDLER)
+        ERRORHANDLER->raiseErrorInFileWithArgList(file, line, error, argList, nullptr, nullptr);
+}
+
+void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
+                                                 const qb::ArgList &argList, NSArray *objects) {
+    raiseErrorInFileWithArgList(file, line, error, argList, objects, nullptr);
+}
+
+void QBErrorHandler::raiseErrorInFileWithArgList(const char *, int, int error, const qb::ArgList &argList,
+                                                 NSArray *objects, NSString *defaultFormat) {
+    if (isRaisingError())
+        return;
+    const Ref<NSMutableArray> description = describe(error, argList, nullptr, defaultFormat);
+    const Raising raising(this);
+    description->addObjectsFromArray(objects);
+    addErrorDescr(description);
+    setErrorState(ERRORSTATE_ERROR);
+}
+
+void QBErrorHandler::raiseErrorWithObjectsWithArgList(NSArray *objects, int error,
+                                                      const qb::ArgList &argList) {
+    if (ERRORHANDLER)
+        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithObjects, error, argList, objects, nullptr);
+}
+
+void QBErrorHandler::raiseErrorWithDefaultFormatWithArgList(NSString *format, int error,
+                                                            const qb::ArgList &argList) {
+    if (ERRORHANDLER)
+        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithDefaultFormat, error, argList, nullptr,
+                                                  format);
+}
+
+void QBErrorHandler::raiseErrorWithDefaultFormatWithObjectsWithArgList(NSString *format, NSArray *objects,
+                                                                       int error,
+                                                                       const qb::ArgList &argList) {
+    if (ERRORHANDLER)
+        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithDefaultFormatAndObjects, error, argList,
+                                                  objects, format);
+}
+
+void QBErrorHandler::raiseFatalErrorWithArgList(int error, const qb::ArgList &argList) {
+    raiseFatalErrorWithDefaultFormatWithArgList(nullptr, error, argList);
+}
+
+void QBErrorHandler::raiseFatalErrorWithDefaultFormatWithArgList(NSString *format, int error,
+                                                                 const qb::ArgList &argList) {
+    if (ERRORHANDLER)
+        ERRORHANDLER->raiseFatalErrorWithArgList(error, argList, nullptr, format);
+}
+
+void QBErrorHandler::raiseFatalErrorWithArgList(int error, const qb::ArgList &argList, NSArray *objects,
+                                                NSString *defaultFormat) {
+    if (isRaisingError())
+        return;
+    const Raising raising(this);
+    if (errorState() == ERRORSTATE_FATAL)
+        return;
+    setErrorState(ERRORSTATE_FATAL);
+    fatalErrorDescr_ = describe(error, argList, objects, defaultFormat);
+    terminateBecauseOfFatalError();
+}
+
+Ref<NSMutableArray> QBErrorHandler::describe(int error, const qb::ArgList &argList, NSArray *objects,
+                                             NSString *defaultFormat) {
+    NSString *const message = errorMsgForError(error, argList, defaultFormat);
+    auto description = NSMutableArray::init();
+    description->addObject(message ? message : NSString::string());
+    description->addObject(NSNumber::numberWithInt(error));
+    description->addObjectsFromArray(objects);
+    return description;
+}
+
+// --- Messages ---
+
+NSString *QBErrorHandler::formatStringForErrorId(int, NSString *withDefaultFormat) {
+    return withDefaultFormat;
+}
+
+NSString *QBErrorHandler::errorMsgForError(int error, const qb::ArgList &withArgList,
+                                           NSString *withDefaultFormat) {
+    return NSString::stringWithRestrictedFormatAndArglist(prefixedFormat(error, withDefaultFormat),
+                                                          withArgList);
+}
+
+NSString *QBErrorHandler::errorMsgForError(int error, const qb::ArgList &withArgList) {
+    return errorMsgForError(error, withArgList, nullptr);
+}
+
+NSString *QBErrorHandler::errorMsgForErrorWithObjects(int error, NSArray *objects) {
+    return NSString::stringWithRestrictedFormatAndObjects(prefixedFormat(error, nullptr), objects);
+}
+
+// The number stands in the text before the values do, so that a "%" of the format is read when they are
+// filled in.
+NSString *QBErrorHandler::prefixedFormat(int error, NSString *defaultFormat) {
+    NSString *format = formatStringForErrorId(error, defaultFormat);
+    if (IsNil(format))
+        format = "unknown error"_ns;
+    return NSString::stringWithRestrictedFormat("[%06d] %s", error, format->cString());
+}
+
+// --- The newest error ---
+
+NSArray *QBErrorHandler::errorDescr() {
+    if (errorState() == ERRORSTATE_OK)
+        return NSArray::array();
+    if (errorState() == ERRORSTATE_FATAL)
+        return fatalErrorDescr_ ? fatalErrorDescr_.get() : NSArray::array();
+    return stackTrace()->count() ? qb::castOrNil<NSArray>(stackTrace()->objectAtIndex(0)) : NSArray::array();
+}
+
+NSString *QBErrorHandler::errorMessage() {
+    NSArray *const description = errorDescr();
+    auto *message = description->count() ? qb::castOrNil<NSString>(description->objectAtIndex(0)) : nullptr;
+    if (!message)
+        return NSString::string();
+    message->retain();
+    message->autorelease();
+    return message;
+}
+
+id QBErrorHandler::errorId() {
+    NSArray *const description = errorDescr();
+    return description->count() > 1 ? description->objectAtIndex(1) : NSString::string();
+}
+
+NSArray *QBErrorHandler::errorIds() {
+    NSMutableArray *const ids = NSMutableArray::array();
+    if (fatalErrorDescr_ && fatalErrorDescr_->count() > 1)
+        ids->addObject(fatalErrorDescr_->objectAtIndex(1));
+    for (id description : *stackTrace())
+        if (auto *array = qb::castOrNil<NSArray>(description); array && array->count() > 1)
+            ids->addObject(array->objectAtIndex(1));
+    return ids;
+}
+
+// In the fatal state the source is the fatal description itself, whose first element is its message: no
+// objects are found there. The process ends before anyone can ask.
+NSArray *QBErrorHandler::errorInfo() {
+    if (errorState() == ERRORSTATE_OK)
+        return nullptr;
+    NSArray *const source = errorState() == ERRORSTATE_FATAL ? fatalErrorDescr_.get() : stackTrace_.get();
+    auto *description =
+        source && source->count() ? qb::castOrNil<NSArray>(source->objectAtIndex(0)) : nullptr;
+    if (!description || description->count() < 3)
+        return nullptr;
+    return NSArray::arrayWith(description->view().subspan(2));
+}
+
+void QBErrorHandler::addErrorDescr(NSArray *description) {
+    stackTrace()->insertObject(description, 0);
+}
+
+// --- The stack ---
+
+NSMutableArray *QBErrorHandler::clearErrorStack() {
+    if (!ERRORHANDLER || ERRORHANDLER->errorState() == ERRORSTATE_OK)
+        return nullptr;
+    setErrorState(ERRORSTATE_OK);
+    return std::exchange(stackTrace_, {}).autorelease();
+}
+
+void QBErrorHandler::replaceErrorStack(NSArray *stack) {
+    stackTrace_ = stack ? static_cast<NSMutableArray *>(stack->makeMutable()) : nullptr;
+    setErrorState(stack && stack->containsData() ? ERRORSTATE_ERROR : ERRORSTATE_OK);
+}
+
+void QBErrorHandler::insertOldErrorStack(NSArray *stack) {
+    if (!stack || !stack->containsData())
+        return;
+    Ref<NSMutableArray> joined = stack->mutableCopy();
+    joined->addObjectsFromArray(stackTrace_);
+    stackTrace_ = joined;
+    setErrorState(ERRORSTATE_ERROR);
+}
+
+void QBErrorHandler::removeLastError() {
+    if (stackTrace()->containsData())
+        stackTrace()->removeObjectAtIndex(0);
+    if (!stackTrace()->containsData())
+        setErrorState(ERRORSTATE_OK);
+}
+
+NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
+    NSMutableString *const text = NSMutableString::string();
+    bool isFirst = true;
+    for (id element : *stackTrace()) {
+        auto *description = qb::castOrNil<NSArray>(element);
+        if (!description || !description->count())
+            continue;
+        if (!std::exchange(isFirst, false))
+            text->append("\n");
+        text->appendString(indent);
+        text->appendString(description->objectAtIndex(0)->stringValue());
+    }
+    if (errorState() != ERRORSTATE_FATAL)
+        return text;
+    return NSString::stringWithRestrictedFormat("%s%s\n%s", indent ? indent : NSString::string(),
+                                                errorMessage(), text);
+}
+
+void QBErrorHandler::terminateBecauseOfFatalError() {
+    NSString *const messages = errorStackMessagesStringWithIndent(nullptr);
+    std::fprintf(stderr, "%s\n", messages->cString());
+    std::exit(-1);
+}
+
+// --- Saving errors ---
+
+qb::SavedErrors::SavedErrors(Then then) : then_(then) {
+    if (ERRORHANDLER)
+        earlier_ = ERRORHANDLER->clearErrorStack();
+}
+
+qb::SavedErrors::~SavedErrors() {
+    if (!ERRORHANDLER)
+        return;
+    if (then_ == kDiscard)
+        ERRORHANDLER->replaceErrorStack(earlier_ ? earlier_.get() : NSArray::array());
+    else
+        ERRORHANDLER->insertOldErrorStack(earlier_);
+}

@@ -1,0 +1,76 @@
+#include <QBFoundation/QBOutputStream.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+Class *QBOutputStream::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"stream">(&QBOutputStream::setUp),
+        qb::method<"close">(&QBOutputStream::close),
+        qb::method<"flush">(&QBOutputStream::flush),
+        qb::method<"reset">(&QBOutputStream::reset),
+        qb::method<"writeBuffer:length:">(&QBOutputStream::writeBuffer),
+        qb::method<"_writeBuffer:length:">(&QBOutputStream::_writeBuffer),
+        qb::method<"writeByte:">(&QBOutputStream::writeByte),
+        qb::method<"writeObject:">(&QBOutputStream::writeObject),
+        qb::method<"_writeNSObject:">(&QBOutputStream::_writeNSObject),
+        qb::method<"_writeEnumerator:">(&QBOutputStream::_writeEnumerator),
+        qb::method<"_writeArray:">(&QBOutputStream::_writeArray),
+        qb::method<"_writeObject:forKey:">(&QBOutputStream::_writeObjectForKey),
+        qb::method<"_writeDictionary:">(&QBOutputStream::_writeDictionary),
+        qb::method<"_writeString:">(&QBOutputStream::_writeString),
+        qb::method<"writeNL">(&QBOutputStream::writeNL),
+        qb::method<"writeCRNL">(&QBOutputStream::writeCRNL),
+        qb::method<"writeSpace">(&QBOutputStream::writeSpace),
+        qb::method<"writeTab">(&QBOutputStream::writeTab),
+        qb::method<"writeFormat:">(&QBOutputStream::writeFormatWithArgList),
+    };
+    static Class *const self = new Class("QBOutputStream", NSObject::cls(), methods);
+    return self;
+}
+
+void QBOutputStream::writeBuffer(const void *buffer, std::uint32_t length) {
+    if (!buffer)
+        throw InvalidArgumentException(
+            "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.");
+    if (length != 0)
+        _writeBuffer(buffer, length);
+}
+
+void QBOutputStream::writeObject(id object) {
+    if (object)
+        object->writeOnOutputStream(this);
+}
+
+void QBOutputStream::writeFormatWithArgList(NSString *format, const qb::ArgList &argList) {
+    writeObject(NSString::stringWithFormatWithArgList(format, argList));
+}
+
+void QBOutputStream::_writeNSObject(id object) {
+    writeObject(object->stringValue());
+}
+
+void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
+    for (id object : *enumerator)
+        writeObject(object);
+}
+
+void QBOutputStream::_writeArray(NSArray *array) {
+    writeObject(array->objectEnumerator());
+}
+
+void QBOutputStream::_writeObjectForKey(id object, id) {
+    writeObject(object);
+}
+
+void QBOutputStream::_writeDictionary(NSDictionary *dictionary) {
+    for (id key : *dictionary->keyEnumerator())
+        _writeObjectForKey(dictionary->objectForKey(key), key);
+}
+
+void QBOutputStream::_writeString(NSString *string) {
+    writeBuffer(string->cString(), string->cStringLength());
+}

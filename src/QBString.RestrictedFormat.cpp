@@ -1,0 +1,212 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "Foundation/Conversion.h"
+#include "Foundation/NSString.Tables.h"
+
+#include <string>
+#include <string_view>
+
+namespace {
+
+using qb::Conversion;
+using qb::Kind;
+using qb::Value;
+
+constexpr std::string_view kIntegerLetters = "dioxXu";
+constexpr std::string_view kRealLetters = "eEfg";
+constexpr std::string_view kSkippedLetters = "LZlq";
+constexpr std::string_view kModifiers = " #+-.0123456789";
+
+bool isOneOf(char character, std::string_view set) {
+    return set.find(character) != std::string_view::npos;
+}
+
+// Where a conversion's value comes from, and how it is written. Each returns false when the format is
+// invalid.
+class ArgListSource {
+public:
+    explicit ArgListSource(const qb::ArgList &values) : values_(values) {}
+
+    bool write(const Conversion &conversion, std::string &target) {
+        if (next_ == values_.count())
+            return false;
+        const Value &value = values_[next_++];
+        if (isOneOf(conversion.letter, kIntegerLetters)) {
+            if (!qb::servesInteger(value))
+                return false;
+            conversion.appendInteger(target, value);
+        } else if (isOneOf(conversion.letter, kRealLetters)) {
+            if (value.kind() != Kind::real)
+                return false;
+            conversion.appendReal(target, value.real());
+        } else if (conversion.letter == 'c') {
+            if (value.kind() != Kind::character && value.kind() != Kind::integer)
+                return false;
+            conversion.appendCharacter(target, static_cast<char>(value.integer()));
+        } else {
+            std::string_view text;
+            if (!qb::textOf(value, text))
+                return false;
+            conversion.appendText(target, text);
+        }
+        return true;
+    }
+
+private:
+    const qb::ArgList &values_;
+    std::uint32_t next_ = 0;
+};
+
+class ObjectsSource {
+public:
+    explicit ObjectsSource(NSArray *objects) : objects_(objects) {}
+
+    bool write(const Conversion &conversion, std::string &target) {
+        const id object = objects_ && next_ < objects_->count() ? objects_->objectAtIndex(next_++) : nullptr;
+        if (conversion.letter == 's')
+            return writeText(object, conversion, target);
+        if (!object)
+            return true;
+        if (isOneOf(conversion.letter, kIntegerLetters))
+            conversion.appendInteger(target, integerOf(object));
+        else if (isOneOf(conversion.letter, kRealLetters))
+            conversion.appendReal(target, realOf(object));
+        else
+            conversion.appendCharacter(target, characterOf(object));
+        return true;
+    }
+
+private:
+    static bool writeText(id object, const Conversion &conversion, std::string &target) {
+        auto *string = qb::castOrNil<NSString>(object);
+        const char *const text = object && !string ? object->cStringValue() : nullptr;
+        if (!string && !text)
+            return false;
+        conversion.appendText(target, string ? string->view() : std::string_view(text));
+        return true;
+    }
+
+    static Value integerOf(id object) {
+        if (auto *number = qb::castOrNil<NSNumber>(object)) {
+            if (number->type() == NSNumber::Type::uint64)
+                return number->unsignedLongLongValue();
+            return number->longLongValue();
+        }
+        return object->respondsToSelector("intValue"_sel) ? send<std::int32_t>(object, "intValue"_sel) : 0;
+    }
+
+    static double realOf(id object) {
+        if (auto *number = qb::castOrNil<NSNumber>(object))
+            return number->doubleValue();
+        return object->respondsToSelector("floatValue"_sel) ? send<float>(object, "floatValue"_sel) : 0;
+    }
+
+    static char characterOf(id object) {
+        if (auto *string = qb::castOrNil<NSString>(object))
+            return string->cString()[0];
+        return static_cast<char>(integerOf(object).integer());
+    }
+
+    NSArray *objects_;
+    std::uint32_t next_ = 0;
+};
+
+// Reads the modifiers and the letter behind a "%". `position` ends behind the letter, or at the format's end.
+// Returns false when a character has no place there.
+bool readConversion(std::string_view format, std::size_t &position, Conversion &conversion,
+                    std::string &modifiers) {
+    modifiers.clear();
+    for (; position < format.size(); ++position) {
+        const char character = format[position];
+        if (isOneOf(character, kModifiers)) {
+            modifiers += character;
+        } else if (!isOneOf(character, kSkippedLetters)) {
+            ++position;
+            conversion = {modifiers, character};
+            return modifiers.size() <= Conversion::kMostModifiers &&
+                   (character == '%' || character == 'c' || character == 's' ||
+                    isOneOf(character, kIntegerLetters) || isOneOf(character, kRealLetters));
+        }
+    }
+    conversion = {};
+    return true;
+}
+
+// Appends the filled format to `target`. Returns false, with `target` as it was, when the format is invalid.
+template <class Source>
+bool fill(std::string_view format, Source source, std::string &target) {
+    format = format.substr(0, format.find('\0'));
+    const std::size_t start = target.size();
+    std::string modifiers;
+    std::size_t position = 0;
+    while (position < format.size()) {
+        const std::size_t percent = std::min(format.find('%', position), format.size());
+        const std::string_view literal = format.substr(position, percent - position);
+        position = percent + 1;
+        Conversion conversion;
+        if (percent == format.size()) {
+            target += literal;
+        } else if (!readConversion(format, position, conversion, modifiers)) {
+            target.resize(start);
+            return false;
+        } else if (conversion.letter != '%') { // "%%" drops itself and the literal text before it
+            target += literal;
+            if (conversion.letter && !source.write(conversion, target)) {
+                target.resize(start);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+template <class Source>
+NSString *filled(std::string_view format, Source source) {
+    std::string text;
+    return NSString::stringWith(fill(format, source, text) ? std::string_view(text) : format);
+}
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::stringRestrictedFormat() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"stringWithRestrictedFormat:", NSString *(NSString *, const qb::ArgList &)>(
+            &NSString::stringWithRestrictedFormatAndArglist),
+        qb::classMethod<"stringWithRestrictedFormat:andArglist:",
+                        NSString *(NSString *, const qb::ArgList &)>(
+            &NSString::stringWithRestrictedFormatAndArglist),
+        qb::classMethod<"stringWithRestrictedFormat:andObjects:">(
+            &NSString::stringWithRestrictedFormatAndObjects),
+    };
+    return methods;
+}
+
+std::span<const qb::Method> qb::tables::mutableStringRestrictedFormat() {
+    static const qb::Method methods[] = {
+        qb::method<"appendRestrictedFormat:">(&NSMutableString::appendRestrictedFormatWithArgList),
+    };
+    return methods;
+}
+
+NSString *NSString::stringWithRestrictedFormatAndArglist(NSString *format, const qb::ArgList &argList) {
+    return format ? filled(format->view(), ArgListSource(argList)) : nullptr;
+}
+
+NSString *NSString::stringWithRestrictedFormatAndArglist(const char *format, const qb::ArgList &argList) {
+    return format ? filled(format, ArgListSource(argList)) : nullptr;
+}
+
+NSString *NSString::stringWithRestrictedFormatAndObjects(NSString *format, NSArray *objects) {
+    return format ? filled(format->view(), ObjectsSource(objects)) : nullptr;
+}
+
+void NSMutableString::appendRestrictedFormatWithArgList(NSString *format, const qb::ArgList &argList) {
+    if (!format)
+        return;
+    std::string text;
+    append(fill(format->view(), ArgListSource(argList), text) ? std::string_view(text) : format->view());
+}

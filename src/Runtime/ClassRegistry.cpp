@@ -1,0 +1,76 @@
+#include "Runtime/ClassRegistry.h"
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Class.h>
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace qb {
+
+namespace {
+
+using ClassTable = std::map<std::string_view, Class *>;
+
+// Never destroyed: classes live as long as the process.
+ClassTable &table() {
+    static ClassTable &classes = *new ClassTable;
+    return classes;
+}
+
+// Registrations link themselves in while static objects are still being constructed, in any order.
+constinit const ClassRegistration *newestRegistration = nullptr;
+constinit const ClassRegistration *newestBuilt = nullptr;
+
+// Makes the registered classes that were not made yet, so that they can be found by their names.
+void buildRegisteredClasses() {
+    const ClassRegistration *const newest = newestRegistration;
+    const ClassRegistration *const built = std::exchange(newestBuilt, newest);
+    for (const ClassRegistration *one = newest; one != built; one = one->next)
+        one->cls();
+}
+
+const ListedClass *listedClass(std::string_view name) {
+    for (const ListedClass &listed : libraryClasses())
+        if (name == listed.name)
+            return &listed;
+    return nullptr;
+}
+
+Class *classNamed(std::string_view name) {
+    if (const ListedClass *listed = listedClass(name))
+        return listed->cls();
+    buildRegisteredClasses();
+    const auto found = table().find(name);
+    return found == table().end() ? nullptr : found->second;
+}
+
+} // namespace
+
+ClassRegistration::ClassRegistration(Class *(*function)()) : cls(function), next(newestRegistration) {
+    newestRegistration = this;
+}
+
+void enterClass(Class *cls) {
+    if (!table().emplace(cls->nameView(), cls).second)
+        throw InvalidArgumentException("Class " + std::string(cls->nameView()) +
+                                       " must have a name that is not taken.");
+}
+
+std::vector<Class *> allClasses() {
+    buildRegisteredClasses();
+    for (const ListedClass &listed : libraryClasses())
+        listed.cls();
+    std::vector<Class *> result;
+    for (const auto &[name, cls] : table())
+        result.push_back(cls);
+    return result;
+}
+
+} // namespace qb
+
+Class *NSClassFromString(NSString *name) {
+    return name ? qb::classNamed(name->view()) : nullptr;
+}

@@ -1,0 +1,92 @@
+#include <QBFoundation/Runtime/Memory.h>
+
+#include "System/Memory.h"
+
+#include <cstdint>
+#include <new>
+
+namespace qb {
+
+#ifdef QB_NO_FREE_LISTS
+
+void *allocateObject(std::size_t size) {
+    void *memory = sys::allocate(size);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void freeObject(void *memory, std::size_t) noexcept {
+    sys::release(memory);
+}
+
+void freeObjectOfUnknownSize(void *memory) noexcept {
+    sys::release(memory);
+}
+
+#else
+
+namespace {
+
+// Chunks are aligned to their size, so that an object's address leads to its chunk's head.
+constexpr std::size_t kChunkSize = 64 * 1024;
+
+struct ChunkHead {
+    std::size_t sizeIndex; // of every object in the chunk
+};
+constexpr std::size_t kHeadSize = kSizeStep;
+static_assert(sizeof(ChunkHead) <= kHeadSize);
+
+// The part of the newest chunk of a size that was not handed out yet. Chunks are carved step by step, so that
+// objects made one after the other lie one after the other.
+struct Uncarved {
+    char *next = nullptr;
+    char *end = nullptr;
+};
+constinit Uncarved uncarved[kLargestPooledSize / kSizeStep + 1];
+
+void *allocateLarge(std::size_t size) {
+    void *memory = sys::allocate(size);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void addChunk(std::size_t sizeIndex) {
+    char *chunk = static_cast<char *>(sys::allocateAligned(kChunkSize, kChunkSize));
+    if (!chunk)
+        throw std::bad_alloc();
+    new (chunk) ChunkHead{sizeIndex};
+    uncarved[sizeIndex] = {chunk + kHeadSize, chunk + kChunkSize};
+}
+
+} // namespace
+
+constinit void *freeObjects[kLargestPooledSize / kSizeStep + 1] = {};
+
+void *allocateObjectSlowly(std::size_t size) {
+    if (size > kLargestPooledSize)
+        return allocateLarge(size);
+    const std::size_t index = (size + kSizeStep - 1) / kSizeStep;
+    const auto bytes = static_cast<std::ptrdiff_t>(index * kSizeStep);
+    Uncarved &rest = uncarved[index];
+    if (rest.end - rest.next < bytes)
+        addChunk(index);
+    void *memory = rest.next;
+    rest.next += bytes;
+    return memory;
+}
+
+void freeLargeObject(void *memory) noexcept {
+    sys::release(memory);
+}
+
+void freeObjectOfUnknownSize(void *memory) noexcept {
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    const auto *head = reinterpret_cast<const ChunkHead *>(address & ~(std::uintptr_t{kChunkSize} - 1));
+    freeObject(memory, head->sizeIndex * kSizeStep);
+}
+
+#endif
+
+} // namespace qb

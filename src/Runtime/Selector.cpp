@@ -1,0 +1,42 @@
+#include <QBFoundation/Runtime/Selector.h>
+
+#include "Text/Hash.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+
+namespace {
+
+struct TextHash {
+    std::size_t operator()(std::string_view text) const {
+        return qb::text::hashBytes(text.data(), text.size());
+    }
+};
+using SelectorTable = std::unordered_map<std::string_view, SEL, TextHash>;
+
+// Never destroyed: objects may send messages after main().
+SelectorTable &table() {
+    static SelectorTable &selectors = *new SelectorTable;
+    return selectors;
+}
+
+} // namespace
+
+SEL Selector::named(std::string_view text) {
+    text = text.substr(0, text.find('\0'));
+    SelectorTable &selectors = table();
+    if (const auto found = selectors.find(text); found != selectors.end())
+        return found->second;
+
+    char *const copy = new char[text.size() + 1];
+    std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+    auto *selector = new Selector;
+    selector->text_ = copy;
+    selector->length_ = static_cast<std::uint32_t>(text.size());
+    selector->hash_ = static_cast<std::uint32_t>(TextHash()(text));
+    selector->colons_ = static_cast<unsigned>(std::count(text.begin(), text.end(), ':'));
+    selectors.emplace(selector->view(), selector);
+    return selector;
+}

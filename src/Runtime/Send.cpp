@@ -1,0 +1,62 @@
+#include <QBFoundation/Runtime/Send.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSInvocation.h>
+#include <QBFoundation/Runtime/Class.h>
+
+#include <string>
+#include <vector>
+
+namespace qb {
+
+namespace {
+
+bool resultPassesUnchecked(const Type &result, const Type &wanted) {
+    if (wanted.kind == Kind::none || result.kind == Kind::none)
+        return wanted.kind == result.kind;
+    // An owned result fits a plain pointer (the caller releases it), but a borrowed one fits no owner.
+    return passesUnchecked(result, wanted) && (result.isOwned || !wanted.isOwned);
+}
+
+bool allPassUnchecked(const Method &method, const Type *const *types, std::size_t argumentCount) {
+    if (argumentCount != method.parameterCount() || !resultPassesUnchecked(method.resultType(), *types[0]))
+        return false;
+    for (std::uint32_t i = 0; i < argumentCount; ++i)
+        if (!passesUnchecked(*types[i + 1], method.parameterType(i)))
+            return false;
+    return true;
+}
+
+} // namespace
+
+const Method *prepareSend(id receiver, SEL selector, CallSite &site, const Type *const *types,
+                          std::size_t argumentCount) {
+    const Method *const method = receiver->methodForSelector(selector);
+    if (!method || !allPassUnchecked(*method, types, argumentCount))
+        return nullptr;
+    // Class objects share one virtual table but not their operations, so a call site can't know them by it.
+    const bool isClass = dispatchKey(receiver) == dispatchKey(Class::cls());
+    site = {isClass ? nullptr : dispatchKey(receiver), method, method->typedEntry(), dispatchGeneration};
+    return method;
+}
+
+Value sendValues(id receiver, SEL selector, const Value *values, std::size_t count, bool &isOwned) {
+    isOwned = false;
+    if (!receiver)
+        return Value();
+    if (const Method *method = receiver->methodForSelector(selector)) {
+        isOwned = method->resultType().isOwned;
+        return method->invoke(receiver, values, count);
+    }
+    NSInvocation *const invocation = NSInvocation::invocationWithTarget(receiver, selector);
+    invocation->setArguments(std::vector<Value>(values, values + count));
+    receiver->forwardInvocation(invocation);
+    return invocation->returnValue();
+}
+
+void throwWrongResult(id receiver, SEL selector, const Type &wanted) {
+    throw InvalidArgumentException(std::string(receiver->classObject()->nameView()) + " " + selector->text() +
+                                   " must have a result that is a " + nameOf(wanted) + ".");
+}
+
+} // namespace qb

@@ -1,0 +1,217 @@
+#include "Files.h"
+
+#include "Attempt.h"
+
+#include <cstdio>
+#include <sys/sendfile.h>
+#include <unistd.h>
+
+namespace qb::sys {
+
+int open(const char *path, int flags, mode_t mode) noexcept {
+    return repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); });
+}
+
+int openExclusive(const char *path, mode_t mode) noexcept {
+    return open(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+}
+
+int close(int descriptor) noexcept {
+    // Not repeated: the kernel has let go of the descriptor whatever it answers, and the number may be in use
+    // again.
+    int result = ::close(descriptor);
+    if (fails(Call::close))
+        result = -1;
+    return result == -1 && errno == EINTR ? 0 : result;
+}
+
+int dup(int descriptor) noexcept {
+    return attempt(Call::dup, [&] { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); });
+}
+
+int fcntl(int descriptor, int command, int argument) noexcept {
+    return repeat(Call::fcntl, [&] { return ::fcntl(descriptor, command, argument); });
+}
+
+ssize_t read(int descriptor, void *buffer, std::size_t length, OnSignal onSignal) noexcept {
+    return repeat(
+        Call::read, [&] { return ::read(descriptor, buffer, length); }, &length, onSignal);
+}
+
+ssize_t readAll(int descriptor, void *buffer, std::size_t length) noexcept {
+    std::size_t done = 0;
+    while (done < length) {
+        const ssize_t count = read(descriptor, static_cast<char *>(buffer) + done, length - done);
+        if (count < 0)
+            return -1;
+        if (count == 0)
+            break;
+        done += static_cast<std::size_t>(count);
+    }
+    return static_cast<ssize_t>(done);
+}
+
+ssize_t pread(int descriptor, void *buffer, std::size_t length, off_t offset) noexcept {
+    return repeat(
+        Call::pread, [&] { return ::pread(descriptor, buffer, length, offset); }, &length);
+}
+
+ssize_t write(int descriptor, const void *buffer, std::size_t length, OnSignal onSignal) noexcept {
+    return repeat(
+        Call::write, [&] { return ::write(descriptor, buffer, length); }, &length, onSignal);
+}
+
+int writeAll(int descriptor, const void *buffer, std::size_t length) noexcept {
+    for (std::size_t done = 0; done < length;) {
+        const ssize_t count = write(descriptor, static_cast<const char *>(buffer) + done, length - done);
+        if (count == 0)
+            errno = EIO; // a device that takes nothing and reports nothing would keep us here for ever
+        if (count <= 0)
+            return -1;
+        done += static_cast<std::size_t>(count);
+    }
+    return 0;
+}
+
+off_t lseek(int descriptor, off_t offset, int whence) noexcept {
+    return attempt(Call::lseek, [&] { return ::lseek(descriptor, offset, whence); });
+}
+
+ssize_t copy_file_range(int source, off64_t *sourceOffset, int target, off64_t *targetOffset,
+                        std::size_t length) noexcept {
+    const auto copy = [&] {
+        return ::copy_file_range(source, sourceOffset, target, targetOffset, length, 0);
+    };
+    return repeat(Call::copy_file_range, copy, &length);
+}
+
+ssize_t sendfile(int target, int source, off_t *offset, std::size_t length) noexcept {
+    return repeat(
+        Call::sendfile, [&] { return ::sendfile(target, source, offset, length); }, &length);
+}
+
+int ftruncate(int descriptor, off_t length) noexcept {
+    return repeat(Call::ftruncate, [&] { return ::ftruncate(descriptor, length); });
+}
+
+int fsync(int descriptor) noexcept {
+    return repeat(Call::fsync, [&] { return ::fsync(descriptor); });
+}
+
+int fdatasync(int descriptor) noexcept {
+    return repeat(Call::fdatasync, [&] { return ::fdatasync(descriptor); });
+}
+
+int syncDirectory(const char *path) noexcept {
+    const int descriptor = open(path, O_RDONLY | O_DIRECTORY);
+    if (descriptor < 0)
+        return -1;
+    // EINVAL is a file system's way to say that it has nothing to sync for a directory.
+    const int error = fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+    const int closed = close(descriptor);
+    return error ? (errno = error, -1) : closed;
+}
+
+int stat(const char *path, struct stat *info) noexcept {
+    return repeat(Call::stat, [&] { return ::stat(path, info); });
+}
+
+int fstat(int descriptor, struct stat *info) noexcept {
+    return repeat(Call::fstat, [&] { return ::fstat(descriptor, info); });
+}
+
+int lstat(const char *path, struct stat *info) noexcept {
+    return repeat(Call::lstat, [&] { return ::lstat(path, info); });
+}
+
+int access(const char *path, int mode) noexcept {
+    return repeat(Call::access, [&] { return ::access(path, mode); });
+}
+
+ssize_t readlink(const char *path, char *buffer, std::size_t size) noexcept {
+    return repeat(
+        Call::readlink, [&] { return ::readlink(path, buffer, size); }, &size);
+}
+
+int rename(const char *source, const char *target) noexcept {
+    return repeat(Call::rename, [&] { return ::rename(source, target); });
+}
+
+int unlink(const char *path) noexcept {
+    return repeat(Call::unlink, [&] { return ::unlink(path); });
+}
+
+int rmdir(const char *path) noexcept {
+    return repeat(Call::rmdir, [&] { return ::rmdir(path); });
+}
+
+int mkdir(const char *path, mode_t mode) noexcept {
+    return repeat(Call::mkdir, [&] { return ::mkdir(path, mode); });
+}
+
+int symlink(const char *text, const char *path) noexcept {
+    return repeat(Call::symlink, [&] { return ::symlink(text, path); });
+}
+
+int link(const char *source, const char *target) noexcept {
+    return repeat(Call::link, [&] { return ::link(source, target); });
+}
+
+int chmod(const char *path, mode_t mode) noexcept {
+    return repeat(Call::chmod, [&] { return ::chmod(path, mode); });
+}
+
+int fchmod(int descriptor, mode_t mode) noexcept {
+    return repeat(Call::fchmod, [&] { return ::fchmod(descriptor, mode); });
+}
+
+mode_t currentUmask() noexcept {
+    // The system tells the mask only when it is changed; a strict one in between opens nothing to others.
+    const mode_t mask = ::umask(077);
+    ::umask(mask);
+    return mask;
+}
+
+int utimensat(const char *path, const timespec times[2]) noexcept {
+    return repeat(Call::utimensat, [&] { return ::utimensat(AT_FDCWD, path, times, 0); });
+}
+
+DIR *opendir(const char *path) noexcept {
+    return repeat(Call::opendir, [&] { return ::opendir(path); });
+}
+
+dirent *readdir(DIR *directory) noexcept {
+    const auto next = [&] {
+        errno = 0; // what tells the end from an error
+        return ::readdir(directory);
+    };
+    return repeat(Call::readdir, next);
+}
+
+int closedir(DIR *directory) noexcept {
+    int result = ::closedir(directory);
+    if (fails(Call::closedir))
+        result = -1;
+    return result == -1 && errno == EINTR ? 0 : result;
+}
+
+char *getcwd(char *buffer, std::size_t size) noexcept {
+    return attempt(Call::getcwd, [&] { return ::getcwd(buffer, size); });
+}
+
+int chdir(const char *path) noexcept {
+    return repeat(Call::chdir, [&] { return ::chdir(path); });
+}
+
+int glob(const char *pattern, int flags, glob_t *matches) noexcept {
+    *matches = glob_t{};
+    if (fails(Call::glob))
+        return errno == ENOMEM ? GLOB_NOSPACE : GLOB_ABORTED;
+    return ::glob(pattern, flags & ~(GLOB_APPEND | GLOB_DOOFFS), nullptr, matches);
+}
+
+void globfree(glob_t *matches) noexcept {
+    ::globfree(matches);
+}
+
+} // namespace qb::sys

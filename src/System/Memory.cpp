@@ -1,0 +1,35 @@
+#include "Memory.h"
+
+#include "Attempt.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace qb::sys {
+
+void *allocate(std::size_t size) noexcept {
+    return attempt(Call::allocate, [&] { return std::malloc(size); });
+}
+
+void *allocateZeroed(std::size_t count, std::size_t size) noexcept {
+    return attempt(Call::allocateZeroed, [&] { return std::calloc(count, size); });
+}
+
+void *allocateAligned(std::size_t alignment, std::size_t size) noexcept {
+    return attempt(Call::allocate, [&] { return std::aligned_alloc(alignment, size); });
+}
+
+void *reallocate(void *memory, std::size_t size) noexcept {
+    // Size 0 would free and answer null, which looks like a failure that left the memory alone.
+    return attempt(Call::reallocate, [&] { return std::realloc(memory, size ? size : 1); });
+}
+
+void release(void *memory) noexcept {
+    std::free(memory);
+}
+
+std::int64_t dataSegmentEnd() noexcept {
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(::sbrk(0)));
+}
+
+} // namespace qb::sys

@@ -1,0 +1,31 @@
+// Allocation.
+#ifndef QBFOUNDATION_SYSTEM_MEMORY_H
+#define QBFOUNDATION_SYSTEM_MEMORY_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qb::sys {
+
+/// `malloc`: returns `size` bytes (0: a pointer of its own), or null with ENOMEM. To be given to `release`.
+[[nodiscard]] void *allocate(std::size_t size) noexcept;
+
+/// `calloc`: as `allocate` for `count` items of `size` bytes, all zero; a product that overflows is ENOMEM.
+[[nodiscard]] void *allocateZeroed(std::size_t count, std::size_t size) noexcept;
+
+/// `aligned_alloc`: as `allocate`, at a multiple of `alignment`, a power of two that divides `size`.
+[[nodiscard]] void *allocateAligned(std::size_t alignment, std::size_t size) noexcept;
+
+/// `realloc`: as `allocate`, with the old content; null leaves `memory` (null: none) as it was. Size 0 counts
+/// as 1.
+[[nodiscard]] void *reallocate(void *memory, std::size_t size) noexcept;
+
+/// `free`; errno stays.
+void release(void *memory) noexcept;
+
+/// Returns the address of the end of the data segment (`sbrk` with 0).
+std::int64_t dataSegmentEnd() noexcept;
+
+} // namespace qb::sys
+
+#endif

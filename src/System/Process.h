@@ -1,0 +1,65 @@
+// Processes, signals, the environment.
+//
+// Each function is the system's of the same name, with its results (-1 and errno), unless its comment says
+// otherwise.
+#ifndef QBFOUNDATION_SYSTEM_PROCESS_H
+#define QBFOUNDATION_SYSTEM_PROCESS_H
+
+#include "OnSignal.h"
+
+#include <csignal>
+#include <cstddef>
+#include <sys/types.h>
+
+namespace qb::sys {
+
+/// Returns the process's id.
+pid_t getpid() noexcept;
+/// Returns 0 in the child, its id in the parent.
+pid_t fork() noexcept;
+/// Runs `child(context)` in a new process on a stack of 64 KiB, in this process's memory, which waits for it.
+///
+/// As cheap as a start can be, for a child that goes on to `execvp` at once; what it returns is its exit
+/// status. What it writes to memory (the environment too) stays written here, except errno. It has the
+/// caller's signal mask and none of its signal handlers. Returns the child's id once the child has another
+/// program or is at its end.
+pid_t startSharingMemory(int (*child)(void *context), void *context) noexcept;
+/// Becomes the program `file`, looked up on the search path; returns only after a failure.
+int execvp(const char *file, char *const arguments[]) noexcept;
+/// Waits for a child; returns its id, 0 with WNOHANG while it runs.
+pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal = OnSignal::repeat) noexcept;
+/// Sends a signal; 0 only tests.
+int kill(pid_t process, int signal) noexcept;
+/// Stores a read end and a write end, both close-on-exec.
+int pipe(int ends[2]) noexcept;
+/// Makes `target` a duplicate that a program to be started inherits; also when both are the same descriptor.
+int dup2(int descriptor, int target) noexcept;
+/// Reads (null `action`) or sets what a signal does.
+int sigaction(int signal, const struct sigaction *action, struct sigaction *old) noexcept;
+/// Starts a session; returns its id.
+pid_t setsid() noexcept;
+/// Asks for SIGALRM in so many seconds (0: never); returns the seconds an earlier one had left.
+unsigned alarm(unsigned seconds) noexcept;
+/// Ends the process in good order: exit functions run, streams are flushed.
+[[noreturn]] void exit(int status);
+/// Ends the process at once, as a child must that shares its parent's streams.
+[[noreturn]] void _exit(int status) noexcept;
+/// Returns whether the descriptor is a terminal.
+bool isatty(int descriptor) noexcept;
+/// Returns the C library's next pseudo-random number, which is not for secrets.
+int rand() noexcept;
+
+/// Returns an environment variable's value, the environment's own bytes; null when there is none.
+char *getenv(const char *name) noexcept;
+/// Makes `text` ("NAME=value"), which must stay alive, part of the environment.
+int putenv(char *text) noexcept;
+/// Removes an environment variable.
+int unsetenv(const char *name) noexcept;
+/// Returns the environment itself, "NAME=value" each and a null at the end; null when it was cleared.
+char **environment() noexcept;
+/// Stores the host's name with a NUL; ENAMETOOLONG when the buffer is too small.
+int gethostname(char *buffer, std::size_t size) noexcept;
+
+} // namespace qb::sys
+
+#endif

@@ -1,0 +1,193 @@
+#include "Stdio.h"
+
+#include "Attempt.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+namespace qb::sys {
+
+namespace {
+
+// The stream on which a fault last struck: its own error flag can't be set from outside.
+std::FILE *faultedStream = nullptr;
+
+bool failsOn(std::FILE *file, Call call, std::size_t *length = nullptr) {
+    if (!fails(call, length))
+        return false;
+    faultedStream = file;
+    return true;
+}
+
+void forget(std::FILE *file) {
+    if (faultedStream == file)
+        faultedStream = nullptr;
+}
+
+// Whether a signal has cut the last read; the stream is then ready to go on.
+bool interrupted(std::FILE *file) {
+    if (errno != EINTR || (!::ferror_unlocked(file) && faultedStream != file))
+        return false;
+    sys::clearerr(file);
+    errno = 0;
+    return true;
+}
+
+// `mode` with the flag for close-on-exec behind its first letter; false when it is no mode.
+bool closeOnExecMode(const char *mode, char (&result)[16]) {
+    const std::size_t length = mode ? std::strlen(mode) : 0;
+    if (length == 0 || length + 2 > sizeof result)
+        return errno = EINVAL, false;
+    result[0] = mode[0];
+    result[1] = 'e';
+    std::memcpy(result + 2, mode + 1, length); // with its NUL
+    return true;
+}
+
+// Bytes of `count` items; errno and SIZE_MAX when they are more than an address space holds.
+std::size_t byteCount(std::size_t size, std::size_t count) {
+    std::size_t total = 0;
+    return __builtin_mul_overflow(size, count, &total) ? (errno = EOVERFLOW, SIZE_MAX) : total;
+}
+
+} // namespace
+
+std::FILE *fopen(const char *path, const char *mode) noexcept {
+    char closeOnExec[16];
+    if (!closeOnExecMode(mode, closeOnExec))
+        return nullptr;
+    return repeat(Call::fopen, [&] { return ::fopen(path, closeOnExec); });
+}
+
+std::FILE *fdopen(int descriptor, const char *mode) noexcept {
+    return attempt(Call::fdopen, [&] { return ::fdopen(descriptor, mode); });
+}
+
+std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept {
+    forget(file);
+    const bool isStandard = file == stdin || file == stdout || file == stderr;
+    const bool staysOpenOnExec = ::fileno(file) <= 2;
+    char closeOnExec[16];
+    std::FILE *result = nullptr;
+    if (closeOnExecMode(mode, closeOnExec)) {
+        const char *usedMode = staysOpenOnExec ? mode : closeOnExec;
+        result = attempt(Call::freopen, [&] { return ::freopen(path, usedMode, file); });
+    }
+    // The C library closes the file then, but leaves the stream's memory behind.
+    if (!result && !isStandard) {
+        const int error = errno;
+        ::fclose(file);
+        errno = error;
+    }
+    return result;
+}
+
+int fclose(std::FILE *file) noexcept {
+    forget(file);
+    const int result = ::fclose(file);
+    return fails(Call::fclose) ? EOF : result;
+}
+
+std::size_t fread(void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept {
+    const std::size_t length = byteCount(size, count);
+    if (length == 0 || length == SIZE_MAX)
+        return 0;
+    errno = 0;
+    std::size_t done = 0;
+    do {
+        std::size_t rest = length - done;
+        if (!failsOn(file, Call::fread, &rest))
+            done += ::fread_unlocked(static_cast<char *>(buffer) + done, 1, rest, file);
+    } while (done < length && interrupted(file));
+    return done / size;
+}
+
+std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept {
+    std::size_t length = byteCount(size, count);
+    if (length == 0 || length == SIZE_MAX || failsOn(file, Call::fwrite, &length))
+        return 0;
+    return ::fwrite_unlocked(buffer, 1, length, file) / size;
+}
+
+int fflush(std::FILE *file) noexcept {
+    return attempt(Call::fflush, [&] { return ::fflush_unlocked(file); });
+}
+
+std::size_t readLine(char *buffer, std::size_t size, std::FILE *file) noexcept {
+    if (size == 0)
+        return 0;
+    errno = 0;
+    while (failsOn(file, Call::fgets)) {
+        if (!interrupted(file))
+            return buffer[0] = '\0', 0;
+    }
+    std::size_t length = 0;
+    while (length < size - 1) {
+        const int byte = ::getc_unlocked(file);
+        if (byte == EOF && interrupted(file))
+            continue;
+        if (byte == EOF)
+            break;
+        buffer[length++] = static_cast<char>(byte);
+        if (byte == '\n')
+            break;
+    }
+    buffer[length] = '\0';
+    return length;
+}
+
+char *fgets(char *buffer, std::size_t size, std::FILE *file) noexcept {
+    return readLine(buffer, size, file) > 0 ? buffer : nullptr;
+}
+
+int fgetc(std::FILE *file) noexcept {
+    errno = 0;
+    int byte = EOF;
+    do
+        byte = failsOn(file, Call::fgetc) ? EOF : ::getc_unlocked(file);
+    while (byte == EOF && interrupted(file));
+    return byte;
+}
+
+int fputc(int byte, std::FILE *file) noexcept {
+    return failsOn(file, Call::fputc) ? EOF : ::putc_unlocked(byte, file);
+}
+
+int fputs(const char *text, std::FILE *file) noexcept {
+    return failsOn(file, Call::fputs) ? EOF : ::fputs_unlocked(text, file);
+}
+
+int fseeko(std::FILE *file, off_t offset, int whence) noexcept {
+    return attempt(Call::fseeko, [&] { return ::fseeko(file, offset, whence); });
+}
+
+off_t ftello(std::FILE *file) noexcept {
+    return attempt(Call::ftello, [&] { return ::ftello(file); });
+}
+
+int rewind(std::FILE *file) noexcept {
+    if (sys::fseeko(file, 0, SEEK_SET) != 0)
+        return -1;
+    sys::clearerr(file);
+    return 0;
+}
+
+bool feof(std::FILE *file) noexcept {
+    return ::feof_unlocked(file) != 0;
+}
+
+bool ferror(std::FILE *file) noexcept {
+    return ::ferror_unlocked(file) != 0 || (kFaultInjection && faultedStream == file);
+}
+
+void clearerr(std::FILE *file) noexcept {
+    forget(file);
+    ::clearerr_unlocked(file);
+}
+
+int fileno(std::FILE *file) noexcept {
+    return ::fileno(file);
+}
+
+} // namespace qb::sys

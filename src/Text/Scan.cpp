@@ -1,0 +1,169 @@
+#include "Text/Scan.h"
+
+#include "Text/Avx2.h"
+#include "Text/Bytes.h"
+#include "Text/Cpu.h"
+
+namespace qb::text {
+
+namespace plain {
+
+namespace {
+
+template <bool isMember>
+const char *find(const char *position, const char *end, const ByteSet &set) {
+    while (position != end && set.contains(static_cast<unsigned char>(*position)) != isMember)
+        ++position;
+    return position;
+}
+
+// Returns `word` with the letters "A" to "Z" among its eight bytes as small ones.
+std::uint64_t lowered(std::uint64_t word) {
+    constexpr std::uint64_t kEach = 0x0101010101010101u;
+    const std::uint64_t ascii = word & (0x7F * kEach);
+    const std::uint64_t fromA = ascii + (0x80 - 'A') * kEach; // top bit: "A" or above
+    const std::uint64_t pastZ = ascii + (0x7F - 'Z') * kEach; // top bit: above "Z"
+    return word | ((fromA & ~pastZ & ~word & (0x80 * kEach)) >> 2);
+}
+
+} // namespace
+
+const char *findIn(const char *position, const char *end, const ByteSet &set) {
+    return find<true>(position, end, set);
+}
+
+const char *findNotIn(const char *position, const char *end, const ByteSet &set) {
+    return find<false>(position, end, set);
+}
+
+std::size_t countIn(const char *position, const char *end, const ByteSet &set) {
+    std::size_t count = 0;
+    for (; position != end; ++position)
+        count += set.contains(static_cast<unsigned char>(*position));
+    return count;
+}
+
+std::size_t countByte(const char *position, const char *end, char byte) {
+    std::size_t count = 0;
+    for (; position != end; ++position)
+        count += *position == byte;
+    return count;
+}
+
+} // namespace plain
+
+namespace avx2 {
+
+namespace {
+
+// A set as the shuffles want it.
+struct Tables {
+    __m256i lower;
+    __m256i upper;
+    __m256i bits; // the high half of a byte, modulo 8, to its bit
+};
+
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline Tables tablesOf(const ByteSet &set) {
+    const __m256i bits = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201u));
+    return {loadTable(set.row(0)), loadTable(set.row(1)), bits};
+}
+
+// Returns one bit a byte: those in the set.
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline std::uint32_t members(__m256i vector,
+                                                                                const Tables &tables) {
+    // A shuffle answers 0 where the top bit is set, so one of the two is always 0.
+    const __m256i flipped = _mm256_xor_si256(vector, _mm256_set1_epi8(-128));
+    const __m256i rows = _mm256_or_si256(_mm256_shuffle_epi8(tables.lower, vector),
+                                         _mm256_shuffle_epi8(tables.upper, flipped));
+    const __m256i high = _mm256_and_si256(_mm256_srli_epi16(vector, 4), _mm256_set1_epi8(0x0F));
+    const __m256i bits = _mm256_shuffle_epi8(tables.bits, high);
+    return topBits(_mm256_cmpeq_epi8(_mm256_and_si256(rows, bits), bits));
+}
+
+template <bool isMember>
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline const char *
+find(const char *position, const char *end, const ByteSet &set) {
+    const Tables tables = tablesOf(set);
+    constexpr std::uint32_t kFlip = isMember ? 0 : ~0u;
+    for (; end - position >= 32; position += 32)
+        if (const std::uint32_t hits = members(load(position), tables) ^ kFlip)
+            return position + __builtin_ctz(hits);
+    const auto rest = static_cast<std::size_t>(end - position);
+    const std::uint32_t hits = members(loadPart(position, rest), tables) ^ kFlip;
+    const std::uint32_t inside = hits & ((1u << rest) - 1);
+    return inside ? position + __builtin_ctz(inside) : end;
+}
+
+} // namespace
+
+[[gnu::target("avx2,popcnt")]] static const char *findIn(const char *position, const char *end,
+                                                         const ByteSet &set) {
+    return find<true>(position, end, set);
+}
+
+[[gnu::target("avx2,popcnt")]] static const char *findNotIn(const char *position, const char *end,
+                                                            const ByteSet &set) {
+    return find<false>(position, end, set);
+}
+
+[[gnu::target("avx2,popcnt")]] static std::size_t countIn(const char *position, const char *end,
+                                                          const ByteSet &set) {
+    const Tables tables = tablesOf(set);
+    std::size_t count = 0;
+    for (; end - position >= 32; position += 32)
+        count += static_cast<unsigned>(__builtin_popcount(members(load(position), tables)));
+    const auto rest = static_cast<std::size_t>(end - position);
+    const std::uint32_t inside = members(loadPart(position, rest), tables) & ((1u << rest) - 1);
+    return count + static_cast<unsigned>(__builtin_popcount(inside));
+}
+
+[[gnu::target("avx2,popcnt")]] static std::size_t countByte(const char *position, const char *end,
+                                                            char byte) {
+    const __m256i wanted = _mm256_set1_epi8(byte);
+    std::size_t count = 0;
+    for (; end - position >= 32; position += 32) {
+        const std::uint32_t hits = topBits(_mm256_cmpeq_epi8(load(position), wanted));
+        count += static_cast<unsigned>(__builtin_popcount(hits));
+    }
+    const auto rest = static_cast<std::size_t>(end - position);
+    const std::uint32_t hits = topBits(_mm256_cmpeq_epi8(loadPart(position, rest), wanted));
+    return count + static_cast<unsigned>(__builtin_popcount(hits & ((1u << rest) - 1)));
+}
+
+} // namespace avx2
+
+const char *findIn(const char *position, const char *end, const ByteSet &set) {
+    return hasAvx2() ? avx2::findIn(position, end, set) : plain::findIn(position, end, set);
+}
+
+const char *findNotIn(const char *position, const char *end, const ByteSet &set) {
+    return hasAvx2() ? avx2::findNotIn(position, end, set) : plain::findNotIn(position, end, set);
+}
+
+std::size_t countIn(const char *position, const char *end, const ByteSet &set) {
+    return hasAvx2() ? avx2::countIn(position, end, set) : plain::countIn(position, end, set);
+}
+
+std::size_t countByte(const char *position, const char *end, char byte) {
+    return hasAvx2() ? avx2::countByte(position, end, byte) : plain::countByte(position, end, byte);
+}
+
+bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length) {
+    for (; length > 8; left += 8, right += 8, length -= 8)
+        if (plain::lowered(loadWord<std::uint64_t>(left)) != plain::lowered(loadWord<std::uint64_t>(right)))
+            return false;
+    return plain::lowered(loadShort(left, length)) == plain::lowered(loadShort(right, length));
+}
+
+bool isPlistBare(const char *bytes, std::size_t length) {
+    const char *end = bytes + length;
+    if (length == 0 || findNotIn(bytes, end, kPlistBare) != end)
+        return false;
+    // "*" is not in the set, so only two slashes are left to look for.
+    for (const char *slash = findByte(bytes, end, '/'); slash != end; slash = findByte(slash + 1, end, '/'))
+        if (slash + 1 != end && slash[1] == '/')
+            return false;
+    return true;
+}
+
+} // namespace qb::text

@@ -1,0 +1,91 @@
+// Scans for bytes of a set, and comparisons that ignore ASCII case.
+#ifndef QB_TEXT_SCAN_H
+#define QB_TEXT_SCAN_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace qb::text {
+
+/// A set of bytes for scans; best a `constexpr` one.
+class ByteSet {
+public:
+    constexpr ByteSet() = default;
+
+    /// The set of the bytes of `members`.
+    constexpr explicit ByteSet(std::string_view members) {
+        for (char member : members)
+            add(static_cast<unsigned char>(member));
+    }
+
+    /// Returns the set with the bytes from `first` to `last`, both included.
+    [[nodiscard]] constexpr ByteSet with(unsigned char first, unsigned char last) const {
+        ByteSet set = *this;
+        for (unsigned member = first; member <= last; ++member)
+            set.add(static_cast<unsigned char>(member));
+        return set;
+    }
+
+    constexpr bool contains(unsigned char byte) const {
+        return rows_[byte / 128][byte % 16] >> (byte / 16 % 8) & 1;
+    }
+
+    /// Sixteen bytes each for the lower and the upper half of all bytes, as byte shuffles want them: bit `h %
+    /// 8` of byte `l` tells whether the byte with high half `h` and low half `l` is a member.
+    constexpr const std::uint8_t *row(int upper) const { return rows_[upper]; }
+
+private:
+    constexpr void add(unsigned char byte) {
+        rows_[byte / 128][byte % 16] |= static_cast<std::uint8_t>(1 << (byte / 16 % 8));
+    }
+
+    std::uint8_t rows_[2][16] = {};
+};
+
+/// Returns the first byte from `position` on that is in `set`, or `end`.
+const char *findIn(const char *position, const char *end, const ByteSet &set);
+
+/// Returns the first byte from `position` on that is not in `set`, or `end`.
+const char *findNotIn(const char *position, const char *end, const ByteSet &set);
+
+/// Returns how many bytes are in `set`.
+std::size_t countIn(const char *position, const char *end, const ByteSet &set);
+
+/// Returns the first `byte` from `position` on, or `end`. For one byte the C library's scan is the fastest.
+inline const char *findByte(const char *position, const char *end, char byte) {
+    if (position == end)
+        return end;
+    const void *found = std::memchr(position, byte, static_cast<std::size_t>(end - position));
+    return found ? static_cast<const char *>(found) : end;
+}
+
+/// Returns how often `byte` stands in the text, which is one less than the pieces that it splits the text
+/// into.
+std::size_t countByte(const char *position, const char *end, char byte);
+
+/// Returns whether both runs of `length` bytes are equal when "A" to "Z" count as "a" to "z".
+bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length);
+
+/// Letters, digits and `_ $ . : / -`: what a property-list string may hold without quotes.
+inline constexpr ByteSet kPlistBare = ByteSet("_$.:/-").with('a', 'z').with('A', 'Z').with('0', '9');
+
+/// What can't stand as it is between the quotes of a property-list string: the quote, the backslash, control
+/// bytes, and all bytes from 0x80 on, which stand only when they are valid UTF-8.
+inline constexpr ByteSet kPlistSpecial = ByteSet("\"\\\x7F").with(0x00, 0x1F).with(0x80, 0xFF);
+
+/// Returns whether the text may stand without quotes in a property list: not empty, of `kPlistBare` only, and
+/// without the beginnings of comments, "//" and "/*".
+bool isPlistBare(const char *bytes, std::size_t length);
+
+namespace plain {
+const char *findIn(const char *position, const char *end, const ByteSet &set);
+const char *findNotIn(const char *position, const char *end, const ByteSet &set);
+std::size_t countIn(const char *position, const char *end, const ByteSet &set);
+std::size_t countByte(const char *position, const char *end, char byte);
+} // namespace plain
+
+} // namespace qb::text
+
+#endif

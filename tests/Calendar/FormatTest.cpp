@@ -1,0 +1,136 @@
+#include "Calendar/Format.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+using namespace qb::calendar;
+
+namespace {
+
+Moment moment(const Fields &fields, int millisecond = 0, std::int32_t offset = 0) {
+    return {fields, millisecond, offset, "GMT"};
+}
+
+} // namespace
+
+TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
+    const std::string pattern = "%a %A %b %B %c %d %e %H %I %j %m %M %p %S %w %u %V %G %x %X %y %Y %z %Z %%";
+    for (std::int64_t seconds = -30'610'224'000; seconds < 20'000'000'000; seconds += 86400 * 11 + 4211) {
+        if (static_cast<std::time_t>(seconds) != seconds)
+            continue;
+        const auto time = static_cast<std::time_t>(seconds);
+        std::tm parts;
+        gmtime_r(&time, &parts);
+        char expected[512];
+        ASSERT_GT(std::strftime(expected, sizeof expected, pattern.c_str(), &parts), 0u);
+        ASSERT_EQ(formatted(pattern, momentAt(seconds, 0, *utc())), expected) << seconds;
+    }
+}
+
+TEST(FormatTest, StampIsTheSameByTheFastPathAndByItsParts) {
+    for (const std::int64_t year : {-5, 0, 5, 99, 999, 1000, 2024, 9999, 10000}) {
+        const Moment given = moment({year, 3, 4, 12, 5, 9});
+        std::string expected = std::to_string(year) + "0304120509";
+        EXPECT_EQ(formatted("%Y%m%d%H%M%S", given), expected);
+        EXPECT_EQ(formatted("%Y%m%d%H%M%S%%", given), expected + "%");
+    }
+}
+
+TEST(FormatTest, OwnConversionsAndOddPatterns) {
+    const Moment given = moment({2024, 2, 29, 0, 5, 9}, 7, -12600);
+    EXPECT_EQ(formatted("%F|%z|%I %p|%s|%e", given), "007|-0330|12 AM|1709177709|29");
+    EXPECT_EQ(formatted("%Q 100% %", given), "%Q 100% %");
+    EXPECT_EQ(formatted(std::string_view("a\0%d", 4), given), std::string("a\00029", 4));
+    EXPECT_EQ(formatted("", given), "");
+    EXPECT_EQ(formatted("%y", moment({-5, 1, 1, 0, 0, 0})), "95");
+    EXPECT_EQ(formatted("%F", moment({}, -4)) + formatted("%F", moment({}, 5000)), "000999");
+    EXPECT_EQ(formatted("%d %b %Y %H", moment({2003, 14, 29, 25, 0, 0})), "01 Mar 2004 01");
+    EXPECT_EQ(formatted("%d.%m.%Y %H:%M %Z", momentAt(1719792000, 0, *zoneNamed("Europe/Berlin"))),
+              "01.07.2024 02:00 CEST");
+}
+
+TEST(FormatTest, ParsingReadsWhatFormattingWrites) {
+    const Moment given = moment({2024, 11, 9, 13, 5, 7}, 42, 19800);
+    for (const char *pattern : {"%Y%m%d%H%M%S%F", "%d.%m.%Y %H:%M:%S.%F", "%c %F", "%x %X %F",
+                                "%A, %e %B %Y %I:%M:%S %p %F", "%j %Y %X %F", "%Y-%m-%d %H:%M:%S %F %z %Z",
+                                "%b %d %y, %I.%M.%S.%F%p", "%G W%V %u %w %Y%j %H%M%S%F"}) {
+        ParsedDate date;
+        EXPECT_TRUE(parseDate(formatted(pattern, given), pattern, date)) << pattern;
+        EXPECT_EQ(normalised(date.fields), given.fields) << pattern;
+        EXPECT_EQ(date.millisecond, 42) << pattern;
+    }
+    ParsedDate date;
+    ASSERT_TRUE(parseDate("-3600 +05:30 WET DST", "%s %z %Z", date));
+    EXPECT_EQ(date.utcSeconds, -3600);
+    EXPECT_EQ(date.offset, 19800);
+    EXPECT_EQ(date.zoneName, "WET DST");
+}
+
+TEST(FormatTest, ParsingIsLenientOnBlanksNamesAndMissingDigits) {
+    const struct {
+        const char *text, *pattern;
+        Fields expected; // what the text leaves out stays at 1 January 1970, midnight
+    } rows[] = {
+        {" 7. 3.  2024 ", "%d.%m.%Y", {2024, 3, 7, 0, 0, 0}},
+        {"7MARCH24", "%d %b %y", {2024, 3, 7, 0, 0, 0}},
+        {"sunday may 5", "%a %B %d", {1970, 5, 5, 0, 0, 0}},
+        {"69", "%y", {1969, 1, 1, 0, 0, 0}},
+        {"68", "%y", {2068, 1, 1, 0, 0, 0}},
+        {"12 am", "%I %p", {1970, 1, 1, 0, 0, 0}},
+        {"12PM", "%I%p", {1970, 1, 1, 12, 0, 0}},
+        {"20240229", "%Y%m%d", {2024, 2, 29, 0, 0, 0}},
+        {"-44", "%Y", {-44, 1, 1, 0, 0, 0}},
+        {"12024-01", "%Y-%m", {12024, 1, 1, 0, 0, 0}},
+        {"30 2 2023", "%d %m %Y", {2023, 2, 30, 0, 0, 0}},
+        {"100 3", "%j %m", {1970, 3, 1, 0, 0, 0}},
+        {"100% 5", "100%% %d", {1970, 1, 5, 0, 0, 0}},
+    };
+    for (const auto &row : rows) {
+        ParsedDate date;
+        EXPECT_TRUE(parseDate(row.text, row.pattern, date)) << row.text;
+        EXPECT_EQ(date.fields, row.expected) << row.text;
+    }
+}
+
+TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
+    const struct {
+        const char *text, *pattern;
+    } rows[] = {
+        {"32", "%d"},
+        {"0", "%d"},
+        {"13", "%m"},
+        {"24", "%H"},
+        {"0", "%I"},
+        {"60", "%M"},
+        {"62", "%S"},
+        {"367", "%j"},
+        {"", "%Y"},
+        {"-5", "%d"},
+        {"5x", "%d"},
+        {"5", "%d."},
+        {"Mai", "%b"},
+        {"XM", "%p"},
+        {"0100", "%z"},
+        {"+01:", "%z"},
+        {"+2400", "%z"},
+        {"+0160", "%z"},
+        {"!", "%Z"},
+        {"5", "%Q"},
+        {"999999999999", "%Y"},
+        {"9999999999999999999", "%s"},
+        {"2024 5", "%Y %d %m"},
+    };
+    for (const auto &row : rows) {
+        ParsedDate date;
+        date.fields.year = 1;
+        EXPECT_FALSE(parseDate(row.text, row.pattern, date)) << row.text << " by " << row.pattern;
+        EXPECT_EQ(date.fields, (Fields{1, 1, 1, 0, 0, 0})) << row.text;
+        EXPECT_TRUE(date.zoneName.empty() && !date.offset && !date.utcSeconds) << row.text;
+    }
+    ParsedDate date;
+    EXPECT_FALSE(parseDate(std::string(300, 'a'), "%Z", date));
+    EXPECT_FALSE(parseDate(std::string_view("5\0", 2), "%d", date));
+}

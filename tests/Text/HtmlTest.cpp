@@ -1,0 +1,92 @@
+#include "Text/Html.h"
+
+#include "RandomText.h"
+
+#include <string_view>
+
+using namespace std::string_view_literals;
+namespace text = qb::text;
+
+namespace {
+
+std::string replaced(std::string_view source, unsigned flags) {
+    std::string result;
+    for (const char character : source)
+        switch (character) {
+        case '<':
+            result += flags & text::kHtmlLt ? "&lt;" : "<";
+            break;
+        case '>':
+            result += flags & text::kHtmlGt ? "&gt;" : ">";
+            break;
+        case '&':
+            result += flags & text::kHtmlAmp ? "&amp;" : "&";
+            break;
+        case '"':
+            result += flags & text::kHtmlQuot ? "&quot;" : "\"";
+            break;
+        default:
+            result += character;
+        }
+    return result;
+}
+
+// Escapes into a target of exactly the stated length, whose end a checker of addresses guards.
+template <class Length, class Escape>
+std::string escaped(ExactCopy &copy, unsigned flags, Length length, Escape escape) {
+    ExactCopy target(std::string(length(copy.begin(), copy.size(), flags), '?'), copy.size() % 3);
+    EXPECT_EQ(escape(copy.begin(), copy.size(), flags, target.begin()), target.end());
+    return {target.begin(), target.end()};
+}
+
+std::string unescaped(std::string_view source, unsigned flags, std::size_t expectedCount) {
+    ExactCopy copy(std::string(source), 0);
+    std::string target(source.size(), '?');
+    EXPECT_EQ(text::unescapeHtml(copy.begin(), copy.size(), flags, target.data()), expectedCount) << source;
+    text::unescapeHtml(copy.begin(), copy.size(), flags, copy.begin()); // in place
+    EXPECT_EQ(std::string(copy.begin(), copy.end()), target);
+    return target;
+}
+
+} // namespace
+
+TEST(HtmlTest, PlainAndVectorEscapingEqualReplacementAtEachLengthAndAlignment) {
+    Random random;
+    const std::string rare[] = {"harmless text without any, ", "x", "\xC3\xA9 0\xA6\xBC\xBE\xA2", "<",
+                                std::string(3, '\0')};
+    const std::string dense[] = {"<", ">", "&", "\"", "a", "&amp;"};
+    for (std::size_t length = 0; length <= 200 && !HasFailure(); ++length)
+        for (std::size_t alignment = 0; alignment < 32; ++alignment) {
+            const std::string source =
+                alignment % 2 ? randomText(random, length, rare) : randomText(random, length, dense);
+            const auto flags = static_cast<unsigned>(random.below(16));
+            ExactCopy copy(source, alignment);
+            const std::string expected = replaced(source, flags);
+            EXPECT_EQ(escaped(copy, flags, text::escapedHtmlLength, text::escapeHtml), expected);
+            EXPECT_EQ(escaped(copy, flags, text::plain::escapedHtmlLength, text::plain::escapeHtml),
+                      expected);
+        }
+}
+
+TEST(HtmlTest, OnlyTheFourCharactersAreEverTouched) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string source(100, static_cast<char>(byte));
+        ExactCopy copy(source, 0);
+        EXPECT_EQ(escaped(copy, text::kHtmlAll, text::escapedHtmlLength, text::escapeHtml),
+                  replaced(source, text::kHtmlAll));
+        EXPECT_EQ(escaped(copy, 0, text::escapedHtmlLength, text::escapeHtml), source);
+    }
+}
+
+TEST(HtmlTest, UnescapingReplacesOnlyTheAmpersandOfAnEntity) {
+    const unsigned all = text::kHtmlAll;
+    EXPECT_EQ(unescaped("a &lt; b", all, 1), "a <lt; b");
+    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", all, 4), "<lt;>gt;&amp;\"quot;");
+    EXPECT_EQ(unescaped("&amp;lt;", all, 1), "&amp;lt;"); // the "&" is not looked at again
+    EXPECT_EQ(unescaped("&&lt;&", all, 1), "&<lt;&");
+    EXPECT_EQ(unescaped("&lt &l &quot &LT; & ", all, 0), "&lt &l &quot &LT; & ");
+    EXPECT_EQ(unescaped("", all, 0), "");
+    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlQuot, 1), "&lt;&gt;&amp;\"quot;");
+    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlLt | text::kHtmlAmp, 2), "<lt;&gt;&amp;&quot;");
+    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlGt, 1), "&lt;>gt;&amp;&quot;");
+}

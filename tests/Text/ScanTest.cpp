@@ -1,0 +1,99 @@
+#include "Text/Scan.h"
+
+#include "RandomText.h"
+
+#include <algorithm>
+#include <string_view>
+
+using namespace std::string_view_literals;
+namespace text = qb::text;
+
+namespace {
+
+constexpr text::ByteSet kMixed = text::ByteSet("<&\0\x80\xFF"sv).with(0xE0, 0xE3);
+
+void expectScansEqual(ExactCopy &copy, const text::ByteSet &set) {
+    const auto isIn = [&](char byte) { return set.contains(static_cast<unsigned char>(byte)); };
+    const char *begin = copy.begin();
+    const char *end = copy.end();
+    EXPECT_EQ(text::findIn(begin, end, set), std::find_if(begin, end, isIn));
+    EXPECT_EQ(text::plain::findIn(begin, end, set), std::find_if(begin, end, isIn));
+    EXPECT_EQ(text::findNotIn(begin, end, set), std::find_if_not(begin, end, isIn));
+    EXPECT_EQ(text::plain::findNotIn(begin, end, set), std::find_if_not(begin, end, isIn));
+    const auto count = static_cast<std::size_t>(std::count_if(begin, end, isIn));
+    EXPECT_EQ(text::countIn(begin, end, set), count);
+    EXPECT_EQ(text::plain::countIn(begin, end, set), count);
+}
+
+} // namespace
+
+TEST(ScanTest, SetsHoldTheirMembersOnly) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const auto code = static_cast<unsigned char>(byte);
+        const bool isMixed = "<&\0\x80\xFF"sv.find(static_cast<char>(byte)) != std::string_view::npos ||
+                             (byte >= 0xE0 && byte <= 0xE3);
+        EXPECT_EQ(kMixed.contains(code), isMixed) << byte;
+        const bool isBare =
+            byte != 0 &&
+            std::strchr("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_$.:/-", byte);
+        EXPECT_EQ(text::kPlistBare.contains(code), isBare) << byte;
+        const bool isSpecial = byte < 32 || byte == '"' || byte == '\\' || byte >= 127;
+        EXPECT_EQ(text::kPlistSpecial.contains(code), isSpecial) << byte;
+        // Each byte alone in a text and in a vector is judged as the set says.
+        const std::string many(40, static_cast<char>(byte));
+        EXPECT_EQ(text::countIn(many.data(), many.data() + 40, kMixed), isMixed ? 40u : 0u);
+        EXPECT_EQ(text::countIn(many.data(), many.data() + 3, text::kPlistBare), isBare ? 3u : 0u);
+    }
+}
+
+TEST(ScanTest, PlainAndVectorScansAgreeAtEachLengthAndAlignment) {
+    Random random;
+    const std::string pieces[] = {"harmless text ", "x",  "name_1", "<", "&", "\xC3\xA9",
+                                  "\xE2\x82\xAC",   "\"", "\x7F"};
+    for (std::size_t length = 0; length <= 200 && !HasFailure(); ++length)
+        for (std::size_t alignment = 0; alignment < 32; ++alignment) {
+            ExactCopy copy(randomText(random, length, pieces), alignment);
+            for (const text::ByteSet &set : {kMixed, text::kPlistBare, text::kPlistSpecial})
+                expectScansEqual(copy, set);
+            const auto xs = static_cast<std::size_t>(std::count(copy.begin(), copy.end(), 'x'));
+            EXPECT_EQ(text::countByte(copy.begin(), copy.end(), 'x'), xs);
+            EXPECT_EQ(text::plain::countByte(copy.begin(), copy.end(), 'x'), xs);
+            EXPECT_EQ(text::findByte(copy.begin(), copy.end(), 'x'),
+                      std::find(copy.begin(), copy.end(), 'x'));
+        }
+}
+
+TEST(ScanTest, AZeroFilledTailHoldsNoMember) {
+    constexpr text::ByteSet nul("\0"sv);
+    const std::string bytes(50, 'x');
+    EXPECT_EQ(text::findIn(bytes.data(), bytes.data() + 50, nul), bytes.data() + 50);
+    EXPECT_EQ(text::countIn(bytes.data(), bytes.data() + 50, nul), 0u);
+    EXPECT_EQ(text::countByte(bytes.data(), bytes.data() + 50, '\0'), 0u);
+}
+
+TEST(ScanTest, OnlyAsciiLettersAreEqualInAnotherCase) {
+    for (const std::size_t place : {0u, 3u, 7u, 8u, 11u})
+        for (int left = 0; left < 256; ++left)
+            for (int right = 0; right < 256; ++right) {
+                std::string one(12, 'q');
+                std::string other(12, 'Q');
+                one[place] = static_cast<char>(left);
+                other[place] = static_cast<char>(right);
+                const auto isLetter = [](int byte) { return (byte | 32) >= 'a' && (byte | 32) <= 'z'; };
+                const bool isEqual = left == right || (isLetter(left) && (left ^ right) == 32);
+                ASSERT_EQ(text::equalIgnoringAsciiCase(one.data(), other.data(), 12), isEqual)
+                    << left << ' ' << right;
+            }
+    ExactCopy left("Content-Type", 1);
+    ExactCopy right("CONTENT-type", 2);
+    for (std::size_t length = 0; length <= 12; ++length)
+        EXPECT_TRUE(text::equalIgnoringAsciiCase(left.end() - length, right.end() - length, length));
+}
+
+TEST(ScanTest, BarePropertyListStringsHaveNoCommentInThem) {
+    for (const std::string_view bare : {"a"sv, "/"sv, "a/b/"sv, "http:/x-1_$.Z"sv})
+        EXPECT_TRUE(text::isPlistBare(bare.data(), bare.size())) << bare;
+    for (const std::string_view quoted :
+         {""sv, "a b"sv, "//"sv, "a//b"sv, "a/b//"sv, "a/*b"sv, "\xC3\xA9"sv, "a\0b"sv})
+        EXPECT_FALSE(text::isPlistBare(quoted.data(), quoted.size())) << quoted;
+}

@@ -1,0 +1,43 @@
+#include "support/ErrorExpectation.h"
+
+#include "support/Describe.h"
+
+void RecordingErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
+                                                        const qb::ArgList &argList, NSArray *objects,
+                                                        NSString *defaultFormat) {
+    if (!isRaisingError()) {
+        std::string values;
+        for (const qb::Value &value : argList)
+            values += (values.empty() ? "" : " ") + ::describe(value);
+        raised.push_back({file ? file : "", line, error, values});
+    }
+    QBErrorHandler::raiseErrorInFileWithArgList(file, line, error, argList, objects, defaultFormat);
+}
+
+RecordingErrorHandler *recordingErrorHandler() {
+    static auto *const handler = new RecordingErrorHandler;
+    return handler;
+}
+
+ErrorExpectation::ErrorExpectation(int number)
+    : number_(number), before_(recordingErrorHandler()->raised.size()) {}
+
+ErrorExpectation::~ErrorExpectation() {
+    const auto &raised = recordingErrorHandler()->raised;
+    EXPECT_EQ(raised.size(), before_ + 1) << "errors raised where one was expected";
+    for (std::size_t i = before_; i < raised.size(); ++i) {
+        EXPECT_EQ(raised[i].number, number_) << raised[i].values;
+        ERRORHANDLER->removeLastError();
+    }
+}
+
+std::string ErrorExpectation::values() const {
+    const auto &raised = recordingErrorHandler()->raised;
+    return raised.size() > before_ ? raised[before_].values : "none";
+}
+
+std::string ErrorExpectation::place() const {
+    const auto &raised = recordingErrorHandler()->raised;
+    return raised.size() > before_ ? raised[before_].file + ":" + std::to_string(raised[before_].line)
+                                   : "none";
+}

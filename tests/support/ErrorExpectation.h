@@ -1,0 +1,59 @@
+// Errors that a test expects.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_ERROREXPECTATION_H
+#define QBFOUNDATION_TESTS_SUPPORT_ERROREXPECTATION_H
+
+#include <QBFoundation/QBErrorHandler.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+/// An error handler that keeps what each raise came with.
+class RecordingErrorHandler : public QBErrorHandler {
+public:
+    struct Raised {
+        std::string file;
+        int line;
+        int number;
+        std::string values; // joined by blanks
+    };
+
+    using QBErrorHandler::raiseErrorInFileWithArgList;
+    void raiseErrorInFileWithArgList(const char *file, int line, int error, const qb::ArgList &argList,
+                                     NSArray *objects, NSString *defaultFormat) override;
+
+    std::vector<Raised> raised;
+};
+
+/// The handler that `PoolFixture` installs.
+RecordingErrorHandler *recordingErrorHandler();
+
+/// Expects that exactly one error is raised in its scope, of that number, and takes it off the error stack.
+class ErrorExpectation {
+public:
+    explicit ErrorExpectation(int number);
+    ~ErrorExpectation();
+    ErrorExpectation(const ErrorExpectation &) = delete;
+    ErrorExpectation &operator=(const ErrorExpectation &) = delete;
+
+    /// The values of the error that was raised, joined by blanks; "none" without one.
+    std::string values() const;
+    /// "src/QBFileOutputStream:183".
+    std::string place() const;
+
+private:
+    int number_;
+    std::size_t before_;
+};
+
+/// Expects an exception of class NSException, or a subclass, with that reason.
+#define EXPECT_REASON(expression, text)                                                                      \
+    try {                                                                                                    \
+        static_cast<void>(expression);                                                                       \
+        ADD_FAILURE() << #expression " throws nothing";                                                      \
+    } catch (const NSException &exception) {                                                                 \
+        EXPECT_STREQ(exception.what(), text);                                                                \
+    }
+
+#endif

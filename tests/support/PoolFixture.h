@@ -1,0 +1,29 @@
+// What nearly every test needs: a pool and an error handler.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
+#define QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
+
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+
+#include "support/Describe.h"
+#include "support/ErrorExpectation.h"
+
+#include <gtest/gtest.h>
+
+/// Gives each test a pool of its own and a clean error handler, and fails it when an error is left over.
+class PoolFixture : public testing::Test {
+protected:
+    PoolFixture() {
+        ERRORHANDLER = recordingErrorHandler();
+        ERRORHANDLER->clearErrorStack();
+        recordingErrorHandler()->raised.clear();
+    }
+    ~PoolFixture() override {
+        EXPECT_EQ(ERRORHANDLER->errorState(), ERRORSTATE_OK)
+            << ERRORHANDLER->errorStackMessagesStringWithIndent(nullptr)->cString();
+        ERRORHANDLER->clearErrorStack();
+    }
+
+    NSAutoreleasePool pool_;
+};
+
+#endif
