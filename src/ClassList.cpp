@@ -7,7 +7,9 @@
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
@@ -18,6 +20,7 @@
 std::span<const qb::ListedClass> qb::libraryClasses() {
     static constexpr ListedClass classes[] = {
         {"Class", &Class::cls},
+        {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
         {"NSData", &NSData::cls},
@@ -31,6 +34,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSMutableString", &NSMutableString::cls},
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
+        {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSString", &NSString::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},

@@ -12,8 +12,10 @@
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Send.h>
