@@ -7,6 +7,7 @@
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
@@ -28,9 +29,11 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSMutableArray", &NSMutableArray::cls},
         {"NSMutableData", &NSMutableData::cls},
         {"NSMutableDictionary", &NSMutableDictionary::cls},
+        {"NSMutableSet", &NSMutableSet::cls},
         {"NSMutableString", &NSMutableString::cls},
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
+        {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},

@@ -13,6 +13,7 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSRange.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
