@@ -8,6 +8,7 @@
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
@@ -31,10 +32,12 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSMutableArray", &NSMutableArray::cls},
         {"NSMutableData", &NSMutableData::cls},
         {"NSMutableDictionary", &NSMutableDictionary::cls},
+        {"NSMutableSet", &NSMutableSet::cls},
         {"NSMutableString", &NSMutableString::cls},
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
         {"NSProcessInfo", &NSProcessInfo::cls},
+        {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},

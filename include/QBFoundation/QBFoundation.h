@@ -14,6 +14,7 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSRange.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
