@@ -14,8 +14,13 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
+#include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #endif
