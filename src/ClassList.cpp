@@ -11,9 +11,13 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
 // Named here one by one, so that the linker keeps each class of the static library that is asked for by its
@@ -40,9 +44,13 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
         {"Protocol", &Protocol::cls},
+        {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;
 }

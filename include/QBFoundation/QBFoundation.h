@@ -17,8 +17,13 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
+#include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #endif
