@@ -9,6 +9,8 @@
 namespace qb::tables {
 
 std::span<const Method> stringFormat();
+std::span<const Method> stringHtmlEscaping();
+std::span<const Method> stringPropertyList();
 std::span<const Method> stringRestrictedFormat();
 std::span<const Method> stringISODateTime();
 std::span<const Method> mutableStringRestrictedFormat();
