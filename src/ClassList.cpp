@@ -8,6 +8,12 @@
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSTime.h>
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
@@ -32,6 +38,12 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
         {"NSString", &NSString::cls},
+        {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSLogger", &OSLogger::cls},
+        {"OSObject", &OSObject::cls},
+        {"OSProcess", &OSProcess::cls},
+        {"OSTime", &OSTime::cls},
+        {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},
