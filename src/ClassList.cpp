@@ -11,6 +11,12 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSTime.h>
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
@@ -39,6 +45,12 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
+        {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSLogger", &OSLogger::cls},
+        {"OSObject", &OSObject::cls},
+        {"OSProcess", &OSProcess::cls},
+        {"OSTime", &OSTime::cls},
+        {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},

@@ -17,6 +17,12 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/IdCreator.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSTime.h>
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Send.h>
