@@ -17,9 +17,13 @@
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
 // Named here one by one, so that the linker keeps each class of the static library that is asked for by its
@@ -52,9 +56,13 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
+        {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;
 }

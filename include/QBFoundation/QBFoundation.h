@@ -23,8 +23,13 @@
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
+#include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #endif
