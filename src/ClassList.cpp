@@ -2,6 +2,7 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
@@ -34,6 +35,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
