@@ -2,13 +2,16 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
@@ -23,7 +26,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
+        {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -36,6 +41,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSObject", &NSObject::cls},
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSString", &NSString::cls},
+        {"NSTimeZone", &NSTimeZone::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},

@@ -5,7 +5,9 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
@@ -15,6 +17,7 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
