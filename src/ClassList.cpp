@@ -3,7 +3,9 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
@@ -11,6 +13,7 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
@@ -36,7 +39,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
         {"NSCharacterSet", &NSCharacterSet::cls},
+        {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
+        {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -51,6 +56,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
+        {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
