@@ -18,7 +18,7 @@ unsigned flagsOf(BOOL lt, BOOL gt, BOOL amp, BOOL quot) {
 }
 
 // The receiver as a result that lives as long as any other.
-NSString *unchanged(NSString *receiver) {
+NSString *itself(NSString *receiver) {
     return Ref<NSString>(receiver).autorelease();
 }
 
@@ -113,14 +113,14 @@ NSString *NSString::stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quo
     const std::string_view text = view();
     const std::size_t length = qb::text::escapedHtmlLength(text.data(), text.size(), flags);
     if (length == text.size())
-        return unchanged(receiver);
+        return itself(receiver);
     if (!skipWith)
         return initFilled(
                    length,
                    [&](char *target) { qb::text::escapeHtml(text.data(), text.size(), flags, target); })
             .autorelease();
     const std::string escaped = SkippingEscaper(receiver, flags, skipWith, on).escaped();
-    return escaped.size() == text.size() ? unchanged(receiver) : stringWith(escaped);
+    return escaped.size() == text.size() ? itself(receiver) : stringWith(escaped);
 }
 
 NSString *NSString::stringWithUnescapedHtml() const {
@@ -142,5 +142,5 @@ NSString *NSString::stringWithUnescapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL q
     Ref<NSString> decoded = initFilled(text.size(), [&](char *target) {
         entities = qb::text::unescapeHtml(text.data(), text.size(), flagsOf(lt, gt, amp, quot), target);
     });
-    return entities == 0 ? unchanged(receiver) : decoded.autorelease();
+    return entities == 0 ? itself(receiver) : decoded.autorelease();
 }
