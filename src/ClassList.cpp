@@ -2,8 +2,8 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
-#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -27,6 +27,7 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
@@ -70,6 +71,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;

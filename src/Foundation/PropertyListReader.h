@@ -45,7 +45,7 @@ private:
     Ref<NSObject> readData();
     Ref<NSString> readKey();
     bool readEntry();
-    bool readText(std::string_view &text);
+    bool readText(std::string_view &text, const char *expected);
     bool readQuoted(std::string_view &text);
     bool readEscape();
     bool readOctal();
@@ -64,8 +64,9 @@ private:
     const char *const end_;
     unsigned depth_ = 0;
     const char *expected_ = nullptr;
-    std::string unescaped_;                 // of the quoted string being read
-    std::vector<Ref<NSObject>> unfinished_; // the elements, keys and values of the containers being read
+    std::string unescaped_;                  // of the quoted string being read
+    std::vector<Ref<NSObject>> unfinished_;  // the elements, keys and values of the containers being read
+    std::vector<const char *> keyPositions_; // of the keys in there
     std::array<Ref<NSString>, kSharedKeys> keys_;
 };
 
