@@ -18,9 +18,12 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
@@ -57,9 +60,12 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
+        {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFoundationInitializer", &QBFoundationInitializer::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},

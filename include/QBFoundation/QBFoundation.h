@@ -24,9 +24,12 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
