@@ -2,7 +2,10 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
@@ -10,6 +13,7 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
@@ -37,7 +41,10 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
+        {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
+        {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -52,6 +59,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
+        {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
