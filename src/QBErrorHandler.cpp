@@ -228,8 +228,7 @@ NSArray *QBErrorHandler::errorDescr() {
         return NSArray::array();
     if (errorState() == ERRORSTATE_FATAL)
         return fatalErrorDescr_ ? fatalErrorDescr_.get() : NSArray::array();
-    auto *newest =
-        stackTrace()->count() ? qb::castOrNil<NSArray>(stackTrace()->objectAtIndex(0)) : nullptr;
+    auto *newest = stackTrace()->count() ? qb::castOrNil<NSArray>(stackTrace()->objectAtIndex(0)) : nullptr;
     return newest ? newest : NSArray::array(); // a stack that a caller put in may hold anything
 }
 

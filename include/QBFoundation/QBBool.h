@@ -15,9 +15,7 @@ public:
     Class *classObject() const override { return cls(); }
 
     static QBBool *booleanWithValue(BOOL value) { return initWithValue(value).autorelease(); }
-    static Ref<QBBool> initWithValue(BOOL value) {
-        return qb::init<QBBool>(&QBBool::setUpWithValue, value);
-    }
+    static Ref<QBBool> initWithValue(BOOL value) { return qb::init<QBBool>(&QBBool::setUpWithValue, value); }
     /// Returns the one instance that the process keeps for true.
     static QBBool *trueBoolean();
     static QBBool *falseBoolean();
