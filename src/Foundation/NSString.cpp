@@ -84,7 +84,7 @@ Class *NSString::cls() {
         {methods, qb::tables::stringCreation(), qb::tables::stringComparison(), qb::tables::stringFormat(),
          qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
          qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
-         qb::tables::stringPath(), qb::tables::stringRepresentation()},
+         qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation()},
         qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
