@@ -8,6 +8,7 @@
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
@@ -32,6 +33,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
         {"NSString", &NSString::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"Protocol", &Protocol::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBNil", &QBNil::cls},

@@ -14,6 +14,7 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Send.h>
