@@ -10,6 +10,7 @@ namespace qb::tables {
 
 std::span<const Method> stringFormat();
 std::span<const Method> stringRestrictedFormat();
+std::span<const Method> stringISODateTime();
 std::span<const Method> mutableStringRestrictedFormat();
 
 } // namespace qb::tables

@@ -81,7 +81,8 @@ Class *NSString::cls() {
     };
     static Class *const self =
         new Class("NSString", NSObject::cls(),
-                  {methods, qb::tables::stringFormat(), qb::tables::stringRestrictedFormat()},
+                  {methods, qb::tables::stringFormat(), qb::tables::stringRestrictedFormat(),
+                   qb::tables::stringISODateTime()},
                   qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }

@@ -16,6 +16,9 @@ constexpr std::uint64_t kTopBits = 0x8080808080808080u;
 // tried again, because a vector run costs as much as a dozen characters even if it ends at once.
 constexpr int kCharactersAfterError = 16;
 
+// Text shorter than a block of the vector versions is mostly ASCII, which they would not notice.
+constexpr std::size_t kShort = 128;
+
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
@@ -118,11 +121,13 @@ Utf8Run plain::validRun(const char *bytes, std::size_t length) {
 }
 
 bool isAscii(const char *bytes, std::size_t length) {
-    // A short text is done before a vector would be set up.
+    // A shorter text is done before vectors are set up.
     return length >= 64 && hasAvx2() ? avx2::isAscii(bytes, length) : plain::isAscii(bytes, length);
 }
 
 Utf8Run validRun(const char *bytes, std::size_t length) {
+    if (length < kShort && isAscii(bytes, length))
+        return {length, length, length};
     if (!hasAvx2())
         return plain::validRun(bytes, length);
     const CheckedText text = hasAvx512() ? avx512::checkText(bytes, length) : avx2::checkText(bytes, length);
@@ -134,6 +139,8 @@ Utf8Run validRun(const char *bytes, std::size_t length) {
 }
 
 std::size_t validPrefix(const char *bytes, std::size_t length) {
+    if (length < kShort && isAscii(bytes, length))
+        return length;
     if (!hasAvx2())
         return plain::validRun(bytes, length).bytes;
     const std::size_t checked =

@@ -125,6 +125,12 @@ public:
     /// write nothing.
     static NSString *stringWithRestrictedFormatAndObjects(NSString *format, NSArray *objects);
 
+    // --- ISODateTime ---
+
+    /// Returns now as 17 digits, autoreleased: year, month, day, hour, minute and second in GMT, then the
+    /// milliseconds. Seconds and milliseconds come from two readings of the clock.
+    static NSString *currentDateAsISODateTimeStringWithMilliSeconds();
+
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);

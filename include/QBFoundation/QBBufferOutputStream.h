@@ -1,0 +1,96 @@
+// Writing to memory.
+#ifndef QBFOUNDATION_QBBUFFEROUTPUTSTREAM_H
+#define QBFOUNDATION_QBBUFFEROUTPUTSTREAM_H
+
+#include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/Runtime/Ref.h>
+
+#include <cstdint>
+#include <cstring>
+#include <typeinfo>
+
+/// A sink that collects bytes in one growing buffer; its subclasses tell what was written.
+///
+/// The buffer doubles while it is small and then grows by 32 KiB or the whole length of a write. When the
+/// memory for it is missing, or it would pass 2^32 - 1 bytes, what was collected is dropped with the write
+/// that needed it, and 100156 is raised.
+class QB_EXPORT QBBufferOutputStream : public QBOutputStream {
+public:
+    QBBufferOutputStream() noexcept = default;
+    ~QBBufferOutputStream() override;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    /// Returns a stream with room for 1024 bytes, autoreleased.
+    static QBBufferOutputStream *stream() { return init().autorelease(); }
+    static QBBufferOutputStream *streamWithCapacity(std::uint32_t capacity) {
+        return initWithCapacity(capacity).autorelease();
+    }
+    static Ref<QBBufferOutputStream> init() {
+        return qb::init<QBBufferOutputStream>(&QBBufferOutputStream::setUp);
+    }
+    /// Returns a stream with room for exactly `capacity` bytes. Raises 100156 when there is no memory for
+    /// them.
+    static Ref<QBBufferOutputStream> initWithCapacity(std::uint32_t capacity) {
+        return qb::init<QBBufferOutputStream>(&QBBufferOutputStream::setUpWithCapacity, capacity);
+    }
+
+    void writeBuffer(const void *buffer, std::uint32_t length) override {
+        if (buffer && std::uint64_t{byteCounter_} + length < directEnd_) [[likely]]
+            append(buffer, length);
+        else
+            QBOutputStream::writeBuffer(buffer, length);
+    }
+    void writeByte(char byte) override {
+        if (byteCounter_ < directEnd_) [[likely]]
+            buf_[byteCounter_++] = byte;
+        else
+            _writeBuffer(&byte, 1);
+    }
+    void _writeBuffer(const void *buffer, std::uint32_t length) override;
+    /// Drops what was written and the buffer; the new one has 1024 bytes.
+    void reset() override;
+
+    /// How many bytes the buffer has room for.
+    std::uint32_t bufLength() const { return bufLength_; }
+    /// How many bytes were written.
+    std::uint32_t byteCounter() const { return byteCounter_; }
+
+protected:
+    /// The initialiser `init`: `initWithCapacity:` with 1024.
+    BOOL setUp() override { return setUpWithCapacity(kDefaultCapacity); }
+    /// The initialiser `initWithCapacity:`.
+    virtual BOOL setUpWithCapacity(std::uint32_t capacity);
+
+    /// Lets `writeBuffer` and `writeByte` store without a call of `_writeBuffer` while the buffer has room,
+    /// if the object is a `T` and not of a subclass, which may want to see each write. `T` calls it when it
+    /// is set up.
+    template <class T>
+    void allowDirectWrites() {
+        isDirect_ = isDirect_ || typeid(*this) == typeid(T);
+        directEnd_ = isDirect_ ? bufLength_ : 0;
+    }
+    /// Makes the next write one of `_writeBuffer`.
+    void announceNextWrite() const { directEnd_ = 0; }
+    /// The bytes that were written, `byteCounter()` of them; null after a failed allocation.
+    const char *buf() const { return buf_; }
+
+private:
+    static constexpr std::uint32_t kDefaultCapacity = 1024;
+
+    bool allocate(std::uint32_t capacity);
+    bool grow(std::uint32_t length);
+    void append(const void *buffer, std::uint32_t length) {
+        std::memcpy(buf_ + byteCounter_, buffer, length);
+        byteCounter_ += length;
+    }
+
+    std::uint32_t bufLength_ = 0;
+    char *buf_ = nullptr;
+    std::uint32_t byteCounter_ = 0;
+    mutable std::uint32_t directEnd_ = 0; // below it, bytes are stored without `_writeBuffer`
+    bool isDirect_ = false;               // whether `directEnd_` may be the buffer's end
+};
+
+#endif

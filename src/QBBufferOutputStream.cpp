@@ -1,0 +1,83 @@
+#include <QBFoundation/QBBufferOutputStream.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "System/Memory.h"
+
+#include <algorithm>
+
+namespace {
+constexpr const char *kFile = "src/QBBufferOutputStream";
+
+// A buffer doubles up to here, and from here on grows by as much.
+constexpr std::uint32_t kLargestIncrement = 32768;
+} // namespace
+
+Class *QBBufferOutputStream::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"streamWithCapacity:">(&QBBufferOutputStream::setUpWithCapacity),
+        qb::initialiser<"initWithCapacity:">(&QBBufferOutputStream::setUpWithCapacity),
+        qb::method<"bufLength">(&QBBufferOutputStream::bufLength),
+        qb::method<"byteCounter">(&QBBufferOutputStream::byteCounter),
+    };
+    static Class *const self = new Class("QBBufferOutputStream", QBOutputStream::cls(), methods,
+                                         qb::construct<QBBufferOutputStream>);
+    return self;
+}
+
+QBBufferOutputStream::~QBBufferOutputStream() {
+    qb::sys::release(buf_);
+}
+
+BOOL QBBufferOutputStream::setUpWithCapacity(std::uint32_t capacity) {
+    if (!allocate(capacity)) {
+        qb::raiseError(kFile, 64, qb::kErrorOutOfMemory);
+        return NO;
+    }
+    allowDirectWrites<QBBufferOutputStream>();
+    return YES;
+}
+
+// Replaces the buffer by an empty one.
+bool QBBufferOutputStream::allocate(std::uint32_t capacity) {
+    qb::sys::release(buf_);
+    buf_ = static_cast<char *>(qb::sys::reallocate(nullptr, capacity));
+    bufLength_ = buf_ ? capacity : 0;
+    byteCounter_ = 0;
+    directEnd_ = isDirect_ ? bufLength_ : 0;
+    return buf_ != nullptr;
+}
+
+void QBBufferOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
+    if (bufLength_ - byteCounter_ < length && !grow(length)) {
+        byteCounter_ = 0;
+        qb::raiseError(kFile, 117, qb::kErrorOutOfMemory);
+        return;
+    }
+    append(buffer, length);
+    directEnd_ = isDirect_ ? bufLength_ : 0;
+}
+
+// Makes room for a write of `length` bytes; leaves all as it is when there is no memory.
+bool QBBufferOutputStream::grow(std::uint32_t length) {
+    const std::uint64_t room = bufLength_ - byteCounter_;
+    std::uint64_t increment = std::min(bufLength_, kLargestIncrement);
+    if (room + increment < length)
+        increment = length;
+    const std::uint64_t capacity = bufLength_ + increment;
+    if (capacity > UINT32_MAX)
+        return false;
+    void *const grown = qb::sys::reallocate(buf_, static_cast<std::size_t>(capacity));
+    if (!grown)
+        return false;
+    buf_ = static_cast<char *>(grown);
+    bufLength_ = static_cast<std::uint32_t>(capacity);
+    return true;
+}
+
+void QBBufferOutputStream::reset() {
+    if (!allocate(kDefaultCapacity))
+        qb::raiseError(kFile, 155, qb::kErrorOutOfMemory);
+}

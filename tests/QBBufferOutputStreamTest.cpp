@@ -1,0 +1,178 @@
+#include <QBFoundation/QBBufferOutputStream.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/ErrorExpectation.h"
+#include "support/PoolFixture.h"
+
+#include <cerrno>
+#include <random>
+#include <string>
+
+using QBBufferOutputStreamTest = PoolFixture;
+using qb::sys::Call;
+using qb::sys::Fault;
+
+namespace {
+
+void fill(QBOutputStream *stream, std::uint32_t count) {
+    const std::string bytes(count, 'x');
+    stream->writeBuffer(bytes.data(), count);
+}
+
+} // namespace
+
+TEST_F(QBBufferOutputStreamTest, GrowsByDoublingThenBySteps) {
+    struct Row {
+        std::uint32_t capacity, used, length, grown;
+    };
+    const Row rows[] = {
+        {0, 0, 1, 1},
+        {10, 0, 10, 10}, // filled exactly
+        {10, 10, 1, 20},
+        {100, 90, 200, 300}, // the whole request on top
+        {100, 90, 110, 200},
+        {100, 90, 111, 211},
+        {32768, 32768, 1, 65536},
+        {32769, 32769, 1, 65537},
+        {65536, 65536, 1, 98304},
+        {65536, 65536, 32769, 98305},
+    };
+    for (const Row &row : rows) {
+        QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(row.capacity);
+        if (row.used)
+            fill(stream, row.used);
+        EXPECT_EQ(stream->bufLength(), row.capacity);
+        row.length == 1 ? stream->writeByte('b') : fill(stream, row.length);
+        EXPECT_EQ(stream->bufLength(), row.grown) << row.capacity << " " << row.used << " " << row.length;
+        EXPECT_EQ(stream->byteCounter(), row.used + row.length);
+    }
+}
+
+TEST_F(QBBufferOutputStreamTest, ResetReturnsToTheDefaultCapacity) {
+    QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(100000);
+    fill(stream, 5);
+    stream->reset();
+    EXPECT_EQ(stream->bufLength(), 1024u);
+    EXPECT_EQ(stream->targetData()->length(), 0u);
+    EXPECT_EQ(QBBufferOutputStream::stream()->bufLength(), 1024u);
+    EXPECT_EQ(send<QBStringOutputStream *>(QBStringOutputStream::cls(), "stream"_sel)->bufLength(), 1024u);
+}
+
+TEST_F(QBBufferOutputStreamTest, MissingMemoryForTheBufferGivesNoStream) {
+    Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    ErrorExpectation error(100156);
+    EXPECT_EQ(QBStringOutputStream::initWithCapacity(50), nullptr);
+    EXPECT_EQ(error.place(), "src/QBBufferOutputStream:64");
+}
+
+TEST_F(QBBufferOutputStreamTest, MissingMemoryForGrowthDropsWhatWasWritten) {
+    QBStringOutputStream *stream = QBStringOutputStream::streamWithCapacity(4);
+    stream->writeBuffer("abcd", 4);
+    {
+        Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        ErrorExpectation error(100156);
+        stream->writeByte('e');
+        EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
+    }
+    EXPECT_EQ(stream->byteCounter(), 0u);
+    stream->writeBuffer("xyz", 3);
+    EXPECT_EQ(stream->targetString()->view(), "xyz");
+}
+
+TEST_F(QBBufferOutputStreamTest, MissingMemoryForResetLeavesNoBuffer) {
+    QBStringOutputStream *stream = QBStringOutputStream::stream();
+    stream->writeByte('a');
+    {
+        Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        ErrorExpectation error(100156);
+        stream->reset();
+        EXPECT_EQ(error.place(), "src/QBBufferOutputStream:155");
+    }
+    EXPECT_EQ(stream->targetString(), nullptr);
+    stream->writeBuffer("", 0);
+    stream->writeBuffer("bc", 2); // the next write makes a buffer again
+    EXPECT_EQ(stream->targetString()->view(), "bc");
+}
+
+TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
+    if (sizeof(void *) == 4)
+        GTEST_SKIP() << "needs 4 GiB of address space";
+    QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(UINT32_MAX);
+    if (!stream)
+        GTEST_SKIP() << "needs 4 GiB of address space";
+    stream->writeByte('a');
+    const char bytes[16] = {};
+    ErrorExpectation error(100156);
+    // The range is never read: a write that does not fit is refused before anything is copied.
+    stream->writeBuffer(bytes, UINT32_MAX);
+    EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
+    EXPECT_EQ(stream->byteCounter(), 0u);
+}
+
+TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
+    QBStringOutputStream *strings = QBStringOutputStream::stream();
+    QBDataOutputStream *datas = QBDataOutputStream::stream();
+    for (QBOutputStream *stream :
+         {static_cast<QBOutputStream *>(strings), static_cast<QBOutputStream *>(datas)})
+        stream->writeBuffer("ab", 2);
+    NSString *string = strings->targetString();
+    NSData *data = datas->targetData();
+    EXPECT_EQ(strings->targetString(), string);
+    EXPECT_EQ(datas->targetData(), data);
+    strings->writeByte('c');
+    datas->writeBuffer("c", 1);
+    EXPECT_EQ(strings->targetString()->view(), "abc");
+    EXPECT_TRUE(datas->targetData()->isEqualToData(NSData::dataWithBytes("abc", 3)));
+    EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
+    EXPECT_EQ(data->length(), 2u);
+}
+
+TEST_F(QBBufferOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
+    std::mt19937 random(20240817);
+    for (int round = 0; round < 50; ++round) {
+        QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(random() % 200);
+        std::string whole;
+        while (whole.size() < 70000) {
+            std::string piece(random() % (1u << random() % 15), '\0');
+            for (char &byte : piece)
+                byte = static_cast<char>(random());
+            piece.size() == 1 ? stream->writeByte(piece[0])
+                              : stream->writeBuffer(piece.data(), static_cast<std::uint32_t>(piece.size()));
+            whole += piece;
+            if (random() % 16 == 0) {
+                EXPECT_EQ(stream->targetData()->length(), whole.size());
+            }
+        }
+        const auto view = stream->targetData()->view();
+        ASSERT_EQ(std::string(reinterpret_cast<const char *>(view.data()), view.size()), whole);
+    }
+}
+
+TEST_F(QBBufferOutputStreamTest, SubclassSeesEachWrite) {
+    class Counter : public QBDataOutputStream {
+    public:
+        static Ref<Counter> init() { return qb::init<Counter>(&Counter::setUp); }
+        void _writeBuffer(const void *buffer, std::uint32_t length) override {
+            ++writes;
+            QBDataOutputStream::_writeBuffer(buffer, length);
+        }
+        int writes = 0;
+    };
+    Ref<Counter> stream = Counter::init();
+    stream->writeByte('a');
+    stream->writeBuffer("bc", 2);
+    stream->writeByte('d');
+    stream->writeNL();
+    EXPECT_EQ(stream->writes, 4);
+    EXPECT_TRUE(stream->targetData()->isEqualToData(NSData::dataWithBytes("abcd\n", 5)));
+}
+
+TEST_F(QBBufferOutputStreamTest, NullBufferThrows) {
+    EXPECT_REASON(QBStringOutputStream::stream()->writeBuffer(nullptr, 0),
+                  "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.");
+}

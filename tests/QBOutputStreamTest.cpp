@@ -1,0 +1,125 @@
+#include <QBFoundation/QBOutputStream.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/Describe.h"
+#include "support/ErrorExpectation.h"
+#include "support/PoolFixture.h"
+
+#include <string>
+#include <vector>
+
+using QBOutputStreamTest = PoolFixture;
+
+namespace {
+
+// A client's stream that has the primitive alone.
+class Recorder : public QBOutputStream {
+public:
+    void _writeBuffer(const void *buffer, std::uint32_t length) override {
+        writes.emplace_back(static_cast<const char *>(buffer), length);
+    }
+    void flush() override { ++flushes; }
+
+    std::string text() const {
+        std::string all;
+        for (const std::string &write : writes)
+            all += write;
+        return all;
+    }
+
+    std::vector<std::string> writes;
+    int flushes = 0;
+};
+
+std::string written(id object) {
+    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
+    stream->writeObject(object);
+    return stream->text();
+}
+
+} // namespace
+
+TEST_F(QBOutputStreamTest, EveryOperationEndsInThePrimitive) {
+    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
+    stream->writeBuffer("ab", 2);
+    stream->writeByte('\xFF');
+    stream->writeNL();
+    stream->writeCRNL();
+    stream->writeSpace();
+    stream->writeTab();
+    stream->writeFormat("%d-%@"_ns, 7, "x"_ns);
+    stream->writeBuffer("", 0); // which never arrives
+    const std::vector<std::string> expected = {"ab", "\xFF", "\n", "\r\n", " ", "\t", "7-x"};
+    EXPECT_EQ(stream->writes, expected);
+    stream->close();
+    EXPECT_EQ(stream->flushes, 1);
+}
+
+TEST_F(QBOutputStreamTest, NullBufferThrowsEvenForNoBytes) {
+    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
+    const char *reason = "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.";
+    EXPECT_REASON(stream->writeBuffer(nullptr, 0), reason);
+    EXPECT_REASON(stream->writeBuffer(nullptr, 3), reason);
+    EXPECT_REASON(NSData::data()->writeOnOutputStream(stream), reason);
+}
+
+TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
+    NSDictionary *dictionary = NSDictionary::dictionaryWithObjectForKey("value"_ns, "key"_ns);
+    NSArray *array = NSArray::arrayWithObjects("x"_ns, NSNumber::numberWithInt(5), dictionary);
+    EXPECT_EQ(written("text"_ns), "text");
+    EXPECT_EQ(written(NSString::stringWith(std::string("a\0b", 3))), std::string("a\0b", 3));
+    EXPECT_EQ(written(NSData::dataWithBytes("\x01\xFF", 2)), "\x01\xFF");
+    EXPECT_EQ(written(NSNumber::numberWithInt(-12)), "-12");
+    EXPECT_EQ(written(dictionary), "value");
+    EXPECT_EQ(written(array), "x5value");
+    EXPECT_EQ(written(array->objectEnumerator()), "x5value");
+    EXPECT_EQ(written(QBNil::value()), "");
+    EXPECT_EQ(written(nullptr), "");
+}
+
+TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
+    class Quoter : public Recorder {
+    public:
+        void _writeString(NSString *string) override {
+            writeByte('"');
+            Recorder::_writeString(string);
+            writeByte('"');
+        }
+        void _writeObjectForKey(id object, id key) override {
+            writeObject(key);
+            writeByte('=');
+            writeObject(object);
+        }
+    };
+    Ref<Quoter> stream = Ref<Quoter>::adopt(new Quoter);
+    stream->writeObject(NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(1), "k"_ns));
+    EXPECT_EQ(stream->text(), "\"k\"=\"1\"");
+}
+
+TEST_F(QBOutputStreamTest, AbstractClassMakesNoStream) {
+    EXPECT_THROW(send<id>(QBOutputStream::cls(), "stream"_sel), InvalidUseOfMethodException);
+}
+
+TEST_F(QBOutputStreamTest, ArraySinkKeepsEachWriteAndEachObject) {
+    QBArrayOutputStream *stream = QBArrayOutputStream::stream();
+    NSDictionary *dictionary = NSDictionary::dictionaryWithObjectForKey("value"_ns, "key"_ns);
+    stream->writeBuffer("ab", 2);
+    stream->writeByte('c');
+    stream->writeObject(dictionary);
+    ASSERT_EQ(stream->targetArray()->count(), 3u);
+    EXPECT_TRUE(stream->targetArray()->objectAtIndex(0)->isEqual(NSData::dataWithBytes("ab", 2)));
+    EXPECT_TRUE(stream->targetArray()->objectAtIndex(1)->isEqual(NSData::dataWithBytes("c", 1)));
+    EXPECT_EQ(stream->targetArray()->objectAtIndex(2), dictionary);
+    EXPECT_THROW(stream->writeObject(nullptr), InvalidArgumentException);
+    stream->reset();
+    EXPECT_EQ(stream->targetArray()->count(), 0u);
+}
