@@ -2,7 +2,10 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
@@ -11,6 +14,7 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
@@ -35,7 +39,10 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
+        {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
+        {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -51,6 +58,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
         {"OSFilePath", &OSFilePath::cls},
+        {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},

@@ -5,7 +5,10 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
@@ -17,6 +20,7 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
