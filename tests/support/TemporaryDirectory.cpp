@@ -1,0 +1,55 @@
+#include "support/TemporaryDirectory.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <stdlib.h>
+
+namespace fs = std::filesystem;
+
+TemporaryDirectory::TemporaryDirectory()
+    : path_(fs::canonical(fs::temp_directory_path()) / "qb-test-XXXXXX") {
+    if (!::mkdtemp(path_.data()))
+        throw std::runtime_error("no temporary directory can be made: " + path_);
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code error; // a test that took away its own rights has failed already
+    fs::remove_all(path_, error);
+}
+
+void TemporaryDirectory::write(std::string_view name, std::string_view bytes) const {
+    const fs::path file = *this / name;
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+void TemporaryDirectory::makeDirectory(std::string_view name) const {
+    fs::create_directories(*this / name);
+}
+
+void TemporaryDirectory::link(std::string_view text, std::string_view name) const {
+    fs::create_symlink(text, *this / name);
+}
+
+std::string TemporaryDirectory::read(std::string_view name) const {
+    std::ifstream file(*this / name, std::ios::binary);
+    if (!file)
+        return "(missing)";
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool TemporaryDirectory::has(std::string_view name) const {
+    std::error_code error;
+    return fs::symlink_status(*this / name, error).type() != fs::file_type::not_found;
+}
+
+std::vector<std::string> TemporaryDirectory::names(std::string_view name) const {
+    std::vector<std::string> names;
+    for (const fs::directory_entry &entry : fs::directory_iterator(*this / name))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
