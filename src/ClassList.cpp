@@ -10,10 +10,16 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
@@ -39,10 +45,16 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
+        {"QBInputFilter", &QBInputFilter::cls},
+        {"QBInputStream", &QBInputStream::cls},
+        {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;

@@ -16,10 +16,16 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 
