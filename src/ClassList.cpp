@@ -2,12 +2,25 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSProcessInfo.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
+#include <QBFoundation/IdCreator.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSTime.h>
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
@@ -28,9 +41,13 @@
 std::span<const qb::ListedClass> qb::libraryClasses() {
     static constexpr ListedClass classes[] = {
         {"Class", &Class::cls},
+        {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
+        {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
+        {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -38,10 +55,20 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSMutableArray", &NSMutableArray::cls},
         {"NSMutableData", &NSMutableData::cls},
         {"NSMutableDictionary", &NSMutableDictionary::cls},
+        {"NSMutableSet", &NSMutableSet::cls},
         {"NSMutableString", &NSMutableString::cls},
         {"NSNumber", &NSNumber::cls},
         {"NSObject", &NSObject::cls},
+        {"NSProcessInfo", &NSProcessInfo::cls},
+        {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
+        {"NSTimeZone", &NSTimeZone::cls},
+        {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSLogger", &OSLogger::cls},
+        {"OSObject", &OSObject::cls},
+        {"OSProcess", &OSProcess::cls},
+        {"OSTime", &OSTime::cls},
+        {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},

@@ -6,6 +6,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -29,6 +30,10 @@ void NSArray::writeOnOutputStream(QBOutputStream *stream) {
 
 void NSDictionary::writeOnOutputStream(QBOutputStream *stream) {
     stream->_writeDictionary(this);
+}
+
+void NSSet::writeOnOutputStream(QBOutputStream *stream) {
+    stream->writeObject(objectEnumerator());
 }
 
 void NSString::writeOnOutputStream(QBOutputStream *stream) {

@@ -20,7 +20,9 @@ public:
         : collection_(collection), next_(collection->begin()) {}
 
     id nextObject() override {
-        if (hasBegun_ && next_ != collection_->end())
+        if (!hasBegun_)
+            next_ = collection_->begin();
+        else if (next_ != collection_->end())
             ++next_;
         hasBegun_ = true;
         return next_ != collection_->end() ? pick(*next_) : nullptr;

@@ -49,6 +49,19 @@ HashTable::Entry *HashTable::find(const NSObject *key) const {
     return slot ? &entries_[slot->entry - 1] : nullptr;
 }
 
+HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {
+    if (count_ == 0)
+        return nullptr;
+    for (;;) {
+        const Slot &slot = slots_[(hash + place) & mask_];
+        if (!slot.entry)
+            return nullptr;
+        ++place;
+        if (slot.hash == hash && slot.entry != kRemoved)
+            return &entries_[slot.entry - 1];
+    }
+}
+
 void HashTable::enter(std::uint32_t hash, std::uint32_t entry) noexcept {
     std::uint32_t i = hash & mask_;
     while (slots_[i].entry)

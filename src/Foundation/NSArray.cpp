@@ -5,6 +5,8 @@
 
 #include "Foundation/Buffer.h"
 #include "Foundation/CollectionEnumerator.h"
+#include "Foundation/DeepWalk.h"
+#include "Foundation/PropertyListText.h"
 
 #include <algorithm>
 #include <new>
@@ -192,25 +194,17 @@ NSEnumerator *NSArray::reverseObjectEnumerator() const {
 // --- Values ---
 
 BOOL NSArray::isEqualToArray(NSArray *other) const {
-    if (other == this)
-        return YES;
-    if (!other || other->count_ != count_)
-        return NO;
-    for (std::uint32_t i = 0; i < count_; ++i)
-        if (elements_[i] != other->elements_[i] && !elements_[i]->isEqual(other->elements_[i]))
-            return NO;
-    return YES;
+    return other && qb::areContainersEqual(self(), other);
+}
+
+BOOL NSArray::isEqual(id other) const {
+    return other && qb::areContainersEqual(self(), other);
 }
 
 NSString *NSArray::description() const {
     std::string text;
-    for (id element : *this)
-        text.append(text.empty() ? "" : ", ").append(element->description()->view());
-    return NSString::stringWith("(" + text + ")");
-}
-
-BOOL NSArray::isEqual(id other) const {
-    return isEqualToArray(qb::castOrNil<NSArray>(other));
+    qb::appendPropertyListText(text, self());
+    return NSString::stringWith(text);
 }
 
 Ref<NSObject> NSArray::copyWithZone(void *) const {

@@ -4,6 +4,8 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/CollectionEnumerator.h"
+#include "Foundation/DeepWalk.h"
+#include "Foundation/PropertyListText.h"
 
 #include <string>
 #include <utility>
@@ -112,30 +114,17 @@ NSEnumerator *NSDictionary::objectEnumerator() const {
 // --- Values ---
 
 BOOL NSDictionary::isEqualToDictionary(NSDictionary *other) const {
-    if (other == this)
-        return YES;
-    if (!other || other->count() != count())
-        return NO;
-    for (const auto &[key, value] : *this) {
-        const id otherValue = other->objectForKey(key);
-        if (otherValue != value && !(otherValue && value->isEqual(otherValue)))
-            return NO;
-    }
-    return YES;
+    return other && qb::areContainersEqual(self(), other);
+}
+
+BOOL NSDictionary::isEqual(id other) const {
+    return other && qb::areContainersEqual(self(), other);
 }
 
 NSString *NSDictionary::description() const {
     std::string text;
-    for (const auto &[key, value] : *this)
-        text.append(key->description()->view())
-            .append(" = ")
-            .append(value->description()->view())
-            .append("; ");
-    return NSString::stringWith("{" + text + "}");
-}
-
-BOOL NSDictionary::isEqual(id other) const {
-    return isEqualToDictionary(qb::castOrNil<NSDictionary>(other));
+    qb::appendPropertyListText(text, self());
+    return NSString::stringWith(text);
 }
 
 Ref<NSObject> NSDictionary::copyWithZone(void *) const {

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Runtime/ClassRegistry.h"
+#include "Runtime/Dispatch.h"
 #include "Runtime/MethodCache.h"
 
 #include <algorithm>
@@ -123,6 +124,7 @@ void Class::addMethod(const qb::Method &method) {
             place + "must have a selector with as many colons as the function has arguments.");
     join(method);
     ++qb::dispatchGeneration;
+    qb::forgetCallSites();
 }
 
 Class *Protocol::cls() {

@@ -4,12 +4,18 @@
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include "Runtime/Dispatch.h"
+
 #include <string>
 #include <vector>
 
 namespace qb {
 
 namespace {
+
+// The list ends in a site of its own, so that each site in it has a next one.
+constinit CallSite lastSite;
+constinit CallSite *newestSite = &lastSite;
 
 bool resultPassesUnchecked(const Type &result, const Type &wanted) {
     if (wanted.kind == Kind::none || result.kind == Kind::none)
@@ -30,14 +36,29 @@ bool allPassUnchecked(const Method &method, const Type *const *types, std::size_
 } // namespace
 
 const Method *prepareSend(id receiver, SEL selector, CallSite &site, const Type *const *types,
-                          std::size_t argumentCount) {
+                          std::size_t argumentCount, bool lasts) {
     const Method *const method = receiver->methodForSelector(selector);
     if (!method || !allPassUnchecked(*method, types, argumentCount))
         return nullptr;
+    site.method = method;
+    site.entry = method->typedEntry();
     // Class objects share one virtual table but not their operations, so a call site can't know them by it.
     const bool isClass = dispatchKey(receiver) == dispatchKey(Class::cls());
-    site = {isClass ? nullptr : dispatchKey(receiver), method, method->typedEntry(), dispatchGeneration};
+    if (!lasts || isClass) {
+        site.key = nullptr;
+        return method;
+    }
+    if (!site.next) {
+        site.next = newestSite;
+        newestSite = &site;
+    }
+    site.key = dispatchKey(receiver);
     return method;
+}
+
+void forgetCallSites() {
+    for (CallSite *site = newestSite; site != &lastSite; site = site->next)
+        site->key = nullptr;
 }
 
 Value sendValues(id receiver, SEL selector, const Value *values, std::size_t count, bool &isOwned) {

@@ -110,6 +110,10 @@ std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std:
     return ::fwrite_unlocked(buffer, 1, length, file) / size;
 }
 
+void makeUnbuffered(std::FILE *file) noexcept {
+    ::setvbuf(file, nullptr, _IONBF, 0);
+}
+
 int fflush(std::FILE *file) noexcept {
     return attempt(Call::fflush, [&] { return ::fflush_unlocked(file); });
 }

@@ -16,6 +16,9 @@ constexpr std::uint64_t kTopBits = 0x8080808080808080u;
 // tried again, because a vector run costs as much as a dozen characters even if it ends at once.
 constexpr int kCharactersAfterError = 16;
 
+// Text shorter than a block of the vector versions is mostly ASCII, which they would not notice.
+constexpr std::size_t kShort = 128;
+
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
@@ -118,11 +121,13 @@ Utf8Run plain::validRun(const char *bytes, std::size_t length) {
 }
 
 bool isAscii(const char *bytes, std::size_t length) {
-    // A short text is done before a vector would be set up.
+    // A shorter text is done before vectors are set up.
     return length >= 64 && hasAvx2() ? avx2::isAscii(bytes, length) : plain::isAscii(bytes, length);
 }
 
 Utf8Run validRun(const char *bytes, std::size_t length) {
+    if (length < kShort && isAscii(bytes, length))
+        return {length, length, length};
     if (!hasAvx2())
         return plain::validRun(bytes, length);
     const CheckedText text = hasAvx512() ? avx512::checkText(bytes, length) : avx2::checkText(bytes, length);
@@ -134,6 +139,8 @@ Utf8Run validRun(const char *bytes, std::size_t length) {
 }
 
 std::size_t validPrefix(const char *bytes, std::size_t length) {
+    if (length < kShort && isAscii(bytes, length))
+        return length;
     if (!hasAvx2())
         return plain::validRun(bytes, length).bytes;
     const std::size_t checked =
@@ -193,6 +200,26 @@ std::size_t decodeLenient(const char *position, const char *end, std::uint32_t *
         value = value << 6 | (byteAt(i) & 0x3F);
     *codePoint = value;
     return length;
+}
+
+std::size_t decodeLenientBefore(const char *begin, const char *position, std::uint32_t *codePoint) {
+    const char *start = position - 1;
+    while (isContinuation(*start) && start != begin && position - start < 4)
+        --start;
+    if (decodeLenient(start, position, codePoint) == static_cast<std::size_t>(position - start))
+        return static_cast<std::size_t>(position - start);
+    return decodeLenient(position - 1, position, codePoint);
+}
+
+bool isCharacterStart(const char *begin, const char *end, const char *position) {
+    if (position == begin || position == end || !isContinuation(*position))
+        return true;
+    const char *start = position - 1;
+    while (isContinuation(*start) && start != begin && position - start < 3)
+        --start;
+    // A lead byte is never part of another character, so that decoding from there is the text's own.
+    return strictLength(start, static_cast<std::size_t>(end - start)) <=
+           static_cast<std::size_t>(position - start);
 }
 
 std::size_t utf16Units(const char *bytes, std::size_t length) {

@@ -30,6 +30,10 @@ public:
     /// Returns the entry of a key that is equal to `key`; null when there is none.
     Entry *find(const NSObject *key) const;
 
+    /// Returns the entries whose keys have that hash, one a call, then null. `place` is 0 at first and is
+    /// kept by the caller.
+    Entry *nextWithHash(std::uint32_t hash, std::uint32_t &place) const;
+
     /// Returns the entry of `key`, new with a null value when there is none. `key` is retained when it is
     /// new. Throws std::bad_alloc, with the table unchanged.
     Entry &entryFor(NSObject *key);

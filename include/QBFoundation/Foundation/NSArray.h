@@ -98,7 +98,8 @@ public:
             ++index_;
             return *this;
         }
-        bool operator!=(const Iterator &) const { return index_ < array_->count_; }
+        bool atEnd() const { return index_ >= array_->count_; }
+        bool operator!=(const Iterator &) const { return !atEnd(); }
 
     private:
         const NSArray *array_;

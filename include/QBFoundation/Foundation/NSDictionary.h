@@ -57,6 +57,8 @@ public:
     virtual NSArray *allValues() const;
     virtual NSEnumerator *keyEnumerator() const;
     virtual NSEnumerator *objectEnumerator() const;
+    /// The entries as they lie in memory, as long as the dictionary lives and does not change.
+    const qb::HashTable &table() const noexcept { return table_; }
 
     // --- Comparison ---
 
@@ -95,7 +97,7 @@ public:
             skipHoles();
             return *this;
         }
-        bool atEnd() const { return dictionary_->table_.begin() + index_ == dictionary_->table_.end(); }
+        bool atEnd() const { return dictionary_->table_.begin() + index_ >= dictionary_->table_.end(); }
         bool operator!=(const Iterator &) const { return !atEnd(); }
 
     private:

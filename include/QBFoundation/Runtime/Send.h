@@ -8,17 +8,14 @@
 
 namespace qb {
 
-/// What a call remembers of its last message: which kind of object received it and the operation that ran. It
-/// holds until an operation is added to a class.
+/// What a call remembers of its last message: which kind of object received it and the operation that ran.
+/// It is forgotten when an operation is added to a class.
 struct CallSite {
     const void *key = nullptr;
     const Method *method = nullptr;
     Method::TypedEntry entry = nullptr;
-    std::uint32_t generation = 0;
+    CallSite *next = nullptr; // in the list of those to be told; a site that remembers nothing is in none
 };
-
-/// Counts the operations added at run time; call sites and class caches of an older count are out of date.
-QB_EXPORT extern std::uint32_t dispatchGeneration;
 
 /// What tells objects of different classes apart at a call: the object's virtual table, which costs one load.
 inline const void *dispatchKey(id receiver) {
@@ -28,10 +25,10 @@ inline const void *dispatchKey(id receiver) {
 }
 
 /// Finds the operation and, when values of the static types `types` (result first) can be handed over as they
-/// are, returns it and fills `site`. Returns null when each value has to be looked at, or the message has to
-/// be forwarded.
+/// are, returns it and fills `site`, to be remembered when it `lasts`. Returns null when each value has to be
+/// looked at, or the message has to be forwarded.
 QB_EXPORT const Method *prepareSend(id receiver, SEL selector, CallSite &site, const Type *const *types,
-                                    std::size_t argumentCount);
+                                    std::size_t argumentCount, bool lasts);
 
 /// Sends a message with run-time values. `isOwned` says whether the result's object belongs to the caller.
 QB_EXPORT Value sendValues(id receiver, SEL selector, const Value *values, std::size_t count, bool &isOwned);
@@ -75,10 +72,19 @@ R callEntry(const CallSite &site, id receiver, const A &...arguments) {
         return unpass<R>(entry(site.method, receiver, pass<A>(arguments)...));
 }
 
-template <class Selector>
-struct IsLiteral : std::false_type {};
-template <FixedString Text>
-struct IsLiteral<SelectorLiteral<Text>> : std::true_type {};
+// Where a call keeps its memory: a selector literal has one for all calls with the same types, a selector that
+// is known at run time has none.
+template <class Selector, class R, class... A>
+struct SiteOf {
+    static constexpr bool kLasts = false;
+    static CallSite &get(CallSite &fresh) { return fresh; }
+};
+template <FixedString Text, class R, class... A>
+struct SiteOf<SelectorLiteral<Text>, R, A...> {
+    static constexpr bool kLasts = true;
+    static inline constinit CallSite site;
+    static CallSite &get(CallSite &) { return site; }
+};
 
 // nullptr is passed as a value, since it has no class of its own to be checked.
 template <class... A>
@@ -103,19 +109,13 @@ R send(id receiver, S selector, A... arguments) {
     if (!receiver)
         return R();
     if constexpr (qb::detail::arePassable<A...>()) {
-        using Sites = qb::detail::IsLiteral<S>;
-        static const qb::Type *const *const types = qb::detail::typesOf<R, A...>();
-        if constexpr (Sites::value) {
-            static constinit qb::CallSite site;
-            if (site.key == qb::dispatchKey(receiver) && site.generation == qb::dispatchGeneration) [[likely]]
-                return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
-            if (qb::prepareSend(receiver, selector, site, types, sizeof...(A)))
-                return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
-        } else {
-            qb::CallSite site;
-            if (qb::prepareSend(receiver, selector, site, types, sizeof...(A)))
-                return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
-        }
+        using Site = qb::detail::SiteOf<S, R, A...>;
+        qb::CallSite fresh;
+        qb::CallSite &site = Site::get(fresh);
+        if (site.key == qb::dispatchKey(receiver)) [[likely]]
+            return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
+        if (qb::prepareSend(receiver, selector, site, qb::detail::typesOf<R, A...>(), sizeof...(A), Site::kLasts))
+            return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
     }
     return qb::detail::sendSlowly<R, A...>(receiver, selector, arguments...);
 }

@@ -1,0 +1,35 @@
+// From dates to the seconds that the calendar reckons with, and back.
+#ifndef QBFOUNDATION_FOUNDATION_DATEPARTS_H
+#define QBFOUNDATION_FOUNDATION_DATEPARTS_H
+
+#include <QBFoundation/Foundation/NSDate.h>
+
+#include "Calendar/Format.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace qb {
+
+/// The form of a date's description.
+inline constexpr std::string_view kDefaultDateFormat = "%Y-%m-%d %H:%M:%S %z";
+
+/// Returns the whole seconds from 1970 to the second that the interval since the reference date lies in; of
+/// an interval that no calendar reaches, the nearest that one does.
+std::int64_t utcSecondsOf(NSTimeInterval interval);
+
+/// Returns the millisecond within that second.
+int millisecondOf(NSTimeInterval interval);
+
+/// Returns the interval since the reference date.
+NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0);
+
+/// Returns what the clocks of `zone` show.
+calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);
+
+/// Returns the date in the form of `format`, autoreleased.
+NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format);
+
+} // namespace qb
+
+#endif

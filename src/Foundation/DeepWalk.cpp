@@ -1,0 +1,182 @@
+#include "Foundation/DeepWalk.h"
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSSet.h>
+#include <QBFoundation/Runtime/Class.h>
+
+#include <bit>
+#include <vector>
+
+namespace qb {
+
+namespace {
+
+// So many walks may be inside each other, by way of subclasses' own `isEqual:`; each takes some 300 bytes of
+// stack beside what the subclass needs.
+constexpr unsigned kMostWalks = 32;
+
+constinit unsigned walks = 0;
+
+// The kind of a container whose comparison is the library's own.
+ContainerKind kindOfLibraryClass(Class *cls) {
+    if (cls == NSArray::cls() || cls == NSMutableArray::cls())
+        return ContainerKind::array;
+    if (cls == NSDictionary::cls() || cls == NSMutableDictionary::cls())
+        return ContainerKind::dictionary;
+    if (cls == NSSet::cls() || cls == NSMutableSet::cls())
+        return ContainerKind::set;
+    return ContainerKind::none;
+}
+
+const HashTable &tableOf(id container, ContainerKind kind) {
+    return kind == ContainerKind::set ? static_cast<NSSet *>(container)->table()
+                                      : static_cast<NSDictionary *>(container)->table();
+}
+
+std::uint32_t countOf(id container, ContainerKind kind) {
+    return kind == ContainerKind::array ? static_cast<NSArray *>(container)->count()
+                                        : tableOf(container, kind).count();
+}
+
+class EqualityWalk {
+public:
+    EqualityWalk() { ++walks; }
+    ~EqualityWalk() { --walks; }
+    EqualityWalk(const EqualityWalk &) = delete;
+    EqualityWalk &operator=(const EqualityWalk &) = delete;
+
+    bool run(id a, id b) {
+        Verdict verdict = open(a, b, containerKindOf(a));
+        while (!open_.empty()) {
+            verdict = goOn(open_.back(), verdict);
+            if (verdict != Verdict::open)
+                open_.pop_back();
+        }
+        return verdict == Verdict::equal;
+    }
+
+private:
+    // What is known of two values; `open`: they are containers, now the last ones in `open_`.
+    enum class Verdict { equal, different, open };
+    // What is compared next, or what the verdict that comes back is about.
+    enum class Phase : std::uint8_t { element, key, value };
+
+    // Two containers whose elements are being compared.
+    struct Pair {
+        id a, b;
+        ContainerKind kind;
+        Phase phase = Phase::element;
+        std::uint32_t index = 0;                     // of the element or entry of `a`
+        std::uint32_t place = 0;                     // where to look for the next candidate
+        const HashTable::Entry *candidate = nullptr; // the entry of `b` whose key may be equal
+    };
+
+    Verdict compare(id a, id b) {
+        if (a == b)
+            return Verdict::equal;
+        Class *const cls = a->classObject();
+        ContainerKind kind = kindOfLibraryClass(cls);
+        if (kind == ContainerKind::none && walks >= kMostWalks)
+            kind = containerKindOf(a);
+        if (kind == ContainerKind::none)
+            return a->isEqual(b) ? Verdict::equal : Verdict::different;
+        return open(a, b, kind);
+    }
+
+    Verdict open(id a, id b, ContainerKind kind) {
+        if (containerKindOf(b) != kind || countOf(a, kind) != countOf(b, kind))
+            return Verdict::different;
+        // Containers that hold themselves come back to the same pairs. To meet one of them it is enough to
+        // remember the pair at each power of two (R. P. Brent, "An improved Monte Carlo factorization
+        // algorithm", 1980).
+        if (!open_.empty()) {
+            const Pair &earlier = open_[std::bit_floor(open_.size()) - 1];
+            if (earlier.a == a && earlier.b == b)
+                return Verdict::equal;
+        }
+        open_.push_back({a, b, kind});
+        return Verdict::open;
+    }
+
+    Verdict goOn(Pair &pair, Verdict last) {
+        return pair.kind == ContainerKind::array ? goOnInArray(pair, last) : goOnInTable(pair, last);
+    }
+
+    Verdict goOnInArray(Pair &pair, Verdict last) {
+        const auto a = static_cast<NSArray *>(pair.a)->view();
+        const auto b = static_cast<NSArray *>(pair.b)->view();
+        if (last == Verdict::different || a.size() != b.size())
+            return Verdict::different;
+        while (pair.index < a.size()) {
+            const std::uint32_t index = pair.index++;
+            const Verdict verdict = compare(a[index], b[index]);
+            if (verdict != Verdict::equal)
+                return verdict;
+        }
+        return Verdict::equal;
+    }
+
+    Verdict goOnInTable(Pair &pair, Verdict last) {
+        const HashTable &a = tableOf(pair.a, pair.kind);
+        for (;;) {
+            if (pair.phase == Phase::value) {
+                if (last == Verdict::different)
+                    return last;
+                ++pair.index;
+                pair.phase = Phase::element;
+            }
+            while (a.begin() + pair.index < a.end() && !a.begin()[pair.index].key)
+                ++pair.index;
+            if (a.begin() + pair.index >= a.end())
+                return Verdict::equal;
+            const HashTable::Entry entry = a.begin()[pair.index];
+            const bool isFound = pair.phase == Phase::key && last == Verdict::equal;
+            if (const Verdict verdict = isFound ? last : findKey(pair, entry.key); verdict != Verdict::equal)
+                return verdict;
+            pair.phase = Phase::value;
+            last = pair.kind == ContainerKind::set ? Verdict::equal
+                                                   : compare(entry.value, pair.candidate->value);
+            if (last != Verdict::equal)
+                return last;
+        }
+    }
+
+    // Looks for the entry of `b` whose key is equal. Keys that are containers are compared here one by one,
+    // as the table would ask them for `isEqual:`, which begins a walk of its own.
+    Verdict findKey(Pair &pair, id key) {
+        const HashTable &b = tableOf(pair.b, pair.kind);
+        if (containerKindOf(key) == ContainerKind::none) {
+            pair.candidate = b.find(key);
+            return pair.candidate ? Verdict::equal : Verdict::different;
+        }
+        if (pair.phase == Phase::element)
+            pair.place = 0;
+        pair.phase = Phase::key;
+        while ((pair.candidate = b.nextWithHash(key->hash(), pair.place))) {
+            const Verdict verdict = compare(key, pair.candidate->key);
+            if (verdict != Verdict::different)
+                return verdict;
+        }
+        return Verdict::different;
+    }
+
+    std::vector<Pair> open_; // the outermost first
+};
+
+} // namespace
+
+ContainerKind containerKindOf(id object) {
+    if (!object)
+        return ContainerKind::none;
+    for (Class *cls = object->classObject(); cls; cls = cls->superclass())
+        if (const ContainerKind kind = kindOfLibraryClass(cls); kind != ContainerKind::none)
+            return kind;
+    return ContainerKind::none;
+}
+
+bool areContainersEqual(id a, id b) {
+    return a == b || EqualityWalk().run(a, b);
+}
+
+} // namespace qb

@@ -1,0 +1,27 @@
+// Going through containers inside containers, however deep, without the thread's stack.
+#ifndef QB_FOUNDATION_DEEPWALK_H
+#define QB_FOUNDATION_DEEPWALK_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+
+#include <cstdint>
+
+namespace qb {
+
+/// The kinds of containers; mutable ones and subclasses are of the kind of their base.
+enum class ContainerKind : std::uint8_t { none, array, dictionary, set };
+
+/// Returns the kind of a container; `none` for other objects and nil.
+ContainerKind containerKindOf(id object);
+
+/// Whether two containers are of one kind and hold equal values: what `isEqual:` of the containers does.
+///
+/// Containers inside them are compared by a list of what is open, so that depth costs memory, some 40 bytes a
+/// level, and no stack. A subclass's own `isEqual:` is asked, unless such questions are inside each other too
+/// deeply already. Containers that hold themselves are equal when no difference is found on the way.
+/// Throws std::bad_alloc.
+bool areContainersEqual(id a, id b);
+
+} // namespace qb
+
+#endif

@@ -1,0 +1,65 @@
+#include "Foundation/FileContents.h"
+
+#include "System/Files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+
+namespace qb {
+
+namespace {
+
+// Files of /proc state no size.
+constexpr std::uint64_t kLeastRead = 4096;
+
+// A descriptor that is closed at the end of its scope.
+struct OpenFile {
+    explicit OpenFile(const char *path) : descriptor(sys::open(path, O_RDONLY)) {}
+    ~OpenFile() {
+        if (descriptor >= 0)
+            sys::close(descriptor);
+    }
+    OpenFile(const OpenFile &) = delete;
+    OpenFile &operator=(const OpenFile &) = delete;
+
+    const int descriptor;
+};
+
+int readToEnd(int descriptor, std::uint64_t statedSize, std::string &bytes) {
+    std::size_t length = 0;
+    for (;;) {
+        // One byte more than stated, so that the end is noticed without a further read.
+        const std::uint64_t wanted = std::max({statedSize + 1, length * std::uint64_t{2}, kLeastRead});
+        if (wanted > UINT32_MAX)
+            return EFBIG;
+        bytes.resize(static_cast<std::size_t>(wanted));
+        const ssize_t got = sys::readAll(descriptor, bytes.data() + length, bytes.size() - length);
+        if (got < 0)
+            return errno;
+        length += static_cast<std::size_t>(got);
+        if (length < bytes.size()) {
+            bytes.resize(length);
+            return 0;
+        }
+    }
+}
+
+} // namespace
+
+int readFileContents(const char *path, std::string &bytes) {
+    bytes.clear();
+    const OpenFile file(path);
+    struct stat info;
+    if (file.descriptor < 0 || sys::fstat(file.descriptor, &info) != 0)
+        return errno;
+    if (S_ISDIR(info.st_mode))
+        return EISDIR;
+    const int error =
+        readToEnd(file.descriptor, static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0)), bytes);
+    if (error != 0)
+        bytes.clear();
+    return error;
+}
+
+} // namespace qb

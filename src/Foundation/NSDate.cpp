@@ -1,0 +1,213 @@
+#include <QBFoundation/Foundation/NSDate.h>
+
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/DateParts.h"
+#include "System/Clock.h"
+#include "Text/Hash.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr std::int64_t kReferenceSeconds = 978307200;
+// 200 billion years either way, as far as the calendar goes.
+constexpr double kFurthestInterval = 6.3e18;
+constexpr NSTimeInterval kDistantPast = -63113904000.0;  // 0001-01-01
+constexpr NSTimeInterval kDistantFuture = 63113904000.0; // 4001-01-01
+constexpr double kMillisecondsPerSecond = 1000;
+constexpr double kNanosecondsPerSecond = 1e9;
+// A double of today's interval is some 0.1 microseconds off; that much must not cost a millisecond.
+constexpr double kMillisecondTolerance = 1e-3;
+
+} // namespace
+
+namespace qb {
+
+std::int64_t utcSecondsOf(NSTimeInterval interval) {
+    return static_cast<std::int64_t>(
+               std::floor(std::clamp(interval, -kFurthestInterval, kFurthestInterval))) +
+           kReferenceSeconds;
+}
+
+int millisecondOf(NSTimeInterval interval) {
+    const double fraction = std::isfinite(interval) ? interval - std::floor(interval) : 0;
+    return std::min(static_cast<int>(fraction * kMillisecondsPerSecond + kMillisecondTolerance), 999);
+}
+
+NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond) {
+    return static_cast<double>(utcSeconds - kReferenceSeconds) + millisecond / kMillisecondsPerSecond;
+}
+
+calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone) {
+    return calendar::momentAt(utcSecondsOf(interval), millisecondOf(interval), zone->rules());
+}
+
+NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format) {
+    return NSString::stringWith(calendar::formatted(format, momentOf(interval, zone)));
+}
+
+} // namespace qb
+
+Class *NSDate::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"date">(&NSDate::setUp),
+        qb::initialiser<"initWithTimeIntervalSinceReferenceDate:">(
+            &NSDate::setUpWithTimeIntervalSinceReferenceDate),
+        qb::maker<"dateWithTimeIntervalSinceReferenceDate:">(
+            &NSDate::setUpWithTimeIntervalSinceReferenceDate),
+        qb::initialiser<"initWithTimeIntervalSince1970:">(&NSDate::setUpWithTimeIntervalSince1970),
+        qb::maker<"dateWithTimeIntervalSince1970:">(&NSDate::setUpWithTimeIntervalSince1970),
+        qb::initialiser<"initWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
+        qb::maker<"dateWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
+        qb::initialiser<"initWithTimeInterval:sinceDate:">(&NSDate::setUpWithTimeInterval),
+        qb::initialiser<"initWithString:">(&NSDate::setUpWithString),
+        qb::maker<"dateWithString:">(&NSDate::setUpWithString),
+        qb::maker<"distantPast">(&NSDate::setUpInDistantPast),
+        qb::maker<"distantFuture">(&NSDate::setUpInDistantFuture),
+        qb::classMethod<"timeIntervalSinceReferenceDate">(&NSDate::timeIntervalSinceReferenceDateOfClass),
+        qb::method<"timeIntervalSinceReferenceDate">(&NSDate::timeIntervalSinceReferenceDate),
+        qb::method<"timeIntervalSince1970">(&NSDate::timeIntervalSince1970),
+        qb::method<"timeIntervalSinceNow">(&NSDate::timeIntervalSinceNow),
+        qb::method<"timeIntervalSinceDate:">(&NSDate::timeIntervalSinceDate),
+        qb::method<"addTimeInterval:">(&NSDate::addTimeInterval),
+        qb::method<"isEqualToDate:">(&NSDate::isEqualToDate),
+        qb::method<"compare:", NSComparisonResult(id)>(&NSDate::compare),
+        qb::method<"earlierDate:">(&NSDate::earlierDate),
+        qb::method<"laterDate:">(&NSDate::laterDate),
+        qb::method<"descriptionWithCalendarFormat:timeZone:locale:">(&NSDate::descriptionWithCalendarFormat),
+        qb::method<"dateWithCalendarFormat:timeZone:">(&NSDate::dateWithCalendarFormat),
+    };
+    static Class *const self =
+        new Class("NSDate", NSObject::cls(), methods, qb::construct<NSDate>, {"NSCopying", "NSCoding"});
+    return self;
+}
+
+BOOL NSDate::setUp() {
+    return setUpWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDateOfClass());
+}
+
+BOOL NSDate::setUpWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) {
+    if (std::isnan(seconds))
+        throw InvalidArgumentException("NSDate initWithTimeIntervalSinceReferenceDate: must have an interval "
+                                       "that is a number.");
+    interval_ = seconds;
+    return YES;
+}
+
+BOOL NSDate::setUpWithTimeIntervalSince1970(NSTimeInterval seconds) {
+    return setUpWithTimeIntervalSinceReferenceDate(seconds - NSTimeIntervalSince1970);
+}
+
+BOOL NSDate::setUpWithTimeIntervalSinceNow(NSTimeInterval seconds) {
+    return setUpWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDateOfClass() + seconds);
+}
+
+BOOL NSDate::setUpWithTimeInterval(NSTimeInterval seconds, NSDate *sinceDate) {
+    if (!sinceDate)
+        throw InvalidArgumentException("NSDate initWithTimeInterval:sinceDate: must have a date.");
+    return setUpWithTimeIntervalSinceReferenceDate(sinceDate->timeIntervalSinceReferenceDate() + seconds);
+}
+
+BOOL NSDate::setUpWithString(NSString *text) {
+    const Ref<NSCalendarDate> date = NSCalendarDate::initWithString(text);
+    return date && setUpWithTimeIntervalSinceReferenceDate(date->timeIntervalSinceReferenceDate());
+}
+
+BOOL NSDate::setUpInDistantPast() {
+    return setUpWithTimeIntervalSinceReferenceDate(kDistantPast);
+}
+
+BOOL NSDate::setUpInDistantFuture() {
+    return setUpWithTimeIntervalSinceReferenceDate(kDistantFuture);
+}
+
+NSTimeInterval NSDate::timeIntervalSinceReferenceDateOfClass() {
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    const std::int64_t now = qb::sys::wallNanoseconds();
+    return static_cast<double>(now / kNanoseconds - kReferenceSeconds) +
+           static_cast<double>(now % kNanoseconds) / kNanosecondsPerSecond;
+}
+
+NSTimeInterval NSDate::timeIntervalSinceNow() const {
+    return timeIntervalSinceReferenceDate() - timeIntervalSinceReferenceDateOfClass();
+}
+
+NSTimeInterval NSDate::timeIntervalSinceDate(NSDate *other) const {
+    if (!other)
+        throw InvalidArgumentException("NSDate timeIntervalSinceDate: must have a date.");
+    return timeIntervalSinceReferenceDate() - other->timeIntervalSinceReferenceDate();
+}
+
+NSDate *NSDate::addTimeInterval(NSTimeInterval seconds) const {
+    return dateWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate() + seconds);
+}
+
+NSDate *NSDate::dateWith(TimePoint point) {
+    // Seconds and fraction apart, because a double holds no nanoseconds since 1970.
+    const auto second = std::chrono::floor<std::chrono::seconds>(point);
+    return dateWithTimeIntervalSinceReferenceDate(qb::intervalOf(second.time_since_epoch().count()) +
+                                                  std::chrono::duration<double>(point - second).count());
+}
+
+NSDate::TimePoint NSDate::timePoint() const {
+    using std::chrono::duration_cast, std::chrono::seconds;
+    const NSTimeInterval interval = timeIntervalSinceReferenceDate();
+    const seconds second(qb::utcSecondsOf(interval));
+    if (second >= duration_cast<seconds>(TimePoint::max().time_since_epoch()))
+        return TimePoint::max();
+    if (second <= duration_cast<seconds>(TimePoint::min().time_since_epoch()))
+        return TimePoint::min();
+    const std::chrono::duration<double> fraction(interval - std::floor(interval));
+    return TimePoint(second) + duration_cast<TimePoint::duration>(fraction);
+}
+
+BOOL NSDate::isEqual(id other) const {
+    return isEqualToDate(qb::castOrNil<NSDate>(other));
+}
+
+BOOL NSDate::isEqualToDate(NSDate *other) const {
+    return other && *other == *this;
+}
+
+std::uint32_t NSDate::hash() const {
+    const double interval = timeIntervalSinceReferenceDate() + 0.0; // -0 becomes 0
+    return qb::text::hashBytes(reinterpret_cast<const char *>(&interval), sizeof interval);
+}
+
+NSComparisonResult NSDate::compare(id other) const {
+    auto *date = qb::castOrNil<NSDate>(other);
+    if (!date)
+        throw InvalidArgumentException("NSDate compare: must have an argument that is a date.");
+    return *this < *date ? NSOrderedAscending : *this > *date ? NSOrderedDescending : NSOrderedSame;
+}
+
+NSDate *NSDate::earlierDate(NSDate *other) const {
+    return other && *other < *this ? other : static_cast<NSDate *>(self());
+}
+
+NSDate *NSDate::laterDate(NSDate *other) const {
+    return other && *other > *this ? other : static_cast<NSDate *>(self());
+}
+
+NSString *NSDate::description() const {
+    return qb::dateText(timeIntervalSinceReferenceDate(), NSTimeZone::gmt(), qb::kDefaultDateFormat);
+}
+
+NSString *NSDate::descriptionWithCalendarFormat(NSString *format, NSTimeZone *timeZone,
+                                                NSDictionary *) const {
+    return qb::dateText(timeIntervalSinceReferenceDate(), timeZone ? timeZone : NSTimeZone::defaultTimeZone(),
+                        format ? format->view() : qb::kDefaultDateFormat);
+}
+
+NSCalendarDate *NSDate::dateWithCalendarFormat(NSString *format, NSTimeZone *timeZone) const {
+    NSCalendarDate *const date =
+        NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate());
+    date->setTimeZone(timeZone);
+    date->setCalendarFormat(format);
+    return date;
+}

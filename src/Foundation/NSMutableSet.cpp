@@ -1,0 +1,102 @@
+#include <QBFoundation/Foundation/NSSet.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+Class *NSMutableSet::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"setWithCapacity:">(&NSMutableSet::setUpWithCapacity),
+        qb::initialiser<"initWithCapacity:">(&NSMutableSet::setUpWithCapacity),
+        qb::method<"addObject:">(&NSMutableSet::addObject),
+        qb::method<"addObjectsFromArray:">(&NSMutableSet::addObjectsFromArray),
+        qb::method<"removeObject:">(&NSMutableSet::removeObject),
+        qb::method<"removeAllObjects">(&NSMutableSet::removeAllObjects),
+        qb::method<"unionSet:">(&NSMutableSet::unionSet),
+        qb::method<"minusSet:">(&NSMutableSet::minusSet),
+        qb::method<"intersectSet:">(&NSMutableSet::intersectSet),
+        qb::method<"setSet:">(&NSMutableSet::setSet),
+    };
+    static Class *const self =
+        new Class("NSMutableSet", NSSet::cls(), {methods}, qb::construct<NSMutableSet>);
+    return self;
+}
+
+Ref<NSMutableSet> NSMutableSet::initWith(std::span<const id> elements) {
+    return qb::init<NSMutableSet>(&NSMutableSet::setUpWithObjects, elements.data(),
+                                  static_cast<std::uint32_t>(elements.size()));
+}
+
+Ref<NSMutableSet> NSMutableSet::initWithCapacity(std::uint32_t capacity) {
+    return qb::init<NSMutableSet>(&NSMutableSet::setUpWithCapacity, capacity);
+}
+
+Ref<NSMutableSet> NSMutableSet::initWithArray(NSArray *array) {
+    return qb::init<NSMutableSet>(&NSMutableSet::setUpWithArray, array);
+}
+
+Ref<NSMutableSet> NSMutableSet::initWithSet(NSSet *other) {
+    return qb::init<NSMutableSet>(&NSMutableSet::setUpWithSet, other);
+}
+
+BOOL NSMutableSet::setUpWithCapacity(std::uint32_t capacity) {
+    table_.reserve(capacity);
+    return YES;
+}
+
+void NSMutableSet::addObject(id object) {
+    insert(object);
+}
+
+void NSMutableSet::addObjectsFromArray(NSArray *array) {
+    if (!array)
+        return;
+    for (id object : *array)
+        insert(object);
+}
+
+void NSMutableSet::removeObject(id object) {
+    if (!object || !table_.find(object))
+        return;
+    ++mutations_; // first, because a destructor may come back to this set
+    table_.remove(object);
+}
+
+void NSMutableSet::removeAllObjects() {
+    ++mutations_;
+    table_.removeAll();
+}
+
+void NSMutableSet::unionSet(NSSet *other) {
+    if (!other || other == this)
+        return;
+    for (id object : *other)
+        insert(object);
+}
+
+void NSMutableSet::minusSet(NSSet *other) {
+    if (!other)
+        return;
+    if (other == this)
+        return removeAllObjects();
+    for (id object : *other)
+        removeObject(object);
+}
+
+void NSMutableSet::intersectSet(NSSet *other) {
+    if (other == this)
+        return;
+    const Ref<NSSet> before = NSSet::initWithSet(this); // walked while this set changes
+    for (id object : *before)
+        if (!other || !other->containsObject(object))
+            removeObject(object);
+}
+
+void NSMutableSet::setSet(NSSet *other) {
+    if (other == this)
+        return;
+    const Ref<NSSet> keeper = other; // which an element of this set may own
+    removeAllObjects();
+    unionSet(other);
+}
+
+Ref<NSObject> NSMutableSet::copyWithZone(void *) const {
+    return NSSet::initWithSet(static_cast<NSSet *>(self()));
+}

@@ -1,0 +1,57 @@
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/Class.h>
+
+#include "Foundation/VariadicValues.h"
+
+#include <cstdarg>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char *kPlaceFormat = "%s:%d(%s): %c%s -> ";
+
+// The channel's and the state's text become part of the format, as they stand in front of it.
+void writeTrace(int channel, const char *format, const qb::ArgList &argList) {
+    NSString *const whole = NSString::stringWithRestrictedFormat(
+        "[%s(%d) %s] %s", OSDebugPrinter::globalDebugPrinter()->debugChannelName(channel), debug,
+        qb::isErrorPending() ? "ERROR" : "OK", format ? format : "");
+    OSLogger::loggerForCategory("debug"_ns)->logWithLevelFormatAndArglist(0, whole, argList);
+}
+
+} // namespace
+
+void debug_printf(int channel, const char *format, ...) {
+    if (!qb::isDebugChannelActive(channel))
+        return;
+    const NSAutoreleasePool pool;
+    std::va_list arguments;
+    va_start(arguments, format);
+    // Taken by the caller's format alone: a "%" in the channel's name has no argument.
+    const qb::ArgList argList(qb::variadicValues(format ? format : "", arguments));
+    va_end(arguments);
+    writeTrace(channel, format, argList);
+}
+
+void qb::traceWithArgList(int channel, const char *format, const ArgList &argList) {
+    if (!isDebugChannelActive(channel))
+        return;
+    const NSAutoreleasePool pool;
+    writeTrace(channel, format, argList);
+}
+
+void qb::traceWithArgList(int channel, const TracePlace &place, const char *format, const ArgList &argList) {
+    if (!isDebugChannelActive(channel))
+        return;
+    const NSAutoreleasePool pool;
+    Class *const cls = place.receiver ? place.receiver->classObject() : place.receiverClass();
+    std::vector<Value> values = {place.file, place.line, cls->name(), place.receiver ? '-' : '+',
+                                 place.selector};
+    values.insert(values.end(), argList.begin(), argList.end());
+    const std::string whole = std::string(kPlaceFormat) + (format ? format : "");
+    writeTrace(channel, whole.c_str(), ArgList(std::move(values)));
+}

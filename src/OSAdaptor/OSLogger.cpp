@@ -1,0 +1,202 @@
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "OSAdaptor/OSTime.Text.h"
+#include "OSAdaptor/OSUserIO.Print.h"
+#include "System/Stdio.h"
+#include "Text/Numbers.h"
+
+#include <string>
+#include <utility>
+
+namespace sys = qb::sys;
+
+namespace {
+
+constexpr const char *kFile = "src/OSAdaptor/OSLogger";
+constexpr int kLineOfOpen = 236;
+
+// Never destroyed, because lines are written until the end of the process.
+struct Defaults {
+    Ref<NSString> prefix;
+    Ref<NSString> fileName;
+};
+
+Defaults &defaults() {
+    static Defaults &theDefaults = *new Defaults;
+    return theDefaults;
+}
+
+OSLogger *tableEntry(NSString *category) {
+    return qb::castOrNil<OSLogger>(OSLogger::_loggers()->objectForKey(category));
+}
+
+OSLogger *defaultLogger() {
+    return tableEntry(""_ns);
+}
+
+bool differs(NSString *one, NSString *other) {
+    return one != other && !(one && other && one->isEqualToString(other));
+}
+
+} // namespace
+
+std::uint8_t _defaultLogLevel = 0;
+BOOL _duplicateLogToStderr = YES;
+
+Class *OSLogger::cls() {
+    using Level = std::uint8_t;
+    static const qb::Method methods[] = {
+        qb::classMethod<"_loggers">(&OSLogger::_loggers),
+        qb::classMethod<"createLoggerForCategory:", void(NSString *)>(&OSLogger::createLoggerForCategory),
+        qb::classMethod<"createLoggerForCategory:withLogLevel:logPrefix:andLogFileName:",
+                        void(NSString *, Level, NSString *, NSString *)>(&OSLogger::createLoggerForCategory),
+        qb::classMethod<"loggerForCategory:">(&OSLogger::loggerForCategory),
+        qb::classMethod<"setDefaultLogFileName:">(&OSLogger::setDefaultLogFileName),
+        qb::classMethod<"setDefaultLogPrefix:">(&OSLogger::setDefaultLogPrefix),
+        qb::classMethod<"setDefaultLogLevel:">(&OSLogger::setDefaultLogLevel),
+        qb::classMethod<"disableDuplicateLogToStderr">(&OSLogger::disableDuplicateLogToStderr),
+        qb::initialiser<"initWithCategory:logLevel:logPrefix:andLogFileName:">(&OSLogger::setUpWithCategory),
+        qb::method<"setLogFileName:">(&OSLogger::setLogFileName),
+        qb::method<"setLogPrefix:">(&OSLogger::setLogPrefix),
+        qb::method<"setLogLevel:">(&OSLogger::setLogLevel),
+        qb::method<"wouldLogLevel:">(&OSLogger::wouldLogLevel),
+        qb::method<"logWithLevel:message:">(&OSLogger::logWithLevelMessage),
+        qb::method<"logWithLevel:format:andArglist:">(&OSLogger::logWithLevelFormatAndArglist),
+        qb::method<"logWithLevel:format:">(&OSLogger::logWithLevelFormatAndArglist),
+    };
+    static Class *const self = new Class("OSLogger", OSObject::cls(), methods, qb::construct<OSLogger>);
+    return self;
+}
+
+OSLogger::~OSLogger() {
+    closeStream();
+}
+
+BOOL OSLogger::setUpWithCategory(NSString *category, std::uint8_t logLevel, NSString *logPrefix,
+                                 NSString *logFileName) {
+    level_ = logLevel;
+    category_ = category;
+    prefix_ = logPrefix ? logPrefix : defaults().prefix.get();
+    fileName_ = logFileName;
+    return YES;
+}
+
+// --- Loggers by category ---
+
+NSMutableDictionary *OSLogger::_loggers() {
+    static NSMutableDictionary *const loggers = NSMutableDictionary::init().detach();
+    return loggers;
+}
+
+void OSLogger::createLoggerForCategory(NSString *category) {
+    if (!category)
+        throw InvalidArgumentException(
+            "OSLogger createLoggerForCategory: must have a category that is not nil.");
+    createLoggerForCategory(category, _defaultLogLevel, nullptr, nullptr);
+}
+
+void OSLogger::createLoggerForCategory(NSString *category, std::uint8_t withLogLevel, NSString *logPrefix,
+                                       NSString *logFileName) {
+    if (!category)
+        throw InvalidArgumentException("OSLogger createLoggerForCategory:withLogLevel:andLogFileName: must "
+                                       "have a category that is not nil.");
+    const Ref<OSLogger> logger = initWithCategory(category, withLogLevel, logPrefix, logFileName);
+    _loggers()->setObjectForKey(logger, category);
+}
+
+OSLogger *OSLogger::loggerForCategory(NSString *category) {
+    if (OSLogger *const logger = tableEntry(category))
+        return logger;
+    if (!defaultLogger())
+        createLoggerForCategory(""_ns);
+    return defaultLogger();
+}
+
+// --- The default logger ---
+
+void OSLogger::setDefaultLogFileName(NSString *fileName) {
+    if (differs(defaults().fileName, fileName))
+        defaults().fileName = fileName;
+    if (OSLogger *const logger = defaultLogger())
+        logger->setLogFileName(fileName);
+}
+
+void OSLogger::setDefaultLogPrefix(NSString *prefix) {
+    if (differs(defaults().prefix, prefix))
+        defaults().prefix = prefix;
+    if (OSLogger *const logger = defaultLogger())
+        logger->setLogPrefix(prefix);
+}
+
+void OSLogger::setDefaultLogLevel(std::uint8_t level) {
+    _defaultLogLevel = level;
+    if (OSLogger *const logger = defaultLogger())
+        logger->setLogLevel(level);
+}
+
+// --- One logger ---
+
+void OSLogger::setLogFileName(NSString *fileName) {
+    closeStream();
+    if (differs(fileName_, fileName))
+        fileName_ = fileName;
+}
+
+// Goes by the name alone, so that a logger that fell back to standard error closes that.
+void OSLogger::closeStream() {
+    std::FILE *const file = std::exchange(file_, nullptr);
+    if (fileName_ && file && sys::fileno(file) >= 0)
+        sys::fclose(file);
+}
+
+void OSLogger::openStream() {
+    if (!fileName_)
+        fileName_ = defaults().fileName;
+    if (!fileName_) {
+        file_ = stderr;
+        return;
+    }
+    file_ = sys::fopen(fileName_->cString(), "a");
+    if (file_) {
+        sys::makeUnbuffered(file_); // so that a line of any length is one write
+        return;
+    }
+    const char *const reason = errorDescription();
+    file_ = stderr; // before the error, whose trace may be the next line
+    qb::raiseError(kFile, kLineOfOpen, qb::kErrorCannotWrite, fileName_, reason);
+}
+
+void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
+    if (level_ < level)
+        return;
+    if (!file_)
+        openStream();
+    char pid[qb::text::kLongestInteger];
+    const std::size_t pidLength = qb::text::formatInteger(OSProcess::getCurrentPid(), pid);
+    std::string line;
+    line.reserve(80 + (message ? message->cStringLength() : 0));
+    line.append("[").append(qb::currentTimeText()).append("] (").append(pid, pidLength).append(") [");
+    if (prefix_)
+        line.append(prefix_->cString()).append(" ");
+    line.append(category_ ? category_->cString() : "").append("] ");
+    line.append(message ? message->cString() : "<nil>").append("\n");
+    qb::printText(line, file_);
+    if (_duplicateLogToStderr && file_ != stderr)
+        qb::printText(line, stderr);
+}
+
+void OSLogger::logWithLevelFormatAndArglist(std::int32_t level, NSString *format,
+                                            const qb::ArgList &argList) {
+    if (level_ < level)
+        return;
+    const NSAutoreleasePool pool;
+    logWithLevelMessage(level, NSString::stringWithRestrictedFormatAndArglist(format, argList));
+}

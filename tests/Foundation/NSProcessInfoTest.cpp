@@ -1,0 +1,61 @@
+#include <QBFoundation/Foundation/NSProcessInfo.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <unistd.h>
+
+using NSProcessInfoTest = PoolFixture;
+
+TEST_F(NSProcessInfoTest, ArgumentsAndNameAreThoseOfTheProgram) {
+    NSProcessInfo *info = NSProcessInfo::processInfo();
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    const std::string expected{std::istreambuf_iterator<char>(file), {}};
+    std::string joined;
+    for (id argument : *info->arguments())
+        (joined += describe(argument)).push_back('\0');
+    EXPECT_EQ(joined, expected);
+    EXPECT_EQ(info->processName()->view(), "qb_tests");
+    EXPECT_EQ(info->processIdentifier(), getpid());
+    info->setProcessName("other"_ns);
+    info->setProcessName(nullptr);
+    EXPECT_EQ(info->processName()->view(), "other");
+    info->setProcessName("qb_tests"_ns);
+}
+
+TEST_F(NSProcessInfoTest, EnvironmentIsTheCurrentOneWithWholeValues) {
+    setenv("QB_TEST_VALUE", "a=b", 1);
+    EXPECT_EQ(describe(NSProcessInfo::processInfo()->environment()->objectForKey("QB_TEST_VALUE"_ns)), "a=b");
+    unsetenv("QB_TEST_VALUE");
+    EXPECT_EQ(NSProcessInfo::processInfo()->environment()->objectForKey("QB_TEST_VALUE"_ns), nullptr);
+}
+
+TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
+    NSProcessInfo *info = NSProcessInfo::processInfo();
+    char name[256];
+    ASSERT_EQ(gethostname(name, sizeof name), 0);
+    EXPECT_EQ(info->hostName()->view(), name);
+    EXPECT_GT(info->operatingSystemVersionString()->length(), 0u);
+    qb::sys::Fault noName(qb::sys::Call::gethostname, 0, 0, ENAMETOOLONG);
+    qb::sys::Fault noFile(qb::sys::Call::read, 0, 0, EIO);
+    EXPECT_EQ(info->hostName()->view(), "localhost");
+    EXPECT_EQ(info->operatingSystemVersionString()->view(), "");
+    EXPECT_EQ(info->operatingSystemName()->view(), "Linux");
+}
+
+TEST_F(NSProcessInfoTest, UniqueStringsAreNeverTheSameAndPrintable) {
+    std::set<std::string> seen;
+    for (int i = 0; i < 1000; ++i) {
+        const std::string text(NSProcessInfo::processInfo()->globallyUniqueString()->view());
+        EXPECT_TRUE(seen.insert(text).second) << text;
+        EXPECT_EQ(text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-"),
+                  std::string::npos)
+            << text;
+    }
+}

@@ -1,0 +1,94 @@
+#include "Foundation/PropertyListText.h"
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSSet.h>
+#include <QBFoundation/QBNil.h>
+
+#include "support/PoolFixture.h"
+#include "support/SmallStack.h"
+
+using PropertyListTextTest = PoolFixture;
+using namespace std::string_view_literals;
+
+TEST_F(PropertyListTextTest, StringsStandBareOrQuoted) {
+    const std::pair<std::string_view, std::string_view> rows[] = {
+        {"abc", "abc"},
+        {"/usr/lib-1.2:$x_y", "/usr/lib-1.2:$x_y"},
+        {"", "\"\""},
+        {"a b", "\"a b\""},
+        {"http://x", "\"http://x\""},
+        {"a/*", "\"a/*\""},
+        {"say \"a\\b\"", "\"say \\\"a\\\\b\\\"\""},
+        {"\a\b\t\n\v\f\r", "\"\\a\\b\\t\\n\\v\\f\\r\""},
+        {"\0\1\x1b\x7f"sv, "\"\\000\\001\\033\\177\""},
+        {"gr\xC3\xBC\xC3\x9F", "\"gr\xC3\xBC\xC3\x9F\""},
+        {"\xC3\xBC\"\xC3\xBC", "\"\xC3\xBC\\\"\xC3\xBC\""},
+        {"a\xFF\xC3", "\"a\\377\\303\""},
+        {"\xC3\xBC\xC3\n\xE2\x82", "\"\xC3\xBC\\303\\n\\342\\202\""},
+        {"\xED\xA0\x80", "\"\\355\\240\\200\""}, // a surrogate
+    };
+    for (const auto &[text, expected] : rows) {
+        std::string quoted = "k = ";
+        qb::appendPropertyListString(quoted, text);
+        EXPECT_EQ(quoted, "k = " + std::string(expected));
+    }
+}
+
+TEST_F(PropertyListTextTest, ContainersAreIndented) {
+    NSDictionary *const value = NSDictionary::dictionaryWith(
+        {{"a"_ns, NSArray::arrayWithObjects("x"_ns, QBNil::value(), "y z"_ns)},
+         {"b b"_ns, NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(-5), "c"_ns)},
+         {"gone"_ns, QBNil::value()},
+         {QBNil::value(), "gone"_ns},
+         {"d"_ns, NSData::dataWithBytes("\x0F\xBD\x77\x71\xC2", 5)},
+         {"e"_ns, NSArray::array()},
+         {"f"_ns, NSSet::setWithObject(NSDictionary::dictionary())},
+         {NSArray::arrayWithObject(QBNil::value()), NSNumber::numberWithInt(7)}});
+    EXPECT_EQ(value->description()->view(), "{\n"
+                                            "  a = (\n"
+                                            "    x,\n"
+                                            "    \"y z\"\n"
+                                            "  );\n"
+                                            "  \"b b\" = {\n"
+                                            "    c = -5;\n"
+                                            "  };\n"
+                                            "  d = <0fbd7771 c2>;\n"
+                                            "  e = (\n"
+                                            "\n"
+                                            "  );\n"
+                                            "  f = (\n"
+                                            "    {\n"
+                                            "    }\n"
+                                            "  );\n"
+                                            "  (\n"
+                                            "\n"
+                                            "  ) = 7;\n"
+                                            "}");
+}
+
+TEST_F(PropertyListTextTest, DepthIndentsBy78BlanksAtMostAndEndsInDots) {
+    Ref<NSArray> list = NSArray::initWith({"end"_ns});
+    std::string text;
+    ASSERT_TRUE(runOnSmallStack([&] {
+        NSAutoreleasePool pool;
+        for (std::size_t i = 1; i < 100'000; ++i)
+            list = NSArray::initWith({list.get(), "x"_ns});
+        text = list->description()->view();
+        list = nullptr;
+    }));
+    std::size_t opened = 0;
+    for (char byte : text)
+        opened += byte == '(';
+    EXPECT_EQ(opened, qb::kDeepestDescription);
+    EXPECT_NE(text.find("\n" + std::string(78, ' ') + "...,\n" + std::string(78, ' ') + "x\n"),
+              std::string::npos);
+    EXPECT_EQ(text.find(std::string(79, ' ')), std::string::npos);
+
+    NSMutableArray *const loop = NSMutableArray::arrayWithObject("a"_ns);
+    loop->addObject(loop);
+    EXPECT_EQ(loop->description()->view(), "(\n  a,\n  ...\n)");
+    loop->removeAllObjects();
+}

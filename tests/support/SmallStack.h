@@ -1,0 +1,28 @@
+// Code under a stack that deep recursion would overrun.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_SMALLSTACK_H
+#define QBFOUNDATION_TESTS_SUPPORT_SMALLSTACK_H
+
+#include <pthread.h>
+
+#include <cstddef>
+
+constexpr std::size_t kSmallStack = 256 * 1024;
+
+/// Runs `work` to its end on a thread whose stack has `kSmallStack` bytes. Returns false when there is no
+/// such thread.
+template <class Work>
+bool runOnSmallStack(Work work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_t thread;
+    const auto run = [](void *context) -> void * {
+        (*static_cast<Work *>(context))();
+        return nullptr;
+    };
+    const bool isStarted = pthread_attr_setstacksize(&attributes, kSmallStack) == 0 &&
+                           pthread_create(&thread, &attributes, run, &work) == 0;
+    pthread_attr_destroy(&attributes);
+    return isStarted && pthread_join(thread, nullptr) == 0;
+}
+
+#endif
