@@ -13,6 +13,7 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
@@ -62,6 +63,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
         {"OSLogger", &OSLogger::cls},

@@ -19,6 +19,7 @@
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
