@@ -25,12 +25,18 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
@@ -72,12 +78,18 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBFoundationInitializer", &QBFoundationInitializer::cls},
+        {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
+        {"QBInputFilter", &QBInputFilter::cls},
+        {"QBInputStream", &QBInputStream::cls},
+        {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;

@@ -31,12 +31,18 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 
