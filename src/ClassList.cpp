@@ -2,6 +2,7 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
@@ -38,6 +39,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},

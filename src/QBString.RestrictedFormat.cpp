@@ -7,53 +7,25 @@
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 namespace {
 
 using qb::Conversion;
-using qb::Kind;
 using qb::Value;
 
-constexpr std::string_view kIntegerLetters = "dioxXu";
-constexpr std::string_view kRealLetters = "eEfg";
 constexpr std::string_view kSkippedLetters = "LZlq";
-constexpr std::string_view kModifiers = " #+-.0123456789";
 
-bool isOneOf(char character, std::string_view set) {
-    return set.find(character) != std::string_view::npos;
-}
-
-// Where a conversion's value comes from, and how it is written. Each returns false when the format is
+// Where a conversion's value comes from, and how it is written. `write` returns false when the format is
 // invalid.
 class ArgListSource {
 public:
     explicit ArgListSource(const qb::ArgList &values) : values_(values) {}
 
     bool write(const Conversion &conversion, std::string &target) {
-        if (next_ == values_.count())
-            return false;
-        const Value &value = values_[next_++];
-        if (isOneOf(conversion.letter, kIntegerLetters)) {
-            if (!qb::servesInteger(value))
-                return false;
-            conversion.appendInteger(target, value);
-        } else if (isOneOf(conversion.letter, kRealLetters)) {
-            if (value.kind() != Kind::real)
-                return false;
-            conversion.appendReal(target, value.real());
-        } else if (conversion.letter == 'c') {
-            if (value.kind() != Kind::character && value.kind() != Kind::integer)
-                return false;
-            conversion.appendCharacter(target, static_cast<char>(value.integer()));
-        } else {
-            std::string_view text;
-            if (!qb::textOf(value, text))
-                return false;
-            conversion.appendText(target, text);
-        }
-        return true;
+        return next_ != values_.count() && conversion.appendValue(target, values_[next_++]);
     }
 
 private:
@@ -67,13 +39,13 @@ public:
 
     bool write(const Conversion &conversion, std::string &target) {
         const id object = objects_ && next_ < objects_->count() ? objects_->objectAtIndex(next_++) : nullptr;
-        if (conversion.letter == 's')
+        if (conversion.letter() == 's')
             return writeText(object, conversion, target);
         if (!object)
             return true;
-        if (isOneOf(conversion.letter, kIntegerLetters))
+        if (qb::isIntegerLetter(conversion.letter()))
             conversion.appendInteger(target, integerOf(object));
-        else if (isOneOf(conversion.letter, kRealLetters))
+        else if (qb::isRealLetter(conversion.letter()))
             conversion.appendReal(target, realOf(object));
         else
             conversion.appendCharacter(target, characterOf(object));
@@ -115,25 +87,9 @@ private:
     std::uint32_t next_ = 0;
 };
 
-// Reads the modifiers and the letter behind a "%". `position` ends behind the letter, or at the format's end.
-// Returns false when a character has no place there.
-bool readConversion(std::string_view format, std::size_t &position, Conversion &conversion,
-                    std::string &modifiers) {
-    modifiers.clear();
-    for (; position < format.size(); ++position) {
-        const char character = format[position];
-        if (isOneOf(character, kModifiers)) {
-            modifiers += character;
-        } else if (!isOneOf(character, kSkippedLetters)) {
-            ++position;
-            conversion = {modifiers, character};
-            return modifiers.size() <= Conversion::kMostModifiers &&
-                   (character == '%' || character == 'c' || character == 's' ||
-                    isOneOf(character, kIntegerLetters) || isOneOf(character, kRealLetters));
-        }
-    }
-    conversion = {};
-    return true;
+bool isConversionLetter(char letter) {
+    return letter == 'c' || letter == 's' || qb::isIntegerLetter(letter) ||
+           (letter >= 'e' && letter <= 'g') || letter == 'E';
 }
 
 // Appends the filled format to `target`. Returns false, with `target` as it was, when the format is invalid.
@@ -141,24 +97,19 @@ template <class Source>
 bool fill(std::string_view format, Source source, std::string &target) {
     format = format.substr(0, format.find('\0'));
     const std::size_t start = target.size();
-    std::string modifiers;
-    std::size_t position = 0;
-    while (position < format.size()) {
+    for (std::size_t position = 0; position < format.size();) {
         const std::size_t percent = std::min(format.find('%', position), format.size());
         const std::string_view literal = format.substr(position, percent - position);
         position = percent + 1;
         Conversion conversion;
-        if (percent == format.size()) {
+        bool isValid = percent == format.size() || conversion.read(format, position, kSkippedLetters);
+        if (conversion.letter() != '%') // "%%" drops itself and the literal text before it
             target += literal;
-        } else if (!readConversion(format, position, conversion, modifiers)) {
+        if (conversion.letter() != '%' && conversion.letter() != 0)
+            isValid = isValid && isConversionLetter(conversion.letter()) && source.write(conversion, target);
+        if (!isValid) {
             target.resize(start);
             return false;
-        } else if (conversion.letter != '%') { // "%%" drops itself and the literal text before it
-            target += literal;
-            if (conversion.letter && !source.write(conversion, target)) {
-                target.resize(start);
-                return false;
-            }
         }
     }
     return true;

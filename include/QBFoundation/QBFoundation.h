@@ -5,6 +5,7 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>

@@ -4,35 +4,72 @@
 
 #include <QBFoundation/Runtime/Value.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace qb {
 
-/// A conversion as it was read: its flags, width and precision as they stand, and its letter.
+/// A conversion as it was read: its flags, width and precision, and its letter.
 ///
 /// It renders as the C library's printf does, except that an integer prints in full whatever its width, so
 /// that no length letter is needed, and that a value is never read as another kind than it is.
-struct Conversion {
-    std::string_view modifiers; // "-10", "+.3", "06"
-    char letter = 0;
+class Conversion {
+public:
+    /// A larger width or precision makes a format invalid, so that no text grows beyond measure.
+    static constexpr std::uint32_t kLargestWidth = 1 << 20;
 
-    /// A width or precision of more digits than this makes a format invalid, so that no text grows beyond
-    /// measure.
-    static constexpr std::size_t kMostModifiers = 8;
+    /// Reads what stands behind a "%", from `position` to behind the first character that is neither a flag,
+    /// a digit, a "." nor one of `skipped`; that is the letter then, 0 when the format ends before it.
+    ///
+    /// Flags count wherever they stand. Returns false when the width or the precision is too large.
+    bool read(std::string_view format, std::size_t &position, std::string_view skipped);
+
+    /// Takes a value for the "*" that was read as the letter: the precision behind a ".", else the width.
+    /// Returns false when it is no integer, or too large.
+    bool takeStar(const Value &value);
+
+    char letter() const { return letter_; }
+
+    /// Appends the value as the letter wants it: d i o u x X, e E f F g G a A, c, s.
+    ///
+    /// Returns false, with `target` as it was, when the letter is another, or the value of another kind:
+    /// integers and addresses serve the integer conversions, characters and integers c, C strings and strings
+    /// that are not null s.
+    bool appendValue(std::string &target, const Value &value) const;
 
     /// Appends an integer for d, i, o, u, x, X.
     void appendInteger(std::string &target, const Value &value) const;
-    /// Appends a floating-point number for e, E, f, F, g, G.
+    /// Appends a floating-point number for e, E, f, F, g, G, a, A.
     void appendReal(std::string &target, double value) const;
+    /// Appends an address for p.
+    void appendAddress(std::string &target, const void *address) const;
     /// Appends a character for c.
-    void appendCharacter(std::string &target, char value) const;
+    void appendCharacter(std::string &target, char value) const { appendPadded(target, {&value, 1}); }
     /// Appends a text for s; a precision cuts it.
-    void appendText(std::string &target, std::string_view text) const;
+    void appendText(std::string &target, std::string_view text) const {
+        appendPadded(target, text.substr(0, precision_));
+    }
+
+private:
+    enum Flag : std::uint8_t { kLeft = 1, kPlus = 2, kBlank = 4, kAlternate = 8, kZero = 16 };
+
+    bool readModifier(char character);
+    bool addDigit(std::uint32_t digit);
+    void appendPadded(std::string &target, std::string_view text) const;
+    void appendDigits(std::string &target, std::string_view sign, std::string_view digits) const;
+
+    static constexpr std::uint32_t kNone = UINT32_MAX;
+
+    std::uint32_t width_ = 0;
+    std::uint32_t precision_ = kNone;
+    std::uint8_t flags_ = 0;
+    char letter_ = 0;
 };
 
-/// Whether the value serves an integer conversion: integers, and addresses for o, u, x, X.
-bool servesInteger(const Value &value);
+/// Whether the letter is d, i, o, u, x or X; e, E, f, F, g, G, a or A.
+bool isIntegerLetter(char letter);
+bool isRealLetter(char letter);
 
 /// The text of a value that serves "%s": a C string or an NSString that is not null. Returns whether it does.
 bool textOf(const Value &value, std::string_view &text);

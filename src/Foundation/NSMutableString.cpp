@@ -3,7 +3,6 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
-#include "Text/Utf8.h"
 
 Class *NSMutableString::cls() {
     static const qb::Method methods[] = {
@@ -11,10 +10,14 @@ Class *NSMutableString::cls() {
         qb::initialiser<"initWithCapacity:">(&NSMutableString::setUpWithCapacity),
         qb::method<"appendString:">(&NSMutableString::appendString),
         qb::method<"setString:">(&NSMutableString::setString),
+        qb::method<"insertString:atIndex:">(&NSMutableString::insertString),
+        qb::method<"deleteCharactersInRange:">(&NSMutableString::deleteCharactersInRange),
         qb::method<"replaceCharactersInRange:withString:">(&NSMutableString::replaceCharactersInRange),
     };
     static Class *const self =
-        new Class("NSMutableString", NSString::cls(), {methods, qb::tables::mutableStringRestrictedFormat()},
+        new Class("NSMutableString", NSString::cls(),
+                  {methods, qb::tables::mutableStringReplacing(), qb::tables::mutableStringFormat(),
+                   qb::tables::mutableStringRestrictedFormat()},
                   qb::construct<NSMutableString>);
     return self;
 }
@@ -64,17 +67,21 @@ void NSMutableString::setString(NSString *string) {
 }
 
 void NSMutableString::replaceCharactersInRange(NSRange range, NSString *withString) {
-    if (NSMaxRange(range) > length())
-        throw NSRangeException(
-            "NSMutableString replaceCharactersInRange:withString: must have a range inside the text.");
-    const auto offsetOf = [&](std::uint64_t unit) {
-        return isAscii() ? static_cast<std::uint32_t>(unit)
-                         : static_cast<std::uint32_t>(qb::text::byteOffsetOfUnit(
-                               bytes_, byteLength_, static_cast<std::size_t>(unit)));
-    };
-    const std::uint32_t from = offsetOf(range.location);
-    const std::uint32_t end = offsetOf(NSMaxRange(range));
-    replaceBytes(from, end - from, withString ? withString->view() : std::string_view());
+    replaceRange(range, withString, "replaceCharactersInRange:withString:");
+}
+
+void NSMutableString::insertString(NSString *string, std::uint32_t atIndex) {
+    replaceRange({atIndex, 0}, string, "insertString:atIndex:");
+}
+
+void NSMutableString::deleteCharactersInRange(NSRange range) {
+    replaceRange(range, nullptr, "deleteCharactersInRange:");
+}
+
+void NSMutableString::replaceRange(NSRange range, NSString *by, const char *selector) {
+    const std::string_view piece = viewOfRange(range, selector);
+    replaceBytes(static_cast<std::uint32_t>(piece.data() - bytes_), static_cast<std::uint32_t>(piece.size()),
+                 by ? by->view() : std::string_view());
 }
 
 Ref<NSObject> NSMutableString::copyWithZone(void *) const {

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSString.h>
 
+#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/Conversion.h"
@@ -16,99 +17,113 @@ using qb::Conversion;
 using qb::Kind;
 using qb::Value;
 
-constexpr std::string_view kModifiers = " #+-.0123456789";
 constexpr std::string_view kLengthLetters = "hlLqjzt";
+
+bool isAnyPointer(const Value &value) {
+    return value.isNull() || value.pointer() || value.object() || value.function();
+}
+
+const void *addressOf(const Value &value) {
+    if (value.object())
+        return value.object();
+    return value.function() ? reinterpret_cast<const void *>(value.function()) : value.pointer();
+}
 
 // Appends one value. Returns false when it does not serve the conversion.
 bool appendValue(std::string &target, const Conversion &conversion, const Value &value) {
-    switch (conversion.letter) {
-    case 'd':
-    case 'i':
-    case 'o':
-    case 'u':
-    case 'x':
-    case 'X':
-        if (!qb::servesInteger(value))
+    if (conversion.letter() == 'p') {
+        if (!isAnyPointer(value))
             return false;
-        conversion.appendInteger(target, value);
-        return true;
-    case 'e':
-    case 'E':
-    case 'f':
-    case 'F':
-    case 'g':
-    case 'G':
-        if (value.kind() != Kind::real)
-            return false;
-        conversion.appendReal(target, value.real());
-        return true;
-    case 'c':
-        if (value.kind() != Kind::character && value.kind() != Kind::integer)
-            return false;
-        conversion.appendCharacter(target, static_cast<char>(value.integer()));
-        return true;
-    case 's': {
-        std::string_view text;
-        if (!qb::textOf(value, text))
-            return false;
-        conversion.appendText(target, text);
+        conversion.appendAddress(target, addressOf(value));
         return true;
     }
-    case 'p':
-        if (!value.pointer() && !value.isNull())
-            return false;
-        Conversion{"#", 'x'}.appendInteger(target, value);
-        return true;
-    case '@': {
-        if (value.kind() != Kind::object && value.kind() != Kind::classObject && !value.isNull())
-            return false;
-        NSString *const text = value.object() ? value.object()->description() : nullptr;
-        Conversion{conversion.modifiers, 's'}.appendText(target, text ? text->view() : "(null)");
-        return true;
-    }
-    default:
+    if (conversion.letter() != '@')
+        return conversion.appendValue(target, value);
+    if (!value.object() && !value.isNull())
         return false;
-    }
+    NSString *const text = value.object() ? value.object()->description() : nullptr;
+    conversion.appendText(target, text ? text->view() : "(null)");
+    return true;
 }
 
-// Fills the format; nothing when it is invalid.
+// Reads the conversion from `position` on, with the values of its stars. Returns false when it is invalid.
+bool readConversion(std::string_view format, std::size_t &position, Conversion &conversion,
+                    const qb::ArgList &values, std::uint32_t &next) {
+    while (conversion.read(format, position, kLengthLetters)) {
+        if (conversion.letter() != '*')
+            return true;
+        if (next == values.count() || !conversion.takeStar(values[next++]))
+            return false;
+    }
+    return false;
+}
+
+// Fills the format; nothing when it is invalid. A format that ends inside a conversion loses that.
 std::optional<std::string> filled(std::string_view format, const qb::ArgList &values) {
     std::string target;
     std::uint32_t next = 0;
     for (std::size_t position = 0; position < format.size();) {
         const std::size_t percent = std::min(format.find('%', position), format.size());
         target += format.substr(position, percent - position);
+        position = percent + 1;
         if (percent == format.size())
             break;
-        const std::size_t modifiersEnd =
-            std::min(format.find_first_not_of(kModifiers, percent + 1), format.size());
-        const std::size_t letter =
-            std::min(format.find_first_not_of(kLengthLetters, modifiersEnd), format.size());
-        position = letter + 1;
-        if (letter == format.size())
-            break; // a format that ends inside a conversion: the rest is dropped
-        const Conversion conversion{format.substr(percent + 1, modifiersEnd - percent - 1), format[letter]};
-        if (conversion.letter == '%')
+        Conversion conversion;
+        if (!readConversion(format, position, conversion, values, next))
+            return std::nullopt;
+        if (conversion.letter() == '%')
             target += '%';
-        else if (conversion.modifiers.size() > Conversion::kMostModifiers || next == values.count() ||
-                 !appendValue(target, conversion, values[next++]))
+        else if (conversion.letter() != 0 &&
+                 (next == values.count() || !appendValue(target, conversion, values[next++])))
             return std::nullopt;
     }
     return target;
+}
+
+Ref<NSString> initWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
+    if (!format)
+        return {};
+    const std::optional<std::string> text = filled(format->view(), argList);
+    return NSString::initOfClass(asked, text ? std::string_view(*text) : format->view());
+}
+NSString *stringWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
+    return initWithFormatOfClass(asked, format, argList).autorelease();
 }
 
 } // namespace
 
 std::span<const qb::Method> qb::tables::stringFormat() {
     static const qb::Method methods[] = {
-        qb::classMethod<"stringWithFormat:">(&NSString::stringWithFormatWithArgList),
+        qb::classMethod<"stringWithFormat:">(&stringWithFormatOfClass),
+        qb::classMethod<"stringWithFormat:arguments:">(&stringWithFormatOfClass),
+        qb::classMethod<"initWithFormat:">(&initWithFormatOfClass),
+        qb::classMethod<"initWithFormat:arguments:">(&initWithFormatOfClass),
+        qb::method<"stringByAppendingFormat:">(&NSString::stringByAppendingFormatWithArgList),
     };
     return methods;
 }
 
-NSString *NSString::stringWithFormatWithArgList(NSString *format, const qb::ArgList &argList) {
-    if (!format)
-        return nullptr;
-    const std::optional<std::string> text = filled(format->view(), argList);
-    return stringWith(text ? std::string_view(*text) : format->view());
+std::span<const qb::Method> qb::tables::mutableStringFormat() {
+    static const qb::Method methods[] = {
+        qb::method<"appendFormat:">(&NSMutableString::appendFormatWithArgList),
+    };
+    return methods;
+}
+
+Ref<NSString> NSString::initWithFormatArguments(NSString *format, const qb::ArgList &arguments) {
+    return initWithFormatOfClass(NSString::cls(), format, arguments);
+}
+
+Ref<NSMutableString> NSMutableString::initWithFormatArguments(NSString *format,
+                                                              const qb::ArgList &arguments) {
+    return static_cast<NSMutableString *>(
+        initWithFormatOfClass(NSMutableString::cls(), format, arguments).get());
+}
+
+NSString *NSString::stringByAppendingFormatWithArgList(NSString *format, const qb::ArgList &argList) const {
+    return stringByAppendingString(stringWithFormatWithArgList(format, argList));
+}
+
+void NSMutableString::appendFormatWithArgList(NSString *format, const qb::ArgList &argList) {
+    appendString(NSString::stringWithFormatWithArgList(format, argList));
 }

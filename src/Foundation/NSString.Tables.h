@@ -8,9 +8,20 @@
 
 namespace qb::tables {
 
+std::span<const Method> stringCase();
+std::span<const Method> stringComparison();
+std::span<const Method> stringCreation();
 std::span<const Method> stringFormat();
+std::span<const Method> stringNumbers();
+std::span<const Method> stringPath();
+std::span<const Method> stringRepresentation();
 std::span<const Method> stringRestrictedFormat();
 std::span<const Method> stringISODateTime();
+std::span<const Method> stringSearching();
+std::span<const Method> stringSplitting();
+std::span<const Method> stringSubstrings();
+std::span<const Method> mutableStringFormat();
+std::span<const Method> mutableStringReplacing();
 std::span<const Method> mutableStringRestrictedFormat();
 
 } // namespace qb::tables

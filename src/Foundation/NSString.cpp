@@ -79,11 +79,13 @@ Class *NSString::cls() {
         qb::method<"isEqualToString:">(&NSString::isEqualToString),
         qb::method<"compare:", NSComparisonResult(id)>(&NSString::compare),
     };
-    static Class *const self =
-        new Class("NSString", NSObject::cls(),
-                  {methods, qb::tables::stringFormat(), qb::tables::stringRestrictedFormat(),
-                   qb::tables::stringISODateTime()},
-                  qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self = new Class(
+        "NSString", NSObject::cls(),
+        {methods, qb::tables::stringCreation(), qb::tables::stringComparison(), qb::tables::stringFormat(),
+         qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
+         qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
+         qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation()},
+        qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 
@@ -166,27 +168,6 @@ BOOL NSString::isAscii() const {
     return (flags_ & kIsAscii) != 0;
 }
 
-std::uint32_t NSString::length() const {
-    if (isAscii())
-        return byteLength_;
-    return static_cast<std::uint32_t>(qb::text::utf16Units(bytes_, byteLength_));
-}
-
-std::uint16_t NSString::characterAtIndex(std::uint32_t index) const {
-    bool isSecondHalf = false;
-    const std::size_t offset =
-        isAscii() ? index : qb::text::byteOffsetOfUnit(bytes_, byteLength_, index, &isSecondHalf);
-    if (offset >= byteLength_)
-        throw NSRangeException("NSString characterAtIndex: must have an index below " +
-                               std::to_string(length()) + ".");
-    std::uint32_t codePoint = 0;
-    qb::text::decodeLenient(bytes_ + offset, bytes_ + byteLength_, &codePoint);
-    if (codePoint < 0x10000)
-        return static_cast<std::uint16_t>(codePoint);
-    const std::uint32_t bits = codePoint - 0x10000;
-    return static_cast<std::uint16_t>(isSecondHalf ? 0xDC00 + (bits & 0x3FF) : 0xD800 + (bits >> 10));
-}
-
 BOOL NSString::isEqual(id other) const {
     if (other == this)
         return YES;
@@ -264,6 +245,8 @@ void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::strin
     const std::string copy(isOwnPart ? by : std::string_view());
     if (isOwnPart)
         by = copy;
+    // Of an ASCII text that stays one nothing else must be looked at.
+    const bool staysAscii = (flags_ & kIsAscii) && qb::text::isAscii(by.data(), by.size());
     const std::uint64_t newLength = std::uint64_t{byteLength_} - length + by.size();
     reserve(newLength);
     char *const place = ownBytes() + from;
@@ -271,4 +254,6 @@ void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::strin
     std::memcpy(place, by.data(), by.size());
     byteLength_ = static_cast<std::uint32_t>(newLength);
     flags_ &= kOwnsBytes;
+    if (staysAscii)
+        flags_ |= kKnowsAscii | kIsAscii;
 }

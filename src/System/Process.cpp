@@ -2,15 +2,21 @@
 
 #include "Attempt.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <pwd.h>
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace qb::sys {
 
 namespace {
+
+// A user's entry with longer texts is not looked for.
+constexpr std::size_t kLargestEntry = 1 << 20;
 
 struct SharingStart {
     int (*child)(void *);
@@ -135,6 +141,21 @@ int unsetenv(const char *name) noexcept {
 
 char **environment() noexcept {
     return ::environ;
+}
+
+std::string homeDirectory(const char *user) {
+    std::vector<char> texts(1024);
+    struct passwd entry = {};
+    struct passwd *found = nullptr;
+    const auto ask = [&] {
+        return user ? ::getpwnam_r(user, &entry, texts.data(), texts.size(), &found)
+                    : ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found);
+    };
+    int error = ask();
+    for (; error == EINTR || (error == ERANGE && texts.size() < kLargestEntry); error = ask())
+        if (error == ERANGE)
+            texts.resize(texts.size() * 2);
+    return error == 0 && found && found->pw_dir ? found->pw_dir : "";
 }
 
 int gethostname(char *buffer, std::size_t size) noexcept {

@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstddef>
+#include <string>
 #include <sys/types.h>
 
 namespace qb::sys {
@@ -57,6 +58,9 @@ int putenv(char *text) noexcept;
 int unsetenv(const char *name) noexcept;
 /// Returns the environment itself, "NAME=value" each and a null at the end; null when it was cleared.
 char **environment() noexcept;
+/// Returns the home directory of the user of that name, or of the process's own for null, as the user
+/// database has it; the empty text when there is none.
+std::string homeDirectory(const char *user);
 /// Stores the host's name with a NUL; ENAMETOOLONG when the buffer is too small.
 int gethostname(char *buffer, std::size_t size) noexcept;
 

@@ -202,6 +202,26 @@ std::size_t decodeLenient(const char *position, const char *end, std::uint32_t *
     return length;
 }
 
+std::size_t decodeLenientBefore(const char *begin, const char *position, std::uint32_t *codePoint) {
+    const char *start = position - 1;
+    while (isContinuation(*start) && start != begin && position - start < 4)
+        --start;
+    if (decodeLenient(start, position, codePoint) == static_cast<std::size_t>(position - start))
+        return static_cast<std::size_t>(position - start);
+    return decodeLenient(position - 1, position, codePoint);
+}
+
+bool isCharacterStart(const char *begin, const char *end, const char *position) {
+    if (position == begin || position == end || !isContinuation(*position))
+        return true;
+    const char *start = position - 1;
+    while (isContinuation(*start) && start != begin && position - start < 3)
+        --start;
+    // A lead byte is never part of another character, so that decoding from there is the text's own.
+    return strictLength(start, static_cast<std::size_t>(end - start)) <=
+           static_cast<std::size_t>(position - start);
+}
+
 std::size_t utf16Units(const char *bytes, std::size_t length) {
     Utf8Run run;
     while (run.bytes < length) {

@@ -48,6 +48,14 @@ std::size_t structuralPrefix(const char *bytes, std::size_t length, std::size_t 
 /// 0x80 to 0xFF, in `codePoint`.
 std::size_t decodeLenient(const char *position, const char *end, std::uint32_t *codePoint);
 
+/// Decodes the character in front of `position`, which must be behind `begin` and at a character's beginning.
+///
+/// Returns the bytes used and the code point as `decodeLenient` does.
+std::size_t decodeLenientBefore(const char *begin, const char *position, std::uint32_t *codePoint);
+
+/// Returns whether a character begins at `position`, or the text ends there, decoded leniently.
+bool isCharacterStart(const char *begin, const char *end, const char *position);
+
 /// Returns the number of UTF-16 units of the `length` bytes, decoded leniently.
 std::size_t utf16Units(const char *bytes, std::size_t length);
 

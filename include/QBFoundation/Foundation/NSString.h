@@ -13,6 +13,18 @@
 #include <string_view>
 
 class NSArray;
+class NSCharacterSet;
+
+/// One UTF-16 unit.
+using unichar = std::uint16_t;
+
+/// How texts are searched and compared; values are or-ed together.
+enum NSStringCompareOptions : std::uint32_t {
+    NSCaseInsensitiveSearch = 1, // characters that differ in case only are equal
+    NSLiteralSearch = 2,         // characters are compared as they stand, which is always so
+    NSBackwardsSearch = 4,       // the last match instead of the first
+    NSAnchoredSearch = 8         // only a match at the beginning, or backwards at the end
+};
 
 /// A text that does not change: bytes, which are UTF-8 unless somebody put other bytes in.
 ///
@@ -20,6 +32,11 @@ class NSArray;
 /// UTF-8 counts as one character. NUL bytes are kept; a C string of the text ends at the first. A short text
 /// stands behind the object in the same piece of memory. Makers that can't get the memory for the bytes throw
 /// std::bad_alloc, those given more than 2^32 - 2 bytes InvalidArgumentException.
+///
+/// A text is cut between characters only: a position inside a character of two units counts as the one in
+/// front of it. Operations that take a position or range throw NSRangeException when it is not inside the
+/// text, those that look at another text InvalidArgumentException when it is nil. What returns a text returns
+/// an immutable one, the receiver itself when nothing changes.
 class QB_EXPORT NSString : public NSObject {
 public:
     NSString() noexcept;
@@ -44,10 +61,21 @@ public:
     /// Throws InvalidArgumentException when `text` is null, as all makers from C strings do.
     static NSString *stringWithCString(const char *text);
     static NSString *stringWithCString(const char *bytes, std::uint32_t length);
+    static NSString *stringWithUTF8String(const char *text);
+    /// Returns the text of `length` UTF-16 units; half of a pair alone becomes U+FFFD.
+    static NSString *stringWithCharacters(const unichar *characters, std::uint32_t length) {
+        return initWithCharacters(characters, length).autorelease();
+    }
     static Ref<NSString> init() { return initWith({}); }
     static Ref<NSString> initWithString(NSString *other);
     static Ref<NSString> initWithCString(const char *text);
     static Ref<NSString> initWithCString(const char *bytes, std::uint32_t length);
+    static Ref<NSString> initWithUTF8String(const char *text);
+    static Ref<NSString> initWithCharacters(const unichar *characters, std::uint32_t length);
+    /// Returns a string with the bytes as they are.
+    static Ref<NSString> initWithBytes(const void *bytes, std::uint32_t length);
+    /// Returns a string with the bytes of `data` as they are; nil gives the empty string.
+    static Ref<NSString> initWithData(NSData *data);
 
     // --- Bytes and characters ---
 
@@ -55,11 +83,23 @@ public:
     std::string_view view() const noexcept { return {bytes_, byteLength_}; }
     /// The bytes as a C string, valid as long as the string and, if it is mutable, until it changes.
     const char *cString() const noexcept { return bytes_; }
+    const char *UTF8String() const noexcept { return bytes_; }
     std::uint32_t cStringLength() const noexcept { return byteLength_; }
+    /// Copies the bytes and a NUL; `buffer` has room for `cStringLength` + 1 bytes.
+    virtual void getCString(char *buffer) const;
+    /// Copies as many whole characters as fit into `maxLength` bytes, and a NUL behind them.
+    virtual void getCString(char *buffer, std::uint32_t maxLength) const;
+    /// As above, of the characters of `range`. `remainingRange`, unless null, takes the range that found no
+    /// room.
+    virtual void getCString(char *buffer, std::uint32_t maxLength, NSRange range,
+                            NSRange *remainingRange) const;
     /// How many UTF-16 units the text has.
     virtual std::uint32_t length() const;
     /// Returns the UTF-16 unit at `index`. Throws NSRangeException when there is none.
-    virtual std::uint16_t characterAtIndex(std::uint32_t index) const;
+    virtual unichar characterAtIndex(std::uint32_t index) const;
+    /// Stores all UTF-16 units, or those of `range`, in `buffer`, without a NUL.
+    virtual void getCharacters(unichar *buffer) const;
+    virtual void getCharacters(unichar *buffer, NSRange range) const;
     /// Whether all bytes are below 0x80, so that bytes, characters and units are the same.
     BOOL isAscii() const;
 
@@ -71,6 +111,14 @@ public:
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
+    /// Orders by characters, with `NSCaseInsensitiveSearch` whatever their case; bytes that are no valid
+    /// UTF-8 stand behind all characters then.
+    virtual NSComparisonResult compare(NSString *other, std::uint32_t options) const;
+    /// As above, with the characters of `range` instead of the whole text.
+    virtual NSComparisonResult compare(NSString *other, std::uint32_t options, NSRange range) const;
+    virtual NSComparisonResult caseInsensitiveCompare(NSString *other) const;
+    /// Whether both texts are equal but for case; NO for nil.
+    virtual BOOL isCaseEqualTo(NSString *other) const;
 
     // --- What every value answers ---
 
@@ -78,6 +126,11 @@ public:
     NSString *description() const override;
     NSString *stringValue() const override;
     const char *cStringValue() const override { return bytes_; }
+    /// Returns the bytes as they are.
+    NSData *asData() const override;
+    /// Returns the number that the text is, blanks around it aside: an integer of 32 or 64 bits or a
+    /// floating-point number; nil for any other text.
+    NSNumber *asNumber() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSString> copy() const;
@@ -91,12 +144,137 @@ public:
     /// "%@" takes an object and writes its description, "(null)" for nil; "%%" is one per cent sign. A value
     /// of another kind than its conversion wants, or a missing one, makes the format invalid: the result is
     /// its own text then.
+    /// A width or precision of "*" is taken from the values.
     template <class... V>
     static NSString *stringWithFormat(NSString *format, const V &...values) {
         return qb::withArgList(
             [&](const qb::ArgList &list) { return stringWithFormatWithArgList(format, list); }, values...);
     }
-    static NSString *stringWithFormatWithArgList(NSString *format, const qb::ArgList &argList);
+    static NSString *stringWithFormatWithArgList(NSString *format, const qb::ArgList &argList) {
+        return initWithFormatArguments(format, argList).autorelease();
+    }
+    template <class... V>
+    static Ref<NSString> initWithFormat(NSString *format, const V &...values) {
+        return qb::withArgList([&](const qb::ArgList &list) { return initWithFormatArguments(format, list); },
+                               values...);
+    }
+    /// The selector `initWithFormat:arguments:`.
+    static Ref<NSString> initWithFormatArguments(NSString *format, const qb::ArgList &arguments);
+    /// Returns the text with `format` filled behind it; nil appends nothing.
+    template <class... V>
+    NSString *stringByAppendingFormat(NSString *format, const V &...values) const {
+        return qb::withArgList(
+            [&](const qb::ArgList &list) { return stringByAppendingFormatWithArgList(format, list); },
+            values...);
+    }
+    virtual NSString *stringByAppendingFormatWithArgList(NSString *format, const qb::ArgList &argList) const;
+
+    // --- Substrings ---
+
+    virtual NSString *substringFromIndex(std::uint32_t index) const;
+    virtual NSString *substringToIndex(std::uint32_t index) const;
+    virtual NSString *substringWithRange(NSRange range) const;
+    /// Returns the characters with which both texts begin; options as for `compare:options:`.
+    NSString *commonPrefixWithString(NSString *other) const { return commonPrefixWithString(other, 0); }
+    virtual NSString *commonPrefixWithString(NSString *other, std::uint32_t options) const;
+
+    // --- Searching ---
+
+    /// Returns where `string` stands first, as options of NSStringCompareOptions want it; {NSNotFound, 0}
+    /// when it does not, and for the empty text.
+    NSRange rangeOfString(NSString *string) const { return rangeOfString(string, 0); }
+    NSRange rangeOfString(NSString *string, std::uint32_t options) const;
+    /// As above, of the places inside `range`.
+    virtual NSRange rangeOfString(NSString *string, std::uint32_t options, NSRange range) const;
+    /// Whether the text begins with, ends with, contains the other; each text does so with the empty one.
+    virtual BOOL hasPrefix(NSString *prefix) const;
+    virtual BOOL hasSuffix(NSString *suffix) const;
+    virtual BOOL containsString(NSString *string) const;
+    /// Returns where the first character stands that is in the set; {NSNotFound, 0} when there is none. Of
+    /// the options `NSBackwardsSearch` and `NSAnchoredSearch` count.
+    NSRange rangeOfCharacterFromSet(NSCharacterSet *set) const { return rangeOfCharacterFromSet(set, 0); }
+    NSRange rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t options) const;
+    virtual NSRange rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t options, NSRange range) const;
+
+    // --- Splitting and joining ---
+
+    /// Returns what stands between the separators, one piece more than there are separators, some of them
+    /// perhaps empty. The empty separator splits nothing.
+    virtual NSArray *componentsSeparatedByString(NSString *separator) const;
+    /// As above; each character of the set is a separator.
+    virtual NSArray *componentsSeparatedByCharactersInSet(NSCharacterSet *set) const;
+    /// Returns the text without the characters of the set at its beginning and its end.
+    virtual NSString *stringByTrimmingCharactersInSet(NSCharacterSet *set) const;
+    /// Returns the text with the other behind it; nil appends nothing.
+    virtual NSString *stringByAppendingString(NSString *string) const;
+    /// Returns the text with each `target` replaced; nothing is replaced for the empty one. Nil for
+    /// `withString` removes.
+    virtual NSString *stringByReplacingOccurrencesOfString(NSString *target, NSString *withString) const;
+    virtual NSString *stringByReplacingSubstring(NSString *substring, NSString *withString) const;
+    virtual NSString *stringByReplacingCharactersInRange(NSRange range, NSString *withString) const;
+
+    // --- Case ---
+
+    /// Return the text in the other case, character by character, in any language; see Unicode's simple case
+    /// mappings. What has no single counterpart stays.
+    virtual NSString *uppercaseString() const;
+    virtual NSString *lowercaseString() const;
+    /// The first character of each word in upper case, the others in lower case; words are what stands
+    /// between blanks, tabs and line ends.
+    virtual NSString *capitalizedString() const;
+
+    // --- Numbers ---
+
+    /// Return the number with which the text begins, blanks in front of it skipped; 0 when there is none, the
+    /// nearest value that the type has when it is out of range. Integers are decimal.
+    virtual std::int32_t intValue() const;
+    virtual std::uint32_t unsignedIntValue() const;
+    virtual std::int64_t longLongValue() const;
+    virtual std::uint64_t unsignedLongLongValue() const;
+    virtual float floatValue() const;
+    virtual double doubleValue() const;
+    /// Whether the text begins, behind blanks, a sign and zeros, with one of 1 to 9, Y, y, T, t.
+    virtual BOOL boolValue() const;
+
+    // --- Paths ---
+
+    /// Whether the text begins with "/".
+    virtual BOOL isAbsolutePath() const;
+    /// Returns the components, without empty ones; a "/" at the beginning or at the end is one by itself.
+    virtual NSArray *pathComponents() const;
+    /// Returns the components joined with one "/" between them, and none at the end.
+    static NSString *pathWithComponents(NSArray *components);
+    /// Returns the last component, slashes at the end aside; "/" for a path of slashes only.
+    virtual NSString *lastPathComponent() const;
+    /// Returns the path in front of the last component: "" of "a", "/" of "/a".
+    virtual NSString *stringByDeletingLastPathComponent() const;
+    /// Returns the path with one "/" and the component behind it; the component alone behind the empty path.
+    virtual NSString *stringByAppendingPathComponent(NSString *component) const;
+    /// Returns what stands behind the last "." of the last component; "" without one, or when only dots
+    /// stand in front of it.
+    virtual NSString *pathExtension() const;
+    /// Returns the path without its extension and the "." in front of it, and without slashes at the end.
+    virtual NSString *stringByDeletingPathExtension() const;
+    /// Returns the path with "." and the extension behind its last component; the path itself for the empty
+    /// extension, and when there is no component.
+    virtual NSString *stringByAppendingPathExtension(NSString *extension) const;
+    /// Returns the path with "~" or "~name" at its beginning replaced by the home directory of the caller or
+    /// of that user; the path itself when it has none, or nobody has that name.
+    virtual NSString *stringByExpandingTildeInPath() const;
+    /// Returns the path with the caller's home directory at its beginning replaced by "~".
+    virtual NSString *stringByAbbreviatingWithTildeInPath() const;
+    /// Returns the path with a tilde expanded, empty and "." components removed, and in an absolute path ".."
+    /// with the component in front of it. The file system is not asked.
+    virtual NSString *stringByStandardizingPath() const;
+
+    // --- Representations ---
+
+    /// Returns the text as property lists write it: as it is when it is of letters, digits and `_ $ . : / -`
+    /// only, else in double quotes with escapes; see `QBPropertyListOutputStream`.
+    virtual NSString *stringRepresentation() const;
+    /// Returns the text with "_" for each byte that is no ASCII letter, digit or underscore, so that it may
+    /// be a part of any name. A digit stays a digit, at the beginning too.
+    virtual NSString *asLegalNameString() const;
 
     // --- RestrictedFormat ---
 
@@ -136,18 +314,45 @@ protected:
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);
     /// Replaces the bytes by a copy of others, for mutable subclasses.
     void replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by);
+    /// The bytes of `range`. Throws NSRangeException, naming the selector, when it is not inside the text.
+    std::string_view viewOfRange(NSRange range, const char *selector) const;
+    /// The range of a piece of `view()`, cut between characters.
+    NSRange rangeOfView(std::string_view piece) const;
+    /// The text itself, or a copy when it is mutable.
+    NSString *unchanged() const { return copy().autorelease(); }
+    /// `text`, as the text itself when that is the same.
+    NSString *converted(std::string_view text) const {
+        return text == view() ? unchanged() : stringWith(text);
+    }
 
     static constexpr std::uint32_t kLongestText = UINT32_MAX - 1;
 
 private:
     friend class NSMutableString;
 
-    enum Flags : std::uint8_t { kKnowsAscii = 1, kIsAscii = 2, kOwnsBytes = 4, kKnowsHash = 8 };
+    enum Flags : std::uint8_t {
+        kKnowsAscii = 1,
+        kIsAscii = 2,
+        kOwnsBytes = 4,
+        kKnowsHash = 8,
+        kHasPlace = 16, // unless another text took the note of the last place, or of the length, over
+        kHasLength = 32
+    };
+
+    /// A character's beginning, counted both ways.
+    struct Place {
+        std::uint32_t unit = 0, byte = 0;
+    };
 
     NSString(const char *bytes, std::uint32_t length, std::uint8_t flags) noexcept
         : bytes_(bytes), byteLength_(length), flags_(flags) {}
     static Ref<NSString> makeShort(std::string_view bytes);
     void learnAscii() const;
+    Place placeOfUnit(std::uint32_t unit) const;
+    Place placeOfByte(std::uint32_t byte) const;
+    Place lastPlace() const;
+    Place notePlace(Place place) const;
+    NSString *replacing(NSString *target, NSString *withString, const char *selector) const;
     void reserve(std::uint64_t byteLength);
     char *ownBytes() { return const_cast<char *>(bytes_); }
 
@@ -179,6 +384,26 @@ public:
     static Ref<NSMutableString> init() { return initWith({}); }
     static Ref<NSMutableString> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableString> initWithString(NSString *other);
+    static NSMutableString *stringWithUTF8String(const char *text);
+    static NSMutableString *stringWithCharacters(const unichar *characters, std::uint32_t length) {
+        return initWithCharacters(characters, length).autorelease();
+    }
+    static Ref<NSMutableString> initWithCString(const char *text);
+    static Ref<NSMutableString> initWithCString(const char *bytes, std::uint32_t length);
+    static Ref<NSMutableString> initWithUTF8String(const char *text);
+    static Ref<NSMutableString> initWithCharacters(const unichar *characters, std::uint32_t length);
+    static Ref<NSMutableString> initWithBytes(const void *bytes, std::uint32_t length);
+    static Ref<NSMutableString> initWithData(NSData *data);
+    template <class... V>
+    static NSMutableString *stringWithFormat(NSString *format, const V &...values) {
+        return initWithFormat(format, values...).autorelease();
+    }
+    template <class... V>
+    static Ref<NSMutableString> initWithFormat(NSString *format, const V &...values) {
+        return qb::withArgList([&](const qb::ArgList &list) { return initWithFormatArguments(format, list); },
+                               values...);
+    }
+    static Ref<NSMutableString> initWithFormatArguments(NSString *format, const qb::ArgList &arguments);
 
     /// Appends; nil appends nothing.
     virtual void appendString(NSString *string);
@@ -188,6 +413,20 @@ public:
     /// Replaces the characters of `range` by `string`; nil removes them.
     /// Throws NSRangeException when the range is not inside the text.
     virtual void replaceCharactersInRange(NSRange range, NSString *withString);
+    /// Inserts in front of the character at `atIndex`; nil inserts nothing.
+    virtual void insertString(NSString *string, std::uint32_t atIndex);
+    virtual void deleteCharactersInRange(NSRange range);
+    /// Replaces each `target` inside `range` that the options find, from the front or backwards, none of
+    /// which overlaps another. Returns how many there were; none for the empty text.
+    virtual std::uint32_t replaceOccurrencesOfString(NSString *target, NSString *withString,
+                                                     std::uint32_t options, NSRange range);
+
+    /// Appends `format` filled with the values; see `stringWithFormat:`. Nil appends nothing.
+    template <class... V>
+    void appendFormat(NSString *format, const V &...values) {
+        qb::withArgList([&](const qb::ArgList &list) { appendFormatWithArgList(format, list); }, values...);
+    }
+    virtual void appendFormatWithArgList(NSString *format, const qb::ArgList &argList);
 
     /// Appends `format` filled with the values; see `stringWithRestrictedFormat:`.
     template <class... V>
@@ -204,6 +443,9 @@ public:
 
 protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
+
+private:
+    void replaceRange(NSRange range, NSString *by, const char *selector);
 };
 
 /// A constant string: `"text"_ns`. It is never freed.

@@ -198,12 +198,17 @@ struct TracePlace {
         : file(sourceFile), line(sourceLine), receiver(object), selector(selectorText) {}
     TracePlace(const char *sourceFile, int sourceLine, Class *(*cls)(), const char *selectorText)
         : file(sourceFile), line(sourceLine), receiverClass(cls), selector(selectorText) {}
+    // Member by member, so that compilers keep a place out of memory until its trace is written.
+    TracePlace(const TracePlace &other)
+        : file(other.file), line(other.line), receiver(other.receiver), receiverClass(other.receiverClass),
+          selector(other.selector) {}
+    TracePlace &operator=(const TracePlace &) = delete;
 
-    const char *file;
-    int line;
-    const NSObject *receiver = nullptr;
-    Class *(*receiverClass)() = nullptr; // not called unless the channel is active
-    const char *selector;
+    const char *const file;
+    const int line;
+    const NSObject *const receiver = nullptr;
+    Class *(*const receiverClass)() = nullptr; // not called unless the channel is active
+    const char *const selector;
 };
 
 /// What `debug_printf` does, with checked values.
@@ -221,7 +226,7 @@ template <class... V>
     withArgList([&](const ArgList &list) { traceWithArgList(channel, format, list); }, values...);
 }
 template <class... V>
-[[gnu::cold, gnu::noinline]] void traceActiveAt(int channel, const TracePlace &place, const char *format,
+[[gnu::cold, gnu::noinline]] void traceActiveAt(int channel, TracePlace place, const char *format,
                                                 V... values) {
     withArgList([&](const ArgList &list) { traceWithArgList(channel, place, format, list); }, values...);
 }
@@ -240,7 +245,7 @@ inline void trace(int channel, const char *format, const V &...values) {
 ///     qb::trace(DEBUG_CHANNEL_FILEIO, {kFile, 236, this, "close"}, "renamed to %s", path_);
 ///     qb::trace(DEBUG_CHANNEL_MISC, {kFile, 71, &OSProcess::cls, "kill:"}, "process %d", pid);
 template <class... V>
-inline void trace(int channel, const TracePlace &place, const char *format, const V &...values) {
+inline void trace(int channel, TracePlace place, const char *format, const V &...values) {
     if (isDebugChannelActive(channel)) [[unlikely]]
         detail::traceActiveAt<std::decay_t<V>...>(channel, place, format, values...);
 }

@@ -1,0 +1,51 @@
+// Strings in the manner of property lists, and as parts of names.
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/NSString.Tables.h"
+#include "Text/PlistText.h"
+#include "Text/Scan.h"
+
+#include <string>
+
+namespace {
+
+constexpr qb::text::ByteSet kLegal = qb::text::ByteSet("_").with('a', 'z').with('A', 'Z').with('0', '9');
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::stringRepresentation() {
+    static const qb::Method methods[] = {
+        qb::method<"stringRepresentation">(&NSString::stringRepresentation),
+        qb::method<"asLegalNameString">(&NSString::asLegalNameString),
+    };
+    return methods;
+}
+
+NSString *NSString::stringRepresentation() const {
+    const std::uint64_t length = qb::text::plistTextLength(bytes_, byteLength_);
+    if (length == byteLength_) // a quoted text is longer
+        return unchanged();
+    if (length > kLongestText)
+        throw InvalidArgumentException(
+            "NSString stringRepresentation must have a result of less than 2^32 - 1 bytes.");
+    std::string text(static_cast<std::size_t>(length), '\0');
+    qb::text::writePlistText(bytes_, byteLength_, text.data());
+    return stringWith(text);
+}
+
+NSString *NSString::asLegalNameString() const {
+    std::string text(view());
+    char *const end = text.data() + text.size();
+    const auto nextIllegal = [end](char *from) {
+        return from + (qb::text::findNotIn(from, end, kLegal) - from);
+    };
+    char *position = nextIllegal(text.data());
+    if (position == end)
+        return unchanged();
+    for (; position != end; position = nextIllegal(position))
+        *position = '_';
+    return stringWith(text);
+}
