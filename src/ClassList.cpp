@@ -8,6 +8,7 @@
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
@@ -54,6 +55,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
+        {"NSFileManager", &NSFileManager::cls},
         {"NSInvocation", &NSInvocation::cls},
         {"NSLongLongNumber", &NSLongLongNumber::cls},
         {"NSMutableArray", &NSMutableArray::cls},

@@ -12,6 +12,7 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
