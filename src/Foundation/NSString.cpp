@@ -85,8 +85,7 @@ Class *NSString::cls() {
          qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
          qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
          qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation(),
-          qb::tables::stringHtmlEscaping(), qb::tables::stringUtf8Conversion(),
-          qb::tables::stringPropertyList()},
+         qb::tables::stringHtmlEscaping(), qb::tables::stringPropertyList()},
         qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
