@@ -27,6 +27,8 @@
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
@@ -45,8 +47,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
-        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
@@ -63,9 +65,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
-        {"OSFilePath", &OSFilePath::cls},
         {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
@@ -77,6 +79,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFileInputStream", &QBFileInputStream::cls},
+        {"QBFileOutputStream", &QBFileOutputStream::cls},
         {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
         {"QBInputFilter", &QBInputFilter::cls},
         {"QBInputStream", &QBInputStream::cls},

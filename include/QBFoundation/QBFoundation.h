@@ -33,6 +33,8 @@
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
