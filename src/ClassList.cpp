@@ -8,6 +8,7 @@
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
@@ -23,12 +24,15 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
@@ -53,6 +57,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
+        {"NSFileManager", &NSFileManager::cls},
         {"NSInvocation", &NSInvocation::cls},
         {"NSLongLongNumber", &NSLongLongNumber::cls},
         {"NSMutableArray", &NSMutableArray::cls},
@@ -75,12 +80,15 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
+        {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBFileInputStream", &QBFileInputStream::cls},
         {"QBFileOutputStream", &QBFileOutputStream::cls},
+        {"QBFoundationInitializer", &QBFoundationInitializer::cls},
         {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
         {"QBInputFilter", &QBInputFilter::cls},
         {"QBInputStream", &QBInputStream::cls},

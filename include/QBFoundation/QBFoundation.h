@@ -12,6 +12,7 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
@@ -29,12 +30,15 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
