@@ -18,6 +18,7 @@ namespace {
 using qb::files::Buffer;
 using qb::files::kBlockSize;
 using qb::files::raiseSystemError;
+using qb::files::trace;
 namespace sys = qb::sys;
 
 /// One of the two files, read from its start.
@@ -37,13 +38,14 @@ public:
     bool isDirectory() const { return S_ISDIR(status_.st_mode); }
     std::int64_t size() const { return status_.st_size; }
 
-    bool open(std::size_t blockSize) {
+    bool open(std::size_t blockSize, const char *traceFormat) {
         // A pipe without anyone at its other end must not keep us waiting.
         file_ = sys::Descriptor(sys::open(path_->cString(), O_RDONLY | O_NONBLOCK));
         if (!file_) {
             raiseSystemError(__LINE__, qb::kErrorCannotRead, path_);
             return false;
         }
+        trace(4, __LINE__, traceFormat, file_.get(), qb::files::shown(path_));
         block_.reset(qb::files::allocate(blockSize));
         return block_ != nullptr;
     }
@@ -68,7 +70,7 @@ private:
 // Answers NO when an error is raised.
 BOOL contentsDiffer(ComparedFile &one, ComparedFile &other) {
     const auto block = static_cast<std::size_t>(std::min<std::int64_t>(one.size(), kBlockSize));
-    if (!one.open(block) || !other.open(block))
+    if (!one.open(block, "%s:%d: f1: 0x%08x (%s)") || !other.open(block, "%s:%d: f2: 0x%08x (%s)"))
         return NO;
     for (std::int64_t left = one.size(); left > 0;) {
         const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(left, kBlockSize));
@@ -83,11 +85,8 @@ BOOL contentsDiffer(ComparedFile &one, ComparedFile &other) {
     return NO;
 }
 
-} // namespace
-
-BOOL OSFilePath::fileAtPath(NSString *path, NSString *differsFromFileAtPath) {
-    ComparedFile one(path);
-    ComparedFile other(differsFromFileAtPath);
+// Answers NO when an error is pending.
+BOOL filesDiffer(ComparedFile one, ComparedFile other) {
     const bool hasOne = one.find();
     if (qb::isErrorPending())
         return NO;
@@ -97,4 +96,12 @@ BOOL OSFilePath::fileAtPath(NSString *path, NSString *differsFromFileAtPath) {
     if (!hasOne || !hasOther || one.isDirectory() || other.isDirectory() || one.size() != other.size())
         return YES;
     return contentsDiffer(one, other);
+}
+
+} // namespace
+
+BOOL OSFilePath::fileAtPath(NSString *path, NSString *differsFromFileAtPath) {
+    const BOOL differ = filesDiffer(ComparedFile(path), ComparedFile(differsFromFileAtPath));
+    trace(4, __LINE__, differ ? "%s:%d: -->YES" : "%s:%d: -->NO");
+    return differ;
 }

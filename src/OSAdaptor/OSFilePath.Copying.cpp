@@ -30,6 +30,9 @@ namespace sys = qb::sys;
 // As many links in a row as the kernel follows.
 constexpr unsigned kMostLinks = 40;
 
+// Above this debug level the paths of each copy are traced.
+constexpr int kLevelOfPaths = 5;
+
 bool failsLooping(const std::string &path) {
     errno = ELOOP;
     raiseSystemError(__LINE__, qb::kErrorCannotStat, path.c_str());
@@ -52,6 +55,11 @@ std::string_view nameOf(std::string_view path) {
     return path.substr(path.rfind(qb::files::kSeparator) + 1);
 }
 
+void tracePaths(const std::string &source, const std::string &target) {
+    qb::files::trace(kLevelOfPaths, __LINE__, "%s:%d: sourcePath: %s, targetPath: %s", source.c_str(),
+                     target.c_str());
+}
+
 // Makes the directory for a copy if need be. Returns false when an error is pending.
 bool prepareDirectory(std::string directory) {
     if (directory.empty())
@@ -72,6 +80,7 @@ bool prepareDirectory(std::string directory) {
 // Makes `target`, the directory for a copy or its new name, the copy's path, with a directory to stand in.
 // Returns false when an error is pending.
 bool prepareTarget(const std::string &source, std::string &target, bool isNewName) {
+    tracePaths(source, target);
     if (!isNewName) {
         const bool isReady = prepareDirectory(target);
         target = join(target, nameOf(source));
@@ -147,7 +156,9 @@ private:
             root_.reset();
         if (!level.hasTarget && !prepareDirectory(level.target))
             return false;
-        return copyEntry(join(level.source, name), join(level.target, name));
+        std::string source = join(level.source, name);
+        tracePaths(source, level.target);
+        return copyEntry(std::move(source), join(level.target, name));
     }
 
     // Copies a file or a link, or enters a directory. Returns false with an error raised.
@@ -230,10 +241,11 @@ private:
     // Copies the directory's plain files and notes all other entries.
     bool copyFiles(Level &level, DIR *directory, int target) {
         provenMode_.reset();
+        const bool isGeneral = !level.hasTarget || qb::files::isTracing(kLevelOfPaths);
         while (const dirent *entry = sys::readdir(directory)) {
             if (EntryNames::isSelfOrParent(entry->d_name))
                 continue;
-            if (entry->d_type != DT_REG || !level.hasTarget)
+            if (entry->d_type != DT_REG || isGeneral)
                 level.rest.add(entry->d_name);
             else if (!copyFile(level, sys::dirfd(directory), target, entry->d_name))
                 return false;

@@ -61,7 +61,9 @@ std::string_view withoutTrailingSeparators(std::string_view path) {
 
 namespace qb::files {
 
-std::size_t simplify(char *path, std::size_t length) {
+namespace {
+
+std::size_t simplifySilently(char *path, std::size_t length) {
     if (length == 0)
         return 0;
     const std::size_t root = rootLength({path, length});
@@ -91,6 +93,19 @@ std::size_t simplify(char *path, std::size_t length) {
     if (kept == 0)
         path[kept++] = '.';
     return kept;
+}
+
+} // namespace
+
+std::size_t simplify(char *path, std::size_t length) {
+    if (!isTracing(2))
+        return simplifySilently(path, length);
+    trace(2, __LINE__, "%s:%d: enter");
+    trace(5, __LINE__, "%s:%d: simplify path: %s", std::string(path, length).c_str());
+    length = simplifySilently(path, length);
+    trace(5, __LINE__, "%s:%d: simplified path: %s", std::string(path, length).c_str());
+    trace(2, __LINE__, "%s:%d: leave");
+    return length;
 }
 
 std::string simplified(std::string path) {

@@ -54,8 +54,10 @@ private:
         const bool exists = sys::stat(path_.c_str(), &status) == 0;
         if (!exists && errno != ENOENT)
             return fails(__LINE__, qb::kErrorCannotStat);
+        trace(__LINE__, "file '%s' exists: %d", path_.c_str(), exists ? 1 : 0);
         if (!exists)
             return true;
+        trace(__LINE__, "file is directory: %d", S_ISDIR(status.st_mode) ? 1 : 0);
         return S_ISDIR(status.st_mode) ? enter(Identity(status)) : succeeds(sys::unlink(path_.c_str()));
     }
 
@@ -76,6 +78,13 @@ private:
             return fails(__LINE__, qb::kErrorCannotReadDirectory);
         levels_.push_back(std::move(level));
         return true;
+    }
+
+    template <class... V>
+    static void trace(int line, const char *format, const V &...values) {
+        if (qb::files::isTracing(2)) [[unlikely]]
+            qb::trace(DEBUG_CHANNEL_FILEIO, {qb::files::kFile, line, &OSFilePath::cls, "_removePath:"},
+                      format, values...);
     }
 
     bool succeeds(int outcome) { return outcome == 0 || fails(__LINE__, qb::kErrorCannotRemove); }

@@ -10,14 +10,6 @@
 
 namespace qb::files {
 
-char *allocate(std::size_t size) {
-    constexpr int kLineOfAllocation = 97;
-    void *const memory = sys::allocate(size);
-    if (!memory)
-        qb::raiseError(kFile, kLineOfAllocation, kErrorOutOfMemory);
-    return static_cast<char *>(memory);
-}
-
 const char *systemPath(NSString *path) {
     if (path && path->view().find('\0') == std::string_view::npos)
         return path->cString();

@@ -2,6 +2,8 @@
 #ifndef QBFOUNDATION_OSADAPTOR_OSFILEPATH_SUPPORT_H
 #define QBFOUNDATION_OSADAPTOR_OSFILEPATH_SUPPORT_H
 
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+
 #include "System/Files.h"
 #include "System/Memory.h"
 
@@ -43,7 +45,23 @@ struct Release {
 using Buffer = std::unique_ptr<char, Release>;
 
 /// Returns new memory; null, and 100156 raised, when there is none.
-char *allocate(std::size_t size);
+inline char *allocate(std::size_t size) {
+    return static_cast<char *>(_malloc(size));
+}
+
+// --- Traces ---
+
+/// Whether traces of files are written that want a debug level above `level`.
+inline bool isTracing(int level) {
+    return qb::isDebugChannelActive(DEBUG_CHANNEL_FILEIO) && debug > level;
+}
+
+/// Writes a trace line, if it wants no more than the debug level: the source's place, then the message.
+template <class... V>
+void trace(int level, int line, const char *format, const V &...values) {
+    if (isTracing(level)) [[unlikely]]
+        qb::trace(DEBUG_CHANNEL_FILEIO, format, kFile, line, values...);
+}
 
 // --- Names for the system ---
 

@@ -49,6 +49,6 @@ Class *OSFilePath::cls() {
         qb::classMethod<"copyPath:toPath:", void(NSString *, NSString *)>(&Path::copyPath),
         qb::classMethod<"copyPath:toPath:renameSource:", void(NSString *, NSString *, BOOL)>(&Path::copyPath),
     };
-    static Class *const self = new Class("OSFilePath", NSObject::cls(), methods);
+    static Class *const self = new Class("OSFilePath", OSObject::cls(), methods);
     return self;
 }

@@ -2,7 +2,7 @@
 #ifndef QBFOUNDATION_OSADAPTOR_OSFILEPATH_H
 #define QBFOUNDATION_OSADAPTOR_OSFILEPATH_H
 
-#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/OSAdaptor/OSObject.h>
 
 #include <cstdint>
 
@@ -27,7 +27,7 @@ struct OSFileInfo {
 /// first step behind which an error is pending, be it an earlier one. A path with a NUL byte in it fails with
 /// the text for EINVAL. An empty directory, where a path is made of directory and name, is the working
 /// directory.
-class QB_EXPORT OSFilePath final : public NSObject {
+class QB_EXPORT OSFilePath final : public OSObject {
 public:
     OSFilePath() = delete;
 
