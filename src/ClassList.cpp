@@ -30,6 +30,8 @@
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
@@ -49,8 +51,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
-        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
@@ -68,9 +70,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
-        {"OSFilePath", &OSFilePath::cls},
         {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
@@ -84,6 +86,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFileInputStream", &QBFileInputStream::cls},
+        {"QBFileOutputStream", &QBFileOutputStream::cls},
         {"QBFoundationInitializer", &QBFoundationInitializer::cls},
         {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
         {"QBInputFilter", &QBInputFilter::cls},

@@ -36,6 +36,8 @@
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
