@@ -81,8 +81,9 @@ TEST_F(OSFilePathTextTest, SimplificationOfRandomPathsIsThatOfTheirComponents) {
     for (int i = 0; i < 3000; ++i) {
         const std::string path = randomText(random, random.below(24), pieces);
         const std::string result = simplified(path);
-        if (!path.empty())
+        if (!path.empty()) {
             EXPECT_EQ(result, plainlySimplified(path)) << path;
+        }
         EXPECT_EQ(simplified(result), result) << path;
         EXPECT_LE(result.size(), path.size()) << path;
     }
