@@ -55,6 +55,7 @@ Ref<NSObject> PropertyListReader::read() {
         position_ += kByteOrderMark.size();
     if (!skipBlanks())
         return nullptr;
+    value_ = position_;
     Ref<NSObject> value = readValue();
     if (!value || !skipBlanks())
         return nullptr;
@@ -66,13 +67,15 @@ Ref<NSObject> PropertyListReader::read() {
 }
 
 PropertyListFailure PropertyListReader::failure() const {
-    if (!expected_)
-        return {};
+    return expected_ ? failureAt(position_, expected_) : PropertyListFailure();
+}
+
+PropertyListFailure PropertyListReader::failureAt(const char *position, const char *expected) const {
     const char *const lineStart =
-        std::find(std::reverse_iterator(position_), std::reverse_iterator(begin_), '\n').base();
-    const auto line = static_cast<std::uint32_t>(std::count(begin_, position_, '\n') + 1);
-    const std::size_t before = text::utf16Units(lineStart, static_cast<std::size_t>(position_ - lineStart));
-    return {expected_, line, static_cast<std::uint32_t>(before + 1)};
+        std::find(std::reverse_iterator(position), std::reverse_iterator(begin_), '\n').base();
+    const auto line = static_cast<std::uint32_t>(std::count(begin_, position, '\n') + 1);
+    const std::size_t before = text::utf16Units(lineStart, static_cast<std::size_t>(position - lineStart));
+    return {expected, line, static_cast<std::uint32_t>(before + 1)};
 }
 
 // The first failure is the one that counts.

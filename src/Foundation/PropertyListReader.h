@@ -35,6 +35,8 @@ public:
     /// Returns the value; null when the text is malformed or has more than one value.
     Ref<NSObject> read();
     PropertyListFailure failure() const;
+    /// The failure that the value which was read is not `expected`.
+    PropertyListFailure otherValue(const char *expected) const { return failureAt(value_, expected); }
 
 private:
     static constexpr std::size_t kSharedKeys = 256;
@@ -58,10 +60,12 @@ private:
     bool skipComment();
     bool accept(char character);
     bool fail(const char *expected);
+    PropertyListFailure failureAt(const char *position, const char *expected) const;
 
     const char *const begin_;
     const char *position_;
     const char *const end_;
+    const char *value_ = nullptr; // the beginning of the whole
     unsigned depth_ = 0;
     const char *expected_ = nullptr;
     std::string unescaped_;                  // of the quoted string being read
