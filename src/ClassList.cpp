@@ -8,11 +8,13 @@
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
@@ -24,12 +26,20 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
@@ -41,12 +51,13 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
-        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
         {"NSEnumerator", &NSEnumerator::cls},
+        {"NSFileManager", &NSFileManager::cls},
         {"NSInvocation", &NSInvocation::cls},
         {"NSLongLongNumber", &NSLongLongNumber::cls},
         {"NSMutableArray", &NSMutableArray::cls},
@@ -61,6 +72,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSString", &NSString::cls},
         {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
@@ -70,12 +82,20 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFileInputStream", &QBFileInputStream::cls},
+        {"QBFileOutputStream", &QBFileOutputStream::cls},
         {"QBFoundationInitializer", &QBFoundationInitializer::cls},
+        {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
+        {"QBInputFilter", &QBInputFilter::cls},
+        {"QBInputStream", &QBInputStream::cls},
+        {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;

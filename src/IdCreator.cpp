@@ -1,6 +1,7 @@
 #include <QBFoundation/IdCreator.h>
 
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "System/Process.h"
@@ -19,6 +20,7 @@ Class *IdCreator::cls() {
 
 NSString *IdCreator::createId() {
     const auto number = static_cast<std::int32_t>(nextNumber++);
-    return NSString::stringWithRestrictedFormat("%d%d%d%s", qb::sys::rand(), qb::sys::getpid(), number,
+    return NSString::stringWithRestrictedFormat("%d%d%d%s", qb::sys::rand(), OSProcess::getCurrentPid(),
+                                                number,
                                                 NSString::currentDateAsISODateTimeStringWithMilliSeconds());
 }

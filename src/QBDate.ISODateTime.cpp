@@ -1,10 +1,10 @@
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSCalendarDate.Tables.h"
 #include "Foundation/NSString.Tables.h"
-#include "System/Clock.h"
 
 namespace {
 constexpr std::int64_t kMillisecondsPerSecond = 1000;
@@ -38,5 +38,5 @@ NSString *NSCalendarDate::asISODateTimeString() const {
 NSString *NSString::currentDateAsISODateTimeStringWithMilliSeconds() {
     NSString *const now = NSCalendarDate::calendarDate()->asISODateTimeString();
     return stringWithRestrictedFormat(
-        "%s%03d", now, static_cast<std::int32_t>(qb::sys::wallMilliseconds() % kMillisecondsPerSecond));
+        "%s%03d", now, static_cast<std::int32_t>(OSTime::currentTimeMillis() % kMillisecondsPerSecond));
 }

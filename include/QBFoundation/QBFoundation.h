@@ -12,6 +12,7 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
@@ -19,6 +20,7 @@
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
@@ -30,12 +32,20 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>
 

@@ -1,6 +1,6 @@
 #include "Foundation/FileContents.h"
 
-#include "System/Files.h"
+#include "System/Descriptor.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,19 +12,6 @@ namespace {
 
 // Files of /proc state no size.
 constexpr std::uint64_t kLeastRead = 4096;
-
-// A descriptor that is closed at the end of its scope.
-struct OpenFile {
-    explicit OpenFile(const char *path) : descriptor(sys::open(path, O_RDONLY)) {}
-    ~OpenFile() {
-        if (descriptor >= 0)
-            sys::close(descriptor);
-    }
-    OpenFile(const OpenFile &) = delete;
-    OpenFile &operator=(const OpenFile &) = delete;
-
-    const int descriptor;
-};
 
 int readToEnd(int descriptor, std::uint64_t statedSize, std::string &bytes) {
     std::size_t length = 0;
@@ -49,14 +36,14 @@ int readToEnd(int descriptor, std::uint64_t statedSize, std::string &bytes) {
 
 int readFileContents(const char *path, std::string &bytes) {
     bytes.clear();
-    const OpenFile file(path);
+    const sys::Descriptor file(sys::open(path, O_RDONLY));
     struct stat info;
-    if (file.descriptor < 0 || sys::fstat(file.descriptor, &info) != 0)
+    if (!file || sys::fstat(file.get(), &info) != 0)
         return errno;
     if (S_ISDIR(info.st_mode))
         return EISDIR;
     const int error =
-        readToEnd(file.descriptor, static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0)), bytes);
+        readToEnd(file.get(), static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0)), bytes);
     if (error != 0)
         bytes.clear();
     return error;

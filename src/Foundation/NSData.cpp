@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSData.Tables.h"
 #include "System/Memory.h"
 #include "Text/Hash.h"
 #include "Text/Hex.h"
@@ -29,8 +30,9 @@ Class *NSData::cls() {
         qb::method<"getBytes:range:">(&NSData::getBytes),
         qb::method<"isEqualToData:">(&NSData::isEqualToData),
     };
-    static Class *const self = new Class("NSData", NSObject::cls(), {methods}, qb::construct<NSData>,
-                                         {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self =
+        new Class("NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList()}, qb::construct<NSData>,
+                  {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

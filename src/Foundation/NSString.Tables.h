@@ -12,6 +12,8 @@ std::span<const Method> stringCase();
 std::span<const Method> stringComparison();
 std::span<const Method> stringCreation();
 std::span<const Method> stringFormat();
+std::span<const Method> stringHtmlEscaping();
+std::span<const Method> stringPropertyList();
 std::span<const Method> stringNumbers();
 std::span<const Method> stringPath();
 std::span<const Method> stringRepresentation();

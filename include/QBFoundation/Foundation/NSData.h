@@ -48,6 +48,9 @@ public:
     virtual BOOL isEqualToData(NSData *other) const;
     std::uint32_t hash() const override;
 
+    /// As `propertyList` of the string with these bytes.
+    virtual id propertyList() const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return length_ != 0; }

@@ -13,6 +13,10 @@
 
 class NSMutableDictionary;
 
+namespace qb {
+class PropertyListReader;
+}
+
 /// Values by key, in the order in which the keys were first put in; it does not change.
 ///
 /// Keys are copied (the copy of an immutable value is the value itself) and compared with `isEqual:`; values
@@ -121,6 +125,10 @@ protected:
     void store(id key, id value);
 
     [[noreturn]] static void throwMutated();
+
+private:
+    friend class NSMutableDictionary;
+    friend class qb::PropertyListReader; // which fills the table without looking each key up twice
 
     std::uint32_t mutations_ = 0; // of keys, counted so that enumerations notice them
     qb::HashTable table_;

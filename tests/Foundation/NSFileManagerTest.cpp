@@ -1,0 +1,192 @@
+#include <QBFoundation/Foundation/NSFileManager.h>
+
+#include <QBFoundation/Foundation/NSDate.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <set>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace std::string_literals;
+
+namespace {
+
+using qb::sys::Call;
+using qb::sys::Fault;
+
+class NSFileManagerTest : public PoolFixture {
+protected:
+    /// A directory "tree" with a file, a link and a directory with a file in it.
+    void makeTree() {
+        directory_.write("tree/file", "some bytes");
+        directory_.write("tree/inner/deep", "");
+        directory_.link("file", "tree/link");
+        ::chmod((directory_ / "tree/file").c_str(), 0640);
+        ::chmod((directory_ / "tree/inner").c_str(), 0750);
+    }
+    NSString *path(std::string_view name) { return directory_.string(name); }
+
+    TemporaryDirectory directory_;
+    NSFileManager *manager_ = NSFileManager::defaultManager();
+};
+
+NSData *bytes(std::string_view text) {
+    return NSData::dataWith(std::as_bytes(std::span(text)));
+}
+
+std::set<std::string> setOf(NSArray *array) {
+    std::set<std::string> names;
+    for (id name : *array)
+        names.insert(describe(name));
+    return names;
+}
+
+unsigned modeOf(NSDictionary *attributes) {
+    return static_cast<NSNumber *>(attributes->objectForKey(NSFilePosixPermissions))->unsignedIntValue();
+}
+
+} // namespace
+
+TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
+    NSData *content = bytes("a\0b"s);
+    NSDictionary *attributes = NSDictionary::dictionaryWith(
+        {{NSFilePosixPermissions, NSNumber::numberWithInt(0600)},
+         {NSFileModificationDate, NSDate::dateWithTimeIntervalSince1970(1000.5)}});
+    EXPECT_TRUE(manager_->createFileAtPath(path("f"), content, attributes));
+    EXPECT_TRUE(manager_->contentsAtPath(path("f"))->isEqual(content));
+    NSDictionary *told = manager_->fileAttributesAtPath(path("f"), /*traverseLink=*/YES);
+    EXPECT_EQ(modeOf(told), 0600u);
+    EXPECT_EQ(describe(told->objectForKey(NSFileSize)), "3");
+    EXPECT_EQ(told->objectForKey(NSFileType), NSFileTypeRegular);
+    EXPECT_TRUE(
+        told->objectForKey(NSFileModificationDate)->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
+    EXPECT_TRUE(manager_->createFileAtPath(path("f"), nullptr, nullptr)); // emptied
+    EXPECT_EQ(directory_.read("f"), "");
+
+    BOOL isDirectory = YES;
+    EXPECT_TRUE(manager_->fileExistsAtPath(path("f"), &isDirectory));
+    EXPECT_FALSE(isDirectory);
+    EXPECT_TRUE(manager_->fileExistsAtPath(path("."), &isDirectory));
+    EXPECT_TRUE(isDirectory);
+    EXPECT_FALSE(manager_->fileExistsAtPath(path("none"), &isDirectory));
+    EXPECT_FALSE(isDirectory);
+    EXPECT_TRUE(manager_->isReadableFileAtPath(path("f")) && manager_->isWritableFileAtPath(path("f")) &&
+                manager_->isDeletableFileAtPath(path("f")));
+    EXPECT_FALSE(manager_->isExecutableFileAtPath(path("f")) ||
+                 manager_->isDeletableFileAtPath(path("none")));
+    EXPECT_EQ(manager_->contentsAtPath(path(".")), nullptr);
+    EXPECT_EQ(manager_->contentsAtPath(path("none")), nullptr);
+}
+
+TEST_F(NSFileManagerTest, LinksAreMadeReadAndNotFollowedUnlessAsked) {
+    const std::string longText(400, 'x');
+    EXPECT_TRUE(manager_->createSymbolicLinkAtPath(path("link"), NSString::stringWith(longText)));
+    EXPECT_EQ(manager_->pathContentOfSymbolicLinkAtPath(path("link"))->view(), longText);
+    EXPECT_FALSE(manager_->createSymbolicLinkAtPath(path("link"), "other"_ns));
+    EXPECT_FALSE(manager_->fileExistsAtPath(path("link")));
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("link"), /*traverseLink=*/YES), nullptr);
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("link"), /*traverseLink=*/NO)->objectForKey(NSFileType),
+              NSFileTypeSymbolicLink);
+    EXPECT_EQ(manager_->pathContentOfSymbolicLinkAtPath(path(".")), nullptr);
+}
+
+TEST_F(NSFileManagerTest, TreesAreListedCopiedComparedMovedAndRemoved) {
+    makeTree();
+    EXPECT_EQ(setOf(manager_->directoryContentsAtPath(path("tree"))),
+              (std::set<std::string>{"file", "inner", "link"}));
+    EXPECT_EQ(setOf(manager_->subpathsAtPath(path("tree"))),
+              (std::set<std::string>{"file", "inner", "inner/deep", "link"}));
+    EXPECT_TRUE(manager_->copyPath(path("tree"), path("copy")));
+    EXPECT_TRUE(manager_->contentsEqualAtPath(path("tree"), path("copy")));
+    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("copy/file"), NO)), 0640u);
+    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("copy/inner"), NO)), 0750u);
+    EXPECT_EQ(describe(manager_->pathContentOfSymbolicLinkAtPath(path("copy/link"))), "file");
+    directory_.write("copy/inner/deep", "x");
+    EXPECT_FALSE(manager_->contentsEqualAtPath(path("tree"), path("copy")));
+    EXPECT_FALSE(manager_->copyPath(path("tree"), path("copy"))); // is there
+    EXPECT_FALSE(manager_->copyPath(path("tree"), path("tree/inner/tree")));
+    EXPECT_FALSE(manager_->copyPath(path("none"), path("nothing")));
+    EXPECT_FALSE(manager_->movePath(path("tree"), path("copy")));
+    EXPECT_TRUE(manager_->removeFileAtPath(path("copy")));
+    EXPECT_TRUE(manager_->movePath(path("tree"), path("copy")));
+    EXPECT_EQ(directory_.names(), std::vector<std::string>{"copy"});
+    EXPECT_FALSE(manager_->removeFileAtPath(path("tree")));
+    EXPECT_EQ(manager_->subpathsAtPath(path("tree")), nullptr);
+    EXPECT_EQ(manager_->directoryContentsAtPath(path("tree")), nullptr);
+}
+
+TEST_F(NSFileManagerTest, AMoveToAnotherFileSystemCopiesAndRemoves) {
+    makeTree();
+    const Fault otherSystem(Call::rename, 0, 1, EXDEV);
+    const Fault noKernelCopy(Call::copy_file_range, 0, 0, EXDEV);
+    EXPECT_TRUE(manager_->movePath(path("tree"), path("moved")));
+    EXPECT_FALSE(directory_.has("tree"));
+    EXPECT_EQ(directory_.read("moved/file"), "some bytes");
+}
+
+TEST_F(NSFileManagerTest, FailuresAreAnsweredAndRaiseNothing) {
+    makeTree();
+    {
+        const Fault full(Call::write, 0, 1, ENOSPC);
+        EXPECT_FALSE(manager_->createFileAtPath(path("new"), bytes("abc"), nullptr));
+        EXPECT_EQ(errno, ENOSPC);
+        EXPECT_FALSE(directory_.has("new"));
+    }
+    for (const Call call : {Call::open, Call::opendir, Call::readdir, Call::mkdir, Call::symlink,
+                            Call::fchmod, Call::chmod, Call::readlink, Call::lstat, Call::close}) {
+        const Fault fault(call, call == Call::lstat ? 2 : 0, 1, EIO);
+        EXPECT_FALSE(manager_->copyPath(path("tree"), path("copy"))) << static_cast<unsigned>(call);
+        EXPECT_EQ(errno, EIO);
+        EXPECT_EQ(fault.hits(), 1u);
+        manager_->removeFileAtPath(path("copy"));
+    }
+    {
+        const Fault stuck(Call::unlink, 0, 1, EBUSY);
+        EXPECT_FALSE(manager_->removeFileAtPath(path("tree")));
+        EXPECT_EQ(errno, EBUSY);
+        EXPECT_EQ(manager_->subpathsAtPath(path("tree"))->count(), 1u); // all but that one is gone
+    }
+    const Fault noMemory(Call::read, 0, 1, EIO);
+    directory_.write("f", "x");
+    EXPECT_EQ(manager_->contentsAtPath(path("f")), nullptr);
+}
+
+TEST_F(NSFileManagerTest, PathsThatNameNothingAreRefused) {
+    directory_.write("f", "x");
+    NSString *cut = NSString::stringWith(directory_ / "f"s + "\0g"s);
+    for (NSString *bad : {cut, static_cast<NSString *>(nullptr), ""_ns}) {
+        EXPECT_FALSE(manager_->fileExistsAtPath(bad));
+        EXPECT_FALSE(manager_->createFileAtPath(bad, nullptr, nullptr));
+        EXPECT_FALSE(manager_->createDirectoryAtPath(bad, nullptr));
+        EXPECT_FALSE(manager_->removeFileAtPath(bad));
+        EXPECT_FALSE(manager_->copyPath(path("f"), bad));
+        EXPECT_FALSE(manager_->movePath(bad, path("g")));
+        EXPECT_FALSE(manager_->contentsEqualAtPath(bad, path("f")));
+        EXPECT_FALSE(manager_->changeCurrentDirectoryPath(bad));
+        EXPECT_EQ(manager_->contentsAtPath(bad), nullptr);
+        EXPECT_EQ(manager_->subpathsAtPath(bad), nullptr);
+    }
+    EXPECT_EQ(directory_.names(), std::vector<std::string>{"f"});
+}
+
+TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
+    NSDictionary *attributes =
+        NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(0700), NSFilePosixPermissions);
+    EXPECT_TRUE(manager_->createDirectoryAtPath(path("d"), attributes));
+    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("d"), NO)), 0700u);
+    EXPECT_FALSE(manager_->createDirectoryAtPath(path("d"), nullptr));
+    NSString *before = manager_->currentDirectoryPath();
+    EXPECT_TRUE(manager_->changeCurrentDirectoryPath(path("d")));
+    EXPECT_EQ(manager_->currentDirectoryPath()->view(), directory_ / "d");
+    EXPECT_TRUE(manager_->createFileAtPath("here"_ns, nullptr, nullptr));
+    EXPECT_TRUE(manager_->isDeletableFileAtPath("here"_ns));
+    EXPECT_TRUE(manager_->changeCurrentDirectoryPath(before));
+    EXPECT_EQ(directory_.names("d"), std::vector<std::string>{"here"});
+}
