@@ -2,8 +2,8 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
-#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -39,6 +39,7 @@
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
@@ -95,6 +96,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
         {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
