@@ -2,8 +2,8 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
-#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -30,6 +30,8 @@
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
@@ -37,6 +39,7 @@
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
@@ -49,8 +52,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"IdCreator", &IdCreator::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
-        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
@@ -68,9 +71,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSProcessInfo", &NSProcessInfo::cls},
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
-        {"OSFilePath", &OSFilePath::cls},
         {"NSTimeZone", &NSTimeZone::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
@@ -84,6 +87,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFileInputStream", &QBFileInputStream::cls},
+        {"QBFileOutputStream", &QBFileOutputStream::cls},
         {"QBFoundationInitializer", &QBFoundationInitializer::cls},
         {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
         {"QBInputFilter", &QBInputFilter::cls},
@@ -91,6 +96,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
         {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };

@@ -34,6 +34,8 @@ constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorMalformedPropertyList = 900001;
 constexpr int kErrorMalformedArchive = 900002;
+constexpr int kErrorTooDeep = 900003;
+constexpr int kErrorMalformedPropertyListFile = 900004;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
@@ -59,6 +61,9 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedPropertyList, "line, column, what was expected",
      "The property list is malformed in line %d, column %d: expected %s."},
     {kErrorMalformedArchive, "byte offset, what is wrong", "The archive is malformed at byte %d: %s."},
+    {kErrorTooDeep, "depth", "A value could not be written because it is nested more than %d levels deep."},
+    {kErrorMalformedPropertyListFile, "path, line, column, what was expected",
+     "The property list in the file '%s' is malformed in line %d, column %d: expected %s."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

@@ -5,8 +5,8 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
-#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -36,6 +36,8 @@
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
@@ -43,6 +45,8 @@
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Send.h>

@@ -6,6 +6,7 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 
 #include <algorithm>
@@ -78,8 +79,9 @@ Class *NSArray::cls() {
         qb::method<"indexOfObject:", std::uint32_t(id)>(&NSArray::indexOfObject),
         qb::method<"isEqualToArray:">(&NSArray::isEqualToArray),
     };
-    static Class *const self = new Class("NSArray", NSObject::cls(), {methods}, qb::construct<NSArray>,
-                                         {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self =
+        new Class("NSArray", NSObject::cls(), {methods, qb::tables::arrayPropertyListFile()},
+                  qb::construct<NSArray>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

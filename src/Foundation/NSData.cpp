@@ -30,9 +30,9 @@ Class *NSData::cls() {
         qb::method<"getBytes:range:">(&NSData::getBytes),
         qb::method<"isEqualToData:">(&NSData::isEqualToData),
     };
-    static Class *const self =
-        new Class("NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList()}, qb::construct<NSData>,
-                  {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self = new Class(
+        "NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList(), qb::tables::dataFile()},
+        qb::construct<NSData>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

@@ -51,6 +51,20 @@ public:
     /// As `propertyList` of the string with these bytes.
     virtual id propertyList() const;
 
+    // --- Files ---
+
+    /// Returns the file's bytes. Returns nil after 100039 (path) for a file that is not there, and 100023
+    /// (path, system text) for one that can't be read. Throws InvalidArgumentException when `path` is nil, as
+    /// `writeToFile` does.
+    static NSData *dataWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSData> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSData>(&NSData::setUpWithContentsOfFile, path);
+    }
+    /// Writes the bytes through a `QBFileOutputStream`. Returns NO after its errors.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return length_ != 0; }
@@ -67,6 +81,8 @@ public:
 protected:
     /// The initialiser `initWithBytes:length:`.
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
+    /// The initialiser `initWithContentsOfFile:`.
+    virtual BOOL setUpWithContentsOfFile(NSString *path);
     void reserve(std::uint64_t capacity);
     void append(const void *bytes, std::uint32_t length);
 
@@ -93,6 +109,12 @@ public:
         return initWithBytes(bytes, length).autorelease();
     }
     static NSMutableData *dataWithData(NSData *other);
+    static NSMutableData *dataWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableData> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSMutableData>(&NSMutableData::setUpWithContentsOfFile, path);
+    }
 
     virtual void appendBytes(const void *bytes, std::uint32_t length) { append(bytes, length); }
     virtual void appendData(NSData *other);

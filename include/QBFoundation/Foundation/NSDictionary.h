@@ -70,6 +70,24 @@ public:
     virtual BOOL isEqualToDictionary(NSDictionary *other) const;
     std::uint32_t hash() const override { return count(); }
 
+    // --- Files ---
+
+    /// Returns the dictionary whose property-list text the file holds. Returns nil after 100039 (path) for a
+    /// file that is not there, 100023 (path, system text) for one that can't be read, and 900004 (path, line,
+    /// column, what was expected) for a malformed one or another value. Throws InvalidArgumentException when
+    /// `path` is nil, as `writeToFile` does.
+    static NSDictionary *dictionaryWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSDictionary> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpWithContentsOfFile, path);
+    }
+    /// Writes the dictionary's property-list text through a `QBFileOutputStream`.
+    ///
+    /// Returns NO after its errors, and after 900003 (depth) when the dictionary is nested too deeply; the
+    /// file then is as it was.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return count() != 0; }
@@ -120,6 +138,8 @@ public:
 protected:
     /// The initialiser `initWithDictionary:`.
     virtual BOOL setUpWithDictionary(NSDictionary *other);
+    /// The initialiser `initWithContentsOfFile:`.
+    virtual BOOL setUpWithContentsOfFile(NSString *path);
     virtual BOOL setUpWithObjectForKey(id object, id key);
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
@@ -157,6 +177,12 @@ public:
     /// Returns an empty dictionary with room for `capacity` keys.
     static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableDictionary> initWithDictionary(NSDictionary *other);
+    static NSMutableDictionary *dictionaryWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableDictionary> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithContentsOfFile, path);
+    }
 
     /// Stores `object` under `key`. Throws InvalidArgumentException when one of them is nil.
     virtual void setObjectForKey(id object, id key);
