@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
@@ -73,6 +74,8 @@ Class *NSNumber::cls() {
         qb::method<"doubleValue">(&NSNumber::doubleValue),
         qb::method<"isEqualToNumber:">(&NSNumber::isEqualToNumber),
         qb::method<"compare:">(&NSNumber::compare),
+        qb::initialiser<"initWithCoder:">(&NSNumber::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSNumber::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSNumber", NSObject::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});

@@ -58,12 +58,14 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSData> copy() const;
     Ref<NSMutableData> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
     void writeOnPropertyListOutputStream(QBOutputStream *stream) override;
 
 protected:
     /// The initialiser `initWithBytes:length:`.
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     void reserve(std::uint64_t capacity);
     void append(const void *bytes, std::uint32_t length);
 

@@ -74,6 +74,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSDictionary> copy() const;
     Ref<NSMutableDictionary> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
@@ -117,6 +118,7 @@ protected:
     /// The initialiser `initWithDictionary:`.
     virtual BOOL setUpWithDictionary(NSDictionary *other);
     virtual BOOL setUpWithObjectForKey(id object, id key);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
 
