@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSArray.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -78,6 +79,8 @@ Class *NSArray::cls() {
         qb::method<"containsObject:">(&NSArray::containsObject),
         qb::method<"indexOfObject:", std::uint32_t(id)>(&NSArray::indexOfObject),
         qb::method<"isEqualToArray:">(&NSArray::isEqualToArray),
+        qb::initialiser<"initWithCoder:">(&NSArray::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSArray::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSArray", NSObject::cls(), {methods, qb::tables::arrayPropertyListFile()},

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSData.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -29,6 +30,8 @@ Class *NSData::cls() {
         qb::method<"length">(&NSData::length),
         qb::method<"getBytes:range:">(&NSData::getBytes),
         qb::method<"isEqualToData:">(&NSData::isEqualToData),
+        qb::initialiser<"initWithCoder:">(&NSData::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSData::encodeWithCoder),
     };
     static Class *const self = new Class(
         "NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList(), qb::tables::dataFile()},

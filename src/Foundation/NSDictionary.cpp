@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -24,6 +25,8 @@ Class *NSDictionary::cls() {
         qb::method<"keyEnumerator">(&NSDictionary::keyEnumerator),
         qb::method<"objectEnumerator">(&NSDictionary::objectEnumerator),
         qb::method<"isEqualToDictionary:">(&NSDictionary::isEqualToDictionary),
+        qb::initialiser<"initWithCoder:">(&NSDictionary::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSDictionary::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSDictionary", NSObject::cls(), {methods, qb::tables::dictionaryPropertyListFile()},

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
@@ -77,6 +78,8 @@ Class *NSNumber::cls() {
         qb::method<"isEqualToNumber:">(&NSNumber::isEqualToNumber),
         qb::method<"compare:">(&NSNumber::compare),
         qb::method<"asNumber">(&NSNumber::asNumber),
+        qb::initialiser<"initWithCoder:">(&NSNumber::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSNumber::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSNumber", NSObject::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});

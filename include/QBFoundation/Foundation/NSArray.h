@@ -98,6 +98,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSArray> copy() const;
     Ref<NSMutableArray> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
@@ -128,6 +129,7 @@ public:
 protected:
     /// The initialiser of subclasses from elements that are not nil.
     virtual BOOL setUpWithObjects(const id *objects, std::uint32_t count);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
     [[noreturn]] static void throwMutated();
 

@@ -75,6 +75,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSData> copy() const;
     Ref<NSMutableData> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
     void writeOnPropertyListOutputStream(QBOutputStream *stream) override;
 
@@ -83,6 +84,7 @@ protected:
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
     /// The initialiser `initWithContentsOfFile:`.
     virtual BOOL setUpWithContentsOfFile(NSString *path);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     void reserve(std::uint64_t capacity);
     void append(const void *bytes, std::uint32_t length);
 

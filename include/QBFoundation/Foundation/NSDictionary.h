@@ -96,6 +96,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSDictionary> copy() const;
     Ref<NSMutableDictionary> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
@@ -141,6 +142,7 @@ protected:
     /// The initialiser `initWithContentsOfFile:`.
     virtual BOOL setUpWithContentsOfFile(NSString *path);
     virtual BOOL setUpWithObjectForKey(id object, id key);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
 

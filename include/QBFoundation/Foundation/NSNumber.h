@@ -52,6 +52,7 @@ public:
     NSString *stringValue() const override;
     NSString *description() const override { return stringValue(); }
     NSString *descriptionWithLocale(NSDictionary *locale) const override;
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
     // --- asNumberSupport ---
@@ -67,6 +68,7 @@ protected:
     virtual BOOL setUpWithLongLong(std::int64_t value);
     virtual BOOL setUpWithUnsignedLongLong(std::uint64_t value);
     virtual BOOL setUpWithDouble(double value);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
     std::int64_t integerValue() const;

@@ -87,6 +87,7 @@ public:
     /// Returns the elements as those of an array are described.
     NSString *description() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSSet> copy() const;
     Ref<NSMutableSet> mutableCopy() const;
@@ -130,6 +131,7 @@ protected:
     virtual BOOL setUpWithObject(id object);
     virtual BOOL setUpWithArray(NSArray *array);
     virtual BOOL setUpWithSet(NSSet *other);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Adds an element that is not equal to one that is there.
     void insert(id object);
 

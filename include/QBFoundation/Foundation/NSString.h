@@ -145,6 +145,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSString> copy() const;
     Ref<class NSMutableString> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Formats ---
@@ -376,6 +377,7 @@ public:
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Replaces the bytes by a copy of others, for mutable subclasses.
     void replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by);
     /// The bytes of `range`. Throws NSRangeException, naming the selector, when it is not inside the text.
