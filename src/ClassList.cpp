@@ -24,6 +24,7 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
@@ -63,6 +64,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSProcess", &OSProcess::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
+        {"NSValue", &NSValue::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},

@@ -30,6 +30,7 @@
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
