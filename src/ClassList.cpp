@@ -16,11 +16,12 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
@@ -35,8 +36,8 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
-#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
@@ -87,6 +88,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSProcess", &OSProcess::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
+        {"NSValue", &NSValue::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBool", &QBBool::cls},

@@ -38,6 +38,7 @@
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>

@@ -118,6 +118,8 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToString(NSString *other) const;
     std::uint32_t hash() const override;
+    /// What `hash` returns unless a subclass overrides it.
+    std::uint32_t ownHash() const { return flags_ & kKnowsHash ? hash_ : NSString::hash(); }
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
