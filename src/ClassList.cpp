@@ -20,17 +20,30 @@
 #include <QBFoundation/Foundation/NSUnarchiver.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
+#include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBInputFilter.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/Runtime/Class.h>
 
@@ -43,9 +56,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSArchiver", &NSArchiver::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
-        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
         {"NSCoder", &NSCoder::cls},
+        {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
@@ -68,6 +81,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSTimeZone", &NSTimeZone::cls},
         {"NSUnarchiver", &NSUnarchiver::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
@@ -75,11 +89,23 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSUserIO", &OSUserIO::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
+        {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
+        {"QBFileInputStream", &QBFileInputStream::cls},
+        {"QBFileOutputStream", &QBFileOutputStream::cls},
+        {"QBFoundationInitializer", &QBFoundationInitializer::cls},
+        {"QBFilePointerInputStream", &QBFilePointerInputStream::cls},
+        {"QBInputFilter", &QBInputFilter::cls},
+        {"QBInputStream", &QBInputStream::cls},
+        {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
+        {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
     };
     return classes;

@@ -1,16 +1,20 @@
 #include <QBFoundation/QBErrorHandler.h>
 
 #include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "System/Process.h"
 
-#include <cstdio>
+#include <utility>
 
 namespace {
 
 constexpr const char *kFile = "src/QBErrorHandler";
+
+constexpr int kLineOfTrace = 282;
 
 // The lines that the forms without a place of their own name as theirs.
 constexpr int kLineWithObjects = 301;
@@ -115,15 +119,24 @@ void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int
     raiseErrorInFileWithArgList(file, line, error, argList, objects, nullptr);
 }
 
-void QBErrorHandler::raiseErrorInFileWithArgList(const char *, int, int error, const qb::ArgList &argList,
-                                                 NSArray *objects, NSString *defaultFormat) {
+void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
+                                                 const qb::ArgList &argList, NSArray *objects,
+                                                 NSString *defaultFormat) {
     if (isRaisingError())
         return;
     const Ref<NSMutableArray> description = describe(error, argList, nullptr, defaultFormat);
-    const Raising raising(this);
-    description->addObjectsFromArray(objects);
-    addErrorDescr(description);
-    setErrorState(ERRORSTATE_ERROR);
+    {
+        const Raising raising(this);
+        description->addObjectsFromArray(objects);
+        addErrorDescr(description);
+        setErrorState(ERRORSTATE_ERROR);
+    }
+    if (debug >= 1)
+        qb::trace(DEBUG_CHANNEL_UTILS,
+                  {kFile, kLineOfTrace, this,
+                   "raiseErrorInFile:inLine:error:withArgList:andObjects:withDefaultFormat:"},
+                  "raised error %d in %s:%d: %s", error, file ? file : "<null>", line,
+                  description->objectAtIndex(0));
 }
 
 void QBErrorHandler::raiseErrorWithObjectsWithArgList(NSArray *objects, int error,
@@ -215,7 +228,8 @@ NSArray *QBErrorHandler::errorDescr() {
         return NSArray::array();
     if (errorState() == ERRORSTATE_FATAL)
         return fatalErrorDescr_ ? fatalErrorDescr_.get() : NSArray::array();
-    return stackTrace()->count() ? qb::castOrNil<NSArray>(stackTrace()->objectAtIndex(0)) : NSArray::array();
+    auto *newest = stackTrace()->count() ? qb::castOrNil<NSArray>(stackTrace()->objectAtIndex(0)) : nullptr;
+    return newest ? newest : NSArray::array(); // a stack that a caller put in may hold anything
 }
 
 NSString *QBErrorHandler::errorMessage() {
@@ -308,10 +322,11 @@ NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
                                                 errorMessage(), text);
 }
 
+// The messages are the format themselves: a "%" in them is read as a conversion.
 void QBErrorHandler::terminateBecauseOfFatalError() {
     NSString *const messages = errorStackMessagesStringWithIndent(nullptr);
-    std::fprintf(stderr, "%s\n", messages->cString());
-    std::exit(-1);
+    OSLogger::loggerForCategory("alert"_ns)->logWithLevelFormat(0, messages);
+    qb::sys::exit(-1);
 }
 
 // --- Saving errors ---

@@ -1,7 +1,16 @@
 #include <QBFoundation/QBNil.h>
 
 #include <QBFoundation/Foundation/NSInvocation.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/Runtime/MethodTable.h>
+
+namespace {
+
+constexpr const char *kFile = "src/QBNil";
+constexpr int kLineOfForwarding = 39;
+constexpr int kLeastDebugOfForwarding = 7;
+
+} // namespace
 
 BOOL IsNil(id object) {
     return !object || object->isNil();
@@ -24,6 +33,12 @@ QBNil *QBNil::new_() {
     return shared;
 }
 
-void QBNil::forwardInvocation(NSInvocation *) {}
+void QBNil::forwardInvocation(NSInvocation *invocation) {
+    if (debug < kLeastDebugOfForwarding)
+        return;
+    const SEL selector = invocation ? invocation->selector() : nullptr;
+    qb::trace(DEBUG_CHANNEL_MISC, {kFile, kLineOfForwarding, this, "forwardInvocation:"}, "%s==%s", "sel",
+              selector ? selector->text() : "<nil>");
+}
 
 void QBNil::encodeWithCoder(NSCoder *) const {}

@@ -37,6 +37,8 @@ public:
 
     // What every object answers, answered with nothing.
     NSComparisonResult compare(id) const override { return NSOrderedSame; }
+    NSString *description() const override { return nullptr; }
+    NSString *descriptionWithLocale(NSDictionary *) const override { return nullptr; }
     id makeMutable() const override { return self(); }
     void doesNotRecognizeSelector(SEL) const override {}
     NSData *asData() const override { return nullptr; }

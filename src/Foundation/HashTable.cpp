@@ -115,6 +115,15 @@ void HashTable::removeAll() noexcept {
     freeBuffer(entries, bytes);
 }
 
+void HashTable::swap(HashTable &other) noexcept {
+    std::swap(entries_, other.entries_);
+    std::swap(slots_, other.slots_);
+    std::swap(mask_, other.mask_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(used_, other.used_);
+    std::swap(count_, other.count_);
+}
+
 void HashTable::reserve(std::uint32_t count) {
     if (count > capacity_)
         rebuild(count);

@@ -7,6 +7,7 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 
 #include <algorithm>
@@ -81,8 +82,9 @@ Class *NSArray::cls() {
         qb::initialiser<"initWithCoder:">(&NSArray::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSArray::encodeWithCoder),
     };
-    static Class *const self = new Class("NSArray", NSObject::cls(), {methods}, qb::construct<NSArray>,
-                                         {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self =
+        new Class("NSArray", NSObject::cls(), {methods, qb::tables::arrayPropertyListFile()},
+                  qb::construct<NSArray>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSAutoreleasePool.Tables.h"
 #include "System/Memory.h"
 
 #include <new>
@@ -23,7 +24,8 @@ Class *NSAutoreleasePool::cls() {
         qb::method<"addObject:">(&NSAutoreleasePool::addObject),
         qb::method<"drain">(&NSAutoreleasePool::drain),
     };
-    static Class *const self = new Class("NSAutoreleasePool", NSObject::cls(), {methods});
+    static Class *const self =
+        new Class("NSAutoreleasePool", NSObject::cls(), {methods, qb::tables::autoreleasePoolAdditions()});
     return self;
 }
 

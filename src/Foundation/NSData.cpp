@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSData.Tables.h"
 #include "System/Memory.h"
 #include "Text/Hash.h"
 #include "Text/Hex.h"
@@ -32,8 +33,9 @@ Class *NSData::cls() {
         qb::initialiser<"initWithCoder:">(&NSData::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSData::encodeWithCoder),
     };
-    static Class *const self = new Class("NSData", NSObject::cls(), {methods}, qb::construct<NSData>,
-                                         {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self = new Class(
+        "NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList(), qb::tables::dataFile()},
+        qb::construct<NSData>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

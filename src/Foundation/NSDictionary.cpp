@@ -6,6 +6,7 @@
 
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 
 #include <string>
@@ -28,8 +29,8 @@ Class *NSDictionary::cls() {
         qb::method<"encodeWithCoder:">(&NSDictionary::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSDictionary", NSObject::cls(), {methods}, qb::construct<NSDictionary>,
-                  {"NSCopying", "NSMutableCopying", "NSCoding"});
+        new Class("NSDictionary", NSObject::cls(), {methods, qb::tables::dictionaryPropertyListFile()},
+                  qb::construct<NSDictionary>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

@@ -54,10 +54,13 @@ NSComparisonResult compareIntegerToReal(std::int64_t low, bool isUnsigned, doubl
 Class *NSNumber::cls() {
     static const qb::Method methods[] = {
         qb::maker<"numberWithBool:">(&NSNumber::setUpWithBool),
+        qb::classMethod<"numberWithChar:">(&NSNumber::numberWithChar),
+        qb::classMethod<"numberWithShort:">(&NSNumber::numberWithShort),
         qb::maker<"numberWithInt:">(&NSNumber::setUpWithInt),
         qb::maker<"numberWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
         qb::classMethod<"numberWithLongLong:">(&NSNumber::numberWithLongLong),
         qb::classMethod<"numberWithUnsignedLongLong:">(&NSNumber::numberWithUnsignedLongLong),
+        qb::classMethod<"numberWithFloat:">(&NSNumber::numberWithFloat),
         qb::maker<"numberWithDouble:">(&NSNumber::setUpWithDouble),
         qb::initialiser<"initWithBool:">(&NSNumber::setUpWithBool),
         qb::initialiser<"initWithInt:">(&NSNumber::setUpWithInt),
@@ -76,6 +79,7 @@ Class *NSNumber::cls() {
         qb::method<"compare:">(&NSNumber::compare),
         qb::initialiser<"initWithCoder:">(&NSNumber::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSNumber::encodeWithCoder),
+        qb::method<"asNumber">(&NSNumber::asNumber),
     };
     static Class *const self =
         new Class("NSNumber", NSObject::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});

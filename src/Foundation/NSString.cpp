@@ -87,7 +87,9 @@ Class *NSString::cls() {
         {methods, qb::tables::stringCreation(), qb::tables::stringComparison(), qb::tables::stringFormat(),
          qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
          qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
-         qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation()},
+         qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation(),
+         qb::tables::stringHtmlEscaping(), qb::tables::stringUtf8Conversion(),
+         qb::tables::stringPropertyList()},
         qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
@@ -107,20 +109,27 @@ void NSString::operator delete(void *memory, std::size_t size) noexcept {
         qb::freeObjectOfUnknownSize(memory);
 }
 
-Ref<NSString> NSString::makeShort(std::string_view bytes) {
-    void *const memory = qb::allocateObject(sizeof(NSString) + bytes.size() + 1);
-    char *const text = static_cast<char *>(memory) + sizeof(NSString);
-    std::memcpy(text, bytes.data(), bytes.size());
-    text[bytes.size()] = '\0';
-    return Ref<NSString>::adopt(new (memory) NSString(text, static_cast<std::uint32_t>(bytes.size()), 0));
+// Makes a string whose bytes, but for the last NUL, are still to be written.
+Ref<NSString> NSString::makeUnfilled(std::size_t length, char *&bytes) {
+    if (length >= qb::kLargestPooledSize - sizeof(NSString)) {
+        auto string = Ref<NSString>::adopt(new NSString);
+        string->reserve(checkedLength(length));
+        string->byteLength_ = static_cast<std::uint32_t>(length);
+        string->flags_ = kOwnsBytes;
+        bytes = string->ownBytes();
+        bytes[length] = '\0';
+        return string;
+    }
+    void *const memory = qb::allocateObject(sizeof(NSString) + length + 1);
+    bytes = static_cast<char *>(memory) + sizeof(NSString);
+    bytes[length] = '\0';
+    return Ref<NSString>::adopt(new (memory) NSString(bytes, static_cast<std::uint32_t>(length), 0));
 }
 
 Ref<NSString> NSString::initWith(std::string_view bytes) {
     if (bytes.empty())
         return Ref<NSString>::adopt(new NSString);
-    if (sizeof(NSString) + bytes.size() + 1 <= qb::kLargestPooledSize)
-        return makeShort(bytes);
-    return qb::init<NSString>(&NSString::setUpWithBytes, bytes.data(), checkedLength(bytes.size()));
+    return initFilled(bytes.size(), [&](char *target) { std::memcpy(target, bytes.data(), bytes.size()); });
 }
 
 Ref<NSString> NSString::initOfClass(Class *asked, std::string_view bytes) {

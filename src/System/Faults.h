@@ -10,7 +10,7 @@
 namespace qb::sys {
 
 /// The calls that can be counted and made to fail, by the names of their functions (`readLine`: `fgets`,
-/// `allocateAligned`: `allocate`).
+/// `allocateAligned`: `allocate`, `openat`: `open`).
 ///
 /// Calls that cannot fail (`getpid`, the clocks, `rand` …) are not among them. `any` stands for each of them,
 /// `end` is their number.

@@ -12,6 +12,10 @@ int open(const char *path, int flags, mode_t mode) noexcept {
     return repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); });
 }
 
+int openat(int directory, const char *path, int flags, mode_t mode) noexcept {
+    return repeat(Call::open, [&] { return ::openat(directory, path, flags | O_CLOEXEC, mode); });
+}
+
 int openExclusive(const char *path, mode_t mode) noexcept {
     return open(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
 }
@@ -178,6 +182,10 @@ int utimensat(const char *path, const timespec times[2]) noexcept {
 
 DIR *opendir(const char *path) noexcept {
     return repeat(Call::opendir, [&] { return ::opendir(path); });
+}
+
+int dirfd(DIR *directory) noexcept {
+    return ::dirfd(directory);
 }
 
 dirent *readdir(DIR *directory) noexcept {

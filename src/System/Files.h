@@ -21,6 +21,8 @@ namespace qb::sys {
 
 /// Opens `path`; `mode` (less the umask) is for a file that is created.
 int open(const char *path, int flags, mode_t mode = 0666) noexcept;
+/// As `open`; a relative path is one in the open directory (the call `open` to faults).
+int openat(int directory, const char *path, int flags, mode_t mode = 0666) noexcept;
 /// Creates `path` for reading and writing; EEXIST when anything has that name already, be it a dangling link.
 int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
@@ -97,6 +99,8 @@ int utimensat(const char *path, const timespec times[2]) noexcept;
 
 /// Opens a directory for `readdir`.
 DIR *opendir(const char *path) noexcept;
+/// Returns the directory's descriptor, which stays the directory's.
+int dirfd(DIR *directory) noexcept;
 /// Returns the next entry, valid until the next call; null with errno 0 at the end, null with an error
 /// otherwise.
 dirent *readdir(DIR *directory) noexcept;

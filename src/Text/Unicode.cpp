@@ -37,14 +37,17 @@ constexpr bool isAsciiIn(std::uint32_t codePoint, char first, char last) {
     return codePoint >= static_cast<std::uint32_t>(first) && codePoint <= static_cast<std::uint32_t>(last);
 }
 
+// What conversions see in place of a malformed byte, which stays: a character without case.
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
 // Appends the character at `position` as `convert` wants it; returns the bytes used.
 template <class Convert>
 std::size_t appendConverted(std::string &target, const char *position, const char *end, Convert convert) {
     std::uint32_t codePoint = 0;
     const std::size_t used = decodeLenient(position, end, &codePoint);
     const bool isMalformed = used == 1 && codePoint >= 0x80;
-    const std::uint32_t other = isMalformed ? codePoint : convert(codePoint);
-    if (other == codePoint) {
+    const std::uint32_t other = convert(isMalformed ? kReplacement : codePoint);
+    if (isMalformed || other == codePoint) {
         target.append(position, used);
         return used;
     }

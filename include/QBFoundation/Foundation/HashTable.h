@@ -42,6 +42,9 @@ public:
     bool remove(const NSObject *key);
     void removeAll() noexcept;
 
+    /// Exchanges the contents of the tables.
+    void swap(HashTable &other) noexcept;
+
     /// Makes room for `count` entries. Throws std::bad_alloc, with the table unchanged.
     void reserve(std::uint32_t count);
 

@@ -74,6 +74,22 @@ public:
     virtual BOOL isEqualToArray(NSArray *other) const;
     std::uint32_t hash() const override { return count_; }
 
+    // --- Files ---
+
+    /// Returns the array whose property-list text the file holds. Returns nil after 100039 (path) for a file
+    /// that is not there, 100023 (path, system text) for one that can't be read, and 900004 (path, line,
+    /// column, what was expected) for a malformed one or another value. Throws InvalidArgumentException when
+    /// `path` is nil, as `writeToFile` does.
+    static NSArray *arrayWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSArray> initWithContentsOfFile(NSString *path);
+    /// Writes the array's property-list text through a `QBFileOutputStream`.
+    ///
+    /// Returns NO after its errors, and after 900003 (depth) when the array is nested too deeply; the file
+    /// then is as it was.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return count_ != 0; }
@@ -152,6 +168,10 @@ public:
     static Ref<NSMutableArray> init() { return initWith(std::span<const id>()); }
     static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableArray> initWithArray(NSArray *other);
+    static NSMutableArray *arrayWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableArray> initWithContentsOfFile(NSString *path);
 
     /// Appends. Throws InvalidArgumentException when `object` is nil, as all that take an element do.
     virtual void addObject(id object);

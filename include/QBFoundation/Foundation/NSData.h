@@ -48,6 +48,23 @@ public:
     virtual BOOL isEqualToData(NSData *other) const;
     std::uint32_t hash() const override;
 
+    /// As `propertyList` of the string with these bytes.
+    virtual id propertyList() const;
+
+    // --- Files ---
+
+    /// Returns the file's bytes. Returns nil after 100039 (path) for a file that is not there, and 100023
+    /// (path, system text) for one that can't be read. Throws InvalidArgumentException when `path` is nil, as
+    /// `writeToFile` does.
+    static NSData *dataWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSData> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSData>(&NSData::setUpWithContentsOfFile, path);
+    }
+    /// Writes the bytes through a `QBFileOutputStream`. Returns NO after its errors.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return length_ != 0; }
@@ -66,6 +83,8 @@ protected:
     /// The initialiser `initWithBytes:length:`.
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
     BOOL setUpWithCoder(NSCoder *coder) override;
+    /// The initialiser `initWithContentsOfFile:`.
+    virtual BOOL setUpWithContentsOfFile(NSString *path);
     void reserve(std::uint64_t capacity);
     void append(const void *bytes, std::uint32_t length);
 
@@ -92,6 +111,12 @@ public:
         return initWithBytes(bytes, length).autorelease();
     }
     static NSMutableData *dataWithData(NSData *other);
+    static NSMutableData *dataWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableData> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSMutableData>(&NSMutableData::setUpWithContentsOfFile, path);
+    }
 
     virtual void appendBytes(const void *bytes, std::uint32_t length) { append(bytes, length); }
     virtual void appendData(NSData *other);

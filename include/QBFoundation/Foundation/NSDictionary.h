@@ -13,6 +13,10 @@
 
 class NSMutableDictionary;
 
+namespace qb {
+class PropertyListReader;
+}
+
 /// Values by key, in the order in which the keys were first put in; it does not change.
 ///
 /// Keys are copied (the copy of an immutable value is the value itself) and compared with `isEqual:`; values
@@ -66,6 +70,24 @@ public:
     virtual BOOL isEqualToDictionary(NSDictionary *other) const;
     std::uint32_t hash() const override { return count(); }
 
+    // --- Files ---
+
+    /// Returns the dictionary whose property-list text the file holds. Returns nil after 100039 (path) for a
+    /// file that is not there, 100023 (path, system text) for one that can't be read, and 900004 (path, line,
+    /// column, what was expected) for a malformed one or another value. Throws InvalidArgumentException when
+    /// `path` is nil, as `writeToFile` does.
+    static NSDictionary *dictionaryWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSDictionary> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpWithContentsOfFile, path);
+    }
+    /// Writes the dictionary's property-list text through a `QBFileOutputStream`.
+    ///
+    /// Returns NO after its errors, and after 900003 (depth) when the dictionary is nested too deeply; the
+    /// file then is as it was.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- What every value answers ---
 
     BOOL containsData() const override { return count() != 0; }
@@ -117,12 +139,18 @@ public:
 protected:
     /// The initialiser `initWithDictionary:`.
     virtual BOOL setUpWithDictionary(NSDictionary *other);
+    /// The initialiser `initWithContentsOfFile:`.
+    virtual BOOL setUpWithContentsOfFile(NSString *path);
     virtual BOOL setUpWithObjectForKey(id object, id key);
     BOOL setUpWithCoder(NSCoder *coder) override;
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
 
     [[noreturn]] static void throwMutated();
+
+private:
+    friend class NSMutableDictionary;
+    friend class qb::PropertyListReader; // which fills the table without looking each key up twice
 
     std::uint32_t mutations_ = 0; // of keys, counted so that enumerations notice them
     qb::HashTable table_;
@@ -151,6 +179,12 @@ public:
     /// Returns an empty dictionary with room for `capacity` keys.
     static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableDictionary> initWithDictionary(NSDictionary *other);
+    static NSMutableDictionary *dictionaryWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableDictionary> initWithContentsOfFile(NSString *path) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithContentsOfFile, path);
+    }
 
     /// Stores `object` under `key`. Throws InvalidArgumentException when one of them is nil.
     virtual void setObjectForKey(id object, id key);

@@ -77,6 +77,16 @@ public:
     /// Returns a string with the bytes of `data` as they are; nil gives the empty string.
     static Ref<NSString> initWithData(NSData *data);
 
+    /// Returns a string of `length` bytes that `fill(char *)` writes, owned: what is rendered piece by piece
+    /// needs no copy.
+    template <class F>
+    static Ref<NSString> initFilled(std::size_t length, F &&fill) {
+        char *bytes = nullptr;
+        Ref<NSString> string = makeUnfilled(length, bytes);
+        fill(bytes);
+        return string;
+    }
+
     // --- Bytes and characters ---
 
     /// The bytes, behind which a NUL stands.
@@ -310,6 +320,60 @@ public:
     /// milliseconds. Seconds and milliseconds come from two readings of the clock.
     static NSString *currentDateAsISODateTimeStringWithMilliSeconds();
 
+    // --- HTMLEscaping ---
+
+    /// Where escaping goes on: called at a skip character, with its position and the end of the text.
+    using SkipFunction = const char *(*)(const char *position, const char *end);
+
+    /// Returns the text with <, >, & and " as entities; the receiver itself when there is nothing to replace,
+    /// as all of these operations do.
+    virtual NSString *stringWithEscapedHtml() const;
+    virtual NSString *stringWithEscapedHtmlLTandGTandAMP() const;
+    virtual NSString *stringWithEscapedHtmlQuotes() const;
+    virtual NSString *stringWithEscapedHtmlQuotesSkipWith(SkipFunction skipFunction, char on) const;
+    /// The general form: replaces the characters whose flags are set. At each byte `on`, `skipWith` (or null)
+    /// says where to go on; what it skips stays as it is. The end that it is given is the start plus
+    /// `length`.
+    virtual NSString *stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quot, SkipFunction skipWith,
+                                              char on) const;
+    /// Replaces the "&" of each entity by its character; the rest of the entity stays: "&lt;" gives "<lt;".
+    virtual NSString *stringWithUnescapedHtml() const;
+    virtual NSString *stringWithUnescapedHtmlLTandGTandAMP() const;
+    virtual NSString *stringWithUnescapedHtmlQuotes() const;
+    virtual NSString *stringWithUnescapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quot) const;
+
+    // --- UTF8Conversion ---
+
+    /// Returns the byte offset of the character with index `count`; 0 for a negative one. Sequences of up to
+    /// six bytes are characters. Stops at the end of the text, and raises 100231 (byte offset) at an invalid
+    /// sequence, whose offset it returns.
+    static std::int32_t _indexOfUtf8Index(std::int32_t count, const char *in);
+    /// Returns the number of characters, up to the first invalid sequence, which raises 100231 (byte offset).
+    virtual std::int32_t utf8CharCount() const;
+    /// Raises 100231 (byte offset) when there is an invalid sequence.
+    virtual void verifyUTF8() const { utf8CharCount(); }
+    /// Returns `length` characters from `index` on; the empty string when the text is malformed up to
+    /// there; that error, 100231 (byte offset), then stands behind those that were pending.
+    virtual NSString *utf8SubstringFromIndex(std::int32_t index, std::int32_t length) const;
+    /// Returns the byte offset of the first invalid sequence, -1 when there is none. Raises nothing.
+    virtual std::int32_t indexOfFirstCorruptUtf8Character() const;
+    /// Returns the byte offset of the first valid sequence; the text's length in bytes when there is none.
+    virtual std::int32_t indexOfFirstCorrectUtf8Character() const;
+    /// Raises 100242 (code point) for each character that lies in one of the `count` ranges, both ends
+    /// included; an invalid sequence raises 100231 (byte offset) and ends the check.
+    static void verifyUTF8(const char *text, const NSRange *withInvalidRanges, std::uint32_t count);
+    virtual void verifyUTF8WithInvalidRanges(const NSRange *ranges, std::uint32_t count) const;
+    /// Writes the shortest sequence for `codePoint`, up to 31 bits, at once; a negative one writes nothing.
+    static void writeUtf8CharForUnicodePos(std::int32_t codePoint, QBOutputStream *to);
+
+    // --- PropertyList ---
+
+    /// Returns the value that the text is as a property list: strings, data, arrays, dictionaries.
+    ///
+    /// nil when the text is malformed, nested more than 512 levels deep, or holds a key twice; then raises
+    /// 900001 (line, column, what was expected).
+    virtual id propertyList() const;
+
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);
@@ -348,7 +412,7 @@ private:
 
     NSString(const char *bytes, std::uint32_t length, std::uint8_t flags) noexcept
         : bytes_(bytes), byteLength_(length), flags_(flags) {}
-    static Ref<NSString> makeShort(std::string_view bytes);
+    static Ref<NSString> makeUnfilled(std::size_t length, char *&bytes);
     void learnAscii() const;
     Place placeOfUnit(std::uint32_t unit) const;
     Place placeOfByte(std::uint32_t byte) const;

@@ -237,7 +237,7 @@ template <class... V>
 template <class... V>
 inline void trace(int channel, const char *format, const V &...values) {
     if (isDebugChannelActive(channel)) [[unlikely]]
-        detail::traceActive<std::decay_t<V>...>(channel, format, values...);
+        detail::traceActive<std::decay_t<const V>...>(channel, format, values...);
 }
 
 /// Writes a trace line that names its place, when the channel is active:
@@ -247,7 +247,7 @@ inline void trace(int channel, const char *format, const V &...values) {
 template <class... V>
 inline void trace(int channel, TracePlace place, const char *format, const V &...values) {
     if (isDebugChannelActive(channel)) [[unlikely]]
-        detail::traceActiveAt<std::decay_t<V>...>(channel, place, format, values...);
+        detail::traceActiveAt<std::decay_t<const V>...>(channel, place, format, values...);
 }
 
 /// What the profile functions do when the channel is active, with checked values and the formats of

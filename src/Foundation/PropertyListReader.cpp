@@ -1,0 +1,353 @@
+#include "Foundation/PropertyListReader.h"
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+
+#include "Text/Hash.h"
+#include "Text/Hex.h"
+#include "Text/Scan.h"
+#include "Text/Utf8.h"
+
+#include <algorithm>
+
+namespace qb {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr text::ByteSet kQuotedEnd("\"\\");
+
+bool isBlank(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+bool isOctal(char character) {
+    return character >= '0' && character <= '7';
+}
+
+// The characters that escapes of one letter stand for; others stand for themselves.
+char escapedCharacter(char letter) {
+    switch (letter) {
+    case 'a':
+        return '\a';
+    case 'b':
+        return '\b';
+    case 'f':
+        return '\f';
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    case 'v':
+        return '\v';
+    default:
+        return letter;
+    }
+}
+
+} // namespace
+
+Ref<NSObject> PropertyListReader::read() {
+    if (std::string_view(begin_, static_cast<std::size_t>(end_ - begin_)).starts_with(kByteOrderMark))
+        position_ += kByteOrderMark.size();
+    if (!skipBlanks())
+        return nullptr;
+    value_ = position_;
+    Ref<NSObject> value = readValue();
+    if (!value || !skipBlanks())
+        return nullptr;
+    if (position_ != end_) {
+        fail("the end of the text");
+        return nullptr;
+    }
+    return value;
+}
+
+PropertyListFailure PropertyListReader::failure() const {
+    return expected_ ? failureAt(position_, expected_) : PropertyListFailure();
+}
+
+PropertyListFailure PropertyListReader::failureAt(const char *position, const char *expected) const {
+    const char *const lineStart =
+        std::find(std::reverse_iterator(position), std::reverse_iterator(begin_), '\n').base();
+    const auto line = static_cast<std::uint32_t>(std::count(begin_, position, '\n') + 1);
+    const std::size_t before = text::utf16Units(lineStart, static_cast<std::size_t>(position - lineStart));
+    return {expected, line, static_cast<std::uint32_t>(before + 1)};
+}
+
+// The first failure is the one that counts.
+bool PropertyListReader::fail(const char *expected) {
+    if (!expected_)
+        expected_ = expected;
+    return false;
+}
+
+bool PropertyListReader::skipComment() {
+    if (position_[1] == '/') {
+        position_ = text::findByte(position_, end_, '\n');
+        return true;
+    }
+    const std::string_view rest(position_ + 2, static_cast<std::size_t>(end_ - position_ - 2));
+    const std::size_t close = rest.find("*/");
+    if (close == std::string_view::npos)
+        return fail("a comment that is closed");
+    position_ += 2 + close + 2;
+    return true;
+}
+
+// Skips white space and comments. Returns false when a comment is not closed.
+bool PropertyListReader::skipBlanks() {
+    for (;;) {
+        while (position_ != end_ && isBlank(*position_))
+            ++position_;
+        if (end_ - position_ < 2 || position_[0] != '/' || (position_[1] != '/' && position_[1] != '*'))
+            return true;
+        if (!skipComment())
+            return false;
+    }
+}
+
+bool PropertyListReader::accept(char character) {
+    if (position_ == end_ || *position_ != character)
+        return false;
+    ++position_;
+    return true;
+}
+
+Ref<NSObject> PropertyListReader::readValue() {
+    if (position_ == end_) {
+        fail("a value");
+        return nullptr;
+    }
+    switch (*position_) {
+    case '(':
+    case '{': {
+        if (depth_ == kDeepestNesting) {
+            fail("less deep nesting");
+            return nullptr;
+        }
+        ++depth_;
+        Ref<NSObject> container = *position_ == '(' ? readArray() : readDictionary();
+        --depth_;
+        return container;
+    }
+    case '<':
+        return readData();
+    default: {
+        std::string_view text;
+        return readText(text, "a value") ? Ref<NSObject>(NSString::initWith(text)) : nullptr;
+    }
+    }
+}
+
+Ref<NSObject> PropertyListReader::readArray() {
+    const std::size_t first = unfinished_.size();
+    ++position_;
+    for (;;) {
+        if (!skipBlanks())
+            return nullptr;
+        if (accept(')'))
+            break;
+        Ref<NSObject> element = readValue();
+        if (!element || !skipBlanks())
+            return nullptr;
+        unfinished_.push_back(std::move(element));
+        if (!accept(',') && (position_ == end_ || *position_ != ')')) {
+            fail("',' or ')'");
+            return nullptr;
+        }
+    }
+    static_assert(sizeof(Ref<NSObject>) == sizeof(id));
+    std::vector<id> elements(unfinished_.begin() + static_cast<std::ptrdiff_t>(first), unfinished_.end());
+    Ref<NSObject> array = NSArray::initWith(elements);
+    unfinished_.resize(first);
+    return array;
+}
+
+bool PropertyListReader::readEntry() {
+    const char *const start = position_;
+    Ref<NSString> key = readKey();
+    if (!key || !skipBlanks())
+        return false;
+    if (!accept('='))
+        return fail("'='");
+    if (!skipBlanks())
+        return false;
+    Ref<NSObject> value = readValue();
+    if (!value || !skipBlanks())
+        return false;
+    if (!accept(';') && (position_ == end_ || *position_ != '}'))
+        return fail("';' or '}'");
+    unfinished_.emplace_back(std::move(key));
+    unfinished_.push_back(std::move(value));
+    keyPositions_.push_back(start);
+    return true;
+}
+
+Ref<NSObject> PropertyListReader::readDictionary() {
+    const std::size_t first = unfinished_.size();
+    ++position_;
+    for (;;) {
+        if (!skipBlanks())
+            return nullptr;
+        if (accept('}'))
+            return takeDictionary(first);
+        if (!readEntry())
+            return nullptr;
+    }
+}
+
+// Makes a dictionary of the keys and values from `first` on.
+Ref<NSObject> PropertyListReader::takeDictionary(std::size_t first) {
+    auto dictionary = Ref<NSDictionary>::adopt(new NSDictionary);
+    HashTable &table = dictionary->table_;
+    const std::size_t count = (unfinished_.size() - first) / 2;
+    table.reserve(static_cast<std::uint32_t>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+        Ref<NSObject> *const keyAndValue = &unfinished_[first + 2 * i];
+        HashTable::Entry &entry = table.entryFor(keyAndValue[0].get());
+        if (entry.value) {
+            position_ = keyPositions_[keyPositions_.size() - count + i];
+            fail("a key that does not stand in the dictionary already");
+            return nullptr;
+        }
+        entry.value = keyAndValue[1].detach();
+    }
+    unfinished_.resize(first);
+    keyPositions_.resize(keyPositions_.size() - count);
+    return dictionary;
+}
+
+Ref<NSString> PropertyListReader::readKey() {
+    std::string_view text;
+    if (!readText(text, "a key or '}'"))
+        return nullptr;
+    Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
+    if (!shared || shared->view() != text) {
+        shared = NSString::initWith(text);
+        shared->hash(); // kept in the string, for every dictionary that it stands in
+    }
+    return shared;
+}
+
+Ref<NSObject> PropertyListReader::readData() {
+    const char *const close = text::findByte(position_, end_, '>');
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(close - position_) / 2 + 1);
+    const text::HexResult result = text::readHex(position_ + 1, close, bytes.data());
+    if (result.next != close || close == end_ || !result.isComplete) {
+        position_ = result.next;
+        fail("hexadecimal digits in pairs and '>'");
+        return nullptr;
+    }
+    position_ = close + 1;
+    return NSData::initWithBytes(bytes.data(), static_cast<std::uint32_t>(result.length));
+}
+
+// --- Strings ---
+
+// Reads a string, bare or quoted. `text` is valid until the next one is read.
+bool PropertyListReader::readText(std::string_view &text, const char *expected) {
+    if (position_ != end_ && *position_ == '"')
+        return readQuoted(text);
+    text = readBare();
+    return !text.empty() || fail(expected);
+}
+
+// A bare string ends where a comment begins.
+std::string_view PropertyListReader::readBare() {
+    const char *const start = position_;
+    const char *end = start;
+    while (end != end_ && text::kPlistBare.contains(static_cast<unsigned char>(*end)) &&
+           !(*end == '/' && end + 1 != end_ && (end[1] == '/' || end[1] == '*')))
+        ++end;
+    position_ = end;
+    return {start, static_cast<std::size_t>(end - start)};
+}
+
+bool PropertyListReader::readQuoted(std::string_view &text) {
+    const char *start = ++position_;
+    unescaped_.clear();
+    for (;;) {
+        position_ = text::findIn(position_, end_, kQuotedEnd);
+        if (position_ == end_)
+            return fail("'\"'");
+        if (*position_ == '"')
+            break;
+        unescaped_.append(start, position_);
+        ++position_;
+        if (!readEscape())
+            return false;
+        start = position_;
+    }
+    const std::string_view last(start, static_cast<std::size_t>(position_ - start));
+    ++position_;
+    text = last;
+    if (!unescaped_.empty())
+        text = unescaped_.append(last);
+    return true;
+}
+
+bool PropertyListReader::readEscape() {
+    if (position_ == end_)
+        return fail("a character behind '\\'");
+    if (isOctal(*position_))
+        return readOctal();
+    if (*position_ == 'U' || *position_ == 'u')
+        return readUnicode();
+    unescaped_ += escapedCharacter(*position_++);
+    return true;
+}
+
+// One byte as up to three octal digits.
+bool PropertyListReader::readOctal() {
+    unsigned byte = 0;
+    const char *const start = position_;
+    while (position_ != end_ && position_ - start < 3 && isOctal(*position_))
+        byte = byte * 8 + static_cast<unsigned>(*position_++ - '0');
+    if (byte > 0xFF) {
+        position_ = start;
+        return fail("an octal number of at most 377");
+    }
+    unescaped_ += static_cast<char>(byte);
+    return true;
+}
+
+bool PropertyListReader::readHexUnit(std::uint32_t &unit) {
+    unit = 0;
+    for (int i = 0; i < 4; ++i, ++position_) {
+        const int digit = position_ == end_ ? -1 : text::hexDigitValue(*position_);
+        if (digit < 0)
+            return fail("four hexadecimal digits");
+        unit = unit * 16 + static_cast<std::uint32_t>(digit);
+    }
+    return true;
+}
+
+// A UTF-16 unit; two that make one character stand one behind the other.
+bool PropertyListReader::readUnicode() {
+    std::uint32_t codePoint = 0;
+    ++position_;
+    if (!readHexUnit(codePoint))
+        return false;
+    if (codePoint >= 0xD800 && codePoint < 0xDC00) {
+        std::uint32_t second = 0;
+        if (end_ - position_ < 2 || position_[0] != '\\' || (position_[1] | 0x20) != 'u')
+            return fail("the second half of a surrogate pair");
+        position_ += 2;
+        if (!readHexUnit(second))
+            return false;
+        if (second < 0xDC00 || second > 0xDFFF)
+            return fail("the second half of a surrogate pair");
+        codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (second - 0xDC00);
+    } else if (codePoint >= 0xDC00 && codePoint <= 0xDFFF) {
+        return fail("the first half of a surrogate pair");
+    }
+    char bytes[text::kLongestSequence];
+    unescaped_.append(bytes, text::encode(codePoint, bytes));
+    return true;
+}
+
+} // namespace qb

@@ -1,0 +1,46 @@
+#include <QBFoundation/QBDataInputStream.h>
+
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include <algorithm>
+#include <typeinfo>
+
+Class *QBDataInputStream::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"streamWithData:">(&QBDataInputStream::setUpWithData),
+        qb::initialiser<"initWithData:">(&QBDataInputStream::setUpWithData),
+    };
+    static Class *const self = new Class("QBDataInputStream", QBInputStreamWithKnownLength::cls(), methods,
+                                         qb::construct<QBDataInputStream>);
+    return self;
+}
+
+QBDataInputStream::~QBDataInputStream() = default;
+
+BOOL QBDataInputStream::setUpWithData(NSData *data) {
+    sourceData_ = data;
+    if (data && typeid(*data) == typeid(NSData) && typeid(*this) == typeid(QBDataInputStream)) {
+        bytes_ = static_cast<const signed char *>(data->bytes());
+        directEnd_ = std::min<std::uint32_t>(data->length(), INT32_MAX);
+    }
+    return YES;
+}
+
+std::uint32_t QBDataInputStream::byteLength() const {
+    return sourceData_ ? sourceData_->length() : 0;
+}
+
+std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) {
+    const std::uint32_t end = byteLength();
+    if (position_ >= end)
+        return -1;
+    const std::uint32_t count = std::min({length, end - position_, std::uint32_t{INT32_MAX}});
+    sourceData_->getBytes(buffer, NSMakeRange(position_, count));
+    position_ += count;
+    return static_cast<std::int32_t>(count);
+}
+
+std::int32_t QBDataInputStream::readByteByBuffer() {
+    signed char byte = 0;
+    return readBuffer(&byte, 1) < 0 ? -1 : byte;
+}

@@ -1,0 +1,209 @@
+#include <QBFoundation/QBFileInputStream.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "OSAdaptor/OSFilePath.Support.h"
+#include "System/Memory.h"
+#include "System/Stdio.h"
+#include "Text/Scan.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+namespace sys = qb::sys;
+
+namespace {
+constexpr const char *kFile = "src/QBFileInputStream";
+
+constexpr int kLineOfExistence = 78;
+constexpr int kLineOfOpening = 86;
+constexpr int kLineOfReading = 123;
+constexpr int kLineOfReadingLine = 171;
+
+// Small enough to stay in the processor's cache, large enough that system calls don't count.
+constexpr std::uint32_t kWindowLength = 65536;
+// A read of this length costs more by way of the window than a system call of its own.
+constexpr std::uint32_t kLongRead = 16384;
+constexpr std::uint32_t kLongestLine = 999;
+
+constexpr qb::text::ByteSet kLineStops(std::string_view("\0\r\n", 3));
+
+// Whether those bytes of a file are all that one line may hold.
+bool isWholeLine(std::string_view bytes) {
+    return bytes.size() == kLongestLine || (!bytes.empty() && bytes.back() == '\n');
+}
+
+// What of a line is its text: it ends at a NUL and at the first line end behind another character.
+std::string_view textOfLine(std::string_view line) {
+    const std::string_view text = line.substr(0, line.find('\0'));
+    const std::size_t start = text.find_first_not_of("\r\n");
+    return start == std::string_view::npos ? text : text.substr(0, text.find_first_of("\r\n", start));
+}
+
+} // namespace
+
+Class *QBFileInputStream::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"streamWithFile:">(&QBFileInputStream::setUpWithFile),
+        qb::initialiser<"initWithFile:">(&QBFileInputStream::setUpWithFile),
+        qb::method<"filename">(&QBFileInputStream::filename),
+        qb::method<"setIsBinary:">(&QBFileInputStream::setIsBinary),
+        qb::method<"readLine">(&QBFileInputStream::readLine),
+    };
+    static Class *const self = new Class("QBFileInputStream", QBInputStreamWithKnownLength::cls(), methods,
+                                         qb::construct<QBFileInputStream>);
+    return self;
+}
+
+QBFileInputStream::~QBFileInputStream() {
+    QBFileInputStream::close();
+}
+
+BOOL QBFileInputStream::setUpWithFile(NSString *file) {
+    OSFileInfo info;
+    OSFilePath::fileInfo(&info, file);
+    if (qb::isErrorPending())
+        return NO;
+    if (!info.exists) {
+        qb::raiseError(kFile, kLineOfExistence, qb::kErrorFileMissing, qb::files::shown(file));
+        return NO;
+    }
+    bytesRemaining_ = fileSize_ = static_cast<std::uint32_t>(info.size);
+    filePtr_ = sys::fopen(file->cString(), "rb");
+    if (!filePtr_) {
+        qb::raiseError(kFile, kLineOfOpening, qb::kErrorCannotRead, file->cString(), std::strerror(errno));
+        return NO;
+    }
+    filename_ = file;
+    window_ = static_cast<char *>(sys::allocate(kWindowLength));
+    if (!window_)
+        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+    isDirect_ = typeid(*this) == typeid(QBFileInputStream);
+    return window_ != nullptr;
+}
+
+void QBFileInputStream::close() {
+    if (filePtr_)
+        sys::fclose(std::exchange(filePtr_, nullptr));
+    emptyWindow();
+    sys::release(std::exchange(window_, nullptr));
+    QBInputStreamWithKnownLength::close();
+}
+
+void QBFileInputStream::reset() {
+    if (!filePtr_)
+        return;
+    sys::rewind(filePtr_);
+    emptyWindow();
+    bytesRemaining_ = fileSize_;
+}
+
+void QBFileInputStream::emptyWindow() {
+    next_ = end_ = filled_ = directEnd_ = 0;
+}
+
+// --- Bytes ---
+
+std::int32_t QBFileInputStream::readByteByBuffer() {
+    signed char byte = 0;
+    return _readBuffer(&byte, 1) < 0 ? -1 : byte;
+}
+
+std::int32_t QBFileInputStream::_readBuffer(void *buffer, std::uint32_t length) {
+    if (!filePtr_)
+        return raiseReadError(kLineOfReading, EBADF);
+    const std::uint32_t most = std::min<std::uint32_t>(length, INT32_MAX);
+    const std::uint32_t ready = std::min(most, end_ - next_);
+    const std::uint32_t rest = std::min(most - ready, bytesRemaining_);
+    if (ready + rest == 0)
+        return -1;
+    std::memcpy(buffer, window_ + next_, ready);
+    next_ += ready;
+    if (rest > 0 && !fetch(static_cast<char *>(buffer) + ready, rest))
+        return raiseReadError(kLineOfReading, errno);
+    return static_cast<std::int32_t>(ready + rest);
+}
+
+// Reads exactly `length` of the remaining bytes, the window being empty. Returns false, with errno set, when
+// the file doesn't have them; they count as read.
+bool QBFileInputStream::fetch(char *buffer, std::uint32_t length) {
+    emptyWindow();
+    if (length >= kLongRead) {
+        bytesRemaining_ -= length;
+        return sys::fread(buffer, length, 1, filePtr_) == 1;
+    }
+    const std::uint32_t wanted = std::min(kWindowLength, bytesRemaining_);
+    const auto got = static_cast<std::uint32_t>(sys::fread(window_, 1, wanted, filePtr_));
+    bytesRemaining_ -= std::max(got, length);
+    if (got < length)
+        return false;
+    std::memcpy(buffer, window_, length);
+    next_ = length;
+    end_ = filled_ = got;
+    allowDirectReads();
+    return true;
+}
+
+// A file that ends too early has no error of its own.
+std::int32_t QBFileInputStream::raiseReadError(int line, int error) {
+    qb::raiseError(kFile, line, qb::kErrorCannotRead, qb::files::shown(filename_),
+                   std::strerror(error ? error : EIO));
+    return 0;
+}
+
+// --- Lines ---
+
+NSString *QBFileInputStream::readLine() {
+    if (!filePtr_) {
+        raiseReadError(kLineOfReadingLine, EBADF);
+        return nullptr;
+    }
+    int error = 0;
+    std::string_view line;
+    do {
+        const char *const start = window_ + next_;
+        const char *const limit = start + std::min(filled_ - next_, kLongestLine);
+        const char *const stop = qb::text::findIn(start, limit, kLineStops);
+        if (stop != limit && stop != start && *stop == '\n') {
+            line = {start, stop + 1};
+            break;
+        }
+        const char *const lineFeed = qb::text::findByte(stop, limit, '\n');
+        line = {start, lineFeed == limit ? limit : lineFeed + 1};
+    } while (!isWholeLine(line) && fetchForLine(error));
+    NSString *const text = line.empty() ? nullptr : NSString::stringWith(textOfLine(line));
+    next_ += static_cast<std::uint32_t>(line.size());
+    end_ = std::max(end_, next_);
+    allowDirectReads();
+    if (error != 0)
+        raiseReadError(kLineOfReadingLine, error);
+    return text;
+}
+
+// Puts more of the file behind what the window still holds. Returns false at the end and after an error.
+bool QBFileInputStream::fetchForLine(int &error) {
+    const std::uint32_t kept = filled_ - next_;
+    std::memmove(window_, window_ + next_, kept);
+    end_ -= next_;
+    filled_ = kept;
+    next_ = 0;
+    const std::uint32_t room = kWindowLength - kept;
+    const std::uint32_t wanted = bytesRemaining_ > 0 ? std::min(room, bytesRemaining_) : room;
+    const auto got = static_cast<std::uint32_t>(sys::fread(window_ + kept, 1, wanted, filePtr_));
+    filled_ += got;
+    if (bytesRemaining_ > 0) {
+        bytesRemaining_ -= got;
+        end_ = filled_;
+    }
+    if (got == 0 && sys::ferror(filePtr_))
+        error = errno;
+    return got > 0;
+}

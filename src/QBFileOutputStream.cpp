@@ -1,0 +1,281 @@
+#include <QBFoundation/QBFileOutputStream.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/IdCreator.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "OSAdaptor/OSFilePath.Support.h"
+#include "System/Descriptor.h"
+#include "System/Memory.h"
+#include "System/Stdio.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <typeinfo>
+#include <utility>
+
+namespace sys = qb::sys;
+
+namespace {
+constexpr const char *kFile = "src/QBFileOutputStream";
+
+constexpr int kLineOfOpening = 183;
+constexpr int kLineOfWriting = 231;
+constexpr int kLineOfWritingByte = 246;
+constexpr int kLineOfClosing = 260;
+constexpr int kLineOfFlushing = 285;
+constexpr int kLineOfReopening = 303;
+
+NSString *nameOfFileHandle() {
+    return "<filehandle>"_ns;
+}
+
+NSString *parentOf(NSString *path) {
+    return NSString::stringWith(qb::files::parentOf(path->view()));
+}
+
+void makeParent(NSString *path) {
+    NSString *const parent = parentOf(path);
+    if (parent->containsData() && !OSFilePath::fileExistsAtPath(parent))
+        OSFilePath::makePath(parent);
+}
+
+std::FILE *openStream(sys::Descriptor descriptor) {
+    std::FILE *const file = sys::fdopen(descriptor.get(), "wb");
+    if (file)
+        static_cast<void>(descriptor.release());
+    return file;
+}
+
+// Creates the file with the permissions of the one that it is to replace; never through a name that is taken.
+std::FILE *createTemporary(const char *path, const char *target) {
+    struct stat status;
+    const bool replaces = sys::stat(target, &status) == 0;
+    const mode_t mode = replaces ? status.st_mode & 0777 : 0666;
+    sys::Descriptor descriptor(sys::openExclusive(path, mode));
+    if (!descriptor)
+        return nullptr;
+    const bool hasMode = !replaces || sys::fchmod(descriptor.get(), mode) == 0; // the umask not applied
+    std::FILE *const file = hasMode ? openStream(std::move(descriptor)) : nullptr;
+    if (!file) {
+        const int error = errno;
+        sys::unlink(path);
+        errno = error;
+    }
+    return file;
+}
+
+} // namespace
+
+Class *QBFileOutputStream::cls() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"write:toFile:atomically:", void(Class *, id, NSString *, BOOL)>(
+            &QBFileOutputStream::writeToFile),
+        qb::maker<"streamWithFile:">(&QBFileOutputStream::setUpWithFileInPlace),
+        qb::maker<"streamWithFile:atomically:">(&QBFileOutputStream::setUpWithFile),
+        qb::initialiser<"initWithFile:atomically:">(&QBFileOutputStream::setUpWithFile),
+        qb::maker<"streamWithFilePointer:">(&QBFileOutputStream::setUpWithFilePointer),
+        qb::initialiser<"initWithFilePointer:">(&QBFileOutputStream::setUpWithFilePointer),
+        qb::maker<"streamForStdout">(&QBFileOutputStream::setUpForStdout),
+        qb::maker<"streamForStderr">(&QBFileOutputStream::setUpForStderr),
+        qb::method<"filename">(&QBFileOutputStream::filename),
+        qb::method<"tmpFilename">(&QBFileOutputStream::tmpFilename),
+        qb::method<"synchronizes">(&QBFileOutputStream::synchronizes),
+        qb::method<"setSynchronizes:">(&QBFileOutputStream::setSynchronizes),
+    };
+    static Class *const self =
+        new Class("QBFileOutputStream", QBOutputStream::cls(), methods, qb::construct<QBFileOutputStream>);
+    return self;
+}
+
+void QBFileOutputStream::writeToFile(Class *asked, id object, NSString *file, BOOL atomically) {
+    const Ref<NSObject> made = asked->construct();
+    auto *const stream = static_cast<QBFileOutputStream *>(made.get());
+    if (!stream->setUpWithFile(file, atomically))
+        return;
+    stream->writeObject(object);
+    stream->close();
+}
+
+QBFileOutputStream::~QBFileOutputStream() {
+    try {
+        QBFileOutputStream::close();
+    } catch (...) { // a client's error handler may throw, which a destructor must not
+    }
+    closeWindow();
+}
+
+// --- Opening ---
+
+BOOL QBFileOutputStream::setUp() {
+    throw InvalidUseOfMethodException("QBFileOutputStream init: must be made with a file.");
+}
+
+BOOL QBFileOutputStream::setUpWithFilePointer(std::FILE *filePointer) {
+    if (!filePointer)
+        throw InvalidArgumentException("QBFileOutputStream initWithFilePointer: must have a file pointer "
+                                       "argument that is not NULL.");
+    filePtr_ = filePointer;
+    filename_ = tmpFilename_ = nameOfFileHandle();
+    return YES;
+}
+
+BOOL QBFileOutputStream::setUpWithFile(NSString *file, BOOL atomically) {
+    filename_ = tmpFilename_ = file;
+    if (file && atomically == YES)
+        tmpFilename_ = NSString::stringWithRestrictedFormat("%s.%s", file, IdCreator::createId());
+    if (!open())
+        fail(kLineOfOpening, errno);
+    return !qb::isErrorPending();
+}
+
+// Returns false, with errno set, when the file can't be opened.
+bool QBFileOutputStream::open() {
+    const char *const target = qb::files::systemPath(filename_);
+    if (!target)
+        return false;
+    makeParent(filename_);
+    const char *const path = tmpFilename_->cString();
+    filePtr_ = isAtomic() ? createTemporary(path, target) : sys::fopen(path, "wb");
+    if (!filePtr_)
+        return false;
+    openWindow();
+    return true;
+}
+
+bool QBFileOutputStream::isAtomic() const {
+    return !filename_->isEqualToString(tmpFilename_);
+}
+
+// Without memory for it, the C stream's own buffer does.
+void QBFileOutputStream::openWindow() {
+    window_ = static_cast<char *>(sys::allocate(kWindowLength));
+    directEnd_ = window_ && typeid(*this) == typeid(QBFileOutputStream) ? kWindowLength : 0;
+}
+
+void QBFileOutputStream::closeWindow() {
+    sys::release(std::exchange(window_, nullptr));
+    used_ = directEnd_ = 0;
+}
+
+// --- Writing ---
+
+void QBFileOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
+    if (!put(buffer, length))
+        fail(kLineOfWriting, errno);
+}
+
+void QBFileOutputStream::putByte(char byte) {
+    if (!put(&byte, 1))
+        fail(kLineOfWritingByte, errno);
+}
+
+// Takes the bytes; returns false, with errno set, when some could not be written.
+bool QBFileOutputStream::put(const void *buffer, std::uint32_t length) {
+    if (!filePtr_)
+        return errno = EBADF, false;
+    if (!window_ || length >= kLongWrite)
+        return writeOut() && sys::fwrite(buffer, length, 1, filePtr_) == 1;
+    const std::uint32_t first = std::min(length, kWindowLength - used_);
+    std::memcpy(window_ + used_, buffer, first);
+    used_ += first;
+    if (used_ == kWindowLength && !writeOut())
+        return false;
+    std::memcpy(window_ + used_, static_cast<const char *>(buffer) + first, length - first);
+    used_ += length - first;
+    return true;
+}
+
+// Empties the window; what could not be written is lost, as in the C library's buffers.
+bool QBFileOutputStream::writeOut() {
+    const std::uint32_t length = std::exchange(used_, 0);
+    return length == 0 || sys::fwrite(window_, length, 1, filePtr_) == 1;
+}
+
+void QBFileOutputStream::flush() {
+    if (!filePtr_)
+        throw NSFileHandleOperationException("NotOpen", "QBFileOutputStream flush: file is not open");
+    if (!writeOut() || sys::fflush(filePtr_) != 0)
+        fail(kLineOfFlushing, errno);
+}
+
+void QBFileOutputStream::reset() {
+    if (!tmpFilename_ || !tmpFilename_->containsData() || tmpFilename_->isEqualToString(nameOfFileHandle()))
+        throw InvalidUseOfMethodException("QBFileOutputStream reset: must have a file with a name.");
+    flush();
+    filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
+    hasFailed_ = false;
+    if (filePtr_)
+        return;
+    const int error = errno;
+    closeWindow();
+    discard();
+    fail(kLineOfReopening, error);
+}
+
+void QBFileOutputStream::fail(int line, int error) {
+    hasFailed_ = true;
+    qb::raiseError(kFile, line, qb::kErrorCannotWrite, qb::files::shown(tmpFilename_), std::strerror(error));
+}
+
+// --- Closing ---
+
+void QBFileOutputStream::close() {
+    if (!filePtr_)
+        return;
+    const int error = finish();
+    const bool isComplete = error == 0 && !hasFailed_;
+    if (!isComplete)
+        discard();
+    if (error != 0)
+        fail(kLineOfClosing, error);
+    if (isComplete && isAtomic())
+        commit();
+}
+
+// Writes out and closes the C stream; returns what failed, as errno, or 0.
+int QBFileOutputStream::finish() {
+    const bool isWritten = writeOut() && (!isAtomic() || hasFailed_ || synchronize());
+    const int error = errno;
+    const bool isClosed = sys::fclose(std::exchange(filePtr_, nullptr)) == 0;
+    if (isWritten && isClosed) {
+        closeWindow();
+        return 0;
+    }
+    const int result = isWritten ? errno : error;
+    closeWindow();
+    return result;
+}
+
+bool QBFileOutputStream::synchronize() {
+    return !synchronizes_ || (sys::fflush(filePtr_) == 0 && sys::fsync(sys::fileno(filePtr_)) == 0);
+}
+
+// Returns false, with the error raised, when the target is still the old file.
+bool QBFileOutputStream::rename() {
+    const qb::SavedErrors errors;
+    OSFilePath::renamePath(tmpFilename_, filename_);
+    return ERRORHANDLER ? !qb::isErrorPending() : !OSFilePath::fileExistsAtPath(tmpFilename_);
+}
+
+// Makes the temporary file the target.
+void QBFileOutputStream::commit() {
+    if (!rename()) {
+        discard();
+        return;
+    }
+    NSString *const parent = parentOf(filename_);
+    if (synchronizes_ && sys::syncDirectory(parent->containsData() ? parent->cString() : ".") != 0)
+        fail(kLineOfClosing, errno);
+}
+
+// Removes the temporary file of an atomic stream.
+void QBFileOutputStream::discard() {
+    if (isAtomic())
+        sys::unlink(tmpFilename_->cString());
+}

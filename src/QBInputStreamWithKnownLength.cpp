@@ -1,0 +1,81 @@
+#include <QBFoundation/QBInputStreamWithKnownLength.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "System/Memory.h"
+
+#include <cstring>
+#include <memory>
+
+namespace {
+constexpr const char *kFile = "src/QBInputStreamWithKnownLength";
+
+constexpr std::uint32_t kChunkLength = 65536;
+
+struct Release {
+    void operator()(void *memory) const { qb::sys::release(memory); }
+};
+
+// Reads exactly `length` bytes; false when the stream has not so many.
+bool readAll(QBInputStream *stream, char *buffer, std::int32_t length) {
+    while (length > 0) {
+        const std::int32_t count = stream->readBuffer(buffer, static_cast<std::uint32_t>(length));
+        if (count <= 0)
+            return false;
+        buffer += count;
+        length -= count;
+    }
+    return true;
+}
+
+// `chunks`: room for two.
+bool restIsEqual(QBInputStream *one, QBInputStream *other, char *chunks) {
+    char *const otherChunk = chunks + kChunkLength;
+    for (;;) {
+        const std::int32_t count = one->readBuffer(chunks, kChunkLength);
+        if (count < 1)
+            return true;
+        if (!readAll(other, otherChunk, count) ||
+            std::memcmp(chunks, otherChunk, static_cast<std::size_t>(count)) != 0)
+            return false;
+    }
+}
+
+} // namespace
+
+Class *QBInputStreamWithKnownLength::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"byteLength">(&QBInputStreamWithKnownLength::byteLength),
+        qb::method<"reset">(&QBInputStreamWithKnownLength::reset),
+        qb::method<"providesSameDataAs:">(&QBInputStreamWithKnownLength::providesSameDataAs),
+    };
+    static Class *const self = new Class("QBInputStreamWithKnownLength", QBInputStream::cls(), methods);
+    return self;
+}
+
+std::uint32_t QBInputStreamWithKnownLength::byteLength() const {
+    subclassResponsibility("byteLength"_sel);
+    return 0;
+}
+
+void QBInputStreamWithKnownLength::reset() {
+    subclassResponsibility("reset"_sel);
+}
+
+BOOL QBInputStreamWithKnownLength::providesSameDataAs(QBInputStreamWithKnownLength *other) {
+    if (!other || byteLength() != other->byteLength())
+        return NO;
+    const std::unique_ptr<void, Release> chunks(qb::sys::allocate(2 * std::size_t{kChunkLength}));
+    if (!chunks) {
+        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+        return NO;
+    }
+    reset();
+    other->reset();
+    const bool isEqual = restIsEqual(this, other, static_cast<char *>(chunks.get()));
+    reset();
+    other->reset();
+    return isEqual;
+}

@@ -1,0 +1,113 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include "System/Process.h"
+#include "support/PoolFixture.h"
+
+#include <cstdlib>
+
+namespace {
+
+/// Sets HOME, and puts the old one back.
+class NSStringPathTest : public PoolFixture {
+protected:
+    NSStringPathTest() : old_(std::getenv("HOME") ? std::getenv("HOME") : "") {
+        ::setenv("HOME", "/h/me", 1);
+    }
+    ~NSStringPathTest() override { ::setenv("HOME", old_.c_str(), 1); }
+
+private:
+    std::string old_;
+};
+
+} // namespace
+
+TEST_F(NSStringPathTest, ComponentsAndExtensions) {
+    struct Row {
+        const char *path, *components, *last, *parent, *extension, *withoutExtension, *withTiff;
+    };
+    static const Row kRows[] = {
+        {"/a/b.html", "(/, a, b.html)", "b.html", "/a", "html", "/a/b", "/a/b.html.tiff"},
+        {"a//b/", "(a, b, /)", "b", "a", "", "a//b", "a//b.tiff"},
+        {"/a", "(/, a)", "a", "/", "", "/a", "/a.tiff"},
+        {"a", "(a)", "a", "", "", "a", "a.tiff"},
+        {"", "()", "", "", "", "", ""},
+        {"/", "(/)", "/", "/", "", "/", "/"},
+        {"///", "(/)", "/", "/", "", "/", "///"},
+        {"//a//", "(/, a, /)", "a", "/", "", "//a", "//a.tiff"},
+        {"/a.d/b", "(/, a.d, b)", "b", "/a.d", "", "/a.d/b", "/a.d/b.tiff"},
+        {".profile", "(.profile)", ".profile", "", "", ".profile", ".profile.tiff"},
+        {"..x", "(..x)", "..x", "", "", "..x", "..x.tiff"},
+        {"a..b", "(a..b)", "a..b", "", "b", "a.", "a..b.tiff"},
+        {"a.", "(a.)", "a.", "", "", "a", "a..tiff"},
+        {"é/ü.ß/", "(é, ü.ß, /)", "ü.ß", "é", "ß", "é/ü", "é/ü.ß.tiff"},
+    };
+    for (const Row &row : kRows) {
+        SCOPED_TRACE(row.path);
+        NSString *const path = NSString::stringWith(row.path);
+        EXPECT_EQ(describe(path->pathComponents()), row.components);
+        EXPECT_EQ(path->lastPathComponent()->view(), row.last);
+        EXPECT_EQ(path->stringByDeletingLastPathComponent()->view(), row.parent);
+        EXPECT_EQ(path->pathExtension()->view(), row.extension);
+        EXPECT_EQ(path->stringByDeletingPathExtension()->view(), row.withoutExtension);
+        EXPECT_EQ(path->stringByAppendingPathExtension("tiff"_ns)->view(), row.withTiff);
+        EXPECT_EQ(path->stringByAppendingPathExtension(""_ns), path);
+        EXPECT_EQ(path->isAbsolutePath(), row.path[0] == '/');
+    }
+}
+
+TEST_F(NSStringPathTest, ComponentsAreJoinedWithOneSlash) {
+    static const char *const kRows[][3] = {
+        {"/a", "b", "/a/b"}, {"/a/", "b/", "/a/b"},   {"/", "b", "/b"}, {"", "b", "b"},
+        {"", "/b/", "/b"},   {"a", "/b", "a/b"},      {"a", "", "a"},   {"a//", "//", "a"},
+        {"", "", ""},        {"a", "b//c", "a/b//c"},
+    };
+    for (const auto &row : kRows)
+        EXPECT_EQ(NSString::stringWith(row[0])
+                      ->stringByAppendingPathComponent(NSString::stringWith(row[1]))
+                      ->view(),
+                  row[2])
+            << row[0] << " + " << row[1];
+    EXPECT_EQ(
+        NSString::pathWithComponents(NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns}))->view(),
+        "/a/b");
+    EXPECT_EQ(NSString::pathWithComponents(NSArray::arrayWith({"a"_ns, "/b"_ns}))->view(), "a/b");
+    EXPECT_EQ(NSString::pathWithComponents(NSArray::array())->view(), "");
+    EXPECT_THROW(NSString::pathWithComponents(NSArray::arrayWith({NSNumber::numberWithInt(1)})),
+                 InvalidArgumentException);
+    EXPECT_THROW(NSString::pathWithComponents(nullptr), InvalidArgumentException);
+}
+
+TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
+    const std::string root = qb::sys::homeDirectory("root");
+    ASSERT_FALSE(root.empty());
+    const std::pair<std::string, std::string> expanded[] = {
+        {"~", "/h/me"},
+        {"~/a", "/h/me/a"},
+        {"~root/x", root + "/x"},
+        {"~nobody has this name/x", "~nobody has this name/x"},
+        {"a~", "a~"},
+        {"", ""},
+    };
+    for (const auto &[path, wanted] : expanded)
+        EXPECT_EQ(NSString::stringWith(path)->stringByExpandingTildeInPath()->view(), wanted);
+    static const char *const kAbbreviated[][2] = {
+        {"/h/me", "~"}, {"/h/me/a", "~/a"}, {"/h/meadow", "/h/meadow"}, {"x", "x"}};
+    for (const auto &row : kAbbreviated)
+        EXPECT_EQ(NSString::stringWith(row[0])->stringByAbbreviatingWithTildeInPath()->view(), row[1]);
+    static const char *const kStandard[][2] = {
+        {"/a/./b//c/../d/", "/a/b/d"},
+        {"/../..", "/"},
+        {"a/../b", "a/../b"},
+        {"./a/.", "a"},
+        {".", "."},
+        {"", ""},
+        {"~/./x", "/h/me/x"},
+    };
+    for (const auto &row : kStandard)
+        EXPECT_EQ(NSString::stringWith(row[0])->stringByStandardizingPath()->view(), row[1]);
+    ::setenv("HOME", "", 1); // then the user database answers
+    EXPECT_EQ("~"_ns->stringByExpandingTildeInPath()->view(), qb::sys::homeDirectory(nullptr));
+}

@@ -1,0 +1,254 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include "Foundation/UnitModel.h"
+#include "support/PoolFixture.h"
+
+#include <chrono>
+#include <functional>
+
+using NSStringSearchingTest = PoolFixture;
+
+namespace {
+
+constexpr NSRange kNowhere = {NSNotFound, 0};
+
+// The places where `needle` stands in `text`, as the options want the first of them.
+NSRange plainRange(const UnitModel &text, const UnitModel &needle, std::uint32_t options) {
+    for (std::size_t i = 0; i + needle.count() <= text.count() && needle.count(); ++i) {
+        const std::size_t index = options & NSBackwardsSearch ? text.count() - needle.count() - i : i;
+        if (text.holds(needle, index))
+            return {text.starts[index], text.starts[index + needle.count()] - text.starts[index]};
+        if (options & NSAnchoredSearch)
+            break;
+    }
+    return kNowhere;
+}
+
+// The pieces between the places where `needle` stands.
+std::vector<std::string> plainPieces(const UnitModel &text, const UnitModel &needle) {
+    std::vector<std::string> pieces;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.count() && needle.count();) {
+        if (!text.holds(needle, i)) {
+            ++i;
+            continue;
+        }
+        pieces.push_back(text.bytes(start, i));
+        i += needle.count();
+        start = i;
+    }
+    pieces.push_back(text.bytes(start, text.count()));
+    return pieces;
+}
+
+std::string joined(const std::vector<std::string> &pieces, const std::string &by) {
+    std::string text = pieces[0];
+    for (std::size_t i = 1; i < pieces.size(); ++i)
+        text += by + pieces[i];
+    return text;
+}
+
+std::vector<std::string> textsOf(NSArray *array) {
+    std::vector<std::string> texts;
+    for (id element : *array)
+        texts.emplace_back(static_cast<NSString *>(element)->view());
+    return texts;
+}
+
+NSString *repeated(const std::string &piece, std::size_t times) {
+    std::string text;
+    while (times-- > 0)
+        text += piece;
+    return NSString::stringWith(text);
+}
+
+} // namespace
+
+TEST_F(NSStringSearchingTest, FindsWhatAPlainModelFinds) {
+    Random random;
+    for (int round = 0; round < 3000; ++round) {
+        const std::string bytes = UnitModel::randomText(random, 60);
+        const std::string wanted = UnitModel::randomText(random, 1 + random.below(6));
+        const UnitModel text(bytes);
+        const UnitModel needle(wanted);
+        NSString *const string = NSString::stringWith(bytes);
+        NSString *const target = NSString::stringWith(wanted);
+        for (std::uint32_t options : {0, 4, 8, 12})
+            ASSERT_EQ(string->rangeOfString(target, options | NSLiteralSearch),
+                      plainRange(text, needle, options))
+                << options << " " << testing::PrintToString(bytes) << " " << testing::PrintToString(wanted);
+        const std::size_t from = random.below(text.count() + 1);
+        const std::size_t end = from + random.below(text.count() - from + 1);
+        NSRange inside = plainRange(UnitModel(text.bytes(from, end)), needle, 0);
+        if (inside.location != NSNotFound)
+            inside.location += text.starts[from];
+        ASSERT_EQ(string->rangeOfString(target, 0, {text.starts[from], text.starts[end] - text.starts[from]}),
+                  inside);
+        ASSERT_EQ(string->hasPrefix(target), text.holds(needle, 0));
+        ASSERT_EQ(string->hasSuffix(target),
+                  needle.count() <= text.count() && text.holds(needle, text.count() - needle.count()));
+        ASSERT_EQ(string->containsString(target), wanted.empty() || plainRange(text, needle, 0).length != 0);
+    }
+}
+
+TEST_F(NSStringSearchingTest, SplittingAndReplacingFollowThePlainModel) {
+    Random random;
+    for (int round = 0; round < 2000; ++round) {
+        const std::string bytes = UnitModel::randomText(random, 60);
+        const std::string wanted = UnitModel::randomText(random, 1 + random.below(4));
+        const std::vector<std::string> pieces = plainPieces(UnitModel(bytes), UnitModel(wanted));
+        NSString *const string = NSString::stringWith(bytes);
+        NSString *const target = NSString::stringWith(wanted);
+        ASSERT_EQ(textsOf(string->componentsSeparatedByString(target)), pieces);
+        ASSERT_EQ(string->stringByReplacingOccurrencesOfString(target, "<é>"_ns)->view(),
+                  joined(pieces, "<é>"));
+        ASSERT_EQ(string->stringByReplacingSubstring(target, nullptr)->view(), joined(pieces, ""));
+        NSMutableString *const changed = NSMutableString::stringWith(bytes);
+        ASSERT_EQ(changed->replaceOccurrencesOfString(target, "€"_ns, 0, {0, changed->length()}),
+                  pieces.size() - 1);
+        ASSERT_EQ(changed->view(), joined(pieces, "€"));
+        ASSERT_EQ(changed->length(), UnitModel(joined(pieces, "€")).units.size());
+    }
+}
+
+TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
+    struct Row {
+        const char *text, *needle;
+        NSRange first, last;
+    };
+    static const Row kRows[] = {
+        {"xABcabC", "abc", {1, 3}, {4, 3}},
+        {"😀ÉTÉ été", "été", {2, 3}, {6, 3}},
+        {"5 \xE2\x84\xAA, 6 k", "K", {2, 1}, {7, 1}}, // the kelvin's sign is three bytes long
+        {"ΟΔΟΣ οδος", "οδός", kNowhere, kNowhere},
+        {"ΟΔΟΣ οδος", "ΟΔΟσ", {0, 4}, {5, 4}},
+        {"\xC9z", "é", kNowhere, kNowhere}, // a malformed byte is no letter
+        {"aAaA", "aa", {0, 2}, {2, 2}},
+    };
+    for (const Row &row : kRows) {
+        NSString *const text = NSString::stringWith(row.text);
+        NSString *const needle = NSString::stringWith(row.needle);
+        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch), row.first) << row.text;
+        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch | NSBackwardsSearch), row.last)
+            << row.text;
+    }
+    EXPECT_EQ("Übung"_ns->rangeOfString("üB"_ns, NSCaseInsensitiveSearch | NSAnchoredSearch),
+              NSMakeRange(0, 2));
+    EXPECT_EQ("eÜB"_ns->rangeOfString("üb"_ns, 1 | 4 | 8), NSMakeRange(1, 2));
+    NSMutableString *const text = NSMutableString::stringWith("aAaAa");
+    EXPECT_EQ(text->replaceOccurrencesOfString("AA"_ns, "-"_ns, 1 | 4, {0, 5}), 2u);
+    EXPECT_EQ(text->view(), "a--"); // from the back
+    EXPECT_EQ(text->replaceOccurrencesOfString("a"_ns, "bb"_ns, NSAnchoredSearch, {0, 3}), 1u);
+    EXPECT_EQ(text->replaceOccurrencesOfString(""_ns, "x"_ns, 0, {0, 4}), 0u);
+    EXPECT_EQ(text->view(), "bb--");
+    EXPECT_EQ("Straße"_ns->commonPrefixWithString("STRASSE"_ns, NSCaseInsensitiveSearch)->view(), "Stra");
+    EXPECT_EQ("a€b"_ns->commonPrefixWithString("a\xE2\x82\xAD"_ns)->view(), "a");
+    EXPECT_EQ("ab"_ns->commonPrefixWithString("abc"_ns), "ab"_ns);
+}
+
+TEST_F(NSStringSearchingTest, NilAndEmptyTexts) {
+    NSString *const text = "abc"_ns;
+    for (const std::function<void()> &call : {
+             std::function<void()>([&] { text->rangeOfString(nullptr); }),
+             std::function<void()>([&] { text->hasPrefix(nullptr); }),
+             std::function<void()>([&] { text->hasSuffix(nullptr); }),
+             std::function<void()>([&] { text->containsString(nullptr); }),
+             std::function<void()>([&] { text->componentsSeparatedByString(nullptr); }),
+             std::function<void()>([&] { text->componentsSeparatedByCharactersInSet(nullptr); }),
+             std::function<void()>([&] { text->rangeOfCharacterFromSet(nullptr); }),
+             std::function<void()>([&] { text->stringByTrimmingCharactersInSet(nullptr); }),
+             std::function<void()>([&] { text->stringByReplacingSubstring(nullptr, text); }),
+             std::function<void()>([&] { text->commonPrefixWithString(nullptr); }),
+             std::function<void()>([&] { text->stringByAppendingPathComponent(nullptr); }),
+         })
+        EXPECT_THROW(call(), InvalidArgumentException);
+    EXPECT_REASON(text->hasPrefix(nullptr), "NSString hasPrefix: must have an argument that is not nil.");
+    EXPECT_EQ(text->stringByAppendingString(nullptr), text);
+    EXPECT_EQ(text->stringByAppendingString("é"_ns)->view(), "abcé");
+    EXPECT_EQ(text->stringByAppendingFormat("-%d"_ns, 1)->view(), "abc-1");
+    EXPECT_EQ(text->rangeOfString(""_ns), kNowhere);
+    EXPECT_EQ(text->stringByReplacingSubstring(""_ns, "x"_ns), text);
+    EXPECT_EQ(textsOf(text->componentsSeparatedByString(""_ns)), std::vector<std::string>{"abc"});
+}
+
+TEST_F(NSStringSearchingTest, NoTextMakesSearchesSlow) {
+    const std::string cut = "\xC2\x80";
+    const auto start = std::chrono::steady_clock::now();
+    NSString *const many = repeated("ab, é", 400000);
+    EXPECT_EQ(many->componentsSeparatedByString(", "_ns)->count(), 400001u);
+    EXPECT_EQ(many->stringByReplacingSubstring("é"_ns, "e"_ns)->length(), 2000000u);
+    NSString *const periodic = repeated("a", 500000);
+    NSString *const nearly = NSString::stringWith(std::string(20000, 'a') + "b");
+    EXPECT_EQ(periodic->rangeOfString(nearly), kNowhere);
+    EXPECT_EQ(periodic->rangeOfString(nearly, NSBackwardsSearch), kNowhere);
+    EXPECT_EQ(periodic->rangeOfString(nearly, NSCaseInsensitiveSearch), kNowhere);
+    // Bytes that match everywhere, but always across a character.
+    NSString *const halves = NSString::stringWith(std::string(repeated(cut, 10000)->view()) + "\xC2");
+    EXPECT_EQ(repeated(cut, 500000)->rangeOfString(halves), kNowhere);
+    NSMutableString *const grown = NSMutableString::string();
+    for (int i = 0; i < 200000; ++i) {
+        grown->appendString("ab"_ns);
+        ASSERT_EQ(grown->length(), 2u * static_cast<std::uint32_t>(i) + 2);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)); // quadratic takes minutes
+}
+
+TEST_F(NSStringSearchingTest, CharacterSetsFindSplitAndTrim) {
+    NSCharacterSet *const blanks = NSCharacterSet::whitespaceAndNewlineCharacterSet();
+    NSCharacterSet *const some = NSCharacterSet::characterSetWithCharactersInString(",;é😀\xFF"_ns);
+    NSString *const text = "a,é😀b;c"_ns;
+    EXPECT_EQ(textsOf(text->componentsSeparatedByCharactersInSet(some)),
+              (std::vector<std::string>{"a", "", "", "b", "c"}));
+    EXPECT_EQ(text->rangeOfCharacterFromSet(some), NSMakeRange(1, 1));
+    EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSBackwardsSearch), NSMakeRange(6, 1));
+    EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSBackwardsSearch, {0, 5}), NSMakeRange(3, 2));
+    EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSAnchoredSearch), kNowhere);
+    EXPECT_EQ(text->rangeOfCharacterFromSet(some->invertedSet(), NSAnchoredSearch), NSMakeRange(0, 1));
+    EXPECT_EQ(text->rangeOfCharacterFromSet(NSCharacterSet::decimalDigitCharacterSet()), kNowhere);
+    EXPECT_EQ(" \t\u00A0x y\r\n\u2028"_ns->stringByTrimmingCharactersInSet(blanks)->view(), "x y");
+    EXPECT_EQ(" \u3000 "_ns->stringByTrimmingCharactersInSet(blanks)->view(), "");
+    EXPECT_EQ("x"_ns->stringByTrimmingCharactersInSet(blanks), "x"_ns);
+    EXPECT_EQ("\xA0x\x85"_ns->stringByTrimmingCharactersInSet(blanks)->view(),
+              "\xA0x\x85"); // malformed: in no set
+    EXPECT_EQ("\xA0x"_ns->stringByTrimmingCharactersInSet(some->invertedSet())->view(), "");
+}
+
+TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
+    struct Row {
+        NSCharacterSet *set;
+        std::vector<std::uint32_t> members, others;
+    };
+    const Row rows[] = {
+        {NSCharacterSet::whitespaceCharacterSet(), {' ', '\t', 0x3000}, {'\n', 'a', 0x200B}},
+        {NSCharacterSet::newlineCharacterSet(), {'\n', '\r', 0x2028}, {' ', 0x84}},
+        {NSCharacterSet::decimalDigitCharacterSet(), {'0', '9', 0x0663}, {'a', 0xB2, '/', ':'}},
+        {NSCharacterSet::letterCharacterSet(),
+         {'a', 'Z', 0xE9, 0x416, 0x4E2D, 0x301, 0x20000},
+         {'1', '_', 0xD7, '@'}},
+        {NSCharacterSet::alphanumericCharacterSet(), {'a', '5', 0xBD, 0x3B1}, {'-', ' ', 0x2028}},
+        {NSCharacterSet::uppercaseLetterCharacterSet(), {'A', 0xC9, 0x416, 0x1C4}, {'a', 0xDF, '1', 0x4E2D}},
+        {NSCharacterSet::lowercaseLetterCharacterSet(), {'z', 0xDF, 0x3C2, 0x1C4 + 2}, {'A', '!', 0x4E2D}},
+        {NSCharacterSet::punctuationCharacterSet(), {'!', '_', 0xBF, 0x3001}, {'+', '$', 'a'}},
+        {NSCharacterSet::characterSetWithRange({0x60, 3}), {0x60, 0x62}, {0x5F, 0x63}},
+        {NSCharacterSet::characterSetWithRange({5, 0}), {}, {4, 5, 6}},
+        {NSCharacterSet::characterSetWithCharactersInString("caab€"_ns),
+         {'a', 'b', 'c', 0x20AC},
+         {'d', 0x20AB, 0x20AD}},
+    };
+    for (const Row &row : rows) {
+        NSCharacterSet *const inverted = row.set->invertedSet();
+        for (const std::uint32_t member : row.members)
+            EXPECT_TRUE(row.set->longCharacterIsMember(member) && !inverted->longCharacterIsMember(member))
+                << member;
+        for (const std::uint32_t other : row.others)
+            EXPECT_TRUE(!row.set->longCharacterIsMember(other) && inverted->longCharacterIsMember(other))
+                << other;
+    }
+    EXPECT_TRUE(NSCharacterSet::letterCharacterSet()->characterIsMember(0x416));
+    EXPECT_EQ(NSCharacterSet::letterCharacterSet(), NSCharacterSet::letterCharacterSet());
+    EXPECT_THROW(NSCharacterSet::characterSetWithRange({0x110000, 1}), InvalidArgumentException);
+    EXPECT_THROW(NSCharacterSet::characterSetWithCharactersInString(nullptr), InvalidArgumentException);
+}

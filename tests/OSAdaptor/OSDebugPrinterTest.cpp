@@ -1,0 +1,276 @@
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/ServicesFixture.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <regex>
+
+namespace {
+
+class OSDebugPrinterTest : public ServicesFixture {
+protected:
+    // Registers a debug and a profile channel "here" and makes them active.
+    OSDebugPrinterTest() {
+        channel_ = printer()->registerDebugChannel("here"_ns);
+        printer()->setDebugChannelsActive(NSArray::arrayWithObject("here"_ns));
+        profile_ = printer()->registerProfileChannel("here"_ns);
+        printer()->setProfileChannelsActive(NSArray::arrayWithObject("here"_ns));
+    }
+
+    static OSDebugPrinter *printer() { return OSDebugPrinter::globalDebugPrinter(); }
+
+    // Profile lines with "P:" for the process id and "TAIL" for what they measured.
+    static std::string profileLines(const std::string &text) {
+        char pid[16];
+        std::snprintf(pid, sizeof pid, "%06lu:", static_cast<unsigned long>(::getpid()));
+        const std::string bytes = R"(-?\d+\.\d\d[KMGT]?B)";
+        const std::regex tail(R"(\+-?\d+ms #\d{13} \+m)" + bytes + " #m" + bytes);
+        return std::regex_replace(std::regex_replace(text, std::regex(pid), "P:"), tail, "TAIL");
+    }
+
+    int channel_ = -1;
+    int profile_ = -1;
+};
+
+} // namespace
+
+TEST_F(OSDebugPrinterTest, NumbersAreGivenOnceAndUpTo100) {
+    const Ref<OSDebugPrinter> other = OSDebugPrinter::init();
+    EXPECT_STREQ(other->debugChannelName(0), "all");
+    EXPECT_EQ(other->registerDebugChannel("utils"_ns), 1);
+    EXPECT_EQ(other->registerDebugChannel("utils"_ns), 1);
+    EXPECT_EQ(other->registerProfileChannel("utils"_ns), 0);
+    for (int number = 2; number <= 100; ++number)
+        EXPECT_EQ(other->registerDebugChannel(NSString::stringWith("c" + std::to_string(number))), number);
+    EXPECT_EQ(other->registerDebugChannel("one too many"_ns), -1);
+    EXPECT_EQ(other->registerDebugChannel("c100"_ns), 100);
+    other->setDebugChannelsActive(NSArray::arrayWithObject("c100"_ns));
+    EXPECT_TRUE(other->isDebugChannelActive(100));
+    EXPECT_STREQ(other->debugChannelName(100), "c100");
+    for (int number : {-1, 101, INT32_MIN, INT32_MAX}) {
+        EXPECT_FALSE(other->isDebugChannelActive(number));
+        EXPECT_FALSE(other->isProfileChannelActive(number));
+        EXPECT_EQ(other->debugChannelName(number), nullptr);
+        EXPECT_EQ(other->profileChannelName(number), nullptr);
+        EXPECT_FALSE(qb::isDebugChannelActive(number));
+    }
+}
+
+TEST_F(OSDebugPrinterTest, NamesAreKeptAndListed) {
+    NSMutableString *const name = NSMutableString::stringWith("b");
+    EXPECT_EQ(printer()->registerDebugChannel(name), 2);
+    name->appendString("!"_ns);
+    printer()->registerDebugChannel("a"_ns);
+    EXPECT_STREQ(printer()->debugChannelName(2), "b");
+    EXPECT_EQ(describe(printer()->debugChannelNames()), "(a, all, b, here)");
+    EXPECT_EQ(printer()->getHelpForDebugChannels()->view(),
+              "\n     Possible debug channels are:\n       a\n       all\n       b\n       here");
+    EXPECT_EQ(printer()->getHelpForProfileChannels()->view(),
+              "\n     Possible profile channels are:\n       here");
+}
+
+TEST_F(OSDebugPrinterTest, AllStandsForAllDebugChannelsButForNoProfileChannel) {
+    printer()->registerDebugChannel("other"_ns);
+    const std::int32_t other = printer()->registerProfileChannel("other"_ns);
+    printer()->setDebugChannelsActive(NSArray::arrayWithObjects("unknown"_ns));
+    EXPECT_EQ(describe(printer()->activeDebugChannelNames()), "(here)");
+    printer()->setDebugChannelsActive(NSArray::arrayWithObjects("unknown"_ns, "all"_ns));
+    EXPECT_EQ(describe(printer()->activeDebugChannelNames()), "(all, here, other)");
+    printer()->setProfileChannelsActive(NSArray::arrayWithObject("all"_ns));
+    EXPECT_FALSE(printer()->isProfileChannelActive(other));
+}
+
+TEST_F(OSDebugPrinterTest, AnyPrintersEndIsThatOfTheGlobalOne) {
+    OSDebugPrinter *const before = printer();
+    const Ref<OSDebugPrinter> kept = before;
+    OSDebugPrinter::init();
+    EXPECT_FALSE(qb::isDebugChannelActive(channel_));
+    EXPECT_NE(printer(), before);
+    EXPECT_EQ(describe(printer()->debugChannelNames()), "(all)");
+}
+
+TEST_F(OSDebugPrinterTest, TracesNameChannelLevelStateAndPlace) {
+    debug = 3;
+    CapturedOutput output;
+    debug_printf(channel_, "%s %d%c %ld %lld %5.1f %x", "a", -1, 'c', 5L, 1LL << 40, 2.25, 255);
+    debug_printf(channel_, "%s-%d"_ns, "typed"_ns, std::uint64_t{1} << 63);
+    ERRORHANDLER->setErrorState(ERRORSTATE_ERROR);
+    qb::trace(channel_, {"src/A", 12, printer(), "b:c:"}, "%s", NSString::stringWith("object"));
+    ERRORHANDLER->setErrorState(ERRORSTATE_OK);
+    qb::trace(channel_, {"src/A", 13, &OSProcess::cls, "d"}, "class");
+    EXPECT_EQ(logLines(output.end()), "[T] (P) [] [here(3) OK] a -1c 5 1099511627776   2.2 ff\n"
+                                      "[T] (P) [] [here(3) OK] typed-9223372036854775808\n"
+                                      "[T] (P) [] [here(3) ERROR] src/A:12(OSDebugPrinter): -b:c: -> object\n"
+                                      "[T] (P) [] [here(3) OK] src/A:13(OSProcess): +d -> class\n");
+}
+
+TEST_F(OSDebugPrinterTest, TracesOfBadFormatsStandAsTheyAreAndReadNothing) {
+    OSLogger::createLoggerForCategory("debug"_ns);
+    const std::int32_t odd = printer()->registerDebugChannel("50%s"_ns);
+    printer()->setDebugChannelsActive(NSArray::arrayWithObject("50%s"_ns));
+    CapturedOutput output;
+    const char *const formats[] = {"%n", "%*d", "%hd", "%d %p %s", "50%", "drops %% this"};
+    for (const char *format : formats)
+        qb::trace(channel_, format, 1);
+    // By way of a pointer, because the compiler would find the mistakes.
+    void (*const print)(int, const char *, ...) = debug_printf;
+    print(channel_, "%p", static_cast<void *>(nullptr));
+    print(channel_, nullptr);
+    print(odd, "no value for the name: %d", 1);
+    EXPECT_EQ(logLines(output.end()), "[T] (P) [debug] [here(0) OK] %n\n"
+                                      "[T] (P) [debug] [here(0) OK] %*d\n"
+                                      "[T] (P) [debug] [here(0) OK] %hd\n"
+                                      "[T] (P) [debug] [here(0) OK] %d %p %s\n"
+                                      "[T] (P) [debug] [here(0) OK] 50\n"
+                                      "[T] (P) [debug]  this\n"
+                                      "[T] (P) [debug] [here(0) OK] %p\n"
+                                      "[T] (P) [debug] [here(0) OK] \n"
+                                      "[T] (P) [debug] [50%s(0) OK] no value for the name: %d\n");
+}
+
+TEST_F(OSDebugPrinterTest, SilentChannelsWriteNothing) {
+    CapturedOutput output;
+    const std::int32_t silent = printer()->registerDebugChannel("silent"_ns);
+    for (int channel : {0, silent, -1, 101}) {
+        debug_printf(channel, "x");
+        qb::trace(channel, {"src/A", 1, printer(), "b"}, "x");
+    }
+    for (int channel : {profile_ + 1, -1, 101}) {
+        profile_beginAction(channel, "x");
+        profile_msg(channel, "x"_ns);
+        profile_endAction(channel, "x");
+    }
+    EXPECT_EQ(output.end(), "");
+    EXPECT_EQ(printer()->profileStackLevel(), 0);
+}
+
+TEST_F(OSDebugPrinterTest, ActionsNestAndMeasure) {
+    CapturedOutput output;
+    profile_beginAction(profile_, "read %s", "a");
+    EXPECT_STREQ(printer()->messageFromProfileStackItem(0), "read a");
+    EXPECT_EQ(printer()->channelFromProfileStackItem(0), profile_);
+    EXPECT_EQ(printer()->startTimeFromProfileStackItem(0), printer()->profileLastTime());
+    printer()->setStartTime(printer()->profileLastTime() - 1000000, 0);
+    profile_msg(profile_, "%hd of %5s", 3, "x");
+    profile_beginAction(profile_, "%@ %i"_ns, "typed"_ns, 7);
+    profile_endAction(profile_, "typed %d", 7);
+    profile_endAction(profile_, "read a");
+    const std::string lines = profileLines(output.end());
+    EXPECT_TRUE(std::regex_match(lines, std::regex(R"(P:\[start:here\] read a \(TAIL\)
+P:  \[msg  :here\] 3 of     x \(TAIL\)
+P:  \[start:here\] typed 7 \(TAIL\)
+P:  \[end  :here\] typed 7 \(time: 000\d\dms TAIL\)
+P:\[end  :here\] read a \(time: 100\d{4}ms TAIL\)
+)"))) << lines;
+    EXPECT_EQ(printer()->profileStackLevel(), 0);
+}
+
+TEST_F(OSDebugPrinterTest, UnbalancedActionsAreToldAndClosed) {
+    const std::int32_t other = printer()->registerProfileChannel("other"_ns);
+    printer()->setProfileChannelsActive(NSArray::arrayWithObject("other"_ns));
+    CapturedOutput output;
+    profile_beginAction(profile_, "a");
+    profile_beginAction(profile_, "b");
+    profile_endAction(profile_, "c");
+    profile_endAction(other, "a");
+    profile_endAction(profile_, "d");
+    EXPECT_EQ(printer()->profileStackLevel(), 0);
+    printer()->setProfileStackLevel(PROFILE_STACK_SIZE);
+    profile_beginAction(profile_, "e");
+    EXPECT_EQ(printer()->profileStackLevel(), PROFILE_STACK_SIZE);
+    printer()->setProfileStackLevel(5000); // levels beyond the stack have no items
+    profile_endAction(profile_, "f");
+    EXPECT_EQ(printer()->decrementProfileStackLevel(), 4998);
+    EXPECT_EQ(profileLines(output.end()),
+              "P:[start:here] a (TAIL)\n"
+              "P:  [start:here] b (TAIL)\n"
+              "P:  notice: unbalanced PROFILE_BEGIN_ACTION() ... PROFILE_END_ACTION() (TAIL)!\n"
+              "P:          expected: (here, 'b'), got: (here, 'c')\n"
+              "P:notice: unbalanced PROFILE_BEGIN_ACTION() ... PROFILE_END_ACTION() (TAIL)!\n"
+              "P:        expected: (here, 'a'), got: (other, 'a')\n"
+              "notice: profileStackLevel grew negative(TAIL)!\n"
+              "notice: PROFILE_STACK_SIZE (2000) exceeded (TAIL)!\n"
+              "P:" +
+                  std::string(50, ' ') +
+                  " 4999>>>notice: unbalanced PROFILE_BEGIN_ACTION() ... PROFILE_END_ACTION() (TAIL)!\n"
+                  "P:" +
+                  std::string(50, ' ') + " 4999>>>        expected: (here, '(null)'), got: (here, 'f')\n");
+}
+
+TEST_F(OSDebugPrinterTest, MessagesAreCutAt1023Bytes) {
+    CapturedOutput output;
+    const std::string text(1100, 'x');
+    profile_beginAction(profile_, "%s", text.c_str());
+    profile_endAction(profile_, "%s"_ns, text.c_str());
+    EXPECT_EQ(profileLines(output.end()).find("[start:here] " + text.substr(0, 1023) + " (TAIL)"), 2u);
+    EXPECT_EQ(printer()->profileStackLevel(), 0);
+}
+
+TEST_F(OSDebugPrinterTest, IndentationFollowsTheDepth) {
+    CapturedOutput output;
+    for (int level : {-1, 0, 3, 29, 30}) {
+        printer()->setProfileStackLevel(level);
+        profile_indent();
+        std::fputs("|\n", stderr);
+    }
+    EXPECT_EQ(profileLines(output.end()), "P:|\nP:|\nP:      |\nP:" + std::string(58, ' ') +
+                                              "|\nP:" + std::string(50, ' ') + "   30>>>|\n");
+    EXPECT_EQ(std::string(profileSpace), std::string(58, ' '));
+}
+
+TEST_F(OSDebugPrinterTest, BytesAreBeautified) {
+    const std::pair<std::int64_t, const char *> rows[] = {
+        {0, "0.00B"},
+        {1024, "1024.00B"},
+        {1025, "1.00KB"},
+        {1536, "1.50KB"},
+        {-1024, "-1024.00B"},
+        {-2048, "-2.00KB"},
+        {std::int64_t{1} << 20, "1024.00KB"},
+        {std::int64_t{1} << 50, "1024.00TB"},
+        {std::int64_t{1} << 60, "1048576.00TB"},
+        {INT64_MIN, "-8388608.00TB"},
+    };
+    char buffer[1024];
+    for (const auto &[count, text] : rows)
+        EXPECT_STREQ(profile_beautifyBytes(count, buffer), text);
+}
+
+TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
+    void *const memory = _malloc(3);
+    ASSERT_NE(memory, nullptr);
+    std::free(memory);
+    CapturedOutput output;
+    void *const told = _dbgMalloc(12, 34, "src/A");
+    _dbgFree(told, 35, "src/A");
+    char address[32];
+    std::snprintf(address, sizeof address, "0x%08lx", reinterpret_cast<unsigned long>(told));
+    EXPECT_EQ(output.text(), std::string("allocating 12 bytes in src/A:34 - return ") + address +
+                                 "\nfreeing memory at " + address + " in src/A:35\n");
+
+    ErrorExpectation error(100156);
+    qb::sys::Fault fault(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr);
+    EXPECT_EQ(error.place(), "src/OSAdaptor/OSFilePath:97");
+    EXPECT_EQ(output.end(), "allocating 1 bytes in b:2 - return 0x00000000\n");
+}
+
+TEST_F(OSDebugPrinterTest, StartUpRegistersTheLibrarysChannels) {
+    printer()->release();
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    EXPECT_EQ(describe(printer()->debugChannelNames()), "(all, fileio, misc, process, socket, utils)");
+    const int numbers[] = {DEBUG_CHANNEL_UTILS, DEBUG_CHANNEL_MISC, DEBUG_CHANNEL_PROCESS,
+                           DEBUG_CHANNEL_FILEIO, DEBUG_CHANNEL_SOCKET};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(numbers[i], i + 1);
+    EXPECT_STREQ(printer()->debugChannelName(DEBUG_CHANNEL_FILEIO), "fileio");
+    EXPECT_STREQ(printer()->profileChannelName(PROFILE_CHANNEL_NET_IO), "netio");
+    EXPECT_EQ(describe(printer()->activeDebugChannelNames()), "()");
+}

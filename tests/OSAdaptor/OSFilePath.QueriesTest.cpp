@@ -1,0 +1,195 @@
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <set>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using qb::sys::Call;
+using qb::sys::Fault;
+
+class OSFilePathQueriesTest : public PoolFixture {
+protected:
+    TemporaryDirectory directory_;
+};
+
+namespace {
+
+NSString *nulPath() {
+    return NSString::stringWith(std::string_view("a\0b", 3));
+}
+
+void setTimes(const std::string &path, std::int64_t seconds) {
+    const timespec time{static_cast<time_t>(seconds), 0};
+    const timespec times[2] = {time, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+} // namespace
+
+TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
+    directory_.write("file", "12345");
+    directory_.link("file", "link");
+    setTimes(directory_ / "file", 1000000);
+    std::filesystem::permissions(directory_ / "file", std::filesystem::perms(0640));
+    OSFileInfo info;
+    send<void>(OSFilePath::cls(), "fileInfo:atPath:"_sel, &info, directory_.string("link"));
+    EXPECT_TRUE(info.exists);
+    EXPECT_FALSE(info.isDirectory);
+    EXPECT_EQ(info.size, 5);
+    EXPECT_EQ(info.accessTime, 1000000);
+    EXPECT_EQ(info.modificationTime, 1000000);
+    EXPECT_GT(info.changeTime, 1000000);
+    EXPECT_EQ(info.mode, 0100640u);
+    OSFilePath::fileInfo(&info, directory_.string("."));
+    EXPECT_TRUE(info.exists && info.isDirectory);
+    OSFilePath::fileInfo(&info, directory_.string("missing"));
+    EXPECT_FALSE(info.exists || info.isDirectory || info.size || info.mode);
+    EXPECT_REASON(OSFilePath::fileInfo(nullptr, "a"_ns),
+                  "OSFilePath fileInfo:atPath: must have a file info that is not NULL.");
+}
+
+TEST_F(OSFilePathQueriesTest, WhatDoesNotFitAFieldIsReportedAndNeverCut) {
+    directory_.write("long", "");
+    directory_.write("late", "x");
+    std::filesystem::resize_file(directory_ / "long", std::uintmax_t{3} << 30);
+    setTimes(directory_ / "late", std::int64_t{1} << 31);
+    for (const char *name : {"long", "late"}) {
+        ErrorExpectation error(100194);
+        OSFileInfo info;
+        OSFilePath::fileInfo(&info, directory_.string(name));
+        EXPECT_EQ(error.values(), directory_ / name + " Value too large for defined data type");
+        EXPECT_EQ(error.place().rfind("src/OSAdaptor/OSFilePath:", 0), 0u);
+        EXPECT_EQ(info.size, 0);
+    }
+    EXPECT_EQ(OSFilePath::fileSizeAtPath(directory_.string("long")), INT32_MAX);
+    EXPECT_TRUE(OSFilePath::fileExistsAtPath(directory_.string("long")));
+    EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(directory_.string("long")));
+}
+
+TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
+    directory_.write("file", "abc");
+    directory_.write("empty", "");
+    directory_.link("nowhere", "dangling");
+    const struct {
+        NSString *path;
+        bool exists, isDirectory;
+        std::int32_t size;
+    } rows[] = {
+        {directory_.string("file"), true, false, 3},
+        {directory_.string("empty"), true, false, 0},
+        {directory_.string("missing"), false, false, 0},
+        {directory_.string("dangling"), false, false, 0},
+        {directory_.string("file/x"), false, false, 0},
+        {nulPath(), false, false, 0},
+        {nullptr, false, false, 0},
+    };
+    for (const auto &row : rows) {
+        BOOL isDirectory = YES;
+        EXPECT_EQ(OSFilePath::fileExistsAtPath(row.path, &isDirectory), row.exists) << describe(row.path);
+        EXPECT_EQ(isDirectory, row.isDirectory);
+        EXPECT_EQ(OSFilePath::directoryExistsAtPath(row.path), row.isDirectory);
+        EXPECT_EQ(OSFilePath::fileSizeAtPath(row.path), row.size) << describe(row.path);
+    }
+    BOOL isDirectory = NO;
+    EXPECT_TRUE(send<BOOL>(OSFilePath::cls(), "fileExistsAtPath:isDirectory:"_sel, directory_.string("."),
+                           &isDirectory));
+    EXPECT_TRUE(isDirectory);
+    EXPECT_TRUE(OSFilePath::directoryExistsAtPath(directory_.string(".")));
+    EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string(".")));
+    EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("empty")));
+    EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("missing")));
+}
+
+TEST_F(OSFilePathQueriesTest, OtherStatFailuresAreRaisedWhereThatIsAllowed) {
+    directory_.write("file", "abc");
+    OSFileInfo info;
+    const std::pair<NSString *, std::string> rows[] = {
+        {directory_.string("file/x"), directory_ / "file/x Not a directory"},
+        {nulPath(), "a Invalid argument"},
+        {nullptr, "<null> Bad address"},
+    };
+    for (const auto &[path, values] : rows) {
+        ErrorExpectation error(100194);
+        OSFilePath::fileInfo(&info, path);
+        EXPECT_EQ(error.values(), values);
+    }
+    ErrorExpectation error(100194);
+    EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("file/x")));
+    const Fault interruptions(Call::stat, /*skip=*/0, /*times=*/3, EINTR);
+    EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(directory_.string("file")));
+}
+
+TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
+    const std::string longText(1000, 'x');
+    directory_.link("some/\xff where", "link");
+    directory_.link(longText, "long");
+    directory_.write("file", "");
+    EXPECT_EQ(describe(OSFilePath::symlinkTarget(directory_.string("link"))), "some/\xff where");
+    EXPECT_EQ(describe(OSFilePath::symlinkTarget(directory_.string("long"))), longText);
+    EXPECT_EQ(OSFilePath::symlinkTarget(""_ns), nullptr);
+    EXPECT_EQ(OSFilePath::symlinkTarget(nullptr), nullptr);
+    const auto expect = [](int number, NSString *path, const std::string &values) {
+        ErrorExpectation error(number);
+        EXPECT_EQ(OSFilePath::symlinkTarget(path), nullptr);
+        EXPECT_EQ(error.values(), values);
+    };
+    expect(100222, directory_.string("file"), directory_ / "file");
+    expect(100194, directory_.string("missing"), directory_ / "missing No such file or directory");
+    expect(100194, nulPath(), "a Invalid argument");
+    const Fault fault(Call::readlink, /*skip=*/0, /*times=*/1, EIO);
+    expect(100023, directory_.string("link"), directory_ / "link Input/output error");
+}
+
+TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
+    NSString *const before = OSFilePath::getcwd();
+    OSFilePath::chdir(directory_.string("."));
+    EXPECT_EQ(describe(OSFilePath::getcwd()), directory_.path());
+    OSFilePath::chdir(before);
+    const auto expect = [](NSString *path, const std::string &values) {
+        ErrorExpectation error(100196);
+        OSFilePath::chdir(path);
+        EXPECT_EQ(error.values(), values);
+    };
+    expect(directory_.string("missing"), "chdir(" + directory_ / "missing" + ") No such file or directory");
+    expect(nulPath(), "chdir(a) Invalid argument");
+    ErrorExpectation error(100196);
+    const Fault fault(Call::getcwd, /*skip=*/0, /*times=*/1, ERANGE);
+    EXPECT_EQ(OSFilePath::getcwd(), nullptr);
+    EXPECT_EQ(error.values(), "getcwd() Numerical result out of range");
+}
+
+TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
+    for (const char *name : {"a1", "a2", "b1", "d/a3"})
+        directory_.write(name, "");
+    const auto matches = [&](NSArray *paths) {
+        std::set<std::string> names;
+        for (id path : *paths)
+            names.insert(describe(path).substr(directory_.path().size()));
+        return names;
+    };
+    using Names = std::set<std::string>;
+    EXPECT_EQ(matches(OSFilePath::glob(directory_.string("a*"))), (Names{"/a1", "/a2"}));
+    EXPECT_EQ(matches(OSFilePath::glob("[ad]*"_ns, directory_.string("."))),
+              (Names{"/./a1", "/./a2", "/./d"}));
+    EXPECT_EQ(matches(OSFilePath::glob(directory_.string("*1"), ""_ns)), (Names{"/a1", "/b1"}));
+    EXPECT_EQ(OSFilePath::glob(directory_.string("z*"))->count(), 0u);
+    for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {
+        ErrorExpectation error(number);
+        const Fault fault(Call::glob, /*skip=*/0, /*times=*/1, system);
+        EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr);
+        EXPECT_EQ(error.values(), system == ENOMEM ? "" : "* Permission denied");
+    }
+    ErrorExpectation error(100240);
+    EXPECT_EQ(OSFilePath::glob(nulPath()), nullptr);
+    EXPECT_EQ(error.values(), "a Invalid argument");
+}

@@ -1,0 +1,228 @@
+#include <QBFoundation/QBErrorHandler.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/QBErrorCatalogue.h>
+#include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/ServicesFixture.h"
+
+#include <algorithm>
+
+namespace {
+
+// A handler with texts for two numbers.
+class WordingHandler : public QBErrorHandler {
+public:
+    NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override {
+        if (error == 100)
+            return "%s failed %d times"_ns;
+        return error == 101 ? "100%"_ns : withDefaultFormat;
+    }
+};
+
+// Puts a handler in the place of the test's.
+class QBErrorHandlerTest : public ServicesFixture {
+protected:
+    QBErrorHandlerTest() : handler_(Ref<WordingHandler>::adopt(new WordingHandler)) {
+        ERRORHANDLER = handler_.get();
+    }
+    ~QBErrorHandlerTest() override { ERRORHANDLER = recordingErrorHandler(); }
+
+    void raise(int error) { handler_->raiseErrorInFile("src/A", 1, error); }
+
+    Ref<QBErrorHandler> handler_;
+};
+
+} // namespace
+
+TEST_F(QBErrorHandlerTest, AFreshHandlerHasNothing) {
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+    EXPECT_EQ(handler_->errorMessage()->view(), "");
+    EXPECT_EQ(describe(handler_->errorId()), "");
+    EXPECT_EQ(describe(handler_->errorDescr()), "()");
+    EXPECT_EQ(describe(handler_->errorIds()), "()");
+    EXPECT_EQ(handler_->errorInfo(), nullptr);
+    EXPECT_EQ(handler_->clearErrorStack(), nullptr);
+    EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(), "");
+    EXPECT_EQ(describe(send<QBErrorHandler *>(QBErrorHandler::cls(), "errorHandler"_sel)->stackTrace()),
+              "()");
+}
+
+TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
+    raise(7);
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000007] unknown error");
+    EXPECT_EQ(handler_->errorMsgForError(1234567, {})->view(), "[1234567] unknown error");
+    EXPECT_EQ(handler_
+                  ->errorMsgForErrorWithObjects(
+                      100, NSArray::arrayWithObjects("disk"_ns, NSNumber::numberWithInt(3)))
+                  ->view(),
+              "[000100] disk failed 3 times");
+    handler_->raiseErrorInFile("src/A", 1, 100, "disk"_ns, 2);
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000100] disk failed 2 times");
+    handler_->raiseErrorWithDefaultFormat("own %s"_ns, 8, "text");
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000008] own text");
+    handler_->raiseErrorWithDefaultFormat("own"_ns, 101); // the number's own format goes before
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000101] 100");
+    handler_->raiseErrorInFile("src/A", 1, 100, 2); // not the values that the format wants
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000100] %s failed %d times");
+    EXPECT_EQ(describe(handler_->errorIds()), "(100, 101, 8, 100, 7)");
+    EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(),
+              "- [000100] %s failed %d times\n- [000101] 100\n- [000008] own text\n"
+              "- [000100] disk failed 2 times\n- [000007] unknown error");
+}
+
+TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("utils"_ns));
+    NSArray *const objects = NSArray::arrayWithObjects("a"_ns, "b"_ns);
+    QBErrorHandler *const other = QBErrorHandler::errorHandler();
+    CapturedOutput output;
+    raise(1); // not traced at level 0
+    debug = 1;
+    other->raiseErrorInFile("src/A", 5, 2);
+    other->raiseErrorInFile(nullptr, 6, 3);
+    other->raiseErrorWithObjects(objects, 4);
+    other->raiseErrorWithDefaultFormat("100%% %d"_ns, 5, 50);
+    other->raiseErrorWithDefaultFormatWithObjects("%s"_ns, objects, 6, "%d"_ns);
+    const std::string place =
+        "src/QBErrorHandler:282(QBErrorHandler): "
+        "-raiseErrorInFile:inLine:error:withArgList:andObjects:withDefaultFormat: -> raised error ";
+    const std::string start = "[T] (P) [] [utils(1) ERROR] " + place;
+    EXPECT_EQ(logLines(output.end()), start + "2 in src/A:5: [000002] unknown error\n" + start +
+                                          "3 in <null>:6: [000003] unknown error\n" + start +
+                                          "4 in src/QBErrorHandler:301: [000004] unknown error\n" + start +
+                                          "5 in src/QBErrorHandler:311:  50\n" + start +
+                                          "6 in src/QBErrorHandler:321: [000006] %d\n");
+    EXPECT_EQ(other->errorState(), ERRORSTATE_OK);
+    EXPECT_EQ(describe(handler_->errorDescr()), "([000006] %d, 6, a, b)");
+    EXPECT_EQ(describe(handler_->errorInfo()), "(a, b)");
+    handler_->removeLastError();
+    EXPECT_EQ(handler_->errorInfo(), nullptr);
+}
+
+TEST_F(QBErrorHandlerTest, StatesAreCheckedUnlessForced) {
+    const std::pair<int, int> rows[] = {{0, 0}, {1, 1}, {5, 1}, {-1, 1}, {0, 0}, {2, 2}, {0, 2}, {5, 2}};
+    for (const auto &[given, stored] : rows) {
+        handler_->setErrorState(given);
+        EXPECT_EQ(handler_->errorState(), stored) << given;
+    }
+    handler_->_setErrorState(-7);
+    EXPECT_EQ(handler_->errorState(), -7);
+}
+
+TEST_F(QBErrorHandlerTest, WhatIsRaisedWhileRaisingIsDropped) {
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("all"_ns));
+    debug = 1;
+    CapturedOutput output;
+    handler_->setIsRaisingError(YES);
+    raise(1);
+    handler_->raiseFatalError(2);
+    EXPECT_EQ(output.end(), "");
+    EXPECT_TRUE(handler_->isRaisingError());
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+    EXPECT_EQ(describe(handler_->stackTrace()), "()");
+}
+
+TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
+    raise(1);
+    raise(2);
+    NSMutableArray *const saved = handler_->clearErrorStack();
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+    EXPECT_EQ(describe(handler_->errorIds()), "()");
+    raise(3);
+    handler_->insertOldErrorStack(NSArray::array());
+    handler_->insertOldErrorStack(nullptr);
+    EXPECT_EQ(describe(handler_->errorIds()), "(3)");
+    handler_->insertOldErrorStack(saved);
+    EXPECT_EQ(describe(handler_->errorIds()), "(2, 1, 3)");
+    EXPECT_EQ(saved->count(), 2u);
+
+    handler_->replaceErrorStack(NSArray::array());
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+    handler_->replaceErrorStack(saved);
+    EXPECT_EQ(handler_->stackTrace(), saved);
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
+    for (int left : {1, 0, 0}) {
+        handler_->removeLastError();
+        EXPECT_EQ(handler_->stackTrace()->count(), static_cast<unsigned>(left));
+        EXPECT_EQ(handler_->errorState(), left ? ERRORSTATE_ERROR : ERRORSTATE_OK);
+    }
+    handler_->replaceErrorStack(NSArray::arrayWithObjects("no description"_ns)); // queries survive it
+    EXPECT_EQ(handler_->errorMessage()->view(), "");
+    EXPECT_EQ(handler_->errorInfo(), nullptr);
+    handler_->replaceErrorStack(nullptr);
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+}
+
+TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {
+    for (const auto then : {qb::SavedErrors::kKeep, qb::SavedErrors::kDiscard}) {
+        handler_->replaceErrorStack(nullptr);
+        raise(1);
+        try {
+            const qb::SavedErrors saved(then);
+            EXPECT_FALSE(qb::isErrorPending());
+            raise(2);
+            throw 0;
+        } catch (int) {
+        }
+        EXPECT_EQ(describe(handler_->errorIds()), then == qb::SavedErrors::kKeep ? "(1, 2)" : "(1)");
+    }
+}
+
+TEST_F(QBErrorHandlerTest, WithoutAHandlerErrorsAreDropped) {
+    ERRORHANDLER = nullptr;
+    qb::raiseError("src/A", 1, 1);
+    handler_->raiseErrorWithObjects(nullptr, 1);
+    handler_->raiseFatalError(1);
+    EXPECT_FALSE(qb::isErrorPending());
+    EXPECT_EQ(handler_->clearErrorStack(), nullptr);
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+}
+
+TEST_F(QBErrorHandlerTest, FatalErrorsLogTheStackAndEndTheProcess) {
+    raise(1);
+    OSLogger::createLoggerForCategory("alert"_ns, /*withLogLevel=*/0, "web"_ns, nullptr);
+    const ChildEnd end = runInChild([&] {
+        handler_->raiseFatalErrorWithDefaultFormat("no library %s, 5%d %s"_ns, 100241, "x", 0, "100%");
+    });
+    EXPECT_EQ(end.status, 255);
+    EXPECT_EQ(logLines(end.standardError, end.process),
+              "[T] (P) [web alert] [100241] no library x, 50 100%\n[000001] unknown error\n");
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR); // it was the child's
+
+    const ChildEnd second = runInChild([&] {
+        handler_->setErrorState(ERRORSTATE_FATAL);
+        handler_->raiseFatalError(3); // fatal already
+        ::_exit(handler_->isRaisingError() ? 1 : 42);
+    });
+    EXPECT_EQ(second.status, 42);
+    handler_->clearErrorStack();
+}
+
+TEST_F(QBErrorHandlerTest, TheCatalogueWordsTheLibrarysNumbers) {
+    QBErrorCatalogue *const catalogue = QBErrorCatalogue::errorHandler();
+    ERRORHANDLER = catalogue;
+    catalogue->raiseErrorInFile("src/A", 1, qb::kErrorCannotWrite, "a/b"_ns, "No space left on device");
+    EXPECT_EQ(catalogue->errorMessage()->view(),
+              "[100024] The file 'a/b' could not be written: No space left on device");
+    catalogue->raiseErrorWithDefaultFormat("own %d"_ns, 17, 4);
+    EXPECT_EQ(catalogue->errorMessage()->view(), "[000017] own 4");
+}
+
+TEST_F(QBErrorHandlerTest, CatalogueTextsTakeTheListedValues) {
+    int before = 0;
+    for (const qb::ErrorNumber &error : qb::kErrorNumbers) {
+        EXPECT_LT(before, error.number); // sorted, none twice
+        before = error.number;
+        const std::string_view values = error.values;
+        const auto listed = values.empty() ? 0 : std::count(values.begin(), values.end(), ',') + 1;
+        const std::string_view format = error.format;
+        EXPECT_EQ(std::count(format.begin(), format.end(), '%'), listed) << error.number;
+        EXPECT_EQ(format.find("%%"), std::string_view::npos) << error.number;
+    }
+}

@@ -1,0 +1,207 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBNil.h>
+
+#include "Text/RandomText.h"
+#include "support/PoolFixture.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+using RestrictedFormatTest = PoolFixture;
+
+namespace {
+
+// What the C library makes of the format, which has length letters of its own.
+template <class T>
+std::string printed(const std::string &format, T value) {
+    std::string text(2000, '\0');
+    text.resize(static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format.c_str(), value)));
+    return text;
+}
+
+template <class... V>
+std::string restricted(const std::string &format, const V &...values) {
+    return std::string(NSString::stringWithRestrictedFormat(NSString::stringWith(format), values...)->view());
+}
+
+template <class... V>
+std::string formatted(const std::string &format, const V &...values) {
+    return std::string(NSString::stringWithFormat(NSString::stringWith(format), values...)->view());
+}
+
+std::string ofObjects(const std::string &format, std::initializer_list<id> objects) {
+    NSArray *const array = NSArray::arrayWith(objects);
+    return std::string(
+        NSString::stringWithRestrictedFormatAndObjects(NSString::stringWith(format), array)->view());
+}
+
+// Random flags, width and precision.
+std::string randomModifiers(Random &random) {
+    std::string modifiers;
+    for (const char flag : {'-', '+', ' ', '#', '0'})
+        if (random.below(3) == 0)
+            modifiers += flag;
+    if (random.below(2))
+        modifiers += std::to_string(1 + random.below(40));
+    if (random.below(2))
+        modifiers += "." + (random.below(4) ? std::to_string(random.below(30)) : "");
+    return modifiers;
+}
+
+std::int64_t randomInteger(Random &random) {
+    const auto bits = static_cast<std::int64_t>(random.bits());
+    return random.below(6) == 0 ? static_cast<std::int64_t>(random.below(3)) - 1 : bits >> random.below(64);
+}
+
+} // namespace
+
+TEST_F(RestrictedFormatTest, ConversionsPrintAsTheCLibraryPrintsThem) {
+    Random random;
+    for (int round = 0; round < 5000; ++round) {
+        const std::string modifiers = randomModifiers(random);
+        const std::int64_t wide = randomInteger(random);
+        const auto narrow = static_cast<std::int32_t>(wide);
+        const char letter = random.oneOf("diouxX");
+        if (letter == '\0')
+            continue;
+        const std::string front = "a" + ("%" + modifiers);
+        ASSERT_EQ(restricted(front + letter + "z", narrow), printed(front + letter + "z", narrow))
+            << front << letter;
+        ASSERT_EQ(restricted(front + letter, static_cast<std::uint32_t>(narrow)),
+                  printed(front + "ll" + letter,
+                          static_cast<unsigned long long>(static_cast<std::uint32_t>(narrow))));
+        ASSERT_EQ(restricted(front + "q" + letter, wide),
+                  printed(front + "ll" + letter, static_cast<long long>(wide)));
+        const double real = random.below(2) ? static_cast<double>(wide) : static_cast<double>(narrow) / 1000;
+        const std::string realLetter(1, "eEfg"[random.below(4)]);
+        ASSERT_EQ(restricted(front + realLetter, real), printed(front + realLetter, real))
+            << front << realLetter;
+        const std::string text(random.below(20), 'x');
+        ASSERT_EQ(restricted(front + "s", text.c_str()), printed(front + "s", text.c_str())) << front;
+        ASSERT_EQ(restricted(front + "c", 'y'), printed(front + "c", 'y')) << front;
+        ASSERT_EQ(formatted(front + "lld%%", wide), printed(front + "lld%%", static_cast<long long>(wide)));
+        ASSERT_EQ(formatted(front + "s", NSString::stringWith(text)), printed(front + "s", text.c_str()));
+    }
+}
+
+TEST_F(RestrictedFormatTest, LiteralTextFollowsTheScannersRules) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"plain", "plain"},
+        {"", ""},
+        {"a%%b", "b"}, // both signs and the text in front of them are dropped
+        {"a%d%%b", "a1b"},
+        {"%d%5%x%d", "1x2"},
+        {"a%", "a"},
+        {"a%d-%5.", "a1-"}, // ends inside a conversion
+        {"%LZlqd", "1"},
+        {"%l5d", "    1"}, // length letters anywhere
+        {"%d%d", "12"},
+        {"%5-d|", "1    |"}, // flags anywhere
+        {"%h", "%h"},
+        {"a%d%hd", "a%d%hd"}, // unknown: the format's own text, nothing rendered
+        {"a%n", "a%n"},
+        {"%p", "%p"},
+        {"%y", "%y"},
+        {"%\t", "%\t"},
+        {"%G", "%G"},
+        {"%ld %*d", "%ld %*d"},
+        {"%1048577d", "%1048577d"},
+        {"%.1048577d", "%.1048577d"},
+        {"%99999999999999999999d", "%99999999999999999999d"},
+    };
+    for (const auto &[format, wanted] : rows)
+        EXPECT_EQ(restricted(format, 1, 2), wanted) << format;
+    EXPECT_EQ(restricted("%1048576d", 1).size(), 1048576u);
+    EXPECT_EQ(restricted(std::string("a%d\0b%d", 7), 1, 2), "a1"); // a NUL ends a restricted format
+    EXPECT_EQ(NSString::stringWithRestrictedFormat("%d%s", 1, "x")->view(), "1x");
+    EXPECT_EQ(NSString::stringWithRestrictedFormat(static_cast<NSString *>(nullptr), 1), nullptr);
+    EXPECT_EQ(NSString::stringWithRestrictedFormat(static_cast<const char *>(nullptr)), nullptr);
+}
+
+TEST_F(RestrictedFormatTest, IntegersPrintInFullAndNegativeOnesInTheirOwnWidth) {
+    EXPECT_EQ(restricted("%d", INT64_MIN), "-9223372036854775808");
+    EXPECT_EQ(restricted("%d", UINT64_MAX), "18446744073709551615");
+    EXPECT_EQ(restricted("%+d", 5u), "+5");
+    EXPECT_EQ(restricted("%u %x", -1, static_cast<signed char>(-1)), "4294967295 ffffffff");
+    EXPECT_EQ(restricted("%u %x", std::int64_t{-1}, std::int64_t{-1}),
+              "18446744073709551615 ffffffffffffffff");
+    EXPECT_EQ(restricted("%d", true), "1");
+    int place = 0;
+    char wanted[40];
+    std::snprintf(wanted, sizeof wanted, "0x%08" PRIxPTR, reinterpret_cast<std::uintptr_t>(&place));
+    EXPECT_EQ(restricted("0x%08x", &place), wanted);
+}
+
+TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
+    const char *const none = nullptr;
+    NSString *const nothing = nullptr;
+    EXPECT_EQ(restricted("a%d"), "a%d");
+    EXPECT_EQ(restricted("a%d%s", 1), "a%d%s");
+    EXPECT_EQ(restricted("%d", 1.0), "%d");
+    EXPECT_EQ(restricted("%d", 'c'), "%d");
+    EXPECT_EQ(restricted("%d", "1"), "%d");
+    EXPECT_EQ(restricted("%x", NSNumber::numberWithInt(1)), "%x");
+    EXPECT_EQ(restricted("%f", 1), "%f");
+    EXPECT_EQ(restricted("%f", 'c'), "%f");
+    EXPECT_EQ(restricted("%c", 1.0), "%c");
+    EXPECT_EQ(restricted("%c", 65), "A");
+    EXPECT_EQ(restricted("%s", 1), "%s");
+    EXPECT_EQ(restricted("%s", none), "%s");
+    EXPECT_EQ(restricted("%s", nothing), "%s");
+    EXPECT_EQ(restricted("%s", NSNumber::numberWithInt(1)), "%s");
+    EXPECT_EQ(restricted("<%s>", ""), "<>");
+    EXPECT_EQ(restricted("%s|%.1s", "é"_ns, NSMutableString::stringWith("ab")), "é|a");
+    EXPECT_EQ(restricted("%d", 1, 2), "1"); // a value too many is left alone
+    NSMutableString *const text = NSMutableString::stringWith("-");
+    text->appendRestrictedFormat("a%d%q"_ns, 1);
+    text->appendRestrictedFormat("b%d%d"_ns, 1);
+    text->appendRestrictedFormat("c%d"_ns, 1);
+    text->appendRestrictedFormat(nullptr, 1);
+    EXPECT_EQ(text->view(), "-a1b%d%dc1"); // the first ends inside a conversion
+}
+
+TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
+    NSString *const text = NSString::stringWith(std::string_view("x\0y", 3));
+    EXPECT_EQ(ofObjects("%d %x", {NSNumber::numberWithLongLong(INT64_MIN),
+                                  NSNumber::numberWithUnsignedLongLong(UINT64_MAX)}),
+              "-9223372036854775808 ffffffffffffffff");
+    EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, NSNumber::numberWithInt(7)}), "12|1.50|7");
+    EXPECT_EQ(ofObjects("%s", {text}), "x" + std::string("\0y", 2));
+    EXPECT_EQ(ofObjects("%s %d", {QBNil::value(), QBNil::value()}), "null 0");
+    EXPECT_EQ(ofObjects("%s", {NSData::dataWithBytes("a", 1)}), "<61>");
+    EXPECT_EQ(ofObjects("%d%f%c", {NSData::data(), NSData::data(), "z"_ns}), "00.000000z");
+    EXPECT_EQ(ofObjects("a%db%fc%cd", {}), "abcd"); // run out: nothing for the conversion itself
+    EXPECT_EQ(ofObjects("a%d%s", {"1"_ns}), "a%d%s");
+    EXPECT_EQ(ofObjects("%y", {"1"_ns}), "%y");
+    EXPECT_EQ(ofObjects("a%%b%5s", {"1"_ns}), "b    1");
+    EXPECT_EQ(NSString::stringWithRestrictedFormatAndObjects("a%d"_ns, nullptr)->view(), "a");
+}
+
+TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCentSign) {
+    NSString *const nothing = nullptr;
+    EXPECT_EQ(formatted("%@ %@ %5@|%-3@|%%", "a"_ns, nothing, NSNumber::numberWithInt(42), "é"_ns),
+              "a (null)    42|é |%");
+    EXPECT_EQ(formatted("%*d|%-*d|%.*f|%*.*f|%.*s", 4, 1, 4, 2, 1, 2.55, -8, 2, 3.14159, -1, "all"),
+              "   1|2   |2.5|3.14    |all");
+    EXPECT_EQ(formatted("%hd %ld %lld %qu %zu %g %G %a", 1, 2L, 3LL, 4ULL, sizeof(int), 0.5, 1e-10, 1.0),
+              "1 2 3 4 4 0.5 1E-10 0x1p+0");
+    EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
+    EXPECT_EQ(formatted("a%@"), "a%@");
+    EXPECT_EQ(formatted("a%@", 1), "a%@");
+    EXPECT_EQ(formatted("%*d", 1.0, 1), "%*d");
+    EXPECT_EQ(formatted("%*d", 1048577, 1), "%*d");
+    EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
+    EXPECT_EQ(formatted("%d%n", 1, 2), "%d%n");
+    EXPECT_EQ(formatted(std::string("a\0%d", 4), 1), std::string("a\0"
+                                                                 "1",
+                                                                 3));
+    NSMutableString *const text = NSMutableString::stringWith("<");
+    text->appendFormat("%d>"_ns, 5);
+    text->appendFormat(nullptr);
+    EXPECT_EQ(text->view(), "<5>");
+    const qb::Value values[] = {1, "b"};
+    EXPECT_EQ(NSString::initWithFormatArguments("%d%s"_ns, qb::ArgList(values, 2))->view(), "1b");
+}

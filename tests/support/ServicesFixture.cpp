@@ -1,0 +1,40 @@
+#include "support/ServicesFixture.h"
+
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+
+#include <cstdio>
+#include <regex>
+#include <sys/wait.h>
+
+void ServicesFixture::reset() {
+    OSLogger::_loggers()->removeAllObjects();
+    OSLogger::setDefaultLogFileName(nullptr);
+    OSLogger::setDefaultLogPrefix(nullptr);
+    OSLogger::setDefaultLogLevel(0);
+    _duplicateLogToStderr = YES;
+    OSDebugPrinter::globalDebugPrinter()->release(); // the next one knows nothing
+    for (int *channel : {&DEBUG_CHANNEL_UTILS, &DEBUG_CHANNEL_MISC, &DEBUG_CHANNEL_PROCESS,
+                         &DEBUG_CHANNEL_FILEIO, &DEBUG_CHANNEL_SOCKET, &PROFILE_CHANNEL_NET_IO, &debug})
+        *channel = 0;
+}
+
+std::string logLines(const std::string &text, pid_t process) {
+    const std::string start =
+        R"((^|\n)\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] \()" + std::to_string(process) + R"(\) )";
+    return std::regex_replace(text, std::regex(start), "$1[T] (P) ");
+}
+
+ChildEnd runInChild(const std::function<void()> &work) {
+    CapturedOutput output;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        work();
+        std::fflush(nullptr);
+        ::_exit(0);
+    }
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) != child)
+        return {};
+    return {child, WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), output.end()};
+}

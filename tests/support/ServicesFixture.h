@@ -1,0 +1,36 @@
+// Logger and debug printer for a test of its own.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_SERVICESFIXTURE_H
+#define QBFOUNDATION_TESTS_SUPPORT_SERVICESFIXTURE_H
+
+#include "support/CapturedOutput.h"
+#include "support/PoolFixture.h"
+
+#include <functional>
+#include <string>
+
+/// A process as it is after `main` has begun: no loggers, no debug channels but "all", all settings at their
+/// defaults. Afterwards it is so again.
+class ServicesFixture : public PoolFixture {
+protected:
+    ServicesFixture() { reset(); }
+    ~ServicesFixture() override { reset(); }
+
+private:
+    static void reset();
+};
+
+/// The log lines of the process, with "T" for each time and "P" for each process id: "[T] (P) [debug] text".
+/// A line that does not begin like one of them stays as it is.
+std::string logLines(const std::string &text, pid_t process = ::getpid());
+
+/// How a child process has ended.
+struct ChildEnd {
+    pid_t process = -1;
+    int status = -1; // its exit status; minus the signal that has killed it
+    std::string standardError;
+};
+
+/// Runs `work` in a child process, which exits with 0 afterwards.
+ChildEnd runInChild(const std::function<void()> &work);
+
+#endif
