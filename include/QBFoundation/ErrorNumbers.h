@@ -36,7 +36,7 @@ constexpr int kErrorMalformedPropertyList = 900001;
 constexpr int kErrorMalformedArchive = 900002;
 constexpr int kErrorTooDeep = 900003;
 constexpr int kErrorMalformedPropertyListFile = 900004;
-constexpr int kErrorCannotArchive = 900003;
+constexpr int kErrorCannotArchive = 900005;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},

@@ -22,11 +22,11 @@
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/Foundation/NSUnarchiver.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
@@ -42,8 +42,8 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
-#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>

@@ -2,7 +2,6 @@
 
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -61,7 +60,7 @@ NSData *NSArchiver::archivedDataOfClass(Class *asked, id root) {
 
 BOOL NSArchiver::archiveOfClass(Class *asked, id root, NSString *toFile) {
     NSData *const data = archivedDataOfClass(asked, root);
-    return data && NSFileManager::defaultManager()->createFileAtPath(toFile, data, nullptr);
+    return data && data->writeToFile(toFile, /*atomically=*/YES);
 }
 
 qb::archive::Writer &NSArchiver::writer(const char *selector) {

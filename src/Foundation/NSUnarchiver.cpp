@@ -1,7 +1,6 @@
 #include <QBFoundation/Foundation/NSUnarchiver.h>
 
 #include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/ArchiveReader.h"
@@ -56,7 +55,7 @@ id NSUnarchiver::unarchiveOfClass(Class *asked, NSData *data, NSArray *allowedCl
 }
 
 id NSUnarchiver::unarchiveFileOfClass(Class *asked, NSString *path) {
-    NSData *const data = NSFileManager::defaultManager()->contentsAtPath(path);
+    NSData *const data = NSData::dataWithContentsOfFile(path);
     return data ? unarchiveOfClass(asked, data, nullptr) : nullptr;
 }
 

@@ -93,7 +93,7 @@ BOOL NSData::setUpWithCoder(NSCoder *coder) {
 
 void NSNumber::encodeWithCoder(NSCoder *coder) const {
     encode(coder, "C", static_cast<std::uint8_t>(type_));
-    if (type_ == Type::real)
+    if (type_ == Type::real32 || type_ == Type::real64)
         encode(coder, "d", real_);
     else if (type_ == Type::uint64)
         encode(coder, "Q", static_cast<std::uint64_t>(integer_));
@@ -114,10 +114,13 @@ BOOL NSNumber::setUpWithCoder(NSCoder *coder) {
         return setUpWithLongLong(decode<std::int64_t>(coder, "q"));
     case Type::uint64:
         return setUpWithUnsignedLongLong(decode<std::uint64_t>(coder, "Q"));
-    case Type::real:
+    case Type::real32:
+        return setUpWithFloat(static_cast<float>(decode<double>(coder, "d")));
+    case Type::real64:
         return setUpWithDouble(decode<double>(coder, "d"));
+    default:
+        return NO;
     }
-    return NO;
 }
 
 // --- Containers ---

@@ -70,13 +70,16 @@ void compareWithModel(MakeKey makeKey, int keys, int steps) {
         const auto *found = table.find(makeKey(asked).get());
         const auto place = model.find(asked);
         ASSERT_EQ(found != nullptr, place != model.entries.end());
-        if (found)
+        if (found) {
             ASSERT_EQ(numbers[found->value], place->second);
+        }
         if (step % 100 == 0) {
             auto expected = model.entries.begin();
-            for (const auto &entry : table)
-                if (entry.key)
+            for (const auto &entry : table) {
+                if (entry.key) {
                     ASSERT_EQ(numbers[entry.value], (expected++)->second);
+                }
+            }
             ASSERT_EQ(expected, model.entries.end());
         }
     }

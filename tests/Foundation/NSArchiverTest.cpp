@@ -226,7 +226,7 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
         NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
         for (const unsigned depth : {257u, 1'000'000u}) {
-            ErrorExpectation error(900003);
+            ErrorExpectation error(900005);
             EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
             EXPECT_EQ(error.values(), "objects lie inside each other deeper than 256");
         }
@@ -248,7 +248,7 @@ TEST_F(NSArchiverTest, ContainersThatHoldThemselvesAreRefused) {
     const Ref<NSMutableArray> array = NSMutableArray::init();
     array->addObject(NSDictionary::dictionaryWith({{"array"_ns, array.get()}}));
     {
-        ErrorExpectation error(900003);
+        ErrorExpectation error(900005);
         EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr);
         EXPECT_EQ(error.values(), "a container holds itself");
     }
@@ -439,7 +439,7 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
-    ErrorExpectation error(900003);
+    ErrorExpectation error(900005);
     EXPECT_EQ(writer->archiverData(), nullptr);
     EXPECT_EQ(error.values(), "an object could not write itself");
 }
@@ -449,8 +449,15 @@ TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
-    EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr);
-    EXPECT_FALSE(NSArchiver::archiveRootObject(value, directory.string("none/archive")));
+    {
+        ErrorExpectation error(100039);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr);
+    }
+    {
+        ErrorExpectation error(900005);
+        EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
+    }
+    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
     const id data = send(NSKeyedArchiver::cls(), "archivedDataWithRootObject:"_sel, value);
     EXPECT_TRUE(send(NSKeyedUnarchiver::cls(), "unarchiveObjectWithData:"_sel, data)->isEqual(value));
     EXPECT_TRUE(value->respondsToSelector("encodeWithCoder:"_sel));

@@ -97,8 +97,9 @@ TEST_F(NSNumberTest, OrderAndEqualityGoByValueWhateverTheType) {
                     EXPECT_EQ(a->compare(b), static_cast<NSComparisonResult>((i > j) - (i < j)))
                         << *a << " " << *b;
                     EXPECT_EQ(a->isEqual(b), i == j) << *a << " " << *b;
-                    if (i == j)
+                    if (i == j) {
                         EXPECT_EQ(a->hash(), b->hash()) << *a;
+                    }
                 }
     EXPECT_FALSE(rows[0][0]->isEqual("nan"_ns));
     EXPECT_THROW(rows[0][0]->compare("nan"_ns), InvalidArgumentException);

@@ -15,7 +15,7 @@ class Writer;
 /// Writes objects, and all that hang on them, to data; each object once, however often it is mentioned.
 ///
 /// An object writes itself in `encodeWithCoder:`; one whose class has no archived form throws
-/// InvalidUseOfMethodException. Raises 900003 (what is wrong), once, when objects lie inside each other
+/// InvalidUseOfMethodException. Raises 900005 (what is wrong), once, when objects lie inside each other
 /// deeper than 256, or a container holds itself; there is no archive then. Operations that write throw
 /// InvalidUseOfMethodException once the archive is finished.
 class QB_EXPORT NSArchiver : public NSCoder {
@@ -28,8 +28,8 @@ public:
 
     /// Returns the archive of an object, autoreleased; nil with the error raised.
     static NSData *archivedDataWithRootObject(id root) { return archivedDataOfClass(cls(), root); }
-    /// Writes the archive of an object to a file. NO when there is none, with the error raised, or the file
-    /// can't be written.
+    /// Writes the archive of an object to a file, which has its old or its new content whatever happens. NO
+    /// with an error raised, when there is no archive or as `writeToFile:atomically:` raises them.
     static BOOL archiveRootObject(id root, NSString *toFile) { return archiveOfClass(cls(), root, toFile); }
     /// Returns an archiver whose archive is appended to `data` when it is finished.
     /// Throws InvalidArgumentException when `data` is nil.

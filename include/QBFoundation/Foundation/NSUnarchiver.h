@@ -34,7 +34,7 @@ public:
     static id unarchiveObjectWithData(NSData *data, NSArray *allowedClasses) {
         return unarchiveOfClass(cls(), data, allowedClasses);
     }
-    /// As above, from a file; nil without an error when it can't be read.
+    /// As above, from a file; an error is also raised as `dataWithContentsOfFile:` does.
     static id unarchiveObjectWithFile(NSString *path) { return unarchiveFileOfClass(cls(), path); }
     /// Returns a reader of the archive; nil with the error raised when the data is none.
     static Ref<NSUnarchiver> initForReadingWithData(NSData *data) {
