@@ -23,6 +23,8 @@ Class *NSDictionary::cls() {
         qb::maker<"dictionaryWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
         qb::maker<"dictionaryWithObjectsAndKeys:">(&NSDictionary::setUpWithObjectsAndKeys),
         qb::initialiser<"initWithDictionary:">(&NSDictionary::setUpWithDictionary),
+        qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
+        qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::initialiser<"initWithDictionary:copyItems:">(&NSDictionary::setUpWithCopies),
         qb::initialiser<"initWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
         qb::initialiser<"initWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
