@@ -206,7 +206,7 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"QBNil"}, {"\1"}, one), "16 the class 'QBNil' is not among those that are accepted"},
         {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
          "24 an object of class 'NSCalendarDate' can't have its values"},
-        {archiveOf({"NSNumber"}, {"\1\3\14\3\2"}, one),
+        {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
          "18 an object of class 'NSNumber' can't have its values"},
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},

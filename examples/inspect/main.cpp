@@ -1,0 +1,34 @@
+// Lists what the library's classes answer, one operation a line: class, + or -, selector, signature, separated by tabs.
+//
+//   inspect            every class
+//   inspect CLASS ...  those classes
+#include <QBFoundation/QBFoundation.h>
+
+#include <cstdio>
+
+namespace {
+
+void listClass(Class *cls) {
+    const std::string name(cls->nameView());
+    for (const auto &method : cls->ownMethods())
+        std::printf("%s\t%c\t%s\t%s\n", name.c_str(), method->isClassMethod() ? '+' : '-', method->selector()->text(),
+                    method->signature().c_str());
+}
+
+} // namespace
+
+int main(int argumentCount, char **arguments) {
+    const NSAutoreleasePool pool;
+    if (argumentCount == 1)
+        for (Class *cls : qb::allClasses())
+            listClass(cls);
+    for (int i = 1; i < argumentCount; ++i) {
+        Class *const cls = NSClassFromString(NSString::stringWith(arguments[i]));
+        if (!cls) {
+            std::fprintf(stderr, "inspect: there is no class '%s'.\n", arguments[i]);
+            return 1;
+        }
+        listClass(cls);
+    }
+    return std::fflush(stdout) == 0 ? 0 : 1;
+}

@@ -1,0 +1,30 @@
+#include "Interruption.h"
+
+#include <csignal>
+#include <initializer_list>
+
+namespace publish {
+
+namespace {
+
+volatile std::sig_atomic_t signalCame = 0;
+
+extern "C" void noteSignal(int) {
+    signalCame = 1;
+}
+
+} // namespace
+
+void watchForInterruption() {
+    struct sigaction action {};
+    action.sa_handler = noteSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(number, &action, nullptr);
+}
+
+bool wasInterrupted() {
+    return signalCame != 0;
+}
+
+} // namespace publish

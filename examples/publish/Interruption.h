@@ -1,0 +1,15 @@
+// Signals that end a run.
+#ifndef PUBLISH_INTERRUPTION_H
+#define PUBLISH_INTERRUPTION_H
+
+namespace publish {
+
+/// Lets SIGINT, SIGTERM and SIGHUP end the run at the next page instead of at once.
+void watchForInterruption();
+
+/// Whether one of them has come.
+bool wasInterrupted();
+
+} // namespace publish
+
+#endif

@@ -1,0 +1,40 @@
+#include "Messages.h"
+
+namespace publish {
+
+NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultFormat) {
+    switch (error) {
+    case kErrorUsage:
+        return "%s (try --help)"_ns;
+    case kErrorMissingKey:
+        return "%s:%d: there is no value for '%s'."_ns;
+    case kErrorUnknownTemplate:
+        return "%s:%d: there is no template '%s'."_ns;
+    case kErrorTemplateLoop:
+        return "%s:%d: the template '%s' includes itself."_ns;
+    case kErrorMalformedTemplate:
+        return "%s:%d: %s."_ns;
+    case kErrorNoHead:
+        return "%s:1: a page begins with a property list in braces, which a line of '---' ends."_ns;
+    case kErrorNotUtf8:
+        return "%s: the text is not valid UTF-8 at byte %d."_ns;
+    case kErrorNotAList:
+        return "%s:%d: '%s' is no list."_ns;
+    case kErrorBusy:
+        return "Another run is writing to '%s'."_ns;
+    case kErrorInterrupted:
+        return "The run was interrupted; the site in '%s' is as it was."_ns;
+    case kErrorWrittenTwice:
+        return "'%s' would be written twice."_ns;
+    case kErrorUnsafePath:
+        return "%s: '%s' leads out of the site."_ns;
+    case kErrorDirectoryUnreadable:
+        return "The directory '%s' can't be read."_ns;
+    case kErrorMalformedFile:
+        return "In '%s':"_ns;
+    default:
+        return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
+    }
+}
+
+} // namespace publish

@@ -1,0 +1,43 @@
+// The errors of the program, beside those of the library.
+#ifndef PUBLISH_MESSAGES_H
+#define PUBLISH_MESSAGES_H
+
+#include <QBFoundation/QBErrorCatalogue.h>
+
+namespace publish {
+
+constexpr int kErrorUsage = 910001;
+constexpr int kErrorMissingKey = 910002;
+constexpr int kErrorUnknownTemplate = 910003;
+constexpr int kErrorTemplateLoop = 910004;
+constexpr int kErrorMalformedTemplate = 910005;
+constexpr int kErrorNoHead = 910006;
+constexpr int kErrorNotUtf8 = 910007;
+constexpr int kErrorNotAList = 910008;
+constexpr int kErrorBusy = 910009;
+constexpr int kErrorInterrupted = 910010;
+constexpr int kErrorWrittenTwice = 910011;
+constexpr int kErrorUnsafePath = 910012;
+constexpr int kErrorDirectoryUnreadable = 910013;
+constexpr int kErrorMalformedFile = 910014;
+
+/// The library's catalogue with the program's own texts.
+class ErrorHandler : public QBErrorCatalogue {
+public:
+    NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override;
+};
+
+/// Raises one of the program's errors. Returns false, so that a caller can end with it.
+template <class... V> bool fail(int line, int error, const V &...values) {
+    ERRORHANDLER->raiseErrorInFile("examples/publish", line, error, values...);
+    return false;
+}
+
+/// Whether an error was raised since the run began.
+inline bool hasFailed() {
+    return ERRORHANDLER->errorState() != ERRORSTATE_OK;
+}
+
+} // namespace publish
+
+#endif

@@ -1,0 +1,125 @@
+#include "Options.h"
+
+#include "Messages.h"
+
+#include <string_view>
+
+namespace publish {
+
+const char *const kUsage =
+    "Usage: publish [OPTIONS] SITE OUT\n"
+    "Renders the site in the directory SITE into the directory OUT.\n"
+    "\n"
+    "  --log FILE           log to FILE instead of standard error\n"
+    "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
+    "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
+    "  --debug-level N      how much is traced (default 0)\n"
+    "  --profile CHANNELS   time these channels\n"
+    "  --statistics         show what is left in the pools\n"
+    "  --quiet              say nothing but errors\n"
+    "  --help, --version    say this, or the version, and end\n"
+    "\n"
+    "The exit status is 0 when the site was published, 1 when it was not (the old site is whole then),\n"
+    "2 when the command line was wrong.\n";
+
+namespace {
+
+// The arguments that are left.
+class Arguments {
+public:
+    Arguments(int count, char **arguments) : next_(arguments + 1), end_(arguments + count) {}
+
+    bool isEmpty() const { return next_ == end_; }
+    std::string_view take() { return *next_++; }
+
+    // The value of an option; null, with an error raised, when there is none.
+    NSString *valueOf(std::string_view option) {
+        if (!isEmpty())
+            return NSString::stringWith(take());
+        fail(__LINE__, kErrorUsage, NSString::stringWith(std::string(option) + " wants a value"));
+        return nullptr;
+    }
+
+private:
+    char **next_;
+    char **end_;
+};
+
+bool readNumber(NSString *text, std::int64_t greatest, std::int64_t &number) {
+    if (!text)
+        return false;
+    const std::string_view digits = text->view();
+    if (digits.empty() || digits.size() > 9 || digits.find_first_not_of("0123456789") != std::string_view::npos ||
+        text->longLongValue() > greatest)
+        return fail(__LINE__, kErrorUsage, NSString::stringWith("'" + std::string(digits) + "' is no number that fits"));
+    number = text->longLongValue();
+    return true;
+}
+
+bool readList(NSString *text, Ref<NSArray> &list) {
+    if (!text)
+        return false;
+    list = text->componentsSeparatedByString(","_ns);
+    return true;
+}
+
+bool readOption(std::string_view option, Arguments &arguments, Options &options) {
+    std::int64_t number = 0;
+    if (option == "--log") {
+        options.logFile = arguments.valueOf(option);
+        return static_cast<bool>(options.logFile);
+    }
+    if (option == "--log-level") {
+        const bool isRead = readNumber(arguments.valueOf(option), 255, number);
+        options.logLevel = static_cast<std::uint8_t>(number);
+        return isRead;
+    }
+    if (option == "--debug-level") {
+        const bool isRead = readNumber(arguments.valueOf(option), 100, number);
+        options.debugLevel = static_cast<std::int32_t>(number);
+        return isRead;
+    }
+    if (option == "--debug")
+        return readList(arguments.valueOf(option), options.debugChannels);
+    if (option == "--profile")
+        return readList(arguments.valueOf(option), options.profileChannels);
+    if (option == "--statistics")
+        options.showsStatistics = true;
+    else if (option == "--quiet")
+        options.isQuiet = true;
+    else if (option == "--help")
+        options.action = Options::Action::help;
+    else if (option == "--version")
+        options.action = Options::Action::version;
+    else
+        return fail(__LINE__, kErrorUsage, NSString::stringWith("There is no option " + std::string(option)));
+    return true;
+}
+
+} // namespace
+
+bool readOptions(int count, char **arguments, Options &options) {
+    Arguments left(count, arguments);
+    while (!left.isEmpty()) {
+        const std::string_view argument = left.take();
+        if (argument.starts_with("--")) {
+            if (!readOption(argument, left, options))
+                return false;
+        } else if (!options.site) {
+            options.site = NSString::stringWith(argument);
+        } else if (!options.target) {
+            options.target = NSString::stringWith(argument);
+        } else {
+            return fail(__LINE__, kErrorUsage, "There is an argument too many");
+        }
+    }
+    const bool wantsHelp = options.debugChannels->containsObject("help"_ns) ||
+                           options.profileChannels->containsObject("help"_ns);
+    if (wantsHelp && options.action == Options::Action::publish)
+        options.action = Options::Action::listChannels;
+    if (options.action == Options::Action::publish && !options.target)
+        return fail(__LINE__, kErrorUsage, "The directories SITE and OUT are needed");
+    return true;
+}
+
+} // namespace publish

@@ -1,0 +1,83 @@
+#include "Renderer.h"
+
+#include "Channels.h"
+#include "Interruption.h"
+#include "Messages.h"
+#include "Reference.h"
+
+#include <algorithm>
+
+namespace publish {
+
+namespace {
+
+constexpr std::uint32_t kUsualPage = 16 * 1024;
+
+// The way from a page up to the site's root: "../" for each directory that the page is in.
+NSString *wayToRoot(NSString *url) {
+    const auto depth = std::count(url->view().begin(), url->view().end(), '/');
+    std::string way;
+    for (std::ptrdiff_t i = 0; i < depth; ++i)
+        way += "../";
+    return NSString::stringWith(way);
+}
+
+} // namespace
+
+Renderer::Renderer(const Site &site, Publication &publication)
+    : site_(site), publication_(publication), templates_(site.directoryFor("templates"_ns)),
+      shared_(NSMutableDictionary::init()) {
+    NSMutableArray *const pages = NSMutableArray::array();
+    for (const Page &page : site.pages)
+        pages->addObject(page.head);
+    shared_->setObjectForKey(site.settings, "site"_ns);
+    shared_->setObjectForKey(site.texts, "texts"_ns);
+    shared_->setObjectForKey(pages, "pages"_ns);
+    shared_->setObjectForKey(referenceOfClasses(), "classes"_ns);
+    shared_->setObjectForKey(referenceOfErrors(), "errors"_ns);
+}
+
+Ref<NSMutableDictionary> Renderer::valuesFor(const Page &page) const {
+    Ref<NSMutableDictionary> values = shared_->mutableCopy();
+    values->setObjectForKey(page.head, "page"_ns);
+    values->setObjectForKey(wayToRoot(page.url), "root"_ns);
+    return values;
+}
+
+bool Renderer::renderPages() {
+    for (const Page &page : site_.pages) {
+        const NSAutoreleasePool pool;
+        if (wasInterrupted())
+            return fail(__LINE__, kErrorInterrupted, site_.directory.get());
+        if (!renderPage(page))
+            return false;
+    }
+    return true;
+}
+
+bool Renderer::renderPage(const Page &page) {
+    profile_beginAction(profileChannel, "%s", page.url->cString());
+    const Ref<NSMutableDictionary> dictionary = valuesFor(page);
+    Values values(dictionary);
+    QBStringOutputStream *const body = QBStringOutputStream::streamWithCapacity(kUsualPage);
+    const auto content = Template::read(page.body, page.file);
+    if (!content || !content->fill(values, templates_, body))
+        return false;
+    dictionary->setObjectForKey(body->targetString(), "body"_ns);
+
+    const id name = page.head->objectForKey("template"_ns);
+    const std::string_view templateName = name ? name->stringValue()->view() : "page";
+    bool exists = false;
+    const Template *const frame = templates_.named(templateName, exists);
+    if (!exists)
+        return fail(__LINE__, kErrorUnknownTemplate, page.file.get(), 1, NSString::stringWith(templateName));
+    QBDataOutputStream *const whole = QBDataOutputStream::streamWithCapacity(kUsualPage);
+    templates_.beingFilled().emplace_back(templateName);
+    const bool isFilled = frame && frame->fill(values, templates_, whole);
+    templates_.beingFilled().pop_back();
+    const bool isAdded = isFilled && publication_.addPage(page.url, whole->targetData());
+    profile_endAction(profileChannel, "%s", page.url->cString());
+    return isAdded;
+}
+
+} // namespace publish

@@ -1,0 +1,31 @@
+// Making a site's pages.
+#ifndef PUBLISH_RENDERER_H
+#define PUBLISH_RENDERER_H
+
+#include "Publication.h"
+#include "Site.h"
+#include "Template.h"
+
+namespace publish {
+
+/// Fills each page's body and then its template, and hands the result to a publication.
+class Renderer {
+public:
+    Renderer(const Site &site, Publication &publication);
+
+    /// Renders all pages. Returns false, with an error raised, when one of them can't be made.
+    bool renderPages();
+
+private:
+    bool renderPage(const Page &page);
+    Ref<NSMutableDictionary> valuesFor(const Page &page) const;
+
+    const Site &site_;
+    Publication &publication_;
+    TemplateStore templates_;
+    Ref<NSMutableDictionary> shared_; // the values that every page sees
+};
+
+} // namespace publish
+
+#endif

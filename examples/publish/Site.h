@@ -1,0 +1,35 @@
+// A site as it is read: its settings and its pages.
+#ifndef PUBLISH_SITE_H
+#define PUBLISH_SITE_H
+
+#include <QBFoundation/QBFoundation.h>
+
+#include <vector>
+
+namespace publish {
+
+/// A page: its head's values, and its body, which is a template.
+struct Page {
+    Ref<NSString> file; // that it was read from
+    Ref<NSString> url;  // where it goes, relative to the site's root
+    Ref<NSMutableDictionary> head;
+    Ref<NSString> body; // HTML
+};
+
+/// The settings of `site.plist` and the pages.
+struct Site {
+    Ref<NSString> directory;
+    Ref<NSDictionary> settings;
+    Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
+    std::vector<Page> pages;        // in the order of their paths
+
+    /// The directory that the settings name under `key`; one of that name unless they do.
+    NSString *directoryFor(NSString *key) const;
+};
+
+/// Reads the site in `directory`. Returns false, with an error raised, when a part of it can't be read.
+bool readSite(NSString *directory, Site &site);
+
+} // namespace publish
+
+#endif

@@ -1,0 +1,230 @@
+#include "Template.h"
+
+#include "Files.h"
+#include "Messages.h"
+
+#include <algorithm>
+
+namespace publish {
+
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    return text.substr(start, text.find_last_not_of(" \t\r\n") + 1 - start);
+}
+
+// Takes the first word off `text`.
+std::string_view takeWord(std::string_view &text) {
+    const std::size_t end = std::min(text.find_first_of(" \t\r\n"), text.size());
+    const std::string_view word = text.substr(0, end);
+    text = trimmed(text.substr(end));
+    return word;
+}
+
+} // namespace
+
+/// Takes a template's text apart.
+class TemplateReader {
+public:
+    TemplateReader(Template &target, std::string_view text, NSString *file) : target_(target), rest_(text), file_(file) {}
+
+    bool read() { return readParts(target_.parts_, /*opener=*/{}, nullptr); }
+
+private:
+    using Part = Template::Part;
+    using Kind = Template::Kind;
+
+    // Loops and conditions may stand in each other this deep.
+    static constexpr unsigned kDeepestNesting = 64;
+
+    bool failHere(const char *what) { return fail(__LINE__, kErrorMalformedTemplate, file_, line_, what); }
+
+    // Reads up to the end of the text or, inside of a block, to the tag that closes `opener`. Behind "else" the parts go
+    // to `otherwise`.
+    bool readParts(std::vector<Part> &parts, std::string_view opener, std::vector<Part> *otherwise) {
+        std::vector<Part> *current = &parts;
+        for (;;) {
+            readText(*current);
+            if (rest_.empty())
+                return opener.empty() || failHere("a block is not closed");
+            const bool isRaw = rest_.starts_with("{{{");
+            std::string_view tag;
+            if (!readTag(isRaw ? "}}}" : "}}", tag))
+                return false;
+            if (!isRaw && tag == "else") {
+                if (!otherwise || current == otherwise)
+                    return failHere("there is an 'else' without its 'if'");
+                current = otherwise;
+            } else if (!isRaw && tag.starts_with('/')) {
+                return tag.substr(1) == opener || failHere("a block is closed that is not open");
+            } else if (!readPlace(*current, tag, isRaw)) {
+                return false;
+            }
+        }
+    }
+
+    void readText(std::vector<Part> &parts) {
+        const std::size_t end = std::min(rest_.find("{{"), rest_.size());
+        if (end)
+            parts.push_back({Kind::text, line_, rest_.substr(0, end), {}, {}, {}});
+        advance(end);
+    }
+
+    bool readTag(std::string_view close, std::string_view &tag) {
+        const std::size_t end = rest_.find(close);
+        if (end == std::string_view::npos)
+            return failHere("a '{{' is not closed");
+        tag = trimmed(rest_.substr(close.size(), end - close.size()));
+        advance(end + close.size());
+        return !tag.empty() || failHere("a pair of braces is empty");
+    }
+
+    bool readPlace(std::vector<Part> &parts, std::string_view tag, bool isRaw) {
+        if (isRaw || (tag[0] != '#' && tag[0] != '>')) {
+            parts.push_back({isRaw ? Kind::rawValue : Kind::value, line_, tag, {}, {}, {}});
+            return true;
+        }
+        if (tag[0] == '>') {
+            parts.push_back({Kind::include, line_, trimmed(tag.substr(1)), {}, {}, {}});
+            return true;
+        }
+        return readBlock(parts, tag.substr(1));
+    }
+
+    bool readBlock(std::vector<Part> &parts, std::string_view tag) {
+        const std::string_view opener = takeWord(tag);
+        if (opener != "each" && opener != "if")
+            return failHere("a block is neither 'each' nor 'if'");
+        Part block{opener == "each" ? Kind::each : Kind::when, line_, takeWord(tag), "item", {}, {}};
+        if (block.kind == Kind::each && takeWord(tag) == "as")
+            block.name = takeWord(tag);
+        if (block.text.empty() || block.name.empty() || !tag.empty())
+            return failHere("a block begins as '#each KEY as NAME' or '#if KEY'");
+        if (++depth_ > kDeepestNesting)
+            return failHere("blocks stand too deep in each other");
+        const bool isRead = readParts(block.parts, opener, block.kind == Kind::when ? &block.otherwise : nullptr);
+        --depth_;
+        parts.push_back(std::move(block));
+        return isRead;
+    }
+
+    void advance(std::size_t length) {
+        line_ += static_cast<int>(std::count(rest_.begin(), rest_.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+        rest_.remove_prefix(length);
+    }
+
+    Template &target_;
+    std::string_view rest_;
+    NSString *file_;
+    int line_ = 1;
+    unsigned depth_ = 0;
+};
+
+std::unique_ptr<Template> Template::read(NSString *text, NSString *file) {
+    auto made = std::make_unique<Template>();
+    made->source_ = text;
+    made->file_ = file;
+    if (!TemplateReader(*made, text->view(), file).read())
+        return nullptr;
+    return made;
+}
+
+bool Template::failAt(const Part &part, int error) const {
+    return fail(__LINE__, error, file_.get(), part.line, NSString::stringWith(part.text));
+}
+
+bool Template::fill(Values &values, TemplateStore &store, QBOutputStream *target) const {
+    return fillParts(parts_, values, store, target);
+}
+
+bool Template::fillParts(const std::vector<Part> &parts, Values &values, TemplateStore &store,
+                         QBOutputStream *target) const {
+    return std::all_of(parts.begin(), parts.end(),
+                       [&](const Part &part) { return fillPart(part, values, store, target); });
+}
+
+bool Template::fillPart(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+    switch (part.kind) {
+    case Kind::text:
+        target->writeBuffer(part.text.data(), static_cast<std::uint32_t>(part.text.size()));
+        return true;
+    case Kind::value:
+    case Kind::rawValue:
+        return fillValue(part, values, target);
+    case Kind::each:
+        return fillEach(part, values, store, target);
+    case Kind::when: {
+        const id value = values.valueAt(part.text);
+        return fillParts(value && value->containsData() ? part.parts : part.otherwise, values, store, target);
+    }
+    case Kind::include:
+        return fillInclude(part, values, store, target);
+    }
+    return true;
+}
+
+id Template::valueOf(const Part &part, const Values &values) const {
+    const id value = values.valueAt(part.text);
+    if (!value)
+        failAt(part, kErrorMissingKey);
+    return value;
+}
+
+bool Template::fillValue(const Part &part, Values &values, QBOutputStream *target) const {
+    const id value = valueOf(part, values);
+    if (!value)
+        return false;
+    NSString *const text = value->stringValue();
+    target->writeObject(part.kind == Kind::rawValue ? text : text->stringWithEscapedHtml());
+    return true;
+}
+
+bool Template::fillEach(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+    const id value = valueOf(part, values);
+    auto *list = qb::castOrNil<NSArray>(value);
+    if (!list)
+        return value && failAt(part, kErrorNotAList);
+    for (id element : *list) {
+        const NSAutoreleasePool pool;
+        values.enter(part.name, element);
+        const bool isFilled = fillParts(part.parts, values, store, target);
+        values.leave();
+        if (!isFilled)
+            return false;
+    }
+    return true;
+}
+
+bool Template::fillInclude(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+    bool exists = false;
+    const Template *const included = store.named(part.text, exists);
+    if (!exists)
+        return failAt(part, kErrorUnknownTemplate);
+    if (!included)
+        return false;
+    auto &beingFilled = store.beingFilled();
+    if (std::find(beingFilled.begin(), beingFilled.end(), part.text) != beingFilled.end())
+        return failAt(part, kErrorTemplateLoop);
+    beingFilled.emplace_back(part.text);
+    const bool isFilled = included->fill(values, store, target);
+    beingFilled.pop_back();
+    return isFilled;
+}
+
+const Template *TemplateStore::named(std::string_view name, bool &exists) {
+    exists = true;
+    if (const auto found = templates_.find(name); found != templates_.end())
+        return found->second.get();
+    NSString *const file =
+        directory_->stringByAppendingPathComponent(NSString::stringWith(std::string(name) + ".html"));
+    exists = isInside(name) && OSFilePath::fileExistsAtPath(file);
+    if (!exists)
+        return nullptr;
+    NSString *const text = readText(file);
+    auto &slot = templates_[std::string(name)];
+    slot = text ? Template::read(text, file) : nullptr;
+    return slot.get();
+}
+
+} // namespace publish

@@ -1,0 +1,121 @@
+// Publishes a site: a property list of settings, pages, templates and assets become a directory of HTML.
+//
+// It shows how a program uses the library: the start-up steps, values from property lists, streams, files, errors that are
+// looked at when it suits, and a result that is never seen half-made.
+#include "Channels.h"
+#include "Interruption.h"
+#include "Messages.h"
+#include "Options.h"
+#include "Publication.h"
+#include "Renderer.h"
+#include "Site.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace publish {
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+// The start-up steps, in the order that the library wants: errors first, then channels, then what is to be seen.
+void startUp() {
+    ERRORHANDLER = new ErrorHandler;
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSUserIO::initialize();
+    registerChannels();
+}
+
+void configure(const Options &options) {
+    debug = options.debugLevel;
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(options.debugChannels);
+    OSDebugPrinter::globalDebugPrinter()->setProfileChannelsActive(options.profileChannels);
+    if (options.logFile)
+        OSLogger::setDefaultLogFileName(options.logFile);
+    OSLogger::setDefaultLogLevel(options.logLevel);
+    if (options.isQuiet)
+        OSLogger::disableDuplicateLogToStderr();
+}
+
+bool publishSite(const Options &options, Counts &counts) {
+    Site site;
+    if (!readSite(options.site, site))
+        return false;
+    Publication publication(options.target);
+    Renderer renderer(site, publication);
+    const bool isDone = publication.begin() && renderer.renderPages() &&
+                        publication.addAssets(site.directoryFor("assets"_ns)) && publication.commit();
+    counts = publication.counts();
+    return isDone && !hasFailed();
+}
+
+void sayErrors() {
+    NSString *const messages = ERRORHANDLER->errorStackMessagesStringWithIndent("publish: "_ns);
+    OSUserIO::eprintLn(messages);
+}
+
+int run(const Options &options) {
+    watchForInterruption();
+    Counts counts;
+    const bool isPublished = publishSite(options, counts);
+    if (options.showsStatistics)
+        NSAutoreleasePool::showAllPoolStatistics();
+    if (!isPublished) {
+        OSLogger::loggerForCategory("publish"_ns)
+            ->logWithLevelMessage(1, ERRORHANDLER->errorStackMessagesStringWithIndent(nullptr));
+        sayErrors();
+        return kExitFailed;
+    }
+    NSString *const report = NSString::stringWithFormat("%@: %u written, %u unchanged, %u removed"_ns, options.target.get(),
+                                                        counts.written, counts.unchanged, counts.removed);
+    OSLogger::loggerForCategory("publish"_ns)->logWithLevelMessage(2, report);
+    if (!options.isQuiet)
+        OSUserIO::printLn(report);
+    return 0;
+}
+
+int act(const Options &options) {
+    OSDebugPrinter *const printer = OSDebugPrinter::globalDebugPrinter();
+    switch (options.action) {
+    case Options::Action::help:
+        OSUserIO::print(NSString::stringWith(kUsage));
+        return 0;
+    case Options::Action::version:
+        OSUserIO::printLn("publish " PUBLISH_VERSION ""_ns);
+        return 0;
+    case Options::Action::listChannels:
+        OSUserIO::printLn(printer->getHelpForDebugChannels());
+        OSUserIO::printLn(printer->getHelpForProfileChannels());
+        return 0;
+    case Options::Action::publish:
+        break;
+    }
+    configure(options);
+    return run(options);
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    const NSAutoreleasePool pool;
+    startUp();
+    Options options;
+    if (!readOptions(count, arguments, options)) {
+        sayErrors();
+        return kExitUsage;
+    }
+    return act(options);
+}
+
+} // namespace publish
+
+int main(int count, char **arguments) {
+    try {
+        return publish::main(count, arguments);
+    } catch (const std::exception &exception) {
+        std::fprintf(stderr, "publish: %s\n", exception.what());
+        return 1;
+    }
+}
