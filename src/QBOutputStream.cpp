@@ -1,10 +1,16 @@
 #include <QBFoundation/QBOutputStream.h>
 
+#include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
+
+namespace {
+constexpr const char *kFile = "src/QBOutputStream";
+} // namespace
 
 Class *QBOutputStream::cls() {
     static const qb::Method methods[] = {
@@ -54,8 +60,13 @@ void QBOutputStream::_writeNSObject(id object) {
 }
 
 void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
-    for (id object : *enumerator)
+    const Nesting nesting(this);
+    while (!nesting.isCut()) {
+        const id object = enumerator->nextObject();
+        if (!object)
+            return;
         writeObject(object);
+    }
 }
 
 void QBOutputStream::_writeArray(NSArray *array) {
@@ -67,10 +78,33 @@ void QBOutputStream::_writeObjectForKey(id object, id) {
 }
 
 void QBOutputStream::_writeDictionary(NSDictionary *dictionary) {
-    for (id key : *dictionary->keyEnumerator())
+    writeEntries(dictionary, Nesting(this));
+}
+
+void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesting) {
+    NSEnumerator *const keys = dictionary->keyEnumerator();
+    while (!nesting.isCut()) {
+        const id key = keys->nextObject();
+        if (!key)
+            return;
         _writeObjectForKey(dictionary->objectForKey(key), key);
+    }
 }
 
 void QBOutputStream::_writeString(NSString *string) {
     writeBuffer(string->cString(), string->cStringLength());
+}
+
+// --- Depth ---
+
+QBOutputStream::Nesting::Nesting(QBOutputStream *stream) : stream_(stream) {
+    if (stream->openContainers_++ < kDeepestNesting || stream->isCut_)
+        return;
+    stream->isCut_ = true;
+    qb::raiseError(kFile, __LINE__, qb::kErrorTooDeep, kDeepestNesting);
+}
+
+QBOutputStream::Nesting::~Nesting() {
+    if (--stream_->openContainers_ == 0)
+        stream_->isCut_ = false;
 }

@@ -5,12 +5,9 @@
 #include "Text/Html.h"
 
 #include <algorithm>
-#include <new>
 #include <string>
 
 namespace {
-
-constexpr unsigned kTags = qb::text::kHtmlLt | qb::text::kHtmlGt | qb::text::kHtmlAmp;
 
 unsigned flagsOf(BOOL lt, BOOL gt, BOOL amp, BOOL quot) {
     return (lt ? qb::text::kHtmlLt : 0U) | (gt ? qb::text::kHtmlGt : 0U) | (amp ? qb::text::kHtmlAmp : 0U) |
@@ -49,11 +46,13 @@ private:
         position_ = end;
     }
 
-    // Copies what is skipped, and the byte behind it, which is never a skip character again. Returns false
-    // when the rest of the text is skipped.
+    // Copies what is skipped, and escapes the byte behind it, which is never a skip character again. Returns
+    // false when the rest of the text is skipped.
     bool skipFrom(const char *start) {
-        const char *const next = std::clamp(skip_(start, endForSkip_), start, end_);
-        if (next == endForSkip_ || next == end_) {
+        // Counted in characters, the end of a text that is not ASCII lies before its last bytes.
+        const char *const end = start < endForSkip_ ? endForSkip_ : end_;
+        const char *const next = std::clamp(skip_(start, end), start, end_);
+        if (next == end || next == end_) {
             result_.append(start, end_);
             return false;
         }
@@ -64,12 +63,11 @@ private:
     }
 
     const char *position_;
-    const char *end_;
-    const char
-        *endForSkip_; // counted in characters, so that it lies before the end of a text that is not ASCII
-    unsigned flags_;
-    NSString::SkipFunction skip_;
-    char skipCharacter_;
+    const char *const end_;
+    const char *const endForSkip_;
+    const unsigned flags_;
+    const NSString::SkipFunction skip_;
+    const char skipCharacter_;
     std::string result_;
 };
 
@@ -111,16 +109,17 @@ NSString *NSString::stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quo
     const unsigned flags = flagsOf(lt, gt, amp, quot);
     auto *const receiver = static_cast<NSString *>(self());
     const std::string_view text = view();
+    if (skipWith) {
+        const std::string escaped = SkippingEscaper(receiver, flags, skipWith, on).escaped();
+        return escaped.size() == text.size() ? itself(receiver) : stringWith(escaped);
+    }
     const std::size_t length = qb::text::escapedHtmlLength(text.data(), text.size(), flags);
     if (length == text.size())
         return itself(receiver);
-    if (!skipWith)
-        return initFilled(
-                   length,
-                   [&](char *target) { qb::text::escapeHtml(text.data(), text.size(), flags, target); })
-            .autorelease();
-    const std::string escaped = SkippingEscaper(receiver, flags, skipWith, on).escaped();
-    return escaped.size() == text.size() ? itself(receiver) : stringWith(escaped);
+    const auto escapeTo = [&](char *target) {
+        qb::text::escapeHtml(text.data(), text.size(), flags, target);
+    };
+    return initFilled(length, escapeTo).autorelease();
 }
 
 NSString *NSString::stringWithUnescapedHtml() const {

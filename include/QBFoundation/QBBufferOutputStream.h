@@ -73,6 +73,12 @@ protected:
     }
     /// Makes the next write one of `_writeBuffer`.
     void announceNextWrite() const { directEnd_ = 0; }
+    /// Returns where a write of up to `length` bytes may be stored, for `endDirectWrite` to count; null when
+    /// it has to go through `writeBuffer`.
+    char *beginDirectWrite(std::uint64_t length) const {
+        return byteCounter_ + length < directEnd_ ? buf_ + byteCounter_ : nullptr;
+    }
+    void endDirectWrite(const char *end) { byteCounter_ = static_cast<std::uint32_t>(end - buf_); }
     /// The bytes that were written, `byteCounter()` of them; null after a failed allocation.
     const char *buf() const { return buf_; }
 

@@ -18,6 +18,10 @@ class NSEnumerator;
 /// A concrete stream has one primitive, `_writeBuffer`, which every other operation ends in; callers use
 /// `writeBuffer`. A subclass may also override `writeByte`, `flush`, `close`, `reset` and `writeObject`, and
 /// the operations for single types, which is how it changes their rendering.
+///
+/// Lists and dictionaries are written up to `kDeepestNesting` levels deep, because each level takes some
+/// stack. One that is deeper raises 900003 (depth) and is left out, and so is what was still to come of the
+/// whole value.
 class QB_EXPORT QBOutputStream : public NSObject {
 public:
     static Class *cls();
@@ -70,6 +74,33 @@ public:
     virtual void _writeDictionary(NSDictionary *dictionary);
     /// Writes the string's bytes.
     virtual void _writeString(NSString *string);
+
+    static constexpr std::uint32_t kDeepestNesting = 512;
+
+protected:
+    /// One more list or dictionary being written, in the scope of this object. The operations for lists and
+    /// dictionaries open one and write nothing when `isCut`.
+    class QB_EXPORT Nesting {
+    public:
+        explicit Nesting(QBOutputStream *stream);
+        ~Nesting();
+        Nesting(const Nesting &) = delete;
+        Nesting &operator=(const Nesting &) = delete;
+
+        /// Whether nothing more may be written, because this container, or one that was inside it, is too
+        /// deep.
+        bool isCut() const { return stream_->isCut_; }
+
+    private:
+        QBOutputStream *const stream_;
+    };
+
+    /// Writes each entry in the dictionary's order, until the nesting is cut.
+    void writeEntries(NSDictionary *dictionary, const Nesting &nesting);
+
+private:
+    std::uint32_t openContainers_ = 0;
+    bool isCut_ = false; // the rest of the outermost value is left out
 };
 
 #endif

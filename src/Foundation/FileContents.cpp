@@ -1,10 +1,15 @@
 #include "Foundation/FileContents.h"
 
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBErrorHandler.h>
+
 #include "System/Descriptor.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 
 namespace qb {
 
@@ -47,6 +52,16 @@ int readFileContents(const char *path, std::string &bytes) {
     if (error != 0)
         bytes.clear();
     return error;
+}
+
+bool readFileContentsOrRaise(NSString *path, std::string &bytes, const char *file, int line) {
+    const bool isName = path->view().find('\0') == std::string_view::npos;
+    const int error = isName ? readFileContents(path->cString(), bytes) : EINVAL;
+    if (error == ENOENT)
+        raiseError(file, line, kErrorFileMissing, path);
+    else if (error != 0)
+        raiseError(file, line, kErrorCannotRead, path, std::strerror(error));
+    return error == 0;
 }
 
 } // namespace qb

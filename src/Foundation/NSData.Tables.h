@@ -8,6 +8,7 @@
 
 namespace qb::tables {
 
+std::span<const Method> dataFile();
 std::span<const Method> dataPropertyList();
 
 } // namespace qb::tables

@@ -18,6 +18,7 @@ std::span<const Method> stringNumbers();
 std::span<const Method> stringPath();
 std::span<const Method> stringRepresentation();
 std::span<const Method> stringRestrictedFormat();
+std::span<const Method> stringUtf8Conversion();
 std::span<const Method> stringISODateTime();
 std::span<const Method> stringSearching();
 std::span<const Method> stringSplitting();

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSString.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -78,6 +79,8 @@ Class *NSString::cls() {
         qb::method<"characterAtIndex:">(&NSString::characterAtIndex),
         qb::method<"isEqualToString:">(&NSString::isEqualToString),
         qb::method<"compare:", NSComparisonResult(id)>(&NSString::compare),
+        qb::initialiser<"initWithCoder:">(&NSString::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSString::encodeWithCoder),
     };
     static Class *const self = new Class(
         "NSString", NSObject::cls(),
@@ -85,7 +88,8 @@ Class *NSString::cls() {
          qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
          qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
          qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation(),
-         qb::tables::stringHtmlEscaping(), qb::tables::stringPropertyList()},
+         qb::tables::stringHtmlEscaping(), qb::tables::stringUtf8Conversion(),
+         qb::tables::stringPropertyList()},
         qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
@@ -107,7 +111,7 @@ void NSString::operator delete(void *memory, std::size_t size) noexcept {
 
 // Makes a string whose bytes, but for the last NUL, are still to be written.
 Ref<NSString> NSString::makeUnfilled(std::size_t length, char *&bytes) {
-    if (sizeof(NSString) + length + 1 > qb::kLargestPooledSize) {
+    if (length >= qb::kLargestPooledSize - sizeof(NSString)) {
         auto string = Ref<NSString>::adopt(new NSString);
         string->reserve(checkedLength(length));
         string->byteLength_ = static_cast<std::uint32_t>(length);

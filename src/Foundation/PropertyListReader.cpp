@@ -55,6 +55,7 @@ Ref<NSObject> PropertyListReader::read() {
         position_ += kByteOrderMark.size();
     if (!skipBlanks())
         return nullptr;
+    value_ = position_;
     Ref<NSObject> value = readValue();
     if (!value || !skipBlanks())
         return nullptr;
@@ -66,13 +67,15 @@ Ref<NSObject> PropertyListReader::read() {
 }
 
 PropertyListFailure PropertyListReader::failure() const {
-    if (!expected_)
-        return {};
+    return expected_ ? failureAt(position_, expected_) : PropertyListFailure();
+}
+
+PropertyListFailure PropertyListReader::failureAt(const char *position, const char *expected) const {
     const char *const lineStart =
-        std::find(std::reverse_iterator(position_), std::reverse_iterator(begin_), '\n').base();
-    const auto line = static_cast<std::uint32_t>(std::count(begin_, position_, '\n') + 1);
-    const std::size_t before = text::utf16Units(lineStart, static_cast<std::size_t>(position_ - lineStart));
-    return {expected_, line, static_cast<std::uint32_t>(before + 1)};
+        std::find(std::reverse_iterator(position), std::reverse_iterator(begin_), '\n').base();
+    const auto line = static_cast<std::uint32_t>(std::count(begin_, position, '\n') + 1);
+    const std::size_t before = text::utf16Units(lineStart, static_cast<std::size_t>(position - lineStart));
+    return {expected, line, static_cast<std::uint32_t>(before + 1)};
 }
 
 // The first failure is the one that counts.
@@ -135,7 +138,7 @@ Ref<NSObject> PropertyListReader::readValue() {
         return readData();
     default: {
         std::string_view text;
-        return readText(text) ? Ref<NSObject>(NSString::initWith(text)) : nullptr;
+        return readText(text, "a value") ? Ref<NSObject>(NSString::initWith(text)) : nullptr;
     }
     }
 }
@@ -165,6 +168,7 @@ Ref<NSObject> PropertyListReader::readArray() {
 }
 
 bool PropertyListReader::readEntry() {
+    const char *const start = position_;
     Ref<NSString> key = readKey();
     if (!key || !skipBlanks())
         return false;
@@ -179,6 +183,7 @@ bool PropertyListReader::readEntry() {
         return fail("';' or '}'");
     unfinished_.emplace_back(std::move(key));
     unfinished_.push_back(std::move(value));
+    keyPositions_.push_back(start);
     return true;
 }
 
@@ -199,26 +204,26 @@ Ref<NSObject> PropertyListReader::readDictionary() {
 Ref<NSObject> PropertyListReader::takeDictionary(std::size_t first) {
     auto dictionary = Ref<NSDictionary>::adopt(new NSDictionary);
     HashTable &table = dictionary->table_;
-    table.reserve(static_cast<std::uint32_t>((unfinished_.size() - first) / 2));
-    for (std::size_t i = first; i < unfinished_.size(); i += 2) {
-        HashTable::Entry &entry = table.entryFor(unfinished_[i].get());
+    const std::size_t count = (unfinished_.size() - first) / 2;
+    table.reserve(static_cast<std::uint32_t>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+        Ref<NSObject> *const keyAndValue = &unfinished_[first + 2 * i];
+        HashTable::Entry &entry = table.entryFor(keyAndValue[0].get());
         if (entry.value) {
-            fail("a dictionary whose keys stand once");
+            position_ = keyPositions_[keyPositions_.size() - count + i];
+            fail("a key that does not stand in the dictionary already");
             return nullptr;
         }
-        entry.value = unfinished_[i + 1].detach();
+        entry.value = keyAndValue[1].detach();
     }
     unfinished_.resize(first);
+    keyPositions_.resize(keyPositions_.size() - count);
     return dictionary;
 }
 
 Ref<NSString> PropertyListReader::readKey() {
     std::string_view text;
-    if (position_ == end_ || *position_ == '{' || *position_ == '(' || *position_ == '<') {
-        fail("a key or '}'");
-        return nullptr;
-    }
-    if (!readText(text))
+    if (!readText(text, "a key or '}'"))
         return nullptr;
     Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
     if (!shared || shared->view() != text) {
@@ -244,11 +249,11 @@ Ref<NSObject> PropertyListReader::readData() {
 // --- Strings ---
 
 // Reads a string, bare or quoted. `text` is valid until the next one is read.
-bool PropertyListReader::readText(std::string_view &text) {
-    if (*position_ == '"')
+bool PropertyListReader::readText(std::string_view &text, const char *expected) {
+    if (position_ != end_ && *position_ == '"')
         return readQuoted(text);
     text = readBare();
-    return !text.empty() || fail("a value");
+    return !text.empty() || fail(expected);
 }
 
 // A bare string ends where a comment begins.
@@ -302,8 +307,10 @@ bool PropertyListReader::readOctal() {
     const char *const start = position_;
     while (position_ != end_ && position_ - start < 3 && isOctal(*position_))
         byte = byte * 8 + static_cast<unsigned>(*position_++ - '0');
-    if (byte > 0xFF)
+    if (byte > 0xFF) {
+        position_ = start;
         return fail("an octal number of at most 377");
+    }
     unescaped_ += static_cast<char>(byte);
     return true;
 }

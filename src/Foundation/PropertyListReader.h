@@ -35,6 +35,8 @@ public:
     /// Returns the value; null when the text is malformed or has more than one value.
     Ref<NSObject> read();
     PropertyListFailure failure() const;
+    /// The failure that the value which was read is not `expected`.
+    PropertyListFailure otherValue(const char *expected) const { return failureAt(value_, expected); }
 
 private:
     static constexpr std::size_t kSharedKeys = 256;
@@ -45,7 +47,7 @@ private:
     Ref<NSObject> readData();
     Ref<NSString> readKey();
     bool readEntry();
-    bool readText(std::string_view &text);
+    bool readText(std::string_view &text, const char *expected);
     bool readQuoted(std::string_view &text);
     bool readEscape();
     bool readOctal();
@@ -58,14 +60,17 @@ private:
     bool skipComment();
     bool accept(char character);
     bool fail(const char *expected);
+    PropertyListFailure failureAt(const char *position, const char *expected) const;
 
     const char *const begin_;
     const char *position_;
     const char *const end_;
+    const char *value_ = nullptr; // the beginning of the whole
     unsigned depth_ = 0;
     const char *expected_ = nullptr;
-    std::string unescaped_;                 // of the quoted string being read
-    std::vector<Ref<NSObject>> unfinished_; // the elements, keys and values of the containers being read
+    std::string unescaped_;                  // of the quoted string being read
+    std::vector<Ref<NSObject>> unfinished_;  // the elements, keys and values of the containers being read
+    std::vector<const char *> keyPositions_; // of the keys in there
     std::array<Ref<NSString>, kSharedKeys> keys_;
 };
 

@@ -200,7 +200,8 @@ private:
     bool makeLink(const std::string &resolved, const std::string &source, const std::string &target) {
         if (!checkName(nameOf(target)))
             return false;
-        const std::string directory = qb::files::simplified(std::string(qb::files::directoryOf(source)));
+        const std::string link = qb::files::simplified(source);
+        const std::string directory(qb::files::directoryOf(link));
         const qb::files::Buffer text(_pathRelativeToDir(resolved.c_str(), directory.c_str()));
         if (!text)
             return false;

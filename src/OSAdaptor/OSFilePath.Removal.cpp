@@ -70,12 +70,21 @@ private:
         const Directory directory(sys::opendir(path_.c_str()));
         if (!directory)
             return fails(__LINE__, qb::kErrorCannotRemove);
-        Level level{path_.size(), identity, {}};
-        while (const dirent *entry = sys::readdir(directory.get()))
+        // A link that outlives what it points to counts as missing, so that it would stay: links go first,
+        // and what lies deeper goes before what it may point up to.
+        EntryNames links, directories, others;
+        while (const dirent *entry = sys::readdir(directory.get())) {
             if (!EntryNames::isSelfOrParent(entry->d_name))
-                level.rest.add(entry->d_name);
+                (entry->d_type == DT_LNK   ? links
+                 : entry->d_type == DT_DIR ? directories
+                                           : others)
+                    .add(entry->d_name);
+        }
         if (errno != 0)
             return fails(__LINE__, qb::kErrorCannotReadDirectory);
+        Level level{path_.size(), identity, std::move(links)};
+        level.rest.add(directories);
+        level.rest.add(others);
         levels_.push_back(std::move(level));
         return true;
     }

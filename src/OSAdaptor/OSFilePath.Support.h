@@ -99,6 +99,7 @@ public:
     static bool isSelfOrParent(std::string_view name) { return name == "." || name == ".."; }
 
     void add(std::string_view name) { names_.append(name).push_back('\0'); }
+    void add(const EntryNames &others) { names_.append(others.names_); }
     /// Returns the next name; null behind the last.
     const char *next();
 

@@ -13,7 +13,7 @@ NSString *OSFilePath::uniqueTmpFilename() {
 }
 
 NSString *OSFilePath::uniqueFilenameWithPrefix(NSString *prefix, NSString *dir) {
-    NSString *const unique = NSProcessInfo::processInfo()->globallyUniqueString();
+    NSString *const unique = NSProcessInfo::processInfo()->globallyUniqueString()->asLegalNameString();
     if (!prefix)
         prefix = NSString::string();
     if (!dir || !dir->containsData())

@@ -111,7 +111,8 @@ TEST_F(OSFilePathChangesTest, LinkIsReplacedInOneStep) {
     const Fault fault(Call::symlink, /*skip=*/0, /*times=*/1, EROFS);
     expectError(100199, directory_ / "one " + directory_ / "link Read-only file system",
                 [&] { OSFilePath::symlink(directory_.string("link"), directory_.string("one")); });
-    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"file", "link", "one", "two"})); // nothing left over
+    EXPECT_EQ(directory_.names(),
+              (std::vector<std::string>{"file", "link", "one", "two"})); // nothing left over
 }
 
 TEST_F(OSFilePathChangesTest, DescriptorsOpenWithStdioModesAndStayWithUs) {
@@ -121,8 +122,8 @@ TEST_F(OSFilePathChangesTest, DescriptorsOpenWithStdioModesAndStayWithUs) {
     EXPECT_EQ(::write(writer, "abc", 3), 3);
     EXPECT_EQ(OSFilePath::closeFile(writer), 0);
     EXPECT_EQ(OSFilePath::closeFile(writer), -1);
-    const std::int32_t appender = send<std::int32_t>(OSFilePath::cls(), "openFile:mode:"_sel,
-                                                     directory_.string("file"), "a");
+    const std::int32_t appender =
+        send<std::int32_t>(OSFilePath::cls(), "openFile:mode:"_sel, directory_.string("file"), "a");
     EXPECT_EQ(::write(appender, "d", 1), 1);
     OSFilePath::closeFile(appender);
     EXPECT_EQ(directory_.read("file"), "abcd");
@@ -138,6 +139,11 @@ TEST_F(OSFilePathChangesTest, RemovalTakesFilesAndWholeTrees) {
     directory_.write("tree/a/" + std::string(255, 'n'), "2");
     directory_.write("other/kept", "3");
     directory_.link("../other/kept", "tree/link");
+    for (const char *name : {"1", "2", "3", "4"}) {
+        directory_.write(std::string("tree/file") + name, "");
+        directory_.link(std::string("file") + name, std::string("tree/link") + name);
+        directory_.link(std::string("../file") + name, std::string("tree/a/up") + name);
+    }
     OSFilePath::removePath(directory_.string("tree"));
     OSFilePath::removePath(directory_.string("missing"));
     EXPECT_EQ(directory_.names(), (std::vector<std::string>{"other"}));
@@ -175,7 +181,8 @@ TEST_F(OSFilePathChangesTest, RemovalFailuresStopItAndEarlierErrorsStayInFront) 
         OSFilePath::removePath(directory_.string("tree"));
         ASSERT_EQ(recordingErrorHandler()->raised.size(), raised + 1) << qb::sys::nameOfCall(row.call);
         EXPECT_EQ(recordingErrorHandler()->raised.back().number, row.number);
-        EXPECT_EQ(recordingErrorHandler()->raised.back().values, directory_ / row.path + " Input/output error");
+        EXPECT_EQ(recordingErrorHandler()->raised.back().values,
+                  directory_ / row.path + " Input/output error");
         EXPECT_EQ(describe(ERRORHANDLER->errorId()), "30010");
     }
     ERRORHANDLER->clearErrorStack();
@@ -187,9 +194,8 @@ TEST_F(OSFilePathChangesTest, RemovalThroughAnotherDirectoryMovesFirst) {
     directory_.makeDirectory("tmp");
     {
         const Fault fault(Call::unlink, /*skip=*/0, /*times=*/1, EIO);
-        expectError(100203, directory_ / "tmp/tree/file Input/output error", [&] {
-            OSFilePath::removePath(directory_.string("tree/"), directory_.string("tmp"));
-        });
+        expectError(100203, directory_ / "tmp/tree/file Input/output error",
+                    [&] { OSFilePath::removePath(directory_.string("tree/"), directory_.string("tmp")); });
     }
     EXPECT_FALSE(directory_.has("tree"));
     OSFilePath::removePath(directory_.string("tmp/tree"), directory_.string("."));

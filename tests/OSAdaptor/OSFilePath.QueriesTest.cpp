@@ -85,9 +85,12 @@ TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
         bool exists, isDirectory;
         std::int32_t size;
     } rows[] = {
-        {directory_.string("file"), true, false, 3},      {directory_.string("empty"), true, false, 0},
-        {directory_.string("missing"), false, false, 0},  {directory_.string("dangling"), false, false, 0},
-        {directory_.string("file/x"), false, false, 0},   {nulPath(), false, false, 0},
+        {directory_.string("file"), true, false, 3},
+        {directory_.string("empty"), true, false, 0},
+        {directory_.string("missing"), false, false, 0},
+        {directory_.string("dangling"), false, false, 0},
+        {directory_.string("file/x"), false, false, 0},
+        {nulPath(), false, false, 0},
         {nullptr, false, false, 0},
     };
     for (const auto &row : rows) {
@@ -176,7 +179,8 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
     };
     using Names = std::set<std::string>;
     EXPECT_EQ(matches(OSFilePath::glob(directory_.string("a*"))), (Names{"/a1", "/a2"}));
-    EXPECT_EQ(matches(OSFilePath::glob("[ad]*"_ns, directory_.string("."))), (Names{"/./a1", "/./a2", "/./d"}));
+    EXPECT_EQ(matches(OSFilePath::glob("[ad]*"_ns, directory_.string("."))),
+              (Names{"/./a1", "/./a2", "/./d"}));
     EXPECT_EQ(matches(OSFilePath::glob(directory_.string("*1"), ""_ns)), (Names{"/a1", "/b1"}));
     EXPECT_EQ(OSFilePath::glob(directory_.string("z*"))->count(), 0u);
     for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {

@@ -31,7 +31,9 @@ void TemporaryDirectory::makeDirectory(std::string_view name) const {
 }
 
 void TemporaryDirectory::link(std::string_view text, std::string_view name) const {
-    fs::create_symlink(text, *this / name);
+    const fs::path path = *this / name;
+    fs::create_directories(path.parent_path());
+    fs::create_symlink(text, path);
 }
 
 std::string TemporaryDirectory::read(std::string_view name) const {

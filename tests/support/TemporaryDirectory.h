@@ -27,7 +27,7 @@ public:
     void write(std::string_view name, std::string_view bytes) const;
     /// Makes the directory and those above it.
     void makeDirectory(std::string_view name) const;
-    /// Makes a symbolic link with that text.
+    /// Makes a symbolic link with that text, and the directories above it.
     void link(std::string_view text, std::string_view name) const;
     /// The file's bytes; "(missing)" when it can't be read.
     std::string read(std::string_view name) const;

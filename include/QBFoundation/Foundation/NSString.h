@@ -118,6 +118,8 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToString(NSString *other) const;
     std::uint32_t hash() const override;
+    /// What `hash` returns unless a subclass overrides it.
+    std::uint32_t ownHash() const { return flags_ & kKnowsHash ? hash_ : NSString::hash(); }
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
@@ -145,6 +147,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSString> copy() const;
     Ref<class NSMutableString> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Formats ---
@@ -341,6 +344,30 @@ public:
     virtual NSString *stringWithUnescapedHtmlQuotes() const;
     virtual NSString *stringWithUnescapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quot) const;
 
+    // --- UTF8Conversion ---
+
+    /// Returns the byte offset of the character with index `count`; 0 for a negative one. Sequences of up to
+    /// six bytes are characters. Stops at the end of the text, and raises 100231 (byte offset) at an invalid
+    /// sequence, whose offset it returns.
+    static std::int32_t _indexOfUtf8Index(std::int32_t count, const char *in);
+    /// Returns the number of characters, up to the first invalid sequence, which raises 100231 (byte offset).
+    virtual std::int32_t utf8CharCount() const;
+    /// Raises 100231 (byte offset) when there is an invalid sequence.
+    virtual void verifyUTF8() const { utf8CharCount(); }
+    /// Returns `length` characters from `index` on; the empty string when the text is malformed up to
+    /// there; that error, 100231 (byte offset), then stands behind those that were pending.
+    virtual NSString *utf8SubstringFromIndex(std::int32_t index, std::int32_t length) const;
+    /// Returns the byte offset of the first invalid sequence, -1 when there is none. Raises nothing.
+    virtual std::int32_t indexOfFirstCorruptUtf8Character() const;
+    /// Returns the byte offset of the first valid sequence; the text's length in bytes when there is none.
+    virtual std::int32_t indexOfFirstCorrectUtf8Character() const;
+    /// Raises 100242 (code point) for each character that lies in one of the `count` ranges, both ends
+    /// included; an invalid sequence raises 100231 (byte offset) and ends the check.
+    static void verifyUTF8(const char *text, const NSRange *withInvalidRanges, std::uint32_t count);
+    virtual void verifyUTF8WithInvalidRanges(const NSRange *ranges, std::uint32_t count) const;
+    /// Writes the shortest sequence for `codePoint`, up to 31 bits, at once; a negative one writes nothing.
+    static void writeUtf8CharForUnicodePos(std::int32_t codePoint, QBOutputStream *to);
+
     // --- PropertyList ---
 
     /// Returns the value that the text is as a property list: strings, data, arrays, dictionaries.
@@ -352,6 +379,7 @@ public:
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Replaces the bytes by a copy of others, for mutable subclasses.
     void replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by);
     /// The bytes of `range`. Throws NSRangeException, naming the selector, when it is not inside the text.

@@ -180,7 +180,8 @@ QB_EXPORT char *_pathRelativeToDir(const char *path, const char *directory);
 ///
 /// Raises 100195 (source, target) for a new name that is taken, 100170 (target) when it is no directory,
 /// 100194 (path, system text) for a source that can't be asked, and with the text for ELOOP for a directory
-/// that the walk is inside of already, or that is its own target; the others as the next ones.
+/// that the walk is inside of already, or that is its own target, 100199 (link text, link, system text); the
+/// others as the next ones.
 QB_EXPORT void _copyPath(const char *source, const char *target, BOOL targetIsNewName);
 /// Copies a file's bytes and permissions to `name` (null: the source's) in a directory that exists.
 ///
@@ -192,9 +193,11 @@ QB_EXPORT void _copyFile(const char *source, const char *targetDir, const char *
 /// Raises 100197 (name) for more than 254 bytes, 100196 and 100198 (source, system text) for a directory that
 /// can't be opened or read, 100168 (directory, system text) for one that can't be made.
 QB_EXPORT void _copyDir(const char *source, const char *targetDir, const char *name);
-/// Copies a link to `name` (null: the source's, or for a copy that of what it points to) in `targetDir`.
+/// Copies what a link points to, to `name` (null: the name of what it points to) in `targetDir`: a link by
+/// itself has no tree to stay a link in.
 ///
-/// Raises what `symlinkTarget:` does, 100197 (name), and 100199 (link text, link, system text).
+/// Raises 100222 (source) for what is no link, 100194 and 100023 (source, system text), and what `_copyPath`
+/// raises.
 QB_EXPORT void _copyLink(const char *source, const char *targetDir, const char *name);
 
 } // extern "C"

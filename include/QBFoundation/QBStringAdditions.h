@@ -1,0 +1,19 @@
+// C functions for UTF-8 text.
+#ifndef QBFOUNDATION_QBSTRINGADDITIONS_H
+#define QBFOUNDATION_QBSTRINGADDITIONS_H
+
+#include <QBFoundation/Runtime/Export.h>
+
+extern "C" {
+
+/// Returns the length in bytes of the UTF-8 sequence at `position`: 1 to 6, 0 at the NUL that ends the text,
+/// -1 for an invalid or cut sequence. Only the structure is checked, as of RFC 2279: overlong forms and
+/// surrogates pass. `codePoint`, unless null, takes the character; 0 at the end, unchanged for -1.
+QB_EXPORT int _getUtf8CharacterByteLength(const unsigned char *position, unsigned *codePoint);
+
+/// Raises 100231 with the offset of `bad` in the text that starts at `start`. From `debug` 1 on the bytes
+/// around it are shown on standard error.
+QB_EXPORT void _raiseUtf8ErrorInString(const char *start, const char *bad);
+}
+
+#endif

@@ -1,0 +1,110 @@
+// Arrays and dictionaries from property-list files and back.
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/FileContents.h"
+#include "Foundation/PropertyListFile.Tables.h"
+#include "Foundation/PropertyListReader.h"
+
+#include <string>
+
+namespace {
+
+constexpr const char *kFile = "src/Foundation/PropertyListFile";
+
+void requirePath(NSString *path, const char *operation) {
+    if (!path)
+        throw InvalidArgumentException(std::string(operation) + " must have a path that is not nil.");
+}
+
+// Returns the file's value if it is a `T`, which is called `expected`.
+template <class T>
+Ref<T> readFile(NSString *path, const char *expected) {
+    std::string text;
+    if (!qb::readFileContentsOrRaise(path, text, kFile, __LINE__))
+        return nullptr;
+    qb::PropertyListReader reader(text);
+    const Ref<NSObject> value = reader.read();
+    if (T *const typed = qb::castOrNil<T>(value))
+        return typed;
+    const qb::PropertyListFailure failure = value ? reader.otherValue(expected) : reader.failure();
+    qb::raiseError(kFile, __LINE__, qb::kErrorMalformedPropertyListFile, path, failure.line, failure.column,
+                   failure.expected);
+    return nullptr;
+}
+
+// Nothing of a value that can't be written whole reaches the file.
+BOOL writeFile(id value, NSString *path, BOOL atomically) {
+    const qb::SavedErrors earlier;
+    const Ref<QBPropertyListOutputStream> text = QBPropertyListOutputStream::init();
+    if (text)
+        text->writeObject(value);
+    return text && !qb::isErrorPending() && text->targetData()->writeToFile(path, atomically);
+}
+
+Ref<NSArray> readArray(NSString *path) {
+    requirePath(path, "NSArray initWithContentsOfFile:");
+    return readFile<NSArray>(path, "an array");
+}
+
+Ref<NSArray> initArrayOfClass(Class *asked, NSString *path) {
+    Ref<NSArray> array = readArray(path);
+    return !array || asked == NSArray::cls() ? array : NSArray::initOfClass(asked, array->view());
+}
+
+NSArray *arrayOfClass(Class *asked, NSString *path) {
+    return initArrayOfClass(asked, path).autorelease();
+}
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::arrayPropertyListFile() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"arrayWithContentsOfFile:">(&arrayOfClass),
+        qb::classMethod<"initWithContentsOfFile:">(&initArrayOfClass),
+        qb::method<"writeToFile:atomically:">(&NSArray::writeToFile),
+    };
+    return methods;
+}
+
+std::span<const qb::Method> qb::tables::dictionaryPropertyListFile() {
+    static const qb::Method methods[] = {
+        qb::method<"writeToFile:atomically:">(&NSDictionary::writeToFile),
+    };
+    return methods;
+}
+
+Ref<NSArray> NSArray::initWithContentsOfFile(NSString *path) {
+    return readArray(path);
+}
+
+Ref<NSMutableArray> NSMutableArray::initWithContentsOfFile(NSString *path) {
+    const Ref<NSArray> array = readArray(path);
+    return array ? NSMutableArray::initWithArray(array) : nullptr;
+}
+
+BOOL NSArray::writeToFile(NSString *path, BOOL atomically) const {
+    requirePath(path, "NSArray writeToFile:atomically:");
+    return writeFile(self(), path, atomically);
+}
+
+BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
+    requirePath(path, "NSDictionary initWithContentsOfFile:");
+    const Ref<NSDictionary> dictionary = readFile<NSDictionary>(path, "a dictionary");
+    if (!dictionary)
+        return NO;
+    table_.swap(dictionary->table_);
+    return YES;
+}
+
+BOOL NSDictionary::writeToFile(NSString *path, BOOL atomically) const {
+    requirePath(path, "NSDictionary writeToFile:atomically:");
+    return writeFile(self(), path, atomically);
+}

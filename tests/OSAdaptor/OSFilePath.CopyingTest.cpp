@@ -1,0 +1,318 @@
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
+
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "Text/RandomText.h"
+#include "support/PoolFixture.h"
+#include "support/SmallStack.h"
+#include "support/TemporaryDirectory.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using qb::sys::Call;
+using qb::sys::CallCounter;
+using qb::sys::Fault;
+
+class OSFilePathCopyingTest : public PoolFixture {
+protected:
+    void copy(std::string_view source, std::string_view target, BOOL renameSource = NO) {
+        OSFilePath::copyPath(directory_.string(source), directory_.string(target), renameSource);
+    }
+    void expectError(int number, const std::string &values, auto operation) {
+        ErrorExpectation error(number);
+        operation();
+        EXPECT_EQ(error.values(), values);
+    }
+    std::string linkText(std::string_view name) const { return fs::read_symlink(directory_ / name); }
+    mode_t mode(std::string_view name) const {
+        struct stat status {};
+        EXPECT_EQ(::stat((directory_ / name).c_str(), &status), 0) << name;
+        return status.st_mode & 07777;
+    }
+
+    TemporaryDirectory directory_;
+};
+
+TEST_F(OSFilePathCopyingTest, FileKeepsItsBytesAndPermissions) {
+    const std::string bytes(300000, 'x');
+    directory_.write("file", bytes);
+    for (const unsigned bits : {0644u, 0400u, 04755u, 0777u, 0600u}) {
+        ASSERT_EQ(::chmod((directory_ / "file").c_str(), bits), 0);
+        const std::string target = "new/" + std::to_string(bits);
+        copy("file", target + "/here");
+        EXPECT_EQ(directory_.read(target + "/here/file"), bytes);
+        EXPECT_EQ(mode(target + "/here/file"), bits);
+    }
+    directory_.write("new/old", std::string(400000, 'y'));
+    copy("file", "new");
+    send<void>(OSFilePath::cls(), "copyPath:toPath:renameSource:"_sel, directory_.string("file"),
+               directory_.string("other/name"), YES);
+    EXPECT_EQ(directory_.read("other/name"), bytes);
+    _copyFile((directory_ / "file").c_str(), (directory_ / "new").c_str(), "old"); // a longer file is there
+    EXPECT_EQ(directory_.read("new/old"), bytes);
+    _copyFile((directory_ / "file").c_str(), (directory_ / "other").c_str(), nullptr);
+    EXPECT_EQ(directory_.read("other/file"), bytes);
+}
+
+TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
+    directory_.write("sparse", "begin");
+    fs::resize_file(directory_ / "sparse", 50000000);
+    copy("sparse", "copy", YES);
+    EXPECT_EQ(fs::file_size(directory_ / "copy"), 50000000u);
+    EXPECT_FALSE(OSFilePath::fileAtPath(directory_.string("sparse"), directory_.string("copy")));
+    struct stat status {};
+    ASSERT_EQ(::stat((directory_ / "copy").c_str(), &status), 0);
+    EXPECT_LT(status.st_blocks, 10000);
+}
+
+TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
+    directory_.write("file", "1");
+    directory_.write("taken", "2");
+    expectError(100195, directory_ / "file " + directory_ / "taken", [&] { copy("file", "taken", YES); });
+    EXPECT_EQ(directory_.read("taken"), "2");
+    expectError(100170, directory_ / "taken", [&] { copy("file", "taken"); });
+    expectError(100170, directory_ / "taken", [&] { copy("file", "taken/x", YES); });
+    directory_.write("tree/entry", "");
+    directory_.write("place/tree", "a file where the directory should be");
+    expectError(100170, directory_ / "place/tree", [&] { copy("tree", "place"); });
+    ErrorExpectation error(100195);
+    copy("file", "taken", YES);
+    EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
+              "[100195] The file or directory '" + directory_ / "file" + "' could not be copied to '" +
+                  directory_ / "taken" + "' because the destination already exists.");
+}
+
+TEST_F(OSFilePathCopyingTest, LinksInsideStayLinksAndOthersBecomeCopies) {
+    directory_.write("tree/d/file", "inside");
+    directory_.write("outside/file", "outside");
+    directory_.link("../file", "outside/more/up");
+    directory_.link("../d/file", "tree/e/relative");
+    directory_.link(directory_ / "tree/d", "tree/absolute");
+    directory_.link("../outside/file", "tree/copied");
+    directory_.link("copied", "tree/alias");
+    directory_.link(directory_ / "outside", "tree/e/whole");
+    copy("tree", "new/name", YES);
+    EXPECT_EQ(linkText("new/name/e/relative"), "../d/file");
+    EXPECT_EQ(linkText("new/name/absolute"), "d");
+    EXPECT_EQ(linkText("new/name/alias"), "copied");
+    for (const char *file : {"copied", "e/whole/file", "e/whole/more/up"}) {
+        EXPECT_FALSE(fs::is_symlink(directory_ / (std::string("new/name/") + file))) << file;
+        EXPECT_EQ(directory_.read(std::string("new/name/") + file), "outside") << file;
+    }
+    _copyLink((directory_ / "tree/copied").c_str(), (directory_ / "new").c_str(), nullptr);
+    EXPECT_EQ(directory_.read("new/file"), "outside"); // under the name of what it points to
+    _copyLink((directory_ / "tree/copied").c_str(), (directory_ / "new").c_str(), "named");
+    EXPECT_EQ(directory_.read("new/named"), "outside");
+}
+
+TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
+    directory_.write("tree/file", "");
+    const std::string loop = " Too many levels of symbolic links";
+    expectError(100194, directory_ / "tree/in/tree" + loop, [&] { copy("tree", "tree/in"); });
+    expectError(100194, directory_ / "tree/file" + loop, [&] { copy("tree/file", "tree"); });
+    directory_.makeDirectory("outer/a");
+    directory_.link(directory_ / "outer", "up/link");
+    directory_.link("../../up", "outer/a/b");
+    expectError(100194, directory_ / "outer" + loop, [&] { copy("outer", "copy"); });
+    directory_.link("there", "here");
+    directory_.link("here", "there");
+    expectError(100194, directory_ / "here" + loop, [&] { copy("here", "copy"); });
+    directory_.link("nowhere", "dangling");
+    expectError(100194, directory_ / "nowhere No such file or directory", [&] { copy("dangling", "copy"); });
+    EXPECT_EQ(directory_.read("tree/file"), "");
+}
+
+TEST_F(OSFilePathCopyingTest, NamesAreLimitedAndNeedNotBeUtf8) {
+    const std::string longest(254, 'n');
+    directory_.write("tree/" + longest, "1");
+    directory_.write("tree/\xff\xfe *", "2");
+    ASSERT_EQ(::mkfifo((directory_ / "tree/pipe").c_str(), 0600), 0);
+    copy("tree", "copy");
+    EXPECT_EQ(directory_.read("copy/tree/" + longest), "1");
+    EXPECT_EQ(directory_.read("copy/tree/\xff\xfe *"), "2");
+    EXPECT_FALSE(directory_.has("copy/tree/pipe")); // left out without a message
+    const std::string tooLong = longest + "n";
+    directory_.write("long/" + tooLong, "");
+    directory_.makeDirectory("directory/" + tooLong);
+    directory_.link("other", "link/" + tooLong);
+    directory_.write("link/other", "");
+    for (const char *tree : {"long", "directory", "link"})
+        expectError(100197, tooLong, [&] { copy(tree, "copy"); });
+    expectError(100197, tooLong, [&] { _copyDir("x", "y", tooLong.c_str()); });
+    expectError(100197, tooLong, [&] { _copyFile("x", "y", tooLong.c_str()); });
+}
+
+TEST_F(OSFilePathCopyingTest, EachFailedCallHasItsErrorAndPath) {
+    directory_.write("tree/file", "abc");
+    directory_.write("tree/sub/other", "abc");
+    directory_.link("file", "tree/link");
+    const std::string file = directory_ / "tree/file", copied = directory_ / "copy/file";
+    const struct {
+        Call call;
+        unsigned skip;
+        std::string source;
+        int number;
+        std::string path;
+    } rows[] = {
+        {Call::lstat, 0, "tree/file", 100194, file},
+        {Call::stat, 0, "tree/file", 100194, directory_ / "copy"},
+        {Call::mkdir, 0, "tree/file", 100168,
+         "/" + directory_.path().substr(1, directory_.path().find('/', 1) - 1)},
+        {Call::open, 0, "tree/file", 100023, file},
+        {Call::open, 1, "tree/file", 100024, copied},
+        {Call::fchmod, 0, "tree/file", 100024, copied},
+        {Call::close, 0, "tree/file", 100024, copied},
+        {Call::opendir, 0, "tree", 100196, directory_ / "tree"},
+        {Call::readdir, 0, "tree", 100198, directory_ / "tree"},
+        {Call::readlink, 0, "tree", 100023, directory_ / "tree/link"},
+        {Call::symlink, 0, "tree", 100199, "file " + directory_ / "copy/tree/link"},
+    };
+    for (const auto &row : rows) {
+        fs::remove_all(directory_ / "copy");
+        const Fault fault(row.call, row.skip, /*times=*/1, EIO);
+        expectError(row.number, row.path + " Input/output error", [&] { copy(row.source, "copy"); });
+        EXPECT_EQ(fault.hits(), 1u) << qb::sys::nameOfCall(row.call);
+    }
+    expectError(100039, "missing", [&] { _copyFile("missing", "x", nullptr); });
+    expectError(100194, "<null> Bad address", [&] { _copyPath(nullptr, "x", NO); });
+    expectError(100194, "a Invalid argument",
+                [&] { OSFilePath::copyPath(NSString::stringWith(std::string_view("a\0b", 3)), "x"_ns); });
+    expectError(100222, file, [&] { _copyLink(file.c_str(), "x", nullptr); });
+}
+
+TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
+    const std::string bytes = std::string(200000, 'a') + "end";
+    directory_.write("file", bytes);
+    const Fault noKernelCopy(Call::copy_file_range, /*skip=*/0, /*times=*/0, EXDEV);
+    {
+        const Fault interruptions(Call::read, /*skip=*/0, /*times=*/4, EINTR);
+        const Fault pieces(Call::write, /*skip=*/0, /*times=*/0, qb::sys::ShortTransfer{70000});
+        copy("file", "copy");
+        EXPECT_EQ(directory_.read("copy/file"), bytes);
+    }
+    const struct {
+        Call call;
+        int number;
+        std::string values;
+    } rows[] = {
+        {Call::read, 100023, directory_ / "file No space left on device"},
+        {Call::write, 100024, directory_ / "copy/file No space left on device"},
+        {Call::allocate, 100156, ""},
+    };
+    for (const auto &row : rows) {
+        NSString *const source = directory_.string("file"), *const target = directory_.string("copy");
+        const Fault fault(row.call, /*skip=*/0, /*times=*/1, ENOSPC);
+        expectError(row.number, row.values, [&] { OSFilePath::copyPath(source, target); });
+    }
+}
+
+TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {
+    directory_.write("file", "");
+    ERRORHANDLER->raiseErrorInFile("earlier", 1, 30010);
+    copy("file", "copy", YES);
+    EXPECT_FALSE(directory_.has("copy"));
+    EXPECT_EQ(recordingErrorHandler()->raised.size(), 1u);
+    ERRORHANDLER->clearErrorStack();
+}
+
+TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
+    const std::string tree = directory_ / "t";
+    std::string deep = tree;
+    while (deep.size() + 2 < 4000)
+        deep += "/d";
+    OSFilePath::makePath(NSString::stringWith(deep));
+    directory_.write(deep.substr(directory_.path().size() + 1) + "/f", "bottom");
+    NSString *const source = directory_.string("t"), *const copied = directory_.string("u");
+    ASSERT_TRUE(runOnSmallStack([&] { OSFilePath::copyPath(source, copied, /*renameSource=*/YES); }));
+    deep[tree.size() - 1] = 'u';
+    EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(NSString::stringWith(deep + "/f")));
+    ASSERT_TRUE(runOnSmallStack([&] { OSFilePath::removePath(source); }));
+    OSFilePath::removePath(copied);
+    EXPECT_TRUE(directory_.names().empty());
+}
+
+TEST_F(OSFilePathCopyingTest, PlainFilesOfATreeCostFewCalls) {
+    for (int i = 0; i < 100; ++i)
+        directory_.write("tree/" + std::to_string(i), "abc");
+    NSString *const source = directory_.string("tree"), *const target = directory_.string("copy");
+    const CallCounter counter;
+    OSFilePath::copyPath(source, target);
+    EXPECT_LE(counter.calls(Call::any), 100u * 7 + 30); // two opens, fstat, the copy, two closes, readdir
+    EXPECT_EQ(directory_.names("copy/tree").size(), 100u);
+}
+
+// --- Random trees ---
+
+namespace {
+
+/// Fills directories with files of random sizes, rights and names, and links among them.
+class RandomTree {
+public:
+    RandomTree(TemporaryDirectory &directory, Random &random) : directory_(directory), random_(random) {}
+
+    void fill(const std::string &parent, unsigned depth) {
+        directory_.makeDirectory(parent);
+        for (std::size_t i = random_.below(8); i > 0; --i) {
+            const std::string path = parent + "/" + name() + std::to_string(i);
+            const std::size_t kind = random_.below(4);
+            if (kind == 0 && depth > 0) {
+                fill(path, depth - 1);
+            } else if (kind == 1 && !files_.empty()) {
+                const std::string target = files_[random_.below(files_.size())];
+                directory_.link(
+                    fs::path(directory_ / target).lexically_relative(directory_ / parent).native(), path);
+            } else {
+                directory_.write(
+                    path, std::string(random_.below(4) ? random_.below(300) : random_.below(300000), 'x'));
+                const auto rights = static_cast<fs::perms>(0400 | (random_.bits() & 0777));
+                fs::permissions(directory_ / path, rights);
+                files_.push_back(path);
+            }
+        }
+    }
+
+private:
+    std::string name() {
+        const std::string pieces[] = {"a", "\xff", " ", "..", "\n", "\xc3\xa4"};
+        return randomText(random_, 1 + random_.below(12), pieces);
+    }
+
+    TemporaryDirectory &directory_;
+    Random &random_;
+    std::vector<std::string> files_;
+};
+
+} // namespace
+
+TEST_F(OSFilePathCopyingTest, CopyOfARandomTreeIsTheTree) {
+    Random random;
+    RandomTree tree(directory_, random);
+    tree.fill("outside", 1);
+    tree.fill("tree", 4);
+    copy("tree", "copies");
+    std::size_t entries = 0;
+    for (const auto &entry : fs::recursive_directory_iterator(directory_ / "tree")) {
+        const fs::path source = entry.path();
+        const fs::path copied = directory_ / "copies/tree" / source.lexically_relative(directory_ / "tree");
+        ++entries;
+        if (entry.is_symlink() && fs::is_symlink(copied)) { // to what is inside, so it leads to its copy
+            const fs::path way = fs::canonical(source).lexically_relative(directory_ / "tree");
+            EXPECT_EQ(fs::canonical(copied), fs::path(directory_ / "copies/tree") / way);
+            continue;
+        }
+        EXPECT_EQ(entry.is_directory(), fs::is_directory(copied)) << copied;
+        if (entry.is_directory())
+            continue;
+        EXPECT_TRUE(!entry.is_symlink() ||
+                    fs::canonical(source).native().starts_with(directory_ / "outside"));
+        EXPECT_EQ(fs::status(source).permissions(), fs::status(copied).permissions()) << copied;
+        EXPECT_FALSE(OSFilePath::fileAtPath(NSString::stringWith(source.native()),
+                                            NSString::stringWith(copied.native())));
+    }
+    const fs::recursive_directory_iterator copies(directory_ / "copies/tree");
+    EXPECT_EQ(static_cast<std::size_t>(std::distance(begin(copies), end(copies))), entries);
+}

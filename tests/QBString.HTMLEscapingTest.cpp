@@ -1,0 +1,102 @@
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+#include <vector>
+
+using QBStringHTMLEscapingTest = PoolFixture;
+
+namespace {
+
+// What the skip functions below were called with, as offsets from the end that they were given.
+std::vector<std::ptrdiff_t> skipCalls;
+
+// Skips from "[" behind the next "]".
+const char *skipBrackets(const char *position, const char *end) {
+    skipCalls.push_back(end - position);
+    while (position < end && *position != ']')
+        ++position;
+    return position < end ? position + 1 : end;
+}
+
+const char *skipNothing(const char *position, const char *) {
+    return position;
+}
+
+const char *skipBeyondAnyEnd(const char *, const char *end) {
+    return end + 100;
+}
+
+std::string escapedQuotes(std::string_view text, NSString::SkipFunction skip = &skipBrackets) {
+    skipCalls.clear();
+    return describe(NSString::stringWith(text)->stringWithEscapedHtmlQuotesSkipWith(skip, /*on=*/'['));
+}
+
+} // namespace
+
+TEST_F(QBStringHTMLEscapingTest, EachFormReplacesItsCharacters) {
+    NSString *const text = "a<b> & \"c\""_ns;
+    EXPECT_EQ(describe(text->stringWithEscapedHtml()), "a&lt;b&gt; &amp; &quot;c&quot;");
+    EXPECT_EQ(describe(text->stringWithEscapedHtmlLTandGTandAMP()), "a&lt;b&gt; &amp; \"c\"");
+    EXPECT_EQ(describe(text->stringWithEscapedHtmlQuotes()), "a<b> & &quot;c&quot;");
+    EXPECT_EQ(describe(text->stringWithEscapedHtmlLT(NO, YES, NO, NO, nullptr, 0)), "a<b&gt; & \"c\"");
+    EXPECT_EQ(describe(text->stringWithEscapedHtmlLT(YES, NO, NO, NO, nullptr, 0)), "a&lt;b> & \"c\"");
+    NSString *const bytes = NSString::stringWith(std::string("<\0\xFF>", 4));
+    EXPECT_EQ(describe(bytes->stringWithEscapedHtml()), std::string("&lt;\0\xFF&gt;", 10));
+    NSString *const large = NSString::stringWith(std::string(5'000, '&'));
+    EXPECT_EQ(large->stringWithEscapedHtml()->stringWithUnescapedHtml()->length(), 25'000u);
+}
+
+TEST_F(QBStringHTMLEscapingTest, UnescapingLeavesTheRestOfTheEntity) {
+    NSString *const text = "a &lt; &gt; &amp; &quot; &auml;"_ns;
+    EXPECT_EQ(describe(text->stringWithUnescapedHtml()), "a <lt; >gt; &amp; \"quot; &auml;");
+    EXPECT_EQ(describe(text->stringWithUnescapedHtmlLTandGTandAMP()), "a <lt; >gt; &amp; &quot; &auml;");
+    EXPECT_EQ(describe(text->stringWithUnescapedHtmlQuotes()), "a &lt; &gt; &amp; \"quot; &auml;");
+    EXPECT_EQ(describe(text->stringWithUnescapedHtmlLT(NO, YES, NO, NO)), "a &lt; >gt; &amp; &quot; &auml;");
+}
+
+TEST_F(QBStringHTMLEscapingTest, WithNothingToReplaceTheReceiverComesBack) {
+    for (NSString *text : {"plain"_ns, ""_ns, static_cast<NSString *>(NSMutableString::stringWith("a;b"))}) {
+        EXPECT_EQ(text->stringWithEscapedHtml(), text);
+        EXPECT_EQ(text->stringWithEscapedHtmlQuotesSkipWith(&skipNothing, /*on=*/'a'), text);
+        EXPECT_EQ(text->stringWithUnescapedHtml(), text);
+    }
+    NSString *const text = "<&\""_ns;
+    EXPECT_EQ(text->stringWithEscapedHtmlLT(NO, NO, NO, NO, nullptr, 0), text);
+    NSString *const entity = "&amp;"_ns; // replaced by itself
+    EXPECT_NE(entity->stringWithUnescapedHtml(), entity);
+}
+
+TEST_F(QBStringHTMLEscapingTest, SkippedPartsStayAsTheyAre) {
+    EXPECT_EQ(escapedQuotes("\"[\"]\"[\"\"]x"), "&quot;[\"]&quot;[\"\"]x");
+    EXPECT_EQ(skipCalls, (std::vector<std::ptrdiff_t>{9, 5}));
+    EXPECT_EQ(escapedQuotes("\"[\"\""), "&quot;[\"\"");       // never closed: the function returns the end
+    EXPECT_EQ(escapedQuotes("[][\"]\""), "[][&quot;]&quot;"); // where escaping resumes nothing is skipped
+    EXPECT_EQ(skipCalls, (std::vector<std::ptrdiff_t>{6}));
+    EXPECT_EQ(escapedQuotes("[\"[\"]", &skipNothing), "[&quot;[&quot;]");
+    EXPECT_EQ(escapedQuotes("\"[\"]\"", &skipBeyondAnyEnd), "&quot;[\"]\"");
+    NSString *const quoteSkipsItself = "a\"<\""_ns;
+    EXPECT_EQ(describe(quoteSkipsItself->stringWithEscapedHtmlLT(YES, NO, NO, YES, &skipNothing, '"')),
+              "a&quot;&lt;&quot;");
+}
+
+TEST_F(QBStringHTMLEscapingTest, SkipFunctionGetsTheEndCountedInCharacters) {
+    EXPECT_EQ(escapedQuotes("\xC3\xA9[\"]\"."), "\xC3\xA9[\"]&quot;."); // 7 bytes, 6 characters
+    EXPECT_EQ(skipCalls, (std::vector<std::ptrdiff_t>{4}));
+    // Where the function returns that end, escaping ends, although a byte is left behind it.
+    EXPECT_EQ(escapedQuotes("\"\xC3\xA9[\"]\""), "&quot;\xC3\xA9[\"]\"");
+    // Behind that end it gets the real one, so that it never runs over.
+    EXPECT_EQ(escapedQuotes("\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9[\"]\""),
+              "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9[\"]&quot;");
+    EXPECT_EQ(skipCalls, (std::vector<std::ptrdiff_t>{4}));
+}
+
+TEST_F(QBStringHTMLEscapingTest, SelectorsReachTheOperations) {
+    EXPECT_EQ(describe(send<id>("<"_ns, "stringWithEscapedHtml"_sel)), "&lt;");
+    EXPECT_EQ(describe(send<id>("&lt;"_ns, "stringWithUnescapedHtmlLT:gt:amp:quot:"_sel, YES, NO, NO, NO)),
+              "<lt;");
+    EXPECT_EQ(
+        describe(send<id>("\"[\""_ns, "stringWithEscapedHtmlQuotesSkipWith:on:"_sel, &skipNothing, '[')),
+        "&quot;[&quot;");
+}

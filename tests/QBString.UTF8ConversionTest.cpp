@@ -1,0 +1,228 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBStringAdditions.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/CapturedOutput.h"
+#include "support/PoolFixture.h"
+
+#include <vector>
+
+using QBStringUTF8ConversionTest = PoolFixture;
+using namespace std::string_view_literals;
+
+namespace {
+
+constexpr const char *kPlace = "src/QBStringAdditions:1353";
+
+int lengthAt(const char *bytes, unsigned *codePoint = nullptr) {
+    return _getUtf8CharacterByteLength(reinterpret_cast<const unsigned char *>(bytes), codePoint);
+}
+
+NSString *string(std::string_view bytes) {
+    return NSString::stringWith(bytes);
+}
+
+// Sets the library's debug level in its scope.
+class DebugLevel {
+public:
+    explicit DebugLevel(int level) { debug = level; }
+    ~DebugLevel() { debug = 0; }
+};
+
+} // namespace
+
+TEST_F(QBStringUTF8ConversionTest, SequenceLengthChecksTheStructureOnly) {
+    struct Row {
+        const char *bytes;
+        int length;
+        unsigned codePoint;
+    };
+    const Row rows[] = {
+        {"", 0, 0},
+        {"a", 1, 'a'},
+        {"\x7F", 1, 0x7F},
+        {"\xC3\xA9", 2, 0xE9},
+        {"\xC0\x80", 2, 0}, // overlong
+        {"\xE2\x82\xAC", 3, 0x20AC},
+        {"\xED\xA0\x80", 3, 0xD800}, // a surrogate
+        {"\xF0\x9F\x98\x80", 4, 0x1F600},
+        {"\xF7\xBF\xBF\xBF", 4, 0x1FFFFF},
+        {"\xF8\x88\x80\x80\x80", 5, 0x200000},
+        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 0x7FFFFFFF},
+        {"\xC3", -1, 99},
+        {"\xC3x", -1, 99},
+        {"\xE2\x82", -1, 99},
+        {"\xFD\xBF\xBF\xBF\xBF", -1, 99},
+        {"\x80", -1, 99},
+        {"\xBF\xBF", -1, 99},
+        {"\xFE\xBF\xBF\xBF\xBF\xBF\xBF", -1, 99},
+        {"\xFF", -1, 99},
+    };
+    for (const Row &row : rows) {
+        unsigned codePoint = 99;
+        EXPECT_EQ(lengthAt(row.bytes, &codePoint), row.length) << row.bytes;
+        EXPECT_EQ(codePoint, row.codePoint) << row.bytes;
+        EXPECT_EQ(lengthAt(row.bytes), row.length);
+    }
+}
+
+TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstError) {
+    const char *const text = "a\xC3\xA9\xE2\x82\xACz";
+    const std::pair<int, int> rows[] = {{-1, 0}, {0, 0}, {1, 1}, {2, 3},
+                                        {3, 6},  {4, 7}, {5, 7}, {INT32_MAX, 7}};
+    for (const auto &[count, offset] : rows)
+        EXPECT_EQ(NSString::_indexOfUtf8Index(count, text), offset) << count;
+    EXPECT_EQ(NSString::_indexOfUtf8Index(3, ""), 0);
+    EXPECT_EQ(NSString::_indexOfUtf8Index(3, nullptr), 0);
+    EXPECT_EQ(NSString::_indexOfUtf8Index(2, "\xC3\xA9z\xFF"), 3); // the error lies behind it
+    ErrorExpectation error(100231);
+    EXPECT_EQ(NSString::_indexOfUtf8Index(3, "\xC3\xA9z\xFF"), 3);
+    EXPECT_EQ(error.values(), "3");
+    EXPECT_EQ(error.place(), kPlace);
+}
+
+TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
+    EXPECT_EQ(string("")->utf8CharCount(), 0);
+    EXPECT_EQ(string("a\xC3\xA9\xF0\x9F\x98\x80\0z"sv)->utf8CharCount(), 5);
+    EXPECT_EQ(string(std::string(100, 'a') + "\xFC\x84\x80\x80\x80\x80")->utf8CharCount(), 101);
+    string("a\xC3\xA9")->verifyUTF8();
+    {
+        ErrorExpectation error(100231);
+        EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2);
+        EXPECT_EQ(error.values(), "3");
+    }
+    ErrorExpectation error(100231);
+    send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel);
+    EXPECT_EQ(error.values(), "2");
+    EXPECT_EQ(error.place(), kPlace);
+}
+
+TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {
+    NSString *const text = string("a\xC3\xA9\xF0\x9F\x98\x80z\xFF");
+    struct Row {
+        int index, length;
+        std::string_view expected;
+    };
+    const Row rows[] = {
+        {0, 0, ""},  {99, 0, ""},          {0, 1, "a"}, {1, 2, "\xC3\xA9\xF0\x9F\x98\x80"},
+        {3, 1, "z"}, {-5, 2, "a\xC3\xA9"}, {0, -1, ""},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(describe(text->utf8SubstringFromIndex(row.index, row.length)), row.expected) << row.index;
+    EXPECT_EQ(describe(string("\xC3\xA9z")->utf8SubstringFromIndex(1, 100)), "z");
+    EXPECT_EQ(describe(string("\xC3\xA9z")->utf8SubstringFromIndex(5, 1)), "");
+}
+
+TEST_F(QBStringUTF8ConversionTest, SubstringOfMalformedTextIsEmptyAndItsErrorStandsBehindEarlierOnes) {
+    NSString *const text = string("a\xC3\xA9\xFFz");
+    for (const int index : {0, 4}) { // the error lies in what is taken, and in front of it
+        ErrorExpectation error(100231);
+        EXPECT_EQ(describe(text->utf8SubstringFromIndex(index, 3)), "");
+        EXPECT_EQ(error.values(), "3");
+    }
+    ERRORHANDLER->raiseErrorInFile("test", 1, 990001);
+    EXPECT_EQ(describe(text->utf8SubstringFromIndex(0, 2)), "a\xC3\xA9"); // an earlier error does not count
+    text->utf8SubstringFromIndex(0, 3);
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(990001, 100231)");
+    text->indexOfFirstCorruptUtf8Character();
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(990001, 100231)");
+    ERRORHANDLER->clearErrorStack();
+}
+
+TEST_F(QBStringUTF8ConversionTest, FirstCorruptAndFirstCorrectPositionLeaveNoTrace) {
+    struct Row {
+        std::string_view bytes;
+        int corrupt, correct;
+    };
+    const Row rows[] = {
+        {"", -1, 0},
+        {"a\xC3\xA9\0z"sv, -1, 0},
+        {"\xC0\x80\xED\xA0\x80", -1, 0},
+        {"ab\xC3", 2, 0},
+        {"\xA9\xC3\xA9", 0, 1},
+        {"\xE2\x82z", 0, 2},
+        {"\xFF\xFE\x80", 0, 3},
+    };
+    for (const Row &row : rows) {
+        EXPECT_EQ(string(row.bytes)->indexOfFirstCorruptUtf8Character(), row.corrupt) << row.bytes;
+        EXPECT_EQ(string(row.bytes)->indexOfFirstCorrectUtf8Character(), row.correct) << row.bytes;
+        EXPECT_EQ(ERRORHANDLER->errorState(), ERRORSTATE_OK);
+    }
+}
+
+TEST_F(QBStringUTF8ConversionTest, EachCharacterInAForbiddenRangeIsAnError) {
+    const NSRange ranges[] = {{'b', 2}, {0x20AC, 0}, {0xFFFFFF00, 0xFFFFFFFF}};
+    string("ae\xC3\xA9")->verifyUTF8WithInvalidRanges(ranges, 3);
+    string("b")->verifyUTF8WithInvalidRanges(nullptr, 3);
+    EXPECT_TRUE(recordingErrorHandler()->raised.empty());
+    string("bcde\xE2\x82\xAC")->verifyUTF8WithInvalidRanges(ranges, 3);
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100242, 100242, 100242, 100242)");
+    ERRORHANDLER->clearErrorStack();
+    {
+        ErrorExpectation error(100242);
+        NSString::verifyUTF8("\xE2\x82\xAC", ranges, 3);
+        EXPECT_EQ(error.values(), "8364");
+        EXPECT_EQ(error.place(), "src/QBStringAdditions:1539");
+    }
+    send<void>(NSString::cls(), "verifyUTF8:withInvalidRanges::"_sel, "d\xFFz", ranges, 3u);
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100231, 100242)"); // the walk ends at the malformed byte
+    ERRORHANDLER->clearErrorStack();
+}
+
+TEST_F(QBStringUTF8ConversionTest, CodePointsAreWrittenInOneWrite) {
+    class Recorder : public QBOutputStream {
+    public:
+        void _writeBuffer(const void *buffer, std::uint32_t length) override {
+            writes.emplace_back(static_cast<const char *>(buffer), length);
+        }
+        std::vector<std::string> writes;
+    };
+    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
+    for (const std::int32_t codePoint : {-1, 0, 0x7F, 0x80, 0x7FF, 0x800, 0x20AC, 0xFFFF, 0x10000, 0x1FFFFF,
+                                         0x200000, 0x3FFFFFF, 0x4000000, INT32_MAX, INT32_MIN})
+        NSString::writeUtf8CharForUnicodePos(codePoint, stream);
+    const std::vector<std::string> expected = {std::string(1, '\0'),
+                                               "\x7F",
+                                               "\xC2\x80",
+                                               "\xDF\xBF",
+                                               "\xE0\xA0\x80",
+                                               "\xE2\x82\xAC",
+                                               "\xEF\xBF\xBF",
+                                               "\xF0\x90\x80\x80",
+                                               "\xF7\xBF\xBF\xBF",
+                                               "\xF8\x88\x80\x80\x80",
+                                               "\xFB\xBF\xBF\xBF\xBF",
+                                               "\xFC\x84\x80\x80\x80\x80",
+                                               "\xFD\xBF\xBF\xBF\xBF\xBF"};
+    EXPECT_EQ(stream->writes, expected);
+}
+
+TEST_F(QBStringUTF8ConversionTest, DebugLevelShowsTheBytesAroundTheError) {
+    struct Row {
+        std::string_view text;
+        std::size_t offset;
+        const char *shown;
+    };
+    const Row rows[] = {
+        {"0123456789abcdef\xFFghijklmnop", 16, "6789abcdef\xFFghijklmno\n          ^\n"},
+        {"ab\xFF", 2, "ab\xFF\n  ^\n"},
+        {"\xFF", 0, "\xFF\n^\n"},
+    };
+    const DebugLevel level(1);
+    for (const Row &row : rows) {
+        ErrorExpectation error(100231);
+        CapturedOutput output;
+        _raiseUtf8ErrorInString(row.text.data(), row.text.data() + row.offset);
+        EXPECT_EQ(output.end(), "Error in UTF-8 string:\n" + std::string(row.shown));
+        EXPECT_EQ(error.values(), std::to_string(row.offset));
+        EXPECT_EQ(error.place(), kPlace);
+    }
+    debug = 0;
+    ErrorExpectation error(100231);
+    CapturedOutput output;
+    string("ab\xFF")->verifyUTF8();
+    EXPECT_EQ(output.end(), "");
+}
