@@ -1,9 +1,11 @@
 #include "Runtime/ClassRegistry.h"
 
+#include <QBFoundation/Foundation/NSArchiver.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -14,10 +16,12 @@
 #include <QBFoundation/Foundation/NSProcessInfo.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
+#include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
@@ -32,8 +36,8 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
-#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
@@ -50,9 +54,11 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
     static constexpr ListedClass classes[] = {
         {"Class", &Class::cls},
         {"IdCreator", &IdCreator::cls},
+        {"NSArchiver", &NSArchiver::cls},
         {"NSArray", &NSArray::cls},
         {"NSAutoreleasePool", &NSAutoreleasePool::cls},
         {"NSCalendarDate", &NSCalendarDate::cls},
+        {"NSCoder", &NSCoder::cls},
         {"NSCharacterSet", &NSCharacterSet::cls},
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
@@ -60,6 +66,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSFileManager", &NSFileManager::cls},
         {"NSInvocation", &NSInvocation::cls},
+        {"NSKeyedArchiver", &NSKeyedArchiver::cls},
+        {"NSKeyedUnarchiver", &NSKeyedUnarchiver::cls},
         {"NSLongLongNumber", &NSLongLongNumber::cls},
         {"NSMutableArray", &NSMutableArray::cls},
         {"NSMutableData", &NSMutableData::cls},
@@ -72,6 +80,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSSet", &NSSet::cls},
         {"NSString", &NSString::cls},
         {"NSTimeZone", &NSTimeZone::cls},
+        {"NSUnarchiver", &NSUnarchiver::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
@@ -79,6 +88,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSProcess", &OSProcess::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
+        {"NSValue", &NSValue::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBool", &QBBool::cls},

@@ -36,6 +36,7 @@ constexpr int kErrorMalformedPropertyList = 900001;
 constexpr int kErrorMalformedArchive = 900002;
 constexpr int kErrorTooDeep = 900003;
 constexpr int kErrorMalformedPropertyListFile = 900004;
+constexpr int kErrorCannotArchive = 900005;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
@@ -64,6 +65,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorTooDeep, "depth", "A value could not be written because it is nested more than %d levels deep."},
     {kErrorMalformedPropertyListFile, "path, line, column, what was expected",
      "The property list in the file '%s' is malformed in line %d, column %d: expected %s."},
+    {kErrorCannotArchive, "what is wrong", "The object could not be archived: %s."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

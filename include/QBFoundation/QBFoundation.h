@@ -3,10 +3,12 @@
 #define QBFOUNDATION_QBFOUNDATION_H
 
 #include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSArchiver.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSCharacterSet.h>
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -20,10 +22,11 @@
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
+#include <QBFoundation/Foundation/NSUnarchiver.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
@@ -35,11 +38,12 @@
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>
-#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
+#include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>

@@ -67,9 +67,9 @@ private:
         id a, b;
         ContainerKind kind;
         Phase phase = Phase::element;
-        std::uint32_t index = 0;                     // of the element or entry of `a`
-        std::uint32_t place = 0;                     // where to look for the next candidate
-        const HashTable::Entry *candidate = nullptr; // the entry of `b` whose key may be equal
+        std::uint32_t index = 0;     // of the element or entry of `a`
+        std::uint32_t place = 0;     // where to look for the next candidate
+        std::uint32_t candidate = 0; // the entry of `b` whose key may be equal
     };
 
     Verdict compare(id a, id b) {
@@ -119,6 +119,7 @@ private:
 
     Verdict goOnInTable(Pair &pair, Verdict last) {
         const HashTable &a = tableOf(pair.a, pair.kind);
+        const HashTable &b = tableOf(pair.b, pair.kind);
         for (;;) {
             if (pair.phase == Phase::value) {
                 if (last == Verdict::different)
@@ -130,13 +131,12 @@ private:
                 ++pair.index;
             if (a.begin() + pair.index >= a.end())
                 return Verdict::equal;
-            const HashTable::Entry entry = a.begin()[pair.index];
             const bool isFound = pair.phase == Phase::key && last == Verdict::equal;
-            if (const Verdict verdict = isFound ? last : findKey(pair, entry.key); verdict != Verdict::equal)
+            if (const Verdict verdict = isFound ? last : findKey(pair, entryAt(a, pair.index).key, b);
+                verdict != Verdict::equal)
                 return verdict;
             pair.phase = Phase::value;
-            last = pair.kind == ContainerKind::set ? Verdict::equal
-                                                   : compare(entry.value, pair.candidate->value);
+            last = compareValues(pair.kind, entryAt(a, pair.index), entryAt(b, pair.candidate));
             if (last != Verdict::equal)
                 return last;
         }
@@ -144,21 +144,38 @@ private:
 
     // Looks for the entry of `b` whose key is equal. Keys that are containers are compared here one by one,
     // as the table would ask them for `isEqual:`, which begins a walk of its own.
-    Verdict findKey(Pair &pair, id key) {
-        const HashTable &b = tableOf(pair.b, pair.kind);
+    Verdict findKey(Pair &pair, id key, const HashTable &b) {
         if (containerKindOf(key) == ContainerKind::none) {
-            pair.candidate = b.find(key);
-            return pair.candidate ? Verdict::equal : Verdict::different;
+            const HashTable::Entry *const entry = b.find(key);
+            pair.candidate = indexOf(entry, b);
+            return entry ? Verdict::equal : Verdict::different;
         }
         if (pair.phase == Phase::element)
             pair.place = 0;
         pair.phase = Phase::key;
-        while ((pair.candidate = b.nextWithHash(key->hash(), pair.place))) {
-            const Verdict verdict = compare(key, pair.candidate->key);
+        while (const HashTable::Entry *const entry = b.nextWithHash(key->hash(), pair.place)) {
+            pair.candidate = indexOf(entry, b);
+            const Verdict verdict = compare(key, entry->key);
             if (verdict != Verdict::different)
                 return verdict;
         }
         return Verdict::different;
+    }
+
+    Verdict compareValues(ContainerKind kind, const HashTable::Entry &a, const HashTable::Entry &b) {
+        if (kind == ContainerKind::set)
+            return Verdict::equal;
+        return a.value && b.value ? compare(a.value, b.value) : Verdict::different;
+    }
+
+    static std::uint32_t indexOf(const HashTable::Entry *entry, const HashTable &table) {
+        return entry ? static_cast<std::uint32_t>(entry - table.begin()) : 0;
+    }
+
+    // Returns the entry as it is now: a comparison is code that may have changed the table.
+    static HashTable::Entry entryAt(const HashTable &table, std::uint32_t index) {
+        return table.begin() + index < table.end() ? table.begin()[index]
+                                                   : HashTable::Entry{nullptr, nullptr};
     }
 
     std::vector<Pair> open_; // the outermost first

@@ -1,5 +1,9 @@
 #include "Foundation/FileContents.h"
 
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBErrorHandler.h>
+
 #include "System/Descriptor.h"
 
 #include <algorithm>

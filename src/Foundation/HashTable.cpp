@@ -3,6 +3,8 @@
 #include <QBFoundation/Foundation/NSException.h>
 
 #include "Foundation/Buffer.h"
+#include "Foundation/PlainString.h"
+#include "Text/Bytes.h"
 
 #include <algorithm>
 #include <bit>
@@ -19,8 +21,15 @@ std::uint32_t slotsFor(std::uint32_t capacity) {
     return std::bit_ceil(capacity + capacity / 2 + 1);
 }
 
-bool equalKeys(const NSObject *a, NSObject *b) {
-    return a == b || a->isEqual(b);
+std::uint32_t hashOf(const NSObject *key) {
+    return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
+}
+
+// Whether two strings have the same bytes, without a call for the short ones that keys mostly are.
+bool haveEqualBytes(const NSString *a, const NSString *b) {
+    const std::string_view left = a->view();
+    const std::string_view right = b->view();
+    return left.size() == right.size() && text::areEqual(left.data(), right.data(), left.size());
 }
 
 } // namespace
@@ -33,20 +42,33 @@ std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t slots) {
     return capacity * sizeof(Entry) + slots * sizeof(Slot);
 }
 
-HashTable::Slot *HashTable::slotOf(const NSObject *key, std::uint32_t hash) const {
-    for (std::uint32_t i = hash & mask_; slots_[i].entry; i = (i + 1) & mask_) {
-        const Slot &slot = slots_[i];
-        if (slot.hash == hash && slot.entry != kRemoved && equalKeys(key, entries_[slot.entry - 1].key))
-            return &slots_[i];
+// Returns the slot of the key with that hash which `isEqual` takes, else the empty one where it would be
+// looked for last.
+template <class IsEqual>
+HashTable::Slot *HashTable::slotWith(std::uint32_t hash, IsEqual isEqual) const {
+    for (std::uint32_t i = hash & mask_;; i = (i + 1) & mask_) {
+        Slot &slot = slots_[i];
+        if (!slot.entry ||
+            (slot.hash == hash && slot.entry != kRemoved && isEqual(entries_[slot.entry - 1].key)))
+            return &slot;
     }
-    return nullptr;
+}
+
+HashTable::Slot *HashTable::slotOf(const NSObject *key, std::uint32_t hash) const {
+    if (!isPlainString(key))
+        return slotWith(hash, [key](NSObject *other) { return other == key || key->isEqual(other); });
+    return slotWith(hash, [string = static_cast<const NSString *>(key)](NSObject *other) {
+        return other == string ||
+               (isPlainString(other) ? haveEqualBytes(string, static_cast<NSString *>(other))
+                                     : string->isEqual(other));
+    });
 }
 
 HashTable::Entry *HashTable::find(const NSObject *key) const {
     if (count_ == 0)
         return nullptr;
-    const Slot *slot = slotOf(key, key->hash());
-    return slot ? &entries_[slot->entry - 1] : nullptr;
+    const Slot *slot = slotOf(key, hashOf(key));
+    return slot->entry ? &entries_[slot->entry - 1] : nullptr;
 }
 
 HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {
@@ -70,22 +92,32 @@ void HashTable::enter(std::uint32_t hash, std::uint32_t entry) noexcept {
 }
 
 HashTable::Entry &HashTable::entryFor(NSObject *key) {
-    const std::uint32_t hash = key->hash();
-    if (count_ != 0)
-        if (const Slot *slot = slotOf(key, hash))
-            return entries_[slot->entry - 1];
-    if (used_ == capacity_)
+    const std::uint32_t hash = hashOf(key);
+    Slot *slot = entries_ ? slotOf(key, hash) : nullptr;
+    if (slot && slot->entry)
+        return entries_[slot->entry - 1];
+    if (used_ == capacity_) {
         rebuild(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2);
+        slot = slotWith(hash, [](NSObject *) { return false; });
+    }
     entries_[used_] = {key, nullptr};
     key->retain();
-    enter(hash, ++used_);
+    *slot = {hash, ++used_};
     ++count_;
     return entries_[used_ - 1];
 }
 
+HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
+    if (dispatchKey(key) == plainStringKeys[0]) // its copy is itself
+        return entryFor(key);
+    if (Entry *const entry = find(key))
+        return *entry;
+    return entryFor(key->copy().get());
+}
+
 bool HashTable::remove(const NSObject *key) {
-    Slot *const slot = count_ == 0 ? nullptr : slotOf(key, key->hash());
-    if (!slot)
+    Slot *const slot = count_ == 0 ? nullptr : slotOf(key, hashOf(key));
+    if (!slot || !slot->entry)
         return false;
     Entry &entry = entries_[slot->entry - 1];
     const Entry removed = entry;
@@ -155,7 +187,7 @@ void HashTable::rebuild(std::uint32_t capacity) {
         if (oldEntries[i].key) {
             entries_[kept++] = oldEntries[i];
             if (hasHoles)
-                enter(oldEntries[i].key->hash(), kept);
+                enter(hashOf(oldEntries[i].key), kept);
         }
     if (!hasHoles)
         for (std::uint32_t i = 0; i <= oldMask; ++i)

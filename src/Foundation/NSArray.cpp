@@ -1,17 +1,20 @@
 #include <QBFoundation/Foundation/NSArray.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/Buffer.h"
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/NSArray.Tables.h"
 #include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 
 #include <algorithm>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -28,6 +31,12 @@ std::span<const id> viewOf(NSArray *array) {
 void copyElements(id *target, std::span<const id> elements) {
     for (id element : elements)
         *target++ = element->retain();
+}
+
+std::span<const id> viewOf(const id *objects, std::uint32_t count) {
+    if (!objects && count != 0)
+        throw InvalidArgumentException("NSArray initWithObjects:count: must have objects that are not NULL.");
+    return {objects, count};
 }
 
 std::vector<id> objectsOf(const qb::ArgList &objects) {
@@ -49,11 +58,21 @@ NSArray *arrayWithObjectsOfClass(Class *asked, const qb::ArgList &objects) {
 NSArray *arrayWithArrayOfClass(Class *asked, NSArray *other) {
     return NSArray::initOfClass(asked, viewOf(other)).autorelease();
 }
+NSArray *arrayWithObjectsCountOfClass(Class *asked, const id *objects, std::uint32_t count) {
+    return NSArray::initOfClass(asked, viewOf(objects, count)).autorelease();
+}
 Ref<NSArray> initEmptyOfClass(Class *asked) {
     return NSArray::initOfClass(asked, {});
 }
 Ref<NSArray> initWithArrayOfClass(Class *asked, NSArray *other) {
     return NSArray::initOfClass(asked, viewOf(other));
+}
+Ref<NSArray> initWithArrayCopyItemsOfClass(Class *asked, NSArray *other, BOOL copyItems) {
+    const Ref<NSArray> elements = NSArray::initWithArray(other, copyItems);
+    return asked == NSArray::cls() ? elements : NSArray::initOfClass(asked, elements->view());
+}
+Ref<NSArray> initWithObjectsCountOfClass(Class *asked, const id *objects, std::uint32_t count) {
+    return NSArray::initOfClass(asked, viewOf(objects, count));
 }
 Ref<NSArray> initWithObjectsOfClass(Class *asked, const qb::ArgList &objects) {
     return NSArray::initOfClass(asked, objectsOf(objects));
@@ -66,21 +85,35 @@ Class *NSArray::cls() {
         qb::classMethod<"array">(&arrayOfClass),
         qb::classMethod<"arrayWithObject:">(&arrayWithObjectOfClass),
         qb::classMethod<"arrayWithObjects:">(&arrayWithObjectsOfClass),
+        qb::classMethod<"arrayWithObjects:count:">(&arrayWithObjectsCountOfClass),
         qb::classMethod<"arrayWithArray:">(&arrayWithArrayOfClass),
         qb::classMethod<"init">(&initEmptyOfClass),
         qb::classMethod<"initWithArray:">(&initWithArrayOfClass),
+        qb::classMethod<"initWithArray:copyItems:">(&initWithArrayCopyItemsOfClass),
         qb::classMethod<"initWithObjects:">(&initWithObjectsOfClass),
+        qb::classMethod<"initWithObjects:count:">(&initWithObjectsCountOfClass),
         qb::method<"count">(&NSArray::count),
         qb::method<"objectAtIndex:">(&NSArray::objectAtIndex),
+        qb::method<"firstObject">(&NSArray::firstObject),
         qb::method<"lastObject">(&NSArray::lastObject),
         qb::method<"objectEnumerator">(&NSArray::objectEnumerator),
         qb::method<"reverseObjectEnumerator">(&NSArray::reverseObjectEnumerator),
         qb::method<"containsObject:">(&NSArray::containsObject),
+        qb::method<"getObjects:", void(id *)>(&NSArray::getObjects),
+        qb::method<"getObjects:range:", void(id *, NSRange)>(&NSArray::getObjects),
         qb::method<"indexOfObject:", std::uint32_t(id)>(&NSArray::indexOfObject),
+        qb::method<"indexOfObject:inRange:", std::uint32_t(id, NSRange)>(&NSArray::indexOfObject),
+        qb::method<"indexOfObjectIdenticalTo:", std::uint32_t(id)>(&NSArray::indexOfObjectIdenticalTo),
+        qb::method<"indexOfObjectIdenticalTo:inRange:", std::uint32_t(id, NSRange)>(
+            &NSArray::indexOfObjectIdenticalTo),
         qb::method<"isEqualToArray:">(&NSArray::isEqualToArray),
+        qb::initialiser<"initWithCoder:">(&NSArray::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSArray::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSArray", NSObject::cls(), {methods, qb::tables::arrayPropertyListFile()},
+        new Class("NSArray", NSObject::cls(),
+                  {methods, qb::tables::arrayDerivation(), qb::tables::arrayOrder(),
+                   qb::tables::arrayPropertyListFile()},
                   qb::construct<NSArray>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
@@ -141,6 +174,16 @@ Ref<NSArray> NSArray::initWithArray(NSArray *other) {
     return initWith(viewOf(other));
 }
 
+Ref<NSArray> NSArray::initWithArray(NSArray *other, BOOL copyItems) {
+    if (!copyItems || !other)
+        return initWithArray(other);
+    std::vector<Ref<NSObject>> copies;
+    std::vector<id> elements;
+    for (id element : *other)
+        elements.push_back(copies.emplace_back(element->copy()));
+    return initWith(elements);
+}
+
 NSArray *NSArray::arrayWithArray(NSArray *other) {
     return initWithArray(other).autorelease();
 }
@@ -152,13 +195,50 @@ id NSArray::objectAtIndex(std::uint32_t index) const {
     return elements_[index];
 }
 
+void NSArray::requireRange(const NSArray *array, NSRange range, const char *selector) {
+    if (NSMaxRange(range) > array->count_)
+        throw NSRangeException(std::string(array->classObject()->nameView()) + " " + selector +
+                               " must have a range inside the " + std::to_string(array->count_) +
+                               " elements.");
+}
+
+void NSArray::getObjects(id *buffer) const {
+    getObjects(buffer, {0, count_});
+}
+
+void NSArray::getObjects(id *buffer, NSRange range) const {
+    requireRange(this, range, "getObjects:range:");
+    if (!buffer && range.length != 0)
+        throw InvalidArgumentException("NSArray getObjects:range: must have a buffer that is not NULL.");
+    std::copy_n(elements_ + range.location, range.length, buffer);
+}
+
+// --- Searching ---
+
 std::uint32_t NSArray::indexOfObject(id object) const {
+    return indexOfObject(object, {0, count_});
+}
+
+std::uint32_t NSArray::indexOfObject(id object, NSRange inRange) const {
+    requireRange(this, inRange, "indexOfObject:inRange:");
     if (!object)
         return NSNotFound;
-    for (std::uint32_t i = 0; i < count_; ++i)
+    for (std::uint32_t i = inRange.location; i < NSMaxRange(inRange) && i < count_; ++i)
         if (elements_[i] == object || object->isEqual(elements_[i]))
             return i;
     return NSNotFound;
+}
+
+std::uint32_t NSArray::indexOfObjectIdenticalTo(id object) const {
+    return indexOfObjectIdenticalTo(object, {0, count_});
+}
+
+std::uint32_t NSArray::indexOfObjectIdenticalTo(id object, NSRange inRange) const {
+    requireRange(this, inRange, "indexOfObjectIdenticalTo:inRange:");
+    const auto elements = view().subspan(inRange.location, inRange.length);
+    const auto place = std::find(elements.begin(), elements.end(), object);
+    return place == elements.end() ? NSNotFound
+                                   : inRange.location + static_cast<std::uint32_t>(place - elements.begin());
 }
 
 // --- Enumeration ---

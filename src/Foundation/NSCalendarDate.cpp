@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -62,6 +63,8 @@ Class *NSCalendarDate::cls() {
         qb::method<"years:months:days:hours:minutes:seconds:sinceDate:">(&NSCalendarDate::years),
         qb::method<"descriptionWithCalendarFormat:", NSString *(NSString *)>(
             &NSCalendarDate::descriptionWithCalendarFormat),
+        qb::initialiser<"initWithCoder:">(&NSCalendarDate::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSCalendarDate::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSCalendarDate", NSDate::cls(), {methods, qb::tables::calendarDateISODateTime()},

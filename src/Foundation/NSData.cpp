@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSData.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -24,11 +25,20 @@ Class *NSData::cls() {
     static const qb::Method methods[] = {
         qb::maker<"data">(&NSData::setUp),
         qb::maker<"dataWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::maker<"dataWithData:">(&NSData::setUpWithData),
+        qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::maker<"dataWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
+        qb::initialiser<"initWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::method<"bytes">(&NSData::bytes),
         qb::method<"length">(&NSData::length),
-        qb::method<"getBytes:range:">(&NSData::getBytes),
+        qb::method<"getBytes:", void(void *)>(&NSData::getBytes),
+        qb::method<"getBytes:length:", void(void *, std::uint32_t)>(&NSData::getBytes),
+        qb::method<"getBytes:range:", void(void *, NSRange)>(&NSData::getBytes),
+        qb::method<"subdataWithRange:">(&NSData::subdataWithRange),
         qb::method<"isEqualToData:">(&NSData::isEqualToData),
+        qb::initialiser<"initWithCoder:">(&NSData::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSData::encodeWithCoder),
     };
     static Class *const self = new Class(
         "NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList(), qb::tables::dataFile()},
@@ -54,8 +64,12 @@ Ref<NSData> NSData::initWith(std::span<const std::byte> bytes) {
     return initWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 
+Ref<NSData> NSData::initWithData(NSData *other) {
+    return other ? other->copy() : init();
+}
+
 NSData *NSData::dataWithData(NSData *other) {
-    return (other ? other->copy() : init()).autorelease();
+    return initWithData(other).autorelease();
 }
 
 BOOL NSData::setUpWithBytes(const void *bytes, std::uint32_t length) {
@@ -64,6 +78,10 @@ BOOL NSData::setUpWithBytes(const void *bytes, std::uint32_t length) {
     if (length != 0)
         append(bytes, length);
     return YES;
+}
+
+BOOL NSData::setUpWithData(NSData *other) {
+    return !other || setUpWithBytes(other->bytes(), other->length());
 }
 
 void NSData::reserve(std::uint64_t capacity) {
@@ -78,25 +96,47 @@ void NSData::reserve(std::uint64_t capacity) {
     capacity_ = static_cast<std::uint32_t>(capacity);
 }
 
+void NSData::reserveGrowing(std::uint64_t length) {
+    if (length > capacity_)
+        reserve(std::max(length, std::min<std::uint64_t>(capacity_ * std::uint64_t{2}, kLongestData)));
+}
+
 void NSData::append(const void *bytes, std::uint32_t length) {
     if (length == 0)
         return;
     const auto *source = static_cast<const std::byte *>(bytes);
     const bool isOwnPart = source >= bytes_ && source < bytes_ + length_;
     const std::size_t ownOffset = isOwnPart ? static_cast<std::size_t>(source - bytes_) : 0;
-    const std::uint64_t needed = std::uint64_t{length_} + length;
-    if (needed > capacity_)
-        reserve(std::max(needed, std::min<std::uint64_t>(capacity_ * std::uint64_t{2}, kLongestData)));
+    reserveGrowing(std::uint64_t{length_} + length);
     std::memmove(bytes_ + length_, isOwnPart ? bytes_ + ownOffset : source, length);
     length_ += length;
 }
 
-void NSData::getBytes(void *buffer, NSRange range) const {
+void NSData::requireRange(NSRange range, const char *selector) const {
     if (NSMaxRange(range) > length_)
-        throw NSRangeException("NSData getBytes:range: must have a range inside the " +
-                               std::to_string(length_) + " bytes.");
+        throw NSRangeException(std::string(classObject()->nameView()) + " " + selector +
+                               " must have a range inside the " + std::to_string(length_) + " bytes.");
+}
+
+void NSData::getBytes(void *buffer) const {
+    getBytes(buffer, {0, length_});
+}
+
+void NSData::getBytes(void *buffer, std::uint32_t length) const {
+    getBytes(buffer, {0, std::min(length, length_)});
+}
+
+void NSData::getBytes(void *buffer, NSRange range) const {
+    requireRange(range, "getBytes:range:");
+    if (!buffer && range.length != 0)
+        throw InvalidArgumentException("NSData getBytes:range: must have a buffer that is not NULL.");
     if (range.length != 0)
         std::memcpy(buffer, bytes_ + range.location, range.length);
+}
+
+NSData *NSData::subdataWithRange(NSRange range) const {
+    requireRange(range, "subdataWithRange:");
+    return dataWith(view().subspan(range.location, range.length));
 }
 
 BOOL NSData::isEqual(id other) const {
@@ -133,35 +173,4 @@ Ref<NSData> NSData::copy() const {
 
 Ref<NSMutableData> NSData::mutableCopy() const {
     return NSMutableData::initWithBytes(bytes_, length_);
-}
-
-Class *NSMutableData::cls() {
-    static const qb::Method methods[] = {
-        qb::method<"appendBytes:length:">(&NSMutableData::appendBytes),
-        qb::method<"appendData:">(&NSMutableData::appendData),
-    };
-    static Class *const self =
-        new Class("NSMutableData", NSData::cls(), {methods}, qb::construct<NSMutableData>);
-    return self;
-}
-
-Ref<NSMutableData> NSMutableData::init() {
-    return Ref<NSMutableData>::adopt(new NSMutableData);
-}
-
-Ref<NSMutableData> NSMutableData::initWithBytes(const void *bytes, std::uint32_t length) {
-    return qb::init<NSMutableData>(&NSMutableData::setUpWithBytes, bytes, length);
-}
-
-NSMutableData *NSMutableData::dataWithData(NSData *other) {
-    return (other ? other->mutableCopy() : init()).autorelease();
-}
-
-void NSMutableData::appendData(NSData *other) {
-    if (other)
-        append(other->bytes_, other->length_);
-}
-
-Ref<NSObject> NSMutableData::copyWithZone(void *) const {
-    return NSData::initWithBytes(bytes_, length_);
 }

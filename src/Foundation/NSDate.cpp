@@ -1,6 +1,7 @@
 #include <QBFoundation/Foundation/NSDate.h>
 
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -81,6 +82,8 @@ Class *NSDate::cls() {
         qb::method<"laterDate:">(&NSDate::laterDate),
         qb::method<"descriptionWithCalendarFormat:timeZone:locale:">(&NSDate::descriptionWithCalendarFormat),
         qb::method<"dateWithCalendarFormat:timeZone:">(&NSDate::dateWithCalendarFormat),
+        qb::initialiser<"initWithCoder:">(&NSDate::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSDate::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSDate", NSObject::cls(), methods, qb::construct<NSDate>, {"NSCopying", "NSCoding"});

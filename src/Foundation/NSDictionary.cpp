@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -7,23 +8,39 @@
 #include "Foundation/DeepWalk.h"
 #include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Sort.h"
 
 #include <string>
 #include <utility>
+#include <vector>
 
 Class *NSDictionary::cls() {
     static const qb::Method methods[] = {
         qb::maker<"dictionary">(&NSDictionary::setUp),
         qb::maker<"dictionaryWithObject:forKey:">(&NSDictionary::setUpWithObjectForKey),
         qb::maker<"dictionaryWithDictionary:">(&NSDictionary::setUpWithDictionary),
+        qb::maker<"dictionaryWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
+        qb::maker<"dictionaryWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
+        qb::maker<"dictionaryWithObjectsAndKeys:">(&NSDictionary::setUpWithObjectsAndKeys),
         qb::initialiser<"initWithDictionary:">(&NSDictionary::setUpWithDictionary),
+        qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
+        qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
+        qb::initialiser<"initWithDictionary:copyItems:">(&NSDictionary::setUpWithCopies),
+        qb::initialiser<"initWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
+        qb::initialiser<"initWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
+        qb::initialiser<"initWithObjectsAndKeys:">(&NSDictionary::setUpWithObjectsAndKeys),
         qb::method<"count">(&NSDictionary::count),
         qb::method<"objectForKey:">(&NSDictionary::objectForKey),
+        qb::method<"objectsForKeys:notFoundMarker:">(&NSDictionary::objectsForKeys),
+        qb::method<"allKeysForObject:">(&NSDictionary::allKeysForObject),
+        qb::method<"keysSortedByValueUsingSelector:">(&NSDictionary::keysSortedByValueUsingSelector),
         qb::method<"allKeys">(&NSDictionary::allKeys),
         qb::method<"allValues">(&NSDictionary::allValues),
         qb::method<"keyEnumerator">(&NSDictionary::keyEnumerator),
         qb::method<"objectEnumerator">(&NSDictionary::objectEnumerator),
         qb::method<"isEqualToDictionary:">(&NSDictionary::isEqualToDictionary),
+        qb::initialiser<"initWithCoder:">(&NSDictionary::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSDictionary::encodeWithCoder),
     };
     static Class *const self =
         new Class("NSDictionary", NSObject::cls(), {methods, qb::tables::dictionaryPropertyListFile()},
@@ -35,14 +52,12 @@ void NSDictionary::store(id key, id value) {
     if (!key || !value)
         throw InvalidArgumentException(
             "NSMutableDictionary setObject:forKey: must have an object and a key that are not nil.");
-    qb::HashTable::Entry *entry = table_.find(key);
-    if (!entry) {
-        const Ref<NSObject> copy = key->copy();
-        entry = &table_.entryFor(copy.get());
+    const std::uint32_t before = table_.count();
+    qb::HashTable::Entry &entry = table_.entryForCopyOf(key);
+    if (table_.count() != before)
         ++mutations_;
-    }
     value->retain();
-    if (const id old = std::exchange(entry->value, value))
+    if (const id old = std::exchange(entry.value, value))
         old->release();
 }
 
@@ -57,12 +72,56 @@ Ref<NSDictionary> NSDictionary::initWithDictionary(NSDictionary *other) {
     return qb::init<NSDictionary>(&NSDictionary::setUpWithDictionary, other);
 }
 
+Ref<NSDictionary> NSDictionary::initWithDictionary(NSDictionary *other, BOOL copyItems) {
+    return qb::init<NSDictionary>(&NSDictionary::setUpWithCopies, other, copyItems);
+}
+
+Ref<NSDictionary> NSDictionary::initWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
+    return qb::init<NSDictionary>(&NSDictionary::setUpWithObjectsForKeys, objects, forKeys);
+}
+
+Ref<NSDictionary> NSDictionary::initWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                       std::uint32_t count) {
+    return qb::init<NSDictionary>(&NSDictionary::setUpWithBuffers, objects, forKeys, count);
+}
+
 BOOL NSDictionary::setUpWithDictionary(NSDictionary *other) {
+    return setUpWithCopies(other, /*copyItems=*/NO);
+}
+
+BOOL NSDictionary::setUpWithCopies(NSDictionary *other, BOOL copyItems) {
     if (!other)
         return YES;
     table_.reserve(other->count());
     for (const auto &[key, value] : *other)
-        store(key, value);
+        store(key, copyItems ? value->copy().autorelease() : value);
+    return YES;
+}
+
+BOOL NSDictionary::setUpWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
+    const std::uint32_t count = objects ? objects->count() : 0;
+    if (count != (forKeys ? forKeys->count() : 0))
+        throw InvalidArgumentException(
+            "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
+    return count == 0 || setUpWithBuffers(objects->view().data(), forKeys->view().data(), count);
+}
+
+BOOL NSDictionary::setUpWithBuffers(const id *objects, const id *forKeys, std::uint32_t count) {
+    if (count != 0 && (!objects || !forKeys))
+        throw InvalidArgumentException(
+            "NSDictionary initWithObjects:forKeys:count: must have objects and keys that are not NULL.");
+    table_.reserve(count);
+    for (std::uint32_t i = 0; i < count; ++i)
+        store(forKeys[i], objects[i]);
+    return YES;
+}
+
+BOOL NSDictionary::setUpWithObjectsAndKeys(const qb::ArgList &objectsAndKeys) {
+    if (objectsAndKeys.count() % 2 != 0)
+        throw InvalidArgumentException(
+            "NSDictionary initWithObjectsAndKeys: must have a key behind each object.");
+    for (std::uint32_t i = 0; i < objectsAndKeys.count(); i += 2)
+        store(objectsAndKeys[i + 1].as<id>(), objectsAndKeys[i].as<id>());
     return YES;
 }
 
@@ -88,6 +147,39 @@ NSArray *NSDictionary::allValues() const {
     for (const auto &[key, value] : *this)
         values->addObject(value);
     return values.autorelease();
+}
+
+NSArray *NSDictionary::objectsForKeys(NSArray *keys, id notFoundMarker) const {
+    auto objects = NSMutableArray::initWithCapacity(keys ? keys->count() : 0);
+    for (std::uint32_t i = 0; keys && i < keys->count(); ++i) {
+        const id object = objectForKey(keys->objectAtIndex(i));
+        objects->addObject(object ? object : notFoundMarker);
+    }
+    return objects.autorelease();
+}
+
+NSArray *NSDictionary::allKeysForObject(id object) const {
+    NSMutableArray *const keys = NSMutableArray::array();
+    for (const auto &[key, value] : *this)
+        if (value == object || (object && object->isEqual(value)))
+            keys->addObject(key);
+    return keys;
+}
+
+NSArray *NSDictionary::keysSortedByValueUsingSelector(SEL comparator) const {
+    const Ref<NSArray> keys = allKeys(); // retained, whatever a comparison does to the dictionary
+    const Ref<NSArray> values = allValues();
+    std::vector<Pair> entries;
+    for (std::uint32_t i = 0; i < keys->count(); ++i)
+        entries.emplace_back(keys->view()[i], values->view()[i]);
+    std::vector<Pair> buffer(entries.size());
+    qb::mergeSort(std::span(entries), std::span(buffer), [=](const Pair &a, const Pair &b) {
+        return qb::compareByMessage(a.second, comparator, b.second) > 0;
+    });
+    auto sorted = NSMutableArray::initWithCapacity(keys->count());
+    for (const auto &[key, value] : entries)
+        sorted->addObject(key);
+    return sorted.autorelease();
 }
 
 // --- Enumeration ---
@@ -147,55 +239,4 @@ Ref<NSMutableDictionary> NSDictionary::mutableCopy() const {
 void NSDictionary::throwMutated() {
     throw InvalidUseOfMethodException(
         "NSDictionary nextObject must have a dictionary that was not changed meanwhile.");
-}
-
-Class *NSMutableDictionary::cls() {
-    static const qb::Method methods[] = {
-        qb::maker<"dictionaryWithCapacity:">(&NSMutableDictionary::setUpWithCapacity),
-        qb::initialiser<"initWithCapacity:">(&NSMutableDictionary::setUpWithCapacity),
-        qb::method<"setObject:forKey:">(&NSMutableDictionary::setObjectForKey),
-        qb::method<"removeObjectForKey:">(&NSMutableDictionary::removeObjectForKey),
-        qb::method<"removeAllObjects">(&NSMutableDictionary::removeAllObjects),
-    };
-    static Class *const self =
-        new Class("NSMutableDictionary", NSDictionary::cls(), {methods}, qb::construct<NSMutableDictionary>);
-    return self;
-}
-
-Ref<NSMutableDictionary> NSMutableDictionary::initWith(std::initializer_list<Pair> keysAndValues) {
-    auto dictionary = Ref<NSMutableDictionary>::adopt(new NSMutableDictionary);
-    for (const auto &[key, value] : keysAndValues)
-        dictionary->store(key, value);
-    return dictionary;
-}
-
-Ref<NSMutableDictionary> NSMutableDictionary::initWithCapacity(std::uint32_t capacity) {
-    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithCapacity, capacity);
-}
-
-Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary(NSDictionary *other) {
-    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithDictionary, other);
-}
-
-BOOL NSMutableDictionary::setUpWithCapacity(std::uint32_t capacity) {
-    table_.reserve(capacity);
-    return YES;
-}
-
-void NSMutableDictionary::setObjectForKey(id object, id key) {
-    store(key, object);
-}
-
-void NSMutableDictionary::removeObjectForKey(id key) {
-    if (key && table_.remove(key))
-        ++mutations_;
-}
-
-void NSMutableDictionary::removeAllObjects() {
-    ++mutations_;
-    table_.removeAll();
-}
-
-Ref<NSObject> NSMutableDictionary::copyWithZone(void *) const {
-    return NSDictionary::initWithDictionary(static_cast<NSDictionary *>(self()));
 }

@@ -1,12 +1,15 @@
+#include <QBFoundation/Foundation/HashTable.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/Buffer.h"
+#include "Foundation/NSArray.Tables.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -35,11 +38,25 @@ Class *NSMutableArray::cls() {
         qb::method<"insertObject:atIndex:">(&NSMutableArray::insertObject),
         qb::method<"removeObjectAtIndex:">(&NSMutableArray::removeObjectAtIndex),
         qb::method<"replaceObjectAtIndex:withObject:">(&NSMutableArray::replaceObjectAtIndex),
+        qb::method<"exchangeObjectAtIndex:withObjectAtIndex:">(&NSMutableArray::exchangeObjectAtIndex),
         qb::method<"removeLastObject">(&NSMutableArray::removeLastObject),
         qb::method<"removeAllObjects">(&NSMutableArray::removeAllObjects),
+        qb::method<"removeObject:", void(id)>(&NSMutableArray::removeObject),
+        qb::method<"removeObject:inRange:", void(id, NSRange)>(&NSMutableArray::removeObject),
+        qb::method<"removeObjectIdenticalTo:", void(id)>(&NSMutableArray::removeObjectIdenticalTo),
+        qb::method<"removeObjectIdenticalTo:inRange:", void(id, NSRange)>(
+            &NSMutableArray::removeObjectIdenticalTo),
+        qb::method<"removeObjectsInArray:">(&NSMutableArray::removeObjectsInArray),
+        qb::method<"removeObjectsInRange:">(&NSMutableArray::removeObjectsInRange),
+        qb::method<"replaceObjectsInRange:withObjectsFromArray:", void(NSRange, NSArray *)>(
+            &NSMutableArray::replaceObjectsInRange),
+        qb::method<"replaceObjectsInRange:withObjectsFromArray:range:", void(NSRange, NSArray *, NSRange)>(
+            &NSMutableArray::replaceObjectsInRange),
+        qb::method<"setArray:">(&NSMutableArray::setArray),
     };
     static Class *const self =
-        new Class("NSMutableArray", NSArray::cls(), {methods}, qb::construct<NSMutableArray>);
+        new Class("NSMutableArray", NSArray::cls(), {methods, qb::tables::mutableArrayOrder()},
+                  qb::construct<NSMutableArray>);
     return self;
 }
 
@@ -52,6 +69,10 @@ Ref<NSMutableArray> NSMutableArray::initWith(std::span<const id> elements) {
 
 Ref<NSMutableArray> NSMutableArray::initWithArray(NSArray *other) {
     return initWith(other ? other->view() : std::span<const id>());
+}
+
+Ref<NSMutableArray> NSMutableArray::initWithArray(NSArray *other, BOOL copyItems) {
+    return initWith(NSArray::initWithArray(other, copyItems)->view());
 }
 
 Ref<NSMutableArray> NSMutableArray::initWithCapacity(std::uint32_t capacity) {
@@ -123,6 +144,112 @@ void NSMutableArray::removeAllObjects() {
     ++mutations_;
     while (count_)
         elements_[--count_]->release();
+}
+
+void NSMutableArray::exchangeObjectAtIndex(std::uint32_t index, std::uint32_t withObjectAtIndex) {
+    requireIndex(index, count_, "exchangeObjectAtIndex:withObjectAtIndex:");
+    requireIndex(withObjectAtIndex, count_, "exchangeObjectAtIndex:withObjectAtIndex:");
+    std::swap(elements_[index], elements_[withObjectAtIndex]);
+}
+
+// --- Removing by value ---
+
+// The elements are asked first and moved afterwards, because their answers are code that may come back to
+// this array.
+template <class Predicate>
+void NSMutableArray::removeWhere(NSRange range, Predicate isRemoved) {
+    const std::uint32_t mutations = mutations_;
+    std::vector<bool> marks(range.length);
+    for (std::uint32_t i = 0; i < range.length; ++i) {
+        marks[i] = isRemoved(elements_[range.location + i]);
+        if (mutations_ != mutations)
+            throwMutated();
+    }
+    std::vector<id> removed;
+    removed.reserve(static_cast<std::size_t>(std::count(marks.begin(), marks.end(), true)));
+    if (removed.capacity() == 0)
+        return;
+    id *kept = elements_ + range.location;
+    for (std::uint32_t i = 0; i < range.length; ++i)
+        if (const id element = elements_[range.location + i]; marks[i])
+            removed.push_back(element);
+        else
+            *kept++ = element;
+    std::copy(elements_ + NSMaxRange(range), elements_ + count_, kept);
+    count_ -= static_cast<std::uint32_t>(removed.size());
+    ++mutations_;
+    for (id element : removed)
+        element->release();
+}
+
+void NSMutableArray::removeObject(id object) {
+    removeObject(object, {0, count_});
+}
+
+void NSMutableArray::removeObject(id object, NSRange inRange) {
+    requireRange(this, inRange, "removeObject:inRange:");
+    if (!object)
+        return;
+    const Ref<NSObject> keeper = object; // which the array may own alone
+    removeWhere(inRange, [object](id element) { return element == object || object->isEqual(element); });
+}
+
+void NSMutableArray::removeObjectIdenticalTo(id object) {
+    removeObjectIdenticalTo(object, {0, count_});
+}
+
+void NSMutableArray::removeObjectIdenticalTo(id object, NSRange inRange) {
+    requireRange(this, inRange, "removeObjectIdenticalTo:inRange:");
+    removeWhere(inRange, [object](id element) { return element == object; });
+}
+
+void NSMutableArray::removeObjectsInArray(NSArray *other) {
+    if (!other || other->count() == 0)
+        return;
+    qb::HashTable unwanted;
+    for (id object : *other)
+        unwanted.entryFor(object);
+    removeWhere({0, count_}, [&unwanted](id element) { return unwanted.find(element) != nullptr; });
+}
+
+// --- Ranges ---
+
+void NSMutableArray::removeObjectsInRange(NSRange range) {
+    requireRange(this, range, "removeObjectsInRange:");
+    replaceObjectsInRange(range, nullptr);
+}
+
+void NSMutableArray::replaceObjectsInRange(NSRange range, NSArray *withObjectsFromArray) {
+    replaceObjectsInRange(range, withObjectsFromArray,
+                          {0, withObjectsFromArray ? withObjectsFromArray->count() : 0});
+}
+
+void NSMutableArray::replaceObjectsInRange(NSRange range, NSArray *withObjectsFromArray,
+                                           NSRange sourceRange) {
+    requireRange(this, range, "replaceObjectsInRange:withObjectsFromArray:");
+    std::vector<id> added;
+    if (withObjectsFromArray) {
+        requireRange(withObjectsFromArray, sourceRange, "replaceObjectsInRange:withObjectsFromArray:range:");
+        const auto source = withObjectsFromArray->view().subspan(sourceRange.location, sourceRange.length);
+        added.assign(source.begin(), source.end());
+    }
+    if (range.length == 0 && added.empty())
+        return;
+    const std::vector<id> removed(elements_ + range.location, elements_ + NSMaxRange(range));
+    reserve(std::uint64_t{count_} - range.length + added.size());
+    for (id object : added)
+        object->retain();
+    std::memmove(elements_ + range.location + added.size(), elements_ + NSMaxRange(range),
+                 static_cast<std::size_t>(count_ - NSMaxRange(range)) * sizeof(id));
+    std::copy(added.begin(), added.end(), elements_ + range.location);
+    count_ = static_cast<std::uint32_t>(count_ - range.length + added.size());
+    ++mutations_;
+    for (id object : removed)
+        object->release(); // last, because its destructor may come back to this array
+}
+
+void NSMutableArray::setArray(NSArray *other) {
+    replaceObjectsInRange({0, count_}, other);
 }
 
 Ref<NSObject> NSMutableArray::copyWithZone(void *) const {

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
@@ -53,23 +54,40 @@ NSComparisonResult compareIntegerToReal(std::int64_t low, bool isUnsigned, doubl
 Class *NSNumber::cls() {
     static const qb::Method methods[] = {
         qb::maker<"numberWithBool:">(&NSNumber::setUpWithBool),
-        qb::classMethod<"numberWithChar:">(&NSNumber::numberWithChar),
-        qb::classMethod<"numberWithShort:">(&NSNumber::numberWithShort),
+        qb::maker<"numberWithChar:">(&NSNumber::setUpWithChar),
+        qb::maker<"numberWithUnsignedChar:">(&NSNumber::setUpWithUnsignedChar),
+        qb::maker<"numberWithShort:">(&NSNumber::setUpWithShort),
+        qb::maker<"numberWithUnsignedShort:">(&NSNumber::setUpWithUnsignedShort),
         qb::maker<"numberWithInt:">(&NSNumber::setUpWithInt),
         qb::maker<"numberWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
+        qb::maker<"numberWithFloat:">(&NSNumber::setUpWithFloat),
+        qb::maker<"numberWithDouble:">(&NSNumber::setUpWithDouble),
+        qb::classMethod<"numberWithLong:">(&NSNumber::numberWithLong),
+        qb::classMethod<"numberWithUnsignedLong:">(&NSNumber::numberWithUnsignedLong),
         qb::classMethod<"numberWithLongLong:">(&NSNumber::numberWithLongLong),
         qb::classMethod<"numberWithUnsignedLongLong:">(&NSNumber::numberWithUnsignedLongLong),
-        qb::classMethod<"numberWithFloat:">(&NSNumber::numberWithFloat),
-        qb::maker<"numberWithDouble:">(&NSNumber::setUpWithDouble),
         qb::initialiser<"initWithBool:">(&NSNumber::setUpWithBool),
+        qb::initialiser<"initWithChar:">(&NSNumber::setUpWithChar),
+        qb::initialiser<"initWithUnsignedChar:">(&NSNumber::setUpWithUnsignedChar),
+        qb::initialiser<"initWithShort:">(&NSNumber::setUpWithShort),
+        qb::initialiser<"initWithUnsignedShort:">(&NSNumber::setUpWithUnsignedShort),
         qb::initialiser<"initWithInt:">(&NSNumber::setUpWithInt),
         qb::initialiser<"initWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
+        qb::initialiser<"initWithFloat:">(&NSNumber::setUpWithFloat),
         qb::initialiser<"initWithDouble:">(&NSNumber::setUpWithDouble),
+        qb::classMethod<"initWithLong:">(&NSNumber::initWithLongLong),
+        qb::classMethod<"initWithUnsignedLong:">(&NSNumber::initWithUnsignedLongLong),
+        qb::classMethod<"initWithLongLong:">(&NSNumber::initWithLongLong),
+        qb::classMethod<"initWithUnsignedLongLong:">(&NSNumber::initWithUnsignedLongLong),
         qb::method<"boolValue">(&NSNumber::boolValue),
         qb::method<"charValue">(&NSNumber::charValue),
+        qb::method<"unsignedCharValue">(&NSNumber::unsignedCharValue),
         qb::method<"shortValue">(&NSNumber::shortValue),
+        qb::method<"unsignedShortValue">(&NSNumber::unsignedShortValue),
         qb::method<"intValue">(&NSNumber::intValue),
         qb::method<"unsignedIntValue">(&NSNumber::unsignedIntValue),
+        qb::method<"longValue">(&NSNumber::longValue),
+        qb::method<"unsignedLongValue">(&NSNumber::unsignedLongValue),
         qb::method<"longLongValue">(&NSNumber::longLongValue),
         qb::method<"unsignedLongLongValue">(&NSNumber::unsignedLongLongValue),
         qb::method<"floatValue">(&NSNumber::floatValue),
@@ -77,9 +95,11 @@ Class *NSNumber::cls() {
         qb::method<"isEqualToNumber:">(&NSNumber::isEqualToNumber),
         qb::method<"compare:">(&NSNumber::compare),
         qb::method<"asNumber">(&NSNumber::asNumber),
+        qb::initialiser<"initWithCoder:">(&NSNumber::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSNumber::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSNumber", NSObject::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});
+        new Class("NSNumber", NSValue::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});
     return self;
 }
 
@@ -111,6 +131,10 @@ NSNumber *NSNumber::numberWithLongLong(std::int64_t value) {
 
 NSNumber *NSNumber::numberWithUnsignedLongLong(std::uint64_t value) {
     return qb::init<NSLongLongNumber>(&NSLongLongNumber::setUpWithUnsignedLongLong, value).autorelease();
+}
+
+NSNumber *NSNumber::numberWithFloat(float value) {
+    return qb::init<NSNumber>(&NSNumber::setUpWithFloat, value).autorelease();
 }
 
 NSNumber *NSNumber::numberWithDouble(double value) {
@@ -147,29 +171,35 @@ BOOL NSNumber::setUpWithUnsignedLongLong(std::uint64_t value) {
     return YES;
 }
 
+BOOL NSNumber::setUpWithFloat(float value) {
+    type_ = Type::real32;
+    real_ = value;
+    return YES;
+}
+
 BOOL NSNumber::setUpWithDouble(double value) {
-    type_ = Type::real;
+    type_ = Type::real64;
     real_ = value;
     return YES;
 }
 
 std::int64_t NSNumber::integerValue() const {
-    return type_ == Type::real ? cutToInteger<std::int64_t>(real_) : integer_;
+    return isReal() ? cutToInteger<std::int64_t>(real_) : integer_;
 }
 
 BOOL NSNumber::boolValue() const {
-    return type_ == Type::real ? real_ != 0 : integer_ != 0;
+    return isReal() ? real_ != 0 : integer_ != 0;
 }
 
 std::uint64_t NSNumber::unsignedLongLongValue() const {
-    if (type_ != Type::real)
+    if (!isReal())
         return static_cast<std::uint64_t>(integer_);
     return real_ < 0 ? static_cast<std::uint64_t>(cutToInteger<std::int64_t>(real_))
                      : cutToInteger<std::uint64_t>(real_);
 }
 
 double NSNumber::doubleValue() const {
-    if (type_ == Type::real)
+    if (isReal())
         return real_;
     return type_ == Type::uint64 ? static_cast<double>(static_cast<std::uint64_t>(integer_))
                                  : static_cast<double>(integer_);
@@ -186,9 +216,9 @@ BOOL NSNumber::isEqualToNumber(NSNumber *other) const {
 // Equal numbers of different types have one hash: a whole floating-point number that of its integer.
 std::uint32_t NSNumber::hash() const {
     std::int64_t bits = integer_;
-    if (type_ == Type::real && std::floor(real_) == real_ && std::abs(real_) < 0x1p63)
+    if (isReal() && std::floor(real_) == real_ && std::abs(real_) < 0x1p63)
         bits = static_cast<std::int64_t>(real_);
-    else if (type_ == Type::real && real_ >= 0x1p63 && real_ < 0x1p64)
+    else if (isReal() && real_ >= 0x1p63 && real_ < 0x1p64)
         bits = static_cast<std::int64_t>(static_cast<std::uint64_t>(real_));
     return qb::text::hashBytes(reinterpret_cast<const char *>(&bits), sizeof bits);
 }
@@ -197,18 +227,16 @@ NSComparisonResult NSNumber::compare(id other) const {
     auto *number = qb::castOrNil<NSNumber>(other);
     if (!number)
         throw InvalidArgumentException("NSNumber compare: must have an argument that is a number.");
-    const bool isReal = type_ == Type::real;
-    const bool otherIsReal = number->type_ == Type::real;
-    if (isReal && otherIsReal) {
+    if (isReal() && number->isReal()) {
         if (std::isnan(real_) || std::isnan(number->real_))
             return static_cast<NSComparisonResult>(std::isnan(number->real_) - std::isnan(real_));
         return static_cast<NSComparisonResult>((real_ > number->real_) - (real_ < number->real_));
     }
     const bool isUnsigned = type_ == Type::uint64;
     const bool otherIsUnsigned = number->type_ == Type::uint64;
-    if (otherIsReal)
+    if (number->isReal())
         return compareIntegerToReal(integer_, isUnsigned, number->real_);
-    if (isReal)
+    if (isReal())
         return static_cast<NSComparisonResult>(
             -compareIntegerToReal(number->integer_, otherIsUnsigned, real_));
     // A 64-bit unsigned number with the top bit set is above every signed one.
@@ -222,8 +250,10 @@ NSComparisonResult NSNumber::compare(id other) const {
 NSString *NSNumber::stringValue() const {
     char text[qb::text::kLongestDouble + 1];
     std::size_t length = 0;
-    if (type_ == Type::real)
+    if (type_ == Type::real64)
         length = qb::text::formatDouble(real_, text);
+    else if (type_ == Type::real32)
+        length = qb::text::formatFloat(static_cast<float>(real_), text);
     else if (type_ == Type::uint64)
         length = qb::text::formatInteger(static_cast<std::uint64_t>(integer_), text);
     else

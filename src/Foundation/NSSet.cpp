@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSSet.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
@@ -35,6 +36,8 @@ Class *NSSet::cls() {
         qb::method<"setByAddingObject:">(&NSSet::setByAddingObject),
         qb::method<"setByAddingObjectsFromSet:">(&NSSet::setByAddingObjectsFromSet),
         qb::method<"setByAddingObjectsFromArray:">(&NSSet::setByAddingObjectsFromArray),
+        qb::initialiser<"initWithCoder:">(&NSSet::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSSet::encodeWithCoder),
     };
     static Class *const self = new Class("NSSet", NSObject::cls(), {methods}, qb::construct<NSSet>,
                                          {"NSCopying", "NSMutableCopying", "NSCoding"});

@@ -79,7 +79,7 @@ std::string joined(NSArray *components) {
         if (!component)
             throw InvalidArgumentException("NSString pathWithComponents: must have an array of strings.");
         if (isFirst && component->isAbsolutePath())
-            path = "/";
+            path.assign(1, '/');
         isFirst = false;
         appendComponent(path, bare(component->view()));
     }

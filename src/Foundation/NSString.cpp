@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSString.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -78,6 +79,8 @@ Class *NSString::cls() {
         qb::method<"characterAtIndex:">(&NSString::characterAtIndex),
         qb::method<"isEqualToString:">(&NSString::isEqualToString),
         qb::method<"compare:", NSComparisonResult(id)>(&NSString::compare),
+        qb::initialiser<"initWithCoder:">(&NSString::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSString::encodeWithCoder),
     };
     static Class *const self = new Class(
         "NSString", NSObject::cls(),

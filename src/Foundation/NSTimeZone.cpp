@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSTimeZone.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -88,6 +89,8 @@ Class *NSTimeZone::cls() {
         qb::method<"isDaylightSavingTime">(&NSTimeZone::isDaylightSavingTime),
         qb::method<"isDaylightSavingTimeForDate:">(&NSTimeZone::isDaylightSavingTimeForDate),
         qb::method<"isEqualToTimeZone:">(&NSTimeZone::isEqualToTimeZone),
+        qb::initialiser<"initWithCoder:">(&NSTimeZone::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSTimeZone::encodeWithCoder),
     };
     static Class *const self = new Class("NSTimeZone", NSObject::cls(), methods, qb::construct<NSTimeZone>,
                                          {"NSCopying", "NSCoding"});

@@ -7,10 +7,11 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Foundation/DeepWalk.h"
-#include "Text/Scan.h"
-#include "Text/Utf8.h"
+#include "Text/PlistText.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <new>
 #include <variant>
 #include <vector>
 
@@ -20,42 +21,6 @@ namespace {
 
 constexpr std::size_t kIndentStep = 2;
 constexpr std::size_t kWidestIndent = 78; // as many blanks as a property-list stream writes
-
-// What is escaped in valid UTF-8.
-constexpr text::ByteSet kEscaped = text::ByteSet("\"\\\x7F").with(0x00, 0x1F);
-
-void appendEscaped(std::string &target, unsigned char byte) {
-    constexpr std::string_view kLetters = "abtnvfr"; // of the bytes from 7 on
-    target += '\\';
-    if (byte == '"' || byte == '\\') {
-        target += static_cast<char>(byte);
-    } else if (byte >= 7 && byte < 7 + kLetters.size()) {
-        target += kLetters[byte - 7U];
-    } else {
-        for (const int shift : {6, 3, 0})
-            target += static_cast<char>('0' + (byte >> shift & 7));
-    }
-}
-
-void appendQuoted(std::string &target, std::string_view text) {
-    const char *position = text.data();
-    const char *const end = position + text.size();
-    target += '"';
-    while (position != end) {
-        const char *const validEnd =
-            position + text::validPrefix(position, static_cast<std::size_t>(end - position));
-        while (position != validEnd) {
-            const char *const stop = text::findIn(position, validEnd, kEscaped);
-            target.append(position, stop);
-            position = stop;
-            if (stop != validEnd)
-                appendEscaped(target, static_cast<unsigned char>(*position++));
-        }
-        if (position != end)
-            appendEscaped(target, static_cast<unsigned char>(*position++));
-    }
-    target += '"';
-}
 
 // Writes containers by a stack of its own, so that their depth never meets the end of the thread's.
 class TextWriter {
@@ -77,7 +42,8 @@ private:
         id object;
         std::variant<NSArray::Iterator, NSSet::Iterator, NSDictionary::Iterator> next;
         Phase phase = Phase::nextElement;
-        bool hasElement = false;
+        bool hasBegun = false;
+        bool hasElement = false;       // of a list: one is written
         Ref<NSObject> value = nullptr; // of the entry whose key is written
     };
 
@@ -113,8 +79,8 @@ private:
 
     void goOnInList(Container &list) {
         const id element = std::holds_alternative<NSSet::Iterator>(list.next)
-                               ? nextElement(std::get<NSSet::Iterator>(list.next))
-                               : nextElement(std::get<NSArray::Iterator>(list.next));
+                               ? nextElement(list, std::get<NSSet::Iterator>(list.next))
+                               : nextElement(list, std::get<NSArray::Iterator>(list.next));
         if (!element)
             return close("\n", ')');
         if (std::exchange(list.hasElement, true))
@@ -125,14 +91,19 @@ private:
 
     // Returns the next element that is not nil-like; nil at the end.
     template <class Iterator>
-    static id nextElement(Iterator &next) {
-        while (!next.atEnd()) {
-            const id element = *next;
-            ++next;
-            if (!element->isNil())
+    static id nextElement(Container &list, Iterator &next) {
+        while (isAtNext(list, next))
+            if (const id element = *next; !element->isNil())
                 return element;
-        }
         return nullptr;
+    }
+
+    // Moves on, which notices a container that a value's text has changed; returns whether there is one more.
+    template <class Iterator>
+    static bool isAtNext(Container &container, Iterator &next) {
+        if (std::exchange(container.hasBegun, true))
+            ++next;
+        return !next.atEnd();
     }
 
     // One step of "key = value;": each may leave a container open, which is written first.
@@ -153,10 +124,9 @@ private:
 
     void beginEntry(Container &dictionary) {
         auto &next = std::get<NSDictionary::Iterator>(dictionary.next);
-        if (next.atEnd())
+        if (!isAtNext(dictionary, next))
             return close("", '}');
         const auto [key, value] = *next;
-        ++next;
         if (key->isNil() || value->isNil())
             return;
         dictionary.value = value;
@@ -181,10 +151,12 @@ private:
 } // namespace
 
 void appendPropertyListString(std::string &target, std::string_view text) {
-    if (text::isPlistBare(text.data(), text.size()))
-        target += text;
-    else
-        appendQuoted(target, text);
+    const std::size_t before = target.size();
+    const std::uint64_t length = text::plistTextLength(text.data(), text.size());
+    if (length > target.max_size() - before)
+        throw std::bad_alloc();
+    target.resize(before + static_cast<std::size_t>(length));
+    text::writePlistText(text.data(), text.size(), target.data() + before);
 }
 
 void appendPropertyListText(std::string &target, id value) {

@@ -37,6 +37,16 @@ inline std::uint64_t loadShort(const char *position, std::size_t length) {
     return word;
 }
 
+/// Returns whether both runs of `length` bytes are equal; short ones without a call.
+inline bool areEqual(const char *left, const char *right, std::size_t length) {
+    if (length > 16)
+        return std::memcmp(left, right, length) == 0;
+    if (length >= 8)
+        return loadWord<std::uint64_t>(left) == loadWord<std::uint64_t>(right) &&
+               loadWord<std::uint64_t>(left + length - 8) == loadWord<std::uint64_t>(right + length - 8);
+    return loadShort(left, length) == loadShort(right, length);
+}
+
 /// Copies `length` bytes (at most 64) without a call; the areas do not overlap.
 inline void copyShort(char *target, const char *source, std::size_t length) {
     if (length >= 16) {

@@ -79,6 +79,19 @@ bool isTooLarge(const char *position, const char *end) {
     return places > 0;
 }
 
+template <class Real>
+std::size_t formatReal(Real value, char *target) {
+    if (std::isnan(value)) {
+        std::memcpy(target, "nan", 3); // to_chars would show its sign
+        return 3;
+    }
+    const Real size = std::fabs(value);
+    const bool isPlain = size == 0 || (size >= Real(1e-4) && size < Real(1e16));
+    const auto format = isPlain ? std::chars_format::fixed : std::chars_format::scientific;
+    const auto result = std::to_chars(target, target + kLongestDouble, value, format);
+    return static_cast<std::size_t>(result.ptr - target);
+}
+
 } // namespace
 
 std::size_t formatInteger(std::uint32_t value, char *target) {
@@ -112,15 +125,11 @@ std::size_t formatInteger(std::int64_t value, char *target) {
 }
 
 std::size_t formatDouble(double value, char *target) {
-    if (std::isnan(value)) {
-        std::memcpy(target, "nan", 3); // to_chars would show its sign
-        return 3;
-    }
-    const double size = std::fabs(value);
-    const bool isPlain = size == 0 || (size >= 1e-4 && size < 1e16);
-    const auto format = isPlain ? std::chars_format::fixed : std::chars_format::scientific;
-    const auto result = std::to_chars(target, target + kLongestDouble, value, format);
-    return static_cast<std::size_t>(result.ptr - target);
+    return formatReal(value, target);
+}
+
+std::size_t formatFloat(float value, char *target) {
+    return formatReal(value, target);
 }
 
 ParsedInteger parseInteger(const char *position, const char *end) {

@@ -26,6 +26,8 @@ constexpr std::size_t kLongestDouble = 24;
 /// The layout is that of printf's "%.16g", so "5", "0.1", "1e+20", "-0": an exponent stands from 1e+16 on and
 /// below 0.0001. What is no number is "nan", "inf" or "-inf".
 std::size_t formatDouble(double value, char *target);
+/// As above, with the digits that are enough to read back a float.
+std::size_t formatFloat(float value, char *target);
 
 /// A number that was read leniently.
 struct ParsedInteger {

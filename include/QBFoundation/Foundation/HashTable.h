@@ -37,6 +37,8 @@ public:
     /// Returns the entry of `key`, new with a null value when there is none. `key` is retained when it is
     /// new. Throws std::bad_alloc, with the table unchanged.
     Entry &entryFor(NSObject *key);
+    /// As above, but a new key is copied.
+    Entry &entryForCopyOf(NSObject *key);
 
     /// Removes the key; returns whether it was there.
     bool remove(const NSObject *key);
@@ -61,6 +63,8 @@ private:
     static constexpr std::uint32_t kRemoved = UINT32_MAX;
     static constexpr std::uint32_t kMostEntries = 0x08000000;
 
+    template <class IsEqual>
+    Slot *slotWith(std::uint32_t hash, IsEqual isEqual) const;
     Slot *slotOf(const NSObject *key, std::uint32_t hash) const;
     void rebuild(std::uint32_t capacity);
     void enter(std::uint32_t hash, std::uint32_t entry) noexcept;

@@ -49,16 +49,25 @@ public:
     static NSArray *arrayWithArray(NSArray *other);
     static Ref<NSArray> init() { return initWith(std::span<const id>()); }
     static Ref<NSArray> initWithArray(NSArray *other);
+    /// Returns an array of copies of the elements when `copyItems` is YES, else of the elements themselves.
+    static Ref<NSArray> initWithArray(NSArray *other, BOOL copyItems);
 
     // --- Elements ---
 
     std::uint32_t count() const noexcept { return count_; }
     /// Returns the element at `index`. Throws NSRangeException when there is none.
     virtual id objectAtIndex(std::uint32_t index) const;
+    /// Returns the first element; nil of an empty array.
+    virtual id firstObject() const { return count_ ? elements_[0] : nullptr; }
     /// Returns the last element; nil of an empty array.
     virtual id lastObject() const { return count_ ? elements_[count_ - 1] : nullptr; }
     virtual NSEnumerator *objectEnumerator() const;
     virtual NSEnumerator *reverseObjectEnumerator() const;
+    /// Copies the elements, not retained, to `buffer`, which has room for them.
+    virtual void getObjects(id *buffer) const;
+    /// As above, those of `range`. Throws NSRangeException when the range is not inside the array, as all
+    /// that take a range do.
+    virtual void getObjects(id *buffer, NSRange range) const;
     /// The elements, as long as the array lives and does not change.
     std::span<const id> view() const noexcept { return {elements_, count_}; }
 
@@ -67,6 +76,36 @@ public:
     virtual BOOL containsObject(id object) const { return indexOfObject(object) != NSNotFound; }
     /// Returns the index of the first element that is equal to `object`; NSNotFound when there is none.
     virtual std::uint32_t indexOfObject(id object) const;
+    virtual std::uint32_t indexOfObject(id object, NSRange inRange) const;
+    /// Returns the index of the first element that is `object` itself; NSNotFound when there is none.
+    virtual std::uint32_t indexOfObjectIdenticalTo(id object) const;
+    virtual std::uint32_t indexOfObjectIdenticalTo(id object, NSRange inRange) const;
+    /// Returns the first element that is equal to an element of `other`; nil when there is none.
+    virtual id firstObjectCommonWithArray(NSArray *other) const;
+
+    // --- Further arrays ---
+
+    virtual NSArray *subarrayWithRange(NSRange range) const;
+    virtual NSArray *arrayByAddingObject(id object) const;
+    /// Returns the elements and behind them those of `other`; nil adds none.
+    virtual NSArray *arrayByAddingObjectsFromArray(NSArray *other) const;
+    /// Returns the descriptions of the elements as one text with `separator` between them; nil separates
+    /// nothing.
+    virtual NSString *componentsJoinedByString(NSString *separator) const;
+
+    // --- Order ---
+
+    /// Returns the elements in ascending order; equal ones keep their order. `comparator` is what `compare:`
+    /// is: each element is sent it with another one as argument.
+    virtual NSArray *sortedArrayUsingSelector(SEL comparator) const;
+    /// As above; `function` returns a number below, at or above 0 and is passed `context`.
+    virtual NSArray *sortedArrayUsingFunction(int (*function)(id, id, void *), void *context) const;
+
+    // --- Messages ---
+
+    /// Sends each element the message.
+    virtual void makeObjectsPerformSelector(SEL selector) const;
+    virtual void makeObjectsPerformSelector(SEL selector, id withObject) const;
 
     // --- Comparison ---
 
@@ -98,6 +137,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSArray> copy() const;
     Ref<NSMutableArray> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
@@ -128,6 +168,7 @@ public:
 protected:
     /// The initialiser of subclasses from elements that are not nil.
     virtual BOOL setUpWithObjects(const id *objects, std::uint32_t count);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
     [[noreturn]] static void throwMutated();
 
@@ -136,8 +177,10 @@ protected:
     id *elements_ = nullptr;
     std::uint32_t capacity_ = 0; // 0: the elements stand behind the object
 
+    /// Throws NSRangeException, which names `selector`, unless `range` lies inside the array.
+    static void requireRange(const NSArray *array, NSRange range, const char *selector);
+
 private:
-    friend class NSArrayEnumerator;
     static Ref<NSArray> makeShort(std::span<const id> elements);
 };
 
@@ -158,6 +201,10 @@ public:
     }
     static NSMutableArray *array() { return init().autorelease(); }
     static NSMutableArray *arrayWithObject(id object) { return arrayWith({object}); }
+    template <class... T>
+    static NSMutableArray *arrayWithObjects(T... objects) {
+        return arrayWith({static_cast<id>(objects)...});
+    }
     static NSMutableArray *arrayWithArray(NSArray *other) { return initWithArray(other).autorelease(); }
     /// Returns an empty array with room for `capacity` elements.
     static NSMutableArray *arrayWithCapacity(std::uint32_t capacity) {
@@ -170,6 +217,7 @@ public:
         return initWithContentsOfFile(path).autorelease();
     }
     static Ref<NSMutableArray> initWithContentsOfFile(NSString *path);
+    static Ref<NSMutableArray> initWithArray(NSArray *other, BOOL copyItems);
 
     /// Appends. Throws InvalidArgumentException when `object` is nil, as all that take an element do.
     virtual void addObject(id object);
@@ -181,8 +229,29 @@ public:
     /// Throws NSRangeException when there is no such element, as the next ones do.
     virtual void removeObjectAtIndex(std::uint32_t index);
     virtual void replaceObjectAtIndex(std::uint32_t index, id withObject);
+    virtual void exchangeObjectAtIndex(std::uint32_t index, std::uint32_t withObjectAtIndex);
     virtual void removeLastObject();
     virtual void removeAllObjects();
+    /// Removes every element that is equal to `object`, in `inRange` only when it is given; nil removes none.
+    virtual void removeObject(id object);
+    virtual void removeObject(id object, NSRange inRange);
+    /// Removes every element that is `object` itself.
+    virtual void removeObjectIdenticalTo(id object);
+    virtual void removeObjectIdenticalTo(id object, NSRange inRange);
+    /// Removes every element that is equal to one of `other`; nil removes none.
+    virtual void removeObjectsInArray(NSArray *other);
+    /// Throws NSRangeException, with the array unchanged, when the range is not inside it, as the next does.
+    virtual void removeObjectsInRange(NSRange range);
+    /// Replaces the elements of `range` by those of `other`; nil puts none in their place.
+    virtual void replaceObjectsInRange(NSRange range, NSArray *withObjectsFromArray);
+    virtual void replaceObjectsInRange(NSRange range, NSArray *withObjectsFromArray, NSRange sourceRange);
+    /// Replaces all elements by those of `other`; nil removes them.
+    virtual void setArray(NSArray *other);
+
+    /// Sorts as `sortedArrayUsingSelector:` does. An exception from a comparison leaves the array as it was.
+    /// Throws InvalidUseOfMethodException, with nothing sorted, when a comparison changed the array.
+    virtual void sortUsingSelector(SEL comparator);
+    virtual void sortUsingFunction(int (*function)(id, id, void *), void *context);
 
     Ref<NSObject> copyWithZone(void *zone) const override;
     id makeMutable() const override { return self(); }
@@ -190,6 +259,12 @@ public:
 protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
     void reserve(std::uint64_t capacity);
+
+private:
+    template <class Predicate>
+    void removeWhere(NSRange range, Predicate isRemoved);
+    template <class Sort>
+    void sortInPlace(Sort sort);
 };
 
 #endif

@@ -123,6 +123,7 @@ public:
     using NSDate::descriptionWithCalendarFormat;
 
     /// Returns a date of the same instant, zone and format that can be changed by itself.
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override { return copyWithZone(zone); }
     Ref<NSCalendarDate> copy() const;
@@ -138,6 +139,7 @@ protected:
                                std::int32_t minute, std::int32_t second, NSTimeZone *timeZone);
     BOOL setUpWithString(NSString *text) override;
     virtual BOOL setUpWithStringFormat(NSString *text, NSString *calendarFormat);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
     NSCalendarDate *shownAt(NSTimeInterval interval) const;

@@ -32,6 +32,7 @@ public:
     }
     static NSData *dataWithData(NSData *other);
     static Ref<NSData> init();
+    static Ref<NSData> initWithData(NSData *other);
     static Ref<NSData> initWithBytes(const void *bytes, std::uint32_t length);
 
     // --- Bytes ---
@@ -41,8 +42,16 @@ public:
     const void *bytes() const noexcept { return bytes_; }
     std::uint32_t length() const noexcept { return length_; }
     std::span<const std::byte> view() const noexcept { return {bytes_, length_}; }
+    /// Copies all bytes to `buffer`.
+    virtual void getBytes(void *buffer) const;
+    /// Copies the first bytes, `length` of them or as many as there are.
+    virtual void getBytes(void *buffer, std::uint32_t length) const;
     /// Copies the bytes of `range`. Throws NSRangeException when the range is not inside the data.
     virtual void getBytes(void *buffer, NSRange range) const;
+
+    /// Returns the bytes of `range`, autoreleased. Throws NSRangeException when the range is not inside the
+    /// data.
+    virtual NSData *subdataWithRange(NSRange range) const;
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToData(NSData *other) const;
@@ -75,6 +84,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSData> copy() const;
     Ref<NSMutableData> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
     void writeOnPropertyListOutputStream(QBOutputStream *stream) override;
 
@@ -83,8 +93,14 @@ protected:
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
     /// The initialiser `initWithContentsOfFile:`.
     virtual BOOL setUpWithContentsOfFile(NSString *path);
+    BOOL setUpWithCoder(NSCoder *coder) override;
+    virtual BOOL setUpWithData(NSData *other);
     void reserve(std::uint64_t capacity);
+    /// Makes room for `length` bytes, and for more when the data grows.
+    void reserveGrowing(std::uint64_t length);
     void append(const void *bytes, std::uint32_t length);
+    /// Throws NSRangeException, naming `selector`, unless `range` lies inside the data.
+    void requireRange(NSRange range, const char *selector) const;
 
 private:
     friend class NSMutableData;
@@ -115,12 +131,45 @@ public:
     static Ref<NSMutableData> initWithContentsOfFile(NSString *path) {
         return qb::init<NSMutableData>(&NSMutableData::setUpWithContentsOfFile, path);
     }
+    /// Returns empty data with room for `capacity` bytes.
+    static NSMutableData *dataWithCapacity(std::uint32_t capacity) {
+        return initWithCapacity(capacity).autorelease();
+    }
+    static Ref<NSMutableData> initWithCapacity(std::uint32_t capacity);
+    /// Returns `length` zero bytes.
+    static NSMutableData *dataWithLength(std::uint32_t length) {
+        return initWithLength(length).autorelease();
+    }
+    static Ref<NSMutableData> initWithLength(std::uint32_t length);
+    static Ref<NSMutableData> initWithData(NSData *other);
 
-    virtual void appendBytes(const void *bytes, std::uint32_t length) { append(bytes, length); }
+    /// The bytes, to be changed in place; null when there are none. Valid until the length changes.
+    void *mutableBytes() noexcept { return bytes_; }
+
+    /// Appends. Throws InvalidArgumentException when `bytes` is null and `length` is not 0, and when the data
+    /// would have 2^32 - 1 bytes or more, as all that make it longer do.
+    virtual void appendBytes(const void *bytes, std::uint32_t length);
     virtual void appendData(NSData *other);
+    /// Cuts the data, or makes it longer by zero bytes.
+    virtual void setLength(std::uint32_t length);
+    /// Makes the data longer by zero bytes.
+    virtual void increaseLengthBy(std::uint32_t extraLength);
+    virtual void setData(NSData *other);
+    /// Replaces the bytes of `range` by as many of `withBytes`; bytes beyond the end are appended.
+    /// Throws NSRangeException when the range begins beyond the end.
+    virtual void replaceBytesInRange(NSRange range, const void *withBytes);
+    /// Replaces the bytes of `range` by `length` others, so that the data may become longer or shorter.
+    /// Throws NSRangeException when the range is not inside the data.
+    virtual void replaceBytesInRange(NSRange range, const void *withBytes, std::uint32_t length);
+    /// Makes the bytes of `range` zero, as `replaceBytesInRange:withBytes:` replaces them.
+    virtual void resetBytesInRange(NSRange range);
 
     Ref<NSObject> copyWithZone(void *zone) const override;
     id makeMutable() const override { return self(); }
+
+protected:
+    virtual BOOL setUpWithCapacity(std::uint32_t capacity);
+    virtual BOOL setUpWithLength(std::uint32_t length);
 };
 
 #endif

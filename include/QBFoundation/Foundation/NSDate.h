@@ -106,6 +106,7 @@ public:
     /// Returns the same instant as a calendar date, autoreleased; nil for the default format and zone.
     virtual NSCalendarDate *dateWithCalendarFormat(NSString *format, NSTimeZone *timeZone) const;
 
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
 protected:
@@ -118,6 +119,7 @@ protected:
     virtual BOOL setUpWithString(NSString *text);
     virtual BOOL setUpInDistantPast();
     virtual BOOL setUpInDistantFuture();
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
     NSTimeInterval interval_ = 0;
 };

@@ -6,6 +6,7 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Runtime/Value.h>
 
 #include <cstdint>
 #include <initializer_list>
@@ -47,16 +48,51 @@ public:
     static NSDictionary *dictionaryWithDictionary(NSDictionary *other) {
         return initWithDictionary(other).autorelease();
     }
+    /// Returns a dictionary of each object under the key at its place.
+    /// Throws InvalidArgumentException when there are more of the ones than of the others.
+    static NSDictionary *dictionaryWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
+        return initWithObjectsForKeys(objects, forKeys).autorelease();
+    }
+    static NSDictionary *dictionaryWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                      std::uint32_t count) {
+        return initWithObjectsForKeys(objects, forKeys, count).autorelease();
+    }
+    /// Returns a dictionary of the arguments: an object, its key, the next object, its key …
+    template <class... T>
+    static NSDictionary *dictionaryWithObjectsAndKeys(const T &...objectsAndKeys) {
+        return initWithObjectsAndKeys(objectsAndKeys...).autorelease();
+    }
     static Ref<NSDictionary> init() { return initWith({}); }
     static Ref<NSDictionary> initWithDictionary(NSDictionary *other);
+    /// Returns a dictionary with copies of the values when `copyItems` is YES.
+    static Ref<NSDictionary> initWithDictionary(NSDictionary *other, BOOL copyItems);
+    static Ref<NSDictionary> initWithObjectsForKeys(NSArray *objects, NSArray *forKeys);
+    static Ref<NSDictionary> initWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                    std::uint32_t count);
+    template <class... T>
+    static Ref<NSDictionary> initWithObjectsAndKeys(const T &...objectsAndKeys) {
+        return qb::withArgList(
+            [](const qb::ArgList &list) {
+                return qb::init<NSDictionary>(&NSDictionary::setUpWithObjectsAndKeys, list);
+            },
+            objectsAndKeys...);
+    }
 
     // --- Entries ---
 
     std::uint32_t count() const noexcept { return table_.count(); }
     /// Returns the value of `key`; nil when there is none, and for nil.
     virtual id objectForKey(id key) const;
+    /// Returns the values of `keys`, in that order, with `notFoundMarker` for keys that are not there.
+    /// Throws InvalidArgumentException when the marker is wanted and nil.
+    virtual NSArray *objectsForKeys(NSArray *keys, id notFoundMarker) const;
     /// The keys in their order, autoreleased.
     virtual NSArray *allKeys() const;
+    /// The keys whose values are equal to `object`, autoreleased, never nil.
+    virtual NSArray *allKeysForObject(id object) const;
+    /// The keys in the ascending order of their values, autoreleased; see `NSArray`
+    /// `sortedArrayUsingSelector:`.
+    virtual NSArray *keysSortedByValueUsingSelector(SEL comparator) const;
     /// The values in the order of their keys, autoreleased.
     virtual NSArray *allValues() const;
     virtual NSEnumerator *keyEnumerator() const;
@@ -96,6 +132,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSDictionary> copy() const;
     Ref<NSMutableDictionary> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
@@ -105,31 +142,29 @@ public:
     class Iterator {
     public:
         explicit Iterator(const NSDictionary *dictionary)
-            : dictionary_(dictionary), mutations_(dictionary->mutations_) {
+            : next_(dictionary->table_.begin()), end_(dictionary->table_.end()), dictionary_(dictionary),
+              mutations_(dictionary->mutations_) {
             skipHoles();
         }
-        Pair operator*() const {
-            const qb::HashTable::Entry &entry = dictionary_->table_.begin()[index_];
-            return {entry.key, entry.value};
-        }
+        Pair operator*() const { return {next_->key, next_->value}; }
         Iterator &operator++() {
             if (dictionary_->mutations_ != mutations_)
                 throwMutated();
-            ++index_;
+            ++next_;
             skipHoles();
             return *this;
         }
-        bool atEnd() const { return dictionary_->table_.begin() + index_ >= dictionary_->table_.end(); }
+        bool atEnd() const { return next_ == end_; }
         bool operator!=(const Iterator &) const { return !atEnd(); }
 
     private:
         void skipHoles() {
-            while (!atEnd() && !dictionary_->table_.begin()[index_].key)
-                ++index_;
+            while (next_ != end_ && !next_->key)
+                ++next_;
         }
 
+        const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
         const NSDictionary *dictionary_;
-        std::uint32_t index_ = 0;
         std::uint32_t mutations_;
     };
     Iterator begin() const { return Iterator(this); }
@@ -140,7 +175,12 @@ protected:
     virtual BOOL setUpWithDictionary(NSDictionary *other);
     /// The initialiser `initWithContentsOfFile:`.
     virtual BOOL setUpWithContentsOfFile(NSString *path);
+    BOOL setUpWithCoder(NSCoder *coder) override;
+    virtual BOOL setUpWithCopies(NSDictionary *other, BOOL copyItems);
     virtual BOOL setUpWithObjectForKey(id object, id key);
+    virtual BOOL setUpWithObjectsForKeys(NSArray *objects, NSArray *forKeys);
+    virtual BOOL setUpWithBuffers(const id *objects, const id *forKeys, std::uint32_t count);
+    virtual BOOL setUpWithObjectsAndKeys(const qb::ArgList &objectsAndKeys);
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
 
@@ -183,12 +223,33 @@ public:
     static Ref<NSMutableDictionary> initWithContentsOfFile(NSString *path) {
         return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithContentsOfFile, path);
     }
+    static Ref<NSMutableDictionary> initWithObjectsForKeys(NSArray *objects, NSArray *forKeys);
+    static NSMutableDictionary *dictionaryWithObjectForKey(id object, id key) {
+        return dictionaryWith({{key, object}});
+    }
+    static NSMutableDictionary *dictionaryWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
+        return initWithObjectsForKeys(objects, forKeys).autorelease();
+    }
+    template <class... T>
+    static NSMutableDictionary *dictionaryWithObjectsAndKeys(const T &...objectsAndKeys) {
+        return qb::withArgList(
+            [](const qb::ArgList &list) {
+                return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjectsAndKeys, list)
+                    .autorelease();
+            },
+            objectsAndKeys...);
+    }
 
     /// Stores `object` under `key`. Throws InvalidArgumentException when one of them is nil.
     virtual void setObjectForKey(id object, id key);
     /// Removes the key and its value; a key that is not there changes nothing, nil neither.
     virtual void removeObjectForKey(id key);
     virtual void removeAllObjects();
+    virtual void removeObjectsForKeys(NSArray *keys);
+    /// Stores each entry of `other`; nil stores nothing.
+    virtual void addEntriesFromDictionary(NSDictionary *other);
+    /// Replaces all entries by those of `other`; nil removes them.
+    virtual void setDictionary(NSDictionary *other);
 
     Ref<NSObject> copyWithZone(void *zone) const override;
     id makeMutable() const override { return self(); }

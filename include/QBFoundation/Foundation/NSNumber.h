@@ -1,8 +1,8 @@
-// Numbers and other plain values as objects.
+// Numbers as objects.
 #ifndef QBFOUNDATION_FOUNDATION_NSNUMBER_H
 #define QBFOUNDATION_FOUNDATION_NSNUMBER_H
 
-#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSValue.h>
 
 #include <cstdint>
 
@@ -12,11 +12,8 @@
 ///
 /// Conversions to a narrower integer take the low bits, those from a floating-point number cut towards zero
 /// and stop at the ends of the target's range; not-a-number becomes 0.
-class QB_EXPORT NSNumber : public NSObject {
+class QB_EXPORT NSNumber : public NSValue {
 public:
-    /// What kind of number was put in.
-    enum class Type : std::uint8_t { boolean, int32, uint32, int64, uint64, real };
-
     NSNumber() = default;
 
     static Class *cls();
@@ -24,26 +21,46 @@ public:
 
     static NSNumber *numberWithBool(BOOL value);
     static NSNumber *numberWithChar(char value) { return numberWithInt(value); }
+    static NSNumber *numberWithUnsignedChar(std::uint8_t value) { return numberWithInt(value); }
     static NSNumber *numberWithShort(std::int16_t value) { return numberWithInt(value); }
+    static NSNumber *numberWithUnsignedShort(std::uint16_t value) { return numberWithInt(value); }
     static NSNumber *numberWithInt(std::int32_t value);
     static NSNumber *numberWithUnsignedInt(std::uint32_t value);
+    /// A long has 64 bits here, whatever the machine's has.
+    static NSNumber *numberWithLong(std::int64_t value) { return numberWithLongLong(value); }
+    static NSNumber *numberWithUnsignedLong(std::uint64_t value) { return numberWithUnsignedLongLong(value); }
     static NSNumber *numberWithLongLong(std::int64_t value);
     static NSNumber *numberWithUnsignedLongLong(std::uint64_t value);
-    static NSNumber *numberWithFloat(float value) { return numberWithDouble(value); }
+    /// The text of a float has the digits that tell it from other floats: 0.1f is "0.1".
+    static NSNumber *numberWithFloat(float value);
     static NSNumber *numberWithDouble(double value);
 
-    Type type() const { return type_; }
+    static Ref<NSNumber> initWithBool(BOOL value) { return numberWithBool(value); }
+    static Ref<NSNumber> initWithInt(std::int32_t value) { return numberWithInt(value); }
+    static Ref<NSNumber> initWithUnsignedInt(std::uint32_t value) { return numberWithUnsignedInt(value); }
+    static Ref<NSNumber> initWithLongLong(std::int64_t value) { return numberWithLongLong(value); }
+    static Ref<NSNumber> initWithUnsignedLongLong(std::uint64_t value) {
+        return numberWithUnsignedLongLong(value);
+    }
+    static Ref<NSNumber> initWithFloat(float value) { return numberWithFloat(value); }
+    static Ref<NSNumber> initWithDouble(double value) { return numberWithDouble(value); }
+
     virtual BOOL boolValue() const;
     virtual char charValue() const { return static_cast<char>(integerValue()); }
+    virtual std::uint8_t unsignedCharValue() const { return static_cast<std::uint8_t>(integerValue()); }
     virtual std::int16_t shortValue() const { return static_cast<std::int16_t>(integerValue()); }
+    virtual std::uint16_t unsignedShortValue() const { return static_cast<std::uint16_t>(integerValue()); }
     virtual std::int32_t intValue() const { return static_cast<std::int32_t>(integerValue()); }
     virtual std::uint32_t unsignedIntValue() const { return static_cast<std::uint32_t>(integerValue()); }
+    virtual std::int64_t longValue() const { return longLongValue(); }
+    virtual std::uint64_t unsignedLongValue() const { return unsignedLongLongValue(); }
     virtual std::int64_t longLongValue() const { return integerValue(); }
     virtual std::uint64_t unsignedLongLongValue() const;
     virtual float floatValue() const { return static_cast<float>(doubleValue()); }
     virtual double doubleValue() const;
 
     BOOL isEqual(id other) const override;
+    BOOL isEqualToValue(NSValue *other) const override { return isEqual(other); }
     virtual BOOL isEqualToNumber(NSNumber *other) const;
     std::uint32_t hash() const override;
     /// Orders by value. Throws InvalidArgumentException when `other` is no number.
@@ -52,6 +69,7 @@ public:
     NSString *stringValue() const override;
     NSString *description() const override { return stringValue(); }
     NSString *descriptionWithLocale(NSDictionary *locale) const override;
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
     // --- asNumberSupport ---
@@ -62,20 +80,21 @@ public:
 
 protected:
     virtual BOOL setUpWithBool(BOOL value);
+    virtual BOOL setUpWithChar(char value) { return setUpWithInt(value); }
+    virtual BOOL setUpWithUnsignedChar(std::uint8_t value) { return setUpWithInt(value); }
+    virtual BOOL setUpWithShort(std::int16_t value) { return setUpWithInt(value); }
+    virtual BOOL setUpWithUnsignedShort(std::uint16_t value) { return setUpWithInt(value); }
     virtual BOOL setUpWithInt(std::int32_t value);
     virtual BOOL setUpWithUnsignedInt(std::uint32_t value);
     virtual BOOL setUpWithLongLong(std::int64_t value);
     virtual BOOL setUpWithUnsignedLongLong(std::uint64_t value);
+    virtual BOOL setUpWithFloat(float value);
     virtual BOOL setUpWithDouble(double value);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
+    bool isReal() const { return type_ == Type::real32 || type_ == Type::real64; }
     std::int64_t integerValue() const;
-
-    Type type_ = Type::int32;
-    union {
-        std::int64_t integer_ = 0; // the bits, of unsigned 64-bit numbers too
-        double real_;
-    };
 };
 
 /// An integer of 64 bits.

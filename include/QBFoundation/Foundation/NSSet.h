@@ -87,6 +87,7 @@ public:
     /// Returns the elements as those of an array are described.
     NSString *description() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSSet> copy() const;
     Ref<NSMutableSet> mutableCopy() const;
@@ -98,26 +99,29 @@ public:
     /// Goes over the elements. Throws InvalidUseOfMethodException when the set was changed meanwhile.
     class Iterator {
     public:
-        explicit Iterator(const NSSet *set) : set_(set), mutations_(set->mutations_) { skipHoles(); }
-        id operator*() const { return set_->table_.begin()[index_].key; }
+        explicit Iterator(const NSSet *set)
+            : next_(set->table_.begin()), end_(set->table_.end()), set_(set), mutations_(set->mutations_) {
+            skipHoles();
+        }
+        id operator*() const { return next_->key; }
         Iterator &operator++() {
             if (set_->mutations_ != mutations_)
                 throwMutated();
-            ++index_;
+            ++next_;
             skipHoles();
             return *this;
         }
-        bool atEnd() const { return set_->table_.begin() + index_ >= set_->table_.end(); }
+        bool atEnd() const { return next_ == end_; }
         bool operator!=(const Iterator &) const { return !atEnd(); }
 
     private:
         void skipHoles() {
-            while (!atEnd() && !set_->table_.begin()[index_].key)
-                ++index_;
+            while (next_ != end_ && !next_->key)
+                ++next_;
         }
 
+        const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
         const NSSet *set_;
-        std::uint32_t index_ = 0;
         std::uint32_t mutations_;
     };
     Iterator begin() const { return Iterator(this); }
@@ -130,6 +134,7 @@ protected:
     virtual BOOL setUpWithObject(id object);
     virtual BOOL setUpWithArray(NSArray *array);
     virtual BOOL setUpWithSet(NSSet *other);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Adds an element that is not equal to one that is there.
     void insert(id object);
 

@@ -118,6 +118,8 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToString(NSString *other) const;
     std::uint32_t hash() const override;
+    /// What `hash` returns unless a subclass overrides it.
+    std::uint32_t ownHash() const { return flags_ & kKnowsHash ? hash_ : NSString::hash(); }
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
@@ -145,6 +147,7 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSString> copy() const;
     Ref<class NSMutableString> mutableCopy() const;
+    void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Formats ---
@@ -376,6 +379,7 @@ public:
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.
     virtual BOOL setUpWithBytes(const char *bytes, std::uint32_t length);
+    BOOL setUpWithCoder(NSCoder *coder) override;
     /// Replaces the bytes by a copy of others, for mutable subclasses.
     void replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by);
     /// The bytes of `range`. Throws NSRangeException, naming the selector, when it is not inside the text.

@@ -85,6 +85,7 @@ public:
 
     /// Returns the name.
     NSString *description() const override { return name(); }
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
     /// The rules behind the object, for the dates.
@@ -94,6 +95,7 @@ protected:
     virtual BOOL setUpWithName(NSString *name);
     virtual BOOL setUpWithAbbreviation(NSString *abbreviation);
     virtual BOOL setUpForSecondsFromGMT(std::int32_t seconds);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
     using Rules = std::shared_ptr<const qb::calendar::Zone>;

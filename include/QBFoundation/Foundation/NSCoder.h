@@ -1,0 +1,75 @@
+// Writing and reading the state of objects.
+#ifndef QBFOUNDATION_FOUNDATION_NSCODER_H
+#define QBFOUNDATION_FOUNDATION_NSCODER_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <cstdint>
+
+/// What objects write their state to in `encodeWithCoder:`, and read it from in `initWithCoder:`
+/// (`setUpWithCoder`); abstract.
+///
+/// A value is written from, and read into, a variable of the type that a code names: c C s S i I l L q Q for
+/// signed and unsigned char, short, int, long and 64 bits, B for bool, f float, d double, * a C string, @ an
+/// object, # a class, : a selector. Another code throws InvalidArgumentException. An integer may be read into
+/// another type than it was written from, if it fits.
+///
+/// Values with keys are for coders that `allowsKeyedCoding`; with others these operations throw
+/// InvalidUseOfMethodException, as all operations do for which a subclass is needed.
+class QB_EXPORT NSCoder : public NSObject {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    // --- In order ---
+
+    virtual void encodeValueOfObjCType(const char *type, const void *at);
+    /// Objects that are read belong to the pool, and C strings and bytes are valid as long as it.
+    virtual void decodeValueOfObjCType(const char *type, void *at);
+    virtual void encodeArrayOfObjCType(const char *type, std::uint32_t count, const void *at);
+    virtual void decodeArrayOfObjCType(const char *type, std::uint32_t count, void *at);
+    virtual void encodeBytes(const void *bytes, std::uint32_t length);
+    /// Returns the bytes and stores how many; null and 0 when there are none or after an error.
+    virtual const void *decodeBytesWithReturnedLength(std::uint32_t *length);
+    virtual void encodeObject(id object);
+    virtual id decodeObject();
+    /// Writes the object that all others hang on.
+    virtual void encodeRootObject(id object) { encodeObject(object); }
+    /// Writes the object only if it is also written otherwise; else it reads as nil. For references to the
+    /// owner.
+    virtual void encodeConditionalObject(id object) { encodeObject(object); }
+
+    // --- By key ---
+
+    virtual BOOL allowsKeyedCoding() const { return NO; }
+    /// Throws InvalidArgumentException when the object has written a value with that key already, or the key
+    /// is nil.
+    virtual void encodeValueOfObjCType(const char *type, const void *at, NSString *key);
+    /// Without a value of that key it stores zero.
+    virtual void decodeValueOfObjCType(const char *type, void *at, NSString *key);
+    virtual void encodeBytes(const void *bytes, std::uint32_t length, NSString *key);
+    virtual const void *decodeBytesForKey(NSString *key, std::uint32_t *returnedLength);
+    virtual BOOL containsValueForKey(NSString *key) const;
+    virtual void encodeConditionalObject(id object, NSString *key);
+
+    virtual void encodeObject(id object, NSString *key);
+    virtual void encodeBool(BOOL value, NSString *key);
+    virtual void encodeInt(std::int32_t value, NSString *key);
+    virtual void encodeInt32(std::int32_t value, NSString *key) { encodeInt(value, key); }
+    virtual void encodeInt64(std::int64_t value, NSString *key);
+    virtual void encodeFloat(float value, NSString *key);
+    virtual void encodeDouble(double value, NSString *key);
+    virtual id decodeObjectForKey(NSString *key);
+    virtual BOOL decodeBoolForKey(NSString *key);
+    virtual std::int32_t decodeIntForKey(NSString *key);
+    virtual std::int32_t decodeInt32ForKey(NSString *key) { return decodeIntForKey(key); }
+    virtual std::int64_t decodeInt64ForKey(NSString *key);
+    virtual float decodeFloatForKey(NSString *key);
+    virtual double decodeDoubleForKey(NSString *key);
+
+protected:
+    NSCoder() = default;
+};
+
+#endif

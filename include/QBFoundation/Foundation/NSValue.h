@@ -1,0 +1,70 @@
+// Plain values as objects.
+#ifndef QBFOUNDATION_FOUNDATION_NSVALUE_H
+#define QBFOUNDATION_FOUNDATION_NSVALUE_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSRange.h>
+
+#include <cstdint>
+
+/// A range, an address, or an object that is not retained; numbers are the subclass `NSNumber`.
+///
+/// A value does not change. Values are equal when they hold the same kind of value and the same value.
+class QB_EXPORT NSValue : public NSObject {
+public:
+    /// What was put in.
+    enum class Type : std::uint8_t {
+        boolean,
+        int32,
+        uint32,
+        int64,
+        uint64,
+        real32,
+        real64,
+        range,
+        pointer,
+        nonretainedObject
+    };
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    static NSValue *valueWithRange(NSRange range);
+    static NSValue *valueWithPointer(const void *pointer);
+    /// Returns a value that refers to `object` without keeping it alive.
+    static NSValue *valueWithNonretainedObject(id object);
+
+    Type type() const { return type_; }
+    /// Returns the letter of the type, as archives name it: "c", "i", "I", "q", "Q", "f", "d" for numbers
+    /// (BOOL is "c"), "{_NSRange=II}", "^v", "@".
+    virtual const char *objCType() const;
+    /// Returns the range. Throws InvalidUseOfMethodException when the value is of another type, as the next
+    /// two do.
+    virtual NSRange rangeValue() const;
+    virtual void *pointerValue() const;
+    virtual id nonretainedObjectValue() const;
+
+    BOOL isEqual(id other) const override;
+    virtual BOOL isEqualToValue(NSValue *other) const;
+    std::uint32_t hash() const override;
+    /// Returns "{location, length}" of a range, and the address of pointers and objects.
+    NSString *description() const override;
+    Ref<NSObject> copyWithZone(void *) const override { return self(); }
+
+protected:
+    NSValue() noexcept : integer_(0) {}
+
+    Type type_ = Type::int32;
+    union {
+        std::int64_t integer_; // the bits, of unsigned 64-bit numbers too
+        double real_;
+        NSRange range_;
+        void *pointer_;
+    };
+
+private:
+    static NSValue *make(Type type);
+    void requireType(Type type, const char *selector) const;
+};
+
+#endif

@@ -1,0 +1,85 @@
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+Class *NSMutableDictionary::cls() {
+    static const qb::Method methods[] = {
+        qb::maker<"dictionaryWithCapacity:">(&NSMutableDictionary::setUpWithCapacity),
+        qb::initialiser<"initWithCapacity:">(&NSMutableDictionary::setUpWithCapacity),
+        qb::method<"setObject:forKey:">(&NSMutableDictionary::setObjectForKey),
+        qb::method<"removeObjectForKey:">(&NSMutableDictionary::removeObjectForKey),
+        qb::method<"removeAllObjects">(&NSMutableDictionary::removeAllObjects),
+        qb::method<"removeObjectsForKeys:">(&NSMutableDictionary::removeObjectsForKeys),
+        qb::method<"addEntriesFromDictionary:">(&NSMutableDictionary::addEntriesFromDictionary),
+        qb::method<"setDictionary:">(&NSMutableDictionary::setDictionary),
+    };
+    static Class *const self =
+        new Class("NSMutableDictionary", NSDictionary::cls(), {methods}, qb::construct<NSMutableDictionary>);
+    return self;
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWith(std::initializer_list<Pair> keysAndValues) {
+    auto dictionary = Ref<NSMutableDictionary>::adopt(new NSMutableDictionary);
+    for (const auto &[key, value] : keysAndValues)
+        dictionary->store(key, value);
+    return dictionary;
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithCapacity(std::uint32_t capacity) {
+    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithCapacity, capacity);
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary(NSDictionary *other) {
+    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithDictionary, other);
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
+    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjectsForKeys, objects, forKeys);
+}
+
+BOOL NSMutableDictionary::setUpWithCapacity(std::uint32_t capacity) {
+    table_.reserve(capacity);
+    return YES;
+}
+
+void NSMutableDictionary::setObjectForKey(id object, id key) {
+    store(key, object);
+}
+
+void NSMutableDictionary::removeObjectForKey(id key) {
+    if (!key || !table_.find(key))
+        return;
+    ++mutations_; // first, because a destructor may come back to this dictionary
+    table_.remove(key);
+}
+
+void NSMutableDictionary::removeAllObjects() {
+    ++mutations_;
+    table_.removeAll();
+}
+
+void NSMutableDictionary::removeObjectsForKeys(NSArray *keys) {
+    if (!keys)
+        return;
+    const Ref<NSArray> kept = NSArray::initWithArray(keys); // a removed value may own the array
+    for (id key : *kept)
+        removeObjectForKey(key);
+}
+
+void NSMutableDictionary::addEntriesFromDictionary(NSDictionary *other) {
+    if (!other || other == this)
+        return;
+    for (const auto &[key, value] : *other)
+        setObjectForKey(value, key);
+}
+
+void NSMutableDictionary::setDictionary(NSDictionary *other) {
+    if (other == this)
+        return;
+    const Ref<NSDictionary> kept = other; // which a value of this dictionary may own
+    removeAllObjects();
+    addEntriesFromDictionary(other);
+}
+
+Ref<NSObject> NSMutableDictionary::copyWithZone(void *) const {
+    return NSDictionary::initWithDictionary(static_cast<NSDictionary *>(self()));
+}

@@ -1,0 +1,224 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCoder.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDate.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSSet.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
+
+#include "Calendar/Zone.h"
+#include "Foundation/ArchiveFormat.h"
+#include "Foundation/DateParts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+// How the classes of the value model write themselves. They use no keys, so that they stand in both kinds of
+// archives; a reader that has failed gives them zeros and nil, which they refuse or which nobody will see.
+
+namespace {
+
+template <class T>
+void encode(NSCoder *coder, const char *type, T value) {
+    coder->encodeValueOfObjCType(type, &value);
+}
+
+template <class T>
+T decode(NSCoder *coder, const char *type) {
+    T value{};
+    coder->decodeValueOfObjCType(type, &value);
+    return value;
+}
+
+void encodeCount(NSCoder *coder, std::uint32_t count) {
+    encode(coder, "I", count);
+}
+
+/// Reads a count and as many objects. Returns false when one of them is missing.
+bool decodeObjects(NSCoder *coder, std::vector<id> &objects) {
+    for (auto count = decode<std::uint32_t>(coder, "I"); count > 0; --count) {
+        objects.push_back(coder->decodeObject()); // a count that is too large ends at the first missing one
+        if (!objects.back())
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+const std::vector<Class *> &qb::archive::valueClasses() {
+    static const auto &classes = *new std::vector<Class *>{
+        NSArray::cls(),        NSCalendarDate::cls(),  NSData::cls(),
+        NSDate::cls(),         NSDictionary::cls(),    NSLongLongNumber::cls(),
+        NSMutableArray::cls(), NSMutableData::cls(),   NSMutableDictionary::cls(),
+        NSMutableSet::cls(),   NSMutableString::cls(), NSNumber::cls(),
+        NSSet::cls(),          NSString::cls(),        NSTimeZone::cls(),
+    };
+    return classes;
+}
+
+bool qb::archive::isValueClass(Class *cls) {
+    const std::vector<Class *> &classes = valueClasses();
+    return std::find(classes.begin(), classes.end(), cls) != classes.end();
+}
+
+// --- Bytes ---
+
+void NSString::encodeWithCoder(NSCoder *coder) const {
+    coder->encodeBytes(bytes_, byteLength_);
+}
+
+BOOL NSString::setUpWithCoder(NSCoder *coder) {
+    std::uint32_t length = 0;
+    const void *const bytes = coder->decodeBytesWithReturnedLength(&length);
+    return setUpWithBytes(length ? static_cast<const char *>(bytes) : "", length);
+}
+
+void NSData::encodeWithCoder(NSCoder *coder) const {
+    coder->encodeBytes(bytes_, length_);
+}
+
+BOOL NSData::setUpWithCoder(NSCoder *coder) {
+    std::uint32_t length = 0;
+    const void *const bytes = coder->decodeBytesWithReturnedLength(&length);
+    return setUpWithBytes(bytes, length);
+}
+
+// --- Numbers ---
+
+void NSNumber::encodeWithCoder(NSCoder *coder) const {
+    encode(coder, "C", static_cast<std::uint8_t>(type_));
+    if (type_ == Type::real32 || type_ == Type::real64)
+        encode(coder, "d", real_);
+    else if (type_ == Type::uint64)
+        encode(coder, "Q", static_cast<std::uint64_t>(integer_));
+    else
+        encode(coder, "q", integer_);
+}
+
+BOOL NSNumber::setUpWithCoder(NSCoder *coder) {
+    const auto type = decode<std::uint8_t>(coder, "C");
+    switch (static_cast<Type>(type)) {
+    case Type::boolean:
+        return setUpWithBool(decode<BOOL>(coder, "c"));
+    case Type::int32:
+        return setUpWithInt(decode<std::int32_t>(coder, "i"));
+    case Type::uint32:
+        return setUpWithUnsignedInt(decode<std::uint32_t>(coder, "I"));
+    case Type::int64:
+        return setUpWithLongLong(decode<std::int64_t>(coder, "q"));
+    case Type::uint64:
+        return setUpWithUnsignedLongLong(decode<std::uint64_t>(coder, "Q"));
+    case Type::real32:
+        return setUpWithFloat(static_cast<float>(decode<double>(coder, "d")));
+    case Type::real64:
+        return setUpWithDouble(decode<double>(coder, "d"));
+    default:
+        return NO;
+    }
+}
+
+// --- Containers ---
+
+void NSArray::encodeWithCoder(NSCoder *coder) const {
+    encodeCount(coder, count_);
+    for (id element : *this)
+        coder->encodeObject(element);
+}
+
+BOOL NSArray::setUpWithCoder(NSCoder *coder) {
+    std::vector<id> elements;
+    return decodeObjects(coder, elements) &&
+           setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()));
+}
+
+void NSSet::encodeWithCoder(NSCoder *coder) const {
+    encodeCount(coder, count());
+    for (id element : *this)
+        coder->encodeObject(element);
+}
+
+BOOL NSSet::setUpWithCoder(NSCoder *coder) {
+    std::vector<id> elements;
+    return decodeObjects(coder, elements) &&
+           setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size())) &&
+           count() == elements.size();
+}
+
+void NSDictionary::encodeWithCoder(NSCoder *coder) const {
+    encodeCount(coder, count());
+    for (const auto &[key, value] : *this) {
+        coder->encodeObject(key);
+        coder->encodeObject(value);
+    }
+}
+
+BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
+    const auto wanted = decode<std::uint32_t>(coder, "I");
+    for (std::uint32_t i = 0; i < wanted; ++i) {
+        const id key = coder->decodeObject();
+        const id value = coder->decodeObject();
+        if (!key || !value)
+            return NO;
+        store(key, value);
+    }
+    return count() == wanted;
+}
+
+// --- Dates ---
+
+void NSDate::encodeWithCoder(NSCoder *coder) const {
+    encode(coder, "d", timeIntervalSinceReferenceDate());
+}
+
+BOOL NSDate::setUpWithCoder(NSCoder *coder) {
+    const auto interval = decode<NSTimeInterval>(coder, "d");
+    return !std::isnan(interval) && setUpWithTimeIntervalSinceReferenceDate(interval);
+}
+
+void NSCalendarDate::encodeWithCoder(NSCoder *coder) const {
+    NSDate::encodeWithCoder(coder);
+    coder->encodeObject(zone_);
+    coder->encodeObject(format_);
+}
+
+BOOL NSCalendarDate::setUpWithCoder(NSCoder *coder) {
+    if (!NSDate::setUpWithCoder(coder))
+        return NO;
+    auto *const zone = qb::castOrNil<NSTimeZone>(coder->decodeObject());
+    const id format = coder->decodeObject();
+    if (!zone || (format && !format->isKindOfClass(NSString::cls())))
+        return NO;
+    setTimeZone(zone);
+    setCalendarFormat(static_cast<NSString *>(format));
+    return YES;
+}
+
+void NSTimeZone::encodeWithCoder(NSCoder *coder) const {
+    coder->encodeObject(name());
+    const BOOL isFixed = zone_->isFixed();
+    encode(coder, "c", isFixed);
+    if (!isFixed)
+        return;
+    const qb::calendar::ZoneOffset offset = zone_->offsetAt(0);
+    encode(coder, "i", offset.seconds);
+    encode(coder, "c", static_cast<BOOL>(offset.isDst));
+}
+
+BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
+    auto *const name = qb::castOrNil<NSString>(coder->decodeObject());
+    const auto isFixed = decode<BOOL>(coder, "c");
+    if (!name)
+        return NO;
+    if (isFixed) {
+        const auto seconds = decode<std::int32_t>(coder, "i");
+        return setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), decode<BOOL>(coder, "c")));
+    }
+    // A system's zone may be known by its rule only.
+    return setUpWithName(name) || setUpWithRules(qb::calendar::zoneFromRule(name->view()));
+}

@@ -1,0 +1,465 @@
+#include <QBFoundation/Foundation/NSArchiver.h>
+
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSSet.h>
+#include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "Text/Hex.h"
+#include "support/PoolFixture.h"
+#include "support/RandomValues.h"
+#include "support/SmallStack.h"
+#include "support/TemporaryDirectory.h"
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+
+using namespace std::string_literals;
+using NSArchiverTest = PoolFixture;
+
+namespace {
+
+/// A client's class whose objects know those that own them.
+class TreeNode : public NSObject {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    static TreeNode *node() { return qb::init<TreeNode>(&TreeNode::setUp).autorelease(); }
+
+    void encodeWithCoder(NSCoder *coder) const override {
+        coder->encodeObject(children, "children"_ns);
+        coder->encodeConditionalObject(parent, "parent"_ns);
+        coder->encodeInt(number, "number"_ns);
+    }
+
+    Ref<NSMutableArray> children = NSMutableArray::init();
+    TreeNode *parent = nullptr; // not retained
+    int number = 0;
+    static inline int made = 0;
+
+    TreeNode() { ++made; }
+
+protected:
+    BOOL setUpWithCoder(NSCoder *coder) override {
+        number = coder->decodeIntForKey("number"_ns);
+        parent = qb::castOrNil<TreeNode>(coder->decodeObjectForKey("parent"_ns));
+        children = qb::castOrNil<NSMutableArray>(coder->decodeObjectForKey("children"_ns));
+        return children != nullptr && number >= 0;
+    }
+};
+
+Class *TreeNode::cls() {
+    static const qb::Method methods[] = {
+        qb::initialiser<"initWithCoder:">(&TreeNode::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&TreeNode::encodeWithCoder),
+    };
+    static Class *const self = new Class("TreeNode", NSObject::cls(), methods, qb::construct<TreeNode>);
+    return self;
+}
+
+NSData *bytes(std::string_view text) {
+    return NSData::dataWith(std::as_bytes(std::span(text)));
+}
+
+std::string_view textOf(NSData *data) {
+    return {static_cast<const char *>(data->bytes()), data->length()};
+}
+
+NSArray *nodeClasses() {
+    NSMutableArray *classes = NSMutableArray::arrayWithArray(NSUnarchiver::valueClasses());
+    classes->addObject(TreeNode::cls());
+    return classes;
+}
+
+id nestedArrays(unsigned depth) {
+    Ref<NSArray> outer = NSArray::init();
+    for (unsigned i = 1; i < depth; ++i)
+        outer = NSArray::initWith({outer.get()});
+    return outer.autorelease();
+}
+
+/// An archive of those names, objects (class and values) and root.
+NSData *archiveOf(std::initializer_list<std::string> names, std::initializer_list<std::string> objects,
+                  const std::string &root) {
+    const auto counted = [](const std::string &text) {
+        return std::string(1, static_cast<char>(text.size())) + text;
+    };
+    std::string archive = "QBAR\1"s + static_cast<char>(names.size());
+    for (const std::string &name : names)
+        archive += counted(name);
+    archive += static_cast<char>(objects.size());
+    for (const std::string &object : objects)
+        archive += object.substr(0, 1) + counted(object.substr(1));
+    return bytes(archive + counted(root));
+}
+
+} // namespace
+
+TEST_F(NSArchiverTest, RandomTreesComeBackEqualWithTheirClassesAndSharedObjects) {
+    const auto seed = std::random_device{}();
+    for (std::uint32_t i = 0; i < 300; ++i) {
+        NSAutoreleasePool pool;
+        RandomValues random(seed + i);
+        const id value = random.value(5);
+        NSData *inOrder = NSArchiver::archivedDataWithRootObject(value);
+        NSData *keyed = NSKeyedArchiver::archivedDataWithRootObject(value);
+        const id read = NSUnarchiver::unarchiveObjectWithData(inOrder);
+        ASSERT_TRUE(read && read->isEqual(value)) << "seed " << seed << ", " << i;
+        ASSERT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithData(keyed)->isEqual(value)) << "seed " << seed;
+        // The same bytes again: nothing that the archive holds was lost on the way.
+        ASSERT_TRUE(NSArchiver::archivedDataWithRootObject(read)->isEqual(inOrder)) << "seed " << seed;
+    }
+}
+
+TEST_F(NSArchiverTest, BytesAreThoseOfTheFormat) {
+    NSNumber *number = NSNumber::numberWithInt(-3);
+    NSData *data = NSArchiver::archivedDataWithRootObject(NSArray::arrayWith({number, "ab"_ns, number}));
+    EXPECT_EQ(textOf(data), "QBAR\1"
+                            "\3\7NSArray\10NSNumber\10NSString"
+                            "\3"
+                            "\1\10\3\6\2\1\2\2\2\1"
+                            "\2\4\3\2\3\5"
+                            "\3\4\6\2ab"
+                            "\2\2\0"s);
+}
+
+TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
+    const id value = NSDictionary::dictionaryWith(
+        {{"key"_ns, NSArray::arrayWith({NSNumber::numberWithDouble(0.1), NSDate::distantPast()})}});
+    for (NSData *data : {NSArchiver::archivedDataWithRootObject(value),
+                         NSKeyedArchiver::archivedDataWithRootObject(value)}) {
+        for (std::uint32_t length = 0; length < data->length(); ++length) {
+            ErrorExpectation error(900002);
+            EXPECT_EQ(
+                NSKeyedUnarchiver::unarchiveObjectWithData(NSData::dataWithBytes(data->bytes(), length)),
+                nullptr)
+                << length;
+        }
+        ErrorExpectation error(900002);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(bytes(std::string(textOf(data)) + '\0')), nullptr);
+        EXPECT_EQ(error.values(), std::to_string(data->length()) + " something stands behind its end");
+    }
+}
+
+TEST_F(NSArchiverTest, ChangedBytesGiveAnObjectOrOneError) {
+    const auto seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (std::uint32_t i = 0; i < 3000; ++i) {
+        NSAutoreleasePool pool;
+        RandomValues values(seed + i);
+        std::string archive(textOf(NSArchiver::archivedDataWithRootObject(values.value(3))));
+        for (int changes = 1 + static_cast<int>(random() % 3); changes > 0; --changes)
+            archive[random() % archive.size()] = static_cast<char>(random());
+        const std::size_t before = recordingErrorHandler()->raised.size();
+        const id read = NSUnarchiver::unarchiveObjectWithData(bytes(archive));
+        const std::size_t raised = recordingErrorHandler()->raised.size() - before;
+        ASSERT_LE(raised, read ? 0u : 1u) << "seed " << seed << ", " << i;
+        ERRORHANDLER->clearErrorStack();
+    }
+}
+
+TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
+    const std::string one = "\2\0"s; // the root's value: object 0
+    const struct {
+        NSData *archive;
+        const char *values;
+    } rows[] = {
+        {nullptr, "0 it is no archive"},
+        {bytes("QBAX\1"), "0 it is no archive"},
+        {bytes("QBAR\2"), "4 it is of another version"},
+        {bytes("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
+         "5 a count is not in its shortest form, or larger than 64 bits"},
+        {bytes("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
+        {bytes("QBAR\1\xff\xff\xff\xff\x0f"), "10 it ends within a count"},
+        {bytes("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
+        {bytes("QBAR\1\0\xff\xff\xff\xff\xff\xff\xff\xff\xff\1"s), "16 it ends within a count"},
+        {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
+        {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
+        {archiveOf({"NSString"}, {"\0\6\1a"s}, one), "16 an object has no class"},
+        {archiveOf({"NSString"}, {"\1\6\1a"}, "\2\1"), "22 an index is too large"},
+        {archiveOf({"NSString"}, {"\1\6\1a"}, "\12"), "22 a value has an unknown type"},
+        {archiveOf({"NSString"}, {"\1\6\1a"}, "\3\0"s), "22 a value has another type than its class reads"},
+        {archiveOf({"NSString"}, {"\1\6\2a"}, one), "19 it has less bytes than a length says"},
+        {archiveOf({"NSString"}, {"\1"}, one), "18 an object has less values than its class reads"},
+        {archiveOf({"NSString"}, {"\1\6\1a\0"s}, one),
+         "21 an object of class 'NSString' has more values than it reads"},
+        {archiveOf({"NSString"}, {"\1\3\2"}, one), "18 a value has another type than its class reads"},
+        {archiveOf({"NSDate"}, {"\1\5\0\0\0\0\0\0\xf8\x7f"s}, one),
+         "16 an object of class 'NSDate' can't have its values"},
+        {archiveOf({"NSDate"}, {"\1\5\0\0\0\0\0\0\xf8"s}, one), "16 it ends within a value"},
+        {archiveOf({"NSArray"}, {"\1\3\4\0"s}, one), "17 an object of class 'NSArray' can't have its values"},
+        {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x1f\1"}, one),
+         "24 an object has less values than its class reads"},
+        {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x7f\1"}, one),
+         "17 a value does not fit the type that its class reads"},
+        {archiveOf({"NSArray"}, {"\1\3\2\2\0"s}, one), "19 a container holds itself"},
+        {archiveOf({"NSMutableArray", "NSSet"}, {"\1\3\2\2\1", "\2\3\2\2\0"s}, one),
+         "38 a container holds itself"},
+        {archiveOf({"NSFileManager"}, {"\1"}, one),
+         "24 the class 'NSFileManager' is not among those that are accepted"},
+        {archiveOf({"QBNil"}, {"\1"}, one), "16 the class 'QBNil' is not among those that are accepted"},
+        {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
+         "24 an object of class 'NSCalendarDate' can't have its values"},
+        {archiveOf({"NSNumber"}, {"\1\3\14\3\2"}, one),
+         "18 an object of class 'NSNumber' can't have its values"},
+        {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
+        {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
+        {archiveOf({"k"}, {}, "\11\0\0"s), "13 an object has less values than its class reads"},
+    };
+    for (const auto &row : rows) {
+        ErrorExpectation error(900002);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(row.archive), nullptr) << row.values;
+        EXPECT_EQ(error.values(), row.values);
+        EXPECT_EQ(error.place().substr(0, 28), "src/Foundation/NSUnarchiver:");
+    }
+}
+
+TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
+    EXPECT_TRUE(runOnSmallStack([] {
+        NSAutoreleasePool pool;
+        NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
+        EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
+        for (const unsigned depth : {257u, 1'000'000u}) {
+            ErrorExpectation error(900005);
+            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
+            EXPECT_EQ(error.values(), "objects lie inside each other deeper than 256");
+        }
+        std::string objects;
+        for (unsigned i = 1; i <= 300; ++i) // each array holds the next
+            objects += "\1"s + (i < 128 ? "\4\3\2\2" : "\5\3\2\2") +
+                       (i < 128 ? ""s : std::string(1, static_cast<char>(0x80 | i))) +
+                       static_cast<char>(i < 128 ? i : i >> 7);
+        ErrorExpectation error(900002);
+        EXPECT_EQ(
+            NSUnarchiver::unarchiveObjectWithData(bytes("QBAR\1\1\7NSArray\xad\2" + objects + "\1\0\2\2\0"s)),
+            nullptr);
+        EXPECT_NE(error.values().find("objects lie inside each other deeper than 256"), std::string::npos)
+            << error.values();
+    }));
+}
+
+TEST_F(NSArchiverTest, ContainersThatHoldThemselvesAreRefused) {
+    const Ref<NSMutableArray> array = NSMutableArray::init();
+    array->addObject(NSDictionary::dictionaryWith({{"array"_ns, array.get()}}));
+    {
+        ErrorExpectation error(900005);
+        EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr);
+        EXPECT_EQ(error.values(), "a container holds itself");
+    }
+    array->removeAllObjects();
+}
+
+TEST_F(NSArchiverTest, ObjectsOfClientsMayReferToEachOther) {
+    TreeNode *root = TreeNode::node(), *child = TreeNode::node();
+    root->number = 7;
+    root->children->addObject(child);
+    root->children->addObject(child);
+    child->parent = root;
+    NSData *data = NSKeyedArchiver::archivedDataWithRootObject(root);
+    auto *read = static_cast<TreeNode *>(NSKeyedUnarchiver::unarchiveObjectWithData(data, nodeClasses()));
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->number, 7);
+    auto *readChild = static_cast<TreeNode *>(read->children->objectAtIndex(0));
+    EXPECT_EQ(readChild, read->children->objectAtIndex(1));
+    EXPECT_EQ(readChild->parent, read);
+    // The owner is not written for the child's sake.
+    data = NSKeyedArchiver::archivedDataWithRootObject(child);
+    read = static_cast<TreeNode *>(NSKeyedUnarchiver::unarchiveObjectWithData(data, nodeClasses()));
+    EXPECT_EQ(read->parent, nullptr);
+}
+
+TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
+    TreeNode *node = TreeNode::node();
+    NSData *data = NSKeyedArchiver::archivedDataWithRootObject(NSArray::arrayWithObject(node));
+    const int before = TreeNode::made;
+    {
+        ErrorExpectation error(900002);
+        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data), nullptr);
+    }
+    EXPECT_EQ(TreeNode::made, before);
+    {
+        ErrorExpectation error(900002); // named, but the array that it stands in is not
+        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data, NSArray::arrayWithObject(TreeNode::cls())),
+                  nullptr);
+    }
+    NSKeyedUnarchiver *reader = NSKeyedUnarchiver::initForReadingWithData(data).autorelease();
+    reader->setAllowedClasses(nodeClasses());
+    EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()));
+    EXPECT_NE(reader->decodeRootObject(), nullptr);
+    EXPECT_THROW(reader->setAllowedClasses(nullptr), InvalidArgumentException);
+    EXPECT_THROW(reader->setAllowedClasses(NSArray::arrayWithObject("NSString"_ns)),
+                 InvalidArgumentException);
+    node->number = -1; // which its class refuses
+    ErrorExpectation error(900002);
+    EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(node),
+                                                         nodeClasses()),
+              nullptr);
+}
+
+TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
+    const Ref<NSMutableData> data = NSMutableData::initWithBytes("x", 1);
+    const Ref<NSArchiver> writer = NSArchiver::initForWritingWithMutableData(data);
+    const signed char small = -128;
+    const std::uint64_t large = UINT64_MAX;
+    const long word = -5;
+    const float real = 0.1f;
+    const char *text = "text", *none = nullptr;
+    SEL selector = "encodeObject:forKey:"_sel, noSelector = nullptr;
+    Class *cls = NSArchiver::cls();
+    const std::uint16_t row[] = {1, 65535, 3};
+    writer->encodeValueOfObjCType("c", &small);
+    writer->encodeValueOfObjCType("Q", &large);
+    writer->encodeValueOfObjCType("l", &word);
+    writer->encodeValueOfObjCType("f", &real);
+    writer->encodeValueOfObjCType("*", &text);
+    writer->encodeValueOfObjCType("*", &none);
+    writer->encodeValueOfObjCType(":", &selector);
+    writer->encodeValueOfObjCType(":", &noSelector);
+    writer->encodeValueOfObjCType("#", &cls);
+    writer->encodeArrayOfObjCType("S", 3, row);
+    writer->encodeBytes("a\0b", 3);
+    writer->encodeObject(nullptr);
+    writer->encodeObject(QBNil::value());
+    EXPECT_EQ(writer->archiverData(), data.get());
+    EXPECT_EQ(textOf(data).substr(0, 5), "xQBAR"); // behind what was there
+    EXPECT_THROW(writer->encodeObject(nullptr), InvalidUseOfMethodException);
+
+    NSData *archive = NSData::dataWithBytes(static_cast<const char *>(data->bytes()) + 1, data->length() - 1);
+    const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(archive);
+    std::int64_t wide = 0;
+    std::uint64_t readLarge = 0;
+    long readWord = 0;
+    double readReal = 0;
+    const char *readText = nullptr, *readNone = "";
+    SEL readSelector = nullptr, readNoSelector = selector;
+    Class *readClass = nullptr;
+    std::uint16_t readRow[3] = {};
+    std::uint32_t length = 0;
+    reader->decodeValueOfObjCType("q", &wide); // into a wider one
+    reader->decodeValueOfObjCType("Q", &readLarge);
+    reader->decodeValueOfObjCType("l", &readWord);
+    reader->decodeValueOfObjCType("d", &readReal);
+    reader->decodeValueOfObjCType("*", &readText);
+    reader->decodeValueOfObjCType("*", &readNone);
+    reader->decodeValueOfObjCType(":", &readSelector);
+    reader->decodeValueOfObjCType(":", &readNoSelector);
+    reader->decodeValueOfObjCType("#", &readClass);
+    reader->decodeArrayOfObjCType("S", 3, readRow);
+    const void *readBytes = reader->decodeBytesWithReturnedLength(&length);
+    EXPECT_EQ(wide, -128);
+    EXPECT_EQ(readLarge, UINT64_MAX);
+    EXPECT_EQ(readWord, -5);
+    EXPECT_EQ(readReal, static_cast<double>(0.1f));
+    EXPECT_STREQ(readText, "text");
+    EXPECT_EQ(readNone, nullptr);
+    EXPECT_EQ(readSelector, selector);
+    EXPECT_EQ(readNoSelector, nullptr);
+    EXPECT_EQ(readClass, NSArchiver::cls());
+    EXPECT_EQ(readRow[1], 65535);
+    EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
+    EXPECT_EQ(reader->decodeObject(), nullptr);
+    EXPECT_FALSE(reader->isAtEnd());
+    EXPECT_EQ(reader->decodeObject(), QBNil::value());
+    EXPECT_TRUE(reader->isAtEnd());
+    EXPECT_THROW(reader->decodeValueOfObjCType("z", &wide), InvalidArgumentException);
+    EXPECT_THROW(reader->decodeValueOfObjCType("ii", &wide), InvalidArgumentException);
+}
+
+TEST_F(NSArchiverTest, ValuesThatDoNotFitAreErrorsAndStayZero) {
+    const auto readAs = [](const char *written, const void *value, const char *type) {
+        const Ref<NSArchiver> writer = NSArchiver::init();
+        writer->encodeValueOfObjCType(written, value);
+        const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(writer->archiverData());
+        ErrorExpectation error(900002);
+        char target[8] = {1, 1, 1, 1, 1, 1, 1, 1};
+        reader->decodeValueOfObjCType(type, target);
+        EXPECT_EQ(target[0], 0) << written << type;
+    };
+    const std::int32_t wide = 128, negative = -1;
+    const std::uint64_t large = 1ULL << 63;
+    const double precise = 0.1;
+    readAs("i", &wide, "c");
+    readAs("i", &negative, "L");
+    readAs("Q", &large, "q");
+    readAs("d", &precise, "f");
+    readAs("d", &precise, "i");
+    readAs("i", &wide, "d");
+}
+
+TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
+    const Ref<NSKeyedArchiver> writer = NSKeyedArchiver::init();
+    SEL selector = "length"_sel;
+    writer->encodeInt(INT32_MIN, "int"_ns);
+    writer->encodeInt64(INT64_MIN, "int64"_ns);
+    writer->encodeDouble(0.1, "double"_ns);
+    writer->encodeFloat(0.5f, "float"_ns);
+    writer->encodeBool(YES, "bool"_ns);
+    writer->encodeBytes("abc", 3, "bytes"_ns);
+    writer->encodeObject("text"_ns, "object"_ns);
+    writer->encodeObject(nullptr, "nil"_ns);
+    writer->encodeValueOfObjCType(":", &selector, "selector"_ns);
+    EXPECT_REASON(writer->encodeInt(1, "int"_ns),
+                  "NSKeyedArchiver encodeValueOfObjCType:at:forKey: must have a "
+                  "key that the object has not used yet.");
+    EXPECT_THROW(writer->encodeObject(nullptr, nullptr), InvalidArgumentException);
+
+    const Ref<NSKeyedUnarchiver> reader = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
+    EXPECT_EQ(describe(reader->decodeObjectForKey("object"_ns)), "text");
+    EXPECT_EQ(reader->decodeObjectForKey("object"_ns), reader->decodeObjectForKey("object"_ns));
+    EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
+    EXPECT_FALSE(reader->containsValueForKey("other"_ns));
+    EXPECT_EQ(reader->decodeObjectForKey("other"_ns), nullptr);
+    EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
+    std::uint32_t length = 0;
+    EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "abc", 3), 0);
+    EXPECT_EQ(length, 3u);
+    EXPECT_EQ(reader->decodeBoolForKey("bool"_ns), YES);
+    EXPECT_EQ(reader->decodeFloatForKey("float"_ns), 0.5f);
+    EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
+    EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
+    SEL read = nullptr;
+    reader->decodeValueOfObjCType(":", &read, "selector"_ns);
+    EXPECT_EQ(read, selector);
+    {
+        ErrorExpectation error(900002);
+        EXPECT_EQ(reader->decodeIntForKey("int64"_ns), 0);
+    }
+    EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0); // nothing is read after an error
+    EXPECT_THROW(NSArchiver::init()->encodeInt(1, "key"_ns), InvalidUseOfMethodException);
+}
+
+TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
+    const Ref<NSArchiver> writer = NSArchiver::init();
+    EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
+                  "NSArchiver encodeWithCoder: is not for objects of this class.");
+    ErrorExpectation error(900005);
+    EXPECT_EQ(writer->archiverData(), nullptr);
+    EXPECT_EQ(error.values(), "an object could not write itself");
+}
+
+TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
+    TemporaryDirectory directory;
+    const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
+    EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
+    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
+    {
+        ErrorExpectation error(100039);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr);
+    }
+    {
+        ErrorExpectation error(900005);
+        EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
+    }
+    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
+    const id data = send(NSKeyedArchiver::cls(), "archivedDataWithRootObject:"_sel, value);
+    EXPECT_TRUE(send(NSKeyedUnarchiver::cls(), "unarchiveObjectWithData:"_sel, data)->isEqual(value));
+    EXPECT_TRUE(value->respondsToSelector("encodeWithCoder:"_sel));
+    EXPECT_FALSE(QBNil::value()->respondsToSelector("encodeWithCoder:"_sel));
+}

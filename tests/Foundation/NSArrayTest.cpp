@@ -1,0 +1,273 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+using NSArrayTest = PoolFixture;
+
+namespace {
+
+// An array of the text's characters as strings.
+NSMutableArray *letters(std::string_view text) {
+    NSMutableArray *const array = NSMutableArray::array();
+    for (const char &letter : text)
+        array->addObject(NSString::stringWith({&letter, 1}));
+    return array;
+}
+
+std::string joined(NSArray *array) {
+    return array ? std::string(array->componentsJoinedByString(nullptr)->view()) : "nil";
+}
+
+int byFirstByte(id a, id b, void *calls) {
+    ++*static_cast<int *>(calls);
+    return static_cast<NSString *>(a)->cString()[0] - static_cast<NSString *>(b)->cString()[0];
+}
+
+int throwing(id, id, void *calls) {
+    if (++*static_cast<int *>(calls) == 7)
+        throw InvalidArgumentException("enough");
+    return 1;
+}
+
+int emptying(id, id, void *array) {
+    static_cast<NSMutableArray *>(array)->removeAllObjects();
+    return 0;
+}
+
+int random(id, id, void *) {
+    static std::mt19937 generator(1);
+    return static_cast<int>(generator() % 3) - 1;
+}
+
+/// Comes back to the array that owned it when it goes.
+class Returner : public NSObject {
+public:
+    explicit Returner(NSMutableArray *array) : array_(array) {}
+    ~Returner() override { array_->addObject("z"_ns); }
+
+private:
+    NSMutableArray *array_;
+};
+
+} // namespace
+
+TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
+    NSString *const second = NSString::stringWith("a");
+    NSArray *const array = NSArray::arrayWithObjects("a"_ns, "b"_ns, second, "c"_ns);
+    EXPECT_EQ(array->indexOfObject(second), 0u);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo(second), 2u);
+    EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 3)), 2u);
+    EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 1)), NSNotFound);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo(second, NSMakeRange(0, 2)), NSNotFound);
+    EXPECT_EQ(array->indexOfObject(nullptr), NSNotFound);
+    EXPECT_FALSE(array->containsObject("d"_ns));
+    EXPECT_EQ(array->firstObject(), "a"_ns);
+    EXPECT_EQ(array->lastObject(), "c"_ns);
+    EXPECT_EQ(NSArray::array()->firstObject(), nullptr);
+    EXPECT_EQ(describe(array->firstObjectCommonWithArray(letters("xcb"))), "b");
+    EXPECT_EQ(array->firstObjectCommonWithArray(letters("xyz")), nullptr);
+    EXPECT_REASON(array->indexOfObject("a"_ns, NSMakeRange(UINT32_MAX, UINT32_MAX)),
+                  "NSArray indexOfObject:inRange: must have a range inside the 4 elements.");
+    EXPECT_REASON(array->objectAtIndex(4), "NSArray objectAtIndex: must have an index below 4, not 4.");
+}
+
+TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
+    NSArray *const abc = letters("abc");
+    EXPECT_EQ(joined(abc->subarrayWithRange(NSMakeRange(1, 2))), "bc");
+    EXPECT_EQ(joined(abc->subarrayWithRange(NSMakeRange(3, 0))), "");
+    EXPECT_THROW(abc->subarrayWithRange(NSMakeRange(2, 2)), NSRangeException);
+    EXPECT_EQ(joined(abc->arrayByAddingObject("d"_ns)), "abcd");
+    EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
+    EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(nullptr)), "abc");
+    EXPECT_THROW(abc->arrayByAddingObject(nullptr), InvalidArgumentException);
+    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
+    EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");
+    id buffer[2] = {};
+    abc->getObjects(buffer, NSMakeRange(1, 2));
+    EXPECT_EQ(describe(buffer[0]) + describe(buffer[1]), "bc");
+    NSMutableArray *const lists = NSMutableArray::arrayWithObjects(letters("a"), letters("b"));
+    const Ref<NSArray> copies = NSArray::initWithArray(lists, /*copyItems=*/YES);
+    lists->makeObjectsPerformSelector("addObject:"_sel, "x"_ns);
+    lists->makeObjectsPerformSelector("removeLastObject"_sel);
+    lists->makeObjectsPerformSelector("addObject:"_sel, "y"_ns);
+    EXPECT_EQ(describe(lists), "((a, y), (b, y))");
+    EXPECT_EQ(describe(copies.get()), "((a), (b))");
+}
+
+TEST_F(NSArrayTest, SortingKeepsTheOrderOfEqualElements) {
+    NSMutableArray *const array = NSMutableArray::array();
+    for (int i = 0; i < 200; ++i)
+        array->addObject(
+            NSString::stringWith(std::string(1, static_cast<char>('a' + i * 7 % 5)) + std::to_string(i)));
+    int calls = 0;
+    NSArray *const sorted = array->sortedArrayUsingFunction(&byFirstByte, &calls);
+    EXPECT_LT(calls, 200 * 8);
+    for (std::uint32_t i = 1; i < 200; ++i) {
+        const std::string before = describe(sorted->objectAtIndex(i - 1));
+        const std::string after = describe(sorted->objectAtIndex(i));
+        EXPECT_TRUE(before[0] < after[0] ||
+                    (before[0] == after[0] && stoi(before.substr(1)) < stoi(after.substr(1))))
+            << before << " " << after;
+    }
+    array->sortUsingFunction(&byFirstByte, &calls);
+    EXPECT_TRUE(array->isEqual(sorted));
+}
+
+TEST_F(NSArrayTest, StringsAreSortedAsTheirComparisonSays) {
+    std::mt19937 generator(20);
+    for (const std::size_t count : {0, 1, 2, 13, 300, 3000}) {
+        std::vector<std::string> texts;
+        for (std::size_t i = 0; i < count; ++i) {
+            std::string text(generator() % 4 ? generator() % 30 : 0, 'p'); // long common beginnings, and NULs
+            for (std::size_t rest = generator() % 4; rest != 0; --rest)
+                text += std::string_view("\0ab\xFF", 4)[generator() % 4];
+            texts.push_back(text);
+        }
+        NSMutableArray *const array = NSMutableArray::array();
+        for (std::size_t i = 0; i < count; ++i)
+            array->addObject(i % 3 ? NSString::stringWith(texts[i]) : NSMutableString::stringWith(texts[i]));
+        NSArray *const generic = array->sortedArrayUsingFunction(
+            [](id a, id b, void *) { return static_cast<int>(a->compare(b)); }, nullptr);
+        array->sortUsingSelector("compare:"_sel);
+        std::stable_sort(texts.begin(), texts.end());
+        for (std::uint32_t i = 0; i < count; ++i) {
+            ASSERT_EQ(static_cast<NSString *>(array->objectAtIndex(i))->view(), texts[i]);
+            ASSERT_EQ(array->objectAtIndex(i),
+                      generic->objectAtIndex(i)); // the very same: both keep the order
+        }
+    }
+}
+
+TEST_F(NSArrayTest, FailingAndFoolishComparisonsLoseNothing) {
+    NSMutableArray *const array = letters("hgfedcba");
+    int calls = 0;
+    EXPECT_THROW(array->sortUsingFunction(&throwing, &calls), InvalidArgumentException);
+    EXPECT_EQ(joined(array), "hgfedcba");
+    EXPECT_THROW(array->sortUsingSelector("fly:"_sel), InvalidArgumentException);
+    EXPECT_THROW(array->sortUsingSelector(nullptr), InvalidArgumentException);
+    array->addObject(NSNumber::numberWithInt(1));
+    EXPECT_THROW(array->sortUsingSelector("compare:"_sel),
+                 InvalidArgumentException); // strings against a number
+    EXPECT_EQ(joined(array), "hgfedcba1");
+    NSMutableArray *const many = NSMutableArray::array();
+    for (int i = 0; i < 1000; ++i)
+        many->addObject(NSNumber::numberWithInt(i));
+    many->sortUsingFunction(&random, nullptr);
+    EXPECT_EQ(NSArray::arrayWithArray(many)->count(), 1000u);
+    many->sortUsingSelector("compare:"_sel);
+    EXPECT_EQ(describe(many->subarrayWithRange(NSMakeRange(997, 3))), "(997, 998, 999)");
+    EXPECT_REASON(array->sortUsingFunction(&emptying, array),
+                  "NSMutableArray sortUsingSelector: must have a comparison that does not change the array.");
+}
+
+TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
+    std::mt19937 generator(4);
+    NSMutableArray *const array = NSMutableArray::array();
+    std::string expected;
+    const auto below = [&](std::size_t end) { return static_cast<std::uint32_t>(generator() % end); };
+    for (int step = 0; step < 4000; ++step) {
+        const std::uint32_t place = below(expected.size() + 1);
+        const std::uint32_t length = below(std::min<std::size_t>(expected.size() - place, 5) + 1);
+        const std::string one(1, static_cast<char>('a' + generator() % 6));
+        NSString *const object = NSString::stringWith(one);
+        switch (generator() % 8) {
+        case 0:
+        case 1:
+            array->insertObject(object, place);
+            expected.insert(place, one);
+            break;
+        case 2:
+            array->removeObjectsInRange(NSMakeRange(place, length));
+            expected.erase(place, length);
+            break;
+        case 3: // a part of itself over another
+            array->replaceObjectsInRange(NSMakeRange(place, length), expected.size() < 40 ? array : nullptr);
+            expected.replace(place, length, expected.size() < 40 ? std::string(expected) : "");
+            break;
+        case 4:
+            array->removeObject(object, NSMakeRange(place, length));
+            for (std::size_t i = place + length; i-- > place;)
+                if (expected[i] == one[0])
+                    expected.erase(i, 1);
+            break;
+        case 5:
+            if (expected.empty())
+                break;
+            array->exchangeObjectAtIndex(0, below(1) + array->count() - 1);
+            std::swap(expected.front(), expected.back());
+            break;
+        case 6:
+            array->replaceObjectsInRange(NSMakeRange(place, 0), letters("xyz"), NSMakeRange(1, 2));
+            expected.insert(place, "yz");
+            break;
+        default:
+            if (generator() % 20 == 0) {
+                array->removeObjectsInArray(letters("ay"));
+                std::erase_if(expected, [](char letter) { return letter == 'a' || letter == 'y'; });
+            }
+        }
+        ASSERT_EQ(joined(array), expected) << "step " << step;
+    }
+    array->setArray(letters("cab"));
+    EXPECT_EQ(joined(array), "cab");
+    array->setArray(array);
+    EXPECT_EQ(joined(array), "cab");
+}
+
+TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
+    NSMutableArray *const array = letters("ab");
+    const auto addReturner = [array] { array->addObject(Ref<Returner>::adopt(new Returner(array)).get()); };
+    addReturner();
+    array->removeObjectsInRange(NSMakeRange(1, 2));
+    EXPECT_EQ(joined(array), "az");
+    addReturner();
+    array->removeObjectIdenticalTo(array->lastObject());
+    EXPECT_EQ(joined(array), "azz");
+    addReturner();
+    array->setArray(letters("c"));
+    EXPECT_EQ(joined(array), "cz");
+}
+
+TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangeNothing) {
+    NSMutableArray *const array = letters("ab");
+    EXPECT_THROW(array->addObject(nullptr), InvalidArgumentException);
+    EXPECT_THROW(array->insertObject("x"_ns, 3), NSRangeException);
+    EXPECT_THROW(array->removeObjectAtIndex(2), NSRangeException);
+    EXPECT_THROW(array->exchangeObjectAtIndex(0, 2), NSRangeException);
+    EXPECT_THROW(array->removeObjectsInRange(NSMakeRange(1, 2)), NSRangeException);
+    EXPECT_THROW(array->replaceObjectsInRange(NSMakeRange(0, 1), array, NSMakeRange(2, 1)), NSRangeException);
+    EXPECT_THROW(letters("")->removeLastObject(), NSRangeException);
+    EXPECT_EQ(joined(array), "ab");
+    NSEnumerator *const enumerator = array->objectEnumerator();
+    enumerator->nextObject();
+    array->removeObject("b"_ns);
+    EXPECT_THROW(
+        {
+            enumerator->nextObject();
+            array->addObject("c"_ns);
+            enumerator->nextObject();
+        },
+        InvalidUseOfMethodException);
+}
+
+TEST_F(NSArrayTest, SelectorsMakeArraysOfTheClassAsked) {
+    id objects[] = {"a"_ns, "b"_ns};
+    id made =
+        send<id>(NSMutableArray::cls(), "arrayWithObjects:count:"_sel, static_cast<const id *>(objects), 2u);
+    ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
+    send<void>(made, "sortUsingSelector:"_sel, "compare:"_sel.selector());
+    EXPECT_EQ(describe(made), "(a, b)");
+    Ref<NSArray> owned = send<Ref<NSArray>>(NSArray::cls(), "initWithArray:copyItems:"_sel, made, YES);
+    EXPECT_EQ(owned->retainCount(), 1u);
+    EXPECT_TRUE(owned->isEqual(made));
+    EXPECT_EQ(send<std::uint32_t>(made, "indexOfObject:inRange:"_sel, "b"_ns, NSMakeRange(0, 2)), 1u);
+}

@@ -1,0 +1,104 @@
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+#include <string>
+
+using NSDataTest = PoolFixture;
+
+namespace {
+
+NSMutableData *bytes(std::string_view text) {
+    return NSMutableData::dataWithBytes(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+std::string text(NSData *data) {
+    return {static_cast<const char *>(data->bytes()), data->length()};
+}
+
+} // namespace
+
+TEST_F(NSDataTest, GivesPartsOfItsBytes) {
+    NSData *const data = bytes("abcdef");
+    char buffer[8] = "-------";
+    data->getBytes(buffer, 3);
+    EXPECT_STREQ(buffer, "abc----");
+    data->getBytes(buffer, NSMakeRange(4, 2));
+    EXPECT_STREQ(buffer, "efc----");
+    data->getBytes(buffer, 100);
+    EXPECT_STREQ(buffer, "abcdef-");
+    EXPECT_EQ(text(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
+    EXPECT_EQ(data->subdataWithRange(NSMakeRange(6, 0))->length(), 0u);
+    EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
+                  "NSMutableData getBytes:range: must have a range inside the 6 bytes.");
+    EXPECT_THROW(data->subdataWithRange(NSMakeRange(1, UINT32_MAX)), NSRangeException);
+    EXPECT_THROW(data->getBytes(nullptr), InvalidArgumentException);
+}
+
+TEST_F(NSDataTest, EqualityHashAndDescriptionGoByBytes) {
+    NSData *const data = NSData::dataWithBytes("\x0F\xBD\x77\x71\xC2\x73\x5A\xE0", 8);
+    EXPECT_EQ(data->description()->view(), "<0fbd7771 c2735ae0>");
+    EXPECT_EQ(NSData::data()->description()->view(), "<>");
+    const Ref<NSMutableData> same = data->mutableCopy();
+    EXPECT_TRUE(data->isEqual(same));
+    EXPECT_EQ(data->hash(), same->hash());
+    same->appendBytes("", 1);
+    EXPECT_FALSE(data->isEqual(same));
+    EXPECT_FALSE(data->isEqual("x"_ns));
+    EXPECT_TRUE(data->isEqualToData(same->subdataWithRange(NSMakeRange(0, 8))));
+    const Ref<NSData> copy = same->copy();
+    same->setLength(0);
+    EXPECT_EQ(copy->length(), 9u);
+}
+
+TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
+    NSMutableData *const data = bytes("abc");
+    data->setLength(2);
+    data->increaseLengthBy(2);
+    EXPECT_EQ(text(data), std::string("ab\0\0", 4));
+    static_cast<char *>(data->mutableBytes())[3] = 'd';
+    data->setLength(4);
+    EXPECT_EQ(text(data), std::string("ab\0d", 4));
+    EXPECT_EQ(text(NSMutableData::dataWithLength(3)), std::string(3, '\0'));
+    EXPECT_EQ(NSMutableData::dataWithCapacity(100)->length(), 0u);
+    EXPECT_THROW(data->setLength(UINT32_MAX), InvalidArgumentException);
+    EXPECT_THROW(data->increaseLengthBy(UINT32_MAX), InvalidArgumentException);
+    EXPECT_EQ(data->length(), 4u);
+}
+
+TEST_F(NSDataTest, BytesAreReplaced) {
+    NSMutableData *const data = bytes("abcdef");
+    data->replaceBytesInRange(NSMakeRange(1, 2), "XY");
+    EXPECT_EQ(text(data), "aXYdef");
+    data->replaceBytesInRange(NSMakeRange(5, 3), "123");
+    EXPECT_EQ(text(data), "aXYde123");
+    data->replaceBytesInRange(NSMakeRange(1, 4), "-", 1);
+    EXPECT_EQ(text(data), "a-123");
+    data->replaceBytesInRange(NSMakeRange(2, 0), data->bytes(), data->length());
+    EXPECT_EQ(text(data), "a-a-123123");
+    data->resetBytesInRange(NSMakeRange(8, 4));
+    EXPECT_EQ(text(data), std::string("a-a-1231\0\0\0\0", 12));
+    data->appendData(data);
+    EXPECT_EQ(data->length(), 24u);
+    data->setData(bytes("x"));
+    EXPECT_EQ(text(data), "x");
+    EXPECT_REASON(
+        data->replaceBytesInRange(NSMakeRange(2, 1), "y"),
+        "NSMutableData replaceBytesInRange:withBytes:length: must have a range inside the 1 bytes.");
+    EXPECT_THROW(data->replaceBytesInRange(NSMakeRange(0, 2), "y", 1), NSRangeException);
+    EXPECT_THROW(data->replaceBytesInRange(NSMakeRange(0, 1), nullptr, 1), InvalidArgumentException);
+    EXPECT_THROW(data->appendBytes(nullptr, 1), InvalidArgumentException);
+    EXPECT_THROW(data->resetBytesInRange(NSMakeRange(2, 1)), NSRangeException);
+    EXPECT_EQ(text(data), "x");
+}
+
+TEST_F(NSDataTest, SelectorsMakeDataOfTheClassAsked) {
+    id made = send<id>(NSMutableData::cls(), "dataWithData:"_sel, bytes("ab"));
+    ASSERT_TRUE(made->isMemberOfClass(NSMutableData::cls()));
+    send<void>(made, "increaseLengthBy:"_sel, 1u);
+    EXPECT_EQ(send<std::uint32_t>(made, "length"_sel), 3u);
+    EXPECT_EQ(text(send<NSData *>(made, "subdataWithRange:"_sel, NSMakeRange(1, 1))), "b");
+}

@@ -1,0 +1,42 @@
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSValue.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+using NSValueTest = PoolFixture;
+
+TEST_F(NSValueTest, HoldsRangesAddressesAndObjects) {
+    int place = 0;
+    const Ref<NSString> object = NSString::initWith("x");
+    NSValue *const range = NSValue::valueWithRange(NSMakeRange(3, 4));
+    NSValue *const pointer = NSValue::valueWithPointer(&place);
+    NSValue *const holder = NSValue::valueWithNonretainedObject(object);
+    EXPECT_EQ(range->rangeValue(), NSMakeRange(3, 4));
+    EXPECT_EQ(range->description()->view(), NSStringFromRange(NSMakeRange(3, 4))->view());
+    EXPECT_STREQ(range->objCType(), "{_NSRange=II}");
+    EXPECT_EQ(pointer->pointerValue(), &place);
+    EXPECT_EQ(holder->nonretainedObjectValue(), object.get());
+    EXPECT_EQ(object->retainCount(), 1u);
+    EXPECT_REASON(pointer->rangeValue(), "NSValue rangeValue must have a receiver that holds such a value.");
+    EXPECT_REASON(NSNumber::numberWithInt(1)->pointerValue(),
+                  "NSNumber pointerValue must have a receiver that holds such a value.");
+}
+
+TEST_F(NSValueTest, EqualityNeedsTheSameTypeAndValue) {
+    int place = 0;
+    NSValue *const range = NSValue::valueWithRange(NSMakeRange(3, 4));
+    EXPECT_TRUE(range->isEqual(NSValue::valueWithRange(NSMakeRange(3, 4))));
+    EXPECT_EQ(range->hash(), NSValue::valueWithRange(NSMakeRange(3, 4))->hash());
+    EXPECT_FALSE(range->isEqual(NSValue::valueWithRange(NSMakeRange(3, 5))));
+    EXPECT_FALSE(range->isEqualToValue(nullptr));
+    NSValue *const pointer = NSValue::valueWithPointer(&place);
+    EXPECT_TRUE(pointer->isEqual(NSValue::valueWithPointer(&place)));
+    EXPECT_FALSE(pointer->isEqual(NSValue::valueWithPointer(&place + 1)));
+    EXPECT_FALSE(pointer->isEqual(NSNumber::numberWithInt(0)));
+    EXPECT_FALSE(NSNumber::numberWithInt(0)->isEqual(NSValue::valueWithPointer(nullptr)));
+    id made = send(NSValue::cls(), "valueWithRange:"_sel, NSMakeRange(3, 4));
+    EXPECT_TRUE(range->isEqual(made));
+}
