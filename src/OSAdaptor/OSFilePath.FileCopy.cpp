@@ -58,12 +58,20 @@ CopyFailure copyRange(int source, int target, std::int64_t length) {
     return left > 0 ? copyBlocks(source, target, left) : CopyFailure::none;
 }
 
+// Gives the copy of a file that ends in a hole its length.
+CopyFailure endInHole(int source, int target, std::int64_t size) {
+    const off_t end = sys::lseek(source, 0, SEEK_END); // it may have become shorter meanwhile
+    if (end < 0)
+        return CopyFailure::reading;
+    return sys::ftruncate(target, std::min<off_t>(end, size)) == 0 ? CopyFailure::none : CopyFailure::writing;
+}
+
 // Copies the pieces that hold data, so that the copy has the source's holes.
 CopyFailure copySparse(int source, int target, std::int64_t size) {
     for (off_t position = 0; position < size;) {
         const off_t data = sys::lseek(source, position, SEEK_DATA);
-        if (data < 0 && errno == ENXIO) // a hole to the end
-            break;
+        if (data >= size || (data < 0 && errno == ENXIO))
+            return endInHole(source, target, size);
         const off_t hole = data < 0 ? data : std::min<off_t>(sys::lseek(source, data, SEEK_HOLE), size);
         if (hole < 0 && position == 0) // a file system that does not tell
             return copyRange(source, target, size);
@@ -75,10 +83,7 @@ CopyFailure copySparse(int source, int target, std::int64_t size) {
             return failure;
         position = hole;
     }
-    const off_t end = sys::lseek(source, 0, SEEK_END); // it may have become shorter meanwhile
-    if (end < 0)
-        return CopyFailure::reading;
-    return sys::ftruncate(target, std::min<off_t>(end, size)) == 0 ? CopyFailure::none : CopyFailure::writing;
+    return CopyFailure::none;
 }
 
 // Empties a copy's file that was there before; fails with ELOOP when it is the source.
