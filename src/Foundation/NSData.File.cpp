@@ -18,8 +18,6 @@ constexpr const char *kFile = "src/Foundation/NSData.File";
 
 std::span<const qb::Method> qb::tables::dataFile() {
     static const qb::Method methods[] = {
-        qb::maker<"dataWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
-        qb::initialiser<"initWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::method<"writeToFile:atomically:">(&NSData::writeToFile),
     };
     return methods;

@@ -28,6 +28,8 @@ Class *NSData::cls() {
         qb::maker<"dataWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::maker<"dataWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
+        qb::initialiser<"initWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::method<"bytes">(&NSData::bytes),
         qb::method<"length">(&NSData::length),
         qb::method<"getBytes:", void(void *)>(&NSData::getBytes),

@@ -76,8 +76,6 @@ std::span<const qb::Method> qb::tables::arrayPropertyListFile() {
 
 std::span<const qb::Method> qb::tables::dictionaryPropertyListFile() {
     static const qb::Method methods[] = {
-        qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
-        qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::method<"writeToFile:atomically:">(&NSDictionary::writeToFile),
     };
     return methods;
