@@ -29,6 +29,8 @@ Class *NSDictionary::cls() {
         qb::initialiser<"initWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
         qb::initialiser<"initWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
         qb::initialiser<"initWithObjectsAndKeys:">(&NSDictionary::setUpWithObjectsAndKeys),
+        qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
+        qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::method<"count">(&NSDictionary::count),
         qb::method<"objectForKey:">(&NSDictionary::objectForKey),
         qb::method<"objectsForKeys:notFoundMarker:">(&NSDictionary::objectsForKeys),

@@ -27,7 +27,7 @@ TEST_F(NSDataFileTest, AnyBytesAreWrittenAndReadBack) {
             EXPECT_TRUE(data->writeToFile(path, atomically));
             EXPECT_EQ(directory_.read("new/file"), bytes);
             EXPECT_TRUE(data->isEqual(NSData::dataWithContentsOfFile(path)));
-            EXPECT_TRUE(data->isEqual(NSMutableData::initWithContentsOfFile(path).get()));
+            EXPECT_TRUE(data->isEqual(NSMutableData::dataWithContentsOfFile(path)));
         }
     EXPECT_EQ(directory_.names("new"), std::vector<std::string>{"file"});
     const id made =

@@ -115,12 +115,8 @@ TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
     expectError(100194, directory_ / "tree/in/tree" + loop, [&] { copy("tree", "tree/in"); });
     expectError(100194, directory_ / "tree/file" + loop, [&] { copy("tree/file", "tree"); });
     directory_.makeDirectory("outer/a");
-    directory_.link(directory_ / "outer", "up/link");
-    directory_.link("../../up", "outer/a/b");
-    expectError(100194, directory_ / "outer" + loop, [&] { copy("outer", "copy"); });
-    directory_.link("there", "here");
-    directory_.link("here", "there");
-    expectError(100194, directory_ / "here" + loop, [&] { copy("here", "copy"); });
+    directory_.link(directory_ / "", "outer/a/everything"); // which holds the tree that is being copied
+    expectError(100194, directory_ / "" + "/outer" + loop, [&] { copy("outer", "copy"); });
     directory_.link("nowhere", "dangling");
     expectError(100194, directory_ / "nowhere No such file or directory", [&] { copy("dangling", "copy"); });
     EXPECT_EQ(directory_.read("tree/file"), "");
@@ -223,7 +219,7 @@ TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
     const std::string tree = directory_ / "t";
     std::string deep = tree;
     while (deep.size() + 2 < 4000)
-        deep += "/d";
+        deep += "/ddd";
     OSFilePath::makePath(NSString::stringWith(deep));
     directory_.write(deep.substr(directory_.path().size() + 1) + "/f", "bottom");
     NSString *const source = directory_.string("t"), *const copied = directory_.string("u");
