@@ -11,6 +11,7 @@ namespace qb::tables {
 std::span<const Method> stringCase();
 std::span<const Method> stringComparison();
 std::span<const Method> stringCreation();
+std::span<const Method> stringFile();
 std::span<const Method> stringFormat();
 std::span<const Method> stringHtmlEscaping();
 std::span<const Method> stringPropertyList();

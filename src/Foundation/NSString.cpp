@@ -87,9 +87,9 @@ Class *NSString::cls() {
         {methods, qb::tables::stringCreation(), qb::tables::stringComparison(), qb::tables::stringFormat(),
          qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
          qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
-         qb::tables::stringPath(), qb::tables::stringISODateTime(), qb::tables::stringRepresentation(),
-         qb::tables::stringHtmlEscaping(), qb::tables::stringUtf8Conversion(),
-         qb::tables::stringPropertyList()},
+         qb::tables::stringPath(), qb::tables::stringFile(), qb::tables::stringISODateTime(),
+         qb::tables::stringRepresentation(), qb::tables::stringHtmlEscaping(),
+         qb::tables::stringUtf8Conversion(), qb::tables::stringPropertyList()},
         qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }

@@ -87,6 +87,16 @@ public:
         return string;
     }
 
+    // --- Files ---
+
+    /// Returns the file's bytes as they are; nil with error 100023 (path, system text) when it can't be read.
+    static NSString *stringWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSString> initWithContentsOfFile(NSString *path);
+    /// Writes the bytes as a `QBFileOutputStream` does; NO when that raised an error, which is pending then.
+    virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
     // --- Bytes and characters ---
 
     /// The bytes, behind which a NUL stands.
@@ -472,6 +482,10 @@ public:
                                values...);
     }
     static Ref<NSMutableString> initWithFormatArguments(NSString *format, const qb::ArgList &arguments);
+    static NSMutableString *stringWithContentsOfFile(NSString *path) {
+        return initWithContentsOfFile(path).autorelease();
+    }
+    static Ref<NSMutableString> initWithContentsOfFile(NSString *path);
 
     /// Appends; nil appends nothing.
     virtual void appendString(NSString *string);
