@@ -121,7 +121,7 @@ TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
     directory_.link("there", "start");
     directory_.link("here", "there");
     directory_.link("there", "here");
-    expectError(100194, directory_ / "there" + loop, [&] { copy("start", "copy"); });
+    expectError(100194, directory_ / "here" + loop, [&] { copy("start", "copy"); });
     directory_.link("nowhere", "dangling");
     expectError(100194, directory_ / "nowhere No such file or directory", [&] { copy("dangling", "copy"); });
     EXPECT_EQ(directory_.read("tree/file"), "");
