@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -114,8 +115,11 @@ BOOL NSNumber::setUpWithCoder(NSCoder *coder) {
         return setUpWithLongLong(decode<std::int64_t>(coder, "q"));
     case Type::uint64:
         return setUpWithUnsignedLongLong(decode<std::uint64_t>(coder, "Q"));
-    case Type::real32:
-        return setUpWithFloat(static_cast<float>(decode<double>(coder, "d")));
+    case Type::real32: {
+        const auto value = decode<double>(coder, "d");
+        return !(std::abs(value) > std::numeric_limits<float>::max() && std::isfinite(value)) &&
+               setUpWithFloat(static_cast<float>(value));
+    }
     case Type::real64:
         return setUpWithDouble(decode<double>(coder, "d"));
     default:
