@@ -1,4 +1,5 @@
-// Lists what the library's classes answer, one operation a line: class, + or -, selector, signature, separated by tabs.
+// Lists what the library's classes answer, one operation a line: class, + or -, selector, signature,
+// separated by tabs.
 //
 //   inspect            every class
 //   inspect CLASS ...  those classes
@@ -11,8 +12,8 @@ namespace {
 void listClass(Class *cls) {
     const std::string name(cls->nameView());
     for (const auto &method : cls->ownMethods())
-        std::printf("%s\t%c\t%s\t%s\n", name.c_str(), method->isClassMethod() ? '+' : '-', method->selector()->text(),
-                    method->signature().c_str());
+        std::printf("%s\t%c\t%s\t%s\n", name.c_str(), method->isClassMethod() ? '+' : '-',
+                    method->selector()->text(), method->signature().c_str());
 }
 
 } // namespace

@@ -28,7 +28,8 @@ public:
 };
 
 /// Raises one of the program's errors. Returns false, so that a caller can end with it.
-template <class... V> bool fail(int line, int error, const V &...values) {
+template <class... V>
+bool fail(int line, int error, const V &...values) {
     ERRORHANDLER->raiseErrorInFile("examples/publish", line, error, values...);
     return false;
 }

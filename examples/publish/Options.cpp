@@ -49,9 +49,10 @@ bool readNumber(NSString *text, std::int64_t greatest, std::int64_t &number) {
     if (!text)
         return false;
     const std::string_view digits = text->view();
-    if (digits.empty() || digits.size() > 9 || digits.find_first_not_of("0123456789") != std::string_view::npos ||
-        text->longLongValue() > greatest)
-        return fail(__LINE__, kErrorUsage, NSString::stringWith("'" + std::string(digits) + "' is no number that fits"));
+    if (digits.empty() || digits.size() > 9 ||
+        digits.find_first_not_of("0123456789") != std::string_view::npos || text->longLongValue() > greatest)
+        return fail(__LINE__, kErrorUsage,
+                    NSString::stringWith("'" + std::string(digits) + "' is no number that fits"));
     number = text->longLongValue();
     return true;
 }

@@ -111,7 +111,8 @@ bool Publication::begin() {
     return !hasFailed();
 }
 
-// Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished here.
+// Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished
+// here.
 bool Publication::recover() {
     if (OSFilePath::fileExistsAtPath(journal_)) {
         NSDictionary *const journal = readOwnFile(journal_);
@@ -200,7 +201,8 @@ bool Publication::commit() {
         return fail(__LINE__, kErrorInterrupted, target_.get());
     counts_.removed = removed->count();
     ::syncfs(lock_); // what is staged is on the disk before the journal says that it is to be used
-    NSDictionary *const journal = NSDictionary::dictionaryWith({{"moved"_ns, changed_}, {"removed"_ns, removed}});
+    NSDictionary *const journal =
+        NSDictionary::dictionaryWith({{"moved"_ns, changed_}, {"removed"_ns, removed}});
     if (!writePropertyList(journal, journal_, YES))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not

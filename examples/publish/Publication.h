@@ -1,8 +1,9 @@
 // Bringing a site's files to their place, all or none.
 //
-// Everything new is first written below OUT/.publish. Then a journal names what is to be done, and with that the run is
-// decided: old files go, new ones are renamed to their place, the manifest last. A run that finds a journal finishes
-// what it says before it does anything else, so that a run that was cut off leaves no mixed site behind.
+// Everything new is first written below OUT/.publish. Then a journal names what is to be done, and with that
+// the run is decided: old files go, new ones are renamed to their place, the manifest last. A run that finds
+// a journal finishes what it says before it does anything else, so that a run that was cut off leaves no
+// mixed site behind.
 #ifndef PUBLISH_PUBLICATION_H
 #define PUBLISH_PUBLICATION_H
 
@@ -26,8 +27,8 @@ public:
     Publication(const Publication &) = delete;
     Publication &operator=(const Publication &) = delete;
 
-    /// Makes the directory, takes its lock, and finishes a run that was cut off. All these operations return false, with
-    /// an error raised, when they fail.
+    /// Makes the directory, takes its lock, and finishes a run that was cut off. All these operations return
+    /// false, with an error raised, when they fail.
     bool begin();
     /// Takes a page's text for `path`, relative to the site's root.
     bool addPage(NSString *path, NSData *text);
@@ -53,7 +54,7 @@ private:
     Ref<NSString> target_;
     Ref<NSString> staging_;
     Ref<NSString> journal_;
-    Ref<NSMutableSet> paths_;    // of this run's files
+    Ref<NSMutableSet> paths_;     // of this run's files
     Ref<NSMutableArray> changed_; // those of them that are staged
     int lock_ = -1;
     bool hasStaged_ = false;

@@ -6,8 +6,8 @@
 
 namespace publish {
 
-/// The classes, each a dictionary: name, superclass (missing for the root), and operations, a list of dictionaries with
-/// kind ("+" or "-"), selector and signature.
+/// The classes, each a dictionary: name, superclass (missing for the root), and operations, a list of
+/// dictionaries with kind ("+" or "-"), selector and signature.
 NSArray *referenceOfClasses();
 
 /// The error numbers, each a dictionary: number, values, text.

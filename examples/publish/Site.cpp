@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::string_view kHeadEnd = "\n---\n";
 
-// Returns the dictionary that `text`, which came from `file`, is as a property list; null with an error raised.
+// Returns the dictionary that `text`, which came from `file`, is as a property list; null with an error
+// raised.
 NSDictionary *readDictionary(NSString *text, NSString *file) {
     const id value = text->propertyList();
     auto *dictionary = qb::castOrNil<NSDictionary>(value);
@@ -20,7 +21,8 @@ NSDictionary *readDictionary(NSString *text, NSString *file) {
     return dictionary;
 }
 
-// The lines that a body of HTML is moved down by its head, so that a template's errors name the line in the file.
+// The lines that a body of HTML is moved down by its head, so that a template's errors name the line in the
+// file.
 NSString *bodyOfHtml(std::string_view text, std::string_view body) {
     const auto lines = std::count(text.begin(), text.end() - static_cast<std::ptrdiff_t>(body.size()), '\n');
     return NSString::stringWith(std::string(static_cast<std::size_t>(lines), '\n').append(body));

@@ -27,7 +27,8 @@ std::string_view takeWord(std::string_view &text) {
 /// Takes a template's text apart.
 class TemplateReader {
 public:
-    TemplateReader(Template &target, std::string_view text, NSString *file) : target_(target), rest_(text), file_(file) {}
+    TemplateReader(Template &target, std::string_view text, NSString *file)
+        : target_(target), rest_(text), file_(file) {}
 
     bool read() { return readParts(target_.parts_, /*opener=*/{}, nullptr); }
 
@@ -40,8 +41,8 @@ private:
 
     bool failHere(const char *what) { return fail(__LINE__, kErrorMalformedTemplate, file_, line_, what); }
 
-    // Reads up to the end of the text or, inside of a block, to the tag that closes `opener`. Behind "else" the parts go
-    // to `otherwise`.
+    // Reads up to the end of the text or, inside of a block, to the tag that closes `opener`. Behind "else"
+    // the parts go to `otherwise`.
     bool readParts(std::vector<Part> &parts, std::string_view opener, std::vector<Part> *otherwise) {
         std::vector<Part> *current = &parts;
         for (;;) {
@@ -103,14 +104,16 @@ private:
             return failHere("a block begins as '#each KEY as NAME' or '#if KEY'");
         if (++depth_ > kDeepestNesting)
             return failHere("blocks stand too deep in each other");
-        const bool isRead = readParts(block.parts, opener, block.kind == Kind::when ? &block.otherwise : nullptr);
+        const bool isRead =
+            readParts(block.parts, opener, block.kind == Kind::when ? &block.otherwise : nullptr);
         --depth_;
         parts.push_back(std::move(block));
         return isRead;
     }
 
     void advance(std::size_t length) {
-        line_ += static_cast<int>(std::count(rest_.begin(), rest_.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+        line_ += static_cast<int>(
+            std::count(rest_.begin(), rest_.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
         rest_.remove_prefix(length);
     }
 
@@ -144,7 +147,8 @@ bool Template::fillParts(const std::vector<Part> &parts, Values &values, Templat
                        [&](const Part &part) { return fillPart(part, values, store, target); });
 }
 
-bool Template::fillPart(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
+                        QBOutputStream *target) const {
     switch (part.kind) {
     case Kind::text:
         target->writeBuffer(part.text.data(), static_cast<std::uint32_t>(part.text.size()));
@@ -180,7 +184,8 @@ bool Template::fillValue(const Part &part, Values &values, QBOutputStream *targe
     return true;
 }
 
-bool Template::fillEach(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+bool Template::fillEach(const Part &part, Values &values, TemplateStore &store,
+                        QBOutputStream *target) const {
     const id value = valueOf(part, values);
     auto *list = qb::castOrNil<NSArray>(value);
     if (!list)
@@ -196,7 +201,8 @@ bool Template::fillEach(const Part &part, Values &values, TemplateStore &store, 
     return true;
 }
 
-bool Template::fillInclude(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const {
+bool Template::fillInclude(const Part &part, Values &values, TemplateStore &store,
+                           QBOutputStream *target) const {
     bool exists = false;
     const Template *const included = store.named(part.text, exists);
     if (!exists)

@@ -41,7 +41,8 @@ private:
         std::vector<Part> otherwise;
     };
 
-    bool fillParts(const std::vector<Part> &parts, Values &values, TemplateStore &store, QBOutputStream *target) const;
+    bool fillParts(const std::vector<Part> &parts, Values &values, TemplateStore &store,
+                   QBOutputStream *target) const;
     bool fillPart(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const;
     bool fillValue(const Part &part, Values &values, QBOutputStream *target) const;
     bool fillEach(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const;
@@ -59,8 +60,8 @@ class TemplateStore {
 public:
     explicit TemplateStore(NSString *directory) : directory_(directory) {}
 
-    /// Returns the template of that name; null, with an error raised, when it is malformed. `exists` says whether there
-    /// is such a file.
+    /// Returns the template of that name; null, with an error raised, when it is malformed. `exists` says
+    /// whether there is such a file.
     const Template *named(std::string_view name, bool &exists);
 
     /// The templates that are being filled, the outermost first.

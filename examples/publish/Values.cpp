@@ -5,8 +5,8 @@
 namespace publish {
 
 id Values::firstValue(std::string_view key) const {
-    const auto found =
-        std::find_if(elements_.rbegin(), elements_.rend(), [&](const Element &element) { return element.name == key; });
+    const auto found = std::find_if(elements_.rbegin(), elements_.rend(),
+                                    [&](const Element &element) { return element.name == key; });
     return found != elements_.rend() ? found->value : page_->objectForKey(NSString::stringWith(key));
 }
 

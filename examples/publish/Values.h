@@ -14,9 +14,9 @@ class Values {
 public:
     explicit Values(NSDictionary *page) : page_(page) {}
 
-    /// Returns the value of a key path, "page.author.name": the first key is the name of a loop's element, the
-    /// innermost first, or a key of the page's values; each next one is looked up in the dictionary before it. nil when
-    /// there is no value.
+    /// Returns the value of a key path, "page.author.name": the first key is the name of a loop's element,
+    /// the innermost first, or a key of the page's values; each next one is looked up in the dictionary
+    /// before it. nil when there is no value.
     id valueAt(std::string_view path) const;
 
     /// Makes `element` known as `name` until `leave`.

@@ -1,7 +1,7 @@
 // Publishes a site: a property list of settings, pages, templates and assets become a directory of HTML.
 //
-// It shows how a program uses the library: the start-up steps, values from property lists, streams, files, errors that are
-// looked at when it suits, and a result that is never seen half-made.
+// It shows how a program uses the library: the start-up steps, values from property lists, streams, files,
+// errors that are looked at when it suits, and a result that is never seen half-made.
 #include "Channels.h"
 #include "Interruption.h"
 #include "Messages.h"
@@ -20,7 +20,8 @@ namespace {
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
-// The start-up steps, in the order that the library wants: errors first, then channels, then what is to be seen.
+// The start-up steps, in the order that the library wants: errors first, then channels, then what is to be
+// seen.
 void startUp() {
     ERRORHANDLER = new ErrorHandler;
     QBFoundationInitializer::initializeDebugAndProfileChannels();
@@ -68,8 +69,9 @@ int run(const Options &options) {
         sayErrors();
         return kExitFailed;
     }
-    NSString *const report = NSString::stringWithFormat("%@: %u written, %u unchanged, %u removed"_ns, options.target.get(),
-                                                        counts.written, counts.unchanged, counts.removed);
+    NSString *const report =
+        NSString::stringWithFormat("%@: %u written, %u unchanged, %u removed"_ns, options.target.get(),
+                                   counts.written, counts.unchanged, counts.removed);
     OSLogger::loggerForCategory("publish"_ns)->logWithLevelMessage(2, report);
     if (!options.isQuiet)
         OSUserIO::printLn(report);

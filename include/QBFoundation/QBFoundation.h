@@ -24,6 +24,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
 #include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
@@ -38,7 +39,6 @@
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBErrorCatalogue.h>
-#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
 #include <QBFoundation/QBFileOutputStream.h>

@@ -263,7 +263,8 @@ void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::strin
     reserve(newLength);
     char *const place = ownBytes() + from;
     std::memmove(place + by.size(), place + length, byteLength_ - from - length + std::size_t{1});
-    std::memcpy(place, by.data(), by.size());
+    if (!by.empty()) // an empty view may be of no bytes at all
+        std::memcpy(place, by.data(), by.size());
     byteLength_ = static_cast<std::uint32_t>(newLength);
     flags_ &= kOwnsBytes;
     if (staysAscii)

@@ -6,7 +6,11 @@
 
 #include <cstddef>
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t kSmallStack = 2048 * 1024; // frames with red zones are several times as large
+#else
 constexpr std::size_t kSmallStack = 256 * 1024;
+#endif
 
 /// Runs `work` to its end on a thread whose stack has `kSmallStack` bytes. Returns false when there is no
 /// such thread.

@@ -72,8 +72,8 @@ R callEntry(const CallSite &site, id receiver, const A &...arguments) {
         return unpass<R>(entry(site.method, receiver, pass<A>(arguments)...));
 }
 
-// Where a call keeps its memory: a selector literal has one for all calls with the same types, a selector that
-// is known at run time has none.
+// Where a call keeps its memory: a selector literal has one for all calls with the same types, a selector
+// that is known at run time has none.
 template <class Selector, class R, class... A>
 struct SiteOf {
     static constexpr bool kLasts = false;
@@ -114,7 +114,8 @@ R send(id receiver, S selector, A... arguments) {
         qb::CallSite &site = Site::get(fresh);
         if (site.key == qb::dispatchKey(receiver)) [[likely]]
             return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
-        if (qb::prepareSend(receiver, selector, site, qb::detail::typesOf<R, A...>(), sizeof...(A), Site::kLasts))
+        if (qb::prepareSend(receiver, selector, site, qb::detail::typesOf<R, A...>(), sizeof...(A),
+                            Site::kLasts))
             return qb::detail::callEntry<R, A...>(site, receiver, arguments...);
     }
     return qb::detail::sendSlowly<R, A...>(receiver, selector, arguments...);

@@ -7,7 +7,8 @@ int main() {
     OSUserIO::printLn(OSFilePath::stringBySimplifyingPath("/site//pages/./old/../new.html"_ns));
 
     NSString *directory = OSFilePath::uniqueTmpFilename();
-    NSString *file = directory->stringByAppendingPathComponent("deep/settings.plist"_ns); // directories are made
+    NSString *file =
+        directory->stringByAppendingPathComponent("deep/settings.plist"_ns); // directories are made
     QBFileOutputStream::writeToFile("{ tables = 12; }"_ns, file, /*atomically=*/YES);
 
     QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(file, /*atomically=*/YES);

@@ -8,10 +8,14 @@ public:
     static Class *cls();
     Class *classObject() const override { return cls(); }
 
-    static Visitor *visitorWithName(NSString *name) { return qb::init<Visitor>(&Visitor::setUpWithName, name).autorelease(); }
+    static Visitor *visitorWithName(NSString *name) {
+        return qb::init<Visitor>(&Visitor::setUpWithName, name).autorelease();
+    }
 
     virtual std::uint32_t greet() { return ++visits_; }
-    NSString *description() const override { return NSString::stringWithFormat("%@ (%u)"_ns, name_.get(), visits_); }
+    NSString *description() const override {
+        return NSString::stringWithFormat("%@ (%u)"_ns, name_.get(), visits_);
+    }
 
 protected:
     virtual BOOL setUpWithName(NSString *name) {
@@ -37,7 +41,8 @@ static const qb::ClassRegistration registration{&Visitor::cls}; // found by its 
 
 int main() {
     NSAutoreleasePool pool;
-    NSMutableArray *visitors = NSMutableArray::arrayWith({Visitor::visitorWithName("Ada"_ns), QBNil::value()});
+    NSMutableArray *visitors =
+        NSMutableArray::arrayWith({Visitor::visitorWithName("Ada"_ns), QBNil::value()});
     visitors->addObject(send(NSClassFromString("Visitor"_ns), "visitorWithName:"_sel, "Grace"_ns));
 
     for (id visitor : *visitors)

@@ -10,7 +10,8 @@ public:
     explicit Loudly(QBOutputStream *target) : target_(target) {}
     void _writeBuffer(const void *buffer, std::uint32_t length) override {
         std::string text(static_cast<const char *>(buffer), length);
-        std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](unsigned char c) { return std::toupper(c); });
         target_->writeBuffer(text.data(), length);
     }
 
