@@ -3,6 +3,7 @@
 #define QBFOUNDATION_QBDATAINPUTSTREAM_H
 
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/Runtime/Ref.h>
 

@@ -2,6 +2,7 @@
 #ifndef QBFOUNDATION_QBFILEINPUTSTREAM_H
 #define QBFOUNDATION_QBFILEINPUTSTREAM_H
 
+#include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
 #include <QBFoundation/Runtime/Ref.h>
 
