@@ -15,7 +15,7 @@ class Adder : public NSObject {
 public:
     static Class *cls();
     Class *classObject() const override { return cls(); }
-    static Ref<Adder> init() { return Ref<Adder>::adopt(new Adder); }
+    static Ref<Adder> init();
 
     virtual std::int32_t add(std::int32_t amount);
 
