@@ -9,6 +9,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace qb {
 
@@ -16,95 +21,167 @@ namespace {
 
 constexpr std::uint32_t kLeastCapacity = 8;
 
-// Slots for `capacity` entries: a power of two, at most two thirds full.
-std::uint32_t slotsFor(std::uint32_t capacity) {
-    return std::bit_ceil(capacity + capacity / 2 + 1);
+// How many entries a group has on average when the table is full. Groups fill unevenly, so that this leaves
+// room in nearly all of them; a table of one group fills it.
+constexpr std::uint32_t kEntriesAGroup = 8;
+
+// The hash's upper bits; the lower ones choose the group. The bit that says that the place is taken stands
+// above them.
+std::uint8_t tagOf(std::uint32_t hash) {
+    return static_cast<std::uint8_t>(hash >> 25 | 0x80);
 }
 
 std::uint32_t hashOf(const NSObject *key) {
     return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
 }
 
-// Whether two strings have the same bytes, without a call for the short ones that keys mostly are.
-bool haveEqualBytes(const NSString *a, const NSString *b) {
-    const std::string_view left = a->view();
-    const std::string_view right = b->view();
-    return left.size() == right.size() && text::areEqual(left.data(), right.data(), left.size());
+inline bool areEqualShortTexts(const NSObject *a, const NSObject *b) {
+    const std::string_view left = static_cast<const NSString *>(a)->view();
+    const std::string_view right = static_cast<const NSString *>(b)->view();
+    return left.size() == right.size() && left.size() <= text::kShortRun &&
+           text::areShortRunsEqual(left.data(), right.data(), left.size());
 }
 
 } // namespace
+
+// The tags of some places of the index.
+struct alignas(16) HashTable::Group {
+    static constexpr std::uint32_t kPlaces = 12;
+
+    std::uint8_t tags[kPlaces]; // 0: free
+    std::uint32_t passedBy;     // how many keys found no free place here and stand in a later group
+
+    // Returns a mask of the places that have that tag.
+    std::uint32_t placesWith(std::uint8_t tag) const {
+#ifdef __SSE2__
+        const __m128i line = _mm_load_si128(reinterpret_cast<const __m128i *>(this));
+        const __m128i same = _mm_cmpeq_epi8(line, _mm_set1_epi32(static_cast<int>(tag * 0x01010101U)));
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(same)) & ((1U << kPlaces) - 1);
+#else
+        std::uint32_t places = 0;
+        for (std::uint32_t i = 0; i < kPlaces; ++i)
+            places |= static_cast<std::uint32_t>(tags[i] == tag) << i;
+        return places;
+#endif
+    }
+};
+
+constinit HashTable::Group HashTable::noGroup{};
+
+// The number of the entry in a place of the group that the hash leads to.
+inline std::uint32_t &HashTable::indexAt(std::uint32_t hash, int place) const {
+    return indexes_[(hash & mask_) * Group::kPlaces + static_cast<std::uint32_t>(place)];
+}
 
 HashTable::~HashTable() {
     removeAll();
 }
 
-std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t slots) {
-    return capacity * sizeof(Entry) + slots * sizeof(Slot);
-}
-
-// Returns the slot of the key with that hash which `isEqual` takes, else the empty one where it would be
-// looked for last.
-template <class IsEqual>
-HashTable::Slot *HashTable::slotWith(std::uint32_t hash, IsEqual isEqual) const {
-    for (std::uint32_t i = hash & mask_;; i = (i + 1) & mask_) {
-        Slot &slot = slots_[i];
-        if (!slot.entry ||
-            (slot.hash == hash && slot.entry != kRemoved && isEqual(entries_[slot.entry - 1].key)))
-            return &slot;
+// Looks for a key with that hash. What is usual is decided here without a loop or a call: there is no
+// candidate in the group where the key should be, or the first one is a short string as the key is.
+__attribute__((always_inline)) inline HashTable::Entry *HashTable::lookUp(const NSObject *key,
+                                                                          std::uint32_t hash) const {
+    const Group &group = groups_[hash & mask_];
+    const std::uint32_t places = group.placesWith(tagOf(hash));
+    if (places == 0) {
+        if (group.passedBy == 0) [[likely]]
+            return nullptr;
+    } else {
+        Entry *const entry = &entries_[indexAt(hash, std::countr_zero(places))];
+        if (entry->key == key || (isPlainString(key) && isPlainString(entry->key) &&
+                                  areEqualShortTexts(key, entry->key))) [[likely]]
+            return entry;
     }
+    return findWithHash(key, hash);
 }
 
-HashTable::Slot *HashTable::slotOf(const NSObject *key, std::uint32_t hash) const {
-    if (!isPlainString(key))
-        return slotWith(hash, [key](NSObject *other) { return other == key || key->isEqual(other); });
-    return slotWith(hash, [string = static_cast<const NSString *>(key)](NSObject *other) {
-        return other == string ||
-               (isPlainString(other) ? haveEqualBytes(string, static_cast<NSString *>(other))
-                                     : string->isEqual(other));
-    });
+HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t hash) const {
+    std::uint32_t place = 0;
+    while (Entry *const entry = nextWithHash(hash, place)) {
+        // The comparison may be a client's code, which may change the table.
+        const auto index = static_cast<std::uint32_t>(entry - entries_);
+        if (entry->key == key || key->isEqual(entry->key))
+            return index < used_ ? &entries_[index] : nullptr;
+    }
+    return nullptr;
+}
+
+HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {
+    return lookUp(key, hashOf(key));
 }
 
 HashTable::Entry *HashTable::find(const NSObject *key) const {
-    if (count_ == 0)
-        return nullptr;
-    const Slot *slot = slotOf(key, hashOf(key));
-    return slot->entry ? &entries_[slot->entry - 1] : nullptr;
+    if (isPlainString(key)) [[likely]]
+        if (const std::uint32_t hash = static_cast<const NSString *>(key)->knownHash()) [[likely]]
+            return lookUp(key, hash);
+    return findUnhashed(key);
 }
 
 HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {
+    // The place in the first group and in those behind it, all counted as if a group had sixteen places.
+    constexpr std::uint32_t kStep = 16;
     if (count_ == 0)
         return nullptr;
-    for (;;) {
-        const Slot &slot = slots_[(hash + place) & mask_];
-        if (!slot.entry)
-            return nullptr;
-        ++place;
-        if (slot.hash == hash && slot.entry != kRemoved)
-            return &entries_[slot.entry - 1];
+    while (place / kStep <= mask_) {
+        const std::uint32_t from = hash + place / kStep;
+        const Group &group = groups_[from & mask_];
+        std::uint32_t places = group.placesWith(tagOf(hash)) & ~0U << place % kStep;
+        for (; places; places &= places - 1) {
+            const int at = std::countr_zero(places);
+            const std::uint32_t index = indexAt(from, at);
+            if (hashes_[index] != hash)
+                continue;
+            place = place / kStep * kStep + static_cast<std::uint32_t>(at) + 1;
+            return &entries_[index];
+        }
+        place = group.passedBy ? (place / kStep + 1) * kStep : (mask_ + 1) * kStep;
+    }
+    return nullptr;
+}
+
+// Notes in the index that the key with that hash stands in the entry; there is room.
+void HashTable::enter(std::uint32_t hash, std::uint32_t index) noexcept {
+    for (std::uint32_t i = hash;; ++i) {
+        Group &group = groups_[i & mask_];
+        const std::uint32_t free = group.placesWith(0);
+        if (!free) {
+            ++group.passedBy;
+            continue;
+        }
+        const int place = std::countr_zero(free);
+        group.tags[place] = tagOf(hash);
+        indexAt(i, place) = index;
+        return;
     }
 }
 
-void HashTable::enter(std::uint32_t hash, std::uint32_t entry) noexcept {
-    std::uint32_t i = hash & mask_;
-    while (slots_[i].entry)
-        i = (i + 1) & mask_;
-    slots_[i] = {hash, entry};
+// Takes the entry out of the index.
+void HashTable::leave(std::uint32_t hash, std::uint32_t index) noexcept {
+    for (std::uint32_t i = hash;; ++i) {
+        Group &group = groups_[i & mask_];
+        for (std::uint32_t places = group.placesWith(tagOf(hash)); places; places &= places - 1) {
+            const int place = std::countr_zero(places);
+            if (indexAt(i, place) == index) {
+                group.tags[place] = 0;
+                return;
+            }
+        }
+        --group.passedBy;
+    }
 }
 
 HashTable::Entry &HashTable::entryFor(NSObject *key) {
     const std::uint32_t hash = hashOf(key);
-    Slot *slot = entries_ ? slotOf(key, hash) : nullptr;
-    if (slot && slot->entry)
-        return entries_[slot->entry - 1];
-    if (used_ == capacity_) {
+    if (Entry *const entry = lookUp(key, hash))
+        return *entry;
+    if (used_ == capacity_)
         rebuild(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2);
-        slot = slotWith(hash, [](NSObject *) { return false; });
-    }
-    entries_[used_] = {key, nullptr};
-    key->retain();
-    *slot = {hash, ++used_};
+    const std::uint32_t index = used_++;
+    entries_[index] = {key->retain(), nullptr};
+    hashes_[index] = hash;
+    enter(hash, index);
     ++count_;
-    return entries_[used_ - 1];
+    return entries_[index];
 }
 
 HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
@@ -116,13 +193,13 @@ HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
 }
 
 bool HashTable::remove(const NSObject *key) {
-    Slot *const slot = count_ == 0 ? nullptr : slotOf(key, hashOf(key));
-    if (!slot || !slot->entry)
+    Entry *const entry = find(key);
+    if (!entry)
         return false;
-    Entry &entry = entries_[slot->entry - 1];
-    const Entry removed = entry;
-    entry = {nullptr, nullptr};
-    slot->entry = kRemoved;
+    const Entry removed = *entry;
+    const auto index = static_cast<std::uint32_t>(entry - entries_);
+    *entry = {nullptr, nullptr};
+    leave(hashes_[index], index);
     --count_;
     // Last, because a destructor may come back to this table.
     removed.key->release();
@@ -135,7 +212,8 @@ void HashTable::removeAll() noexcept {
     Entry *const entries = std::exchange(entries_, nullptr);
     const std::uint32_t used = std::exchange(used_, 0);
     const std::size_t bytes = entries ? bytesFor(capacity_, mask_ + 1) : 0;
-    slots_ = nullptr;
+    hashes_ = indexes_ = nullptr;
+    groups_ = &noGroup;
     mask_ = capacity_ = count_ = 0;
     for (std::uint32_t i = 0; i < used; ++i) {
         if (!entries[i].key)
@@ -149,7 +227,9 @@ void HashTable::removeAll() noexcept {
 
 void HashTable::swap(HashTable &other) noexcept {
     std::swap(entries_, other.entries_);
-    std::swap(slots_, other.slots_);
+    std::swap(hashes_, other.hashes_);
+    std::swap(indexes_, other.indexes_);
+    std::swap(groups_, other.groups_);
     std::swap(mask_, other.mask_);
     std::swap(capacity_, other.capacity_);
     std::swap(used_, other.used_);
@@ -161,39 +241,41 @@ void HashTable::reserve(std::uint32_t count) {
         rebuild(count);
 }
 
+std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t groups) {
+    return capacity * (sizeof(Entry) + sizeof *hashes_) +
+           groups * (sizeof(Group) + Group::kPlaces * sizeof *indexes_);
+}
+
+// Begins an empty table for `capacity` entries, an even number; the old one's memory is the caller's to free.
+void HashTable::allocate(std::uint32_t capacity) {
+    const std::uint32_t groups =
+        capacity <= Group::kPlaces ? 1 : std::bit_ceil((capacity + kEntriesAGroup - 1) / kEntriesAGroup);
+    entries_ = static_cast<Entry *>(allocateBuffer(bytesFor(capacity, groups)));
+    groups_ = reinterpret_cast<Group *>(entries_ + capacity);
+    hashes_ = reinterpret_cast<std::uint32_t *>(groups_ + groups);
+    indexes_ = hashes_ + capacity;
+    std::memset(static_cast<void *>(groups_), 0, groups * sizeof(Group));
+    mask_ = groups - 1;
+    capacity_ = capacity;
+    used_ = 0;
+}
+
 // Moves the entries into a table for `capacity` of them, without the holes.
 void HashTable::rebuild(std::uint32_t capacity) {
-    capacity = std::max(capacity, kLeastCapacity);
     if (capacity > kMostEntries)
         throw InvalidArgumentException("NSMutableDictionary must have fewer entries.");
-    const std::uint32_t slots = slotsFor(capacity);
-    auto *const entries = static_cast<Entry *>(allocateBuffer(bytesFor(capacity, slots)));
     Entry *const oldEntries = entries_;
-    const Slot *const oldSlots = slots_;
+    const std::uint32_t *const oldHashes = hashes_;
+    const std::uint32_t oldUsed = used_;
     const std::size_t oldBytes = entries_ ? bytesFor(capacity_, mask_ + 1) : 0;
-    const std::uint32_t oldMask = mask_;
-
-    entries_ = entries;
-    slots_ = reinterpret_cast<Slot *>(entries + capacity);
-    mask_ = slots - 1;
-    capacity_ = capacity;
-    std::memset(slots_, 0, slots * sizeof(Slot));
-    if (!oldEntries)
-        return;
-    // The old index says each entry's hash, which is dearer to ask the key for; holes move the numbers down.
-    std::uint32_t kept = 0;
-    const bool hasHoles = used_ != count_;
-    for (std::uint32_t i = 0; i < used_; ++i)
-        if (oldEntries[i].key) {
-            entries_[kept++] = oldEntries[i];
-            if (hasHoles)
-                enter(hashOf(oldEntries[i].key), kept);
-        }
-    if (!hasHoles)
-        for (std::uint32_t i = 0; i <= oldMask; ++i)
-            if (oldSlots[i].entry)
-                enter(oldSlots[i].hash, oldSlots[i].entry);
-    used_ = kept;
+    allocate(std::max((capacity + 1) & ~1U, kLeastCapacity));
+    for (std::uint32_t i = 0; i < oldUsed; ++i) {
+        if (!oldEntries[i].key)
+            continue;
+        entries_[used_] = oldEntries[i];
+        hashes_[used_] = oldHashes[i];
+        enter(oldHashes[i], used_++);
+    }
     freeBuffer(oldEntries, oldBytes);
 }
 

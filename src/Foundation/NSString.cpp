@@ -192,10 +192,8 @@ BOOL NSString::isEqualToString(NSString *other) const {
 }
 
 std::uint32_t NSString::hash() const {
-    if (!(flags_ & kKnowsHash)) {
+    if (hash_ == 0)
         hash_ = qb::text::hashBytes(bytes_, byteLength_);
-        flags_ |= kKnowsHash;
-    }
     return hash_;
 }
 
@@ -267,6 +265,7 @@ void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::strin
         std::memcpy(place, by.data(), by.size());
     byteLength_ = static_cast<std::uint32_t>(newLength);
     flags_ &= kOwnsBytes;
+    hash_ = 0;
     if (staysAscii)
         flags_ |= kKnowsAscii | kIsAscii;
 }

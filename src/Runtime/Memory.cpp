@@ -37,7 +37,8 @@ constexpr std::size_t kChunkSize = 64 * 1024;
 struct ChunkHead {
     std::size_t sizeIndex; // of every object in the chunk
 };
-constexpr std::size_t kHeadSize = kSizeStep;
+// A cache line, so that objects whose size is a power of two don't begin in one and end in the next.
+constexpr std::size_t kHeadSize = 64;
 static_assert(sizeof(ChunkHead) <= kHeadSize);
 
 // The part of the newest chunk of a size that was not handed out yet. Chunks are carved step by step, so that

@@ -31,20 +31,39 @@ inline std::uint64_t loadShort(const char *position, std::size_t length) {
         const std::uint64_t high = loadWord<std::uint32_t>(position + length - 4);
         return low | high << (8 * (length - 4));
     }
-    std::uint64_t word = 0;
-    for (std::size_t i = 0; i < length; ++i)
-        word |= std::uint64_t{static_cast<unsigned char>(position[i])} << (8 * i);
-    return word;
+    if (length == 0)
+        return 0;
+    // Up to three bytes: the first, the middle and the last one, which may be the same.
+    const auto byteAt = [position](std::size_t i) {
+        return std::uint64_t{static_cast<unsigned char>(position[i])} << (8 * i);
+    };
+    return byteAt(0) | byteAt(length / 2) | byteAt(length - 1);
 }
 
-/// Returns whether both runs of `length` bytes are equal; short ones without a call.
+/// Runs up to this length are compared without a call.
+constexpr std::size_t kShortRun = 64;
+
+/// Returns whether both runs of `length` bytes (at most `kShortRun`) are equal.
+inline bool areShortRunsEqual(const char *left, const char *right, std::size_t length) {
+    const auto haveSame = [=](auto word, std::size_t i) {
+        return loadWord<decltype(word)>(left + i) == loadWord<decltype(word)>(right + i);
+    };
+    if (length >= 8) {
+        for (std::size_t i = 0; i < length - 8; i += 8)
+            if (!haveSame(std::uint64_t{}, i))
+                return false;
+        return haveSame(std::uint64_t{}, length - 8);
+    }
+    if (length >= 4) // two words that overlap
+        return haveSame(std::uint32_t{}, 0) && haveSame(std::uint32_t{}, length - 4);
+    return length == 0 || (left[0] == right[0] && left[length / 2] == right[length / 2] &&
+                           left[length - 1] == right[length - 1]);
+}
+
+/// Returns whether both runs of `length` bytes are equal.
 inline bool areEqual(const char *left, const char *right, std::size_t length) {
-    if (length > 16)
-        return std::memcmp(left, right, length) == 0;
-    if (length >= 8)
-        return loadWord<std::uint64_t>(left) == loadWord<std::uint64_t>(right) &&
-               loadWord<std::uint64_t>(left + length - 8) == loadWord<std::uint64_t>(right + length - 8);
-    return loadShort(left, length) == loadShort(right, length);
+    return length <= kShortRun ? areShortRunsEqual(left, right, length)
+                               : std::memcmp(left, right, length) == 0;
 }
 
 /// Copies `length` bytes (at most 64) without a call; the areas do not overlap.

@@ -4,15 +4,18 @@
 
 #include <QBFoundation/Foundation/NSObject.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qb {
 
 /// Keys with values, in the order in which the keys came.
 ///
-/// The entries stand one after the other, so that going over them is a walk through memory; a second array,
-/// in the same allocation, maps hashes to entries by open addressing with linear probing. A removed key
-/// leaves a hole among the entries until the table is built anew. Keys and values are retained.
+/// The entries stand one after the other, so that going over them is a walk through memory. The index beside
+/// them, in the same allocation, is made of groups of places: a key's hash chooses a group, whose tags, seven
+/// bits of the hashes each, are compared all at once (open addressing by groups as in Bronson and Shi,
+/// "Open-sourcing F14", 2019). A removed key leaves a hole among the entries until the table is built anew.
+/// Keys and values are retained.
 class QB_EXPORT HashTable {
 public:
     struct Entry {
@@ -31,7 +34,7 @@ public:
     Entry *find(const NSObject *key) const;
 
     /// Returns the entries whose keys have that hash, one a call, then null. `place` is 0 at first and is
-    /// kept by the caller.
+    /// kept by the caller; the table may change from one call to the next.
     Entry *nextWithHash(std::uint32_t hash, std::uint32_t &place) const;
 
     /// Returns the entry of `key`, new with a null value when there is none. `key` is retained when it is
@@ -55,24 +58,25 @@ public:
     Entry *end() const noexcept { return entries_ + used_; }
 
 private:
-    // A place of the index: the whole hash spares most looks at keys.
-    struct Slot {
-        std::uint32_t hash;
-        std::uint32_t entry; // the entry's number from 1 on; 0: empty
-    };
-    static constexpr std::uint32_t kRemoved = UINT32_MAX;
+    struct Group;
     static constexpr std::uint32_t kMostEntries = 0x08000000;
+    static Group noGroup; // the index of an empty table, so that looking there needs no question
 
-    template <class IsEqual>
-    Slot *slotWith(std::uint32_t hash, IsEqual isEqual) const;
-    Slot *slotOf(const NSObject *key, std::uint32_t hash) const;
+    inline std::uint32_t &indexAt(std::uint32_t hash, int place) const;
+    inline Entry *lookUp(const NSObject *key, std::uint32_t hash) const;
+    Entry *findUnhashed(const NSObject *key) const;
+    Entry *findWithHash(const NSObject *key, std::uint32_t hash) const;
+    void enter(std::uint32_t hash, std::uint32_t index) noexcept;
+    void leave(std::uint32_t hash, std::uint32_t index) noexcept;
     void rebuild(std::uint32_t capacity);
-    void enter(std::uint32_t hash, std::uint32_t entry) noexcept;
-    static std::size_t bytesFor(std::uint32_t capacity, std::uint32_t slots);
+    void allocate(std::uint32_t capacity);
+    static std::size_t bytesFor(std::uint32_t capacity, std::uint32_t groups);
 
     Entry *entries_ = nullptr;
-    Slot *slots_ = nullptr;
-    std::uint32_t mask_ = 0;
+    std::uint32_t *hashes_ = nullptr; // of the entries' keys, which are dearer to ask
+    Group *groups_ = &noGroup;
+    std::uint32_t *indexes_ = nullptr; // the entries in the groups' places
+    std::uint32_t mask_ = 0;           // one less than the number of groups
     std::uint32_t capacity_ = 0;
     std::uint32_t used_ = 0;
     std::uint32_t count_ = 0;

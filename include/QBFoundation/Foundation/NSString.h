@@ -129,7 +129,9 @@ public:
     virtual BOOL isEqualToString(NSString *other) const;
     std::uint32_t hash() const override;
     /// What `hash` returns unless a subclass overrides it.
-    std::uint32_t ownHash() const { return flags_ & kKnowsHash ? hash_ : NSString::hash(); }
+    std::uint32_t ownHash() const { return hash_ ? hash_ : NSString::hash(); }
+    /// As above when it was asked before; else 0.
+    std::uint32_t knownHash() const { return hash_; }
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
@@ -412,9 +414,8 @@ private:
         kKnowsAscii = 1,
         kIsAscii = 2,
         kOwnsBytes = 4,
-        kKnowsHash = 8,
-        kHasPlace = 16, // unless another text took the note of the last place, or of the length, over
-        kHasLength = 32
+        kHasPlace = 8, // unless another text took the note of the last place, or of the length, over
+        kHasLength = 16
     };
 
     /// A character's beginning, counted both ways.
@@ -434,7 +435,7 @@ private:
     void reserve(std::uint64_t byteLength);
     char *ownBytes() { return const_cast<char *>(bytes_); }
 
-    mutable std::uint32_t hash_ = 0;
+    mutable std::uint32_t hash_ = 0; // 0: not known
     const char *bytes_;
     std::uint32_t byteLength_ = 0;
     std::uint32_t capacity_ = 0; // of bytes that the string owns, the NUL not counted
