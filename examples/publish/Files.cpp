@@ -2,13 +2,9 @@
 
 #include "Messages.h"
 
-#include <vector>
-
 namespace publish {
 
 namespace {
-
-constexpr std::uint32_t kBlock = 64 * 1024;
 
 // Directories may stand in each other this deep; a site that is deeper has lost its way.
 constexpr unsigned kDeepestDirectory = 64;
@@ -33,7 +29,7 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, NSMutableArray *f
             continue;
         NSString *const path = below->containsData() ? below->stringByAppendingPathComponent(name) : name;
         NSString *const full = directory->stringByAppendingPathComponent(name);
-        if (!isLink(full) && isDirectory(full)) {
+        if (isDirectory(full) && !isLink(full)) {
             if (!addFiles(root, path, depth + 1, files))
                 return false;
         } else {
@@ -46,21 +42,9 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, NSMutableArray *f
 } // namespace
 
 NSString *readText(NSString *file) {
-    QBFileInputStream *const stream = QBFileInputStream::streamWithFile(file);
-    if (!stream)
+    NSString *const string = NSString::stringWithContentsOfFile(file);
+    if (!string)
         return nullptr;
-    std::string text;
-    std::vector<char> block(kBlock);
-    for (;;) {
-        const int count = stream->readBuffer(block.data(), kBlock);
-        if (count <= 0)
-            break;
-        text.append(block.data(), static_cast<std::size_t>(count));
-    }
-    stream->close();
-    if (hasFailed())
-        return nullptr;
-    NSString *const string = NSString::stringWith(text);
     const std::int32_t malformed = string->indexOfFirstCorruptUtf8Character();
     if (malformed >= 0) {
         fail(__LINE__, kErrorNotUtf8, file, malformed);

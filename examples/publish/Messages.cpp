@@ -32,6 +32,8 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "The directory '%s' can't be read."_ns;
     case kErrorMalformedFile:
         return "In '%s':"_ns;
+    case kErrorInTheWay:
+        return "'%s' is in the way of the site."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

@@ -20,6 +20,7 @@ constexpr int kErrorWrittenTwice = 910011;
 constexpr int kErrorUnsafePath = 910012;
 constexpr int kErrorDirectoryUnreadable = 910013;
 constexpr int kErrorMalformedFile = 910014;
+constexpr int kErrorInTheWay = 910015;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

@@ -4,6 +4,8 @@
 #include "Interruption.h"
 #include "Messages.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -11,6 +13,25 @@
 namespace publish {
 
 namespace {
+
+// Raises an error of the library with the path and why the system refused.
+bool failWith(int line, int error, NSString *path) {
+    return fail(line, error, path, std::strerror(errno));
+}
+
+bool isLink(NSString *path) {
+    return NSFileManager::defaultManager()->pathContentOfSymbolicLinkAtPath(path) != nullptr;
+}
+
+bool isDirectoryItself(NSString *path) {
+    return OSFilePath::directoryExistsAtPath(path) && !isLink(path);
+}
+
+// Whether files can be made in a directory and taken away.
+bool canChange(NSString *directory) {
+    NSFileManager *const files = NSFileManager::defaultManager();
+    return files->isWritableFileAtPath(directory) && files->isExecutableFileAtPath(directory);
+}
 
 // Whether two files are the same: links of one text, or files of the same bytes.
 bool isSameFile(NSString *a, NSString *b) {
@@ -23,14 +44,10 @@ bool isSameFile(NSString *a, NSString *b) {
 }
 
 bool holds(NSString *file, NSData *text) {
-    if (!OSFilePath::fileExistsAtPath(file) || OSFilePath::directoryExistsAtPath(file) ||
-        NSFileManager::defaultManager()->pathContentOfSymbolicLinkAtPath(file))
+    if (isLink(file))
         return false;
-    QBFileInputStream *const stream = QBFileInputStream::streamWithFile(file);
-    const bool isEqual = stream && stream->providesSameDataAs(QBDataInputStream::streamWithData(text));
-    if (stream)
-        stream->close();
-    return isEqual;
+    NSData *const old = NSFileManager::defaultManager()->contentsAtPath(file);
+    return old && old->isEqualToData(text);
 }
 
 // Writes without syncing each file: the commit syncs them all at once.
@@ -73,6 +90,12 @@ NSDictionary *readOwnFile(NSString *file) {
     return dictionary;
 }
 
+// Removes a directory of ours with all that is in it. No link is followed, be it ours or planted.
+bool removeTree(NSString *path) {
+    return NSFileManager::defaultManager()->removeFileAtPath(path) || errno == ENOENT ||
+           failWith(__LINE__, qb::kErrorCannotRemove, path);
+}
+
 // Directories that are left empty go with their last file.
 void removeEmptyDirectories(NSString *root, NSString *path) {
     for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
@@ -89,8 +112,10 @@ Publication::Publication(NSString *target)
       changed_(NSMutableArray::init()) {}
 
 Publication::~Publication() {
-    if (hasStaged_)
-        OSFilePath::removePath(staging_);
+    if (hasStaged_) {
+        ::unlink(journal_->cString()); // first, so that it never names what is gone
+        removeTree(staging_);
+    }
     if (lock_ >= 0)
         ::close(lock_);
 }
@@ -106,22 +131,19 @@ bool Publication::begin() {
     OSFilePath::makePath(target_);
     if (hasFailed() || !lock() || !recover())
         return false;
-    OSFilePath::makePath(staging_);
-    hasStaged_ = true;
-    return !hasFailed();
+    hasStaged_ = NSFileManager::defaultManager()->createDirectoryAtPath(staging_, nullptr);
+    return hasStaged_ || failWith(__LINE__, qb::kErrorCannotMakeDirectory, staging_.get());
 }
 
 // Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished
 // here.
 bool Publication::recover() {
-    if (OSFilePath::fileExistsAtPath(journal_)) {
+    if (!isLink(staging_) && OSFilePath::fileExistsAtPath(journal_)) {
         NSDictionary *const journal = readOwnFile(journal_);
         if (!journal || !carryOut(journal))
             return false;
     }
-    if (OSFilePath::fileExistsAtPath(staging_))
-        OSFilePath::removePath(staging_);
-    return !hasFailed();
+    return removeTree(staging_);
 }
 
 bool Publication::claim(NSString *path) {
@@ -193,9 +215,56 @@ bool Publication::stageManifest() {
     return true;
 }
 
+// Whether the removals and renames can be done, as far as that can be known before the first of them.
+bool Publication::canCarryOut(NSArray *removed) const {
+    for (id element : *removed) {
+        NSString *const file = place(static_cast<NSString *>(element));
+        if (!NSFileManager::defaultManager()->isDeletableFileAtPath(file) && errno != ENOENT &&
+            errno != ENOTDIR)
+            return failWith(__LINE__, qb::kErrorCannotRemove, file);
+    }
+    NSSet *const leaving = NSSet::setWithArray(removed);
+    for (id element : *changed_) {
+        const NSAutoreleasePool pool;
+        auto *path = static_cast<NSString *>(element);
+        if (!hasDirectory(path, leaving) || !isFree(path, leaving))
+            return false;
+    }
+    return true;
+}
+
+// Whether there is, or can be made, a directory for the file.
+bool Publication::hasDirectory(NSString *path, NSSet *leaving) const {
+    NSString *directory = path->stringByDeletingLastPathComponent();
+    while (directory->containsData() && !OSFilePath::fileExistsAtPath(place(directory)))
+        directory = directory->stringByDeletingLastPathComponent();
+    if (leaving->containsObject(directory))
+        return true;
+    if (!OSFilePath::directoryExistsAtPath(place(directory)))
+        return fail(__LINE__, kErrorInTheWay, place(directory));
+    return canChange(place(directory)) || failWith(__LINE__, qb::kErrorCannotWrite, place(path));
+}
+
+// Whether no directory has the file's name, or only one that is removed with the last file in it.
+bool Publication::isFree(NSString *path, NSSet *leaving) const {
+    if (!isDirectoryItself(place(path)))
+        return true;
+    bool isLeft = true;
+    if (NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(place(path))) {
+        for (id element : *inside) {
+            NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
+            if (leaving->containsObject(one))
+                isLeft = false;
+            else if (!isDirectoryItself(place(one)))
+                return fail(__LINE__, kErrorInTheWay, place(one));
+        }
+    }
+    return !isLeft || fail(__LINE__, kErrorInTheWay, place(path));
+}
+
 bool Publication::commit() {
     NSArray *const removed = vanished();
-    if (!removed || !stageManifest())
+    if (!removed || !stageManifest() || !canCarryOut(removed))
         return false;
     if (wasInterrupted())
         return fail(__LINE__, kErrorInterrupted, target_.get());
@@ -206,10 +275,7 @@ bool Publication::commit() {
     if (!writePropertyList(journal, journal_, YES))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not
-    if (!carryOut(journal))
-        return false;
-    OSFilePath::removePath(staging_);
-    return !hasFailed();
+    return carryOut(journal) && removeTree(staging_);
 }
 
 bool Publication::carryOut(NSDictionary *journal) {
@@ -220,9 +286,10 @@ bool Publication::removeOld(NSArray *paths) {
     for (id element : *paths) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        OSFilePath::removePath(place(path));
-        if (hasFailed())
-            return false;
+        // After a run that was cut off, a new directory may have the name, or a new file that of one above
+        // it.
+        if (::unlink(place(path)->cString()) != 0 && errno != ENOENT && errno != EISDIR && errno != ENOTDIR)
+            return failWith(__LINE__, qb::kErrorCannotRemove, place(path));
         removeEmptyDirectories(target_, path);
     }
     return true;
@@ -233,8 +300,7 @@ bool Publication::moveStaged(NSArray *paths) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         NSString *const from = staged(path);
-        const bool isLink = NSFileManager::defaultManager()->pathContentOfSymbolicLinkAtPath(from) != nullptr;
-        if (!isLink && !OSFilePath::fileExistsAtPath(from))
+        if (!isLink(from) && !OSFilePath::fileExistsAtPath(from))
             continue; // the run that was cut off had come so far
         OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
         OSFilePath::renamePath(from, place(path));

@@ -48,6 +48,9 @@ private:
     bool removeOld(NSArray *paths);
     bool stageManifest();
     NSArray *vanished();
+    bool canCarryOut(NSArray *removed) const;
+    bool hasDirectory(NSString *path, NSSet *leaving) const;
+    bool isFree(NSString *path, NSSet *leaving) const;
     NSString *place(NSString *path) const { return target_->stringByAppendingPathComponent(path); }
     NSString *staged(NSString *path) const { return staging_->stringByAppendingPathComponent(path); }
 

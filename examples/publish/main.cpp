@@ -10,7 +10,9 @@
 #include "Renderer.h"
 #include "Site.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace publish {
@@ -29,15 +31,36 @@ void startUp() {
     registerChannels();
 }
 
-void configure(const Options &options) {
+bool areKnown(NSArray *names, NSArray *known) {
+    for (id name : *names)
+        if (!known->containsObject(name))
+            return fail(__LINE__, kErrorUsage,
+                        NSString::stringWithFormat("There is no channel '%@'"_ns, name));
+    return true;
+}
+
+bool isWritable(NSString *file) {
+    const std::int32_t descriptor = OSFilePath::openFile(file, "a");
+    return descriptor >= 0 ? OSFilePath::closeFile(descriptor) == 0
+                           : fail(__LINE__, qb::kErrorCannotWrite, file, std::strerror(errno));
+}
+
+// Returns false, with an error raised, when it can't be done.
+bool configure(const Options &options) {
+    OSDebugPrinter *const printer = OSDebugPrinter::globalDebugPrinter();
+    if (!areKnown(options.debugChannels, printer->debugChannelNames()) ||
+        !areKnown(options.profileChannels, printer->profileChannelNames()) ||
+        (options.logFile && !isWritable(options.logFile)))
+        return false;
     debug = options.debugLevel;
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(options.debugChannels);
-    OSDebugPrinter::globalDebugPrinter()->setProfileChannelsActive(options.profileChannels);
+    printer->setDebugChannelsActive(options.debugChannels);
+    printer->setProfileChannelsActive(options.profileChannels);
     if (options.logFile)
         OSLogger::setDefaultLogFileName(options.logFile);
     OSLogger::setDefaultLogLevel(options.logLevel);
     if (options.isQuiet)
         OSLogger::disableDuplicateLogToStderr();
+    return true;
 }
 
 bool publishSite(const Options &options, Counts &counts) {
@@ -94,8 +117,10 @@ int act(const Options &options) {
     case Options::Action::publish:
         break;
     }
-    configure(options);
-    return run(options);
+    if (configure(options))
+        return run(options);
+    sayErrors();
+    return kExitUsage;
 }
 
 } // namespace
@@ -108,7 +133,8 @@ int main(int count, char **arguments) {
         sayErrors();
         return kExitUsage;
     }
-    return act(options);
+    const int status = act(options);
+    return status == 0 && std::ferror(stdout) ? kExitFailed : status; // what was to be said was not heard
 }
 
 } // namespace publish

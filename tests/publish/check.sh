@@ -11,7 +11,9 @@ cd "$work"
 site=$work/site out=$work/out
 failures=0
 
-publish() { "${launcher[@]}" "$program" "$@"; }
+as=() # whoever runs the program, if not we
+
+publish() { "${as[@]}" "${launcher[@]}" "$program" "$@"; }
 
 fail() {
     echo "FAILED: $*" >&2
@@ -26,23 +28,24 @@ expect() {
     [ "$got [$status]" = "$wanted" ] || fail "$what: '$got [$status]' instead of '$wanted'; $(cat "$work/stderr")"
 }
 
+snapshot() { (cd "$out" && find . -mindepth 1 | sort | xargs -d '\n' ls -ld --time-style=full-iso); }
+
 # The program fails with that text in its messages, and the old site is as it was.
 expect_failure() {
     local what=$1 text=$2 before status=0
     shift 2
-    before=$(cd "$out" && find . | sort | xargs -d '\n' ls -ld --time-style=full-iso)
+    before=$(snapshot)
     publish "$@" "$site" "$out" >/dev/null 2>"$work/stderr" || status=$?
     [ $status -eq 1 ] || fail "$what: exit status $status"
     grep -qF -- "$text" "$work/stderr" || fail "$what: '$text' is not in: $(cat "$work/stderr")"
-    [ "$before" = "$(cd "$out" && find . | sort | xargs -d '\n' ls -ld --time-style=full-iso)" ] ||
-        fail "$what: the old site has changed"
+    [ "$before" = "$(snapshot)" ] || fail "$what: the old site has changed"
 }
 
 page() { printf '%s\n---\n%s\n' "$2" "$3" >"$site/pages/$1"; }
 
 new_site() {
     rm -rf "$site"
-    mkdir -p "$site"/{pages/deep,templates,assets}
+    mkdir -p "$site"/{pages/deep,templates,assets/d}
     echo '{ title = "A & B"; people = ( { name = "<Ada>"; tags = (x, y); }, { name = Bob; tags = (); } ); }' \
         >"$site/site.plist"
     printf '<h1>{{page.title}}</h1>{{> who}}{{{body}}}<a href="{{root}}index.html">' >"$site/templates/page.html"
@@ -52,10 +55,12 @@ new_site() {
     page deep/text.txt '{ title = Text; }' $'one <1>\n\ntwo'
     echo data >"$site/assets/data.bin"
     ln -s data.bin "$site/assets/link"
+    echo more >"$site/assets/d/more"
+    ln -s d "$site/assets/way"
 }
 
 new_site
-expect 'first run' "$out: 4 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'first run' "$out: 6 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$(cat "$out/index.html")" = '<h1>T &amp; T</h1>&lt;Ada&gt;:x;y;Bob:
 
 <b>A &amp; B</b>yes
@@ -67,41 +72,55 @@ grep -qF '<a href="../index.html">' "$out/deep/text.html" || fail 'the way to th
 
 before=$(stat -c '%i %Y' "$out/index.html")
 page deep/text.txt '{ title = Text; }' three
-expect 'second run' "$out: 1 written, 3 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'second run' "$out: 1 written, 5 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$before" = "$(stat -c '%i %Y' "$out/index.html")" ] || fail 'an unchanged page was written'
-rm "$site/pages/deep/text.txt" "$site/assets/link"
-expect 'removal' "$out: 0 written, 2 unchanged, 2 removed [0]" publish "$site" "$out"
-[ ! -e "$out/deep" ] || fail 'an empty directory is left'
+rm "$site/pages/deep/text.txt" "$site"/assets/{data.bin,link,way}
+expect 'removal' "$out: 0 written, 2 unchanged, 4 removed [0]" publish "$site" "$out"
+[ "$(cd "$out" && find . -mindepth 1 | sort | xargs)" = \
+    './assets ./assets/d ./assets/d/more ./index.html ./manifest.plist' ] || fail "left: $(find "$out")"
 expect 'quiet' ' [0]' publish --quiet "$site" "$out"
+rm -r "$site/assets/d"
+echo file >"$site/assets/d"
+echo foreign >"$out/assets/d/foreign"
+expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
+rm "$out/assets/d/foreign"
+expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed [0]" publish "$site" "$out"
+
+# What somebody else put under our name is taken away, but nothing behind it.
+mkdir "$work/precious"
+touch "$work/precious/journal.plist"
+ln -s "$work/precious" "$out/.publish"
+expect 'a planted link' "$out: 0 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
+[ -e "$work/precious/journal.plist" ] || fail 'the planted link was followed'
 
 # Whatever is wrong with a site, the old one stays and the message says where it is.
-page index.html '{ title = T; }' '{{page.titel}}'
-expect_failure 'missing key' "pages/index.html:3: there is no value for 'page.titel'."
-page index.html '{ title = T; ' x
-expect_failure 'malformed head' 'The property list is malformed in line 1'
-expect_failure 'file of a malformed head' "pages/index.html'"
-page index.html '{ title = T; template = gone; }' x
-expect_failure 'unknown template' "there is no template 'gone'."
-page index.html '{ title = T; }' '{{> who'
-expect_failure 'open braces' "pages/index.html:3: a '{{' is not closed."
-page index.html '{ title = T; }' '{{#each page.title as t}}{{/each}}'
-expect_failure 'no list' "pages/index.html:3: 'page.title' is no list."
-page index.html '{ title = T; }' $'\xff'
-expect_failure 'not UTF-8' 'is not valid UTF-8 at byte 20.'
+bad_page() {
+    page index.html "$3" "$4"
+    expect_failure "$1" "$2"
+}
+bad_page 'missing key' "pages/index.html:3: there is no value for 'page.titel'." '{ title = T; }' '{{page.titel}}'
+bad_page 'malformed head' 'The property list is malformed in line 1' '{ title = T; ' x
+bad_page 'file of a malformed head' "pages/index.html'" '{ title = T; ' x
+bad_page 'unknown template' "there is no template 'gone'." '{ title = T; template = gone; }' x
+bad_page 'open braces' "pages/index.html:3: a '{{' is not closed." '{ title = T; }' '{{> who'
+bad_page 'no list' "pages/index.html:3: 'page.title' is no list." '{ title = T; }' '{{#each page.title as t}}{{/each}}'
+bad_page 'not UTF-8' "index.html: the text is not valid UTF-8 at byte 19." '{ title = T; }' $'\xff'
 echo 'no head' >"$site/pages/index.html"
 expect_failure 'no head' 'a page begins with a property list'
 page index.html '{ title = T; }' x
+page index.txt '{ title = T; }' x
+expect_failure 'two pages of one name' "'index.html' would be written twice."
+rm "$site/pages/index.txt"
+ln -s ../nowhere "$site/assets/dangling"
+expect_failure 'an asset that leads nowhere' "site/nowhere'"
+rm "$site/assets/dangling"
 printf '{{> who}}{{> page}}' >"$site/templates/who.html"
-expect_failure 'template loop' "the template 'page' includes itself."
-echo '{ broken' >"$site/site.plist"
-expect_failure 'malformed settings' 'The property list is malformed in line 1, column 9'
+expect_failure 'template loop' "templates/who.html:1: the template 'who' includes itself."
+printf '{ broken\n' >"$site/site.plist"
+expect_failure 'malformed settings' 'The property list is malformed in line 2, column 1'
+expect_failure 'file of malformed settings' "site/site.plist'"
 
 new_site
-if [ "$(id -u)" -ne 0 ]; then
-    chmod 000 "$site/pages/index.html"
-    expect_failure 'unreadable page' 'could not be read: Permission denied'
-    chmod 644 "$site/pages/index.html"
-fi
 page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
 (
     ulimit -f 100
@@ -110,27 +129,95 @@ page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
     [ $failures -eq 0 ]
 ) || failures=$((failures + 1))
 
-# A run that is cut off at any of its renames is finished by the next one, whatever the site is by then.
+# Rights that are missing are noticed before anything has changed.
+if [ "$(id -u)" -eq 0 ]; then
+    as=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+fi
+if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.plist"; then
+    [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
+    denied() {
+        local what=$1 text=$2 path=$3 mode
+        mode=$(stat -c %a "$path")
+        chmod "$4" "$path"
+        expect_failure "$what" "$text"
+        chmod "$mode" "$path"
+    }
+    denied 'unreadable page' "index.html' could not be read: Permission denied" "$site/pages/index.html" 000
+    denied 'unreadable directory' "The directory '$site/pages/deep' can't be read." "$site/pages/deep" 000
+    denied 'unreadable template' "who.html' could not be read: Permission denied" "$site/templates/who.html" 000
+    denied 'unreadable asset' "data.bin' could not be read: Permission denied" "$site/assets/data.bin" 000
+    denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
+    page index.html '{ title = T; }' x
+    publish --quiet "$site" "$out"
+    echo changed >"$site/assets/data.bin"
+    denied 'read-only directory of new files' "data.bin' could not be written: Permission denied" "$out/assets" 555
+    rm "$site/assets/link"
+    denied 'read-only directory of old files' "link' could not be removed: Permission denied" "$out/assets" 555
+else
+    echo "publish: missing rights are not tried, because the program can't be run as another user" >&2
+fi
+as=()
+
+# A run that is cut off at any of its changes leaves the old site, or is finished by the next one.
 if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/null true 2>/dev/null; then
+    injected() { # CALL:SIGNAL:NUMBER
+        local call=${1%%:*} rest=${1#*:}
+        (
+            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null \
+                -e inject="$call:signal=${rest%:*}:when=${rest#*:}" "$program" --quiet "$site" "$out"
+            exit $?
+        ) 2>"$work/stderr"
+    }
     new_site
-    rm -rf "$out" "$work/whole"
-    publish --quiet "$site" "$work/whole"
-    for ((nth = 1; nth < 20; ++nth)); do
-        rm -rf "$out"
-        status=0
-        ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject=rename:signal=KILL:when=$nth \
-            "$program" --quiet "$site" "$out" 2>/dev/null || status=$?
-        [ $status -ne 0 ] || break
-        publish --quiet "$site" "$out" || fail "the run after the one that was killed at rename $nth"
-        diff -r --no-dereference "$out" "$work/whole" || fail "what is left after rename $nth"
+    rm -rf "$out"
+    publish --quiet "$site" "$work/old"
+    page index.html '{ title = New; }' changed
+    rm "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin}
+    mkdir "$site/assets/data.bin"
+    echo new >"$site/assets/data.bin/new"
+    ln -s data.bin/new "$site/assets/other"
+    publish --quiet "$site" "$work/new"
+    same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
+    is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
+    cuts=0
+    for call in mkdir write symlink fsync rename unlink rmdir; do
+        for ((nth = 1; nth < 40; ++nth)); do
+            rm -rf "$out"
+            cp -a "$work/old" "$out"
+            ! injected "$call:KILL:$nth" || break
+            cuts=$((cuts + 1))
+            [ -e "$out/.publish/journal.plist" ] || same "$work/old" || same "$work/new" ||
+                fail "killed at $call $nth: $(cat "$work/difference")"
+            publish --quiet "$site" "$out" || fail "the run after $call $nth"
+            is_all "$work/new" ||
+                fail "the run after the one that was killed at $call $nth: $(cat "$work/difference")"
+        done
     done
-    [ "$nth" -gt 3 ] || fail "only $nth renames were tried"
+    [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
+    rm -rf "$out"
+    cp -a "$work/old" "$out"
+    injected write:INT:1 && fail 'an interrupted run succeeded'
+    grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
+    is_all "$work/old" || fail 'the interrupted run left something'
 fi
 
-publish --help | grep -q '^Usage: publish' || fail 'the usage'
-publish --debug help | grep -q fileio || fail 'the list of channels'
-status=0
-publish --no-such-option 2>/dev/null || status=$?
-[ $status -eq 2 ] || fail "a wrong option: exit status $status"
+# --- Options ---
+
+has() { [[ $(publish "${@:2}" 2>&1) == *"$1"* ]] || fail "'$1' is not in what $2 says"; }
+has 'Usage: publish' --help
+has 'publish ' --version
+has fileio --debug help
+has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
+has '[start:publish] index.html' --profile publish "$site" "$out"
+has 'total global count' --statistics "$site" "$out"
+publish --quiet --log "$work/log" --log-level 2 "$site" "$out"
+grep -q 'unchanged' "$work/log" || fail 'the log has no report'
+for wrong in --no-such-option --log-level '--log-level 256' '--debug nothing' "--log $work/no/log" 'a b c' ''; do
+    status=0
+    # shellcheck disable=SC2086
+    publish $wrong "$site" 2>/dev/null || status=$?
+    [ $status -eq 2 ] || fail "$wrong: exit status $status"
+done
+! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"
