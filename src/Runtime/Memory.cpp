@@ -41,7 +41,7 @@ struct ChunkHead {
 constexpr std::size_t kHeadSize = 64;
 static_assert(sizeof(ChunkHead) <= kHeadSize);
 
-// The part of the newest chunk of a size that was not handed out yet. Chunks are carved step by step, so that
+// What was not handed out yet: the part of the newest chunk of a size. Chunks are carved step by step, so that
 // objects made one after the other lie one after the other.
 struct Uncarved {
     char *next = nullptr;
@@ -56,10 +56,24 @@ void *allocateLarge(std::size_t size) {
     return memory;
 }
 
+// Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
+constexpr std::size_t kRegionSize = 16 * kChunkSize;
+constinit Uncarved region;
+
+char *newChunk() {
+    if (region.next == region.end) {
+        char *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
+        if (!memory)
+            throw std::bad_alloc();
+        region = {memory, memory + kRegionSize};
+    }
+    char *const chunk = region.next;
+    region.next += kChunkSize;
+    return chunk;
+}
+
 void addChunk(std::size_t sizeIndex) {
-    char *chunk = static_cast<char *>(sys::allocateAligned(kChunkSize, kChunkSize));
-    if (!chunk)
-        throw std::bad_alloc();
+    char *const chunk = newChunk();
     new (chunk) ChunkHead{sizeIndex};
     uncarved[sizeIndex] = {chunk + kHeadSize, chunk + kChunkSize};
 }

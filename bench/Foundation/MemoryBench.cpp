@@ -1,0 +1,128 @@
+// What values cost: bytes each (as many as make up 32 MB), shown where other rows have nanoseconds. The
+// memory of many is asked from the C allocator before the first benchmark runs, when no list of free objects
+// could lend any.
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <benchmark/benchmark.h>
+
+#include <malloc.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#if QB_HAVE_QT
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#endif
+
+namespace {
+
+std::size_t bytesInUse() {
+    const struct mallinfo2 use = mallinfo2();
+    return use.uordblks + use.hblkhd;
+}
+
+// Returns how many bytes one of the values that `make` makes takes, the place of its reference not counted.
+template <class Make>
+double bytesEach(std::size_t expected, Make make) {
+    const std::size_t count =
+        32 * 1024 * 1024 / expected; // the allocator's steps of a megabyte vanish in that
+    std::vector<decltype(make())> values;
+    values.reserve(count);
+    const std::size_t before = bytesInUse();
+    for (std::size_t i = 0; i < count; ++i)
+        values.push_back(make());
+    return static_cast<double>(bytesInUse() - before) / static_cast<double>(count);
+}
+
+template <class T>
+std::unique_ptr<T> filled(const std::function<void(T &)> &fill) {
+    auto value = std::make_unique<T>();
+    fill(*value);
+    return value;
+}
+
+std::string keyText(int i) {
+    return "key." + std::to_string(1000 + i);
+}
+
+void report(const std::string &name, double bytes) {
+    benchmark::RegisterBenchmark(("Memory/" + name).c_str(),
+                                 [bytes](benchmark::State &state) {
+                                     for (auto _ : state)
+                                         state.SetIterationTime(bytes * 1e-9);
+                                 })
+        ->UseManualTime()
+        ->Iterations(1000);
+}
+
+void reportOurs() {
+    report("object/ours", bytesEach(16, [] { return NSObject::init(); }));
+    report("string-of-8/ours", bytesEach(64, [] { return NSString::initWith("abcdefgh"); }));
+    std::vector<Ref<NSString>> keys;
+    for (int i = 0; i < 16; ++i)
+        keys.push_back(NSString::initWith(keyText(i)));
+    report("array-of-16/ours", bytesEach(200, [&] {
+               auto array = NSMutableArray::init();
+               for (const auto &key : keys)
+                   array->addObject(key);
+               return array;
+           }));
+    report("dictionary-of-16/ours", bytesEach(500, [&] {
+               auto dictionary = NSMutableDictionary::init();
+               for (const auto &key : keys)
+                   dictionary->setObjectForKey(key, key);
+               return dictionary;
+           }));
+}
+
+// The keys' texts are the maps' own here, where ours are shared.
+void reportPeers() {
+    struct Plain {
+        virtual ~Plain() = default;
+        int count = 1;
+    };
+    report("object/new", bytesEach(16, [] { return std::make_unique<Plain>(); }));
+    report("string-of-8/std", bytesEach(64, [] { return std::make_unique<std::string>("abcdefgh"); }));
+    report("array-of-16/std", bytesEach(200, [] {
+               return filled<std::vector<void *>>([](auto &vector) {
+                   for (int i = 0; i < 16; ++i)
+                       vector.push_back(&vector);
+               });
+           }));
+    report("dictionary-of-16/std", bytesEach(500, [] {
+               return filled<std::unordered_map<std::string, void *>>([](auto &map) {
+                   for (int i = 0; i < 16; ++i)
+                       map[keyText(i)] = &map;
+               });
+           }));
+#if QB_HAVE_QT
+    report("string-of-8/qt", bytesEach(64, [] { return std::make_unique<QByteArray>("abcdefgh"); }));
+    report("array-of-16/qt", bytesEach(200, [] {
+               return filled<QList<void *>>([](auto &list) {
+                   for (int i = 0; i < 16; ++i)
+                       list.append(&list);
+               });
+           }));
+    report("dictionary-of-16/qt", bytesEach(500, [] {
+               return filled<QHash<QByteArray, void *>>([](auto &hash) {
+                   for (int i = 0; i < 16; ++i)
+                       hash.insert(QByteArray::fromStdString(keyText(i)), &hash);
+               });
+           }));
+#endif
+}
+
+const bool isRegistered = [] {
+    reportOurs();
+    reportPeers();
+    return true;
+}();
+
+} // namespace
