@@ -1,39 +1,10 @@
 #include <QBFoundation/QBErrorHandler.h>
 
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "System/Process.h"
-
+#include <new>
 #include <utility>
-
-namespace {
-
-constexpr const char *kFile = "src/QBErrorHandler";
-
-constexpr int kLineOfTrace = 282;
-
-// The lines that the forms without a place of their own name as theirs.
-constexpr int kLineWithObjects = 301;
-constexpr int kLineWithDefaultFormat = 311;
-constexpr int kLineWithDefaultFormatAndObjects = 321;
-
-// Marks that an error is being recorded, an exception on the way out included.
-class Raising {
-public:
-    explicit Raising(QBErrorHandler *handler) : handler_(handler) { handler_->setIsRaisingError(YES); }
-    ~Raising() { handler_->setIsRaisingError(NO); }
-    Raising(const Raising &) = delete;
-    Raising &operator=(const Raising &) = delete;
-
-private:
-    QBErrorHandler *handler_;
-};
-
-} // namespace
 
 QBErrorHandler *ERRORHANDLER = nullptr;
 
@@ -104,92 +75,6 @@ NSMutableArray *QBErrorHandler::stackTrace() {
     if (!stackTrace_)
         stackTrace_ = NSMutableArray::init();
     return stackTrace_;
-}
-
-// --- Raising ---
-
-void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
-                                                 const qb::ArgList &argList) {
-    if (ERRORHANDLER)
-        ERRORHANDLER->raiseErrorInFileWithArgList(file, line, error, argList, nullptr, nullptr);
-}
-
-void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
-                                                 const qb::ArgList &argList, NSArray *objects) {
-    raiseErrorInFileWithArgList(file, line, error, argList, objects, nullptr);
-}
-
-void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
-                                                 const qb::ArgList &argList, NSArray *objects,
-                                                 NSString *defaultFormat) {
-    if (isRaisingError())
-        return;
-    const Ref<NSMutableArray> description = describe(error, argList, nullptr, defaultFormat);
-    {
-        const Raising raising(this);
-        description->addObjectsFromArray(objects);
-        addErrorDescr(description);
-        setErrorState(ERRORSTATE_ERROR);
-    }
-    if (debug >= 1)
-        qb::trace(DEBUG_CHANNEL_UTILS,
-                  {kFile, kLineOfTrace, this,
-                   "raiseErrorInFile:inLine:error:withArgList:andObjects:withDefaultFormat:"},
-                  "raised error %d in %s:%d: %s", error, file ? file : "<null>", line,
-                  description->objectAtIndex(0));
-}
-
-void QBErrorHandler::raiseErrorWithObjectsWithArgList(NSArray *objects, int error,
-                                                      const qb::ArgList &argList) {
-    if (ERRORHANDLER)
-        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithObjects, error, argList, objects, nullptr);
-}
-
-void QBErrorHandler::raiseErrorWithDefaultFormatWithArgList(NSString *format, int error,
-                                                            const qb::ArgList &argList) {
-    if (ERRORHANDLER)
-        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithDefaultFormat, error, argList, nullptr,
-                                                  format);
-}
-
-void QBErrorHandler::raiseErrorWithDefaultFormatWithObjectsWithArgList(NSString *format, NSArray *objects,
-                                                                       int error,
-                                                                       const qb::ArgList &argList) {
-    if (ERRORHANDLER)
-        ERRORHANDLER->raiseErrorInFileWithArgList(kFile, kLineWithDefaultFormatAndObjects, error, argList,
-                                                  objects, format);
-}
-
-void QBErrorHandler::raiseFatalErrorWithArgList(int error, const qb::ArgList &argList) {
-    raiseFatalErrorWithDefaultFormatWithArgList(nullptr, error, argList);
-}
-
-void QBErrorHandler::raiseFatalErrorWithDefaultFormatWithArgList(NSString *format, int error,
-                                                                 const qb::ArgList &argList) {
-    if (ERRORHANDLER)
-        ERRORHANDLER->raiseFatalErrorWithArgList(error, argList, nullptr, format);
-}
-
-void QBErrorHandler::raiseFatalErrorWithArgList(int error, const qb::ArgList &argList, NSArray *objects,
-                                                NSString *defaultFormat) {
-    if (isRaisingError())
-        return;
-    const Raising raising(this);
-    if (errorState() == ERRORSTATE_FATAL)
-        return;
-    setErrorState(ERRORSTATE_FATAL);
-    fatalErrorDescr_ = describe(error, argList, objects, defaultFormat);
-    terminateBecauseOfFatalError();
-}
-
-Ref<NSMutableArray> QBErrorHandler::describe(int error, const qb::ArgList &argList, NSArray *objects,
-                                             NSString *defaultFormat) {
-    NSString *const message = errorMsgForError(error, argList, defaultFormat);
-    auto description = NSMutableArray::init();
-    description->addObject(message ? message : NSString::string());
-    description->addObject(NSNumber::numberWithInt(error));
-    description->addObjectsFromArray(objects);
-    return description;
 }
 
 // --- Messages ---
@@ -322,13 +207,6 @@ NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
                                                 errorMessage(), text);
 }
 
-// The messages are the format themselves: a "%" in them is read as a conversion.
-void QBErrorHandler::terminateBecauseOfFatalError() {
-    NSString *const messages = errorStackMessagesStringWithIndent(nullptr);
-    OSLogger::loggerForCategory("alert"_ns)->logWithLevelFormat(0, messages);
-    qb::sys::exit(-1);
-}
-
 // --- Saving errors ---
 
 qb::SavedErrors::SavedErrors(Then then) : then_(then) {
@@ -339,8 +217,12 @@ qb::SavedErrors::SavedErrors(Then then) : then_(then) {
 qb::SavedErrors::~SavedErrors() {
     if (!ERRORHANDLER)
         return;
-    if (then_ == kDiscard)
-        ERRORHANDLER->replaceErrorStack(earlier_ ? earlier_.get() : NSArray::array());
-    else
-        ERRORHANDLER->insertOldErrorStack(earlier_);
+    if (then_ == kKeep) {
+        try {
+            ERRORHANDLER->insertOldErrorStack(earlier_);
+            return;
+        } catch (const std::bad_alloc &) { // where there is no memory to join them, the earlier ones stay
+        }
+    }
+    ERRORHANDLER->replaceErrorStack(earlier_);
 }

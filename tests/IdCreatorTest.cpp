@@ -6,21 +6,27 @@
 #include "support/PoolFixture.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
-#include <set>
 #include <string>
 #include <unistd.h>
 
 using IdCreatorTest = PoolFixture;
 
-TEST_F(IdCreatorTest, IdsAreDigitsWithPidCounterAndTimeAndNeverRepeat) {
-    std::set<std::string> seen;
+TEST_F(IdCreatorTest, IdsAreARandomNumberPidCounterAndTimeAndNeverRepeat) {
+    int counter = -1;
     for (int i = 0; i < 1000; ++i) {
+        std::srand(7);
+        const std::string start = std::to_string(std::rand()) + std::to_string(::getpid());
+        std::srand(7);
         const std::string text(IdCreator::createId()->view());
-        EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
-            << text;
-        EXPECT_NE(text.find(std::to_string(getpid())), std::string::npos) << text;
-        EXPECT_TRUE(seen.insert(text).second) << text;
+        ASSERT_EQ(text.substr(0, start.size()), start);
+        ASSERT_GT(text.size(), start.size() + 17) << text;
+        const std::string time = text.substr(text.size() - 17);
+        EXPECT_TRUE(std::all_of(time.begin(), time.end(), [](char c) { return c >= '0' && c <= '9'; }));
+        const int before = counter;
+        counter = std::stoi(text.substr(start.size(), text.size() - 17 - start.size()));
+        EXPECT_TRUE(i == 0 || counter == before + 1) << text;
     }
 }
 

@@ -1,27 +1,49 @@
 #include <QBFoundation/QBErrorHandler.h>
 
-#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "support/ServicesFixture.h"
 
-#include <algorithm>
+#include <new>
 
 namespace {
 
-// A handler with texts for two numbers.
+// A handler with texts for two numbers, no message for a third, and trouble with a fourth.
 class WordingHandler : public QBErrorHandler {
 public:
     NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override {
         if (error == 100)
             return "%s failed %d times"_ns;
+        if (error == 103)
+            throw InvalidArgumentException("no text");
         return error == 101 ? "100%"_ns : withDefaultFormat;
     }
+
+    using QBErrorHandler::errorMsgForError;
+    NSString *errorMsgForError(int error, const qb::ArgList &withArgList,
+                               NSString *withDefaultFormat) override {
+        return error == 102 ? nullptr
+                            : QBErrorHandler::errorMsgForError(error, withArgList, withDefaultFormat);
+    }
+
+    NSString *errorStackMessagesStringWithIndent(NSString *indent) override {
+        if (isOutOfMemory)
+            throw std::bad_alloc();
+        return QBErrorHandler::errorStackMessagesStringWithIndent(indent);
+    }
+
+    void insertOldErrorStack(NSArray *stack) override {
+        if (isOutOfMemory)
+            throw std::bad_alloc();
+        QBErrorHandler::insertOldErrorStack(stack);
+    }
+
+    bool isOutOfMemory = false;
 };
 
 // Puts a handler in the place of the test's.
@@ -34,7 +56,7 @@ protected:
 
     void raise(int error) { handler_->raiseErrorInFile("src/A", 1, error); }
 
-    Ref<QBErrorHandler> handler_;
+    Ref<WordingHandler> handler_;
 };
 
 } // namespace
@@ -87,6 +109,7 @@ TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
     other->raiseErrorInFile(nullptr, 6, 3);
     other->raiseErrorWithObjects(objects, 4);
     other->raiseErrorWithDefaultFormat("100%% %d"_ns, 5, 50);
+    raise(102);
     other->raiseErrorWithDefaultFormatWithObjects("%s"_ns, objects, 6, "%d"_ns);
     const std::string place =
         "src/QBErrorHandler:282(QBErrorHandler): "
@@ -96,6 +119,7 @@ TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
                                           "3 in <null>:6: [000003] unknown error\n" + start +
                                           "4 in src/QBErrorHandler:301: [000004] unknown error\n" + start +
                                           "5 in src/QBErrorHandler:311:  50\n" + start +
+                                          "102 in src/A:1: <nil>\n" + start +
                                           "6 in src/QBErrorHandler:321: [000006] %d\n");
     EXPECT_EQ(other->errorState(), ERRORSTATE_OK);
     EXPECT_EQ(describe(handler_->errorDescr()), "([000006] %d, 6, a, b)");
@@ -172,6 +196,13 @@ TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {
         }
         EXPECT_EQ(describe(handler_->errorIds()), then == qb::SavedErrors::kKeep ? "(1, 2)" : "(1)");
     }
+    {
+        const qb::SavedErrors saved;
+        raise(2);
+        handler_->isOutOfMemory = true;
+    }
+    EXPECT_EQ(describe(handler_->errorIds()), "(1)");
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
 }
 
 TEST_F(QBErrorHandlerTest, WithoutAHandlerErrorsAreDropped) {
@@ -204,25 +235,22 @@ TEST_F(QBErrorHandlerTest, FatalErrorsLogTheStackAndEndTheProcess) {
     handler_->clearErrorStack();
 }
 
-TEST_F(QBErrorHandlerTest, TheCatalogueWordsTheLibrarysNumbers) {
-    QBErrorCatalogue *const catalogue = QBErrorCatalogue::errorHandler();
-    ERRORHANDLER = catalogue;
-    catalogue->raiseErrorInFile("src/A", 1, qb::kErrorCannotWrite, "a/b"_ns, "No space left on device");
-    EXPECT_EQ(catalogue->errorMessage()->view(),
-              "[100024] The file 'a/b' could not be written: No space left on device");
-    catalogue->raiseErrorWithDefaultFormat("own %d"_ns, 17, 4);
-    EXPECT_EQ(catalogue->errorMessage()->view(), "[000017] own 4");
-}
-
-TEST_F(QBErrorHandlerTest, CatalogueTextsTakeTheListedValues) {
-    int before = 0;
-    for (const qb::ErrorNumber &error : qb::kErrorNumbers) {
-        EXPECT_LT(before, error.number); // sorted, none twice
-        before = error.number;
-        const std::string_view values = error.values;
-        const auto listed = values.empty() ? 0 : std::count(values.begin(), values.end(), ',') + 1;
-        const std::string_view format = error.format;
-        EXPECT_EQ(std::count(format.begin(), format.end(), '%'), listed) << error.number;
-        EXPECT_EQ(format.find("%%"), std::string_view::npos) << error.number;
-    }
+TEST_F(QBErrorHandlerTest, FatalErrorsEndTheProcessWhateverFailsMeanwhile) {
+    const ChildEnd withoutMessage = runInChild([&] { handler_->raiseFatalError(103); });
+    EXPECT_EQ(withoutMessage.status, 255);
+    EXPECT_EQ(logLines(withoutMessage.standardError, withoutMessage.process),
+              "[000103] unknown error\n[T] (P) [] \n\n");
+    const ChildEnd withoutLog = runInChild([&] {
+        handler_->isOutOfMemory = true;
+        handler_->raiseFatalError(4);
+    });
+    EXPECT_EQ(withoutLog.status, 255);
+    EXPECT_EQ(withoutLog.standardError, "A fatal error has ended the process and could not be logged.\n");
+    const ChildEnd withoutLogFile = runInChild([&] {
+        OSLogger::setDefaultLogFileName("/no/such/directory/log"_ns);
+        handler_->raiseFatalError(5);
+    });
+    EXPECT_EQ(withoutLogFile.status, 255);
+    EXPECT_EQ(logLines(withoutLogFile.standardError, withoutLogFile.process),
+              "[T] (P) [] [000005] unknown error\n\n");
 }

@@ -107,7 +107,8 @@ public:
     }
     virtual void raiseFatalErrorWithDefaultFormatWithArgList(NSString *format, int error,
                                                              const qb::ArgList &argList);
-    /// Records a fatal error on this handler, logs the error stack and ends the process with exit status 255.
+    /// Records a fatal error on this handler, logs the error stack and ends the process with exit status 255,
+    /// even without the memory for either.
     virtual void raiseFatalErrorWithArgList(int error, const qb::ArgList &argList, NSArray *objects,
                                             NSString *defaultFormat);
 
@@ -158,8 +159,6 @@ protected:
 
 private:
     NSString *prefixedFormat(int error, NSString *defaultFormat);
-    Ref<NSMutableArray> describe(int error, const qb::ArgList &argList, NSArray *objects,
-                                 NSString *defaultFormat);
 
     int errorState_ = ERRORSTATE_OK;
     Ref<NSMutableArray> fatalErrorDescr_;
@@ -183,8 +182,8 @@ inline bool isErrorPending() {
 
 /// Takes the pending errors aside for a section whose own errors are looked at separately.
 ///
-/// At its end the earlier errors stand in front of those of the section, or, with `kDiscard`, alone. An
-/// exception on the way out loses none of them.
+/// At its end the earlier errors stand in front of those of the section, or, with `kDiscard` or where memory
+/// is missing to join them, alone. An exception on the way out loses none of them.
 class QB_EXPORT SavedErrors {
 public:
     enum Then { kKeep, kDiscard };

@@ -13,7 +13,9 @@
 #include "System/Stdio.h"
 #include "Text/Numbers.h"
 
+#include <cerrno>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace sys = qb::sys;
@@ -44,6 +46,12 @@ OSLogger *defaultLogger() {
 
 bool differs(NSString *one, NSString *other) {
     return one != other && !(one && other && one->isEqualToString(other));
+}
+
+std::FILE *openForAppending(NSString *name) {
+    if (name->view().find('\0') != std::string_view::npos)
+        return errno = EINVAL, nullptr;
+    return sys::fopen(name->cString(), "a");
 }
 
 } // namespace
@@ -164,7 +172,7 @@ void OSLogger::openStream() {
         file_ = stderr;
         return;
     }
-    file_ = sys::fopen(fileName_->cString(), "a");
+    file_ = openForAppending(fileName_);
     if (file_) {
         sys::makeUnbuffered(file_); // so that a line of any length is one write
         return;
@@ -177,8 +185,11 @@ void OSLogger::openStream() {
 void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
     if (level_ < level)
         return;
+    // The program's error handler may give this logger another file, or the category another logger.
+    const Ref<OSLogger> logger(this);
     if (!file_)
         openStream();
+    std::FILE *const file = file_ ? file_ : stderr;
     char pid[qb::text::kLongestInteger];
     const std::size_t pidLength = qb::text::formatInteger(OSProcess::getCurrentPid(), pid);
     std::string line;
@@ -188,8 +199,8 @@ void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
         line.append(prefix_->cString()).append(" ");
     line.append(category_ ? category_->cString() : "").append("] ");
     line.append(message ? message->cString() : "<nil>").append("\n");
-    qb::printText(line, file_);
-    if (_duplicateLogToStderr && file_ != stderr)
+    qb::printText(line, file);
+    if (_duplicateLogToStderr && file != stderr)
         qb::printText(line, stderr);
 }
 

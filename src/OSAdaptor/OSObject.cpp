@@ -1,6 +1,7 @@
 #include <QBFoundation/OSAdaptor/OSObject.h>
 
 #include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
 
 #include <cerrno>
 #include <cstring>
@@ -11,9 +12,11 @@ Class *OSObject::cls() {
         qb::classMethod<"errorDescription">(&OSObject::errorDescription),
         qb::classMethod<"_getWindowsErrorCode">(&OSObject::_getWindowsErrorCode),
         qb::Method::ofFunction(
-            "getErrorCode"_sel, +[](id) { return OSObject::getErrorCode(); }),
+            "getErrorCode"_sel,
+            +[](id self) { return send<std::uint32_t>(self->classObject(), "getErrorCode"_sel); }),
         qb::Method::ofFunction(
-            "errorDescription"_sel, +[](id) { return OSObject::errorDescription(); }),
+            "errorDescription"_sel,
+            +[](id self) { return send<const char *>(self->classObject(), "errorDescription"_sel); }),
     };
     static Class *const self = new Class("OSObject", NSObject::cls(), methods, qb::construct<OSObject>);
     return self;

@@ -8,12 +8,23 @@
 
 namespace qb::sys {
 
+int aboveStandardStreams(int descriptor) noexcept {
+    if (descriptor < 0 || descriptor > STDERR_FILENO)
+        return descriptor;
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    ::close(descriptor);
+    errno = error;
+    return moved;
+}
+
 int open(const char *path, int flags, mode_t mode) noexcept {
-    return repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); });
+    return aboveStandardStreams(repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); }));
 }
 
 int openat(int directory, const char *path, int flags, mode_t mode) noexcept {
-    return repeat(Call::open, [&] { return ::openat(directory, path, flags | O_CLOEXEC, mode); });
+    return aboveStandardStreams(
+        repeat(Call::open, [&] { return ::openat(directory, path, flags | O_CLOEXEC, mode); }));
 }
 
 int openExclusive(const char *path, mode_t mode) noexcept {
@@ -30,7 +41,7 @@ int close(int descriptor) noexcept {
 }
 
 int dup(int descriptor) noexcept {
-    return attempt(Call::dup, [&] { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); });
+    return attempt(Call::dup, [&] { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1); });
 }
 
 int fcntl(int descriptor, int command, int argument) noexcept {

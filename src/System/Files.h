@@ -19,6 +19,10 @@ namespace qb::sys {
 
 // --- Descriptors ---
 
+/// Returns the open descriptor itself, or a duplicate in its place when it is 0, 1 or 2: where a program was
+/// started without one of those, a new file would get its number, and what is meant for people would end in
+/// it. Takes -1 for a failed call and leaves errno.
+int aboveStandardStreams(int descriptor) noexcept;
 /// Opens `path`; `mode` (less the umask) is for a file that is created.
 int open(const char *path, int flags, mode_t mode = 0666) noexcept;
 /// As `open`; a relative path is one in the open directory (the call `open` to faults).
@@ -28,7 +32,7 @@ int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
 /// success.
 int close(int descriptor) noexcept;
-/// Returns another descriptor for the same open file.
+/// Returns another descriptor for the same open file, never 0, 1 or 2.
 int dup(int descriptor) noexcept;
 /// Does a command that takes an integer or nothing (F_GETFL, F_SETFL, F_GETFD, F_SETFD).
 int fcntl(int descriptor, int command, int argument = 0) noexcept;

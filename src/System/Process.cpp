@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <pthread.h>
 #include <pwd.h>
 #include <sched.h>
 #include <sys/wait.h>
@@ -24,6 +25,13 @@ struct SharingStart {
     sigset_t mask; // the caller's
 };
 
+pid_t keptId = 0; // 0: not asked yet
+
+// For a child, and on both sides of a start that shares the memory.
+void forgetId() {
+    keptId = 0;
+}
+
 // A handler that ran in the child would find and change the parent's memory.
 void resetSignalHandlers() {
     for (int signal = 1; signal < NSIG; ++signal) {
@@ -39,6 +47,7 @@ void resetSignalHandlers() {
 
 int runSharingChild(void *start) {
     const auto *self = static_cast<SharingStart *>(start);
+    forgetId();
     resetSignalHandlers();
     ::sigprocmask(SIG_SETMASK, &self->mask, nullptr);
     return self->child(self->context);
@@ -47,7 +56,10 @@ int runSharingChild(void *start) {
 } // namespace
 
 pid_t getpid() noexcept {
-    return ::getpid();
+    static const bool isForgottenInChildren = ::pthread_atfork(nullptr, nullptr, forgetId) == 0;
+    if (keptId == 0 || !isForgottenInChildren)
+        keptId = ::getpid();
+    return keptId;
 }
 
 pid_t fork() noexcept {
@@ -67,6 +79,7 @@ pid_t startSharingMemory(int (*child)(void *context), void *context) noexcept {
     const int error = errno;
     const pid_t process =
         ::clone(runSharingChild, stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+    forgetId();
     if (process >= 0)
         errno = error; // the child's calls have set it
     const int result = errno;

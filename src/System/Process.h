@@ -14,7 +14,7 @@
 
 namespace qb::sys {
 
-/// Returns the process's id.
+/// Returns the process's id, without asking the system more than once.
 pid_t getpid() noexcept;
 /// Returns 0 in the child, its id in the parent.
 pid_t fork() noexcept;

@@ -1,10 +1,12 @@
 #include "Stdio.h"
 
 #include "Attempt.h"
+#include "Files.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <stdio_ext.h>
 
 namespace qb::sys {
 
@@ -25,13 +27,30 @@ void forget(std::FILE *file) {
         faultedStream = nullptr;
 }
 
-// Whether a signal has cut the last read; the stream is then ready to go on.
+// Whether a signal has cut the last transfer; the stream is then ready to go on.
 bool interrupted(std::FILE *file) {
     if (errno != EINTR || (!::ferror_unlocked(file) && faultedStream != file))
         return false;
     sys::clearerr(file);
     errno = 0;
     return true;
+}
+
+// Of such a stream the C library keeps nothing, and so loses nothing.
+bool isUnbuffered(std::FILE *file) {
+    return ::__fbufsize(file) <= 1;
+}
+
+// A stream on the same file whose descriptor is none of the standard streams'.
+std::FILE *movedAboveStandardStreams(std::FILE *file, const char *mode) {
+    const int descriptor = sys::dup(::fileno(file));
+    const int error = errno;
+    ::fclose(file);
+    errno = error;
+    std::FILE *const moved = descriptor < 0 ? nullptr : ::fdopen(descriptor, mode);
+    if (!moved && descriptor >= 0)
+        sys::close(descriptor);
+    return moved;
 }
 
 // `mode` with the flag for close-on-exec behind its first letter; false when it is no mode.
@@ -57,7 +76,8 @@ std::FILE *fopen(const char *path, const char *mode) noexcept {
     char closeOnExec[16];
     if (!closeOnExecMode(mode, closeOnExec))
         return nullptr;
-    return repeat(Call::fopen, [&] { return ::fopen(path, closeOnExec); });
+    std::FILE *const file = repeat(Call::fopen, [&] { return ::fopen(path, closeOnExec); });
+    return !file || ::fileno(file) > 2 ? file : movedAboveStandardStreams(file, closeOnExec);
 }
 
 std::FILE *fdopen(int descriptor, const char *mode) noexcept {
@@ -104,10 +124,16 @@ std::size_t fread(void *buffer, std::size_t size, std::size_t count, std::FILE *
 }
 
 std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept {
-    std::size_t length = byteCount(size, count);
-    if (length == 0 || length == SIZE_MAX || failsOn(file, Call::fwrite, &length))
+    const std::size_t length = byteCount(size, count);
+    if (length == 0 || length == SIZE_MAX)
         return 0;
-    return ::fwrite_unlocked(buffer, 1, length, file) / size;
+    std::size_t done = 0;
+    do {
+        std::size_t rest = length - done;
+        if (!failsOn(file, Call::fwrite, &rest))
+            done += ::fwrite_unlocked(static_cast<const char *>(buffer) + done, 1, rest, file);
+    } while (done < length && isUnbuffered(file) && interrupted(file));
+    return done / size;
 }
 
 void makeUnbuffered(std::FILE *file) noexcept {

@@ -1,9 +1,9 @@
 // C streams. The library has one thread, so nothing here takes the stream's lock.
 //
-// A full disk shows at the latest in `fflush` or `fclose`. Reading is repeated after a signal and loses
-// nothing. Writing can't be: the C library drops what it had buffered when a write fails, so an interruption,
-// possible only on pipes, sockets and terminals and under handlers without the restart flag, is an error like
-// any other.
+// A full disk shows at the latest in `fflush` or `fclose`. Reading, and writing on a stream without a buffer,
+// is repeated after a signal and loses nothing. Other writing can't be: the C library drops what it had
+// buffered when a write fails, so an interruption, possible only on pipes, sockets and terminals and under
+// handlers without the restart flag, is an error like any other.
 #ifndef QBFOUNDATION_SYSTEM_STDIO_H
 #define QBFOUNDATION_SYSTEM_STDIO_H
 
@@ -13,7 +13,7 @@
 
 namespace qb::sys {
 
-/// Opens with close-on-exec; a null or overlong `mode` is EINVAL.
+/// Opens with close-on-exec, never on a standard stream's descriptor; a null or overlong `mode` is EINVAL.
 std::FILE *fopen(const char *path, const char *mode) noexcept;
 /// Makes a stream that owns `descriptor`; after null the descriptor is still the caller's.
 std::FILE *fdopen(int descriptor, const char *mode) noexcept;

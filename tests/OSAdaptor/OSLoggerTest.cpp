@@ -107,7 +107,7 @@ TEST_F(OSLoggerTest, LinesAndTheirEndsAreOneWrite) {
     OSLogger::disableDuplicateLogToStderr();
     OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
     logger->logWithLevelMessage(0, "opens"_ns);
-    const std::string longMessage(100000, 'x');
+    const std::string longMessage(1 << 20, '\xff');
     const long before = writeCalls();
     logger->logWithLevelMessage(0, NSString::stringWith(longMessage));
     EXPECT_EQ(writeCalls(), before < 0 ? -1 : before + 1);
@@ -153,6 +153,69 @@ TEST_F(OSLoggerTest, AFileThatCannotBeOpenedIsAnErrorAndStandardErrorTakesTheLin
     EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] three\n");
 }
 
+TEST_F(OSLoggerTest, ANameWithANulIsNoFile) {
+    const TemporaryDirectory directory;
+    const std::string name = directory / "log" + std::string("\0b", 2);
+    const ChildEnd end = runInChild([&] {
+        OSLogger::setDefaultLogFileName(NSString::stringWith(name));
+        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
+        for (const auto &error : recordingErrorHandler()->raised)
+            std::fprintf(stderr, "%d: %s\n", error.number, error.values.c_str());
+    });
+    EXPECT_EQ(logLines(end.standardError, end.process),
+              "[T] (P) [] one\n100024: " + directory / "log" + " Invalid argument\n");
+    EXPECT_FALSE(directory.has("log"));
+}
+
+namespace {
+
+// Turns to another log file when the one that it has can't be opened.
+class CautiousHandler : public QBErrorHandler {
+public:
+    using QBErrorHandler::raiseErrorInFileWithArgList;
+    void raiseErrorInFileWithArgList(const char *, int, int, const qb::ArgList &, NSArray *,
+                                     NSString *) override {
+        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "raised"_ns);
+        OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
+    }
+
+    NSString *other = nullptr;
+};
+
+} // namespace
+
+TEST_F(OSLoggerTest, AnErrorHandlerMayLogAndChangeTheLoggers) {
+    const TemporaryDirectory directory;
+    CautiousHandler handler;
+    handler.other = directory.string("other");
+    const ChildEnd end = runInChild([&] {
+        ERRORHANDLER = &handler;
+        _duplicateLogToStderr = NO;
+        OSLogger::setDefaultLogFileName(directory.string("missing/log"));
+        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
+        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "two"_ns);
+    });
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] raised\n[T] (P) [] one\n");
+    EXPECT_EQ(logLines(directory.read("other"), end.process), "[T] (P) [] two\n");
+}
+
+TEST_F(OSLoggerTest, WithoutStandardErrorTheFileHasItsLinesOnce) {
+    const TemporaryDirectory directory;
+    const ChildEnd end = runInChild([&] {
+        ::close(STDERR_FILENO);
+        OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
+        logger->logWithLevelMessage(0, "lost"_ns);
+        logger->setLogFileName(directory.string("log"));
+        logger->logWithLevelMessage(0, "kept"_ns); // and not for standard error, too
+        logger->setLogFileName("/dev/full"_ns);
+        logger->logWithLevelMessage(0, "lost"_ns);
+        ::_exit(ERRORHANDLER->errorState());
+    });
+    EXPECT_EQ(end.status, ERRORSTATE_OK);
+    EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] kept\n");
+}
+
 TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
     const TemporaryDirectory directory;
     OSLogger::setDefaultLogFileName(directory.string("log"));
@@ -163,6 +226,7 @@ TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
         logger->logWithLevelMessage(0, "lost"_ns);
         EXPECT_EQ(fault.hits(), 1u);
     }
+    const qb::sys::Fault storm(qb::sys::Call::fwrite, /*skip=*/0, /*times=*/5, EINTR);
     logger->logWithLevelMessage(0, "kept"_ns);
     EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] kept\n");
 }

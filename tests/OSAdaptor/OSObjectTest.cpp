@@ -1,6 +1,7 @@
 #include <QBFoundation/OSAdaptor/OSObject.h>
 
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "support/PoolFixture.h"
@@ -9,6 +10,27 @@
 #include <unistd.h>
 
 using OSObjectTest = PoolFixture;
+
+namespace {
+
+// Tells the errors of another system.
+class Remote : public OSObject {
+public:
+    static Class *cls() {
+        static const qb::Method methods[] = {
+            qb::classMethod<"getErrorCode">(&Remote::getErrorCode),
+            qb::classMethod<"errorDescription">(&Remote::errorDescription),
+        };
+        static Class *const self = new Class("Remote", OSObject::cls(), methods, qb::construct<Remote>);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+
+    static std::uint32_t getErrorCode() { return 7; }
+    static const char *errorDescription() { return "far away"; }
+};
+
+} // namespace
 
 TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
     const Ref<OSObject> object = OSObject::init();
@@ -21,6 +43,12 @@ TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
         EXPECT_STREQ(send<const char *>(receiver, text), "Permission denied");
     }
     EXPECT_EQ(OSObject::_getWindowsErrorCode(), 0u);
+}
+
+TEST_F(OSObjectTest, ObjectsAskTheirClass) {
+    const auto object = Ref<Remote>::adopt(new Remote);
+    EXPECT_EQ(send<std::uint32_t>(object.get(), "getErrorCode"_sel), 7u);
+    EXPECT_STREQ(send<const char *>(object.get(), "errorDescription"_sel), "far away");
 }
 
 TEST_F(OSObjectTest, TheProcessKnowsItself) {

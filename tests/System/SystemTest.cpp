@@ -177,6 +177,53 @@ TEST_F(SystemTest, TransfersOutlastSignalsAndShortWrites) {
     sys::close(file);
 }
 
+TEST_F(SystemTest, StreamsWithoutABufferOutlastSignals) {
+    std::FILE *const file = sys::fopen(path("line").c_str(), "w");
+    sys::makeUnbuffered(file);
+    Fault shortly(Call::fwrite, /*skip=*/0, /*times=*/0, sys::ShortTransfer{3});
+    Fault storm(Call::fwrite, /*skip=*/1, /*times=*/5, EINTR);
+    EXPECT_EQ(sys::fwrite("text", 1, 4, file), 3u);
+    EXPECT_EQ(sys::fwrite("abc", 1, 3, file), 3u);
+    EXPECT_EQ(storm.hits(), 5u);
+    EXPECT_FALSE(sys::ferror(file));
+    EXPECT_EQ(sys::fclose(file), 0);
+    EXPECT_EQ(content("line"), "texabc");
+}
+
+// Started without standard input: what is opened next would take its place.
+TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
+    const int kept = sys::dup(0);
+    ::close(0);
+    const int opened = sys::open("/dev/null", O_RDONLY);
+    const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);
+    const int duplicate = sys::dup(opened);
+    std::FILE *const file = sys::fopen(path("log").c_str(), "a");
+    ::dup2(kept, 0);
+    for (const int descriptor : {opened, inside, duplicate, sys::fileno(file)}) {
+        EXPECT_GT(descriptor, 2);
+        EXPECT_TRUE(isCloseOnExec(descriptor));
+    }
+    EXPECT_EQ(sys::fwrite("a", 1, 1, file), 1u);
+    EXPECT_EQ(sys::fclose(file), 0);
+    EXPECT_EQ(content("log"), "a");
+    for (const int descriptor : {kept, opened, inside, duplicate})
+        sys::close(descriptor);
+}
+
+TEST_F(SystemTest, EachProcessHasItsOwnId) {
+    const auto isOwn = [](void *) { return sys::getpid() == ::getpid() ? 0 : 1; };
+    ASSERT_EQ(isOwn(nullptr), 0);
+    const pid_t copy = ::fork();
+    if (copy == 0)
+        sys::_exit(isOwn(nullptr));
+    for (const pid_t child : {copy, sys::startSharingMemory(isOwn, nullptr)}) {
+        int status = -1;
+        EXPECT_EQ(sys::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(isOwn(nullptr), 0);
+    }
+}
+
 TEST_F(SystemTest, NewDescriptorsAreCloseOnExec) {
     store("file", "text");
     const Pipe ends;

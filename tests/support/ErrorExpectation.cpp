@@ -1,11 +1,38 @@
 #include "support/ErrorExpectation.h"
 
+#include <QBFoundation/ErrorNumbers.h>
+
 #include "support/Describe.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+void expectWorded(int number, const qb::ArgList &values) {
+    const qb::ErrorNumber *const error = qb::errorNumber(number);
+    if (!error)
+        return;
+    EXPECT_EQ(values.count(), listedValueCount(*error)) << "values of " << number;
+    if (values.count() == 0)
+        return;
+    // A format that can't take its values answers itself.
+    NSString *const text = NSString::stringWithRestrictedFormatAndArglist(error->format, values);
+    EXPECT_NE(text->view(), error->format) << "the text of " << number << " can't take its values";
+}
+
+} // namespace
+
+std::uint32_t listedValueCount(const qb::ErrorNumber &error) {
+    const std::string_view values = error.values;
+    return values.empty() ? 0 : static_cast<std::uint32_t>(std::count(values.begin(), values.end(), ',') + 1);
+}
 
 void RecordingErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
                                                         const qb::ArgList &argList, NSArray *objects,
                                                         NSString *defaultFormat) {
     if (!isRaisingError()) {
+        expectWorded(error, argList);
         std::string values;
         for (const qb::Value &value : argList)
             values += (values.empty() ? "" : " ") + ::describe(value);

@@ -6,10 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-/// An error handler that keeps what each raise came with.
+namespace qb {
+struct ErrorNumber;
+}
+
+/// How many values the catalogue lists for the number.
+std::uint32_t listedValueCount(const qb::ErrorNumber &error);
+
+/// An error handler that keeps what each raise came with, and expects of the library's numbers the values
+/// that the catalogue lists and words.
 class RecordingErrorHandler : public QBErrorHandler {
 public:
     struct Raised {

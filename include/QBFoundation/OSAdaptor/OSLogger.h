@@ -77,7 +77,8 @@ public:
     /// Whether a line of that level would be written.
     virtual BOOL wouldLogLevel(std::uint8_t level) const { return level_ >= level; }
     /// Writes a line; "<nil>" for a nil message. A message ends at its first NUL.
-    /// Raises 100024 (file name, system text) when the file can't be opened; the line goes to standard error.
+    /// Raises 100024 (file name, system text) when the file can't be opened, with the text for EINVAL when
+    /// the name has a NUL in it; the line goes to standard error.
     virtual void logWithLevelMessage(std::int32_t level, NSString *message);
     /// Writes a line with the format filled by `stringWithRestrictedFormat:`; see `logWithLevelMessage`.
     template <class... V>
