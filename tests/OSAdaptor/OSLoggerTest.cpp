@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
+#include <iostream>
 
 using OSLoggerTest = ServicesFixture;
 
@@ -160,10 +161,10 @@ TEST_F(OSLoggerTest, ANameWithANulIsNoFile) {
         OSLogger::setDefaultLogFileName(NSString::stringWith(name));
         OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
         for (const auto &error : recordingErrorHandler()->raised)
-            std::fprintf(stderr, "%d: %s\n", error.number, error.values.c_str());
+            std::cerr << error.number << ": " << error.values << '\n';
     });
     EXPECT_EQ(logLines(end.standardError, end.process),
-              "[T] (P) [] one\n100024: " + directory / "log" + " Invalid argument\n");
+              "[T] (P) [] one\n100024: " + name + " Invalid argument\n");
     EXPECT_FALSE(directory.has("log"));
 }
 
