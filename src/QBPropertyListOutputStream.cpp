@@ -62,7 +62,7 @@ void QBPropertyListOutputStream::writeObject(id object) {
 }
 
 void QBPropertyListOutputStream::_writeString(NSString *string) {
-    QBDataOutputStream::_writeString(string->stringRepresentation());
+    QBDataOutputStream::_writeString(string ? string->stringRepresentation() : nullptr);
 }
 
 void QBPropertyListOutputStream::_writeDictionary(NSDictionary *dictionary) {
@@ -81,7 +81,7 @@ void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
 }
 
 void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
-    writeList([enumerator] { return enumerator->nextObject(); });
+    writeList([enumerator] { return enumerator ? enumerator->nextObject() : nullptr; });
 }
 
 void QBPropertyListOutputStream::_writeIndent() {
