@@ -152,9 +152,8 @@ bool QBPropertyListOutputStream::writeDirectly(id object) {
 }
 
 void QBPropertyListOutputStream::writeStringDirectly(NSString *string) {
-    constexpr std::uint64_t kLongestEscape = 4;
     const std::string_view bytes = string->view();
-    if (char *const target = beginDirectWrite(bytes.size() * kLongestEscape + 2))
+    if (char *const target = beginDirectWrite(qb::text::plistTextRoom(bytes.size())))
         endDirectWrite(qb::text::writePlistText(bytes.data(), bytes.size(), target));
     else
         QBDataOutputStream::_writeString(string->stringRepresentation());

@@ -155,15 +155,4 @@ bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t len
     return plain::lowered(loadShort(left, length)) == plain::lowered(loadShort(right, length));
 }
 
-bool isPlistBare(const char *bytes, std::size_t length) {
-    const char *end = bytes + length;
-    if (length == 0 || findNotIn(bytes, end, kPlistBare) != end)
-        return false;
-    // "*" is not in the set, so only two slashes are left to look for.
-    for (const char *slash = findByte(bytes, end, '/'); slash != end; slash = findByte(slash + 1, end, '/'))
-        if (slash + 1 != end && slash[1] == '/')
-            return false;
-    return true;
-}
-
 } // namespace qb::text

@@ -68,17 +68,6 @@ std::size_t countByte(const char *position, const char *end, char byte);
 /// Returns whether both runs of `length` bytes are equal when "A" to "Z" count as "a" to "z".
 bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length);
 
-/// Letters, digits and `_ $ . : / -`: what a property-list string may hold without quotes.
-inline constexpr ByteSet kPlistBare = ByteSet("_$.:/-").with('a', 'z').with('A', 'Z').with('0', '9');
-
-/// What can't stand as it is between the quotes of a property-list string: the quote, the backslash, control
-/// bytes, and all bytes from 0x80 on, which stand only when they are valid UTF-8.
-inline constexpr ByteSet kPlistSpecial = ByteSet("\"\\\x7F").with(0x00, 0x1F).with(0x80, 0xFF);
-
-/// Returns whether the text may stand without quotes in a property list: not empty, of `kPlistBare` only, and
-/// without the beginnings of comments, "//" and "/*".
-bool isPlistBare(const char *bytes, std::size_t length);
-
 namespace plain {
 const char *findIn(const char *position, const char *end, const ByteSet &set);
 const char *findNotIn(const char *position, const char *end, const ByteSet &set);
