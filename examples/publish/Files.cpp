@@ -28,7 +28,7 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, HiddenFiles hidde
         else if (!addFiles(root, path, depth + 1, hidden, files))
             return false;
     }
-    return true;
+    return !hasFailed();
 }
 
 // The directory's path without links as far as there is one, "." and "..", with a separator at its end.
@@ -45,8 +45,11 @@ std::string realPath(NSString *directory) {
 
 Kind kindOf(NSString *path) {
     struct stat status;
-    if (::lstat(path->cString(), &status) != 0)
+    if (::lstat(path->cString(), &status) != 0) {
+        if (errno != ENOENT && errno != ENOTDIR)
+            failWith(__LINE__, qb::kErrorCannotStat, path);
         return Kind::nothing;
+    }
     switch (status.st_mode & S_IFMT) {
     case S_IFREG:
         return Kind::file;

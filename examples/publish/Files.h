@@ -11,7 +11,7 @@ namespace publish {
 /// What has a name. A link is a link, wherever it leads.
 enum class Kind { nothing, file, directory, link, other };
 
-/// Returns what stands at a path; nothing also when that can't be found out.
+/// Returns what stands at a path; nothing, and 100194 raised, when that can't be found out.
 Kind kindOf(NSString *path);
 
 /// Returns the file's text; nil, with an error raised, when it can't be read, is no plain file or is not

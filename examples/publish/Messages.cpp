@@ -40,6 +40,8 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "'%s' is no plain file."_ns;
     case kErrorNotADictionary:
         return "%s: %s is no dictionary."_ns;
+    case kErrorUnfinished:
+        return "The new site in '%s' is not complete yet; the next run completes it."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

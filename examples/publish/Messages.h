@@ -27,6 +27,7 @@ constexpr int kErrorInTheWay = 910015;
 constexpr int kErrorNotApart = 910016;
 constexpr int kErrorNotAFile = 910017;
 constexpr int kErrorNotADictionary = 910018;
+constexpr int kErrorUnfinished = 910019;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

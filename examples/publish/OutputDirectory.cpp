@@ -70,10 +70,9 @@ bool OutputDirectory::begin() {
 bool OutputDirectory::recover() {
     if (kindOf(staging_) == Kind::directory && kindOf(journal_) != Kind::nothing) {
         Plan plan;
-        if (!readPlan(journal_, plan) || !carryOut(plan))
-            return false;
+        return readPlan(journal_, plan) && finish(plan);
     }
-    return removeTree(staging_);
+    return !hasFailed() && removeTree(staging_);
 }
 
 NSString *OutputDirectory::linkAbove(NSString *path) const {
@@ -100,7 +99,11 @@ bool OutputDirectory::exchange(const Plan &plan) {
     if (!synchronize() || !writePlan(plan, journal_))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not
-    return carryOut(plan) && removeTree(staging_);
+    return finish(plan);
+}
+
+bool OutputDirectory::finish(const Plan &plan) {
+    return (carryOut(plan) && removeTree(staging_)) || fail(__LINE__, kErrorUnfinished, path_.get());
 }
 
 bool OutputDirectory::carryOut(const Plan &plan) {
@@ -115,6 +118,8 @@ bool OutputDirectory::remove(NSArray *paths) {
         // above it.
         if (linkAbove(path))
             continue;
+        if (hasFailed())
+            return false;
         if (::unlink(place(path)->cString()) != 0 && errno != ENOENT && errno != EISDIR && errno != ENOTDIR)
             return failWith(__LINE__, qb::kErrorCannotRemove, place(path));
         removeEmptyDirectories(path_, path);
@@ -126,18 +131,21 @@ bool OutputDirectory::move(NSArray *paths) {
     for (id element : *paths) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        if (kindOf(staged(path)) != Kind::nothing && !moveOne(path)) // else a run that was cut off did it
+        if (kindOf(staged(path)) != Kind::nothing) // else a run that was cut off did it
+            moveOne(path);
+        if (hasFailed())
             return false;
     }
     return true;
 }
 
-bool OutputDirectory::moveOne(NSString *path) {
+void OutputDirectory::moveOne(NSString *path) {
     if (NSString *const link = linkAbove(path))
-        return fail(__LINE__, kErrorInTheWay, place(link));
-    OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
-    OSFilePath::renamePath(staged(path), place(path));
-    return !hasFailed();
+        fail(__LINE__, kErrorInTheWay, place(link));
+    else
+        OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
+    if (!hasFailed())
+        OSFilePath::renamePath(staged(path), place(path));
 }
 
 bool OutputDirectory::synchronize() {

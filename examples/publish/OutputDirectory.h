@@ -50,10 +50,11 @@ public:
 private:
     bool lock();
     bool recover();
+    bool finish(const Plan &plan);
     bool carryOut(const Plan &plan);
     bool remove(NSArray *paths);
     bool move(NSArray *paths);
-    bool moveOne(NSString *path);
+    void moveOne(NSString *path);
     bool synchronize();
 
     Ref<NSString> path_;

@@ -110,7 +110,7 @@ NSArray *Publication::vanished() const {
         if (!isTaken(path) && kindOf(out_.place(path)) != Kind::nothing && !out_.linkAbove(path))
             old->addObject(path);
     }
-    return old;
+    return hasFailed() ? nullptr : old;
 }
 
 // The last to be renamed.
@@ -121,7 +121,7 @@ bool Publication::addManifest() {
         return false;
     if (!isInPlace(name))
         changed_->addObject(name);
-    return true;
+    return !hasFailed();
 }
 
 bool Publication::commit() {
@@ -152,7 +152,7 @@ bool Publication::canCarryOut(const Plan &plan) const {
         if (!hasDirectory(path, leaving) || !isFree(path, leaving))
             return false;
     }
-    return true;
+    return !hasFailed();
 }
 
 bool Publication::canRemove(NSString *path) const {

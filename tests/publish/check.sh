@@ -97,8 +97,8 @@ ln -s "$work/other" "$site/assets/outside"
 ln -s "$site/assets/d" "$site/assets/absolute"
 echo hidden >"$site/assets/.hidden"
 expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
-[ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
-    [ "$(cat "$out/assets/outside")" = other ] || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
+{ [ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
+    [ "$(cat "$out/assets/outside")" = other ]; } || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
 
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
 new_site
@@ -269,6 +269,10 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
     denied 'unreadable directory' "The directory '$site/pages/deep' can't be read." "$site/pages/deep" 000
     denied 'unreadable template' "who.html' could not be read: Permission denied" "$site/templates/who.html" 000
     denied 'unreadable asset' "data.bin' could not be read: Permission denied" "$site/assets/data.bin" 000
+    journal '{ moved = ( "deep/new" ); }'
+    [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
+    denied 'staged files out of sight' "deep/new' could not be read: Permission denied" "$out/.publish/files" 000
+    rm -r "$out/.publish"
     denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
     page index.html '{ title = T; }' x
     publish --quiet "$site" "$out"
@@ -283,11 +287,10 @@ as=()
 
 # A run that is cut off at any of its changes leaves the old site, or is finished by the next one.
 if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/null true 2>/dev/null; then
-    injected() { # CALL:SIGNAL:NUMBER
-        local call=${1%%:*} rest=${1#*:}
+    injected() { # CALL WHAT NUMBER
         (
-            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null \
-                -e inject="$call:signal=${rest%:*}:when=${rest#*:}" "$program" --quiet "$site" "$out"
+            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" \
+                "$program" --quiet "$site" "$out"
             exit $?
         ) 2>"$work/stderr"
     }
@@ -305,23 +308,25 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
     is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
     cuts=0
-    for call in mkdir write sendfile symlink fsync syncfs rename unlink rmdir; do
+    for call in mkdir write sendfile symlink fsync syncfs rename unlink rmdir 'rename failing' 'syncfs failing'; do
+        what=signal=KILL
+        [ "$call" = "${call% failing}" ] || what=error=EIO
         for ((nth = 1; nth < 40; ++nth)); do
             rm -rf "$out"
             cp -a "$work/old" "$out"
-            ! injected "$call:KILL:$nth" || break
+            ! injected "${call% failing}" $what $nth || break
             cuts=$((cuts + 1))
             [ -e "$out/.publish/journal.plist" ] || same "$work/old" || same "$work/new" ||
-                fail "killed at $call $nth: $(cat "$work/difference")"
+                fail "cut off at $call $nth: $(cat "$work/difference")"
             publish --quiet "$site" "$out" || fail "the run after $call $nth"
             is_all "$work/new" ||
-                fail "the run after the one that was killed at $call $nth: $(cat "$work/difference")"
+                fail "the run after the one that was cut off at $call $nth: $(cat "$work/difference")"
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
     rm -rf "$out"
     cp -a "$work/old" "$out"
-    injected write:INT:1 && fail 'an interrupted run succeeded'
+    injected write signal=INT 1 && fail 'an interrupted run succeeded'
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
 fi
