@@ -1,5 +1,6 @@
 #include "OutputDirectory.h"
 
+#include "Channels.h"
 #include "Files.h"
 #include "Messages.h"
 #include "OwnFiles.h"
@@ -120,6 +121,7 @@ bool OutputDirectory::remove(NSArray *paths) {
             continue;
         if (hasFailed())
             return false;
+        debug_printf(debugChannel, "%s is removed"_ns, path);
         if (::unlink(place(path)->cString()) != 0 && errno != ENOENT && errno != EISDIR && errno != ENOTDIR)
             return failWith(__LINE__, qb::kErrorCannotRemove, place(path));
         removeEmptyDirectories(path_, path);

@@ -1,5 +1,6 @@
 #include "Publication.h"
 
+#include "Channels.h"
 #include "Files.h"
 #include "Interruption.h"
 #include "Messages.h"
@@ -65,6 +66,7 @@ bool Publication::isInPlace(NSString *path) const {
 
 void Publication::count(NSString *path, bool isUnchanged) {
     ++(isUnchanged ? counts_.unchanged : counts_.written);
+    debug_printf(debugChannel, isUnchanged ? "%s is as it was"_ns : "%s is written"_ns, path);
     if (!isUnchanged)
         changed_->addObject(path);
 }

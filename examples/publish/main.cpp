@@ -59,7 +59,7 @@ bool configure(const Options &options) {
     if (options.logFile)
         OSLogger::setDefaultLogFileName(options.logFile);
     OSLogger::setDefaultLogLevel(options.logLevel);
-    if (options.isQuiet)
+    if (options.isQuiet || options.logFile)
         OSLogger::disableDuplicateLogToStderr();
     return true;
 }

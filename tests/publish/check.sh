@@ -338,16 +338,34 @@ has 'Usage: publish' --help
 has 'publish ' --version
 has fileio --debug help
 has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
+has '[publish(0) OK] index.html is as it was' --debug publish "$site" "$out"
 has '[start:publish] index.html' --profile publish "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
-publish --quiet --log "$work/log" --log-level 2 "$site" "$out"
+[ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
 grep -q 'unchanged' "$work/log" || fail 'the log has no report'
-for wrong in --no-such-option --log-level '--log-level 256' '--debug nothing' "--log $work/no/log" 'a b c' ''; do
+while IFS='|' read -r arguments message; do
     status=0
-    # shellcheck disable=SC2086
-    publish $wrong "$site" 2>/dev/null || status=$?
-    [ $status -eq 2 ] || fail "$wrong: exit status $status"
-done
+    eval "publish $arguments" 2>"$work/stderr" || status=$?
+    [ $status -eq 2 ] || fail "$arguments: exit status $status"
+    grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
+done <<'ROWS'
+|The directories SITE and OUT are needed (try --help)
+"$site"|The directories SITE and OUT are needed
+"" "$out"|The directories SITE and OUT are needed
+"$site" ""|The directories SITE and OUT are needed
+a b c|There is an argument too many
+--no-such-option "$site" "$out"|There is no option --no-such-option
+-x "$site" "$out"|There is no option -x
+--log-level=1 "$site" "$out"|There is no option --log-level=1
+--log-level|--log-level wants a value
+--log-level 256 "$site" "$out"|'256' is no number that fits
+--log-level -1 "$site" "$out"|'-1' is no number that fits
+--debug-level 1x "$site" "$out"|'1x' is no number that fits
+--debug-level "" "$site" "$out"|'' is no number that fits
+--debug fileio,nothing "$site" "$out"|There is no channel 'nothing'
+--profile nothing "$site" "$out"|There is no channel 'nothing'
+--log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
+ROWS
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"
