@@ -28,6 +28,7 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBase64OutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
@@ -41,11 +42,13 @@
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
+#include <QBFoundation/QBMD5OutputStream.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
+#include <QBFoundation/QBValidCharFilter.h>
 #include <QBFoundation/Runtime/Class.h>
 
 // Named here one by one, so that the linker keeps each class of the static library that is asked for by its
@@ -91,6 +94,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSValue", &NSValue::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
+        {"QBBase64OutputFilter", &QBBase64OutputFilter::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},
@@ -104,11 +108,13 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBInputFilter", &QBInputFilter::cls},
         {"QBInputStream", &QBInputStream::cls},
         {"QBInputStreamWithKnownLength", &QBInputStreamWithKnownLength::cls},
+        {"QBMD5OutputStream", &QBMD5OutputStream::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
         {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
         {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
+        {"QBValidCharFilter", &QBValidCharFilter::cls},
     };
     return classes;
 }

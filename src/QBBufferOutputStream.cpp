@@ -60,6 +60,14 @@ void QBBufferOutputStream::_writeBuffer(const void *buffer, std::uint32_t length
     directEnd_ = isDirect_ ? bufLength_ : 0;
 }
 
+char *QBBufferOutputStream::beginJoinedWrite(std::uint32_t length) {
+    const bool isAnnounced = directEnd_ == 0; // to a subclass, or to drop what was made of the buffer
+    if (isAnnounced || (bufLength_ - byteCounter_ < length && !grow(length)))
+        return nullptr;
+    directEnd_ = bufLength_;
+    return buf_ + byteCounter_;
+}
+
 // Makes room for a write of `length` bytes; leaves all as it is when there is no memory.
 bool QBBufferOutputStream::grow(std::uint32_t length) {
     const std::uint64_t room = bufLength_ - byteCounter_;

@@ -98,6 +98,14 @@ void QBOutputStream::_writeString(NSString *string) {
         writeBuffer(string->cString(), string->cStringLength());
 }
 
+// --- For filters ---
+
+char *QBOutputStream::beginJoinedWrite(std::uint32_t) {
+    return nullptr;
+}
+
+void QBOutputStream::endJoinedWrite(const char *) {}
+
 // --- Depth ---
 
 QBOutputStream::Nesting::Nesting(QBOutputStream *stream) : stream_(stream) {

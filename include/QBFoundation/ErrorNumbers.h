@@ -13,6 +13,7 @@ struct ErrorNumber {
     const char *format; // the catalogue's text, a restricted format for those values
 };
 
+constexpr int kErrorMalformedBase64 = 50052;
 constexpr int kErrorCannotRead = 100023;
 constexpr int kErrorCannotWrite = 100024;
 constexpr int kErrorFileMissing = 100039;
@@ -37,8 +38,11 @@ constexpr int kErrorMalformedArchive = 900002;
 constexpr int kErrorTooDeep = 900003;
 constexpr int kErrorMalformedPropertyListFile = 900004;
 constexpr int kErrorCannotArchive = 900005;
+constexpr int kErrorMalformedUuencoded = 900006;
+constexpr int kErrorMalformedHex = 900007;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
+    {kErrorMalformedBase64, "", "The text is not valid base64."},
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
     {kErrorCannotWrite, "path, system text", "The file '%s' could not be written: %s"},
     {kErrorFileMissing, "path", "The file '%s' does not exist."},
@@ -66,6 +70,8 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedPropertyListFile, "path, line, column, what was expected",
      "The property list in the file '%s' is malformed in line %d, column %d: expected %s."},
     {kErrorCannotArchive, "what is wrong", "The object could not be archived: %s."},
+    {kErrorMalformedUuencoded, "line, column", "The uuencoded text is malformed in line %d, column %d."},
+    {kErrorMalformedHex, "byte offset", "The text is no hexadecimal number from byte %d on."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

@@ -51,6 +51,8 @@ public:
     void _writeBuffer(const void *buffer, std::uint32_t length) override;
     /// Drops what was written and the buffer; the new one has 1024 bytes.
     void reset() override;
+    char *beginJoinedWrite(std::uint32_t length) override;
+    void endJoinedWrite(const char *end) override { endDirectWrite(end); }
 
     /// How many bytes the buffer has room for.
     std::uint32_t bufLength() const { return bufLength_; }

@@ -34,6 +34,7 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBBase64OutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
@@ -47,12 +48,14 @@
 #include <QBFoundation/QBInputFilter.h>
 #include <QBFoundation/QBInputStream.h>
 #include <QBFoundation/QBInputStreamWithKnownLength.h>
+#include <QBFoundation/QBMD5OutputStream.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
+#include <QBFoundation/QBValidCharFilter.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #endif

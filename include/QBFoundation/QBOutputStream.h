@@ -75,6 +75,18 @@ public:
     /// Writes the string's bytes.
     virtual void _writeString(NSString *string);
 
+    // --- For filters ---
+
+    /// Returns room for one write of `length` bytes, which the caller fills from its beginning and ends with
+    /// `endJoinedWrite`, before anything else happens to the stream: the joined writes of a filter need no
+    /// copy then.
+    ///
+    /// Null, as here, when there is no such room, or when one write shall be told from two: each is one of
+    /// `_writeBuffer` then.
+    virtual char *beginJoinedWrite(std::uint32_t length);
+    /// Counts the bytes up to `end`, perhaps none, as written.
+    virtual void endJoinedWrite(const char *end);
+
     static constexpr std::uint32_t kDeepestNesting = 512;
 
 protected:

@@ -1,4 +1,4 @@
-// C functions for UTF-8 text.
+// C functions for characters and UTF-8 text.
 #ifndef QBFOUNDATION_QBSTRINGADDITIONS_H
 #define QBFOUNDATION_QBSTRINGADDITIONS_H
 
@@ -14,6 +14,11 @@ QB_EXPORT int _getUtf8CharacterByteLength(const unsigned char *position, unsigne
 /// Raises 100231 with the offset of `bad` in the text that starts at `start`. From `debug` 1 on the bytes
 /// around it are shown on standard error.
 QB_EXPORT void _raiseUtf8ErrorInString(const char *start, const char *bad);
+
+/// Whether `character`, a byte's value, is one of A-Z, a-z, 0-9 and "_": 1 or 0. Any other number is none.
+QB_EXPORT int isLegalNameChar(int character);
+/// As above, "$" and "-" included.
+QB_EXPORT int isLegalObjNameChar(int character);
 }
 
 #endif

@@ -9,6 +9,7 @@
 namespace qb::tables {
 
 std::span<const Method> dataFile();
+std::span<const Method> dataHexString();
 std::span<const Method> dataPropertyList();
 
 } // namespace qb::tables

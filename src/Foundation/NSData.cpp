@@ -41,7 +41,8 @@ Class *NSData::cls() {
         qb::method<"encodeWithCoder:">(&NSData::encodeWithCoder),
     };
     static Class *const self = new Class(
-        "NSData", NSObject::cls(), {methods, qb::tables::dataPropertyList(), qb::tables::dataFile()},
+        "NSData", NSObject::cls(),
+        {methods, qb::tables::dataPropertyList(), qb::tables::dataFile(), qb::tables::dataHexString()},
         qb::construct<NSData>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }

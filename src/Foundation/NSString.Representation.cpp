@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr qb::text::ByteSet kLegal = qb::text::ByteSet("_").with('a', 'z').with('A', 'Z').with('0', '9');
+using qb::text::kLegalName;
 
 } // namespace
 
@@ -41,7 +41,7 @@ NSString *NSString::asLegalNameString() const {
     std::string text(view());
     char *const end = text.data() + text.size();
     const auto nextIllegal = [end](char *from) {
-        return from + (qb::text::findNotIn(from, end, kLegal) - from);
+        return from + (qb::text::findNotIn(from, end, kLegalName) - from);
     };
     char *position = nextIllegal(text.data());
     if (position == end)

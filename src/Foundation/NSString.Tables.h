@@ -8,17 +8,20 @@
 
 namespace qb::tables {
 
+std::span<const Method> stringBinaryTexts();
 std::span<const Method> stringCase();
 std::span<const Method> stringComparison();
 std::span<const Method> stringCreation();
 std::span<const Method> stringFile();
 std::span<const Method> stringFormat();
 std::span<const Method> stringHtmlEscaping();
+std::span<const Method> stringMoneySupport();
 std::span<const Method> stringPropertyList();
 std::span<const Method> stringNumbers();
 std::span<const Method> stringPath();
 std::span<const Method> stringRepresentation();
 std::span<const Method> stringRestrictedFormat();
+std::span<const Method> stringUrlEscaping();
 std::span<const Method> stringUtf8Conversion();
 std::span<const Method> stringISODateTime();
 std::span<const Method> stringSearching();

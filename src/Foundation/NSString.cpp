@@ -82,15 +82,29 @@ Class *NSString::cls() {
         qb::initialiser<"initWithCoder:">(&NSString::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSString::encodeWithCoder),
     };
-    static Class *const self = new Class(
-        "NSString", NSObject::cls(),
-        {methods, qb::tables::stringCreation(), qb::tables::stringComparison(), qb::tables::stringFormat(),
-         qb::tables::stringRestrictedFormat(), qb::tables::stringSubstrings(), qb::tables::stringSearching(),
-         qb::tables::stringSplitting(), qb::tables::stringCase(), qb::tables::stringNumbers(),
-         qb::tables::stringPath(), qb::tables::stringFile(), qb::tables::stringISODateTime(),
-         qb::tables::stringRepresentation(), qb::tables::stringHtmlEscaping(),
-         qb::tables::stringUtf8Conversion(), qb::tables::stringPropertyList()},
-        qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self =
+        new Class("NSString", NSObject::cls(),
+                  {methods,
+                   qb::tables::stringCreation(),
+                   qb::tables::stringComparison(),
+                   qb::tables::stringFormat(),
+                   qb::tables::stringRestrictedFormat(),
+                   qb::tables::stringSubstrings(),
+                   qb::tables::stringSearching(),
+                   qb::tables::stringSplitting(),
+                   qb::tables::stringCase(),
+                   qb::tables::stringNumbers(),
+                   qb::tables::stringPath(),
+                   qb::tables::stringFile(),
+                   qb::tables::stringISODateTime(),
+                   qb::tables::stringRepresentation(),
+                   qb::tables::stringHtmlEscaping(),
+                   qb::tables::stringUtf8Conversion(),
+                   qb::tables::stringPropertyList(),
+                   qb::tables::stringUrlEscaping(),
+                   qb::tables::stringMoneySupport(),
+                   qb::tables::stringBinaryTexts()},
+                  qb::construct<NSString>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

@@ -5,7 +5,7 @@
 namespace qb {
 
 /// The vector versions there are, each including those before it. `unknown`: not asked yet.
-enum class CpuLevel : unsigned char { unknown, plain, avx2, avx512 };
+enum class CpuLevel : unsigned char { unknown, plain, sse41, avx2, avx512 };
 
 namespace detail {
 // Constant-initialised, so that static constructors anywhere may already scan text.
@@ -19,6 +19,11 @@ inline CpuLevel cpuLevel() {
     if (level == CpuLevel::unknown) [[unlikely]]
         return detail::askCpuLevel();
     return level;
+}
+
+/// True when functions compiled for "sse4.1" may be called.
+inline bool hasSse41() {
+    return cpuLevel() >= CpuLevel::sse41;
 }
 
 /// True when functions compiled for "avx2,popcnt" may be called.

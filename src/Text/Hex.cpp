@@ -66,6 +66,15 @@ char *writeHexGroups(const void *bytes, std::size_t length, char *target) {
     return target;
 }
 
+char *writeHex(const void *bytes, std::size_t length, char *target) {
+    const auto *position = static_cast<const unsigned char *>(bytes);
+    for (; length >= 4; length -= 4, position += 4, target += 8)
+        storeWord(target, digitsOf(loadWord<std::uint32_t>(position)));
+    for (; length > 0; --length, ++position, target += 2)
+        storeWord(target, static_cast<std::uint16_t>(digitsOf(*position)));
+    return target;
+}
+
 HexResult readHex(const char *position, const char *end, unsigned char *target) {
     const unsigned char *start = target;
     unsigned pending = kOther; // the first digit of a pair that a blank divides

@@ -18,6 +18,9 @@ constexpr std::uint64_t hexGroupsLength(std::size_t length) {
 /// Returns the end of what was written.
 char *writeHexGroups(const void *bytes, std::size_t length, char *target);
 
+/// Writes the bytes as lower-case digits, two a byte, to `target`; returns the end of what was written.
+char *writeHex(const void *bytes, std::size_t length, char *target);
+
 /// Where reading of digits ended, and how it did.
 struct HexResult {
     const char *next;   // the first byte that is neither digit nor blank, or the end

@@ -28,6 +28,10 @@ public:
         return set;
     }
 
+    constexpr void add(unsigned char byte) {
+        rows_[byte / 128][byte % 16] |= static_cast<std::uint8_t>(1 << (byte / 16 % 8));
+    }
+
     constexpr bool contains(unsigned char byte) const {
         return rows_[byte / 128][byte % 16] >> (byte / 16 % 8) & 1;
     }
@@ -37,10 +41,6 @@ public:
     constexpr const std::uint8_t *row(int upper) const { return rows_[upper]; }
 
 private:
-    constexpr void add(unsigned char byte) {
-        rows_[byte / 128][byte % 16] |= static_cast<std::uint8_t>(1 << (byte / 16 % 8));
-    }
-
     std::uint8_t rows_[2][16] = {};
 };
 
@@ -67,6 +67,9 @@ std::size_t countByte(const char *position, const char *end, char byte);
 
 /// Returns whether both runs of `length` bytes are equal when "A" to "Z" count as "a" to "z".
 bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length);
+
+/// Letters, digits and "_": what may stand in any name.
+inline constexpr ByteSet kLegalName = ByteSet("_").with('a', 'z').with('A', 'Z').with('0', '9');
 
 namespace plain {
 const char *findIn(const char *position, const char *end, const ByteSet &set);

@@ -60,6 +60,12 @@ public:
     /// As `propertyList` of the string with these bytes.
     virtual id propertyList() const;
 
+    // --- HexString ---
+
+    /// Returns the bytes as lower-case hexadecimal digits, two a byte. Throws InvalidArgumentException when
+    /// they pass the length of a string.
+    virtual NSString *asHexString() const;
+
     // --- Files ---
 
     /// Returns the file's bytes. Returns nil after 100039 (path) for a file that is not there, and 100023

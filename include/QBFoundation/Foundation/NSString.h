@@ -381,6 +381,49 @@ public:
     /// Writes the shortest sequence for `codePoint`, up to 31 bits, at once; a negative one writes nothing.
     static void writeUtf8CharForUnicodePos(std::int32_t codePoint, QBOutputStream *to);
 
+    // --- HTUrlEscaping ---
+
+    /// Returns the text with each byte that is neither a letter, digit or underscore nor punctuation in the
+    /// current locale as "%" and two characters, the halves of the byte, each added to "0": a blank gives
+    /// "%20", a line end "%0:". So "/", "?", "&", "=", "%" and "+" stay, and what `urlUnEscape` makes of the
+    /// result is not always the text.
+    virtual NSString *urlEscape() const;
+    /// Returns the text with "+" as a blank, and "%" and two hexadecimal digits as their byte. A digit alone
+    /// is the upper half of a byte, "%" at the end is dropped, and any other character counts as its code
+    /// less 87.
+    virtual NSString *urlUnEscape() const;
+
+    // --- moneySupport ---
+
+    /// Returns the amount in cents: "12.34" and "12,34" are 1234, "12" is 1200; "1,5" is 15, as a single
+    /// decimal is not filled up. The nearest value of 32 bits when it is out of range.
+    virtual std::int32_t intFromMoneyString() const;
+    virtual NSNumber *intNumberFromMoneyString() const;
+
+    // --- Base64Coding ---
+
+    /// Returns the bytes of which the text is base64; see `QBBase64OutputFilter`. Raises 50052 at a group
+    /// that is none; the result has the bytes in front of it.
+    virtual NSData *decodeBase64() const;
+
+    // --- UUdecode ---
+
+    /// Returns the bytes that uuencode made the text of.
+    ///
+    /// Lines up to one that begins with "begin " are skipped when there is such a line; one that begins with
+    /// "end", or the end of the text, ends the data. A line is its count of bytes and their groups of four
+    /// characters; blanks that are missing at its end are filled in, and what stands behind the groups is
+    /// ignored. A character outside the table ends the data and raises 900006 (line, column).
+    virtual NSData *uudecode() const;
+
+    // --- HexString ---
+
+    /// Returns the bytes as lower-case hexadecimal digits, two a byte.
+    virtual NSString *asHexString() const;
+    /// Returns the bytes that the hexadecimal digits stand for, in either case, with blanks between them;
+    /// nil and 900007 (byte offset) for any other text.
+    virtual NSData *dataFromHexString() const;
+
     // --- PropertyList ---
 
     /// Returns the value that the text is as a property list: strings, data, arrays, dictionaries.
