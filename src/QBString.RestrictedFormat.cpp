@@ -6,10 +6,12 @@
 
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/RestrictedFormat.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -17,6 +19,8 @@ using qb::Conversion;
 using qb::Value;
 
 constexpr std::string_view kSkippedLetters = "LZlq";
+
+constexpr std::size_t kLargestBuffer = 4096; // that is kept
 
 // Where a conversion's value comes from, and how it is written. `write` returns false when the format is
 // invalid.
@@ -98,7 +102,9 @@ bool fill(std::string_view format, Source source, std::string &target) {
     format = format.substr(0, format.find('\0'));
     const std::size_t start = target.size();
     for (std::size_t position = 0; position < format.size();) {
-        const std::size_t percent = std::min(format.find('%', position), format.size());
+        std::size_t percent = position; // literal texts are short: faster than a call that searches
+        while (percent < format.size() && format[percent] != '%')
+            ++percent;
         const std::string_view literal = format.substr(position, percent - position);
         position = percent + 1;
         Conversion conversion;
@@ -115,10 +121,17 @@ bool fill(std::string_view format, Source source, std::string &target) {
     return true;
 }
 
+// One buffer serves text after text. It is taken away while one is made, because objects may fill formats for
+// their own texts.
 template <class Source>
-NSString *filled(std::string_view format, Source source) {
-    std::string text;
-    return NSString::stringWith(fill(format, source, text) ? std::string_view(text) : format);
+Ref<NSString> filled(std::string_view format, Source source) {
+    static std::string &buffer = *new std::string;
+    std::string text = std::exchange(buffer, {});
+    text.clear();
+    Ref<NSString> result = NSString::initWith(fill(format, source, text) ? std::string_view(text) : format);
+    if (text.capacity() <= kLargestBuffer)
+        buffer = std::move(text);
+    return result;
 }
 
 } // namespace
@@ -143,16 +156,20 @@ std::span<const qb::Method> qb::tables::mutableStringRestrictedFormat() {
     return methods;
 }
 
-NSString *NSString::stringWithRestrictedFormatAndArglist(NSString *format, const qb::ArgList &argList) {
+Ref<NSString> qb::restrictedText(NSString *format, const ArgList &argList) {
     return format ? filled(format->view(), ArgListSource(argList)) : nullptr;
 }
 
+NSString *NSString::stringWithRestrictedFormatAndArglist(NSString *format, const qb::ArgList &argList) {
+    return qb::restrictedText(format, argList).autorelease();
+}
+
 NSString *NSString::stringWithRestrictedFormatAndArglist(const char *format, const qb::ArgList &argList) {
-    return format ? filled(format, ArgListSource(argList)) : nullptr;
+    return format ? filled(format, ArgListSource(argList)).autorelease() : nullptr;
 }
 
 NSString *NSString::stringWithRestrictedFormatAndObjects(NSString *format, NSArray *objects) {
-    return format ? filled(format->view(), ObjectsSource(objects)) : nullptr;
+    return format ? filled(format->view(), ObjectsSource(objects)).autorelease() : nullptr;
 }
 
 void NSMutableString::appendRestrictedFormatWithArgList(NSString *format, const qb::ArgList &argList) {

@@ -73,7 +73,8 @@ bool Conversion::read(std::string_view format, std::size_t &position, std::strin
         if (character >= '0' && character <= '9') {
             if (!addDigit(static_cast<std::uint32_t>(character - '0')))
                 return false;
-        } else if (!readModifier(character) && skipped.find(character) == std::string_view::npos) {
+        } else if (!readModifier(character) &&
+                   std::find(skipped.begin(), skipped.end(), character) == skipped.end()) {
             letter_ = character;
             return true;
         }
@@ -157,6 +158,11 @@ void Conversion::appendInteger(std::string &target, const Value &value) const {
     const std::uint64_t number =
         isNegative ? 0 - static_cast<std::uint64_t>(value.integer()) : unsignedBits(value);
     std::array<char, kMostDigits> buffer;
+    if (isDecimal && isPlain()) { // nearly all
+        buffer[0] = '-';
+        target.append(buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative));
+        return;
+    }
     char *digits = buffer.data();
     char *end = digits;
     if (isDecimal || letter_ == 'u')
@@ -225,7 +231,11 @@ void Conversion::appendReal(std::string &target, double value) const {
 
 // Not through printf, which would end the text at a NUL.
 void Conversion::appendPadded(std::string &target, std::string_view text) const {
-    const std::size_t padding = width_ > text.size() ? width_ - text.size() : 0;
+    if (width_ <= text.size()) {
+        target += text;
+        return;
+    }
+    const std::size_t padding = width_ - text.size();
     if (!(flags_ & kLeft))
         target.append(padding, ' ');
     target += text;

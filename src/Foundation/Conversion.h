@@ -54,6 +54,7 @@ public:
 private:
     enum Flag : std::uint8_t { kLeft = 1, kPlus = 2, kBlank = 4, kAlternate = 8, kZero = 16 };
 
+    bool isPlain() const { return width_ == 0 && precision_ == kNone && flags_ == 0; }
     bool readModifier(char character);
     bool addDigit(std::uint32_t digit);
     void appendPadded(std::string &target, std::string_view text) const;

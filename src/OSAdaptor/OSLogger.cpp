@@ -1,20 +1,21 @@
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 
 #include <QBFoundation/ErrorNumbers.h>
-#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/RestrictedFormat.h"
 #include "OSAdaptor/OSTime.Text.h"
 #include "OSAdaptor/OSUserIO.Print.h"
 #include "System/Stdio.h"
 #include "Text/Numbers.h"
 
 #include <cerrno>
-#include <string>
+#include <cstring>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -53,6 +54,31 @@ std::FILE *openForAppending(NSString *name) {
         return errno = EINVAL, nullptr;
     return sys::fopen(name->cString(), "a");
 }
+
+// Pieces, one behind the other. Those of most lines need no memory from the heap.
+class Line {
+public:
+    template <class... Pieces>
+    explicit Line(const Pieces &...pieces) {
+        length_ = (std::string_view(pieces).size() + ...);
+        if (length_ > sizeof short_)
+            long_ = std::make_unique_for_overwrite<char[]>(length_);
+        char *end = long_ ? long_.get() : short_;
+        ((end = copied(pieces, end)), ...);
+    }
+
+    std::string_view text() const { return {long_ ? long_.get() : short_, length_}; }
+
+private:
+    static char *copied(std::string_view piece, char *target) {
+        std::memcpy(target, piece.data(), piece.size());
+        return target + piece.size();
+    }
+
+    char short_[500];
+    std::unique_ptr<char[]> long_;
+    std::size_t length_ = 0;
+};
 
 } // namespace
 
@@ -173,10 +199,8 @@ void OSLogger::openStream() {
         return;
     }
     file_ = openForAppending(fileName_);
-    if (file_) {
-        sys::makeUnbuffered(file_); // so that a line of any length is one write
+    if (file_)
         return;
-    }
     const char *const reason = errorDescription();
     file_ = stderr; // before the error, whose trace may be the next line
     qb::raiseError(kFile, kLineOfOpen, qb::kErrorCannotWrite, fileName_, reason);
@@ -192,22 +216,21 @@ void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
     std::FILE *const file = file_ ? file_ : stderr;
     char pid[qb::text::kLongestInteger];
     const std::size_t pidLength = qb::text::formatInteger(OSProcess::getCurrentPid(), pid);
-    std::string line;
-    line.reserve(80 + (message ? message->cStringLength() : 0));
-    line.append("[").append(qb::currentTimeText()).append("] (").append(pid, pidLength).append(") [");
-    if (prefix_)
-        line.append(prefix_->cString()).append(" ");
-    line.append(category_ ? category_->cString() : "").append("] ");
-    line.append(message ? message->cString() : "<nil>").append("\n");
-    qb::printText(line, file);
-    if (_duplicateLogToStderr && file != stderr)
-        qb::printText(line, stderr);
+    const std::string_view prefix = prefix_ ? prefix_->cString() : "";
+    const std::string_view category = category_ ? category_->cString() : "";
+    const std::string_view text = message ? message->cString() : "<nil>";
+    const Line line("[", qb::currentTimeText(), "] (", std::string_view(pid, pidLength), ") [", prefix,
+                    std::string_view(" ", prefix_ ? 1 : 0), category, "] ", text, "\n");
+    if (file != stderr)
+        qb::printText(line.text(), sys::fileno(file)); // past the stream: a line of any length is one write
+    if (file == stderr || _duplicateLogToStderr)
+        qb::printText(line.text(), stderr);
 }
 
 void OSLogger::logWithLevelFormatAndArglist(std::int32_t level, NSString *format,
                                             const qb::ArgList &argList) {
     if (level_ < level)
         return;
-    const NSAutoreleasePool pool;
-    logWithLevelMessage(level, NSString::stringWithRestrictedFormatAndArglist(format, argList));
+    const Ref<NSString> message = qb::restrictedText(format, argList);
+    logWithLevelMessage(level, message);
 }

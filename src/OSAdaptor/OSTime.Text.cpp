@@ -13,7 +13,7 @@ std::string_view qb::currentTimeText() {
         std::string text;
     };
     static Last &last = *new Last;
-    const std::int64_t second = sys::wallMilliseconds() / 1000;
+    const std::int64_t second = sys::wallSeconds();
     calendar::ZoneRef zone = calendar::systemZone(); // another one as soon as TZ has changed
     if (second != last.second || zone != last.zone) {
         last.text = calendar::formatted("%Y-%m-%d %H:%M:%S", calendar::momentAt(second, 0, *zone));

@@ -7,6 +7,7 @@
 
 #include "OSAdaptor/OSUserIO.Print.h"
 #include "OSAdaptor/StandardError.h"
+#include "System/Files.h"
 #include "System/Iconv.h"
 #include "System/Stdio.h"
 #include "Text/Utf8.h"
@@ -88,6 +89,20 @@ void initializeOnFirstUse() {
     isInitialized = true;
 }
 
+// Calls `write` with the text in the terminal's character set.
+template <class Write>
+void withTerminalText(std::string_view text, Write write) {
+    initializeOnFirstUse();
+    const bool isUnchanged =
+        _iconvHandle == kNoConversion ||
+        (_iconvHandle == ownHandle && ownHandleKeepsAscii && qb::text::isAscii(text.data(), text.size()));
+    if (isUnchanged)
+        return write(text.data(), text.size());
+    const NSAutoreleasePool pool;
+    NSString *const converted = defaultConversionCallback(_iconvHandle, NSString::stringWith(text));
+    write(converted->cString(), std::strlen(converted->cString()));
+}
+
 bool isForUtf8(const char *characterSet) {
     return !*characterSet || strcasecmp(characterSet, "utf8") == 0 || strcasecmp(characterSet, "utf-8") == 0;
 }
@@ -147,18 +162,16 @@ void OSUserIO::printOn(NSString *string, std::FILE *file, BOOL withNewLine) {
 }
 
 void qb::printText(std::string_view text, std::FILE *file) {
-    initializeOnFirstUse();
-    const bool isUnchanged =
-        _iconvHandle == kNoConversion ||
-        (_iconvHandle == ownHandle && ownHandleKeepsAscii && text::isAscii(text.data(), text.size()));
-    if (isUnchanged) {
-        sys::fwrite(text.data(), 1, text.size(), file);
-    } else {
-        const NSAutoreleasePool pool;
-        NSString *const converted = defaultConversionCallback(_iconvHandle, NSString::stringWith(text));
-        sys::fwrite(converted->cString(), 1, std::strlen(converted->cString()), file);
-    }
-    sys::fflush(file);
+    withTerminalText(text, [file](const char *bytes, std::size_t length) {
+        sys::fwrite(bytes, 1, length, file);
+        sys::fflush(file);
+    });
+}
+
+void qb::printText(std::string_view text, int descriptor) {
+    withTerminalText(text, [descriptor](const char *bytes, std::size_t length) {
+        sys::writeAll(descriptor, bytes, length);
+    });
 }
 
 NSString *defaultConversionCallback(iconv_t handle, NSString *string) {

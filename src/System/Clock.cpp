@@ -34,6 +34,10 @@ std::int64_t wallMilliseconds() noexcept {
     return wallNanoseconds() / kNanosecondsPerMillisecond;
 }
 
+std::int64_t wallSeconds() noexcept {
+    return ::time(nullptr);
+}
+
 std::int64_t monotonicNanoseconds() noexcept {
     return nanosecondsOf(CLOCK_MONOTONIC);
 }

@@ -14,6 +14,10 @@ std::int64_t wallNanoseconds() noexcept;
 /// Returns the wall-clock time in whole milliseconds since the epoch.
 std::int64_t wallMilliseconds() noexcept;
 
+/// Returns the wall-clock time in whole seconds since the epoch, as `time` does: cheaper than the others, and
+/// some milliseconds late at the turn of a second.
+std::int64_t wallSeconds() noexcept;
+
 /// Returns nanoseconds on a clock that never goes back, since some moment in the past.
 std::int64_t monotonicNanoseconds() noexcept;
 

@@ -136,10 +136,6 @@ std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std:
     return done / size;
 }
 
-void makeUnbuffered(std::FILE *file) noexcept {
-    ::setvbuf(file, nullptr, _IONBF, 0);
-}
-
 int fflush(std::FILE *file) noexcept {
     return attempt(Call::fflush, [&] { return ::fflush_unlocked(file); });
 }

@@ -29,9 +29,6 @@ int fclose(std::FILE *file) noexcept;
 std::size_t fread(void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept;
 /// Writes whole items; fewer after an error, where a part may have been written.
 std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept;
-/// Lets each `fwrite` reach the file at once, in one write. To be called before anything else is done with
-/// the stream.
-void makeUnbuffered(std::FILE *file) noexcept;
 /// Writes out what is buffered (null: of all streams).
 int fflush(std::FILE *file) noexcept;
 /// Reads up to and including a line feed, at most `size` - 1 bytes, and adds a NUL; embedded NULs count.

@@ -223,11 +223,11 @@ TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
     OSLogger::disableDuplicateLogToStderr();
     OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
     {
-        qb::sys::Fault fault(qb::sys::Call::fwrite, /*skip=*/0, /*times=*/1, ENOSPC);
+        qb::sys::Fault fault(qb::sys::Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
         logger->logWithLevelMessage(0, "lost"_ns);
         EXPECT_EQ(fault.hits(), 1u);
     }
-    const qb::sys::Fault storm(qb::sys::Call::fwrite, /*skip=*/0, /*times=*/5, EINTR);
+    const qb::sys::Fault storm(qb::sys::Call::write, /*skip=*/0, /*times=*/5, EINTR);
     logger->logWithLevelMessage(0, "kept"_ns);
     EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] kept\n");
 }

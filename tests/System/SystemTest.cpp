@@ -179,7 +179,7 @@ TEST_F(SystemTest, TransfersOutlastSignalsAndShortWrites) {
 
 TEST_F(SystemTest, StreamsWithoutABufferOutlastSignals) {
     std::FILE *const file = sys::fopen(path("line").c_str(), "w");
-    sys::makeUnbuffered(file);
+    ASSERT_EQ(std::setvbuf(file, nullptr, _IONBF, 0), 0);
     Fault shortly(Call::fwrite, /*skip=*/0, /*times=*/0, sys::ShortTransfer{3});
     Fault storm(Call::fwrite, /*skip=*/1, /*times=*/5, EINTR);
     EXPECT_EQ(sys::fwrite("text", 1, 4, file), 3u);
