@@ -1,4 +1,4 @@
-// One log line, from the call until it is in the file, and a trace that nobody wants.
+// One log line, from the call until it is in the file, and traces that nobody wants.
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
@@ -58,9 +58,18 @@ void silentTrace(benchmark::State &state) {
     int number = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(++number);
-        qb::trace(DEBUG_CHANNEL_MISC, {"src/A", 12, &OSLogger::cls, "a:"}, "number %d", number);
+        debug_printf(DEBUG_CHANNEL_MISC, "%s:%d number %d", "src/A", 12, number);
     }
 }
 BENCHMARK(silentTrace)->Name("Trace/silent/ours");
+
+void silentTraceWithPlace(benchmark::State &state) {
+    int number = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(++number);
+        qb::trace(DEBUG_CHANNEL_MISC, {"src/A", 12, &OSLogger::cls, "a:"}, "number %d", number);
+    }
+}
+BENCHMARK(silentTraceWithPlace)->Name("Trace/silentWithPlace/ours");
 
 } // namespace
