@@ -8,6 +8,7 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
 
 #include <new>
 
@@ -253,4 +254,13 @@ TEST_F(QBErrorHandlerTest, FatalErrorsEndTheProcessWhateverFailsMeanwhile) {
     EXPECT_EQ(withoutLogFile.status, 255);
     EXPECT_EQ(logLines(withoutLogFile.standardError, withoutLogFile.process),
               "[T] (P) [] [000005] unknown error\n\n");
+    const TemporaryDirectory directory;
+    const ChildEnd withoutStandardError = runInChild([&] {
+        ::close(STDERR_FILENO);
+        OSLogger::setDefaultLogFileName(directory.string("log"));
+        handler_->raiseFatalError(6);
+    });
+    EXPECT_EQ(withoutStandardError.status, 255);
+    EXPECT_EQ(logLines(directory.read("log"), withoutStandardError.process),
+              "[T] (P) [] [000006] unknown error\n\n");
 }

@@ -89,9 +89,11 @@ Class *OSLogger::cls() {
     using Level = std::uint8_t;
     static const qb::Method methods[] = {
         qb::classMethod<"_loggers">(&OSLogger::_loggers),
-        qb::classMethod<"createLoggerForCategory:", void(NSString *)>(&OSLogger::createLoggerForCategory),
+        qb::classMethod<"createLoggerForCategory:", void(Class *, NSString *)>(
+            &OSLogger::createLoggerOfClass),
         qb::classMethod<"createLoggerForCategory:withLogLevel:logPrefix:andLogFileName:",
-                        void(NSString *, Level, NSString *, NSString *)>(&OSLogger::createLoggerForCategory),
+                        void(Class *, NSString *, Level, NSString *, NSString *)>(
+            &OSLogger::createLoggerOfClass),
         qb::classMethod<"loggerForCategory:">(&OSLogger::loggerForCategory),
         qb::classMethod<"setDefaultLogFileName:">(&OSLogger::setDefaultLogFileName),
         qb::classMethod<"setDefaultLogPrefix:">(&OSLogger::setDefaultLogPrefix),
@@ -130,20 +132,22 @@ NSMutableDictionary *OSLogger::_loggers() {
     return loggers;
 }
 
-void OSLogger::createLoggerForCategory(NSString *category) {
+void OSLogger::createLoggerOfClass(Class *asked, NSString *category) {
     if (!category)
         throw InvalidArgumentException(
             "OSLogger createLoggerForCategory: must have a category that is not nil.");
-    createLoggerForCategory(category, _defaultLogLevel, nullptr, nullptr);
+    createLoggerOfClass(asked, category, _defaultLogLevel, nullptr, nullptr);
 }
 
-void OSLogger::createLoggerForCategory(NSString *category, std::uint8_t withLogLevel, NSString *logPrefix,
-                                       NSString *logFileName) {
+void OSLogger::createLoggerOfClass(Class *asked, NSString *category, std::uint8_t withLogLevel,
+                                   NSString *logPrefix, NSString *logFileName) {
     if (!category)
         throw InvalidArgumentException("OSLogger createLoggerForCategory:withLogLevel:andLogFileName: must "
                                        "have a category that is not nil.");
-    const Ref<OSLogger> logger = initWithCategory(category, withLogLevel, logPrefix, logFileName);
-    _loggers()->setObjectForKey(logger, category);
+    const Ref<NSObject> made = asked->construct();
+    auto *logger = static_cast<OSLogger *>(made.get());
+    if (logger->setUpWithCategory(category, withLogLevel, logPrefix, logFileName))
+        _loggers()->setObjectForKey(logger, category);
 }
 
 OSLogger *OSLogger::loggerForCategory(NSString *category) {

@@ -2,14 +2,17 @@
 
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/QBFoundationInitializer.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "System/Faults.h"
 #include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <regex>
 
 namespace {
@@ -111,26 +114,28 @@ TEST_F(OSDebugPrinterTest, TracesNameChannelLevelStateAndPlace) {
                                       "[T] (P) [] [here(3) OK] src/A:13(OSProcess): +d -> class\n");
 }
 
-TEST_F(OSDebugPrinterTest, TracesOfBadFormatsStandAsTheyAreAndReadNothing) {
+TEST_F(OSDebugPrinterTest, TracesOfBadOrMissingFormatsStandAsTheyAreAndReadNothing) {
     OSLogger::createLoggerForCategory("debug"_ns);
     const std::int32_t odd = printer()->registerDebugChannel("50%s"_ns);
     printer()->setDebugChannelsActive(NSArray::arrayWithObject("50%s"_ns));
     CapturedOutput output;
-    const char *const formats[] = {"%n", "%*d", "%hd", "%d %p %s", "50%", "drops %% this"};
-    for (const char *format : formats)
+    for (const char *format : {"%*d", "%d %p %s"})
         qb::trace(channel_, format, 1);
-    // By way of a pointer, because the compiler would find the mistakes.
+    qb::trace(channel_, {nullptr, 1, static_cast<NSObject *>(nullptr), nullptr}, nullptr);
+    debug_printf(channel_, static_cast<NSString *>(nullptr), 1);
+    // By way of pointers that the compiler can't follow, because it would find the mistakes.
     void (*const print)(int, const char *, ...) = debug_printf;
+    char *volatile none = nullptr;
     print(channel_, "%p", static_cast<void *>(nullptr));
+    print(channel_, "%s", none);
     print(channel_, nullptr);
     print(odd, "no value for the name: %d", 1);
-    EXPECT_EQ(logLines(output.end()), "[T] (P) [debug] [here(0) OK] %n\n"
-                                      "[T] (P) [debug] [here(0) OK] %*d\n"
-                                      "[T] (P) [debug] [here(0) OK] %hd\n"
+    EXPECT_EQ(logLines(output.end()), "[T] (P) [debug] [here(0) OK] %*d\n"
                                       "[T] (P) [debug] [here(0) OK] %d %p %s\n"
-                                      "[T] (P) [debug] [here(0) OK] 50\n"
-                                      "[T] (P) [debug]  this\n"
+                                      "[T] (P) [debug] [here(0) OK] <nil>:1(<nil>): -<nil> -> \n"
+                                      "[T] (P) [debug] [here(0) OK] \n"
                                       "[T] (P) [debug] [here(0) OK] %p\n"
+                                      "[T] (P) [debug] [here(0) OK] %s\n"
                                       "[T] (P) [debug] [here(0) OK] \n"
                                       "[T] (P) [debug] [50%s(0) OK] no value for the name: %d\n");
 }
@@ -202,6 +207,41 @@ TEST_F(OSDebugPrinterTest, UnbalancedActionsAreToldAndClosed) {
                   " 4999>>>notice: unbalanced PROFILE_BEGIN_ACTION() ... PROFILE_END_ACTION() (TAIL)!\n"
                   "P:" +
                   std::string(50, ' ') + " 4999>>>        expected: (here, '(null)'), got: (here, 'f')\n");
+}
+
+TEST_F(OSDebugPrinterTest, LevelsAndTimesOfCallersMayBeAnyNumbers) {
+    printer()->setProfileStackLevel(-1);
+    printer()->setProfileLastTime(INT64_MIN);
+    printer()->setProfileDataSegmentLastTime(INT64_MIN);
+    CapturedOutput output;
+    profile_beginAction(profile_, "kept nowhere");
+    EXPECT_EQ(printer()->profileStackLevel(), 0);
+    profile_beginAction(profile_, "a");
+    printer()->setStartTime(INT64_MIN, 0);
+    profile_endAction(profile_, "a");
+    const std::string text = output.end();
+    EXPECT_NE(text.find("kept nowhere (+-922"), std::string::npos) << text;
+    EXPECT_NE(text.find("a (time: -922"), std::string::npos) << text;
+}
+
+TEST_F(OSDebugPrinterTest, WhatIsForStandardErrorNeverEndsInAnotherFile) {
+    const TemporaryDirectory directory;
+    const ChildEnd end = runInChild([&] {
+        OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
+        logger->setLogFileName(directory.string("missing/log"));
+        logger->logWithLevelMessage(0, "not in a file"_ns);
+        logger->setLogFileName(nullptr); // closes standard error, where the line went
+        const int other = ::open((directory / "other").c_str(), O_CREAT | O_WRONLY, 0600);
+        debug_printf(channel_, "trace");
+        profile_beginAction(profile_, "action");
+        profile_endAction(profile_, "other action");
+        _dbgFree(_dbgMalloc(1, 2, "a"), 3, "a");
+        NSAutoreleasePool::showAllPoolStatistics();
+        OSUserIO::eprintLn("text"_ns);
+        ::_exit(other);
+    });
+    EXPECT_EQ(end.status, STDERR_FILENO);
+    EXPECT_EQ(directory.read("other"), "");
 }
 
 TEST_F(OSDebugPrinterTest, MessagesAreCutAt1023Bytes) {

@@ -1,6 +1,7 @@
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "System/Faults.h"
@@ -42,6 +43,34 @@ TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
     EXPECT_EQ(alert->retainCount(), 1u); // the table's
     OSLogger::createLoggerForCategory("alert"_ns, /*withLogLevel=*/7, nullptr, nullptr);
     EXPECT_TRUE(OSLogger::loggerForCategory("alert"_ns)->wouldLogLevel(7));
+}
+
+namespace {
+
+// Collects its lines.
+class Journal : public OSLogger {
+public:
+    static Class *cls() {
+        static Class *const self = new Class("Journal", OSLogger::cls(), {}, qb::construct<Journal>);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+
+    void logWithLevelMessage(std::int32_t, NSString *message) override { lines += message->view(); }
+
+    std::string lines;
+};
+
+} // namespace
+
+TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
+    send<void>(Journal::cls(), "createLoggerForCategory:"_sel, "journal"_ns);
+    OSLogger *const logger = OSLogger::loggerForCategory("journal"_ns);
+    logger->logWithLevelFormat(0, "%d "_ns, 5);
+    send<void>(logger, "logWithLevel:format:"_sel, 0, "%s"_ns, "sent");
+    logger->logWithLevelFormat(1, "too fine"_ns);
+    ASSERT_EQ(logger->classObject(), Journal::cls());
+    EXPECT_EQ(static_cast<Journal *>(logger)->lines, "5 sent");
 }
 
 TEST_F(OSLoggerTest, LinesCarryPrefixAndCategory) {

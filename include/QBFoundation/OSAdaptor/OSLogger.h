@@ -40,11 +40,13 @@ public:
     static NSMutableDictionary *_loggers();
     /// Makes the logger of the category, in place of an earlier one, with the default level and prefix.
     /// Throws InvalidArgumentException when the category is nil.
-    static void createLoggerForCategory(NSString *category);
+    static void createLoggerForCategory(NSString *category) { createLoggerOfClass(cls(), category); }
     /// As above. Without a prefix (nil) the default one is taken, without a file name the default one when
     /// the first line is written.
     static void createLoggerForCategory(NSString *category, std::uint8_t withLogLevel, NSString *logPrefix,
-                                        NSString *logFileName);
+                                        NSString *logFileName) {
+        createLoggerOfClass(cls(), category, withLogLevel, logPrefix, logFileName);
+    }
     /// Returns the category's logger, or else the default one, that of the empty category, which is made
     /// when there is none. Borrowed from the table.
     static OSLogger *loggerForCategory(NSString *category);
@@ -94,6 +96,10 @@ public:
 protected:
     virtual BOOL setUpWithCategory(NSString *category, std::uint8_t logLevel, NSString *logPrefix,
                                    NSString *logFileName);
+
+    static void createLoggerOfClass(Class *asked, NSString *category);
+    static void createLoggerOfClass(Class *asked, NSString *category, std::uint8_t withLogLevel,
+                                    NSString *logPrefix, NSString *logFileName);
 
 private:
     void openStream();
