@@ -39,6 +39,13 @@ public:
     static constexpr Way kWays[] = {{"EIO", EIO, 1},       {"ENOSPC", ENOSPC, 1}, {"EACCES", EACCES, 1},
                                     {"ENOMEM", ENOMEM, 1}, {"EINTR", EINTR, 4},   {"one byte", 0, 1}};
 
+    /// Whether files don't show what such a failure may have lost, so that nothing but telling of it will do.
+    static bool isToBeTold(const Way &way, Call call) {
+        constexpr Call kLasting[] = {Call::fsync, Call::fdatasync, Call::fflush, Call::fclose};
+        return way.error != 0 && way.error != EINTR &&
+               std::ranges::find(kLasting, call) != std::end(kLasting);
+    }
+
     CallFault(const Way &way, unsigned index, const TemporaryDirectory &) {
         if (way.error)
             fault_.emplace(Call::any, index, way.times, way.error);
@@ -255,9 +262,13 @@ private:
             bool goesOn = true;
             for (unsigned index = 0; goesOn; ++index) {
                 const Outcome outcome = performTwice<Kind>(way, index);
-                expectFaultless(outcome, std::string(way.name) + " in " +
-                                             std::string(sys::nameOfCall(outcome.struck)) + ", the call " +
-                                             std::to_string(index));
+                const std::string fault = std::string(way.name) + " in " +
+                                          std::string(sys::nameOfCall(outcome.struck)) + ", the call " +
+                                          std::to_string(index);
+                expectFaultless(outcome, fault);
+                if constexpr (std::is_same_v<Kind, CallFault>) {
+                    EXPECT_TRUE(isTold(outcome) || !Kind::isToBeTold(way, outcome.struck)) << fault;
+                }
                 goesOn = outcome.hits > 0 && !testing::Test::HasFailure();
                 ASSERT_LT(index, kMostCalls);
             }
@@ -282,11 +293,13 @@ private:
         return outcome;
     }
 
+    bool isTold(const Outcome &outcome) const {
+        return !outcome.told.empty() ||
+               std::ranges::find(use_.answering, outcome.struck) != use_.answering.end();
+    }
+
     void expectFaultless(const Outcome &outcome, const std::string &fault) const {
-        const auto &answering = use_.answering;
-        const bool isTold = !outcome.told.empty() ||
-                            std::find(answering.begin(), answering.end(), outcome.struck) != answering.end();
-        if (!isTold) {
+        if (!isTold(outcome)) {
             EXPECT_EQ(outcome.delivered, whole_.delivered) << "and nothing was told: " << fault;
             EXPECT_TRUE(outcome.files == whole_.files)
                 << describeDifference(outcome.files) << "and nothing was told: " << fault;
