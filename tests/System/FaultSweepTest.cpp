@@ -17,6 +17,7 @@
 
 #include "support/ServicesFixture.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
@@ -97,6 +98,16 @@ const Use kStreams[] = {
          stream->writeObject("new"_ns);
          stream->close();
      }},
+    {"LongestNames", nothing,
+     [](const Place &place) {
+         NSString *const name = place.string(std::string(255, '\xFE'));
+         NSString *const other = place.string(std::string(255, '\xFD'));
+         QBFileOutputStream::writeToFile("text"_ns, name, NO);
+         OSFilePath::renamePath(name, other);
+         auto *stream = QBFileInputStream::streamWithFile(other);
+         return describe(stream ? stream->readLine() : nullptr);
+     },
+     Leaves::anything},
     {"LinesOfAFile",
      [](const Place &place) {
          std::string lines;
@@ -260,4 +271,39 @@ const Use kValues[] = {
 };
 QB_FAULT_SWEEP(Values, kValues);
 
+// --- A full disk ---
+
+using FullDiskTest = PoolFixture;
+
+NSString *fullDevice() {
+    return "/dev/full"_ns;
+}
+
 } // namespace
+
+TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
+    const Act acts[] = {
+        [](const Place &) { QBFileOutputStream::writeToFile("x"_ns, fullDevice(), NO); },
+        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile(fullDevice())); },
+        [](const Place &) {
+            QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
+        },
+        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE(NSData::dataWithBytes("x", 1)->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE(settings()->writeToFile(fullDevice(), NO)); },
+        [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
+    };
+    const TemporaryDirectory directory;
+    longFile(directory);
+    for (const Act &act : acts) {
+        {
+            const NSAutoreleasePool pool;
+            act(directory);
+        }
+        const auto row = &act - acts;
+        EXPECT_EQ(describe(ERRORHANDLER->errorIds()).substr(0, 7), "(100024") << "row " << row;
+        EXPECT_NE(recordingErrorHandler()->raised.back().values.find("No space left"), std::string::npos)
+            << row;
+        ERRORHANDLER->clearErrorStack();
+    }
+}
