@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <typeinfo>
 #include <utility>
 
@@ -56,6 +57,8 @@ std::FILE *openStream(sys::Descriptor descriptor) {
 std::FILE *createTemporary(const char *path, const char *target) {
     struct stat status;
     const bool replaces = sys::stat(target, &status) == 0;
+    if (!replaces && errno != ENOENT)
+        return nullptr;
     const mode_t mode = replaces ? status.st_mode & 0777 : 0666;
     sys::Descriptor descriptor(sys::openExclusive(path, mode));
     if (!descriptor)
@@ -103,6 +106,9 @@ void QBFileOutputStream::writeToFile(Class *asked, id object, NSString *file, BO
 }
 
 QBFileOutputStream::~QBFileOutputStream() {
+    // An exception that takes the stream along has cut its content somewhere.
+    if (std::uncaught_exceptions() > exceptionsBefore_)
+        hasFailed_ = true;
     try {
         QBFileOutputStream::close();
     } catch (...) { // a client's error handler may throw, which a destructor must not
@@ -111,6 +117,8 @@ QBFileOutputStream::~QBFileOutputStream() {
 }
 
 // --- Opening ---
+
+QBFileOutputStream::QBFileOutputStream() noexcept : exceptionsBefore_(std::uncaught_exceptions()) {}
 
 BOOL QBFileOutputStream::setUp() {
     throw InvalidUseOfMethodException("QBFileOutputStream init: must be made with a file.");

@@ -168,6 +168,16 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBeOpenedIsAnError) {
     EXPECT_EQ(error.values(), values("file/out", ENOTDIR));
 }
 
+TEST_F(QBFileOutputStreamTest, NameWithoutRoomForTheTemporaryOneIsWrittenInPlaceOnly) {
+    const std::string name(255, '\xFF');
+    QBFileOutputStream::writeToFile("old"_ns, directory_.string(name), /*atomically=*/NO);
+    ErrorExpectation error(100024);
+    QBFileOutputStream::writeToFile("new"_ns, directory_.string(name), /*atomically=*/YES);
+    EXPECT_EQ(error.place(), "src/QBFileOutputStream:183");
+    EXPECT_NE(error.values().find(std::strerror(ENAMETOOLONG)), std::string::npos);
+    EXPECT_EQ(describeFiles(), name + ": old\n");
+}
+
 TEST_F(QBFileOutputStreamTest, PathThatIsNoneIsAnError) {
     {
         ErrorExpectation error(100024);

@@ -14,13 +14,14 @@
 /// An atomic stream writes to a file of its own beside the target, with the target's permissions, or those of
 /// a new file without one. `close`, which destruction does too, syncs it to the disk and renames it onto the
 /// target, so that the target is the old file or the complete new one at any moment. When anything could not
-/// be written the temporary file is removed, and the old one stays.
+/// be written, or an exception takes the stream along before it was closed, the temporary file is removed,
+/// and the old one stays.
 ///
 /// Failures are error 100024 (the opened file's path, system text). As with the C library, short writes are
 /// collected, so that a full disk may show as late as in `flush` or `close`.
 class QB_EXPORT QBFileOutputStream : public QBOutputStream {
 public:
-    QBFileOutputStream() noexcept = default;
+    QBFileOutputStream() noexcept;
     ~QBFileOutputStream() override;
 
     static Class *cls();
@@ -139,6 +140,7 @@ private:
     std::uint32_t directEnd_ = 0; // below it, bytes are stored without `_writeBuffer`; 0 for a subclass
     BOOL synchronizes_ = YES;
     bool hasFailed_ = false; // something that was written is missing
+    int exceptionsBefore_;   // how many were on their way when the stream was made
 };
 
 #endif

@@ -64,8 +64,11 @@ void NSAutoreleasePool::addPage() {
 void NSAutoreleasePool::addObject(id object) {
     if (!object)
         throw InvalidArgumentException("NSAutoreleasePool addObject: must have an object that is not nil.");
-    if (!newest_ || newest_->count == Page::kCapacity) [[unlikely]]
+    if (!newest_ || newest_->count == Page::kCapacity) [[unlikely]] {
+        Ref<NSObject> owned = Ref<NSObject>::adopt(object); // until there is a place for it
         addPage();
+        static_cast<void>(owned.detach());
+    }
     newest_->objects[newest_->count++] = object;
 }
 

@@ -127,7 +127,9 @@ void OSFilePath::removePath(NSString *path) {
 }
 
 void OSFilePath::removePath(NSString *path, NSString *atomicallyWithTmpDir) {
-    if (!fileExistsAtPath(path))
+    struct stat status;
+    const char *const name = qb::files::systemPath(path);
+    if (!path || (name && sys::stat(name, &status) != 0 && errno == ENOENT))
         return;
     const std::string_view directory = atomicallyWithTmpDir ? atomicallyWithTmpDir->view() : "";
     NSString *const moved =

@@ -94,6 +94,7 @@ bool Fault::strikes(Call call) noexcept {
     if (times_ != 0 && hits_ == times_)
         return false;
     ++hits_;
+    struck_ = call;
     return true;
 }
 

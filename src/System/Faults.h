@@ -103,6 +103,8 @@ public:
 
     /// Returns how often it has struck so far.
     unsigned hits() const noexcept { return hits_; }
+    /// Returns the call on which it has struck last; `any` before that.
+    Call struck() const noexcept { return struck_; }
 
 private:
     enum class Effect { error, shortTransfer, kill };
@@ -114,6 +116,7 @@ private:
     unsigned skip_;     // calls still to pass
     unsigned times_;    // 0: for ever
     unsigned hits_ = 0; // up to `times_`
+    Call struck_ = Call::any;
     Effect effect_;
     int error_;
     std::size_t bytes_;

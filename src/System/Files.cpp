@@ -8,6 +8,23 @@
 
 namespace qb::sys {
 
+namespace {
+
+int globError = 0; // why the last expansion was given up
+
+// A directory that may not be read has no matches, as in a shell. One that could have been read has.
+int givesUpGlob(const char *, int error) {
+    globError = error;
+    return error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO;
+}
+
+int answerOfGlob(int error) {
+    errno = error;
+    return error == ENOMEM ? GLOB_NOSPACE : GLOB_ABORTED;
+}
+
+} // namespace
+
 int aboveStandardStreams(int descriptor) noexcept {
     if (descriptor < 0 || descriptor > STDERR_FILENO)
         return descriptor;
@@ -144,8 +161,7 @@ int access(const char *path, int mode) noexcept {
 }
 
 ssize_t readlink(const char *path, char *buffer, std::size_t size) noexcept {
-    return repeat(
-        Call::readlink, [&] { return ::readlink(path, buffer, size); }, &size);
+    return repeat(Call::readlink, [&] { return ::readlink(path, buffer, size); });
 }
 
 int rename(const char *source, const char *target) noexcept {
@@ -225,8 +241,9 @@ int chdir(const char *path) noexcept {
 int glob(const char *pattern, int flags, glob_t *matches) noexcept {
     *matches = glob_t{};
     if (fails(Call::glob))
-        return errno == ENOMEM ? GLOB_NOSPACE : GLOB_ABORTED;
-    return ::glob(pattern, flags & ~(GLOB_APPEND | GLOB_DOOFFS), nullptr, matches);
+        return answerOfGlob(errno);
+    const int result = ::glob(pattern, flags & ~(GLOB_APPEND | GLOB_DOOFFS), givesUpGlob, matches);
+    return result == GLOB_ABORTED ? answerOfGlob(globError) : result;
 }
 
 void globfree(glob_t *matches) noexcept {

@@ -114,8 +114,8 @@ int closedir(DIR *directory) noexcept;
 char *getcwd(char *buffer, std::size_t size) noexcept;
 /// Changes the working directory.
 int chdir(const char *path) noexcept;
-/// Expands a pattern; returns 0, GLOB_NOMATCH, GLOB_NOSPACE or GLOB_ABORTED. Always to be followed by
-/// `globfree`.
+/// Expands a pattern; returns 0, GLOB_NOMATCH, GLOB_NOSPACE or, with errno set, GLOB_ABORTED: when a
+/// directory could not be read for another reason than that it may not. Always to be followed by `globfree`.
 int glob(const char *pattern, int flags, glob_t *matches) noexcept;
 /// Frees what `glob` stored, after a failure too.
 void globfree(glob_t *matches) noexcept;

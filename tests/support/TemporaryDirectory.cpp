@@ -9,15 +9,28 @@
 
 namespace fs = std::filesystem;
 
-TemporaryDirectory::TemporaryDirectory()
-    : path_(fs::canonical(fs::temp_directory_path()) / "qb-test-XXXXXX") {
-    if (!::mkdtemp(path_.data()))
-        throw std::runtime_error("no temporary directory can be made: " + path_);
+namespace {
+
+std::string makeDirectoryIn(const fs::path &parent) {
+    std::string path = fs::canonical(parent) / "qb-test-XXXXXX";
+    if (!::mkdtemp(path.data()))
+        throw std::runtime_error("no temporary directory can be made: " + path);
+    return path;
+}
+
+} // namespace
+
+TemporaryDirectory::TemporaryDirectory() : made_(makeDirectoryIn(fs::temp_directory_path())), path_(made_) {}
+
+TemporaryDirectory::TemporaryDirectory(std::string_view name)
+    : made_(makeDirectoryIn(fs::is_directory("/dev/shm") ? "/dev/shm" : fs::temp_directory_path())),
+      path_(made_ + "/" + std::string(name)) {
+    fs::create_directory(path_);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
     std::error_code error; // a test that took away its own rights has failed already
-    fs::remove_all(path_, error);
+    fs::remove_all(made_, error);
 }
 
 void TemporaryDirectory::write(std::string_view name, std::string_view bytes) const {

@@ -11,7 +11,10 @@
 /// A new directory that goes away, with all that is in it, at the end of the scope. Names are relative to it.
 class TemporaryDirectory {
 public:
+    /// In the directory for such things.
     TemporaryDirectory();
+    /// The directory of that name, in a new one in memory, where that is to be had.
+    explicit TemporaryDirectory(std::string_view name);
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory &) = delete;
     TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
@@ -37,6 +40,7 @@ public:
     std::vector<std::string> names(std::string_view name = ".") const;
 
 private:
+    std::string made_;
     std::string path_;
 };
 

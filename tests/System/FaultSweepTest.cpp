@@ -1,0 +1,309 @@
+#include "support/FaultSweep.h"
+
+#include <QBFoundation/Foundation/NSArchiver.h>
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/OSAdaptor/OSFilePath.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/QBDataInputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBFileInputStream.h>
+#include <QBFoundation/QBFileOutputStream.h>
+#include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/QBStringOutputStream.h>
+
+#include "support/ServicesFixture.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using qb::sys::Call;
+
+namespace {
+
+using Place = TemporaryDirectory;
+
+// More than the streams' windows hold.
+const std::string &longText() {
+    static const std::string text = [] {
+        std::string lines;
+        for (int line = 0; lines.size() < 150000; ++line)
+            lines += "line " + std::to_string(line) + std::string(line % 990, '.') + "\n";
+        return lines;
+    }();
+    return text;
+}
+
+void nothing(const Place &) {}
+
+void oldFile(const Place &place) {
+    place.write("out", "old");
+    fs::permissions(place / "out", fs::perms(0606));
+}
+
+void longFile(const Place &place) {
+    place.write("in", longText());
+}
+
+NSDictionary *settings() {
+    static const Ref<NSDictionary> settings(NSDictionary::dictionaryWith(
+        {{"name"_ns, "a text"_ns},
+         {"list"_ns, NSArray::arrayWithObjects("x"_ns, "y"_ns, NSArray::arrayWithObjects("z"_ns))},
+         {"bytes"_ns, NSData::dataWithBytes("\0\xFF", 2)},
+         {"long"_ns, NSString::stringWith(longText())}}));
+    return settings;
+}
+
+// --- Streams ---
+
+void writeInSteps(QBFileOutputStream *stream) {
+    if (!stream)
+        return;
+    const std::string text = longText();
+    stream->writeFormat("%d %@\n"_ns, 5, "five"_ns);
+    for (std::size_t i = 0; i < 70000; ++i)
+        stream->writeByte(text[i]);
+    stream->flush();
+    stream->writeBuffer(text.data(), 100000);
+    stream->writeObject(settings());
+    stream->close();
+}
+
+const Use kStreams[] = {
+    {"AtomicFile", oldFile,
+     [](const Place &place) { QBFileOutputStream::writeToFile("new"_ns, place.string("out"), YES); }},
+    {"AtomicFileInSteps", oldFile,
+     [](const Place &place) { writeInSteps(QBFileOutputStream::streamWithFile(place.string("out"), YES)); }},
+    {"NewFileInNewDirectories", nothing,
+     [](const Place &place) { writeInSteps(QBFileOutputStream::streamWithFile(place.string("a/b/out"))); },
+     Leaves::parts},
+    {"FileWithoutClose", oldFile,
+     [](const Place &place) {
+         if (auto stream = QBFileOutputStream::initWithFile(place.string("out"), YES))
+             stream->writeObject("new"_ns);
+     }},
+    {"FileWrittenAnew", oldFile,
+     [](const Place &place) {
+         auto *stream = QBFileOutputStream::streamWithFile(place.string("out"), YES);
+         if (!stream)
+             return;
+         stream->writeObject(NSString::stringWith(longText()));
+         stream->reset();
+         stream->writeObject("new"_ns);
+         stream->close();
+     }},
+    {"LongestNames", nothing,
+     [](const Place &place) {
+         NSString *const name = place.string(std::string(255, '\xFE'));
+         NSString *const other = place.string(std::string(255, '\xFD'));
+         QBFileOutputStream::writeToFile("text"_ns, name, NO);
+         OSFilePath::renamePath(name, other);
+         auto *stream = QBFileInputStream::streamWithFile(other);
+         return describe(stream ? stream->readLine() : nullptr);
+     },
+     Leaves::anything},
+    {"LinesOfAFile",
+     [](const Place &place) {
+         std::string lines;
+         while (lines.size() < 70000)
+             lines += std::string(lines.size() < 2000 ? 900 : 300, 'x') + "\n";
+         place.write("in", lines);
+     },
+     [](const Place &place) {
+         std::string lines;
+         auto *stream = QBFileInputStream::streamWithFile(place.string("in"));
+         while (NSString *line = stream ? stream->readLine() : nullptr)
+             lines += std::string(line->view()) + "|";
+         return lines;
+     }},
+    {"BlocksOfAFile", longFile,
+     [](const Place &place) {
+         std::string blocks;
+         auto *stream = QBFileInputStream::streamWithFile(place.string("in"));
+         char block[20000];
+         for (std::uint32_t length = 1; stream; length = length * 7 % 20000) {
+             const int count = stream->readBuffer(block, length);
+             if (count <= 0)
+                 break;
+             blocks.append(block, static_cast<std::size_t>(count));
+         }
+         return blocks;
+     }},
+    {"Comparison",
+     [](const Place &place) {
+         longFile(place);
+         place.write("same", longText());
+     },
+     [](const Place &place) {
+         auto *one = QBFileInputStream::streamWithFile(place.string("in"));
+         auto *other = QBFileInputStream::streamWithFile(place.string("same"));
+         return std::string(one && one->providesSameDataAs(other) ? "same" : "other");
+     }},
+    {"MemoryStreams", nothing,
+     [](const Place &) {
+         auto *data = QBDataOutputStream::streamWithCapacity(10);
+         auto *text = QBStringOutputStream::stream();
+         if (!data || !text)
+             return std::string();
+         data->writeObject(settings());
+         auto *source = QBDataInputStream::streamWithData(data->targetData());
+         char block[1000];
+         for (int count; (count = source->readBuffer(block, sizeof block)) > 0;)
+             text->writeBuffer(block, static_cast<std::uint32_t>(count));
+         return std::string(text->targetString()->view());
+     }},
+};
+QB_FAULT_SWEEP(Streams, kStreams);
+
+// --- Files and trees ---
+
+void tree(const Place &place) {
+    place.write("tree/a", "a");
+    place.write("tree/deep/er/b", std::string(5000, 'b'));
+    place.write("tree/deep/empty", "");
+    place.link("../a", "tree/deep/link");
+    place.makeDirectory("tree/hollow");
+    fs::permissions(place / "tree/a", fs::perms(0640));
+}
+
+const Use kFiles[] = {
+    {"FileCopy", longFile,
+     [](const Place &place) { OSFilePath::copyPath(place.string("in"), place.string("copy"), YES); },
+     Leaves::parts},
+    {"TreeCopy", tree,
+     [](const Place &place) { OSFilePath::copyPath(place.string("tree"), place.string("copy"), YES); },
+     Leaves::parts},
+    {"TreeRemoval", tree, [](const Place &place) { OSFilePath::removePath(place.string("tree")); }},
+    {"TreeRemovalByWayOfADirectory",
+     [](const Place &place) {
+         tree(place);
+         place.makeDirectory("tmp");
+     },
+     [](const Place &place) { OSFilePath::removePath(place.string("tree"), place.string("tmp")); },
+     Leaves::anything},
+    {"Rename", oldFile,
+     [](const Place &place) { OSFilePath::renamePath(place.string("out"), place.string("new")); }},
+    {"Touch", nothing,
+     [](const Place &place) { OSFilePath::touchFileAtPath(place.string("new"), 1000000000); }},
+    {"LinkToADirectory", tree,
+     [](const Place &place) { OSFilePath::symlink(place.string("link"), place.string("tree/deep")); }},
+    {"Directories", nothing, [](const Place &place) { OSFilePath::makePath(place.string("a/b/c")); },
+     Leaves::parts},
+    {"Glob",
+     tree,
+     [](const Place &place) {
+         NSArray *const paths = OSFilePath::glob("tree/*"_ns, place.string("."));
+         return std::to_string(paths ? paths->count() : 0);
+     },
+     Leaves::oldOrNew,
+     {},
+     [](const Place &) {},
+     /*isForMemory=*/false}, // without it, the C library's own glob frees twice
+    {"FileComparison",
+     [](const Place &place) {
+         longFile(place);
+         place.write("other", longText() + "x");
+     },
+     [](const Place &place) {
+         return std::string(OSFilePath::fileAtPath(place.string("in"), place.string("other")) ? "differ"
+                                                                                              : "same");
+     }},
+};
+QB_FAULT_SWEEP(Files, kFiles);
+
+// --- Values in files, logs ---
+
+// A logger whose file can't be opened writes to standard error, and closes it when it goes.
+int keptStandardError = -1;
+
+void prepareLog(const Place &place) {
+    static const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (keptStandardError < 0)
+        keptStandardError = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    ::dup2(nowhere, STDERR_FILENO);
+    place.write("log", "");
+    OSLogger::disableDuplicateLogToStderr();
+}
+
+void writeLogLine(const Place &place) {
+    const auto logger = OSLogger::initWithCategory("web"_ns, 3, nullptr, place.string("log"));
+    logger->logWithLevelFormat(2, "request %d"_ns, 5);
+}
+
+void tidyUpLog(const Place &place) {
+    ::dup2(keptStandardError, STDERR_FILENO);
+    place.write("log", logLines(place.read("log")));
+}
+
+const Use kValues[] = {
+    {"PropertyListToFile", oldFile,
+     [](const Place &place) { return settings()->writeToFile(place.string("out"), YES) ? "yes" : "no"; }},
+    {"PropertyListFromFile",
+     [](const Place &place) {
+         auto *stream = QBPropertyListOutputStream::stream();
+         stream->writeObject(settings());
+         stream->targetData()->writeToFile(place.string("in"), NO);
+     },
+     [](const Place &place) {
+         return describe(NSDictionary::dictionaryWithContentsOfFile(place.string("in")));
+     }},
+    {"ArchiveToFile", oldFile,
+     [](const Place &place) {
+         return NSKeyedArchiver::archiveRootObject(settings(), place.string("out")) ? "yes" : "no";
+     }},
+    {"ArchiveFromFile",
+     [](const Place &place) { NSArchiver::archiveRootObject(settings(), place.string("in")); },
+     [](const Place &place) { return describe(NSUnarchiver::unarchiveObjectWithFile(place.string("in"))); }},
+    {"TextFromFile", longFile,
+     [](const Place &place) { return describe(NSString::stringWithContentsOfFile(place.string("in"))); }},
+    {"LogLine",
+     prepareLog,
+     writeLogLine,
+     Leaves::parts,
+     {Call::fwrite, Call::fflush, Call::fclose, Call::any}, // a line that can't be written is lost
+     tidyUpLog},
+};
+QB_FAULT_SWEEP(Values, kValues);
+
+// --- A full disk ---
+
+using FullDiskTest = PoolFixture;
+
+NSString *fullDevice() {
+    return "/dev/full"_ns;
+}
+
+} // namespace
+
+TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
+    const Act acts[] = {
+        [](const Place &) { QBFileOutputStream::writeToFile("x"_ns, fullDevice(), NO); },
+        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile(fullDevice())); },
+        [](const Place &) {
+            QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
+        },
+        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE(NSData::dataWithBytes("x", 1)->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE(settings()->writeToFile(fullDevice(), NO)); },
+        [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
+    };
+    const TemporaryDirectory directory;
+    longFile(directory);
+    for (const Act &act : acts) {
+        {
+            const NSAutoreleasePool pool;
+            act(directory);
+        }
+        const auto row = &act - acts;
+        EXPECT_EQ(describe(ERRORHANDLER->errorIds()).substr(0, 7), "(100024") << "row " << row;
+        EXPECT_NE(recordingErrorHandler()->raised.back().values.find("No space left"), std::string::npos)
+            << row;
+        ERRORHANDLER->clearErrorStack();
+    }
+}

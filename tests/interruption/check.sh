@@ -1,0 +1,145 @@
+#!/bin/bash
+# Kills a program at each of its calls that change something, and looks at what that leaves.
+#   tests/interruption/check.sh PROGRAM
+# Exit status 77: it can't be tried here.
+set -euo pipefail
+program=$1
+calls='openat open creat write writev pwrite64 rename renameat renameat2 unlink unlinkat rmdir mkdir mkdirat symlink
+    symlinkat link linkat fsync fdatasync fchmod fchmodat chmod ftruncate ftruncate64 copy_file_range sendfile sendfile64
+    close utimensat'
+failures=0
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+if [ -n "${QB_TEST_LAUNCHER:-}" ] || ! strace -o /dev/null true 2>/dev/null; then
+    echo "Not tried: strace is not installed, or may not trace ${QB_TEST_LAUNCHER:+what ${QB_TEST_LAUNCHER%% *} runs}."
+    exit 77
+fi
+
+# In memory, where that is to be had: it is the process that dies here, not the disk.
+work=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "${TMPDIR:-/tmp}")" qb-interruption-XXXXXX)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+mkdir -p kept/tree/deep/empty kept/away kept/copies
+head -c 100000 /dev/urandom >kept/out
+seq 1 40000 >kept/new
+cp kept/new kept/tree/long
+echo a >kept/tree/deep/a
+ln -s ../long kept/tree/deep/link
+
+# --- What may be left of each change ---
+
+is_untouched() { # NAMES
+    local name
+    for name in "$@"; do
+        diff -r --no-dereference "now/$name" "kept/$name" >difference || return 1
+    done
+}
+
+is_part_of() { # FILE WHOLE
+    [ ! -e "$1" ] || cmp -s -n "$(stat -c %s "$1")" "$1" "$2"
+}
+
+is_old_or_new() {
+    is_untouched new tree && { cmp -s now/out kept/out || cmp -s now/out kept/new; }
+}
+
+is_right() { # CHANGE
+    local file
+    case $1 in
+        overwrite | replace) is_old_or_new ;;
+        copy-file) is_untouched new out tree && is_part_of now/copies/new kept/new ;;
+        copy-tree)
+            is_untouched new out tree || return 1
+            while read -r file; do
+                is_part_of "now/copies/$file" "kept/$file" || return 1
+            done < <(cd now/copies && find . -type f)
+            ;;
+        remove-tree)
+            is_untouched new out || return 1
+            ! diff -rq --no-dereference now/tree kept/tree 2>/dev/null | grep -v '^Only in kept'
+            ;;
+        remove-name) is_untouched new out && { [ ! -e now/tree ] || is_untouched tree; } ;;
+    esac
+}
+
+is_done() { # CHANGE
+    case $1 in
+        overwrite | replace) cmp -s now/out kept/new ;;
+        copy-file) cmp -s now/copies/new kept/new ;;
+        copy-tree) diff -r --no-dereference now/copies/tree kept/tree >difference ;;
+        remove-*) [ ! -e now/tree ] ;;
+    esac
+}
+
+# --- Killing ---
+
+begin() {
+    rm -rf now
+    cp -a kept now
+}
+
+killed_at() { # CALL NUMBER CHANGE; true when it was
+    local status=0
+    (cd now && ASAN_OPTIONS=detect_leaks=0 strace -qq -f -o /dev/null -e trace="?$1" \
+        -e inject="?$1:signal=KILL:when=$2" "$program" "$3" 2>../messages) 2>/dev/null || status=$?
+    [ $status -eq 137 ] || { [ $status -eq 0 ] || fail "$3 ends with $status: $(cat messages)"; return 1; }
+}
+
+# Calls that the program makes before it comes to the change.
+begin
+(cd now && ASAN_OPTIONS=detect_leaks=0 strace -f -o ../first-calls "$program" nothing)
+
+# Calls `JUDGE CHANGE PLACE` after each cut.
+at_each_call() { # CHANGE JUDGE
+    local call number first
+    cuts=0
+    for call in $calls; do
+        first=$(grep -cE "^([0-9]+ +)?$call\(" first-calls) || true
+        for ((number = first + 1; number < first + 200; ++number)); do
+            begin
+            killed_at "$call" "$number" "$1" || break
+            cuts=$((cuts + 1))
+            "$2" "$1" "$call $number"
+        done
+    done
+    begin
+    if ! (cd now && "$program" "$1") || ! is_done "$1"; then
+        fail "$1 is not done without a cut"
+    fi
+}
+
+judge() {
+    is_right "$1" || fail "$1, killed at $2, leaves what it must not"
+    [ "$1" != copy-tree ] || rm -rf now/copies/tree # links are not copied onto others
+    (cd now && "$program" "$1") || fail "$1 once more, after it was killed at $2"
+    is_done "$1" || fail "$1 is not done by the run after the one that was killed at $2"
+}
+
+torn=0
+count_torn() { is_right "$1" || torn=$((torn + 1)); }
+
+for change in replace copy-file copy-tree remove-tree remove-name; do
+    at_each_call $change judge
+    [ "$cuts" -ge 5 ] || fail "$change was only cut $cuts times"
+    echo "$change: cut $cuts times"
+done
+
+# The same look at a change that is not atomic finds its torn files.
+at_each_call overwrite count_torn
+[ $torn -gt 0 ] || fail "nothing was torn where something must be"
+
+# A file that becomes too long kills, too.
+excesses=0
+for ((kilobytes = 0; kilobytes < 250; kilobytes += 10)); do
+    begin
+    status=0
+    { (ulimit -f $kilobytes && cd now && exec "$program" replace) || status=$?; } 2>/dev/null
+    [ $status -eq 0 ] || excesses=$((excesses + 1))
+    is_old_or_new || fail "replace under a limit of $kilobytes KiB"
+done
+[ $excesses -gt 5 ] || fail "only $excesses limits were met"
+
+[ $failures -eq 0 ]

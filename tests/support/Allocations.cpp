@@ -1,0 +1,144 @@
+#include "support/Allocations.h"
+
+#include <QBFoundation/Runtime/Memory.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <iterator>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+std::int64_t blocks = 0;
+bool isArmed = false;
+unsigned toPass = 0;
+unsigned toFail = 0; // 0: all
+unsigned failed = 0;
+
+} // namespace
+
+AllocationFault::AllocationFault(unsigned skip, unsigned times) noexcept {
+    toPass = skip;
+    toFail = times;
+    failed = 0;
+    isArmed = true;
+}
+
+AllocationFault::~AllocationFault() {
+    isArmed = false;
+}
+
+unsigned AllocationFault::hits() const noexcept {
+    return failed;
+}
+
+// --- The C allocator ---
+
+#ifdef QB_NO_FREE_LISTS
+
+std::int64_t blocksInUse() noexcept {
+    return 0;
+}
+
+FreeListsAside::FreeListsAside() noexcept = default;
+FreeListsAside::~FreeListsAside() = default;
+
+#else
+
+namespace {
+
+using FreeLists = std::remove_reference_t<decltype(qb::freeObjects)>;
+FreeLists listsAside = {};
+
+void *&next(void *object) {
+    return *static_cast<void **>(object);
+}
+
+std::int64_t freeObjectCount() {
+    std::int64_t count = 0;
+    for (void *object : qb::freeObjects)
+        for (; object; object = next(object))
+            ++count;
+    return count;
+}
+
+bool fails() {
+    if (!isArmed || (toPass > 0 && toPass--) || (toFail != 0 && failed == toFail))
+        return false;
+    ++failed;
+    errno = ENOMEM;
+    return true;
+}
+
+void *counted(void *block) {
+    blocks += block ? 1 : 0;
+    return block;
+}
+
+} // namespace
+
+std::int64_t blocksInUse() noexcept {
+    return blocks - freeObjectCount();
+}
+
+FreeListsAside::FreeListsAside() noexcept {
+    std::swap(qb::freeObjects, listsAside);
+}
+
+FreeListsAside::~FreeListsAside() {
+    std::swap(qb::freeObjects, listsAside);
+    for (std::size_t index = 0; index < std::size(listsAside); ++index)
+        while (void *const object = listsAside[index]) {
+            listsAside[index] = next(object);
+            next(object) = std::exchange(qb::freeObjects[index], object);
+        }
+}
+
+extern "C" {
+
+void *__libc_malloc(std::size_t size);
+void *__libc_calloc(std::size_t count, std::size_t size);
+void *__libc_realloc(void *block, std::size_t size);
+void *__libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void *block);
+
+void *malloc(std::size_t size) {
+    return fails() ? nullptr : counted(__libc_malloc(size));
+}
+
+void *calloc(std::size_t count, std::size_t size) {
+    return fails() ? nullptr : counted(__libc_calloc(count, size));
+}
+
+void *realloc(void *block, std::size_t size) {
+    if (!block)
+        return malloc(size);
+    if (fails())
+        return nullptr;
+    void *const moved = __libc_realloc(block, size);
+    blocks -= !moved && size == 0 ? 1 : 0;
+    return moved;
+}
+
+void *memalign(std::size_t alignment, std::size_t size) {
+    return fails() ? nullptr : counted(__libc_memalign(alignment, size));
+}
+
+void *aligned_alloc(std::size_t alignment, std::size_t size) {
+    return memalign(alignment, size);
+}
+
+int posix_memalign(void **block, std::size_t alignment, std::size_t size) {
+    void *const memory = memalign(alignment, size);
+    return memory ? (*block = memory, 0) : ENOMEM;
+}
+
+void free(void *block) {
+    blocks -= block ? 1 : 0;
+    __libc_free(block);
+}
+
+} // extern "C"
+
+#endif

@@ -1,0 +1,36 @@
+// What the process takes from the C allocator, counted and made to fail.
+//
+// Not in builds without free lists, which are for leak tools with allocators of their own: there nothing is
+// counted, no fault strikes, and the tool finds what was not given back.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_ALLOCATIONS_H
+#define QBFOUNDATION_TESTS_SUPPORT_ALLOCATIONS_H
+
+#include <cstdint>
+
+/// Returns how many blocks are in use: those of the C allocator, of `new` and of the library's objects.
+std::int64_t blocksInUse() noexcept;
+
+/// Puts the objects that wait in the library's free lists aside in its scope, because to count them takes
+/// time.
+class FreeListsAside {
+public:
+    FreeListsAside() noexcept;
+    ~FreeListsAside();
+    FreeListsAside(const FreeListsAside &) = delete;
+    FreeListsAside &operator=(const FreeListsAside &) = delete;
+};
+
+/// Makes allocations fail as long as it lives, those of the C library and of `new` among them: lets `skip`
+/// pass, then fails `times` (0: all). One at a time.
+class AllocationFault {
+public:
+    AllocationFault(unsigned skip, unsigned times) noexcept;
+    ~AllocationFault();
+    AllocationFault(const AllocationFault &) = delete;
+    AllocationFault &operator=(const AllocationFault &) = delete;
+
+    /// Returns how often it has struck so far.
+    unsigned hits() const noexcept;
+};
+
+#endif
