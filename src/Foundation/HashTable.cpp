@@ -1,9 +1,10 @@
 #include <QBFoundation/Foundation/HashTable.h>
 
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
 
 #include "Foundation/Buffer.h"
-#include "Foundation/PlainString.h"
+#include "Foundation/PlainClasses.h"
 #include "Text/Bytes.h"
 
 #include <algorithm>
@@ -185,7 +186,7 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
 }
 
 HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
-    if (dispatchKey(key) == plainStringKeys[0]) // its copy is itself
+    if (dispatchKey(key) == plainStringKeys.immutable) // its copy is itself
         return entryFor(key);
     if (Entry *const entry = find(key))
         return *entry;

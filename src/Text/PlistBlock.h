@@ -37,11 +37,16 @@ public:
     unsigned escaped() const { return members(kEscaped); }
     /// What is not ASCII.
     unsigned high() const { return members(kHigh); }
+    /// The first and the other bytes of characters of two bytes.
+    unsigned leadsOfTwo() const { return members(kLeadsOfTwo); }
+    unsigned continuations() const { return members(kContinuations); }
 
 private:
     static constexpr ByteSet kSlash = ByteSet("/");
     static constexpr ByteSet kBlank = ByteSet(" ").with('\t', '\r');
     static constexpr ByteSet kEscaped = ByteSet("\"\\\x7F").with(0x00, 0x1F);
+    static constexpr ByteSet kLeadsOfTwo = ByteSet().with(0xC2, 0xDF);
+    static constexpr ByteSet kContinuations = ByteSet().with(0x80, 0xBF);
     static constexpr ByteSet kHigh = ByteSet().with(0x80, 0xFF);
 
     unsigned members(const ByteSet &set) const {
@@ -82,12 +87,18 @@ public:
         return bits(_mm_or_si128(quotes, controls));
     }
     unsigned high() const { return bits(bytes_); }
+    unsigned leadsOfTwo() const { return bits(between(bytes_, '\xC2', '\xDF')); }
+    unsigned continuations() const { return bits(between(bytes_, '\x80', '\xBF')); }
 
 private:
+    // Two words: by way of memory, the vector would have to wait until both are stored.
     static __m128i loadPart(const char *position, std::size_t length) {
-        const std::size_t low = length < 8 ? length : 8;
-        const std::uint64_t words[2] = {loadShort(position, low), loadShort(position + low, length - low)};
-        return _mm_loadu_si128(reinterpret_cast<const __m128i *>(words));
+        if (length < 8)
+            return _mm_set_epi64x(0, static_cast<long long>(loadShort(position, length)));
+        const std::size_t rest = length - 8;
+        const std::uint64_t last = loadWord<std::uint64_t>(position + rest);
+        const std::uint64_t high = last >> 1 >> (63 - 8 * rest);
+        return _mm_set_epi64x(static_cast<long long>(high), loadWord<long long>(position));
     }
     static unsigned bits(__m128i bytes) { return static_cast<unsigned>(_mm_movemask_epi8(bytes)); }
     __m128i equal(char byte) const { return _mm_cmpeq_epi8(bytes_, _mm_set1_epi8(byte)); }
