@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 
+#include "Text/Bytes.h"
 #include "Text/Hash.h"
 #include "Text/Hex.h"
 #include "Text/PlistBlock.h"
@@ -17,11 +18,6 @@ namespace qb {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr text::ByteSet kQuotedEnd("\"\\");
-
-bool isBlank(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
 
 bool isOctal(char character) {
     return character >= '0' && character <= '7';
@@ -102,9 +98,10 @@ bool PropertyListReader::skipComment() {
 // Skips white space and comments. Returns false when a comment is not closed.
 bool PropertyListReader::skipBlanks() {
     for (;;) {
-        while (position_ != end_ && isBlank(*position_))
-            ++position_;
-        if (end_ - position_ < 2 || position_[0] != '/' || (position_[1] != '/' && position_[1] != '*'))
+        position_ = text::findNoBlank(position_, end_);
+        if (position_ == end_ || *position_ != '/')
+            return true;
+        if (end_ - position_ < 2 || (position_[1] != '/' && position_[1] != '*'))
             return true;
         if (!skipComment())
             return false;
@@ -161,9 +158,8 @@ Ref<NSObject> PropertyListReader::readArray() {
             return nullptr;
         }
     }
-    static_assert(sizeof(Ref<NSObject>) == sizeof(id));
-    std::vector<id> elements(unfinished_.begin() + static_cast<std::ptrdiff_t>(first), unfinished_.end());
-    Ref<NSObject> array = NSArray::initWith(elements);
+    elements_.assign(unfinished_.begin() + static_cast<std::ptrdiff_t>(first), unfinished_.end());
+    Ref<NSObject> array = NSArray::initWith(elements_);
     unfinished_.resize(first);
     return array;
 }
@@ -227,7 +223,8 @@ Ref<NSString> PropertyListReader::readKey() {
     if (!readText(text, "a key or '}'"))
         return nullptr;
     Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
-    if (!shared || shared->view() != text) {
+    if (!shared || shared->cStringLength() != text.size() ||
+        !text::areEqual(shared->cString(), text.data(), text.size())) {
         shared = NSString::initWith(text);
         shared->hash(); // kept in the string, for every dictionary that it stands in
     }
@@ -253,26 +250,17 @@ Ref<NSObject> PropertyListReader::readData() {
 bool PropertyListReader::readText(std::string_view &text, const char *expected) {
     if (position_ != end_ && *position_ == '"')
         return readQuoted(text);
-    text = readBare();
-    return !text.empty() || fail(expected);
-}
-
-// A bare string ends where a comment begins.
-std::string_view PropertyListReader::readBare() {
     const char *const start = position_;
-    const char *end = start;
-    while (end != end_ && text::kPlistBare.contains(static_cast<unsigned char>(*end)) &&
-           !(*end == '/' && end + 1 != end_ && (end[1] == '/' || end[1] == '*')))
-        ++end;
-    position_ = end;
-    return {start, static_cast<std::size_t>(end - start)};
+    position_ = text::findBareEnd(start, end_);
+    text = {start, static_cast<std::size_t>(position_ - start)};
+    return !text.empty() || fail(expected);
 }
 
 bool PropertyListReader::readQuoted(std::string_view &text) {
     const char *start = ++position_;
     unescaped_.clear();
     for (;;) {
-        position_ = text::findIn(position_, end_, kQuotedEnd);
+        position_ = text::findQuote(position_, end_);
         if (position_ == end_)
             return fail("'\"'");
         if (*position_ == '"')

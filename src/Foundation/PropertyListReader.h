@@ -53,7 +53,6 @@ private:
     bool readOctal();
     bool readUnicode();
     bool readHexUnit(std::uint32_t &unit);
-    std::string_view readBare();
     Ref<NSObject> takeDictionary(std::size_t firstEntry);
 
     bool skipBlanks();
@@ -71,6 +70,7 @@ private:
     std::string unescaped_;                  // of the quoted string being read
     std::vector<Ref<NSObject>> unfinished_;  // the elements, keys and values of the containers being read
     std::vector<const char *> keyPositions_; // of the keys in there
+    std::vector<id> elements_;               // of the array being made
     std::array<Ref<NSString>, kSharedKeys> keys_;
 };
 

@@ -5,21 +5,11 @@
 #include "Text/PlistEscapes.h"
 #include "Text/Utf8.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace qb::text {
 
 namespace {
-
-// The part of a text that lies in front, as a block takes it.
-std::size_t partLength(const char *position, const char *end) {
-    return std::min(static_cast<std::size_t>(end - position), plain::PlistBlock::kBytes);
-}
-
-constexpr unsigned firstBits(std::size_t count) {
-    return (1U << count) - 1;
-}
 
 // Goes over a text that may stand bare; `plain(block, length)` gets its parts. Returns false as soon as it
 // has to be quoted.
