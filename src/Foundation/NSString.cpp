@@ -144,12 +144,8 @@ Ref<NSString> NSString::makeUnfilled(std::size_t length, char *&bytes) {
 Ref<NSString> NSString::initWith(std::string_view bytes) {
     if (bytes.empty())
         return Ref<NSString>::adopt(new NSString);
-    return initFilled(bytes.size(), [&](char *target) {
-        if (bytes.size() <= qb::text::kShortRun)
-            qb::text::copyShort(target, bytes.data(), bytes.size());
-        else
-            std::memcpy(target, bytes.data(), bytes.size());
-    });
+    return initFilled(bytes.size(),
+                      [&](char *target) { qb::text::copyBytes(target, bytes.data(), bytes.size()); });
 }
 
 Ref<NSString> NSString::initOfClass(Class *asked, std::string_view bytes) {
