@@ -108,14 +108,8 @@ void QBOutputStream::endJoinedWrite(const char *) {}
 
 // --- Depth ---
 
-QBOutputStream::Nesting::Nesting(QBOutputStream *stream) : stream_(stream) {
-    if (stream->openContainers_++ < kDeepestNesting || stream->isCut_)
-        return;
-    stream->isCut_ = true;
+// Leaves out the rest of the whole value.
+void QBOutputStream::cut() {
+    isCut_ = true;
     qb::raiseError(kFile, __LINE__, qb::kErrorTooDeep, kDeepestNesting);
-}
-
-QBOutputStream::Nesting::~Nesting() {
-    if (--stream_->openContainers_ == 0)
-        stream_->isCut_ = false;
 }

@@ -6,17 +6,20 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/PlainClasses.h"
 #include "Text/PlistText.h"
 
 #include <algorithm>
+#include <cstring>
 #include <typeinfo>
+#include <utility>
 
 namespace {
 
 constexpr std::int32_t kIndentStep = 2;
+constexpr std::int32_t kWidestIndent = 78;
 constexpr std::string_view kBlanks =
-    "                                                                              ";
-static_assert(kBlanks.size() == 78);
+    "                                                                                ";
 
 // Indents what is written in its scope.
 class Indented {
@@ -30,12 +33,6 @@ private:
     std::int32_t &indent_;
 };
 
-// Compared by address: a type that is told apart by mistake is only written more slowly.
-template <class... T>
-bool isOneOf(const std::type_info &type) {
-    return ((&type == &typeid(T)) || ...);
-}
-
 } // namespace
 
 Class *QBPropertyListOutputStream::cls() {
@@ -46,6 +43,59 @@ Class *QBPropertyListOutputStream::cls() {
     static Class *const self = new Class("QBPropertyListOutputStream", QBDataOutputStream::cls(), methods,
                                          qb::construct<QBPropertyListOutputStream>);
     return self;
+}
+
+// What a line is made of. Each piece tells how much room it may take and is put there, or it is written on
+// its own, which is the same to the buffer.
+template <qb::FixedString Text>
+struct QBPropertyListOutputStream::FixedPiece {
+    static constexpr std::uint64_t room() { return Text.length(); }
+    static char *put(char *target) {
+        std::memcpy(target, Text.text, Text.length());
+        return target + Text.length();
+    }
+    static void write(QBPropertyListOutputStream *stream) {
+        if (stream->isDirect_)
+            stream->QBDataOutputStream::writeBuffer(Text.text, Text.length());
+        else
+            stream->QBDataOutputStream::_writeString(operator""_ns<Text>());
+    }
+};
+
+struct QBPropertyListOutputStream::IndentPiece {
+    static constexpr std::uint64_t room() { return kBlanks.size(); }
+    char *put(char *target) const {
+        constexpr std::int32_t kStep = 16; // more than wanted is cheaper than the very number
+        static_assert(kBlanks.size() % kStep == 0 && kBlanks.size() >= kWidestIndent);
+        const std::int32_t wanted = std::min(width, kWidestIndent);
+        for (std::int32_t done = 0; done < wanted; done += kStep)
+            std::memcpy(target + done, kBlanks.data(), kStep);
+        return target + wanted;
+    }
+    static void write(QBPropertyListOutputStream *stream) { stream->_writeIndent(); }
+
+    std::int32_t width;
+};
+
+struct QBPropertyListOutputStream::StringPiece {
+    std::uint64_t room() const { return qb::text::plistTextRoom(string->cStringLength()); }
+    char *put(char *target) const {
+        const std::string_view bytes = string->view();
+        return qb::text::writePlistText(bytes.data(), bytes.size(), target);
+    }
+    void write(QBPropertyListOutputStream *stream) const { stream->_writeString(string); }
+
+    NSString *string;
+};
+
+template <class... Piece>
+void QBPropertyListOutputStream::writePieces(const Piece &...pieces) {
+    if (char *target = beginDirectWrite((pieces.room() + ...))) {
+        ((target = pieces.put(target)), ...);
+        endDirectWrite(target);
+    } else {
+        (pieces.write(this), ...);
+    }
 }
 
 BOOL QBPropertyListOutputStream::setUpWithCapacity(std::uint32_t capacity) {
@@ -75,9 +125,9 @@ void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
     const Ref<NSObject> kept(object); // whatever the key does while it is written
     _writeIndent();
     writeObject(key);
-    writeText<" = ">();
+    writePieces(FixedPiece<" = ">());
     writeObject(object);
-    writeText<";\n">();
+    writePieces(FixedPiece<";\n">());
 }
 
 void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
@@ -85,33 +135,23 @@ void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
 }
 
 void QBPropertyListOutputStream::_writeIndent() {
-    const auto width =
-        std::min(static_cast<std::uint32_t>(indent_), static_cast<std::uint32_t>(kBlanks.size()));
+    const auto width = static_cast<std::uint32_t>(std::min(indent_, kWidestIndent));
     writeBuffer(kBlanks.data(), width);
 }
 
-// --- What the operations share ---
-
-template <qb::FixedString Text>
-void QBPropertyListOutputStream::writeText() {
-    if (isDirect_)
-        QBDataOutputStream::writeBuffer(Text.view().data(), Text.view().size());
-    else
-        QBDataOutputStream::_writeString(operator""_ns<Text>());
-}
+// --- Containers ---
 
 template <qb::FixedString Opening, qb::FixedString Closing, class Body>
 void QBPropertyListOutputStream::writeContainer(Body writeBody) {
     const Nesting nesting(this);
     if (nesting.isCut())
-        return writeText<"...">();
-    writeText<Opening>();
+        return writePieces(FixedPiece<"...">());
+    writePieces(FixedPiece<Opening>());
     {
         const Indented indented(indent_);
         writeBody(nesting);
     }
-    _writeIndent();
-    writeText<Closing>();
+    writePieces(IndentPiece{indent_}, FixedPiece<Closing>());
 }
 
 // Writes what `nextObject` returns until it is nil.
@@ -123,45 +163,57 @@ void QBPropertyListOutputStream::writeList(Next nextObject) {
             const id object = nextObject();
             if (!object)
                 break;
-            if (IsNil(object))
-                continue;
-            if (!isFirst)
-                writeText<",\n">();
-            isFirst = false;
-            _writeIndent();
-            writeObject(object);
+            if (writeElement(object, isFirst))
+                isFirst = false;
         }
-        writeText<"\n">();
+        writePieces(FixedPiece<"\n">());
     });
+}
+
+// Returns whether the object was written, which nil-like ones are not.
+bool QBPropertyListOutputStream::writeElement(id object, bool isFirst) {
+    const IndentPiece indent{indent_};
+    if (isDirect_ && qb::isPlainString(object)) {
+        const StringPiece string{static_cast<NSString *>(object)};
+        if (isFirst)
+            writePieces(indent, string);
+        else
+            writePieces(FixedPiece<",\n">(), indent, string);
+        return true;
+    }
+    if (IsNil(object))
+        return false;
+    if (!isFirst)
+        writePieces(FixedPiece<",\n">());
+    writePieces(indent);
+    writeObject(object);
+    return true;
 }
 
 // --- Direct writing ---
 
 // Writes an object of the library's own classes; returns false for any other.
 bool QBPropertyListOutputStream::writeDirectly(id object) {
-    const std::type_info &type = typeid(*object);
-    if (isOneOf<NSString, NSMutableString>(type))
-        writeStringDirectly(static_cast<NSString *>(object));
-    else if (isOneOf<NSDictionary, NSMutableDictionary>(type))
-        writeDictionaryDirectly(static_cast<NSDictionary *>(object));
-    else if (isOneOf<NSArray, NSMutableArray>(type))
+    switch (qb::plainKindOf(object)) {
+    case qb::PlainKind::string:
+        writePieces(StringPiece{static_cast<NSString *>(object)});
+        return true;
+    case qb::PlainKind::array:
         writeArrayDirectly(static_cast<NSArray *>(object));
-    else
+        return true;
+    case qb::PlainKind::dictionary:
+        writeDictionaryDirectly(static_cast<NSDictionary *>(object));
+        return true;
+    default:
         return false;
-    return true;
-}
-
-void QBPropertyListOutputStream::writeStringDirectly(NSString *string) {
-    const std::string_view bytes = string->view();
-    if (char *const target = beginDirectWrite(qb::text::plistTextRoom(bytes.size())))
-        endDirectWrite(qb::text::writePlistText(bytes.data(), bytes.size(), target));
-    else
-        QBDataOutputStream::_writeString(string->stringRepresentation());
+    }
 }
 
 void QBPropertyListOutputStream::writeArrayDirectly(NSArray *array) {
     const Ref<NSArray> kept(array); // as its enumerator would
     NSArray::Iterator next = array->begin();
+    for (id element : array->view())
+        __builtin_prefetch(element);
     bool hasBegun = false;
     writeList([&]() -> id {
         if (std::exchange(hasBegun, true))
@@ -172,10 +224,26 @@ void QBPropertyListOutputStream::writeArrayDirectly(NSArray *array) {
 
 void QBPropertyListOutputStream::writeDictionaryDirectly(NSDictionary *dictionary) {
     const Ref<NSDictionary> kept(dictionary);
+    for (const auto &entry : dictionary->table())
+        __builtin_prefetch(entry.value);
     writeContainer<"{\n", "}">([&](const Nesting &nesting) {
         for (NSDictionary::Iterator next = dictionary->begin(); !next.atEnd() && !nesting.isCut(); ++next) {
             const auto [key, value] = *next;
-            QBPropertyListOutputStream::_writeObjectForKey(value, key);
+            if (qb::isPlainString(key) && qb::plainKindOf(value) != qb::PlainKind::other)
+                writeEntryDirectly(value, static_cast<NSString *>(key));
+            else
+                QBPropertyListOutputStream::_writeObjectForKey(value, key);
         }
     });
+}
+
+// Writes an entry of the library's own classes, none of which is nil-like.
+void QBPropertyListOutputStream::writeEntryDirectly(id object, NSString *key) {
+    const IndentPiece indent{indent_};
+    if (qb::isPlainString(object))
+        return writePieces(indent, StringPiece{key}, FixedPiece<" = ">(),
+                           StringPiece{static_cast<NSString *>(object)}, FixedPiece<";\n">());
+    writePieces(indent, StringPiece{key}, FixedPiece<" = ">());
+    writeDirectly(object);
+    writePieces(FixedPiece<";\n">());
 }

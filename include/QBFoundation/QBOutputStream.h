@@ -92,10 +92,16 @@ public:
 protected:
     /// One more list or dictionary being written, in the scope of this object. The operations for lists and
     /// dictionaries open one and write nothing when `isCut`.
-    class QB_EXPORT Nesting {
+    class Nesting {
     public:
-        explicit Nesting(QBOutputStream *stream);
-        ~Nesting();
+        explicit Nesting(QBOutputStream *stream) : stream_(stream) {
+            if (stream->openContainers_++ >= kDeepestNesting && !stream->isCut_)
+                stream->cut();
+        }
+        ~Nesting() {
+            if (--stream_->openContainers_ == 0)
+                stream_->isCut_ = false;
+        }
         Nesting(const Nesting &) = delete;
         Nesting &operator=(const Nesting &) = delete;
 
@@ -111,6 +117,8 @@ protected:
     void writeEntries(NSDictionary *dictionary, const Nesting &nesting);
 
 private:
+    void cut();
+
     std::uint32_t openContainers_ = 0;
     bool isCut_ = false; // the rest of the outermost value is left out
 };

@@ -54,15 +54,21 @@ protected:
 
 private:
     template <qb::FixedString Text>
-    void writeText();
+    struct FixedPiece;
+    struct IndentPiece;
+    struct StringPiece;
+
+    template <class... Piece>
+    void writePieces(const Piece &...pieces);
     template <qb::FixedString Opening, qb::FixedString Closing, class Body>
     void writeContainer(Body writeBody);
     template <class Next>
     void writeList(Next nextObject);
+    bool writeElement(id object, bool isFirst);
     bool writeDirectly(id object);
     void writeArrayDirectly(NSArray *array);
     void writeDictionaryDirectly(NSDictionary *dictionary);
-    void writeStringDirectly(NSString *string);
+    void writeEntryDirectly(id object, NSString *key);
 
     std::int32_t indent_ = 0;
     // Whether this is no subclass, which may want to see each operation: then the library's own strings,

@@ -1,9 +1,10 @@
 #include <QBFoundation/Foundation/HashTable.h>
 
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSString.h>
 
 #include "Foundation/Buffer.h"
-#include "Foundation/PlainString.h"
+#include "Foundation/PlainClasses.h"
 #include "Text/Bytes.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ namespace qb {
 
 namespace {
 
+// Of a table that grows; one whose entries are known in advance takes as little as it needs.
 constexpr std::uint32_t kLeastCapacity = 8;
 
 // How many entries a group has on average when the table is full. Groups fill unevenly, so that this leaves
@@ -175,7 +177,7 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
     if (Entry *const entry = lookUp(key, hash))
         return *entry;
     if (used_ == capacity_)
-        rebuild(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2);
+        rebuild(std::max(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2, kLeastCapacity));
     const std::uint32_t index = used_++;
     entries_[index] = {key->retain(), nullptr};
     hashes_[index] = hash;
@@ -185,7 +187,7 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
 }
 
 HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
-    if (dispatchKey(key) == plainStringKeys[0]) // its copy is itself
+    if (dispatchKey(key) == plainStringKeys.immutable) // its copy is itself
         return entryFor(key);
     if (Entry *const entry = find(key))
         return *entry;
@@ -268,7 +270,7 @@ void HashTable::rebuild(std::uint32_t capacity) {
     const std::uint32_t *const oldHashes = hashes_;
     const std::uint32_t oldUsed = used_;
     const std::size_t oldBytes = entries_ ? bytesFor(capacity_, mask_ + 1) : 0;
-    allocate(std::max((capacity + 1) & ~1U, kLeastCapacity));
+    allocate((capacity + 1) & ~1U);
     for (std::uint32_t i = 0; i < oldUsed; ++i) {
         if (!oldEntries[i].key)
             continue;

@@ -5,7 +5,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSArray.Tables.h"
-#include "Foundation/PlainString.h"
+#include "Foundation/PlainClasses.h"
 #include "Foundation/Sort.h"
 
 #include <algorithm>

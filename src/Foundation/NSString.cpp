@@ -6,6 +6,7 @@
 
 #include "Foundation/NSString.Tables.h"
 #include "System/Memory.h"
+#include "Text/Bytes.h"
 #include "Text/Hash.h"
 #include "Text/Utf8.h"
 
@@ -143,7 +144,8 @@ Ref<NSString> NSString::makeUnfilled(std::size_t length, char *&bytes) {
 Ref<NSString> NSString::initWith(std::string_view bytes) {
     if (bytes.empty())
         return Ref<NSString>::adopt(new NSString);
-    return initFilled(bytes.size(), [&](char *target) { std::memcpy(target, bytes.data(), bytes.size()); });
+    return initFilled(bytes.size(),
+                      [&](char *target) { qb::text::copyBytes(target, bytes.data(), bytes.size()); });
 }
 
 Ref<NSString> NSString::initOfClass(Class *asked, std::string_view bytes) {

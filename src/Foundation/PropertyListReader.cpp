@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 
+#include "Text/Bytes.h"
 #include "Text/Hash.h"
 #include "Text/Hex.h"
 #include "Text/PlistBlock.h"
@@ -11,43 +12,32 @@
 #include "Text/Utf8.h"
 
 #include <algorithm>
+#include <array>
 
 namespace qb {
 
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr text::ByteSet kQuotedEnd("\"\\");
-
-bool isBlank(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
 
 bool isOctal(char character) {
     return character >= '0' && character <= '7';
 }
 
 // The characters that escapes of one letter stand for; others stand for themselves.
-char escapedCharacter(char letter) {
-    switch (letter) {
-    case 'a':
-        return '\a';
-    case 'b':
-        return '\b';
-    case 'f':
-        return '\f';
-    case 'n':
-        return '\n';
-    case 'r':
-        return '\r';
-    case 't':
-        return '\t';
-    case 'v':
-        return '\v';
-    default:
-        return letter;
-    }
-}
+constexpr auto kEscapedCharacters = [] {
+    std::array<char, 256> characters{};
+    for (std::size_t letter = 0; letter < characters.size(); ++letter)
+        characters[letter] = static_cast<char>(letter);
+    characters['a'] = '\a';
+    characters['b'] = '\b';
+    characters['f'] = '\f';
+    characters['n'] = '\n';
+    characters['r'] = '\r';
+    characters['t'] = '\t';
+    characters['v'] = '\v';
+    return characters;
+}();
 
 } // namespace
 
@@ -102,9 +92,10 @@ bool PropertyListReader::skipComment() {
 // Skips white space and comments. Returns false when a comment is not closed.
 bool PropertyListReader::skipBlanks() {
     for (;;) {
-        while (position_ != end_ && isBlank(*position_))
-            ++position_;
-        if (end_ - position_ < 2 || position_[0] != '/' || (position_[1] != '/' && position_[1] != '*'))
+        position_ = text::findNoBlank(position_, end_);
+        if (position_ == end_ || *position_ != '/')
+            return true;
+        if (end_ - position_ < 2 || (position_[1] != '/' && position_[1] != '*'))
             return true;
         if (!skipComment())
             return false;
@@ -161,9 +152,8 @@ Ref<NSObject> PropertyListReader::readArray() {
             return nullptr;
         }
     }
-    static_assert(sizeof(Ref<NSObject>) == sizeof(id));
-    std::vector<id> elements(unfinished_.begin() + static_cast<std::ptrdiff_t>(first), unfinished_.end());
-    Ref<NSObject> array = NSArray::initWith(elements);
+    elements_.assign(unfinished_.begin() + static_cast<std::ptrdiff_t>(first), unfinished_.end());
+    Ref<NSObject> array = NSArray::initWith(elements_);
     unfinished_.resize(first);
     return array;
 }
@@ -171,11 +161,7 @@ Ref<NSObject> PropertyListReader::readArray() {
 bool PropertyListReader::readEntry() {
     const char *const start = position_;
     Ref<NSString> key = readKey();
-    if (!key || !skipBlanks())
-        return false;
-    if (!accept('='))
-        return fail("'='");
-    if (!skipBlanks())
+    if (!key || !readEqualSign())
         return false;
     Ref<NSObject> value = readValue();
     if (!value || !skipBlanks())
@@ -186,6 +172,16 @@ bool PropertyListReader::readEntry() {
     unfinished_.push_back(std::move(value));
     keyPositions_.push_back(start);
     return true;
+}
+
+// Reads what stands between a key and its value.
+bool PropertyListReader::readEqualSign() {
+    constexpr std::string_view kUsual = " = ";
+    if (std::string_view(position_, static_cast<std::size_t>(end_ - position_)).starts_with(kUsual))
+        position_ += kUsual.size();
+    else if (!skipBlanks() || (!accept('=') && !fail("'='")))
+        return false;
+    return skipBlanks();
 }
 
 Ref<NSObject> PropertyListReader::readDictionary() {
@@ -227,7 +223,8 @@ Ref<NSString> PropertyListReader::readKey() {
     if (!readText(text, "a key or '}'"))
         return nullptr;
     Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
-    if (!shared || shared->view() != text) {
+    if (!shared || shared->cStringLength() != text.size() ||
+        !text::areEqual(shared->cString(), text.data(), text.size())) {
         shared = NSString::initWith(text);
         shared->hash(); // kept in the string, for every dictionary that it stands in
     }
@@ -253,42 +250,43 @@ Ref<NSObject> PropertyListReader::readData() {
 bool PropertyListReader::readText(std::string_view &text, const char *expected) {
     if (position_ != end_ && *position_ == '"')
         return readQuoted(text);
-    text = readBare();
-    return !text.empty() || fail(expected);
-}
-
-// A bare string ends where a comment begins.
-std::string_view PropertyListReader::readBare() {
     const char *const start = position_;
-    const char *end = start;
-    while (end != end_ && text::kPlistBare.contains(static_cast<unsigned char>(*end)) &&
-           !(*end == '/' && end + 1 != end_ && (end[1] == '/' || end[1] == '*')))
-        ++end;
-    position_ = end;
-    return {start, static_cast<std::size_t>(end - start)};
+    position_ = text::findBareEnd(start, end_);
+    text = {start, static_cast<std::size_t>(position_ - start)};
+    return !text.empty() || fail(expected);
 }
 
 bool PropertyListReader::readQuoted(std::string_view &text) {
     const char *start = ++position_;
-    unescaped_.clear();
-    for (;;) {
-        position_ = text::findIn(position_, end_, kQuotedEnd);
-        if (position_ == end_)
-            return fail("'\"'");
-        if (*position_ == '"')
-            break;
-        unescaped_.append(start, position_);
+    position_ = text::findQuote(start, end_);
+    unescapedLength_ = 0;
+    while (position_ != end_ && *position_ != '"') {
+        appendUnescaped(start);
         ++position_;
         if (!readEscape())
             return false;
         start = position_;
+        position_ = text::findQuote(start, end_);
     }
-    const std::string_view last(start, static_cast<std::size_t>(position_ - start));
+    if (position_ == end_)
+        return fail("'\"'");
+    text = {start, static_cast<std::size_t>(position_ - start)};
+    if (unescapedLength_ != 0) {
+        appendUnescaped(start);
+        text = {unescaped_.data(), unescapedLength_};
+    }
     ++position_;
-    text = last;
-    if (!unescaped_.empty())
-        text = unescaped_.append(last);
     return true;
+}
+
+// Appends what stands from `start` on as it is, and makes room for a character behind it.
+void PropertyListReader::appendUnescaped(const char *start) {
+    const auto length = static_cast<std::size_t>(position_ - start);
+    const std::size_t needed = unescapedLength_ + length + text::kLongestSequence;
+    if (needed > unescaped_.size())
+        unescaped_.resize(2 * needed);
+    text::copyBytes(unescaped_.data() + unescapedLength_, start, length);
+    unescapedLength_ += length;
 }
 
 bool PropertyListReader::readEscape() {
@@ -298,7 +296,7 @@ bool PropertyListReader::readEscape() {
         return readOctal();
     if (*position_ == 'U' || *position_ == 'u')
         return readUnicode();
-    unescaped_ += escapedCharacter(*position_++);
+    unescaped_[unescapedLength_++] = kEscapedCharacters[static_cast<unsigned char>(*position_++)];
     return true;
 }
 
@@ -312,7 +310,7 @@ bool PropertyListReader::readOctal() {
         position_ = start;
         return fail("an octal number of at most 377");
     }
-    unescaped_ += static_cast<char>(byte);
+    unescaped_[unescapedLength_++] = static_cast<char>(byte);
     return true;
 }
 
@@ -346,8 +344,7 @@ bool PropertyListReader::readUnicode() {
     } else if (codePoint >= 0xDC00 && codePoint <= 0xDFFF) {
         return fail("the first half of a surrogate pair");
     }
-    char bytes[text::kLongestSequence];
-    unescaped_.append(bytes, text::encode(codePoint, bytes));
+    unescapedLength_ += text::encode(codePoint, unescaped_.data() + unescapedLength_);
     return true;
 }
 

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -47,13 +46,14 @@ private:
     Ref<NSObject> readData();
     Ref<NSString> readKey();
     bool readEntry();
+    bool readEqualSign();
     bool readText(std::string_view &text, const char *expected);
     bool readQuoted(std::string_view &text);
     bool readEscape();
+    void appendUnescaped(const char *start);
     bool readOctal();
     bool readUnicode();
     bool readHexUnit(std::uint32_t &unit);
-    std::string_view readBare();
     Ref<NSObject> takeDictionary(std::size_t firstEntry);
 
     bool skipBlanks();
@@ -68,9 +68,11 @@ private:
     const char *value_ = nullptr; // the beginning of the whole
     unsigned depth_ = 0;
     const char *expected_ = nullptr;
-    std::string unescaped_;                  // of the quoted string being read
+    std::vector<char> unescaped_; // of the quoted string being read
+    std::size_t unescapedLength_ = 0;
     std::vector<Ref<NSObject>> unfinished_;  // the elements, keys and values of the containers being read
     std::vector<const char *> keyPositions_; // of the keys in there
+    std::vector<id> elements_;               // of the array being made
     std::array<Ref<NSString>, kSharedKeys> keys_;
 };
 

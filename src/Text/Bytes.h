@@ -89,6 +89,14 @@ inline void copyShort(char *target, const char *source, std::size_t length) {
         target[i] = source[i];
 }
 
+/// Copies `length` bytes, without a call when they are few; the areas do not overlap.
+inline void copyBytes(char *target, const char *source, std::size_t length) {
+    if (length <= kShortRun)
+        copyShort(target, source, length);
+    else
+        std::memcpy(target, source, length);
+}
+
 /// True for the blanks of the "C" locale: space, tab, line feed, vertical tab, form feed, carriage return.
 inline bool isBlank(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');

@@ -1,57 +1,61 @@
 #include "Text/PlistText.h"
 
+#include "Text/Cpu.h"
 #include "Text/PlistBlock.h"
+#include "Text/PlistEscapes.h"
 #include "Text/Utf8.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 
 namespace qb::text {
 
 namespace {
 
-// By byte: the letter behind the backslash; 0 for bytes that are written as digits.
-constexpr std::array<char, 256> kEscapeLetters = [] {
-    std::array<char, 256> letters{};
-    letters['"'] = '"';
-    letters['\\'] = '\\';
-    letters['\a'] = 'a';
-    letters['\b'] = 'b';
-    letters['\t'] = 't';
-    letters['\n'] = 'n';
-    letters['\v'] = 'v';
-    letters['\f'] = 'f';
-    letters['\r'] = 'r';
-    return letters;
-}();
-
-char escapeLetter(char byte) {
-    return kEscapeLetters[static_cast<unsigned char>(byte)];
+// Goes over a text that may stand bare; `plain(block, length)` gets its parts. Returns false as soon as it
+// has to be quoted.
+template <class Block, class Plain>
+inline bool visitBare(const char *position, const char *end, Plain plain) {
+    if (position == end)
+        return false;
+    for (unsigned slashBefore = 0; position != end;) {
+        const std::size_t length = partLength(position, end);
+        const Block block(position, length);
+        const unsigned slashes = block.slashes();
+        // "*" is not bare, so that of the beginnings of comments only two slashes are left to look for.
+        const unsigned comments = slashes & (slashes << 1 | slashBefore);
+        if ((~block.bare() & firstBits(length)) | comments)
+            return false;
+        slashBefore = slashes >> (Block::kBytes - 1) & 1;
+        plain(block, length);
+        position += length;
+    }
+    return true;
 }
 
-// The part of a text that lies in front, as a block takes it.
-std::size_t partLength(const char *position, const char *end) {
-    return std::min(static_cast<std::size_t>(end - position), plain::PlistBlock::kBytes);
-}
-
-constexpr unsigned firstBits(std::size_t count) {
-    return (1U << count) - 1;
+// The bytes of the block that are no ASCII and not seen to be valid at once, as whole characters of two bytes
+// are.
+template <class Block>
+inline unsigned doubtful(const Block &block) {
+    const unsigned high = block.high();
+    if (high == 0)
+        return 0;
+    const unsigned pairs = block.leadsOfTwo() << 1 & block.continuations();
+    return high & ~(pairs | pairs >> 1);
 }
 
 // Goes over what a text is written as between quotes. `plain(block, length)` gets what stands as it is, with
 // the block that begins with it; `special(byte)` the rest.
 template <class Block, class Plain, class Special>
-inline void visitQuoted(const char *position, const char *end, Plain &&plain, Special &&special) {
+inline void visitQuoted(const char *position, const char *end, Plain plain, Special special) {
     const char *validEnd = position; // so far the text is known to be valid UTF-8
     while (position != end) {
         const std::size_t length = partLength(position, end);
         const Block block(position, length);
-        unsigned high = block.high();
+        unsigned high = doubtful(block);
         if (high && validEnd > position)
             high &= ~firstBits(partLength(position, validEnd));
         const unsigned stops = (block.escaped() | high) & firstBits(length);
-        if (stops == 0) [[likely]] {
+        if (stops == 0) {
             plain(block, length);
             position += length;
             continue;
@@ -68,41 +72,6 @@ inline void visitQuoted(const char *position, const char *end, Plain &&plain, Sp
     }
 }
 
-// Goes over a text that may stand bare: not empty, of bare bytes only, and without the beginnings of
-// comments,
-// "//" and "/*". `plain(block, length)` gets its parts. Returns false as soon as it has to be quoted.
-template <class Block, class Plain>
-inline bool visitBare(const char *position, const char *end, Plain &&plain) {
-    if (position == end)
-        return false;
-    for (unsigned slashBefore = 0; position != end;) {
-        const std::size_t length = partLength(position, end);
-        const Block block(position, length);
-        const unsigned slashes = block.slashes();
-        // "*" is not bare, so that only two slashes are left to look for.
-        const unsigned comments = slashes & (slashes << 1 | slashBefore);
-        if ((~block.bare() & firstBits(length)) | comments)
-            return false;
-        slashBefore = slashes >> (Block::kBytes - 1) & 1;
-        plain(block, length);
-        position += length;
-    }
-    return true;
-}
-
-char *writeEscape(char byte, char *target) {
-    *target++ = '\\';
-    if (const char letter = escapeLetter(byte)) {
-        *target++ = letter;
-        return target;
-    }
-    const auto value = static_cast<unsigned char>(byte);
-    *target++ = static_cast<char>('0' + (value >> 6));
-    *target++ = static_cast<char>('0' + (value >> 3 & 7));
-    *target++ = static_cast<char>('0' + (value & 7));
-    return target;
-}
-
 template <class Block>
 inline char *write(const char *bytes, std::size_t length, char *target) {
     const char *const end = bytes + length;
@@ -115,7 +84,7 @@ inline char *write(const char *bytes, std::size_t length, char *target) {
         return target;
     target = begin;
     *target++ = '"';
-    visitQuoted<Block>(bytes, end, plain, [&target](char byte) { target = writeEscape(byte, target); });
+    visitQuoted<Block>(bytes, end, plain, [&target](char byte) { target = plistEscape(byte).put(target); });
     *target++ = '"';
     return target;
 }
@@ -129,12 +98,13 @@ std::uint64_t plistTextLength(const char *bytes, std::size_t length) {
         return length;
     result = 2;
     visitQuoted<PlistBlock>(bytes, bytes + length, plain,
-                            [&result](char byte) { result += escapeLetter(byte) ? 2 : 4; });
+                            [&result](char byte) { result += plistEscape(byte).length; });
     return result;
 }
 
 char *writePlistText(const char *bytes, std::size_t length, char *target) {
-    return write<PlistBlock>(bytes, length, target);
+    return hasAvx512() ? avx512::writePlistText(bytes, length, target)
+                       : write<PlistBlock>(bytes, length, target);
 }
 
 char *plain::writePlistText(const char *bytes, std::size_t length, char *target) {

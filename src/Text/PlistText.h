@@ -33,6 +33,10 @@ namespace plain {
 char *writePlistText(const char *bytes, std::size_t length, char *target);
 } // namespace plain
 
+namespace avx512 {
+char *writePlistText(const char *bytes, std::size_t length, char *target);
+} // namespace avx512
+
 } // namespace qb::text
 
 #endif

@@ -1,5 +1,6 @@
 #include "Text/PlistText.h"
 
+#include "CpuLevels.h"
 #include "RandomText.h"
 #include "Text/PlistBlock.h"
 
@@ -23,6 +24,8 @@ void expectMasksOf(char byte) {
     EXPECT_EQ(block.blanks() & 7, mask(code < 128 && std::isspace(code))) << code;
     EXPECT_EQ(block.escaped() & 7, mask(code < 32 || code == 127 || byte == '"' || byte == '\\')) << code;
     EXPECT_EQ(block.high() & 7, mask(code >= 128)) << code;
+    EXPECT_EQ(block.leadsOfTwo() & 7, mask(code >= 0xC2 && code <= 0xDF)) << code;
+    EXPECT_EQ(block.continuations() & 7, mask(code >= 0x80 && code <= 0xBF)) << code;
 }
 
 using Write = char *(*)(const char *, std::size_t, char *);
@@ -49,29 +52,40 @@ TEST(PlistTextTest, BlocksJudgeEachByteAlike) {
 TEST(PlistTextTest, PlainAndVectorTextsAgreeAtEachLength) {
     Random random;
     const std::string bare[] = {"word", "/", "a", "-x_", "http:", "$.", "123456789"};
-    const std::string any[] = {"word",     "/",
-                               " ",        "\"",
-                               "\\",       "\n",
-                               "\x01",     "\x7F",
-                               "\xC3\xA9", "\xF0\x9F\x98\x80",
-                               "\xFF",     "plain text without any quotes"};
-    for (std::size_t length = 0; length <= 100 && !HasFailure(); ++length)
+    const std::string any[] = {"word",
+                               "/",
+                               " ",
+                               "\"",
+                               "\\",
+                               "\n",
+                               "\x01",
+                               "\x7F",
+                               "\xC3\xA9",
+                               "\xC3",
+                               "\xE2\x82\xAC",
+                               "\xF0\x9F\x98\x80",
+                               "\xFF",
+                               "plain text without any quotes"};
+    for (std::size_t length = 0; length <= 150 && !HasFailure(); ++length)
         for (std::size_t alignment = 0; alignment < 16; ++alignment)
             for (const bool isBare : {false, true}) {
                 ExactCopy copy(isBare ? randomText(random, length, bare) : randomText(random, length, any),
                                alignment);
-                EXPECT_EQ(written(text::writePlistText, copy), written(text::plain::writePlistText, copy));
+                const std::string expected = written(text::plain::writePlistText, copy);
+                forEachCpuLevel([&] { EXPECT_EQ(written(text::writePlistText, copy), expected); });
             }
 }
 
 TEST(PlistTextTest, CommentsAreFoundAcrossBlocks) {
-    for (std::size_t place = 0; place < 40; ++place) {
-        std::string bytes(42, 'a');
+    for (std::size_t place = 0; place < 70; ++place) {
+        std::string bytes(72, 'a');
         bytes[place] = '/';
         ExactCopy one(bytes, place);
-        EXPECT_EQ(written(text::writePlistText, one), bytes);
         bytes[place + 1] = '/';
         ExactCopy two(bytes, place);
-        EXPECT_EQ(written(text::writePlistText, two), '"' + bytes + '"');
+        forEachCpuLevel([&] {
+            EXPECT_EQ(written(text::writePlistText, one), std::string(one.begin(), one.end()));
+            EXPECT_EQ(written(text::writePlistText, two), '"' + bytes + '"');
+        });
     }
 }

@@ -1,0 +1,42 @@
+// Objects that are known to be of the library's own classes, for the paths that can't wait for virtual calls.
+#ifndef QB_FOUNDATION_PLAINCLASSES_H
+#define QB_FOUNDATION_PLAINCLASSES_H
+
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include <cstdint>
+
+namespace qb {
+
+/// The dispatch keys of a class and its mutable subclass; null until static objects are made.
+struct PlainKeys {
+    const void *immutable;
+    const void *changeable;
+
+    bool hold(const void *key) const { return key == immutable || key == changeable; }
+};
+
+extern const PlainKeys plainStringKeys, plainArrayKeys, plainDictionaryKeys;
+
+/// Whether the object is of one of the two classes and no subclass, so that its hash, its comparisons and its
+/// bytes are what `NSString` says. May be false for them too, early at the program's start.
+inline bool isPlainString(const NSObject *object) {
+    return plainStringKeys.hold(dispatchKey(const_cast<NSObject *>(object)));
+}
+
+enum class PlainKind : std::uint8_t { other, string, array, dictionary };
+
+/// As above, for all three kinds.
+inline PlainKind plainKindOf(const NSObject *object) {
+    const void *const key = dispatchKey(const_cast<NSObject *>(object));
+    if (plainStringKeys.hold(key))
+        return PlainKind::string;
+    if (plainDictionaryKeys.hold(key))
+        return PlainKind::dictionary;
+    return plainArrayKeys.hold(key) ? PlainKind::array : PlainKind::other;
+}
+
+} // namespace qb
+
+#endif
