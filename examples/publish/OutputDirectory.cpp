@@ -130,24 +130,30 @@ bool OutputDirectory::remove(NSArray *paths) {
 }
 
 bool OutputDirectory::move(NSArray *paths) {
+    Ref<NSString> prepared; // the directory of the path before; most share theirs
     for (id element : *paths) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        if (kindOf(staged(path)) != Kind::nothing) // else a run that was cut off did it
-            moveOne(path);
+        if (kindOf(staged(path)) == Kind::nothing && !hasFailed())
+            continue; // a run that was cut off has moved it
+        NSString *const directory = path->stringByDeletingLastPathComponent();
+        const bool isPrepared = prepared && prepared->isEqualToString(directory);
+        if (hasFailed() || (!isPrepared && !prepareDirectory(path)))
+            return false;
+        prepared = directory;
+        OSFilePath::renamePath(staged(path), place(path));
         if (hasFailed())
             return false;
     }
     return true;
 }
 
-void OutputDirectory::moveOne(NSString *path) {
+// Makes the directory for a file that comes to its place.
+bool OutputDirectory::prepareDirectory(NSString *path) {
     if (NSString *const link = linkAbove(path))
-        fail(__LINE__, kErrorInTheWay, place(link));
-    else
-        OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
-    if (!hasFailed())
-        OSFilePath::renamePath(staged(path), place(path));
+        return fail(__LINE__, kErrorInTheWay, place(link));
+    OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
+    return !hasFailed();
 }
 
 bool OutputDirectory::synchronize() {

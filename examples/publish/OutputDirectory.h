@@ -54,7 +54,7 @@ private:
     bool carryOut(const Plan &plan);
     bool remove(NSArray *paths);
     bool move(NSArray *paths);
-    void moveOne(NSString *path);
+    bool prepareDirectory(NSString *path);
     bool synchronize();
 
     Ref<NSString> path_;

@@ -148,11 +148,15 @@ bool Publication::canCarryOut(const Plan &plan) const {
             return false;
     }
     NSSet *const leaving = NSSet::setWithArray(plan.removed);
+    Ref<NSString> checked; // the directory of the path before; most share theirs
     for (id element : *plan.moved) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        if (!hasDirectory(path, leaving) || !isFree(path, leaving))
+        NSString *const directory = path->stringByDeletingLastPathComponent();
+        const bool isChecked = checked && checked->isEqualToString(directory);
+        if ((!isChecked && !hasDirectory(path, leaving)) || !isFree(path, leaving))
             return false;
+        checked = directory;
     }
     return !hasFailed();
 }

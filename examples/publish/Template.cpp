@@ -68,7 +68,7 @@ private:
     void readText(std::vector<Part> &parts) {
         const std::size_t end = std::min(rest_.find("{{"), rest_.size());
         if (end)
-            parts.push_back({Kind::text, line_, rest_.substr(0, end), {}, {}, {}});
+            parts.push_back({Kind::text, line_, rest_.substr(0, end)});
         advance(end);
     }
 
@@ -83,11 +83,11 @@ private:
 
     bool readPlace(std::vector<Part> &parts, std::string_view tag, bool isRaw) {
         if (isRaw || (tag[0] != '#' && tag[0] != '>')) {
-            parts.push_back({isRaw ? Kind::rawValue : Kind::value, line_, tag, {}, {}, {}});
+            parts.push_back({isRaw ? Kind::rawValue : Kind::value, line_, tag, keyPathOf(tag)});
             return true;
         }
         if (tag[0] == '>') {
-            parts.push_back({Kind::include, line_, trimmed(tag.substr(1)), {}, {}, {}});
+            parts.push_back({Kind::include, line_, trimmed(tag.substr(1))});
             return true;
         }
         return readBlock(parts, tag.substr(1));
@@ -97,7 +97,8 @@ private:
         const std::string_view opener = takeWord(tag);
         if (opener != "each" && opener != "if")
             return failHere("a block is neither 'each' nor 'if'");
-        Part block{opener == "each" ? Kind::each : Kind::when, line_, takeWord(tag), "item", {}, {}};
+        const std::string_view path = takeWord(tag);
+        Part block{opener == "each" ? Kind::each : Kind::when, line_, path, keyPathOf(path), "item"};
         if (block.kind == Kind::each && takeWord(tag) == "as")
             block.name = takeWord(tag);
         if (block.text.empty() || block.name.empty() || !tag.empty())
@@ -159,7 +160,7 @@ bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
     case Kind::each:
         return fillEach(part, values, store, target);
     case Kind::when: {
-        const id value = values.valueAt(part.text);
+        const id value = values.valueAt(part.keys);
         return fillParts(value && value->containsData() ? part.parts : part.otherwise, values, store, target);
     }
     case Kind::include:
@@ -169,7 +170,7 @@ bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
 }
 
 id Template::valueOf(const Part &part, const Values &values) const {
-    const id value = values.valueAt(part.text);
+    const id value = values.valueAt(part.keys);
     if (!value)
         failAt(part, kErrorMissingKey);
     return value;

@@ -35,10 +35,11 @@ private:
     struct Part {
         Kind kind;
         int line;
-        std::string_view text; // the text itself, a key path, or a template's name
-        std::string_view name; // of a loop's element
-        std::vector<Part> parts;
-        std::vector<Part> otherwise;
+        std::string_view text;   // the text itself, a key path, or a template's name
+        KeyPath keys{};          // of the key path
+        std::string_view name{}; // of a loop's element
+        std::vector<Part> parts{};
+        std::vector<Part> otherwise{};
     };
 
     bool fillParts(const std::vector<Part> &parts, Values &values, TemplateStore &store,

@@ -4,20 +4,28 @@
 
 namespace publish {
 
-id Values::firstValue(std::string_view key) const {
-    const auto found = std::find_if(elements_.rbegin(), elements_.rend(),
-                                    [&](const Element &element) { return element.name == key; });
-    return found != elements_.rend() ? found->value : page_->objectForKey(NSString::stringWith(key));
+KeyPath keyPathOf(std::string_view text) {
+    KeyPath keys;
+    for (;;) {
+        const std::size_t dot = std::min(text.find('.'), text.size());
+        keys.push_back(NSString::initWith(text.substr(0, dot)));
+        if (dot == text.size())
+            return keys;
+        text.remove_prefix(dot + 1);
+    }
 }
 
-id Values::valueAt(std::string_view path) const {
-    std::size_t dot = path.find('.');
-    id value = firstValue(path.substr(0, dot));
-    while (value && dot != std::string_view::npos) {
-        path.remove_prefix(dot + 1);
-        dot = path.find('.');
+id Values::firstValue(NSString *key) const {
+    const auto found = std::find_if(elements_.rbegin(), elements_.rend(),
+                                    [&](const Element &element) { return element.name == key->view(); });
+    return found != elements_.rend() ? found->value : page_->objectForKey(key);
+}
+
+id Values::valueAt(const KeyPath &path) const {
+    id value = firstValue(path.front());
+    for (std::size_t i = 1; value && i < path.size(); ++i) {
         auto *dictionary = qb::castOrNil<NSDictionary>(value);
-        value = dictionary ? dictionary->objectForKey(NSString::stringWith(path.substr(0, dot))) : nullptr;
+        value = dictionary ? dictionary->objectForKey(path[i]) : nullptr;
     }
     return IsNil(value) ? nullptr : value;
 }

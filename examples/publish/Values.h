@@ -9,15 +9,21 @@
 
 namespace publish {
 
+/// The keys of a path, "page.author.name". Templates keep them, so that their hashes are made once.
+using KeyPath = std::vector<Ref<NSString>>;
+
+/// Takes a path apart.
+KeyPath keyPathOf(std::string_view text);
+
 /// Where a template's keys are looked up: the page's values, and the elements of the loops around the place.
 class Values {
 public:
     explicit Values(NSDictionary *page) : page_(page) {}
 
-    /// Returns the value of a key path, "page.author.name": the first key is the name of a loop's element,
+    /// Returns the value of a key path, which is not empty: the first key is the name of a loop's element,
     /// the innermost first, or a key of the page's values; each next one is looked up in the dictionary
     /// before it. nil when there is no value.
-    id valueAt(std::string_view path) const;
+    id valueAt(const KeyPath &path) const;
 
     /// Makes `element` known as `name` until `leave`.
     void enter(std::string_view name, id element) { elements_.push_back({name, element}); }
@@ -29,7 +35,7 @@ private:
         id value;
     };
 
-    id firstValue(std::string_view key) const;
+    id firstValue(NSString *key) const;
 
     NSDictionary *page_;
     std::vector<Element> elements_;

@@ -266,7 +266,8 @@ const Use kValues[] = {
      prepareLog,
      writeLogLine,
      Leaves::parts,
-     {Call::fwrite, Call::fflush, Call::fclose, Call::any}, // a line that can't be written is lost
+     {Call::write, Call::fwrite, Call::fflush, Call::fclose,
+      Call::any}, // a line that can't be written is lost
      tidyUpLog},
 };
 QB_FAULT_SWEEP(Values, kValues);

@@ -12,8 +12,8 @@ int main() {
 
     QBPropertyListOutputStream *stream = QBPropertyListOutputStream::streamWithCapacity(256);
     stream->writeObject(changed);
-    OSUserIO::printLn(NSString::stringWithString(NSString::stringWithCString(
-        static_cast<const char *>(stream->targetData()->bytes()), stream->targetData()->length())));
+    Ref<NSString> written = NSString::initWithData(stream->targetData());
+    OSUserIO::printLn(written);
 
     "( mon,\n  tue"_ns->propertyList();
     OSUserIO::printLn(ERRORHANDLER->errorMessage());
