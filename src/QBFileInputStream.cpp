@@ -7,8 +7,8 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "OSAdaptor/OSFilePath.Support.h"
+#include "System/Files.h"
 #include "System/Memory.h"
-#include "System/Stdio.h"
 #include "Text/Scan.h"
 
 #include <algorithm>
@@ -35,6 +35,21 @@ constexpr std::uint32_t kLongRead = 16384;
 constexpr std::uint32_t kLongestLine = 999;
 
 constexpr qb::text::ByteSet kLineStops(std::string_view("\0\r\n", 3));
+
+// Reads until at least `least` bytes are there, as a pipe or a terminal brings them. Returns how many are;
+// fewer at the end, with errno 0, and after an error.
+std::uint32_t readAtLeast(int descriptor, char *buffer, std::uint32_t least, std::uint32_t most) {
+    std::uint32_t done = 0;
+    while (done < least) {
+        const ssize_t count = sys::read(descriptor, buffer + done, most - done);
+        if (count == 0)
+            errno = 0;
+        if (count <= 0)
+            break;
+        done += static_cast<std::uint32_t>(count);
+    }
+    return done;
+}
 
 // Whether those bytes of a file are all that one line may hold.
 bool isWholeLine(std::string_view bytes) {
@@ -77,8 +92,8 @@ BOOL QBFileInputStream::setUpWithFile(NSString *file) {
         return NO;
     }
     bytesRemaining_ = fileSize_ = static_cast<std::uint32_t>(info.size);
-    filePtr_ = sys::fopen(file->cString(), "rb");
-    if (!filePtr_) {
+    descriptor_ = sys::open(file->cString(), O_RDONLY);
+    if (descriptor_ < 0) {
         qb::raiseError(kFile, kLineOfOpening, qb::kErrorCannotRead, file->cString(), std::strerror(errno));
         return NO;
     }
@@ -91,17 +106,17 @@ BOOL QBFileInputStream::setUpWithFile(NSString *file) {
 }
 
 void QBFileInputStream::close() {
-    if (filePtr_)
-        sys::fclose(std::exchange(filePtr_, nullptr));
+    if (descriptor_ >= 0)
+        sys::close(std::exchange(descriptor_, -1));
     emptyWindow();
     sys::release(std::exchange(window_, nullptr));
     QBInputStreamWithKnownLength::close();
 }
 
 void QBFileInputStream::reset() {
-    if (!filePtr_)
+    if (descriptor_ < 0)
         return;
-    sys::rewind(filePtr_);
+    sys::lseek(descriptor_, 0, SEEK_SET);
     emptyWindow();
     bytesRemaining_ = fileSize_;
 }
@@ -118,7 +133,7 @@ std::int32_t QBFileInputStream::readByteByBuffer() {
 }
 
 std::int32_t QBFileInputStream::_readBuffer(void *buffer, std::uint32_t length) {
-    if (!filePtr_)
+    if (descriptor_ < 0)
         return raiseReadError(kLineOfReading, EBADF);
     const std::uint32_t most = std::min<std::uint32_t>(length, INT32_MAX);
     const std::uint32_t ready = std::min(most, end_ - next_);
@@ -138,10 +153,10 @@ bool QBFileInputStream::fetch(char *buffer, std::uint32_t length) {
     emptyWindow();
     if (length >= kLongRead) {
         bytesRemaining_ -= length;
-        return sys::fread(buffer, length, 1, filePtr_) == 1;
+        return readAtLeast(descriptor_, buffer, length, length) == length;
     }
     const std::uint32_t wanted = std::min(kWindowLength, bytesRemaining_);
-    const auto got = static_cast<std::uint32_t>(sys::fread(window_, 1, wanted, filePtr_));
+    const std::uint32_t got = readAtLeast(descriptor_, window_, length, wanted);
     bytesRemaining_ -= std::max(got, length);
     if (got < length)
         return false;
@@ -162,7 +177,7 @@ std::int32_t QBFileInputStream::raiseReadError(int line, int error) {
 // --- Lines ---
 
 NSString *QBFileInputStream::readLine() {
-    if (!filePtr_) {
+    if (descriptor_ < 0) {
         raiseReadError(kLineOfReadingLine, EBADF);
         return nullptr;
     }
@@ -197,13 +212,13 @@ bool QBFileInputStream::fetchForLine(int &error) {
     next_ = 0;
     const std::uint32_t room = kWindowLength - kept;
     const std::uint32_t wanted = bytesRemaining_ > 0 ? std::min(room, bytesRemaining_) : room;
-    const auto got = static_cast<std::uint32_t>(sys::fread(window_ + kept, 1, wanted, filePtr_));
+    const std::uint32_t got = readAtLeast(descriptor_, window_ + kept, 1, wanted);
     filled_ += got;
     if (bytesRemaining_ > 0) {
         bytesRemaining_ -= got;
         end_ = filled_;
     }
-    if (got == 0 && sys::ferror(filePtr_))
+    if (got == 0)
         error = errno;
     return got > 0;
 }

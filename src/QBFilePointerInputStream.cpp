@@ -15,8 +15,9 @@
 namespace {
 constexpr const char *kFile = "src/QBFilePointerInputStream";
 
+// An error that a read before this one has met left no number behind.
 std::int32_t raiseReadError(int error) {
-    qb::raiseError(kFile, 96, qb::kErrorCannotRead, "<unknown>", std::strerror(error));
+    qb::raiseError(kFile, 96, qb::kErrorCannotRead, "<unknown>", std::strerror(error ? error : EIO));
     return 0;
 }
 

@@ -24,13 +24,14 @@ BOOL QBInputFilter::setUpWithSource(QBInputStream *source) {
 }
 
 void QBInputFilter::close() {
-    source_->close();
+    if (source_)
+        source_->close();
 }
 
 std::int32_t QBInputFilter::readBuffer(void *buffer, std::uint32_t length) {
-    return source_->readBuffer(buffer, length);
+    return source_ ? source_->readBuffer(buffer, length) : -1;
 }
 
 std::int32_t QBInputFilter::readByte() {
-    return source_->readByte();
+    return source_ ? source_->readByte() : -1;
 }

@@ -52,16 +52,17 @@ void QBOutputStream::writeObject(id object) {
 }
 
 void QBOutputStream::writeFormatWithArgList(NSString *format, const qb::ArgList &argList) {
-    writeObject(NSString::stringWithFormatWithArgList(format, argList));
+    writeObject(NSString::initWithFormatArguments(format, argList).get());
 }
 
 void QBOutputStream::_writeNSObject(id object) {
-    writeObject(object->stringValue());
+    if (object)
+        writeObject(object->stringValue());
 }
 
 void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
     const Nesting nesting(this);
-    while (!nesting.isCut()) {
+    while (enumerator && !nesting.isCut()) {
         const id object = enumerator->nextObject();
         if (!object)
             return;
@@ -70,7 +71,8 @@ void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
 }
 
 void QBOutputStream::_writeArray(NSArray *array) {
-    writeObject(array->objectEnumerator());
+    if (array)
+        writeObject(array->objectEnumerator());
 }
 
 void QBOutputStream::_writeObjectForKey(id object, id) {
@@ -82,8 +84,8 @@ void QBOutputStream::_writeDictionary(NSDictionary *dictionary) {
 }
 
 void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesting) {
-    NSEnumerator *const keys = dictionary->keyEnumerator();
-    while (!nesting.isCut()) {
+    NSEnumerator *const keys = dictionary ? dictionary->keyEnumerator() : nullptr;
+    while (keys && !nesting.isCut()) {
         const id key = keys->nextObject();
         if (!key)
             return;
@@ -92,7 +94,8 @@ void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesti
 }
 
 void QBOutputStream::_writeString(NSString *string) {
-    writeBuffer(string->cString(), string->cStringLength());
+    if (string)
+        writeBuffer(string->cString(), string->cStringLength());
 }
 
 // --- For filters ---

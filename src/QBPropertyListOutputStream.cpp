@@ -62,7 +62,7 @@ void QBPropertyListOutputStream::writeObject(id object) {
 }
 
 void QBPropertyListOutputStream::_writeString(NSString *string) {
-    QBDataOutputStream::_writeString(string->stringRepresentation());
+    QBDataOutputStream::_writeString(string ? string->stringRepresentation() : nullptr);
 }
 
 void QBPropertyListOutputStream::_writeDictionary(NSDictionary *dictionary) {
@@ -81,7 +81,7 @@ void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
 }
 
 void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
-    writeList([enumerator] { return enumerator->nextObject(); });
+    writeList([enumerator] { return enumerator ? enumerator->nextObject() : nullptr; });
 }
 
 void QBPropertyListOutputStream::_writeIndent() {
@@ -152,9 +152,8 @@ bool QBPropertyListOutputStream::writeDirectly(id object) {
 }
 
 void QBPropertyListOutputStream::writeStringDirectly(NSString *string) {
-    constexpr std::uint64_t kLongestEscape = 4;
     const std::string_view bytes = string->view();
-    if (char *const target = beginDirectWrite(bytes.size() * kLongestEscape + 2))
+    if (char *const target = beginDirectWrite(qb::text::plistTextRoom(bytes.size())))
         endDirectWrite(qb::text::writePlistText(bytes.data(), bytes.size(), target));
     else
         QBDataOutputStream::_writeString(string->stringRepresentation());

@@ -153,7 +153,7 @@ TEST_F(QBFileInputStreamTest, MissingFileIsAnError) {
 
 TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnError) {
     directory_.write("file", "x");
-    Fault fault(Call::fopen, /*skip=*/0, /*times=*/1, EACCES);
+    Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
     ErrorExpectation error(100023);
     EXPECT_EQ(QBFileInputStream::initWithFile(directory_.string("file")), nullptr);
     EXPECT_EQ(error.place(), "src/QBFileInputStream:86");
@@ -239,7 +239,7 @@ TEST_F(QBFileInputStreamTest, FailedReadIsAnError) {
     QBFileInputStream *stream = streamOf("abc\ndef");
     char bytes[4];
     {
-        Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
+        Fault fault(Call::read, /*skip=*/0, /*times=*/1, EIO);
         ErrorExpectation error(100023);
         EXPECT_EQ(stream->readBuffer(bytes, 4), 0);
         EXPECT_EQ(error.place(), "src/QBFileInputStream:123");
@@ -247,7 +247,7 @@ TEST_F(QBFileInputStreamTest, FailedReadIsAnError) {
     }
     stream->reset();
     {
-        Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
+        Fault fault(Call::read, /*skip=*/0, /*times=*/1, EIO);
         ErrorExpectation error(100023);
         EXPECT_EQ(stream->readLine(), nullptr);
         EXPECT_EQ(error.place(), "src/QBFileInputStream:171");
@@ -255,7 +255,7 @@ TEST_F(QBFileInputStreamTest, FailedReadIsAnError) {
     }
     stream->reset();
     EXPECT_EQ(stream->readLine()->view(), "abc");
-    Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
+    Fault fault(Call::read, /*skip=*/0, /*times=*/1, EIO);
     ErrorExpectation error(100023);
     EXPECT_EQ(stream->readLine()->view(), "def"); // what was read before the error
     EXPECT_EQ(error.place(), "src/QBFileInputStream:171");
@@ -318,6 +318,16 @@ TEST_F(QBFileInputStreamTest, LinesAreThoseOfTheCLibraryOnAnyBytes) {
         }
         ASSERT_EQ(lines(streamOf(bytes)), expectedLines(bytes)) << "round " << round;
     }
+}
+
+// As those of a pipe or terminal, which brings the next one when the first has had its answer.
+TEST_F(QBFileInputStreamTest, LineIsReadBeforeTheNextOneIsThere) {
+    QBFileInputStream *stream = streamOf("ab\nc\nd");
+    const Fault fault(Call::read, /*skip=*/0, /*times=*/0, sys::ShortTransfer{4});
+    const sys::CallCounter counter;
+    EXPECT_EQ(stream->readLine()->view(), "ab");
+    EXPECT_EQ(counter.calls(Call::read), 1u);
+    EXPECT_EQ(lines(stream), (Lines{"c", "d"}));
 }
 
 TEST_F(QBFileInputStreamTest, LinesAndBytesShareThePosition) {

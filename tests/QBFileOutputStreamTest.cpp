@@ -2,8 +2,10 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/IdCreator.h>
 #include <QBFoundation/Runtime/Send.h>
 
+#include "System/Clock.h"
 #include "System/Faults.h"
 #include "System/Files.h"
 #include "support/ErrorExpectation.h"
@@ -12,8 +14,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <random>
 #include <string>
 #include <sys/resource.h>
@@ -57,6 +61,31 @@ std::string bytesOf(std::uint32_t count) {
 
 void write(QBOutputStream *stream, const std::string &text) {
     stream->writeBuffer(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+std::string isoTime(std::int64_t milliseconds) {
+    const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
+    std::tm fields;
+    char text[32];
+    const std::size_t length =
+        std::strftime(text, sizeof text, "%Y%m%d%H%M%S", ::gmtime_r(&seconds, &fields));
+    std::snprintf(text + length, sizeof text - length, "%03d", static_cast<int>(milliseconds % 1000));
+    return text;
+}
+
+// Plants links with those texts, in turn, under the names that the temporary file for `path` may get when it
+// is made within that time: all but the time in them is known.
+void plantLinks(const std::string &path, const std::string (&texts)[2], int milliseconds) {
+    std::srand(7);
+    const std::string start = std::to_string(std::rand()) + std::to_string(::getpid());
+    const std::string nextStart = std::to_string(std::rand()) + std::to_string(::getpid());
+    std::srand(7);
+    const std::string id(IdCreator::createId()->view());
+    const std::string number = id.substr(start.size(), id.size() - start.size() - isoTime(0).size());
+    const std::string name = path + "." + nextStart + std::to_string(std::stoi(number) + 1);
+    const std::int64_t now = sys::wallMilliseconds();
+    for (int i = 0; i < milliseconds; ++i)
+        ASSERT_EQ(::symlink(texts[i % 2].c_str(), (name + isoTime(now + i)).c_str()), 0);
 }
 
 // Runs `act` in a child process and returns how that ended.
@@ -376,6 +405,48 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBePreparedIsNotLeftBehind) {
         EXPECT_EQ(QBFileOutputStream::initWithFile(directory_.string("out"), /*atomically=*/YES), nullptr);
         EXPECT_EQ(error.place(), "src/QBFileOutputStream:183");
         EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(call);
+    }
+}
+
+TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {
+    const std::string links[] = {directory_ / "victim", directory_ / "absent"};
+    directory_.write("victim", "precious");
+    directory_.write("out", "old");
+    ErrorExpectation error(100024);
+    Ref<QBFileOutputStream> stream;
+    // Again, for a longer time, should the first one be over before all links stand.
+    for (int milliseconds = 500; error.values() == "none" && milliseconds < 100000; milliseconds *= 2) {
+        plantLinks(directory_ / "out", links, milliseconds);
+        stream = QBFileOutputStream::initWithFile(directory_.string("out"), /*atomically=*/YES);
+    }
+    EXPECT_EQ(stream, nullptr);
+    EXPECT_EQ(error.place(), "src/QBFileOutputStream:183");
+    EXPECT_EQ(error.values().substr(error.values().find(' ')), std::string(" ") + std::strerror(EEXIST));
+    EXPECT_EQ(directory_.read("victim"), "precious");
+    EXPECT_FALSE(directory_.has("absent"));
+}
+
+TEST_F(QBFileOutputStreamTest, FailedWriteIsAnErrorAndLeavesTheOldFile) {
+    struct Row {
+        const char *place;
+        void (*write)(QBOutputStream *stream);
+    };
+    const Row rows[] = {
+        {"src/QBFileOutputStream:231", [](QBOutputStream *stream) { write(stream, "text"); }},
+        {"src/QBFileOutputStream:246", [](QBOutputStream *stream) { stream->writeByte('x'); }}};
+    for (const Row &row : rows) {
+        directory_.write("out", "old");
+        QBFileOutputStream *stream =
+            QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
+        const Fault fault(Call::fwrite, /*skip=*/0, /*times=*/1, EDQUOT);
+        ErrorExpectation error(100024);
+        for (int i = 0; fault.hits() == 0 && i < 1000000; ++i) // short writes are collected
+            row.write(stream);
+        EXPECT_EQ(error.place(), row.place);
+        EXPECT_EQ(error.values(), std::string(stream->tmpFilename()->view()) + " " + std::strerror(EDQUOT));
+        row.write(stream); // the next ones succeed, which doesn't make it whole
+        stream->close();
+        EXPECT_EQ(describeFiles(), "out: old\n");
     }
 }
 

@@ -246,6 +246,7 @@ TEST_F(QBInputStreamTest, FilterHandsOnAndCloses) {
     EXPECT_REASON(QBInputFilter::initWithSource(nullptr),
                   "QBInputFilter initWithSource: must have a source that is not nil.");
     EXPECT_EQ(send<std::int32_t>(filter, "readByte"_sel), 8);
+    EXPECT_EQ(send<Ref<QBInputFilter>>(QBInputFilter::cls(), "init"_sel)->readByte(), -1);
 }
 
 TEST_F(QBInputStreamTest, FilePointerIsReadToItsEndAndRewound) {
@@ -282,6 +283,12 @@ TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {
         EXPECT_EQ(stream->readBuffer(bytes, 3), 0);
         EXPECT_EQ(error.values(), "<unknown> Input/output error");
         EXPECT_EQ(error.place(), "src/QBFilePointerInputStream:96");
+    }
+    EXPECT_EQ(stream->readBuffer(bytes, 3), 3);
+    {
+        ErrorExpectation error(100023);
+        EXPECT_EQ(stream->readByte(), 0); // the end, but the C stream still has its error
+        EXPECT_EQ(error.values(), "<unknown> Input/output error");
     }
     stream->close();
     EXPECT_REASON(QBFilePointerInputStream::initWithFilePointer(nullptr),

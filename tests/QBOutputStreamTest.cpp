@@ -84,6 +84,12 @@ TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
     EXPECT_EQ(written(array->objectEnumerator()), "x5value");
     EXPECT_EQ(written(QBNil::value()), "");
     EXPECT_EQ(written(nullptr), "");
+    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
+    for (SEL selector :
+         std::initializer_list<SEL>{"_writeNSObject:"_sel, "_writeEnumerator:"_sel, "_writeArray:"_sel,
+                                    "_writeDictionary:"_sel, "_writeString:"_sel})
+        send<void>(stream.get(), selector, id{});
+    EXPECT_EQ(stream->text(), "");
 }
 
 TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {

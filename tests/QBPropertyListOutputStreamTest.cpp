@@ -132,7 +132,11 @@ TEST_F(QBPropertyListOutputStreamTest, NilLikeValuesAreLeftOut) {
     QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
     stream->_writeObjectForKey(nullptr, "key"_ns);
     stream->_writeObjectForKey("value"_ns, nullptr);
+    stream->_writeString(nullptr);
     EXPECT_EQ(textIn(*stream), "");
+    stream->_writeEnumerator(nullptr);
+    stream->_writeDictionary(nullptr);
+    EXPECT_EQ(textIn(*stream), "(\n\n){\n}");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, OtherValuesAreQuotedStrings) {

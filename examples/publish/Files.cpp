@@ -2,6 +2,10 @@
 
 #include "Messages.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <sys/stat.h>
+
 namespace publish {
 
 namespace {
@@ -9,53 +13,96 @@ namespace {
 // Directories may stand in each other this deep; a site that is deeper has lost its way.
 constexpr unsigned kDeepestDirectory = 64;
 
-bool isDirectory(NSString *path) {
-    BOOL is = NO;
-    return OSFilePath::fileExistsAtPath(path, &is) && is;
-}
-
-bool isLink(NSString *path) {
-    return NSFileManager::defaultManager()->pathContentOfSymbolicLinkAtPath(path) != nullptr;
-}
-
-bool addFiles(NSString *root, NSString *below, unsigned depth, NSMutableArray *files) {
+bool addFiles(NSString *root, NSString *below, unsigned depth, HiddenFiles hidden, NSMutableArray *files) {
     NSString *const directory = below->containsData() ? root->stringByAppendingPathComponent(below) : root;
     NSArray *const names = NSFileManager::defaultManager()->directoryContentsAtPath(directory);
     if (!names || depth > kDeepestDirectory)
         return fail(__LINE__, kErrorDirectoryUnreadable, directory);
     for (id element : *names->sortedArrayUsingSelector("compare:"_sel)) {
         auto *name = static_cast<NSString *>(element);
-        if (name->hasPrefix("."_ns))
+        if (hidden == HiddenFiles::leftOut && name->hasPrefix("."_ns))
             continue;
         NSString *const path = below->containsData() ? below->stringByAppendingPathComponent(name) : name;
-        NSString *const full = directory->stringByAppendingPathComponent(name);
-        if (isDirectory(full) && !isLink(full)) {
-            if (!addFiles(root, path, depth + 1, files))
-                return false;
-        } else {
+        if (kindOf(directory->stringByAppendingPathComponent(name)) != Kind::directory)
             files->addObject(path);
-        }
+        else if (!addFiles(root, path, depth + 1, hidden, files))
+            return false;
     }
-    return true;
+    return !hasFailed();
+}
+
+// The directory's path without links as far as there is one, "." and "..", with a separator at its end.
+std::string realPath(NSString *directory) {
+    const std::filesystem::path path(directory->view());
+    std::error_code error;
+    std::string real = std::filesystem::weakly_canonical(path, error);
+    if (error)
+        real = std::filesystem::absolute(path, error).lexically_normal();
+    return real.ends_with('/') ? real : real + '/';
 }
 
 } // namespace
 
+Kind kindOf(NSString *path) {
+    struct stat status;
+    if (::lstat(path->cString(), &status) != 0) {
+        if (errno != ENOENT && errno != ENOTDIR)
+            failWith(__LINE__, qb::kErrorCannotStat, path);
+        return Kind::nothing;
+    }
+    switch (status.st_mode & S_IFMT) {
+    case S_IFREG:
+        return Kind::file;
+    case S_IFDIR:
+        return Kind::directory;
+    case S_IFLNK:
+        return Kind::link;
+    default:
+        return Kind::other;
+    }
+}
+
 NSString *readText(NSString *file) {
+    OSFileInfo info;
+    OSFilePath::fileInfo(&info, file);
+    if (hasFailed())
+        return nullptr;
+    if (info.exists && !S_ISREG(info.mode)) {
+        fail(__LINE__, kErrorNotAFile, file); // a pipe would keep us waiting
+        return nullptr;
+    }
     NSString *const string = NSString::stringWithContentsOfFile(file);
     if (!string)
         return nullptr;
     const std::int32_t malformed = string->indexOfFirstCorruptUtf8Character();
     if (malformed >= 0) {
-        fail(__LINE__, kErrorNotUtf8, file, malformed);
+        const std::string_view before = string->view().substr(0, static_cast<std::size_t>(malformed));
+        fail(__LINE__, kErrorNotUtf8, file, 1 + std::count(before.begin(), before.end(), '\n'), malformed);
         return nullptr;
     }
     return string;
 }
 
-NSArray *filesBelow(NSString *directory) {
+NSDictionary *dictionaryIn(NSString *text, NSString *file) {
+    const id value = text->propertyList();
+    if (!value) {
+        fail(__LINE__, kErrorMalformedFile, file);
+        return nullptr;
+    }
+    auto *dictionary = qb::castOrNil<NSDictionary>(value);
+    if (!dictionary)
+        fail(__LINE__, kErrorNotADictionary, file, "the text");
+    return dictionary;
+}
+
+NSDictionary *readDictionary(NSString *file) {
+    NSString *const text = readText(file);
+    return text ? dictionaryIn(text, file) : nullptr;
+}
+
+NSArray *filesBelow(NSString *directory, HiddenFiles hidden) {
     NSMutableArray *const files = NSMutableArray::array();
-    return addFiles(directory, NSString::string(), 0, files) ? files : nullptr;
+    return addFiles(directory, NSString::string(), 0, hidden, files) ? files : nullptr;
 }
 
 bool isInside(std::string_view path) {
@@ -70,6 +117,11 @@ bool isInside(std::string_view path) {
             return true;
         path.remove_prefix(slash + 1);
     }
+}
+
+bool areApart(NSString *one, NSString *other) {
+    const std::string first = realPath(one), second = realPath(other);
+    return !first.starts_with(second) && !second.starts_with(first);
 }
 
 } // namespace publish

@@ -1,4 +1,4 @@
-// Reading the site's files.
+// Looking at files and reading them.
 #ifndef PUBLISH_FILES_H
 #define PUBLISH_FILES_H
 
@@ -8,15 +8,36 @@
 
 namespace publish {
 
-/// Returns the file's text; nil, with an error raised, when it can't be read or is not valid UTF-8.
+/// What has a name. A link is a link, wherever it leads.
+enum class Kind { nothing, file, directory, link, other };
+
+/// Returns what stands at a path; nothing, and 100194 raised, when that can't be found out.
+Kind kindOf(NSString *path);
+
+/// Returns the file's text; nil, with an error raised, when it can't be read, is no plain file or is not
+/// valid UTF-8.
 NSString *readText(NSString *file);
 
+/// Returns the dictionary that a text, which came from `file`, is as a property list; nil, with an error
+/// raised, when it is none.
+NSDictionary *dictionaryIn(NSString *text, NSString *file);
+
+/// Returns the dictionary that a file is as a property list; nil, with an error raised, when it can't be read
+/// or is none.
+NSDictionary *readDictionary(NSString *file);
+
+enum class HiddenFiles { leftOut, included };
+
 /// Returns the paths of the files below a directory, relative to it, in byte order; links are not followed.
-/// Names that begin with a dot are left out. nil, with an error raised, when a directory can't be read.
-NSArray *filesBelow(NSString *directory);
+/// `hidden`: what becomes of names that begin with a dot. nil, with an error raised, when a directory can't
+/// be read.
+NSArray *filesBelow(NSString *directory, HiddenFiles hidden);
 
 /// Whether a relative path stays inside of its directory.
 bool isInside(std::string_view path);
+
+/// Whether the two directories, which need not exist, are different ones and neither is inside of the other.
+bool areApart(NSString *one, NSString *other);
 
 } // namespace publish
 

@@ -21,6 +21,9 @@ void watchForInterruption() {
     action.sa_flags = SA_RESTART;
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         sigaction(number, &action, nullptr);
+    // A write that fails is an error of its own, which leaves nothing half-done.
+    for (const int number : {SIGXFSZ, SIGPIPE})
+        std::signal(number, SIG_IGN);
 }
 
 bool wasInterrupted() {

@@ -4,7 +4,8 @@
 
 namespace publish {
 
-/// Lets SIGINT, SIGTERM and SIGHUP end the run at the next page instead of at once.
+/// Lets SIGINT, SIGTERM and SIGHUP end the run at the next page instead of at once, and files that are too
+/// long and readers that have gone fail the write instead of ending it.
 void watchForInterruption();
 
 /// Whether one of them has come.

@@ -17,23 +17,31 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
     case kErrorNoHead:
         return "%s:1: a page begins with a property list in braces, which a line of '---' ends."_ns;
     case kErrorNotUtf8:
-        return "%s: the text is not valid UTF-8 at byte %d."_ns;
+        return "%s:%d: the text is not valid UTF-8 at byte %d."_ns;
     case kErrorNotAList:
         return "%s:%d: '%s' is no list."_ns;
     case kErrorBusy:
         return "Another run is writing to '%s'."_ns;
     case kErrorInterrupted:
-        return "The run was interrupted; the site in '%s' is as it was."_ns;
+        return "The run was interrupted; '%s' is as it was."_ns;
     case kErrorWrittenTwice:
         return "'%s' would be written twice."_ns;
     case kErrorUnsafePath:
-        return "%s: '%s' leads out of the site."_ns;
+        return "%s: '%s' is no path inside of a site."_ns;
     case kErrorDirectoryUnreadable:
         return "The directory '%s' can't be read."_ns;
     case kErrorMalformedFile:
         return "In '%s':"_ns;
     case kErrorInTheWay:
         return "'%s' is in the way of the site."_ns;
+    case kErrorNotApart:
+        return "The site '%s' and the directory '%s' that it goes to may not contain one another."_ns;
+    case kErrorNotAFile:
+        return "'%s' is no plain file."_ns;
+    case kErrorNotADictionary:
+        return "%s: %s is no dictionary."_ns;
+    case kErrorUnfinished:
+        return "The new site in '%s' is not complete yet; the next run completes it."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

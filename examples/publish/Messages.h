@@ -4,6 +4,9 @@
 
 #include <QBFoundation/QBErrorCatalogue.h>
 
+#include <cerrno>
+#include <cstring>
+
 namespace publish {
 
 constexpr int kErrorUsage = 910001;
@@ -21,6 +24,10 @@ constexpr int kErrorUnsafePath = 910012;
 constexpr int kErrorDirectoryUnreadable = 910013;
 constexpr int kErrorMalformedFile = 910014;
 constexpr int kErrorInTheWay = 910015;
+constexpr int kErrorNotApart = 910016;
+constexpr int kErrorNotAFile = 910017;
+constexpr int kErrorNotADictionary = 910018;
+constexpr int kErrorUnfinished = 910019;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {
@@ -33,6 +40,11 @@ template <class... V>
 bool fail(int line, int error, const V &...values) {
     ERRORHANDLER->raiseErrorInFile("examples/publish", line, error, values...);
     return false;
+}
+
+/// Raises one of the library's errors for a path, with the system's text. Returns false.
+inline bool failWith(int line, int error, NSString *path) {
+    return fail(line, error, path, std::strerror(errno));
 }
 
 /// Whether an error was raised since the run began.

@@ -19,8 +19,9 @@ const char *const kUsage =
     "  --quiet              say nothing but errors\n"
     "  --help, --version    say this, or the version, and end\n"
     "\n"
-    "The exit status is 0 when the site was published, 1 when it was not (the old site is whole then),\n"
-    "2 when the command line was wrong.\n";
+    "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or "
+    "the\n"
+    "next run completes the new one, or when nobody could be told; 2 when the command line was wrong.\n";
 
 namespace {
 
@@ -103,7 +104,7 @@ bool readOptions(int count, char **arguments, Options &options) {
     Arguments left(count, arguments);
     while (!left.isEmpty()) {
         const std::string_view argument = left.take();
-        if (argument.starts_with("--")) {
+        if (argument.starts_with('-')) {
             if (!readOption(argument, left, options))
                 return false;
         } else if (!options.site) {
@@ -118,7 +119,8 @@ bool readOptions(int count, char **arguments, Options &options) {
                            options.profileChannels->containsObject("help"_ns);
     if (wantsHelp && options.action == Options::Action::publish)
         options.action = Options::Action::listChannels;
-    if (options.action == Options::Action::publish && !options.target)
+    if (options.action == Options::Action::publish &&
+        (!options.target || options.site->view().empty() || options.target->view().empty()))
         return fail(__LINE__, kErrorUsage, "The directories SITE and OUT are needed");
     return true;
 }

@@ -1,13 +1,8 @@
-// Bringing a site's files to their place, all or none.
-//
-// Everything new is first written below OUT/.publish. Then a journal names what is to be done, and with that
-// the run is decided: old files go, new ones are renamed to their place, the manifest last. A run that finds
-// a journal finishes what it says before it does anything else, so that a run that was cut off leaves no
-// mixed site behind.
+// A run's files: which there are, which of them are new, and whether they can go to their place.
 #ifndef PUBLISH_PUBLICATION_H
 #define PUBLISH_PUBLICATION_H
 
-#include <QBFoundation/QBFoundation.h>
+#include "OutputDirectory.h"
 
 namespace publish {
 
@@ -18,49 +13,41 @@ struct Counts {
     unsigned removed = 0;
 };
 
-/// One run's output.
+/// One run's output. The operations that answer bool return false, with an error raised, when they fail.
 class Publication {
 public:
-    explicit Publication(NSString *target);
-    /// Takes away what was written, unless it was committed.
-    ~Publication();
-    Publication(const Publication &) = delete;
-    Publication &operator=(const Publication &) = delete;
+    explicit Publication(NSString *directory) : out_(directory) {}
 
-    /// Makes the directory, takes its lock, and finishes a run that was cut off. All these operations return
-    /// false, with an error raised, when they fail.
-    bool begin();
+    /// Takes hold of the directory; see `OutputDirectory::begin`.
+    bool begin() { return out_.begin(); }
     /// Takes a page's text for `path`, relative to the site's root.
     bool addPage(NSString *path, NSData *text);
     /// Takes all files of a directory, links included.
     bool addAssets(NSString *directory);
-    /// Brings everything to its place.
+    /// Brings everything to its place, all or nothing.
     bool commit();
 
+    /// Where the site goes.
+    NSString *directory() const { return out_.path(); }
     const Counts &counts() const { return counts_; }
 
 private:
-    bool lock();
     bool claim(NSString *path);
-    bool recover();
-    bool carryOut(NSDictionary *journal);
-    bool moveStaged(NSArray *paths);
-    bool removeOld(NSArray *paths);
-    bool stageManifest();
-    NSArray *vanished();
-    bool canCarryOut(NSArray *removed) const;
+    bool isTaken(NSString *path) const;
+    bool isInPlace(NSString *path, NSData *text) const;
+    bool isInPlace(NSString *path) const;
+    void count(NSString *path, bool isUnchanged);
+    bool addManifest();
+    NSArray *vanished() const;
+    bool canCarryOut(const Plan &plan) const;
+    bool canRemove(NSString *path) const;
     bool hasDirectory(NSString *path, NSSet *leaving) const;
     bool isFree(NSString *path, NSSet *leaving) const;
-    NSString *place(NSString *path) const { return target_->stringByAppendingPathComponent(path); }
-    NSString *staged(NSString *path) const { return staging_->stringByAppendingPathComponent(path); }
 
-    Ref<NSString> target_;
-    Ref<NSString> staging_;
-    Ref<NSString> journal_;
-    Ref<NSMutableSet> paths_;     // of this run's files
-    Ref<NSMutableArray> changed_; // those of them that are staged
-    int lock_ = -1;
-    bool hasStaged_ = false;
+    OutputDirectory out_;
+    Ref<NSMutableSet> paths_ = NSMutableSet::init();       // of this run's files
+    Ref<NSMutableSet> directories_ = NSMutableSet::init(); // that they stand in
+    Ref<NSMutableArray> changed_ = NSMutableArray::init(); // those of the files that are staged
     Counts counts_;
 };
 

@@ -48,7 +48,7 @@ bool Renderer::renderPages() {
     for (const Page &page : site_.pages) {
         const NSAutoreleasePool pool;
         if (wasInterrupted())
-            return fail(__LINE__, kErrorInterrupted, site_.directory.get());
+            return fail(__LINE__, kErrorInterrupted, publication_.directory());
         if (!renderPage(page))
             return false;
     }

@@ -11,34 +11,42 @@ namespace {
 
 constexpr std::string_view kHeadEnd = "\n---\n";
 
-// Returns the dictionary that `text`, which came from `file`, is as a property list; null with an error
-// raised.
-NSDictionary *readDictionary(NSString *text, NSString *file) {
-    const id value = text->propertyList();
-    auto *dictionary = qb::castOrNil<NSDictionary>(value);
-    if (!dictionary)
-        fail(__LINE__, kErrorMalformedFile, file);
-    return dictionary;
+// Appends the text escaped, but for what stands in braces for the template.
+void appendEscaped(std::string_view text, std::string &html) {
+    while (!text.empty()) {
+        const std::size_t open = std::min(text.find("{{"), text.size());
+        html += NSString::stringWith(text.substr(0, open))->stringWithEscapedHtml()->view();
+        text.remove_prefix(open);
+        const std::size_t close = text.find("}}");
+        const std::size_t end = close == std::string_view::npos ? text.size() : close + 2;
+        html += text.substr(0, end);
+        text.remove_prefix(end);
+    }
 }
 
-// The lines that a body of HTML is moved down by its head, so that a template's errors name the line in the
-// file.
-NSString *bodyOfHtml(std::string_view text, std::string_view body) {
-    const auto lines = std::count(text.begin(), text.end() - static_cast<std::ptrdiff_t>(body.size()), '\n');
-    return NSString::stringWith(std::string(static_cast<std::size_t>(lines), '\n').append(body));
-}
-
-// Plain text: paragraphs between empty lines.
-NSString *bodyOfText(std::string_view body) {
-    NSMutableString *const html = NSMutableString::string();
+// Appends plain text: paragraphs between empty lines. What stands on a line stays there, for errors name
+// lines.
+void appendPlainText(std::string_view body, std::string &html) {
     while (!body.empty()) {
         const std::size_t end = std::min(body.find("\n\n"), body.size());
         const std::string_view paragraph = body.substr(0, end);
-        if (paragraph.find_first_not_of(" \t\r\n") != std::string_view::npos)
-            html->appendFormat("<p>%@</p>\n"_ns, NSString::stringWith(paragraph)->stringWithEscapedHtml());
+        const bool isEmpty = paragraph.find_first_not_of(" \t\r\n") == std::string_view::npos;
+        html += isEmpty ? "" : "<p>";
+        appendEscaped(paragraph, html);
+        html += isEmpty ? "" : "</p>";
+        html += body.substr(end, 2);
         body.remove_prefix(std::min(end + 2, body.size()));
     }
-    return html;
+}
+
+// The body, moved down by the head's lines so that a template's errors name the line in the file.
+NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText) {
+    std::string html(static_cast<std::size_t>(std::count(head.begin(), head.end(), '\n')), '\n');
+    if (isPlainText)
+        appendPlainText(body, html);
+    else
+        html += body;
+    return NSString::stringWith(html);
 }
 
 bool readPage(NSString *file, NSString *path, Page &page) {
@@ -46,25 +54,27 @@ bool readPage(NSString *file, NSString *path, Page &page) {
     if (!content)
         return false;
     const std::string_view text = content->view();
-    const std::size_t headEnd = text.find(kHeadEnd);
+    std::size_t headEnd = text.find(kHeadEnd);
+    if (headEnd == std::string_view::npos && content->hasSuffix("\n---"_ns)) // the body is empty
+        headEnd = text.rfind('\n');
     if (headEnd == std::string_view::npos)
         return fail(__LINE__, kErrorNoHead, file);
-    NSDictionary *const head = readDictionary(NSString::stringWith(text.substr(0, headEnd)), file);
+    NSDictionary *const head = dictionaryIn(NSString::stringWith(text.substr(0, headEnd)), file);
     if (!head)
         return false;
     const bool isText = path->pathExtension()->isEqualToString("txt"_ns);
-    const std::string_view body = text.substr(headEnd + kHeadEnd.size());
+    const std::size_t start = std::min(headEnd + kHeadEnd.size(), text.size());
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
     page.head->setObjectForKey(page.url, "url"_ns);
-    page.body = isText ? bodyOfText(body) : bodyOfHtml(text, body);
+    page.body = htmlOf(text.substr(0, start), text.substr(start), isText);
     return true;
 }
 
 bool readPages(Site &site) {
     NSString *const directory = site.directoryFor("pages"_ns);
-    NSArray *const files = filesBelow(directory);
+    NSArray *const files = filesBelow(directory, HiddenFiles::leftOut);
     if (!files)
         return false;
     for (id element : *files) {
@@ -78,17 +88,34 @@ bool readPages(Site &site) {
     return true;
 }
 
+// Whether what the settings give for `key`, if anything, is a path inside of the site.
+bool isSafe(const Site &site, id value) {
+    auto *path = qb::castOrNil<NSString>(value);
+    return (path && isInside(path->view())) ||
+           fail(__LINE__, kErrorUnsafePath, site.file.get(), value->stringValue());
+}
+
+bool checkDirectories(const Site &site) {
+    for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns}) {
+        const id value = site.settings->objectForKey(key);
+        if (value && !isSafe(site, value))
+            return false;
+    }
+    return true;
+}
+
 // The files named under "texts" become values, so that a page can show them.
 bool readTexts(Site &site) {
     site.texts = NSMutableDictionary::init();
-    auto *names = qb::castOrNil<NSDictionary>(site.settings->objectForKey("texts"_ns));
+    const id texts = site.settings->objectForKey("texts"_ns);
+    auto *names = texts ? qb::castOrNil<NSDictionary>(texts) : NSDictionary::dictionary();
     if (!names)
-        return true;
+        return fail(__LINE__, kErrorNotADictionary, site.file.get(), "'texts'");
     for (const auto &[key, name] : *names) {
-        NSString *const file = name->stringValue();
-        if (!isInside(file->view()))
-            return fail(__LINE__, kErrorUnsafePath, site.directory.get(), file);
-        NSString *const text = readText(site.directory->stringByAppendingPathComponent(file));
+        NSString *const text =
+            isSafe(site, name)
+                ? readText(site.directory->stringByAppendingPathComponent(static_cast<NSString *>(name)))
+                : nullptr;
         if (!text)
             return false;
         site.texts->setObjectForKey(text, key);
@@ -103,14 +130,15 @@ NSString *Site::directoryFor(NSString *key) const {
     return directory->stringByAppendingPathComponent(name ? name->stringValue() : key);
 }
 
+bool Site::hasAssets() const {
+    return settings->objectForKey("assets"_ns) || kindOf(directoryFor("assets"_ns)) != Kind::nothing;
+}
+
 bool readSite(NSString *directory, Site &site) {
     site.directory = directory;
-    NSString *const file = directory->stringByAppendingPathComponent("site.plist"_ns);
-    NSString *const text = readText(file);
-    if (!text)
-        return false;
-    site.settings = readDictionary(text, file);
-    return site.settings && readTexts(site) && readPages(site);
+    site.file = directory->stringByAppendingPathComponent("site.plist"_ns);
+    site.settings = readDictionary(site.file);
+    return site.settings && checkDirectories(site) && readTexts(site) && readPages(site);
 }
 
 } // namespace publish

@@ -19,12 +19,15 @@ struct Page {
 /// The settings of `site.plist` and the pages.
 struct Site {
     Ref<NSString> directory;
+    Ref<NSString> file; // with the settings
     Ref<NSDictionary> settings;
     Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
     std::vector<Page> pages;        // in the order of their paths
 
     /// The directory that the settings name under `key`; one of that name unless they do.
     NSString *directoryFor(NSString *key) const;
+    /// Whether there are assets: the settings name a directory, or there is one of that name.
+    bool hasAssets() const;
 };
 
 /// Reads the site in `directory`. Returns false, with an error raised, when a part of it can't be read.

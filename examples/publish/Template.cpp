@@ -212,6 +212,10 @@ bool Template::fillInclude(const Part &part, Values &values, TemplateStore &stor
     auto &beingFilled = store.beingFilled();
     if (std::find(beingFilled.begin(), beingFilled.end(), part.text) != beingFilled.end())
         return failAt(part, kErrorTemplateLoop);
+    constexpr std::size_t kDeepestInclusion = 64;
+    if (beingFilled.size() >= kDeepestInclusion)
+        return fail(__LINE__, kErrorMalformedTemplate, file_.get(), part.line,
+                    "templates include each other too deeply");
     beingFilled.emplace_back(part.text);
     const bool isFilled = included->fill(values, store, target);
     beingFilled.pop_back();

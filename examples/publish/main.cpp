@@ -3,6 +3,7 @@
 // It shows how a program uses the library: the start-up steps, values from property lists, streams, files,
 // errors that are looked at when it suits, and a result that is never seen half-made.
 #include "Channels.h"
+#include "Files.h"
 #include "Interruption.h"
 #include "Messages.h"
 #include "Options.h"
@@ -58,19 +59,22 @@ bool configure(const Options &options) {
     if (options.logFile)
         OSLogger::setDefaultLogFileName(options.logFile);
     OSLogger::setDefaultLogLevel(options.logLevel);
-    if (options.isQuiet)
+    if (options.isQuiet || options.logFile)
         OSLogger::disableDuplicateLogToStderr();
     return true;
 }
 
 bool publishSite(const Options &options, Counts &counts) {
+    if (!areApart(options.site, options.target))
+        return fail(__LINE__, kErrorNotApart, options.site.get(), options.target.get());
     Site site;
     if (!readSite(options.site, site))
         return false;
     Publication publication(options.target);
     Renderer renderer(site, publication);
     const bool isDone = publication.begin() && renderer.renderPages() &&
-                        publication.addAssets(site.directoryFor("assets"_ns)) && publication.commit();
+                        (!site.hasAssets() || publication.addAssets(site.directoryFor("assets"_ns))) &&
+                        publication.commit();
     counts = publication.counts();
     return isDone && !hasFailed();
 }

@@ -7,7 +7,6 @@
 #include <QBFoundation/Runtime/Ref.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 class NSString;
@@ -78,7 +77,7 @@ private:
     void allowDirectReads() { directEnd_ = isDirect_ ? end_ : 0; }
 
     Ref<NSString> filename_;
-    std::FILE *filePtr_ = nullptr;     // null once closed
+    int descriptor_ = -1;              // -1 once closed
     std::uint32_t bytesRemaining_ = 0; // of the file's size, and not in the window yet
     std::uint32_t fileSize_ = 0;
     BOOL isBinary_ = NO;

@@ -1,17 +1,35 @@
 #include <QBFoundation/Foundation/NSCharacterSet.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Text/Hash.h"
 #include "Text/Search.h"
 #include "Text/Unicode.h"
 #include "Text/Utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 
 namespace {
 
 using qb::text::kFirstMalformed;
+
+// By kind.
+constexpr bool (*kTests[])(std::uint32_t character) = {
+    nullptr,
+    qb::text::isWhitespace,
+    qb::text::isWhitespaceOrNewline,
+    qb::text::isNewline,
+    qb::text::isDecimalDigit,
+    qb::text::isLetter,
+    qb::text::isLetterOrNumber,
+    qb::text::isUppercaseLetter,
+    qb::text::isLowercaseLetter,
+    qb::text::isPunctuation,
+};
 
 } // namespace
 
@@ -32,65 +50,62 @@ Class *NSCharacterSet::cls() {
         qb::method<"invertedSet">(&NSCharacterSet::invertedSet),
         qb::method<"characterIsMember:">(&NSCharacterSet::characterIsMember),
         qb::method<"longCharacterIsMember:">(&NSCharacterSet::longCharacterIsMember),
+        qb::initialiser<"initWithCoder:">(&NSCharacterSet::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSCharacterSet::encodeWithCoder),
     };
-    static Class *const self =
-        new Class("NSCharacterSet", NSObject::cls(), methods, qb::construct<NSCharacterSet>, {"NSCopying"});
+    static Class *const self = new Class("NSCharacterSet", NSObject::cls(), methods,
+                                         qb::construct<NSCharacterSet>, {"NSCopying", "NSCoding"});
     return self;
 }
 
 // --- Classes, each made on first use and kept ---
 
-NSCharacterSet *NSCharacterSet::sharedWithTest(Test test) {
-    auto *const set = new NSCharacterSet;
-    set->makeImmortal();
-    set->test_ = test;
-    set->learnAscii();
+NSCharacterSet *NSCharacterSet::shared(Kind kind) {
+    static constinit std::array<NSCharacterSet *, kKinds> sets{};
+    NSCharacterSet *&set = sets[static_cast<std::size_t>(kind)];
+    if (!set) {
+        set = new NSCharacterSet;
+        set->makeImmortal();
+        set->kind_ = kind;
+        set->learnAscii();
+    }
     return set;
 }
 
 NSCharacterSet *NSCharacterSet::whitespaceCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isWhitespace);
-    return set;
+    return shared(Kind::whitespace);
 }
 
 NSCharacterSet *NSCharacterSet::whitespaceAndNewlineCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isWhitespaceOrNewline);
-    return set;
+    return shared(Kind::whitespaceAndNewline);
 }
 
 NSCharacterSet *NSCharacterSet::newlineCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isNewline);
-    return set;
+    return shared(Kind::newline);
 }
 
 NSCharacterSet *NSCharacterSet::decimalDigitCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isDecimalDigit);
-    return set;
+    return shared(Kind::decimalDigit);
 }
 
 NSCharacterSet *NSCharacterSet::letterCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isLetter);
-    return set;
+    return shared(Kind::letter);
 }
 
 NSCharacterSet *NSCharacterSet::alphanumericCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isLetterOrNumber);
-    return set;
+    return shared(Kind::alphanumeric);
 }
 
 NSCharacterSet *NSCharacterSet::uppercaseLetterCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isUppercaseLetter);
-    return set;
+    return shared(Kind::uppercaseLetter);
 }
 
 NSCharacterSet *NSCharacterSet::lowercaseLetterCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isLowercaseLetter);
-    return set;
+    return shared(Kind::lowercaseLetter);
 }
 
 NSCharacterSet *NSCharacterSet::punctuationCharacterSet() {
-    static NSCharacterSet *const set = sharedWithTest(qb::text::isPunctuation);
-    return set;
+    return shared(Kind::punctuation);
 }
 
 // --- Other sets ---
@@ -137,7 +152,7 @@ BOOL NSCharacterSet::setUpWithRange(NSRange range) {
 
 NSCharacterSet *NSCharacterSet::invertedSet() const {
     auto set = Ref<NSCharacterSet>::adopt(new NSCharacterSet);
-    set->test_ = test_;
+    set->kind_ = kind_;
     set->ranges_ = ranges_;
     set->isInverted_ = !isInverted_;
     set->learnAscii();
@@ -153,12 +168,30 @@ void NSCharacterSet::learnAscii() {
 }
 
 bool NSCharacterSet::isListed(std::uint32_t character) const {
-    if (test_)
-        return test_(character);
+    static_assert(std::size(kTests) == kKinds);
+    if (kind_ != Kind::listed)
+        return kTests[static_cast<std::size_t>(kind_)](character);
     const auto behind =
         std::upper_bound(ranges_.begin(), ranges_.end(), character,
                          [](std::uint32_t code, const NSRange &range) { return code < range.location; });
     return behind != ranges_.begin() && NSLocationInRange(character, behind[-1]);
+}
+
+/// Sets that were made alike are equal at once; others are compared character by character.
+BOOL NSCharacterSet::isEqual(id other) const {
+    const auto *const set = qb::castOrNil<NSCharacterSet>(other);
+    if (!set || ascii_ != set->ascii_)
+        return NO;
+    if (kind_ == set->kind_ && isInverted_ == set->isInverted_ && ranges_ == set->ranges_)
+        return YES;
+    for (std::uint32_t character = 128; character <= kFirstMalformed; ++character)
+        if (longCharacterIsMember(character) != set->longCharacterIsMember(character))
+            return NO;
+    return YES;
+}
+
+std::uint32_t NSCharacterSet::hash() const {
+    return qb::text::hashBytes(reinterpret_cast<const char *>(ascii_.data()), sizeof ascii_);
 }
 
 BOOL NSCharacterSet::longCharacterIsMember(std::uint32_t character) const {

@@ -142,32 +142,27 @@ NSNumber *NSNumber::numberWithDouble(double value) {
 }
 
 BOOL NSNumber::setUpWithBool(BOOL value) {
-    type_ = Type::boolean;
-    integer_ = value ? 1 : 0;
+    setUpInteger(Type::boolean, value ? 1 : 0);
     return YES;
 }
 
 BOOL NSNumber::setUpWithInt(std::int32_t value) {
-    type_ = Type::int32;
-    integer_ = value;
+    setUpInteger(Type::int32, value);
     return YES;
 }
 
 BOOL NSNumber::setUpWithUnsignedInt(std::uint32_t value) {
-    type_ = Type::uint32;
-    integer_ = value;
+    setUpInteger(Type::uint32, value);
     return YES;
 }
 
 BOOL NSNumber::setUpWithLongLong(std::int64_t value) {
-    type_ = Type::int64;
-    integer_ = value;
+    setUpInteger(Type::int64, value);
     return YES;
 }
 
 BOOL NSNumber::setUpWithUnsignedLongLong(std::uint64_t value) {
-    type_ = Type::uint64;
-    integer_ = static_cast<std::int64_t>(value);
+    setUpInteger(Type::uint64, static_cast<std::int64_t>(value));
     return YES;
 }
 

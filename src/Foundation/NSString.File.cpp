@@ -1,7 +1,6 @@
 // Strings from files and back.
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileOutputStream.h>
@@ -10,30 +9,24 @@
 #include "Foundation/FileContents.h"
 #include "Foundation/NSString.Tables.h"
 
-#include <cerrno>
-#include <cstring>
 #include <string>
 
 namespace {
 
 constexpr const char *kFile = "src/Foundation/NSString.File";
 
-std::string_view checkedPath(NSString *path, const char *selector) {
+void requirePath(NSString *path, const char *selector) {
     if (!path)
         throw InvalidArgumentException(std::string("NSString ") + selector +
                                        " must have a path that is not nil.");
-    return path->view();
 }
 
 Ref<NSString> initWithContentsOfClass(Class *asked, NSString *path) {
-    const std::string_view name = checkedPath(path, "initWithContentsOfFile:");
+    requirePath(path, "initWithContentsOfFile:");
     std::string bytes;
-    const bool isCString = name.find('\0') == std::string_view::npos;
-    const int error = isCString ? qb::readFileContents(path->cString(), bytes) : EINVAL;
-    if (error == 0)
-        return NSString::initOfClass(asked, bytes);
-    qb::raiseError(kFile, __LINE__, qb::kErrorCannotRead, path, std::strerror(error));
-    return {};
+    if (!qb::readFileContentsOrRaise(path, bytes, kFile, __LINE__))
+        return {};
+    return NSString::initOfClass(asked, bytes);
 }
 
 NSString *stringWithContentsOfClass(Class *asked, NSString *path) {
@@ -60,7 +53,7 @@ Ref<NSMutableString> NSMutableString::initWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSString::writeToFile(NSString *path, BOOL atomically) const {
-    checkedPath(path, "writeToFile:atomically:");
+    requirePath(path, "writeToFile:atomically:");
     const qb::SavedErrors earlier; // an atomic stream takes a pending error for one of its own
     QBFileOutputStream::writeToFile(self(), path, atomically);
     return !qb::isErrorPending();

@@ -5,6 +5,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/PropertyListText.h"
 #include "Text/PlistText.h"
 #include "Text/Scan.h"
 
@@ -31,8 +32,8 @@ NSString *NSString::stringRepresentation() const {
     if (length > kLongestText)
         throw InvalidArgumentException(
             "NSString stringRepresentation must have a result of less than 2^32 - 1 bytes.");
-    std::string text(static_cast<std::size_t>(length), '\0');
-    qb::text::writePlistText(bytes_, byteLength_, text.data());
+    std::string text;
+    qb::appendPropertyListString(text, view());
     return stringWith(text);
 }
 

@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSValue.h>
 
+#include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -20,9 +21,11 @@ Class *NSValue::cls() {
         qb::method<"pointerValue">(&NSValue::pointerValue),
         qb::method<"nonretainedObjectValue">(&NSValue::nonretainedObjectValue),
         qb::method<"isEqualToValue:">(&NSValue::isEqualToValue),
+        qb::initialiser<"initWithCoder:">(&NSValue::setUpWithCoder),
+        qb::method<"encodeWithCoder:">(&NSValue::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSValue", NSObject::cls(), methods, nullptr, {"NSCopying", "NSCoding"});
+        new Class("NSValue", NSObject::cls(), methods, qb::construct<NSValue>, {"NSCopying", "NSCoding"});
     return self;
 }
 

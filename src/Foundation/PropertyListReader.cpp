@@ -6,6 +6,7 @@
 
 #include "Text/Hash.h"
 #include "Text/Hex.h"
+#include "Text/PlistBlock.h"
 #include "Text/Scan.h"
 #include "Text/Utf8.h"
 

@@ -153,10 +153,12 @@ private:
 void appendPropertyListString(std::string &target, std::string_view text) {
     const std::size_t before = target.size();
     const std::uint64_t length = text::plistTextLength(text.data(), text.size());
-    if (length > target.max_size() - before)
+    if (length > target.max_size() - before - text::kPlistTextSlack)
         throw std::bad_alloc();
-    target.resize(before + static_cast<std::size_t>(length));
+    const std::size_t end = before + static_cast<std::size_t>(length);
+    target.resize(end + text::kPlistTextSlack);
     text::writePlistText(text.data(), text.size(), target.data() + before);
+    target.resize(end);
 }
 
 void appendPropertyListText(std::string &target, id value) {

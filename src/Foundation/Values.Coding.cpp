@@ -1,5 +1,6 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
@@ -8,10 +9,12 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Foundation/NSTimeZone.h>
+#include <QBFoundation/Foundation/NSValue.h>
 
 #include "Calendar/Zone.h"
 #include "Foundation/ArchiveFormat.h"
 #include "Foundation/DateParts.h"
+#include "Text/Search.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,6 +39,18 @@ T decode(NSCoder *coder, const char *type) {
     return value;
 }
 
+void encodeRange(NSCoder *coder, NSRange range) {
+    encode(coder, "I", range.location);
+    encode(coder, "I", range.length);
+}
+
+NSRange decodeRange(NSCoder *coder) {
+    NSRange range;
+    range.location = decode<std::uint32_t>(coder, "I");
+    range.length = decode<std::uint32_t>(coder, "I");
+    return range;
+}
+
 void encodeCount(NSCoder *coder, std::uint32_t count) {
     encode(coder, "I", count);
 }
@@ -54,11 +69,15 @@ bool decodeObjects(NSCoder *coder, std::vector<id> &objects) {
 
 const std::vector<Class *> &qb::archive::valueClasses() {
     static const auto &classes = *new std::vector<Class *>{
-        NSArray::cls(),        NSCalendarDate::cls(),  NSData::cls(),
-        NSDate::cls(),         NSDictionary::cls(),    NSLongLongNumber::cls(),
-        NSMutableArray::cls(), NSMutableData::cls(),   NSMutableDictionary::cls(),
-        NSMutableSet::cls(),   NSMutableString::cls(), NSNumber::cls(),
-        NSSet::cls(),          NSString::cls(),        NSTimeZone::cls(),
+        NSArray::cls(),          NSCalendarDate::cls(),
+        NSCharacterSet::cls(),   NSData::cls(),
+        NSDate::cls(),           NSDictionary::cls(),
+        NSLongLongNumber::cls(), NSMutableArray::cls(),
+        NSMutableData::cls(),    NSMutableDictionary::cls(),
+        NSMutableSet::cls(),     NSMutableString::cls(),
+        NSNumber::cls(),         NSSet::cls(),
+        NSString::cls(),         NSTimeZone::cls(),
+        NSValue::cls(),
     };
     return classes;
 }
@@ -125,6 +144,47 @@ BOOL NSNumber::setUpWithCoder(NSCoder *coder) {
     default:
         return NO;
     }
+}
+
+// --- Ranges ---
+
+void NSValue::encodeWithCoder(NSCoder *coder) const {
+    if (type_ != Type::range)
+        return NSObject::encodeWithCoder(coder);
+    encode(coder, "C", static_cast<std::uint8_t>(type_));
+    encodeRange(coder, range_);
+}
+
+BOOL NSValue::setUpWithCoder(NSCoder *coder) {
+    if (decode<std::uint8_t>(coder, "C") != static_cast<std::uint8_t>(Type::range))
+        return NO;
+    range_ = decodeRange(coder);
+    return YES;
+}
+
+void NSCharacterSet::encodeWithCoder(NSCoder *coder) const {
+    encode(coder, "C", static_cast<std::uint8_t>(kind_));
+    encode(coder, "c", static_cast<BOOL>(isInverted_));
+    encodeCount(coder, static_cast<std::uint32_t>(ranges_.size()));
+    for (const NSRange range : ranges_)
+        encodeRange(coder, range);
+}
+
+BOOL NSCharacterSet::setUpWithCoder(NSCoder *coder) {
+    const auto kind = decode<std::uint8_t>(coder, "C");
+    isInverted_ = decode<BOOL>(coder, "c") != NO;
+    for (auto count = decode<std::uint32_t>(coder, "I"); count > 0; --count) {
+        const NSRange range = decodeRange(coder);
+        const bool isBehindLast = ranges_.empty() || range.location > NSMaxRange(ranges_.back());
+        if (!isBehindLast || range.length == 0 || NSMaxRange(range) > qb::text::kFirstMalformed)
+            return NO;
+        ranges_.push_back(range);
+    }
+    if (kind >= kKinds || (kind != 0 && !ranges_.empty()))
+        return NO;
+    kind_ = static_cast<Kind>(kind);
+    learnAscii();
+    return YES;
 }
 
 // --- Containers ---

@@ -33,6 +33,13 @@ bool isActive(int channel) {
     return OSDebugPrinter::globalDebugPrinter()->isProfileChannelActive(channel);
 }
 
+// Callers set times and sizes, so that these may be any numbers.
+std::int64_t difference(std::int64_t minuend, std::int64_t subtrahend) {
+    std::int64_t result = 0;
+    __builtin_sub_overflow(minuend, subtrahend, &result); // wraps
+    return result;
+}
+
 const char *orNull(const char *text) {
     return text ? text : "(null)";
 }
@@ -53,9 +60,9 @@ std::string indentation() {
 class Measurement {
 public:
     Measurement()
-        : now(OSTime::currentTimeMillis()), sinceLast_(now - printer_->profileLastTime()),
+        : now(OSTime::currentTimeMillis()), sinceLast_(difference(now, printer_->profileLastTime())),
           segment_(OSProcess::getDataSegmentSize()),
-          segmentGrowth_(segment_ - printer_->profileDataSegmentLastTime()) {
+          segmentGrowth_(difference(segment_, printer_->profileDataSegmentLastTime())) {
         printer_->setProfileLastTime(OSTime::currentTimeMillis());
         printer_->setProfileDataSegmentLastTime(segment_);
     }
@@ -91,7 +98,8 @@ void begin(int channel, const Message &message) {
     }
     qb::writeStandardError(indentation() + qb::printed("[start:%s] %s %s\n", nameOf(channel), message.text,
                                                        measurement.tail().c_str()));
-    auto *const kept = static_cast<char *>(_malloc(kMessageSize));
+    // A level that a caller has set below 0 has no item to keep a message.
+    char *const kept = level < 0 ? nullptr : static_cast<char *>(_malloc(kMessageSize));
     if (kept)
         std::memcpy(kept, message.text, kMessageSize);
     printer->setMessage(kept, level);
@@ -118,7 +126,7 @@ void end(int channel, const Message &message) {
     const char *const begun = printer->messageFromProfileStackItem(level);
     const int begunChannel = printer->channelFromProfileStackItem(level);
     if (begunChannel == channel && begun && std::strcmp(begun, message.text) == 0) {
-        const std::int64_t time = measurement.now - printer->startTimeFromProfileStackItem(level);
+        const std::int64_t time = difference(measurement.now, printer->startTimeFromProfileStackItem(level));
         qb::writeStandardError(
             indentation() +
             qb::printed("[end  :%s] %s %s\n", nameOf(channel), begun,
@@ -138,8 +146,8 @@ void end(int channel, const Message &message) {
 
 [[gnu::format(printf, 1, 0)]] Message messageOf(const char *format, std::va_list arguments) {
     Message message;
-    if (format)
-        std::vsnprintf(message.text, sizeof message.text, format, arguments);
+    if (format && std::vsnprintf(message.text, sizeof message.text, format, arguments) < 0)
+        message.text[0] = '\0'; // whatever a conversion that failed has left
     return message;
 }
 

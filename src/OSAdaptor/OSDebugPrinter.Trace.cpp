@@ -23,18 +23,37 @@ void writeTrace(int channel, const char *format, const qb::ArgList &argList) {
     OSLogger::loggerForCategory("debug"_ns)->logWithLevelFormatAndArglist(0, whole, argList);
 }
 
+// Apart, so that the arguments of a silent trace are not even stored.
+[[gnu::cold, gnu::noinline]] void writeTraceOfArguments(int channel, const char *format,
+                                                        std::va_list arguments) {
+    const NSAutoreleasePool pool;
+    // Taken by the caller's format alone: a "%" in the channel's name has no argument.
+    const qb::ArgList argList(qb::variadicValues(format ? format : "", arguments));
+    writeTrace(channel, format, argList);
+}
+
+const char *orNil(const char *text) {
+    return text ? text : "<nil>";
+}
+
+// The values that kPlaceFormat wants.
+std::vector<qb::Value> valuesOf(const qb::TracePlace &place) {
+    const Class *cls = place.receiver ? place.receiver->classObject() : nullptr;
+    if (place.receiverClass)
+        cls = place.receiverClass();
+    return {orNil(place.file), place.line, orNil(cls ? cls->name()->cString() : nullptr),
+            place.receiverClass ? '+' : '-', orNil(place.selector)};
+}
+
 } // namespace
 
 void debug_printf(int channel, const char *format, ...) {
     if (!qb::isDebugChannelActive(channel))
         return;
-    const NSAutoreleasePool pool;
     std::va_list arguments;
     va_start(arguments, format);
-    // Taken by the caller's format alone: a "%" in the channel's name has no argument.
-    const qb::ArgList argList(qb::variadicValues(format ? format : "", arguments));
+    writeTraceOfArguments(channel, format, arguments);
     va_end(arguments);
-    writeTrace(channel, format, argList);
 }
 
 void qb::traceWithArgList(int channel, const char *format, const ArgList &argList) {
@@ -48,9 +67,7 @@ void qb::traceWithArgList(int channel, const TracePlace &place, const char *form
     if (!isDebugChannelActive(channel))
         return;
     const NSAutoreleasePool pool;
-    Class *const cls = place.receiver ? place.receiver->classObject() : place.receiverClass();
-    std::vector<Value> values = {place.file, place.line, cls->name(), place.receiver ? '-' : '+',
-                                 place.selector};
+    std::vector<Value> values = valuesOf(place);
     values.insert(values.end(), argList.begin(), argList.end());
     const std::string whole = std::string(kPlaceFormat) + (format ? format : "");
     writeTrace(channel, whole.c_str(), ArgList(std::move(values)));

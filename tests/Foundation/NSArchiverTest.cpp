@@ -6,6 +6,7 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Send.h>
 
@@ -208,6 +209,14 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
          "24 an object of class 'NSCalendarDate' can't have its values"},
         {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
          "18 an object of class 'NSNumber' can't have its values"},
+        {archiveOf({"NSValue"}, {"\1\3\20\3\0\3\0"s}, one),
+         "17 an object of class 'NSValue' can't have its values"},
+        {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\4\3\0\3\2\3\2\3\2"s}, one), // touching ranges
+         "24 an object of class 'NSCharacterSet' can't have its values"},
+        {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\2\3\0\3\0"s}, one), // an empty range
+         "24 an object of class 'NSCharacterSet' can't have its values"},
+        {archiveOf({"NSCharacterSet"}, {"\1\3\24\3\0\3\0"s}, one), // a class that is none
+         "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
         {archiveOf({"k"}, {}, "\11\0\0"s), "13 an object has less values than its class reads"},
@@ -439,6 +448,8 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
+    EXPECT_THROW(NSArchiver::archivedDataWithRootObject(NSValue::valueWithPointer(nullptr)),
+                 InvalidUseOfMethodException);
     ErrorExpectation error(900005);
     EXPECT_EQ(writer->archiverData(), nullptr);
     EXPECT_EQ(error.values(), "an object could not write itself");

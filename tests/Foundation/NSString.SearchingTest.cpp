@@ -249,6 +249,13 @@ TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
     }
     EXPECT_TRUE(NSCharacterSet::letterCharacterSet()->characterIsMember(0x416));
     EXPECT_EQ(NSCharacterSet::letterCharacterSet(), NSCharacterSet::letterCharacterSet());
+    NSCharacterSet *const newlines =
+        NSCharacterSet::characterSetWithCharactersInString("\v\f\r\n\u0085\u2029\u2028"_ns);
+    EXPECT_TRUE(newlines->isEqual(NSCharacterSet::newlineCharacterSet()));
+    EXPECT_EQ(newlines->hash(), NSCharacterSet::newlineCharacterSet()->hash());
+    EXPECT_FALSE(newlines->isEqual(NSCharacterSet::characterSetWithCharactersInString("\v\f\r\n\u2029"_ns)));
+    EXPECT_FALSE(newlines->isEqual(newlines->invertedSet()));
+    EXPECT_FALSE(newlines->isEqual("\n"_ns));
     EXPECT_THROW(NSCharacterSet::characterSetWithRange({0x110000, 1}), InvalidArgumentException);
     EXPECT_THROW(NSCharacterSet::characterSetWithCharactersInString(nullptr), InvalidArgumentException);
 }

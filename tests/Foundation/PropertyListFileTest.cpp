@@ -8,6 +8,8 @@
 #include "support/TemporaryDirectory.h"
 
 #include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace {
 
@@ -85,6 +87,13 @@ TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
                                    : NSMutableArray::arrayWithContentsOfFile(path),
                   nullptr);
         EXPECT_EQ(error.values(), std::string(path->view()) + row.values);
+    }
+    using qb::sys::Call;
+    for (const auto &[call, cause] : {std::pair(Call::open, EACCES), std::pair(Call::read, EIO)}) {
+        qb::sys::Fault fault(call, /*skip=*/0, /*times=*/1, cause);
+        ErrorExpectation error(100023);
+        EXPECT_EQ(NSArray::arrayWithContentsOfFile(directory_.string("list")), nullptr);
+        EXPECT_EQ(error.values(), directory_ / "list" + (" " + std::string(std::strerror(cause))));
     }
 }
 

@@ -21,6 +21,8 @@ TEST_F(PropertyListTextTest, StringsStandBareOrQuoted) {
         {"a b", "\"a b\""},
         {"http://x", "\"http://x\""},
         {"a/*", "\"a/*\""},
+        {"a/b//", "\"a/b//\""},
+        {"/", "/"},
         {"say \"a\\b\"", "\"say \\\"a\\\\b\\\"\""},
         {"\a\b\t\n\v\f\r", "\"\\a\\b\\t\\n\\v\\f\\r\""},
         {"\0\1\x1b\x7f"sv, "\"\\000\\001\\033\\177\""},

@@ -30,12 +30,11 @@ expect() {
 
 snapshot() { (cd "$out" && find . -mindepth 1 | sort | xargs -d '\n' ls -ld --time-style=full-iso); }
 
-# The program fails with that text in its messages, and the old site is as it was.
+# expect_failure WHAT TEXT [SITE OUT]: the program fails with that text in its messages, and the old site is as it was.
 expect_failure() {
     local what=$1 text=$2 before status=0
-    shift 2
     before=$(snapshot)
-    publish "$@" "$site" "$out" >/dev/null 2>"$work/stderr" || status=$?
+    publish "${3:-$site}" "${4:-$out}" >/dev/null 2>"$work/stderr" || status=$?
     [ $status -eq 1 ] || fail "$what: exit status $status"
     grep -qF -- "$text" "$work/stderr" || fail "$what: '$text' is not in: $(cat "$work/stderr")"
     [ "$before" = "$(snapshot)" ] || fail "$what: the old site has changed"
@@ -52,30 +51,36 @@ new_site() {
     printf '{{#each site.people as p}}{{p.name}}:{{#each p.tags as t}}{{t}};{{/each}}{{/each}}' \
         >"$site/templates/who.html"
     page index.html '{ title = "T & T"; }' '<b>{{site.title}}</b>{{#if page.none}}no{{else}}yes{{/if}}'
-    page deep/text.txt '{ title = Text; }' $'one <1>\n\ntwo'
+    page deep/text.txt '{ title = Text; }' $'one <1>\n\n{{> who}}'
     echo data >"$site/assets/data.bin"
     ln -s data.bin "$site/assets/link"
+    echo own >"$site/assets/own.html"
     echo more >"$site/assets/d/more"
     ln -s d "$site/assets/way"
 }
 
 new_site
-expect 'first run' "$out: 6 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'first run' "$out: 7 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$(cat "$out/index.html")" = '<h1>T &amp; T</h1>&lt;Ada&gt;:x;y;Bob:
 
 <b>A &amp; B</b>yes
 <a href="index.html">' ] || fail "index.html: $(cat "$out/index.html")"
-grep -qF '<p>one &lt;1&gt;</p>' "$out/deep/text.html" || fail "text.html: $(cat "$out/deep/text.html")"
-grep -qF '<a href="../index.html">' "$out/deep/text.html" || fail 'the way to the root'
+[ "$(cat "$out/deep/text.html")" = '<h1>Text</h1>&lt;Ada&gt;:x;y;Bob:
+
+<p>one &lt;1&gt;</p>
+
+<p>&lt;Ada&gt;:x;y;Bob:
+</p><a href="../index.html">' ] || fail "text.html: $(cat "$out/deep/text.html")"
 [ "$(readlink "$out/assets/link")" = data.bin ] || fail 'the link was not copied as one'
 [ ! -e "$out/.publish" ] || fail 'something is left of the run'
 
-before=$(stat -c '%i %Y' "$out/index.html")
+before=$(snapshot)
+expect 'second run' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
+[ "$before" = "$(snapshot)" ] || fail 'a run without changes changed something'
 page deep/text.txt '{ title = Text; }' three
-expect 'second run' "$out: 1 written, 5 unchanged, 0 removed [0]" publish "$site" "$out"
-[ "$before" = "$(stat -c '%i %Y' "$out/index.html")" ] || fail 'an unchanged page was written'
-rm "$site/pages/deep/text.txt" "$site"/assets/{data.bin,link,way}
-expect 'removal' "$out: 0 written, 2 unchanged, 4 removed [0]" publish "$site" "$out"
+expect 'run with one change' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+rm "$site/pages/deep/text.txt" "$site"/assets/{data.bin,link,way,own.html}
+expect 'removal' "$out: 0 written, 2 unchanged, 5 removed [0]" publish "$site" "$out"
 [ "$(cd "$out" && find . -mindepth 1 | sort | xargs)" = \
     './assets ./assets/d ./assets/d/more ./index.html ./manifest.plist' ] || fail "left: $(find "$out")"
 expect 'quiet' ' [0]' publish --quiet "$site" "$out"
@@ -85,46 +90,164 @@ echo foreign >"$out/assets/d/foreign"
 expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
 rm "$out/assets/d/foreign"
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed [0]" publish "$site" "$out"
+longest=$(printf 'n%.0s' {1..250})
+page "$longest.txt" '{ title = T; }' x
+echo other >"$work/other"
+ln -s "$work/other" "$site/assets/outside"
+ln -s "$site/assets/d" "$site/assets/absolute"
+echo hidden >"$site/assets/.hidden"
+expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
+{ [ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
+    [ "$(cat "$out/assets/outside")" = other ]; } || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
 
-# What somebody else put under our name is taken away, but nothing behind it.
+# What somebody else put under our names is taken away or refused; nothing behind a link is touched.
+new_site
+publish --quiet "$site" "$out"
 mkdir "$work/precious"
-touch "$work/precious/journal.plist"
-ln -s "$work/precious" "$out/.publish"
-expect 'a planted link' "$out: 0 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
-[ -e "$work/precious/journal.plist" ] || fail 'the planted link was followed'
+touch "$work/precious"/{journal.plist,index.html,more}
+plant() { # NAME-IN-OUT TARGET: puts a link there
+    rm -rf "${out:?}/$1"
+    ln -s "$2" "$out/$1"
+}
+plant .publish "$work/precious"
+expect 'a link to stage in' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
+plant index.html "$work/precious/index.html"
+expect 'a link for a page' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+[ ! -L "$out/index.html" ] || fail 'the link is still there'
+cp "$out/deep/text.html" "$work/precious"
+plant deep "$work/precious"
+expect_failure 'a link for a directory' "'$out/deep' is in the way of the site."
+rm "$site"/pages/deep/text.txt
+expect 'a link above an old page' "$out: 0 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+journal() { # TEXT: as a run leaves it that was cut off
+    mkdir -p "$out/.publish/files/deep"
+    touch "$out/.publish/files/deep/new"
+    echo "$1" >"$out/.publish/journal.plist"
+}
+journal '{ removed = ( "deep/text.html" ); }'
+expect 'a journal of what is behind a link' "$out: 0 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+journal '{ moved = ( "deep/new" ); }'
+expect_failure 'a journal of what goes behind a link' "'$out/deep' is in the way of the site."
+rm -r "$out/.publish"
+[ "$(cd "$work/precious" && echo *)" = 'index.html journal.plist more text.html' ] || fail 'a link was followed'
+while IFS='|' read -r file text message; do
+    mkdir -p "$(dirname "$out/$file")"
+    echo "$text" >"$out/$file"
+    expect_failure "$file: $text" "$message"
+    rm -rf "$out/.publish"
+done <<ROWS
+.publish/journal.plist|{ removed = ( "../precious/more" ); }|'../precious/more' is no path inside of a site.
+.publish/journal.plist|{ moved = ( "$work/x" ); }|'$work/x' is no path inside of a site.
+.publish/journal.plist|{ moved = ( ".publish/journal.plist" ); }|'.publish/journal.plist' is no path inside of a site.
+.publish/journal.plist|{ removed = ( "index.html" ); moved = x; }|'moved' is no list.
+.publish/journal.plist|{ moved = |In '$out/.publish/journal.plist':
+.publish/journal.plist|( moved )|.publish/journal.plist: the text is no dictionary.
+manifest.plist|{ files = ( "../precious/more" ); }|manifest.plist: '../precious/more' is no path inside of a site.
+manifest.plist|{ files = ( (a) ); }|is no path inside of a site.
+ROWS
 
 # Whatever is wrong with a site, the old one stays and the message says where it is.
-bad_page() {
-    page index.html "$3" "$4"
-    expect_failure "$1" "$2"
-}
-bad_page 'missing key' "pages/index.html:3: there is no value for 'page.titel'." '{ title = T; }' '{{page.titel}}'
-bad_page 'malformed head' 'The property list is malformed in line 1' '{ title = T; ' x
-bad_page 'file of a malformed head' "pages/index.html'" '{ title = T; ' x
-bad_page 'unknown template' "there is no template 'gone'." '{ title = T; template = gone; }' x
-bad_page 'open braces' "pages/index.html:3: a '{{' is not closed." '{ title = T; }' '{{> who'
-bad_page 'no list' "pages/index.html:3: 'page.title' is no list." '{ title = T; }' '{{#each page.title as t}}{{/each}}'
-bad_page 'not UTF-8' "index.html: the text is not valid UTF-8 at byte 19." '{ title = T; }' $'\xff'
-echo 'no head' >"$site/pages/index.html"
-expect_failure 'no head' 'a page begins with a property list'
+new_site
+rm -r "$out"
+publish --quiet "$site" "$out"
+while IFS='|' read -r what message head body; do
+    page index.html "$head" "$(printf %b "$body")"
+    expect_failure "$what" "$message"
+done <<'ROWS'
+missing key|pages/index.html:3: there is no value for 'page.titel'.|{ title = T; }|{{page.titel}}
+way through a text|pages/index.html:4: there is no value for 'page.title.x'.|{ title = T; }|\n{{{page.title.x}}}
+malformed head|The property list is malformed in line 1, column|{ title = T; |x
+file of a malformed head|In '/|{ title = T; |x
+head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
+unknown template|pages/index.html:1: there is no template 'gone'.|{ title = T; template = gone; }|x
+template elsewhere|there is no template '../site'.|{ title = T; template = "../site"; }|x
+unknown inner template|pages/index.html:3: there is no template 'gone'.|{ title = T; }|{{> gone}}
+open braces|pages/index.html:3: a '{{' is not closed.|{ title = T; }|{{> who
+empty braces|pages/index.html:3: a pair of braces is empty.|{ title = T; }|{{ }}
+open block|pages/index.html:4: a block is not closed.|{ title = T; }|{{#if page}}
+wrong close|pages/index.html:3: a block is closed that is not open.|{ title = T; }|{{#if page}}{{/each}}
+unknown block|pages/index.html:3: a block is neither 'each' nor 'if'.|{ title = T; }|{{#for page}}
+lone else|pages/index.html:3: there is an 'else' without its 'if'.|{ title = T; }|{{else}}
+half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
+no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
+not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21.|{ title = T; }|x\n\xff
+ROWS
 page index.html '{ title = T; }' x
-page index.txt '{ title = T; }' x
-expect_failure 'two pages of one name' "'index.html' would be written twice."
-rm "$site/pages/index.txt"
-ln -s ../nowhere "$site/assets/dangling"
-expect_failure 'an asset that leads nowhere' "site/nowhere'"
-rm "$site/assets/dangling"
-printf '{{> who}}{{> page}}' >"$site/templates/who.html"
-expect_failure 'template loop' "templates/who.html:1: the template 'who' includes itself."
-printf '{ broken\n' >"$site/site.plist"
-expect_failure 'malformed settings' 'The property list is malformed in line 2, column 1'
-expect_failure 'file of malformed settings' "site/site.plist'"
+page_of() { printf '{ title = T; }\\n---\\n%s' "$1"; }
+while IFS='|' read -r path what message; do # a file, pipe or link instead of what may be there
+    mkdir -p "$(dirname "$site/$path")"
+    [ ! -e "$site/$path" ] || mv "$site/$path" "$work/kept"
+    case $what in
+    pipe) mkfifo "$site/$path" ;;
+    /* | .*) ln -s "$what" "$site/$path" ;;
+    *) printf %b "$what" >"$site/$path" ;;
+    esac
+    expect_failure "$path: $what" "$message"
+    rm "$site/$path"
+    [ ! -e "$work/kept" ] || mv "$work/kept" "$site/$path"
+done <<ROWS
+pages/x.html|no head|pages/x.html:1: a page begins with a property list
+pages/long.txt|$(page_of 'a & {{> who}}\n\n\nb\n\n{{page.none}}')|pages/long.txt:8: there is no value for 'page.none'.
+pages/index.txt|$(page_of '')|'index.html' would be written twice.
+pages/assets/own.txt|$(page_of '')|'assets/own.html' would be written twice.
+pages/manifest.plist/x.txt|$(page_of '')|'manifest.plist' would be written twice.
+pages/deep/text.html/x.txt|$(page_of '')|'deep/text.html' would be written twice.
+pages/n$longest.txt|$(page_of '')|File name too long
+pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
+pages/way|../pages|'$site/pages/way' is no plain file.
+assets/dangling|../nowhere|site/nowhere'
+assets/up|../..|Too many levels of symbolic links
+assets/$longest.long|x|$longest.long
+templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
+templates/who.html|{{> page}}|templates/page.html:1: the template 'who' includes itself.
+templates/who.html|a\n\n{{#if x}}|templates/who.html:3: a block is not closed.
+templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2.
+site.plist|{ broken\n|The property list is malformed in line 2, column 1
+site.plist|{ broken\n|In '$site/site.plist':
+site.plist|( a )|site.plist: the text is no dictionary.
+site.plist|{ texts = x; }|site.plist: 'texts' is no dictionary.
+site.plist|{ texts = { a = "../x"; }; }|site.plist: '../x' is no path inside of a site.
+site.plist|{ texts = { a = gone; }; }|site/gone' could not be read: No such file or directory
+site.plist|{ assets = ".."; }|site.plist: '..' is no path inside of a site.
+site.plist|{ pages = "/"; }|site.plist: '/' is no path inside of a site.
+site.plist|{ templates = ( a ); }|is no path inside of a site.
+site.plist|{ title = T; people = (); assets = gone; }|The directory '$site/gone' can't be read.
+site.plist|{ pages = gone; }|The directory '$site/gone' can't be read.
+site.plist|{ templates = gone; }|there is no template '
+ROWS
+find "$site" -type d -empty -delete
+for ((i = 0; i < 100; ++i)); do
+    echo "{{> t$((i + 1))}}" >"$site/templates/t$i.html"
+done
+page index.html '{ title = T; template = t0; }' x
+expect_failure 'a long way of templates' 't63.html:1: templates include each other too deeply.'
+page index.html '{ title = T; }' x
+while read -r from to message; do
+    expect_failure "$from to $to" "$message" "$from" "$to"
+done <<ROWS
+$work/gone $out '$work/gone/site.plist' could not be read: No such file or directory
+$work/precious $out '$work/precious/site.plist' could not be read: No such file or directory
+$site $site may not contain one another.
+$site $site/new/../out may not contain one another.
+$site/pages/.. $work may not contain one another.
+$out/../site / may not contain one another.
+$site $site/site.plist/.. may not contain one another.
+$site $work/other The directory '$work/other' can't be read.
+ROWS
+[ ! -e "$site/new" ] || fail 'a directory was made in the site'
+as=(flock "$out")
+expect_failure 'two runs at a time' "Another run is writing to '$out'."
+as=()
+publish --quiet "$site" "$out" <&- >&- 2>&- || fail 'closed descriptors'
+page index.html '{ title = T; }' '{{page.none}}'
+before=$(snapshot)
+! publish "$site" "$out" <&- >&- 2>&- || fail 'a run without descriptors succeeded'
+[ "$before" = "$(snapshot)" ] || fail 'a run without descriptors changed something'
 
 new_site
 page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
 (
     ulimit -f 100
-    trap '' XFSZ
     expect_failure 'full disk' 'could not be written'
     [ $failures -eq 0 ]
 ) || failures=$((failures + 1))
@@ -146,6 +269,10 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
     denied 'unreadable directory' "The directory '$site/pages/deep' can't be read." "$site/pages/deep" 000
     denied 'unreadable template' "who.html' could not be read: Permission denied" "$site/templates/who.html" 000
     denied 'unreadable asset' "data.bin' could not be read: Permission denied" "$site/assets/data.bin" 000
+    journal '{ moved = ( "deep/new" ); }'
+    [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
+    denied 'staged files out of sight' "deep/new' could not be read: Permission denied" "$out/.publish/files" 000
+    rm -r "$out/.publish"
     denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
     page index.html '{ title = T; }' x
     publish --quiet "$site" "$out"
@@ -160,19 +287,20 @@ as=()
 
 # A run that is cut off at any of its changes leaves the old site, or is finished by the next one.
 if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/null true 2>/dev/null; then
-    injected() { # CALL:SIGNAL:NUMBER
-        local call=${1%%:*} rest=${1#*:}
+    injected() { # CALL WHAT NUMBER
         (
-            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null \
-                -e inject="$call:signal=${rest%:*}:when=${rest#*:}" "$program" --quiet "$site" "$out"
+            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" \
+                "$program" --quiet "$site" "$out"
             exit $?
         ) 2>"$work/stderr"
     }
     new_site
-    rm -rf "$out"
+    mkdir "$site/assets/e"
+    echo more >"$site/assets/e/more"
     publish --quiet "$site" "$work/old"
     page index.html '{ title = New; }' changed
-    rm "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin}
+    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e}
+    ln -s d "$site/assets/e"
     mkdir "$site/assets/data.bin"
     echo new >"$site/assets/data.bin/new"
     ln -s data.bin/new "$site/assets/other"
@@ -180,23 +308,25 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
     is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
     cuts=0
-    for call in mkdir write symlink fsync rename unlink rmdir; do
+    for call in mkdir write sendfile symlink fsync syncfs rename unlink rmdir 'rename failing' 'syncfs failing'; do
+        what=signal=KILL
+        [ "$call" = "${call% failing}" ] || what=error=EIO
         for ((nth = 1; nth < 40; ++nth)); do
             rm -rf "$out"
             cp -a "$work/old" "$out"
-            ! injected "$call:KILL:$nth" || break
+            ! injected "${call% failing}" $what $nth || break
             cuts=$((cuts + 1))
             [ -e "$out/.publish/journal.plist" ] || same "$work/old" || same "$work/new" ||
-                fail "killed at $call $nth: $(cat "$work/difference")"
+                fail "cut off at $call $nth: $(cat "$work/difference")"
             publish --quiet "$site" "$out" || fail "the run after $call $nth"
             is_all "$work/new" ||
-                fail "the run after the one that was killed at $call $nth: $(cat "$work/difference")"
+                fail "the run after the one that was cut off at $call $nth: $(cat "$work/difference")"
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
     rm -rf "$out"
     cp -a "$work/old" "$out"
-    injected write:INT:1 && fail 'an interrupted run succeeded'
+    injected write signal=INT 1 && fail 'an interrupted run succeeded'
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
 fi
@@ -208,16 +338,34 @@ has 'Usage: publish' --help
 has 'publish ' --version
 has fileio --debug help
 has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
+has '[publish(0) OK] index.html is as it was' --debug publish "$site" "$out"
 has '[start:publish] index.html' --profile publish "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
-publish --quiet --log "$work/log" --log-level 2 "$site" "$out"
+[ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
 grep -q 'unchanged' "$work/log" || fail 'the log has no report'
-for wrong in --no-such-option --log-level '--log-level 256' '--debug nothing' "--log $work/no/log" 'a b c' ''; do
+while IFS='|' read -r arguments message; do
     status=0
-    # shellcheck disable=SC2086
-    publish $wrong "$site" 2>/dev/null || status=$?
-    [ $status -eq 2 ] || fail "$wrong: exit status $status"
-done
+    eval "publish $arguments" 2>"$work/stderr" || status=$?
+    [ $status -eq 2 ] || fail "$arguments: exit status $status"
+    grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
+done <<'ROWS'
+|The directories SITE and OUT are needed (try --help)
+"$site"|The directories SITE and OUT are needed
+"" "$out"|The directories SITE and OUT are needed
+"$site" ""|The directories SITE and OUT are needed
+a b c|There is an argument too many
+--no-such-option "$site" "$out"|There is no option --no-such-option
+-x "$site" "$out"|There is no option -x
+--log-level=1 "$site" "$out"|There is no option --log-level=1
+--log-level|--log-level wants a value
+--log-level 256 "$site" "$out"|'256' is no number that fits
+--log-level -1 "$site" "$out"|'-1' is no number that fits
+--debug-level 1x "$site" "$out"|'1x' is no number that fits
+--debug-level "" "$site" "$out"|'' is no number that fits
+--debug fileio,nothing "$site" "$out"|There is no channel 'nothing'
+--profile nothing "$site" "$out"|There is no channel 'nothing'
+--log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
+ROWS
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"

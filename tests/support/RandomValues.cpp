@@ -2,11 +2,14 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSCharacterSet.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Foundation/NSTimeZone.h>
+#include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/QBNil.h>
 
 #include <cmath>
@@ -22,7 +25,7 @@ id RandomValues::value(unsigned depth) {
 }
 
 id RandomValues::leaf() {
-    switch (upTo(6)) {
+    switch (upTo(7)) {
     case 0:
         return QBNil::value();
     case 1:
@@ -30,8 +33,25 @@ id RandomValues::leaf() {
         return number();
     case 3:
         return date();
+    case 4:
+        return range();
     default:
         return text();
+    }
+}
+
+id RandomValues::range() {
+    const NSRange range = NSMakeRange(upTo(0x10FFFF), upTo(1));
+    NSCharacterSet *const sets[] = {
+        NSCharacterSet::letterCharacterSet(), NSCharacterSet::characterSetWithRange(range),
+        NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith("ac€😀\xFF"))};
+    switch (upTo(2)) {
+    case 0:
+        return NSValue::valueWithRange({range.location, upTo(UINT32_MAX)});
+    case 1:
+        return sets[upTo(2)];
+    default:
+        return sets[upTo(2)]->invertedSet();
     }
 }
 

@@ -20,6 +20,7 @@ private:
     id leaf();
     id container(unsigned depth);
     id number();
+    id range();
     id text();
     id date();
     std::uint32_t upTo(std::uint32_t limit) {

@@ -6,6 +6,8 @@
 #include <QBFoundation/Foundation/NSRange.h>
 #include <QBFoundation/Foundation/NSString.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -46,6 +48,10 @@ public:
     virtual BOOL characterIsMember(unichar character) const { return longCharacterIsMember(character); }
     virtual BOOL longCharacterIsMember(std::uint32_t character) const;
 
+    /// Whether both have the same characters, however they were made.
+    BOOL isEqual(id other) const override;
+    std::uint32_t hash() const override;
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
     /// Whether the character at `position`, which is before `end`, is in the set; `used` takes its bytes.
@@ -54,17 +60,31 @@ public:
 protected:
     virtual BOOL setUpWithCharactersInString(NSString *string);
     virtual BOOL setUpWithRange(NSRange range);
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
-    using Test = bool (*)(std::uint32_t character);
+    // Archives hold these numbers.
+    enum class Kind : std::uint8_t {
+        listed,
+        whitespace,
+        whitespaceAndNewline,
+        newline,
+        decimalDigit,
+        letter,
+        alphanumeric,
+        uppercaseLetter,
+        lowercaseLetter,
+        punctuation
+    };
+    static constexpr std::size_t kKinds = 10;
 
-    static NSCharacterSet *sharedWithTest(Test test);
+    static NSCharacterSet *shared(Kind kind);
     bool isListed(std::uint32_t character) const;
     void learnAscii();
 
-    std::uint64_t ascii_[2] = {}; // of the first 128 characters, inversion included
-    Test test_ = nullptr;         // the class that the set is, or null
-    std::vector<NSRange> ranges_; // else its characters, sorted, none touching another
+    std::array<std::uint64_t, 2> ascii_{}; // of the first 128 characters, inversion included
+    Kind kind_ = Kind::listed;
+    std::vector<NSRange> ranges_; // of a listed set, sorted, none touching another
     bool isInverted_ = false;
 };
 

@@ -14,7 +14,7 @@
 /// and stop at the ends of the target's range; not-a-number becomes 0.
 class QB_EXPORT NSNumber : public NSValue {
 public:
-    NSNumber() = default;
+    NSNumber() noexcept { setUpInteger(Type::int32, 0); }
 
     static Class *cls();
     Class *classObject() const override { return cls(); }
@@ -93,6 +93,10 @@ protected:
     BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
+    void setUpInteger(Type type, std::int64_t value) {
+        type_ = type;
+        integer_ = value;
+    }
     bool isReal() const { return type_ == Type::real32 || type_ == Type::real64; }
     std::int64_t integerValue() const;
 };

@@ -89,7 +89,8 @@ public:
 
     // --- Files ---
 
-    /// Returns the file's bytes as they are; nil with error 100023 (path, system text) when it can't be read.
+    /// Returns the file's bytes as they are. Returns nil after 100039 (path) for a file that is not there,
+    /// and 100023 (path, system text) for one that can't be read.
     static NSString *stringWithContentsOfFile(NSString *path) {
         return initWithContentsOfFile(path).autorelease();
     }

@@ -12,6 +12,9 @@
 /// A value does not change. Values are equal when they hold the same kind of value and the same value.
 class QB_EXPORT NSValue : public NSObject {
 public:
+    /// The range {0, 0}.
+    NSValue() noexcept : type_(Type::range), range_() {}
+
     /// What was put in.
     enum class Type : std::uint8_t {
         boolean,
@@ -49,12 +52,14 @@ public:
     std::uint32_t hash() const override;
     /// Returns "{location, length}" of a range, and the address of pointers and objects.
     NSString *description() const override;
+    /// Throws InvalidUseOfMethodException unless it is a range: an address means nothing to another program.
+    void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
 protected:
-    NSValue() noexcept : integer_(0) {}
+    BOOL setUpWithCoder(NSCoder *coder) override;
 
-    Type type_ = Type::int32;
+    Type type_;
     union {
         std::int64_t integer_; // the bits, of unsigned 64-bit numbers too
         double real_;

@@ -192,17 +192,13 @@ inline bool isDebugChannelActive(int channel) {
            debugChannelActivity[channel] == 1;
 }
 
-/// The operation that a trace comes from: an object's (given the object) or a class's (given its `cls`).
+/// The operation that a trace comes from: an object's (given the object) or a class's (given its `cls`). What
+/// is null is traced as "<nil>".
 struct TracePlace {
     TracePlace(const char *sourceFile, int sourceLine, const NSObject *object, const char *selectorText)
         : file(sourceFile), line(sourceLine), receiver(object), selector(selectorText) {}
     TracePlace(const char *sourceFile, int sourceLine, Class *(*cls)(), const char *selectorText)
         : file(sourceFile), line(sourceLine), receiverClass(cls), selector(selectorText) {}
-    // Member by member, so that compilers keep a place out of memory until its trace is written.
-    TracePlace(const TracePlace &other)
-        : file(other.file), line(other.line), receiver(other.receiver), receiverClass(other.receiverClass),
-          selector(other.selector) {}
-    TracePlace &operator=(const TracePlace &) = delete;
 
     const char *const file;
     const int line;
@@ -226,7 +222,7 @@ template <class... V>
     withArgList([&](const ArgList &list) { traceWithArgList(channel, format, list); }, values...);
 }
 template <class... V>
-[[gnu::cold, gnu::noinline]] void traceActiveAt(int channel, TracePlace place, const char *format,
+[[gnu::cold, gnu::noinline]] void traceActiveAt(int channel, const TracePlace &place, const char *format,
                                                 V... values) {
     withArgList([&](const ArgList &list) { traceWithArgList(channel, place, format, list); }, values...);
 }
@@ -245,9 +241,10 @@ inline void trace(int channel, const char *format, const V &...values) {
 ///     qb::trace(DEBUG_CHANNEL_FILEIO, {kFile, 236, this, "close"}, "renamed to %s", path_);
 ///     qb::trace(DEBUG_CHANNEL_MISC, {kFile, 71, &OSProcess::cls, "kill:"}, "process %d", pid);
 template <class... V>
-inline void trace(int channel, TracePlace place, const char *format, const V &...values) {
+inline void trace(int channel, const TracePlace &place, const char *format, const V &...values) {
+    // A copy of its own, so that compilers put the place together only for a trace that is written.
     if (isDebugChannelActive(channel)) [[unlikely]]
-        detail::traceActiveAt<std::decay_t<const V>...>(channel, place, format, values...);
+        detail::traceActiveAt<std::decay_t<const V>...>(channel, TracePlace(place), format, values...);
 }
 
 /// What the profile functions do when the channel is active, with checked values and the formats of
@@ -258,11 +255,25 @@ QB_EXPORT void profileEndWithArgList(int channel, NSString *format, const ArgLis
 
 } // namespace qb
 
-// The C functions with checked values: the format is a string object.
+#if defined __OPTIMIZE__ && defined __GNUC__ && !defined __clang__
+namespace qb::detail {
+extern "C" QB_EXPORT void debugPrintf(int channel, const char *format, ...) __asm__("debug_printf")
+    __attribute__((format(printf, 2, 3), cold));
+}
+// Where the compiler can hand arguments on, the channel is looked up in the caller, and a silent trace costs
+// no call.
+extern "C" [[gnu::gnu_inline, gnu::always_inline]] inline void debug_printf(int channel, const char *format,
+                                                                            ...) {
+    if (qb::isDebugChannelActive(channel)) [[unlikely]]
+        qb::detail::debugPrintf(channel, format, __builtin_va_arg_pack());
+}
+#endif
+
+// The C functions with checked values: the format is a string object; nil writes nothing for itself.
 
 template <class... V>
 void debug_printf(int channel, NSString *format, const V &...values) {
-    qb::trace(channel, format->cString(), values...);
+    qb::trace(channel, format ? format->cString() : nullptr, values...);
 }
 template <class... V>
 void profile_beginAction(int channel, NSString *format, const V &...values) {

@@ -1,0 +1,157 @@
+#include "OutputDirectory.h"
+
+#include "Channels.h"
+#include "Files.h"
+#include "Messages.h"
+#include "OwnFiles.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace publish {
+
+namespace {
+
+constexpr std::string_view kStaging = ".publish";
+
+// Removes a directory of ours with all that is in it. No link is followed, be it ours or planted.
+bool removeTree(NSString *path) {
+    return NSFileManager::defaultManager()->removeFileAtPath(path) || errno == ENOENT ||
+           failWith(__LINE__, qb::kErrorCannotRemove, path);
+}
+
+// Directories that are left empty go with their last file.
+void removeEmptyDirectories(NSString *root, NSString *path) {
+    for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
+         directory = directory->stringByDeletingLastPathComponent())
+        if (::rmdir(root->stringByAppendingPathComponent(directory)->cString()) != 0)
+            return;
+}
+
+} // namespace
+
+bool isSitePath(NSString *path) {
+    const std::string_view text = path->view();
+    return isInside(text) && text.substr(0, text.find('/')) != kStaging;
+}
+
+OutputDirectory::OutputDirectory(NSString *path)
+    : path_(path), staging_(place(NSString::stringWith(kStaging))),
+      files_(staging_->stringByAppendingPathComponent("files"_ns)),
+      journal_(staging_->stringByAppendingPathComponent("journal.plist"_ns)) {}
+
+OutputDirectory::~OutputDirectory() {
+    if (hasStaged_) {
+        ::unlink(journal_->cString()); // first, so that it never names what is gone
+        removeTree(staging_);
+    }
+    if (lock_ >= 0)
+        ::close(lock_);
+}
+
+bool OutputDirectory::lock() {
+    lock_ = ::open(path_->cString(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (lock_ < 0)
+        return fail(__LINE__, kErrorDirectoryUnreadable, path_.get());
+    return ::flock(lock_, LOCK_EX | LOCK_NB) == 0 || fail(__LINE__, kErrorBusy, path_.get());
+}
+
+bool OutputDirectory::begin() {
+    OSFilePath::makePath(path_);
+    if (hasFailed() || !lock() || !recover())
+        return false;
+    hasStaged_ = NSFileManager::defaultManager()->createDirectoryAtPath(staging_, nullptr);
+    return hasStaged_ || failWith(__LINE__, qb::kErrorCannotMakeDirectory, staging_.get());
+}
+
+// Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished
+// here.
+bool OutputDirectory::recover() {
+    if (kindOf(staging_) == Kind::directory && kindOf(journal_) != Kind::nothing) {
+        Plan plan;
+        return readPlan(journal_, plan) && finish(plan);
+    }
+    return !hasFailed() && removeTree(staging_);
+}
+
+NSString *OutputDirectory::linkAbove(NSString *path) const {
+    for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
+         directory = directory->stringByDeletingLastPathComponent())
+        if (kindOf(place(directory)) == Kind::link)
+            return directory;
+    return nullptr;
+}
+
+bool OutputDirectory::stageManifest(NSArray *files) {
+    return writeManifest(files, staged(NSString::stringWith(kManifest)));
+}
+
+NSArray *OutputDirectory::listedFiles() const {
+    NSString *const manifest = place(NSString::stringWith(kManifest));
+    return kindOf(manifest) == Kind::nothing ? NSArray::array() : readManifest(manifest);
+}
+
+// --- The exchange ---
+
+bool OutputDirectory::exchange(const Plan &plan) {
+    // What is staged is on the disk before the journal says that it is to be used.
+    if (!synchronize() || !writePlan(plan, journal_))
+        return false;
+    hasStaged_ = false; // from here on the next run finishes what this one does not
+    return finish(plan);
+}
+
+bool OutputDirectory::finish(const Plan &plan) {
+    return (carryOut(plan) && removeTree(staging_)) || fail(__LINE__, kErrorUnfinished, path_.get());
+}
+
+bool OutputDirectory::carryOut(const Plan &plan) {
+    return remove(plan.removed) && move(plan.moved) && synchronize();
+}
+
+bool OutputDirectory::remove(NSArray *paths) {
+    for (id element : *paths) {
+        const NSAutoreleasePool pool;
+        auto *path = static_cast<NSString *>(element);
+        // After a run that was cut off, a new directory may have the name, or a new file or link that of one
+        // above it.
+        if (linkAbove(path))
+            continue;
+        if (hasFailed())
+            return false;
+        debug_printf(debugChannel, "%s is removed"_ns, path);
+        if (::unlink(place(path)->cString()) != 0 && errno != ENOENT && errno != EISDIR && errno != ENOTDIR)
+            return failWith(__LINE__, qb::kErrorCannotRemove, place(path));
+        removeEmptyDirectories(path_, path);
+    }
+    return true;
+}
+
+bool OutputDirectory::move(NSArray *paths) {
+    for (id element : *paths) {
+        const NSAutoreleasePool pool;
+        auto *path = static_cast<NSString *>(element);
+        if (kindOf(staged(path)) != Kind::nothing) // else a run that was cut off did it
+            moveOne(path);
+        if (hasFailed())
+            return false;
+    }
+    return true;
+}
+
+void OutputDirectory::moveOne(NSString *path) {
+    if (NSString *const link = linkAbove(path))
+        fail(__LINE__, kErrorInTheWay, place(link));
+    else
+        OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
+    if (!hasFailed())
+        OSFilePath::renamePath(staged(path), place(path));
+}
+
+bool OutputDirectory::synchronize() {
+    return ::syncfs(lock_) == 0 || failWith(__LINE__, qb::kErrorCannotWrite, path_.get());
+}
+
+} // namespace publish

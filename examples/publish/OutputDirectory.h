@@ -1,0 +1,76 @@
+// The directory that a site is published into, and how its files are exchanged.
+//
+// Everything new is first written below OUT/.publish/files. Then a journal names what is to be done, and with
+// that the run is decided: old files go, new ones are renamed to their place, the manifest last. A run that
+// finds a journal finishes what it says before it does anything else, so that a run that was cut off leaves
+// no mixed site behind.
+#ifndef PUBLISH_OUTPUTDIRECTORY_H
+#define PUBLISH_OUTPUTDIRECTORY_H
+
+#include <QBFoundation/QBFoundation.h>
+
+namespace publish {
+
+/// What is to be done when all is staged. The paths are relative to the directory.
+struct Plan {
+    Ref<NSArray> removed = NSArray::init(); // first,
+    Ref<NSArray> moved = NSArray::init();   // then these, in this order
+};
+
+/// One run's hold on the directory. The operations that answer bool return false, with an error raised, when
+/// they fail.
+class OutputDirectory {
+public:
+    explicit OutputDirectory(NSString *path);
+    /// Takes away what was staged, unless it was decided to use it.
+    ~OutputDirectory();
+    OutputDirectory(const OutputDirectory &) = delete;
+    OutputDirectory &operator=(const OutputDirectory &) = delete;
+
+    /// Makes the directory, takes its lock, and finishes a run that was cut off.
+    bool begin();
+
+    NSString *path() const { return path_; }
+    /// Where a file belongs.
+    NSString *place(NSString *path) const { return path_->stringByAppendingPathComponent(path); }
+    /// Where it waits for its exchange; the place of the directory that all of them wait in, for "".
+    NSString *staged(NSString *path) const { return files_->stringByAppendingPathComponent(path); }
+    /// Returns the path of the link that stands where a file's path wants a directory; nil when none does.
+    /// What is behind it is not ours.
+    NSString *linkAbove(NSString *path) const;
+
+    /// Writes the manifest, which names the site's files, where `staged` says.
+    bool stageManifest(NSArray *files);
+    /// The files of the manifest that is in place; nil, with an error raised, when it is not whole.
+    NSArray *listedFiles() const;
+
+    /// Decides that the plan is carried out, by this run or the next one, and does it.
+    bool exchange(const Plan &plan);
+
+private:
+    bool lock();
+    bool recover();
+    bool finish(const Plan &plan);
+    bool carryOut(const Plan &plan);
+    bool remove(NSArray *paths);
+    bool move(NSArray *paths);
+    void moveOne(NSString *path);
+    bool synchronize();
+
+    Ref<NSString> path_;
+    Ref<NSString> staging_;
+    Ref<NSString> files_;
+    Ref<NSString> journal_;
+    int lock_ = -1;
+    bool hasStaged_ = false;
+};
+
+/// The site's list of its files, as a path of one of them.
+inline constexpr const char *kManifest = "manifest.plist";
+
+/// Whether a site may have a file of that relative path: one inside of the directory and not our own.
+bool isSitePath(NSString *path);
+
+} // namespace publish
+
+#endif

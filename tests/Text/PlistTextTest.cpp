@@ -1,0 +1,77 @@
+#include "Text/PlistText.h"
+
+#include "RandomText.h"
+#include "Text/PlistBlock.h"
+
+#include <cctype>
+#include <string>
+#include <vector>
+
+namespace text = qb::text;
+
+namespace {
+
+template <class Block>
+void expectMasksOf(char byte) {
+    const int code = static_cast<unsigned char>(byte);
+    const std::string bytes(3, byte);
+    const Block block(bytes.data(), bytes.size());
+    const auto mask = [](bool isMember) { return isMember ? 7u : 0u; };
+    const bool isBare = code < 128 && (std::isalnum(code) || (code && std::strchr("_$.:/-", code)));
+    EXPECT_EQ(block.bare() & 7, mask(isBare)) << code;
+    EXPECT_EQ(block.slashes() & 7, mask(byte == '/')) << code;
+    EXPECT_EQ(block.blanks() & 7, mask(code < 128 && std::isspace(code))) << code;
+    EXPECT_EQ(block.escaped() & 7, mask(code < 32 || code == 127 || byte == '"' || byte == '\\')) << code;
+    EXPECT_EQ(block.high() & 7, mask(code >= 128)) << code;
+}
+
+using Write = char *(*)(const char *, std::size_t, char *);
+
+// What `write` makes of the text, in no more room than it is promised.
+std::string written(Write write, ExactCopy &copy) {
+    const auto length = static_cast<std::size_t>(text::plistTextLength(copy.begin(), copy.size()));
+    std::vector<char> target(length + text::kPlistTextSlack);
+    const char *const end = write(copy.begin(), copy.size(), target.data());
+    EXPECT_EQ(static_cast<std::size_t>(end - target.data()), length);
+    EXPECT_LE(target.size(), text::plistTextRoom(copy.size()));
+    return {target.data(), length};
+}
+
+} // namespace
+
+TEST(PlistTextTest, BlocksJudgeEachByteAlike) {
+    for (int code = 0; code < 256; ++code) {
+        expectMasksOf<text::plain::PlistBlock>(static_cast<char>(code));
+        expectMasksOf<text::PlistBlock>(static_cast<char>(code));
+    }
+}
+
+TEST(PlistTextTest, PlainAndVectorTextsAgreeAtEachLength) {
+    Random random;
+    const std::string bare[] = {"word", "/", "a", "-x_", "http:", "$.", "123456789"};
+    const std::string any[] = {"word",     "/",
+                               " ",        "\"",
+                               "\\",       "\n",
+                               "\x01",     "\x7F",
+                               "\xC3\xA9", "\xF0\x9F\x98\x80",
+                               "\xFF",     "plain text without any quotes"};
+    for (std::size_t length = 0; length <= 100 && !HasFailure(); ++length)
+        for (std::size_t alignment = 0; alignment < 16; ++alignment)
+            for (const bool isBare : {false, true}) {
+                ExactCopy copy(isBare ? randomText(random, length, bare) : randomText(random, length, any),
+                               alignment);
+                EXPECT_EQ(written(text::writePlistText, copy), written(text::plain::writePlistText, copy));
+            }
+}
+
+TEST(PlistTextTest, CommentsAreFoundAcrossBlocks) {
+    for (std::size_t place = 0; place < 40; ++place) {
+        std::string bytes(42, 'a');
+        bytes[place] = '/';
+        ExactCopy one(bytes, place);
+        EXPECT_EQ(written(text::writePlistText, one), bytes);
+        bytes[place + 1] = '/';
+        ExactCopy two(bytes, place);
+        EXPECT_EQ(written(text::writePlistText, two), '"' + bytes + '"');
+    }
+}
