@@ -153,6 +153,7 @@ private:
         if (pair.phase == Phase::element)
             pair.place = 0;
         pair.phase = Phase::key;
+        // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): keys are never nil
         while (const HashTable::Entry *const entry = b.nextWithHash(key->hash(), pair.place)) {
             pair.candidate = indexOf(entry, b);
             const Verdict verdict = compare(key, entry->key);

@@ -97,7 +97,7 @@ bool copyAny(const std::string &source, const std::string &target) {
 }
 
 /// Whether `path`, where nothing is yet, lies in the directory `top` or below it.
-bool liesInside(std::string path, const struct stat &top) {
+bool liesInside(const std::string &path, const struct stat &top) {
     const std::size_t end = path.find_last_not_of('/');
     const std::size_t slash = end == std::string::npos ? end : path.rfind('/', end);
     std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);

@@ -216,7 +216,7 @@ void HashTable::removeAll() noexcept {
     groups_ = &noGroup;
     mask_ = capacity_ = count_ = 0;
     for (std::uint32_t i = 0; i < used; ++i) {
-        if (!entries[i].key)
+        if (!entries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many entries as used
             continue;
         entries[i].key->release();
         if (entries[i].value)

@@ -176,7 +176,7 @@ NSString *NSCalendarDate::descriptionWithCalendarFormat(NSString *format) const 
 }
 
 Ref<NSObject> NSCalendarDate::copyWithZone(void *) const {
-    const Ref<NSObject> object = classObject()->construct();
+    Ref<NSObject> object = classObject()->construct();
     auto *date = static_cast<NSCalendarDate *>(object.get());
     date->interval_ = interval_;
     date->zone_ = zone_;

@@ -132,7 +132,8 @@ BOOL NSDate::setUpInDistantFuture() {
 NSTimeInterval NSDate::timeIntervalSinceReferenceDateOfClass() {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
     const std::int64_t now = qb::sys::wallNanoseconds();
-    return static_cast<double>(now / kNanoseconds - kReferenceSeconds) +
+    const std::int64_t seconds = now / kNanoseconds;
+    return static_cast<double>(seconds - kReferenceSeconds) +
            static_cast<double>(now % kNanoseconds) / kNanosecondsPerSecond;
 }
 

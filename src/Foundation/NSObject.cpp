@@ -23,6 +23,25 @@ namespace {
 // So deep may destructors call each other before the rest is put aside: some 100 bytes of stack each.
 constexpr unsigned kDeepestDestruction = 64;
 
+// The objects that were put aside. Never destroyed, because objects may still go while the process ends.
+union Waiting {
+    std::vector<NSObject *> objects;
+
+    constexpr Waiting() : objects() {}
+    constexpr ~Waiting() {}
+};
+constinit Waiting waiting;
+
+// Returns false when there is no memory; the object is destroyed at once then, however deep that is.
+bool putAside(NSObject *object) noexcept {
+    try {
+        waiting.objects.push_back(object);
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+}
+
 std::string placeOf(const NSObject *object, const char *selector) {
     return std::string(object->classObject()->nameView()) + " " + selector;
 }
@@ -33,17 +52,14 @@ namespace qb {
 
 void destroy(NSObject *object) noexcept {
     static constinit unsigned depth = 0;
-    static std::vector<NSObject *> &waiting = *new std::vector<NSObject *>;
-    if (depth == kDeepestDestruction) {
-        waiting.push_back(object);
+    if (depth == kDeepestDestruction && putAside(object))
         return;
-    }
     ++depth;
     delete object;
     --depth;
-    while (depth == 0 && !waiting.empty()) {
-        NSObject *const next = waiting.back();
-        waiting.pop_back();
+    while (depth == 0 && !waiting.objects.empty()) {
+        NSObject *const next = waiting.objects.back();
+        waiting.objects.pop_back();
         ++depth;
         delete next;
         --depth;

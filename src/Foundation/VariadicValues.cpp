@@ -50,9 +50,9 @@ Value integer(const Conversions &conversion, std::va_list &arguments) {
 
 } // namespace
 
-std::vector<Value> variadicValues(std::string_view format, std::va_list given) {
-    std::va_list arguments; // as a parameter it is a pointer on some systems, which has no reference
-    va_copy(arguments, given);
+std::vector<Value> variadicValues(std::string_view format, std::va_list arguments) {
+    std::va_list left; // as a parameter it is a pointer on some systems, which has no reference
+    va_copy(left, arguments);
     std::vector<Value> values;
     Conversions conversion(format);
     bool isKnown = true;
@@ -62,33 +62,33 @@ std::vector<Value> variadicValues(std::string_view format, std::va_list given) {
             break;
         case 'd':
         case 'i':
-            values.push_back(integer<int, long, long long, std::ptrdiff_t>(conversion, arguments));
+            values.push_back(integer<int, long, long long, std::ptrdiff_t>(conversion, left));
             break;
         case 'o':
         case 'u':
         case 'x':
         case 'X':
             values.push_back(
-                integer<unsigned, unsigned long, unsigned long long, std::size_t>(conversion, arguments));
+                integer<unsigned, unsigned long, unsigned long long, std::size_t>(conversion, left));
             break;
         case 'e':
         case 'E':
         case 'f':
         case 'g':
-            values.push_back(conversion.count('L') ? static_cast<double>(va_arg(arguments, long double))
-                                                   : va_arg(arguments, double));
+            values.push_back(conversion.count('L') ? static_cast<double>(va_arg(left, long double))
+                                                   : va_arg(left, double));
             break;
         case 'c':
-            values.push_back(static_cast<char>(va_arg(arguments, int)));
+            values.push_back(static_cast<char>(va_arg(left, int)));
             break;
         case 's':
-            values.push_back(static_cast<const char *>(va_arg(arguments, const char *)));
+            values.push_back(static_cast<const char *>(va_arg(left, const char *)));
             break;
         default:
             isKnown = false;
         }
     }
-    va_end(arguments);
+    va_end(left);
     return values;
 }
 

@@ -41,8 +41,8 @@ struct ChunkHead {
 constexpr std::size_t kHeadSize = 64;
 static_assert(sizeof(ChunkHead) <= kHeadSize);
 
-// What was not handed out yet: the part of the newest chunk of a size. Chunks are carved step by step, so that
-// objects made one after the other lie one after the other.
+// What was not handed out yet: the part of the newest chunk of a size. Chunks are carved step by step, so
+// that objects made one after the other lie one after the other.
 struct Uncarved {
     char *next = nullptr;
     char *end = nullptr;

@@ -207,7 +207,7 @@ site.plist|{ broken\n|In '$site/site.plist':
 site.plist|( a )|site.plist: the text is no dictionary.
 site.plist|{ texts = x; }|site.plist: 'texts' is no dictionary.
 site.plist|{ texts = { a = "../x"; }; }|site.plist: '../x' is no path inside of a site.
-site.plist|{ texts = { a = gone; }; }|site/gone' could not be read: No such file or directory
+site.plist|{ texts = { a = gone; }; }|site/gone' does not exist
 site.plist|{ assets = ".."; }|site.plist: '..' is no path inside of a site.
 site.plist|{ pages = "/"; }|site.plist: '/' is no path inside of a site.
 site.plist|{ templates = ( a ); }|is no path inside of a site.
@@ -225,8 +225,8 @@ page index.html '{ title = T; }' x
 while read -r from to message; do
     expect_failure "$from to $to" "$message" "$from" "$to"
 done <<ROWS
-$work/gone $out '$work/gone/site.plist' could not be read: No such file or directory
-$work/precious $out '$work/precious/site.plist' could not be read: No such file or directory
+$work/gone $out '$work/gone/site.plist' does not exist
+$work/precious $out '$work/precious/site.plist' does not exist
 $site $site may not contain one another.
 $site $site/new/../out may not contain one another.
 $site/pages/.. $work may not contain one another.

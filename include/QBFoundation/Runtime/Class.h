@@ -115,7 +115,7 @@ namespace qb {
 /// It only links itself into a list; the class is made when it is first asked for.
 class QB_EXPORT ClassRegistration {
 public:
-    explicit ClassRegistration(Class *(*cls)());
+    explicit ClassRegistration(Class *(*function)());
 
     Class *(*const cls)();
     const ClassRegistration *const next;

@@ -8,7 +8,7 @@ int main() {
     NSString *file = OSFilePath::uniqueTmpFilename();
     OSLogger::disableDuplicateLogToStderr();
     OSLogger::createLoggerForCategory("web"_ns, /*withLogLevel=*/1, /*logPrefix=*/"shop"_ns,
-                                      /*andLogFileName=*/file);
+                                      /*logFileName=*/file);
     OSLogger *logger = OSLogger::loggerForCategory("web"_ns);
     logger->logWithLevelFormat(1, "%d visitors"_ns, 3);
     logger->logWithLevelFormat(2, "too unimportant to be written"_ns);
