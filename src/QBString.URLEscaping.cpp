@@ -9,7 +9,7 @@
 #include "Text/Url.h"
 
 #include <cctype>
-#include <string>
+#include <memory>
 
 namespace {
 
@@ -71,7 +71,7 @@ NSString *NSString::urlUnEscape() const {
     const char *const mark = qb::text::findIn(bytes_, end, qb::text::kUrlMarks);
     if (mark == end)
         return unchanged();
-    std::string text(byteLength_, '\0');
-    const char *const textEnd = qb::text::unescapeUrl(bytes_, end, text.data());
-    return stringWith({text.data(), static_cast<std::size_t>(textEnd - text.data())});
+    const auto text = std::make_unique_for_overwrite<char[]>(byteLength_);
+    const char *const textEnd = qb::text::unescapeUrl(bytes_, end, text.get());
+    return stringWith({text.get(), static_cast<std::size_t>(textEnd - text.get())});
 }

@@ -114,6 +114,39 @@ TEST_F(QBStringURLEscapingTest, EachKindOfEscapeIsUndoneByItsRule) {
     EXPECT_EQ(string("%0:")->urlUnEscape()->view(), std::string(1, static_cast<char>(':' - 87)));
 }
 
+// Byte by byte, as the rules are worded.
+std::string unescaped(std::string_view text) {
+    std::string result;
+    const auto digit = [](char c) {
+        return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : c - 87;
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            result += text[i] == '+' ? ' ' : text[i];
+            continue;
+        }
+        if (i + 1 < text.size())
+            result +=
+                static_cast<char>(digit(text[i + 1]) * 16 + (i + 2 < text.size() ? digit(text[i + 2]) : 0));
+        i += 2;
+    }
+    return result;
+}
+
+TEST_F(QBStringURLEscapingTest, RandomTextsAreUnescapedAsTheRulesAreWorded) {
+    std::mt19937 random(11);
+    const std::string_view pieces[] = {"%",    "+", "%41", "a", "%zz", "plain text of some length, ",
+                                       "\xE4", "1"};
+    for (int i = 0; i < 20000; ++i) {
+        std::string source;
+        for (unsigned count = random() % 30; count > 0; --count)
+            source += pieces[random() % std::size(pieces)];
+        ASSERT_EQ(string(source)->urlUnEscape()->view(), unescaped(source)) << source;
+        NSString *const escaped = string(source)->urlEscape();
+        ASSERT_EQ(escaped->view().find_first_of(" \xE4"), std::string_view::npos) << source;
+    }
+}
+
 TEST_F(QBStringURLEscapingTest, LegalCharactersOfNames) {
     for (int character = -300; character < 600; ++character) {
         const bool isByte = character >= 0 && character < 128;

@@ -43,6 +43,13 @@ std::size_t countIn(const char *position, const char *end, const ByteSet &set) {
     return count;
 }
 
+std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set) {
+    std::uint64_t mask = 0;
+    for (std::size_t i = 0; i < length; ++i)
+        mask |= std::uint64_t{set.contains(static_cast<unsigned char>(position[i]))} << i;
+    return mask;
+}
+
 std::size_t countByte(const char *position, const char *end, char byte) {
     std::size_t count = 0;
     for (; position != end; ++position)
@@ -106,6 +113,21 @@ find(const char *position, const char *end, const ByteSet &set) {
     return find<false>(position, end, set);
 }
 
+[[gnu::target("avx2,popcnt")]] static std::uint64_t membersAmong(const char *position, std::size_t length,
+                                                                 const ByteSet &set) {
+    const Tables tables = tablesOf(set);
+    const auto part = [&](std::size_t start) __attribute__((target("avx2,popcnt"), always_inline)) {
+        const std::size_t rest = length - start;
+        const std::uint32_t mask = members(loadPart(position + start, rest), tables);
+        return mask & ((1u << rest) - 1);
+    };
+    if (length < 32)
+        return part(0);
+    const std::uint64_t low = members(load(position), tables);
+    const std::uint64_t high = length == 64 ? members(load(position + 32), tables) : part(32);
+    return low | high << 32;
+}
+
 [[gnu::target("avx2,popcnt")]] static std::size_t countIn(const char *position, const char *end,
                                                           const ByteSet &set) {
     const Tables tables = tablesOf(set);
@@ -142,6 +164,10 @@ const char *findNotIn(const char *position, const char *end, const ByteSet &set)
 
 std::size_t countIn(const char *position, const char *end, const ByteSet &set) {
     return hasAvx2() ? avx2::countIn(position, end, set) : plain::countIn(position, end, set);
+}
+
+std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set) {
+    return hasAvx2() ? avx2::membersAmong(position, length, set) : plain::membersAmong(position, length, set);
 }
 
 std::size_t countByte(const char *position, const char *end, char byte) {

@@ -2,6 +2,8 @@
 #ifndef QB_TEXT_SCAN_H
 #define QB_TEXT_SCAN_H
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,6 +55,49 @@ const char *findNotIn(const char *position, const char *end, const ByteSet &set)
 /// Returns how many bytes are in `set`.
 std::size_t countIn(const char *position, const char *end, const ByteSet &set);
 
+/// Returns one bit for each of the `length` bytes, at most 64, that is in `set`; the first byte's is the
+/// lowest.
+std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set);
+
+/// Goes through the runs of bytes in a set, for texts where they are many: a block of 64 bytes is scanned at
+/// once.
+class MemberRuns {
+public:
+    MemberRuns(const char *position, const char *end, const ByteSet &set)
+        : block_(position), end_(end), set_(set) {}
+
+    /// Moves to the next run of members, or to the part of it that lies in the next block. Returns false at
+    /// the end.
+    bool next() {
+        while (mask_ == 0) {
+            block_ += blockLength_;
+            blockLength_ = std::min<std::size_t>(64, static_cast<std::size_t>(end_ - block_));
+            if (blockLength_ == 0)
+                return false;
+            mask_ = membersAmong(block_, blockLength_, set_);
+        }
+        const int start = std::countr_zero(mask_);
+        const int length = std::countr_one(mask_ >> start);
+        const std::uint64_t lowest = mask_ & (~mask_ + 1);
+        mask_ &= mask_ + lowest; // the sum carries through the run
+        begin_ = block_ + start;
+        runEnd_ = begin_ + length;
+        return true;
+    }
+
+    const char *begin() const { return begin_; }
+    const char *end() const { return runEnd_; }
+
+private:
+    const char *block_;
+    const char *const end_;
+    const ByteSet &set_;
+    std::size_t blockLength_ = 0;
+    std::uint64_t mask_ = 0; // of the block, from the next run on
+    const char *begin_ = nullptr;
+    const char *runEnd_ = nullptr;
+};
+
 /// Returns the first `byte` from `position` on, or `end`. For one byte the C library's scan is the fastest.
 inline const char *findByte(const char *position, const char *end, char byte) {
     if (position == end)
@@ -75,6 +120,7 @@ namespace plain {
 const char *findIn(const char *position, const char *end, const ByteSet &set);
 const char *findNotIn(const char *position, const char *end, const ByteSet &set);
 std::size_t countIn(const char *position, const char *end, const ByteSet &set);
+std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set);
 std::size_t countByte(const char *position, const char *end, char byte);
 } // namespace plain
 

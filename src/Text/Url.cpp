@@ -2,6 +2,7 @@
 
 #include "Text/Bytes.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -23,53 +24,59 @@ unsigned digitAt(const char *position) {
     return kDigits[static_cast<unsigned char>(*position)];
 }
 
-// Copies the run of a text that nothing changes. Runs are short as a rule.
-char *copyRun(const char *position, const char *end, char *target) {
-    const auto length = static_cast<std::size_t>(end - position);
-    if (length <= 64)
-        copyShort(target, position, length);
+char *writeByte(unsigned high, unsigned low, char *target) {
+    *target = static_cast<char>(high << 4 | low);
+    return target + 1;
+}
+
+// Copies what nothing changes, `run` to `runEnd`, out of a text that ends at `end`; the target has at least
+// as much room as the text has from here on. Runs are short as a rule.
+char *copyRun(const char *run, const char *runEnd, const char *end, char *target) {
+    const auto length = static_cast<std::size_t>(runEnd - run);
+    if (length <= 16 && end - run >= 16)
+        std::memcpy(target, run, 16); // what is too much is written over
     else
-        std::memcpy(target, position, length);
+        std::memcpy(target, run, length);
     return target + length;
 }
 
 } // namespace
 
 char *escapeUrl(const char *position, const char *end, const ByteSet &escaped, char *target) {
-    while (position != end) {
-        const char *const hit = findIn(position, end, escaped);
-        target = copyRun(position, hit, target);
-        for (position = hit; position != end; ++position) {
-            const auto byte = static_cast<unsigned char>(*position);
-            if (!escaped.contains(byte))
-                break;
+    for (MemberRuns runs(position, end, escaped); runs.next(); position = runs.end()) {
+        target = copyRun(position, runs.begin(), end, target);
+        for (const char *byte = runs.begin(); byte != runs.end(); ++byte, target += 3) {
+            const auto value = static_cast<unsigned char>(*byte);
             target[0] = '%';
-            target[1] = static_cast<char>('0' + byte / 16);
-            target[2] = static_cast<char>('0' + byte % 16);
-            target += 3;
+            target[1] = static_cast<char>('0' + value / 16);
+            target[2] = static_cast<char>('0' + value % 16);
         }
     }
-    return target;
+    return copyRun(position, end, end, target);
 }
 
 char *unescapeUrl(const char *position, const char *end, char *target) {
-    while (position != end) {
-        const char *const hit = findIn(position, end, kUrlMarks);
-        target = copyRun(position, hit, target);
-        for (position = hit; end - position >= 3 && *position == '%'; position += 3)
-            *target++ = static_cast<char>(digitAt(position + 1) << 4 | digitAt(position + 2));
-        if (position == end)
-            break;
-        if (*position == '+') {
-            *target++ = ' ';
-            ++position;
-        } else if (*position == '%') { // cut
-            if (end - position == 2)
-                *target++ = static_cast<char>(digitAt(position + 1) << 4);
-            position = end;
+    for (MemberRuns runs(position, end, kUrlMarks); runs.next();) {
+        if (runs.end() <= position) // digits, in a manner of speaking
+            continue;
+        const char *const mark = std::max(position, runs.begin());
+        target = copyRun(position, mark, end, target);
+        position = mark;
+        while (position < runs.end()) {
+            if (*position == '+') {
+                *target++ = ' ';
+                ++position;
+                continue;
+            }
+            if (end - position < 3) // cut
+                return end - position == 2 ? writeByte(digitAt(position + 1), 0, target) : target;
+            do { // also those of the runs to come
+                target = writeByte(digitAt(position + 1), digitAt(position + 2), target);
+                position += 3;
+            } while (end - position >= 3 && *position == '%');
         }
     }
-    return target;
+    return copyRun(position, end, end, target);
 }
 
 } // namespace qb::text

@@ -24,6 +24,17 @@ void expectScansEqual(ExactCopy &copy, const text::ByteSet &set) {
     const auto count = static_cast<std::size_t>(std::count_if(begin, end, isIn));
     EXPECT_EQ(text::countIn(begin, end, set), count);
     EXPECT_EQ(text::plain::countIn(begin, end, set), count);
+    std::string kept;
+    const char *next = begin;
+    for (text::MemberRuns runs(begin, end, set); runs.next(); next = runs.end()) {
+        EXPECT_LT(runs.begin(), runs.end());
+        EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), isIn));
+        EXPECT_TRUE(std::none_of(next, runs.begin(), isIn));
+        kept.append(runs.begin(), runs.end());
+    }
+    EXPECT_EQ(kept.size(), count);
+    const std::size_t block = std::min<std::size_t>(64, copy.size());
+    EXPECT_EQ(text::membersAmong(begin, block, set), text::plain::membersAmong(begin, block, set));
 }
 
 } // namespace
