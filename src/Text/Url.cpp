@@ -25,7 +25,7 @@ unsigned digitAt(const char *position) {
 }
 
 char *writeByte(unsigned high, unsigned low, char *target) {
-    *target = static_cast<char>(high << 4 | low);
+    *target = static_cast<char>(high * 16 + low);
     return target + 1;
 }
 
