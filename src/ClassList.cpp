@@ -27,12 +27,15 @@
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
+#include <QBFoundation/OneShotEnumerator.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBase64OutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBEnumFilter.h>
+#include <QBFoundation/QBEnumObjectFilter.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>
@@ -92,6 +95,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"NSValue", &NSValue::cls},
+        {"OneShotEnumerator", &OneShotEnumerator::cls},
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBase64OutputFilter", &QBBase64OutputFilter::cls},
@@ -99,6 +103,15 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
+        {"QBEnumFilter", &QBEnumFilter::cls},
+        {"QBEnumObjectFilter", &QBEnumObjectFilter::cls},
+        {"QBEnumObjectRejectFilter", &QBEnumObjectRejectFilter::cls},
+        {"QBEnumObjectRejectOnErrorFilter", &QBEnumObjectRejectOnErrorFilter::cls},
+        {"QBEnumObjectSelectFilter", &QBEnumObjectSelectFilter::cls},
+        {"QBEnumRejectFilter", &QBEnumRejectFilter::cls},
+        {"QBEnumRejectOnErrorFilter", &QBEnumRejectOnErrorFilter::cls},
+        {"QBEnumRejectOnFalseFilter", &QBEnumRejectOnFalseFilter::cls},
+        {"QBEnumSelectFilter", &QBEnumSelectFilter::cls},
         {"QBErrorCatalogue", &QBErrorCatalogue::cls},
         {"QBErrorHandler", &QBErrorHandler::cls},
         {"QBFileInputStream", &QBFileInputStream::cls},

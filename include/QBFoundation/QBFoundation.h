@@ -33,12 +33,15 @@
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
+#include <QBFoundation/OneShotEnumerator.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBase64OutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBEnumFilter.h>
+#include <QBFoundation/QBEnumObjectFilter.h>
 #include <QBFoundation/QBErrorCatalogue.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileInputStream.h>

@@ -29,6 +29,7 @@ public:
     std::int32_t intValue() const { return 0; }
     NSString *stringValue() const override { return nullptr; }
     const char *cStringValue() const override { return "null"; }
+    NSString *asPhpString() const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
     Ref<NSObject> mutableCopyWithZone(void *) const override { return self(); }
 

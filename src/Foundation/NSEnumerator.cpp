@@ -3,12 +3,15 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSEnumerator.Tables.h"
+
 Class *NSEnumerator::cls() {
     static const qb::Method methods[] = {
         qb::method<"nextObject">(&NSEnumerator::nextObject),
         qb::method<"allObjects">(&NSEnumerator::allObjects),
     };
-    static Class *const self = new Class("NSEnumerator", NSObject::cls(), methods);
+    static Class *const self =
+        new Class("NSEnumerator", NSObject::cls(), {methods, qb::tables::enumeratorFiltering()});
     return self;
 }
 

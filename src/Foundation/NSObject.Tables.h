@@ -8,7 +8,9 @@
 
 namespace qb::tables {
 
+std::span<const Method> objectEnumeratorCompatibility();
 std::span<const Method> objectOutputStreaming();
+std::span<const Method> objectPhpString();
 
 } // namespace qb::tables
 

@@ -106,7 +106,9 @@ Class *NSObject::cls() {
         qb::method<"asData">(&NSObject::asData),
         qb::method<"isIsoDateTimeString">(&NSObject::isIsoDateTimeString),
     };
-    static Class *const self = new Class("NSObject", nullptr, {methods, qb::tables::objectOutputStreaming()},
+    static Class *const self = new Class("NSObject", nullptr,
+                                         {methods, qb::tables::objectEnumeratorCompatibility(),
+                                          qb::tables::objectOutputStreaming(), qb::tables::objectPhpString()},
                                          qb::construct<NSObject>);
     return self;
 }

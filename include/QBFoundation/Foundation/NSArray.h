@@ -12,6 +12,7 @@
 #include <span>
 
 class NSMutableArray;
+class QBEnumFilter;
 
 /// A list of objects that does not change. It retains its elements, none of which is nil.
 ///
@@ -107,6 +108,47 @@ public:
     virtual void makeObjectsPerformSelector(SEL selector) const;
     virtual void makeObjectsPerformSelector(SEL selector, id withObject) const;
 
+    // --- QBArrayAdditions: filtering ---
+    //
+    // Each sends a message by a `QBEnumFilter` or a subclass of it, to the elements or, with an object given
+    // first, to that object with the element as the first value; see there for operations that are missing.
+
+    /// Returns the answers of the elements that are objects, in order.
+    virtual NSArray *filterWithSelector(SEL selector) const;
+    virtual NSArray *filterWithSelector(SEL selector, id withObject) const;
+    virtual NSArray *filterWithSelector(SEL selector, id withObject, id withObject2) const;
+    /// Returns the object's answers to the elements that are objects, in order.
+    virtual NSArray *filterWithObjectSelector(id object, SEL selector) const;
+    virtual NSArray *filterWithObjectSelector(id object, SEL selector, id withObject) const;
+    virtual NSArray *filterWithObjectSelector(id object, SEL selector, id withObject, id withObject2) const;
+    /// Returns the elements whose answer is neither 0 nor nil, in order.
+    virtual NSArray *selectWithSelector(SEL selector) const;
+    virtual NSArray *selectWithSelector(SEL selector, id withObject) const;
+    virtual NSArray *selectWithObject(id object, SEL selector) const;
+    virtual NSArray *selectWithObject(id object, SEL selector, id withObject) const;
+    /// Returns the elements whose answer is 0 or nil, in order.
+    virtual NSArray *rejectWithSelector(SEL selector) const;
+    virtual NSArray *rejectWithSelector(SEL selector, id withObject) const;
+    /// Returns the elements that answer `isNotNil` with YES: all but null objects.
+    virtual NSArray *nonNil() const;
+    /// Makes the array's enumerator the source of `filter` and returns the filter; nil for nil.
+    virtual QBEnumFilter *objectEnumeratorFilteredWith(QBEnumFilter *filter) const;
+    /// Returns what `filter` yields of the elements; nil for nil.
+    virtual NSArray *objectsFilteredWith(QBEnumFilter *filter) const;
+
+    /// Whether all answers are neither 0 nor nil. YES of an empty array, as the next two.
+    virtual BOOL allTrue(SEL selector) const;
+    virtual BOOL allTrue(SEL selector, id withObject, id withObject2) const;
+    virtual BOOL allTrueWithObject(id object, SEL selector) const;
+    /// Whether all answers are 0 or nil.
+    virtual BOOL allFalse(SEL selector) const;
+    virtual BOOL allFalse(SEL selector, id withObject, id withObject2) const;
+    /// Whether no error is pending after any of the messages. An element without the operation makes it NO,
+    /// and so does an error that was pending before.
+    virtual BOOL allOk(SEL selector) const;
+    virtual BOOL allOk(SEL selector, id withObject, id withObject2) const;
+    virtual BOOL allOkWithObject(id object, SEL selector) const;
+
     // --- Comparison ---
 
     BOOL isEqual(id other) const override;
@@ -132,6 +174,8 @@ public:
     // --- What every value answers ---
 
     BOOL containsData() const override { return count_ != 0; }
+    NSArray *asArray() const override { return static_cast<NSArray *>(self()); }
+    NSString *asPhpString() const override;
     NSString *description() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;

@@ -127,6 +127,7 @@ public:
     // --- What every value answers ---
 
     BOOL containsData() const override { return count() != 0; }
+    NSString *asPhpString() const override;
     NSString *description() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;

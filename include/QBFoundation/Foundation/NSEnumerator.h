@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSObject.h>
 
 class NSArray;
+class QBEnumFilter;
 
 /// Yields objects one after the other, then nil for ever. Subclasses override `nextObject`.
 ///
@@ -21,6 +22,15 @@ public:
     virtual NSArray *allObjects();
 
     void writeOnOutputStream(QBOutputStream *stream) override;
+
+    // --- Filtering ---
+
+    /// Returns the class of the filters that the next two make: `QBEnumFilter`. A subclass that wants another
+    /// one has a class operation `filterClass` of its own in its table.
+    static Class *filterClass();
+    /// Returns a filter of the receiver's `filterClass` whose source is the receiver, autoreleased.
+    virtual QBEnumFilter *filterWithMessage(SEL message);
+    virtual QBEnumFilter *filterWithMessage(SEL message, id argument);
 
     /// Range-for over what is left.
     class Iterator {

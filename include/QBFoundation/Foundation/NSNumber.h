@@ -78,6 +78,10 @@ public:
     /// YES: a number always counts as data, zero included.
     BOOL containsData() const override { return YES; }
 
+    // --- PhpString ---
+
+    NSString *asPhpString() const override { return stringValue(); }
+
 protected:
     virtual BOOL setUpWithBool(BOOL value);
     virtual BOOL setUpWithChar(char value) { return setUpWithInt(value); }

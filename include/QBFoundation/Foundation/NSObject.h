@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+class NSArray;
 class NSCoder;
 class NSData;
 class NSDictionary;
@@ -154,8 +155,22 @@ public:
     /// Returns the text as a number object; see the strings and numbers.
     virtual NSNumber *asNumber() const;
     virtual BOOL isIsoDateTimeString() const { return NO; }
+
+    // --- ArrayAndEnumeratorCompatibility ---
+
+    /// Returns an array of this object alone, autoreleased; an array returns itself.
+    virtual NSArray *asArray() const;
     /// Returns the next element of an enumerator; nil for other objects.
     virtual id nextObject() { return nullptr; }
+
+    // --- PhpString ---
+
+    /// Returns the value as the text of a PHP literal, autoreleased: numbers as they are, arrays and
+    /// dictionaries as "array(…)" with their elements in order.
+    ///
+    /// Nothing else has such a text: strings, and all objects by way of theirs, are "not implemented
+    /// correctly". Returns nil after 900003 (depth) when containers are nested more than 512 levels deep.
+    virtual NSString *asPhpString() const;
 
     // --- Output streaming ---
 

@@ -156,6 +156,7 @@ public:
     /// Returns the number that the text is, blanks around it aside: an integer of 32 or 64 bits or a
     /// floating-point number; nil for any other text.
     NSNumber *asNumber() const override;
+    NSString *asPhpString() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSString> copy() const;
