@@ -29,6 +29,9 @@ public:
     std::int32_t intValue() const { return 0; }
     NSString *stringValue() const override { return nullptr; }
     const char *cStringValue() const override { return "null"; }
+    id objectForKey(id key) const override;
+    void setObjectForKey(id object, id key) override;
+    void removeObjectForKey(id key) override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
     Ref<NSObject> mutableCopyWithZone(void *) const override { return self(); }
 
@@ -46,6 +49,7 @@ public:
 
 private:
     QBNil() { makeImmortal(); }
+    void swallow(SEL selector) const;
 };
 
 #endif

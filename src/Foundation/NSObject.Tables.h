@@ -8,6 +8,8 @@
 
 namespace qb::tables {
 
+std::span<const Method> objectDeepAccess();
+std::span<const Method> objectKeyAccess();
 std::span<const Method> objectOutputStreaming();
 
 } // namespace qb::tables

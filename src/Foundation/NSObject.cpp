@@ -90,8 +90,11 @@ Class *NSObject::cls() {
         qb::method<"asData">(&NSObject::asData),
         qb::method<"isIsoDateTimeString">(&NSObject::isIsoDateTimeString),
     };
-    static Class *const self = new Class("NSObject", nullptr, {methods, qb::tables::objectOutputStreaming()},
-                                         qb::construct<NSObject>);
+    static Class *const self =
+        new Class("NSObject", nullptr,
+                  {methods, qb::tables::objectKeyAccess(), qb::tables::objectDeepAccess(),
+                   qb::tables::objectOutputStreaming()},
+                  qb::construct<NSObject>);
     return self;
 }
 

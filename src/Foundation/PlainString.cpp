@@ -2,16 +2,6 @@
 
 namespace qb {
 
-namespace {
-
-template <class T>
-const void *keyOf() {
-    T object;
-    return dispatchKey(&object);
-}
-
-} // namespace
-
-const void *plainStringKeys[2] = {keyOf<NSString>(), keyOf<NSMutableString>()};
+const void *plainStringKeys[2] = {plainKeyOf<NSString>(), plainKeyOf<NSMutableString>()};
 
 } // namespace qb

@@ -7,6 +7,13 @@
 
 namespace qb {
 
+/// The dispatch key of the objects of a class.
+template <class T>
+const void *plainKeyOf() {
+    T object;
+    return dispatchKey(&object);
+}
+
 /// The dispatch keys of `NSString` and `NSMutableString`; null until static objects are made.
 extern const void *plainStringKeys[2];
 
