@@ -48,6 +48,7 @@
 #include <QBFoundation/QBMD5OutputStream.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPath.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
@@ -124,6 +125,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBMD5OutputStream", &QBMD5OutputStream::cls},
         {"QBNil", &QBNil::cls},
         {"QBOutputStream", &QBOutputStream::cls},
+        {"QBPath", &QBPath::cls},
         {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
         {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},

@@ -34,9 +34,25 @@ QBNil *QBNil::new_() {
 }
 
 void QBNil::forwardInvocation(NSInvocation *invocation) {
+    swallow(invocation ? invocation->selector() : nullptr);
+}
+
+id QBNil::objectForKey(id) const {
+    swallow("objectForKey:"_sel);
+    return nullptr;
+}
+
+void QBNil::setObjectForKey(id, id) {
+    swallow("setObject:forKey:"_sel);
+}
+
+void QBNil::removeObjectForKey(id) {
+    swallow("removeObjectForKey:"_sel);
+}
+
+void QBNil::swallow(SEL selector) const {
     if (debug < kLeastDebugOfForwarding)
         return;
-    const SEL selector = invocation ? invocation->selector() : nullptr;
     qb::trace(DEBUG_CHANNEL_MISC, {kFile, kLineOfForwarding, this, "forwardInvocation:"}, "%s==%s", "sel",
               selector ? selector->text() : "<nil>");
 }

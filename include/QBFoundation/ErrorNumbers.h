@@ -13,6 +13,7 @@ struct ErrorNumber {
     const char *format; // the catalogue's text, a restricted format for those values
 };
 
+constexpr int kErrorWrongDeepKey = 30010;
 constexpr int kErrorMalformedBase64 = 50052;
 constexpr int kErrorCannotRead = 100023;
 constexpr int kErrorCannotWrite = 100024;
@@ -40,8 +41,11 @@ constexpr int kErrorMalformedPropertyListFile = 900004;
 constexpr int kErrorCannotArchive = 900005;
 constexpr int kErrorMalformedUuencoded = 900006;
 constexpr int kErrorMalformedHex = 900007;
+constexpr int kErrorUnknownKey = 900010;
+constexpr int kErrorWrongObjectForKey = 900011;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
+    {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
     {kErrorMalformedBase64, "", "The text is not valid base64."},
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
     {kErrorCannotWrite, "path, system text", "The file '%s' could not be written: %s"},
@@ -72,6 +76,10 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotArchive, "what is wrong", "The object could not be archived: %s."},
     {kErrorMalformedUuencoded, "line, column", "The uuencoded text is malformed in line %d, column %d."},
     {kErrorMalformedHex, "byte offset", "The text is no hexadecimal number from byte %d on."},
+    {kErrorUnknownKey, "class, key, selector",
+     "An object of the class '%s' has no value under the key '%s', as it has no operation '%s' for it."},
+    {kErrorWrongObjectForKey, "class, key, the object's class",
+     "An object of the class '%s' takes under the key '%s' no object of the class '%s'."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

@@ -54,6 +54,7 @@
 #include <QBFoundation/QBMD5OutputStream.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/QBPath.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/QBStringInputStream.h>

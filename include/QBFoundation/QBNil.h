@@ -30,6 +30,9 @@ public:
     NSString *stringValue() const override { return nullptr; }
     const char *cStringValue() const override { return "null"; }
     NSString *asPhpString() const override;
+    id objectForKey(id key) const override;
+    void setObjectForKey(id object, id key) override;
+    void removeObjectForKey(id key) override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
     Ref<NSObject> mutableCopyWithZone(void *) const override { return self(); }
 
@@ -47,6 +50,7 @@ public:
 
 private:
     QBNil() { makeImmortal(); }
+    void swallow(SEL selector) const;
 };
 
 #endif

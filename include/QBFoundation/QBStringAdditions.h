@@ -3,6 +3,7 @@
 #define QBFOUNDATION_QBSTRINGADDITIONS_H
 
 #include <QBFoundation/Runtime/Export.h>
+#include <QBFoundation/Runtime/Types.h>
 
 extern "C" {
 
@@ -19,6 +20,10 @@ QB_EXPORT void _raiseUtf8ErrorInString(const char *start, const char *bad);
 QB_EXPORT int isLegalNameChar(int character);
 /// As above, "$" and "-" included.
 QB_EXPORT int isLegalObjNameChar(int character);
+
+/// Whether all characters of the text are digits from 0 to 9, as in the empty text: what deep access takes for
+/// an array's index. NO for null.
+QB_EXPORT BOOL isInteger(const char *text);
 }
 
 #endif

@@ -6,6 +6,7 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/PlainClasses.h"
 #include "Text/Bytes.h"
+#include "Text/Hash.h"
 
 #include <algorithm>
 #include <bit>
@@ -117,6 +118,19 @@ HashTable::Entry *HashTable::find(const NSObject *key) const {
         if (const std::uint32_t hash = static_cast<const NSString *>(key)->knownHash()) [[likely]]
             return lookUp(key, hash);
     return findUnhashed(key);
+}
+
+// A string of the library's own that is equal is found without one to compare it with.
+HashTable::Entry *HashTable::findText(std::string_view text) const {
+    const std::uint32_t hash = text::hashBytes(text.data(), text.size());
+    std::uint32_t place = 0;
+    while (Entry *const entry = nextWithHash(hash, place)) {
+        if (!isPlainString(entry->key))
+            return find(NSString::initWith(text).get());
+        if (static_cast<const NSString *>(entry->key)->view() == text)
+            return entry;
+    }
+    return nullptr;
 }
 
 HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {

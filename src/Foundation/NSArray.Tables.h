@@ -11,6 +11,7 @@ namespace qb::tables {
 std::span<const Method> arrayDerivation();
 std::span<const Method> arrayFiltering();
 std::span<const Method> arrayOrder();
+std::span<const Method> arrayPath();
 std::span<const Method> mutableArrayOrder();
 
 } // namespace qb::tables

@@ -113,7 +113,7 @@ Class *NSArray::cls() {
     static Class *const self =
         new Class("NSArray", NSObject::cls(),
                   {methods, qb::tables::arrayDerivation(), qb::tables::arrayFiltering(),
-                   qb::tables::arrayOrder(), qb::tables::arrayPropertyListFile()},
+                   qb::tables::arrayOrder(), qb::tables::arrayPath(), qb::tables::arrayPropertyListFile()},
                   qb::construct<NSArray>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }

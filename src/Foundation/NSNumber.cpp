@@ -6,6 +6,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSNumber.Tables.h"
 #include "Text/Hash.h"
 #include "Text/Numbers.h"
 
@@ -98,8 +99,8 @@ Class *NSNumber::cls() {
         qb::initialiser<"initWithCoder:">(&NSNumber::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSNumber::encodeWithCoder),
     };
-    static Class *const self =
-        new Class("NSNumber", NSValue::cls(), methods, qb::construct<NSNumber>, {"NSCopying", "NSCoding"});
+    static Class *const self = new Class("NSNumber", NSValue::cls(), {methods, qb::tables::numberPath()},
+                                         qb::construct<NSNumber>, {"NSCopying", "NSCoding"});
     return self;
 }
 

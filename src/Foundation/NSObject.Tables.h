@@ -8,7 +8,9 @@
 
 namespace qb::tables {
 
+std::span<const Method> objectDeepAccess();
 std::span<const Method> objectEnumeratorCompatibility();
+std::span<const Method> objectKeyAccess();
 std::span<const Method> objectOutputStreaming();
 std::span<const Method> objectPhpString();
 

@@ -108,6 +108,7 @@ Class *NSObject::cls() {
     };
     static Class *const self = new Class("NSObject", nullptr,
                                          {methods, qb::tables::objectEnumeratorCompatibility(),
+                                          qb::tables::objectKeyAccess(), qb::tables::objectDeepAccess(),
                                           qb::tables::objectOutputStreaming(), qb::tables::objectPhpString()},
                                          qb::construct<NSObject>);
     return self;

@@ -74,7 +74,10 @@ std::size_t replaceMatches(std::string_view text, std::string_view target, std::
 
 std::span<const qb::Method> qb::tables::stringSplitting() {
     static const qb::Method methods[] = {
-        qb::method<"componentsSeparatedByString:">(&NSString::componentsSeparatedByString),
+        qb::method<"componentsSeparatedByString:", NSArray *(NSString *)>(
+            &NSString::componentsSeparatedByString),
+        qb::method<"componentsSeparatedByString:count:", NSArray *(NSString *, std::uint32_t)>(
+            &NSString::componentsSeparatedByString),
         qb::method<"componentsSeparatedByCharactersInSet:">(&NSString::componentsSeparatedByCharactersInSet),
         qb::method<"stringByTrimmingCharactersInSet:">(&NSString::stringByTrimmingCharactersInSet),
         qb::method<"stringByAppendingString:">(&NSString::stringByAppendingString),
@@ -96,14 +99,21 @@ std::span<const qb::Method> qb::tables::mutableStringReplacing() {
 }
 
 NSArray *NSString::componentsSeparatedByString(NSString *separator) const {
-    Search search(checked(separator, "componentsSeparatedByString:")->view());
+    return componentsSeparatedByString(checked(separator, "componentsSeparatedByString:"), UINT32_MAX);
+}
+
+NSArray *NSString::componentsSeparatedByString(NSString *separator, std::uint32_t count) const {
+    Search search(checked(separator, "componentsSeparatedByString:count:")->view());
     const Ref<NSMutableArray> pieces = NSMutableArray::init();
-    std::size_t done = 0;
-    qb::text::forEachMatch(view(), search, [&](Match match) {
-        pieces->addObject(initWith(view().substr(done, match.from - done)).get());
-        done = match.end;
-    });
-    pieces->addObject(initWith(view().substr(done)).get());
+    std::string_view rest = view();
+    for (; count != 0; --count) {
+        const auto match = search.find(rest);
+        if (!match)
+            break;
+        pieces->addObject(initWith(rest.substr(0, match->from)).get());
+        rest.remove_prefix(match->end);
+    }
+    pieces->addObject(initWith(rest).get());
     return NSArray::arrayWith(pieces->view());
 }
 

@@ -19,6 +19,7 @@ std::span<const Method> stringMoneySupport();
 std::span<const Method> stringPropertyList();
 std::span<const Method> stringNumbers();
 std::span<const Method> stringPath();
+std::span<const Method> stringPathObject();
 std::span<const Method> stringRepresentation();
 std::span<const Method> stringRestrictedFormat();
 std::span<const Method> stringUrlEscaping();

@@ -96,6 +96,7 @@ Class *NSString::cls() {
                    qb::tables::stringCase(),
                    qb::tables::stringNumbers(),
                    qb::tables::stringPath(),
+                   qb::tables::stringPathObject(),
                    qb::tables::stringFile(),
                    qb::tables::stringISODateTime(),
                    qb::tables::stringRepresentation(),

@@ -25,9 +25,20 @@ inline bool isPlainString(const NSObject *object) {
     return plainStringKeys.hold(dispatchKey(const_cast<NSObject *>(object)));
 }
 
+/// As above, for containers.
+inline bool isPlainArray(const NSObject *object) {
+    return plainArrayKeys.hold(dispatchKey(const_cast<NSObject *>(object)));
+}
+inline bool isPlainDictionary(const NSObject *object) {
+    return plainDictionaryKeys.hold(dispatchKey(const_cast<NSObject *>(object)));
+}
+inline bool isPlainContainer(const NSObject *object) {
+    return isPlainDictionary(object) || isPlainArray(object);
+}
+
 enum class PlainKind : std::uint8_t { other, string, array, dictionary };
 
-/// As above, for all three kinds.
+/// Returns which of the three kinds the object is.
 inline PlainKind plainKindOf(const NSObject *object) {
     const void *const key = dispatchKey(const_cast<NSObject *>(object));
     if (plainStringKeys.hold(key))

@@ -23,11 +23,15 @@ SelectorTable &table() {
 
 } // namespace
 
+SEL Selector::namedIfKnown(std::string_view text) {
+    const auto found = table().find(text);
+    return found != table().end() ? found->second : nullptr;
+}
+
 SEL Selector::named(std::string_view text) {
     text = text.substr(0, text.find('\0'));
-    SelectorTable &selectors = table();
-    if (const auto found = selectors.find(text); found != selectors.end())
-        return found->second;
+    if (const SEL known = namedIfKnown(text))
+        return known;
 
     char *const copy = new char[text.size() + 1];
     std::memcpy(copy, text.data(), text.size());
@@ -37,6 +41,6 @@ SEL Selector::named(std::string_view text) {
     selector->length_ = static_cast<std::uint32_t>(text.size());
     selector->hash_ = static_cast<std::uint32_t>(TextHash()(text));
     selector->colons_ = static_cast<unsigned>(std::count(text.begin(), text.end(), ':'));
-    selectors.emplace(selector->view(), selector);
+    table().emplace(selector->view(), selector);
     return selector;
 }

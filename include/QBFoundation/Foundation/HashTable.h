@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace qb {
 
@@ -32,6 +33,8 @@ public:
 
     /// Returns the entry of a key that is equal to `key`; null when there is none.
     Entry *find(const NSObject *key) const;
+    /// As above, for a key that is equal to the string of those bytes, which is not made.
+    Entry *findText(std::string_view text) const;
 
     /// Returns the entries whose keys have that hash, one a call, then null. `place` is 0 at first and is
     /// kept by the caller; the table may change from one call to the next.

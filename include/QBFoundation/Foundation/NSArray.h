@@ -183,6 +183,8 @@ public:
     Ref<NSMutableArray> mutableCopy() const;
     void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
+    /// Returns the absolute path of the elements as components; no directory.
+    QBPath *asQbPath() const override;
 
     // --- Range-for ---
 

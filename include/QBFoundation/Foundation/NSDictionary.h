@@ -82,7 +82,7 @@ public:
 
     std::uint32_t count() const noexcept { return table_.count(); }
     /// Returns the value of `key`; nil when there is none, and for nil.
-    virtual id objectForKey(id key) const;
+    id objectForKey(id key) const override;
     /// Returns the values of `keys`, in that order, with `notFoundMarker` for keys that are not there.
     /// Throws InvalidArgumentException when the marker is wanted and nil.
     virtual NSArray *objectsForKeys(NSArray *keys, id notFoundMarker) const;
@@ -242,9 +242,9 @@ public:
     }
 
     /// Stores `object` under `key`. Throws InvalidArgumentException when one of them is nil.
-    virtual void setObjectForKey(id object, id key);
+    void setObjectForKey(id object, id key) override;
     /// Removes the key and its value; a key that is not there changes nothing, nil neither.
-    virtual void removeObjectForKey(id key);
+    void removeObjectForKey(id key) override;
     virtual void removeAllObjects();
     virtual void removeObjectsForKeys(NSArray *keys);
     /// Stores each entry of `other`; nil stores nothing.

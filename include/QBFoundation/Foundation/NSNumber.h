@@ -71,6 +71,8 @@ public:
     NSString *descriptionWithLocale(NSDictionary *locale) const override;
     void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
+    /// Returns the path that is the number's text.
+    QBPath *asQbPath() const override;
 
     // --- asNumberSupport ---
 

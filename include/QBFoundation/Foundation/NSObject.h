@@ -19,6 +19,7 @@ class NSNumber;
 class NSString;
 class Protocol;
 class QBOutputStream;
+class QBPath;
 
 namespace qb {
 class Method;
@@ -171,6 +172,53 @@ public:
     /// Nothing else has such a text: strings, and all objects by way of theirs, are "not implemented
     /// correctly". Returns nil after 900003 (depth) when containers are nested more than 512 levels deep.
     virtual NSString *asPhpString() const;
+
+    // --- Key access ---
+
+    // A dictionary's keys are those of its entries. The keys of other objects are the names of their
+    // operations: `title` answers the key "title", `setTitle:` stores under it. What takes arguments or
+    // returns nothing is no value, nor are the operations that `NSObject` itself has.
+
+    /// Returns the value under `key`, a text: the object that the operation returns, or a number object or
+    /// string of what it returns; borrowed or autoreleased. nil after 900010 (class, key, selector) when
+    /// there is no such operation, and whenever the value is nil.
+    virtual id objectForKey(id key) const;
+    /// Stores `object` under `key`; numbers, number texts and `QBBool`s serve where the operation takes a
+    /// number.
+    ///
+    /// Raises 900010 (class, key, selector) when there is no such operation, 900011 (class, key, the object's
+    /// class) when it does not take the object; nothing is stored then.
+    virtual void setObjectForKey(id object, id key);
+    /// Stores nil under `key`, as `setObject:forKey:` does.
+    virtual void removeObjectForKey(id key);
+
+    // --- deepAccess ---
+
+    // A dotted key names a value inside values: its first component, up to the first ".", is a key of the
+    // receiver, the rest is a dotted key of the value there. Components for arrays are indexes, digits only;
+    // the empty one is 0. There is no way to name a key that has a "." in it. Subclasses' own forms are asked
+    // for the rest of the key, but not when 64 such questions are inside each other already.
+
+    /// Returns the value at `key`; nil when there is none, without an error unless an object on the way has
+    /// no such key: see `objectForKey:`.
+    virtual id deepObjectForKey(NSString *key) const;
+    /// Stores `object` at `key`: under the last component's key, or in a mutable array in front of the
+    /// element with that index, or behind the last one.
+    ///
+    /// Values on the way are made mutable (`makeMutable`) and stored back, but elements of arrays only when
+    /// they have no mutable copies. Nothing is stored when a component is no index of a mutable array. Raises
+    /// 30010 (the dotted key that was asked of the receiver where it happened) when there is no value on the
+    /// way; missing dictionaries are not made.
+    virtual void setDeepObject(id object, NSString *forKey);
+    /// Removes the value at `key`. Values on the way are made mutable as above; nothing happens when one is
+    /// missing.
+    virtual void removeDeepObjectForKey(NSString *key);
+
+    // --- Paths ---
+
+    /// Returns the value as a path; see `QBPath`. Only paths, strings, numbers and arrays respond to the
+    /// selector; here it throws InvalidArgumentException.
+    virtual QBPath *asQbPath() const;
 
     // --- Output streaming ---
 

@@ -163,6 +163,8 @@ public:
     Ref<class NSMutableString> mutableCopy() const;
     void encodeWithCoder(NSCoder *coder) const override;
     void writeOnOutputStream(QBOutputStream *stream) override;
+    /// Returns the path that is this text.
+    QBPath *asQbPath() const override;
 
     // --- Formats ---
 
@@ -228,6 +230,8 @@ public:
     /// Returns what stands between the separators, one piece more than there are separators, some of them
     /// perhaps empty. The empty separator splits nothing.
     virtual NSArray *componentsSeparatedByString(NSString *separator) const;
+    /// As above, split at the first `count` separators only: the last piece is the rest of the text.
+    virtual NSArray *componentsSeparatedByString(NSString *separator, std::uint32_t count) const;
     /// As above; each character of the set is a separator.
     virtual NSArray *componentsSeparatedByCharactersInSet(NSCharacterSet *set) const;
     /// Returns the text without the characters of the set at its beginning and its end.

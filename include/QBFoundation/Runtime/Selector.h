@@ -28,6 +28,8 @@ public:
 
     /// Returns the one selector with `text`, made if there is none. A NUL byte ends the text.
     static SEL named(std::string_view text);
+    /// Returns the one selector with `text`; null when no operation or program has asked for it yet.
+    static SEL namedIfKnown(std::string_view text);
 
 private:
     Selector() = default;
