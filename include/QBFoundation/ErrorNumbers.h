@@ -40,6 +40,8 @@ constexpr int kErrorMalformedPropertyListFile = 900004;
 constexpr int kErrorCannotArchive = 900005;
 constexpr int kErrorMalformedUuencoded = 900006;
 constexpr int kErrorMalformedHex = 900007;
+constexpr int kErrorMalformedKeyList = 900020;
+constexpr int kErrorMalformedEnvironment = 900021;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedBase64, "", "The text is not valid base64."},
@@ -66,12 +68,16 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedPropertyList, "line, column, what was expected",
      "The property list is malformed in line %d, column %d: expected %s."},
     {kErrorMalformedArchive, "byte offset, what is wrong", "The archive is malformed at byte %d: %s."},
-    {kErrorTooDeep, "depth", "A value could not be written because it is nested more than %d levels deep."},
+    {kErrorTooDeep, "depth", "A value is nested more than %d levels deep."},
     {kErrorMalformedPropertyListFile, "path, line, column, what was expected",
      "The property list in the file '%s' is malformed in line %d, column %d: expected %s."},
     {kErrorCannotArchive, "what is wrong", "The object could not be archived: %s."},
     {kErrorMalformedUuencoded, "line, column", "The uuencoded text is malformed in line %d, column %d."},
     {kErrorMalformedHex, "byte offset", "The text is no hexadecimal number from byte %d on."},
+    {kErrorMalformedKeyList, "index, what was expected",
+     "The list of keys and values is wrong at index %d: expected %s."},
+    {kErrorMalformedEnvironment, "line, what was expected",
+     "The encoded environment is malformed in line %d: expected %s."},
 };
 
 /// The error with that number; null for a number that the library does not raise.
