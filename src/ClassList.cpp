@@ -21,6 +21,7 @@
 #include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
@@ -89,6 +90,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSTimeZone", &NSTimeZone::cls},
         {"NSUnarchiver", &NSUnarchiver::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSEnvironment", &OSEnvironment::cls},
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},

@@ -43,6 +43,8 @@ constexpr int kErrorMalformedUuencoded = 900006;
 constexpr int kErrorMalformedHex = 900007;
 constexpr int kErrorUnknownKey = 900010;
 constexpr int kErrorWrongObjectForKey = 900011;
+constexpr int kErrorMalformedKeyList = 900020;
+constexpr int kErrorMalformedEnvironment = 900021;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
@@ -70,7 +72,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedPropertyList, "line, column, what was expected",
      "The property list is malformed in line %d, column %d: expected %s."},
     {kErrorMalformedArchive, "byte offset, what is wrong", "The archive is malformed at byte %d: %s."},
-    {kErrorTooDeep, "depth", "A value could not be written because it is nested more than %d levels deep."},
+    {kErrorTooDeep, "depth", "A value is nested more than %d levels deep."},
     {kErrorMalformedPropertyListFile, "path, line, column, what was expected",
      "The property list in the file '%s' is malformed in line %d, column %d: expected %s."},
     {kErrorCannotArchive, "what is wrong", "The object could not be archived: %s."},
@@ -80,6 +82,10 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
      "An object of the class '%s' has no value under the key '%s', as it has no operation '%s' for it."},
     {kErrorWrongObjectForKey, "class, key, the object's class",
      "An object of the class '%s' takes under the key '%s' no object of the class '%s'."},
+    {kErrorMalformedKeyList, "index, what was expected",
+     "The list of keys and values is wrong at index %d: expected %s."},
+    {kErrorMalformedEnvironment, "line, what was expected",
+     "The encoded environment is malformed in line %d: expected %s."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

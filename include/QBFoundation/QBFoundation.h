@@ -27,6 +27,7 @@
 #include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>

@@ -12,7 +12,15 @@ std::span<const Method> arrayDerivation();
 std::span<const Method> arrayFiltering();
 std::span<const Method> arrayOrder();
 std::span<const Method> arrayPath();
+std::span<const Method> arrayReplacing();
+std::span<const Method> arrayReshaping();
+std::span<const Method> arraySets();
+std::span<const Method> arraySortingByKey();
+std::span<const Method> arrayTexts();
+std::span<const Method> mutableArrayAdding();
 std::span<const Method> mutableArrayOrder();
+std::span<const Method> mutableArrayReplacing();
+std::span<const Method> mutableArraySets();
 
 } // namespace qb::tables
 

@@ -113,7 +113,9 @@ Class *NSArray::cls() {
     static Class *const self =
         new Class("NSArray", NSObject::cls(),
                   {methods, qb::tables::arrayDerivation(), qb::tables::arrayFiltering(),
-                   qb::tables::arrayOrder(), qb::tables::arrayPath(), qb::tables::arrayPropertyListFile()},
+                   qb::tables::arrayOrder(), qb::tables::arrayPath(), qb::tables::arrayPropertyListFile(),
+                   qb::tables::arraySets(), qb::tables::arrayReshaping(), qb::tables::arrayTexts(),
+                   qb::tables::arraySortingByKey(), qb::tables::arrayReplacing()},
                   qb::construct<NSArray>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }

@@ -6,6 +6,7 @@
 
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 #include "Foundation/Sort.h"
@@ -32,7 +33,7 @@ Class *NSDictionary::cls() {
         qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::method<"count">(&NSDictionary::count),
-        qb::method<"objectForKey:">(&NSDictionary::objectForKey),
+        qb::method<"objectForKey:", id(id)>(&NSDictionary::objectForKey),
         qb::method<"objectsForKeys:notFoundMarker:">(&NSDictionary::objectsForKeys),
         qb::method<"allKeysForObject:">(&NSDictionary::allKeysForObject),
         qb::method<"keysSortedByValueUsingSelector:">(&NSDictionary::keysSortedByValueUsingSelector),
@@ -45,7 +46,10 @@ Class *NSDictionary::cls() {
         qb::method<"encodeWithCoder:">(&NSDictionary::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSDictionary", NSObject::cls(), {methods, qb::tables::dictionaryPropertyListFile()},
+        new Class("NSDictionary", NSObject::cls(),
+                  {methods, qb::tables::dictionaryPropertyListFile(), qb::tables::dictionaryReading(),
+                   makingMethods(), keyListMethods(), qb::tables::dictionaryChecks(),
+                   qb::tables::dictionaryReplacing(), environmentMethods()},
                   qb::construct<NSDictionary>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
@@ -61,6 +65,11 @@ void NSDictionary::store(id key, id value) {
     value->retain();
     if (const id old = std::exchange(entry.value, value))
         old->release();
+}
+
+void NSDictionary::storeNew(id key, id value) {
+    if (!table_.find(key))
+        store(key, value);
 }
 
 Ref<NSDictionary> NSDictionary::initWith(std::initializer_list<Pair> keysAndValues) {

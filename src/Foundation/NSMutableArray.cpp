@@ -55,7 +55,9 @@ Class *NSMutableArray::cls() {
         qb::method<"setArray:">(&NSMutableArray::setArray),
     };
     static Class *const self =
-        new Class("NSMutableArray", NSArray::cls(), {methods, qb::tables::mutableArrayOrder()},
+        new Class("NSMutableArray", NSArray::cls(),
+                  {methods, qb::tables::mutableArrayOrder(), qb::tables::mutableArrayAdding(),
+                   qb::tables::mutableArraySets(), qb::tables::mutableArrayReplacing()},
                   qb::construct<NSMutableArray>);
     return self;
 }

@@ -1,6 +1,8 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSDictionary.Tables.h"
+
 Class *NSMutableDictionary::cls() {
     static const qb::Method methods[] = {
         qb::maker<"dictionaryWithCapacity:">(&NSMutableDictionary::setUpWithCapacity),
@@ -13,7 +15,9 @@ Class *NSMutableDictionary::cls() {
         qb::method<"setDictionary:">(&NSMutableDictionary::setDictionary),
     };
     static Class *const self =
-        new Class("NSMutableDictionary", NSDictionary::cls(), {methods}, qb::construct<NSMutableDictionary>);
+        new Class("NSMutableDictionary", NSDictionary::cls(),
+                  {methods, qb::tables::mutableDictionaryAdding(), qb::tables::mutableDictionaryReplacing()},
+                  qb::construct<NSMutableDictionary>);
     return self;
 }
 

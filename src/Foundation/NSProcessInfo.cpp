@@ -93,19 +93,7 @@ NSArray *NSProcessInfo::arguments() const {
 }
 
 NSDictionary *NSProcessInfo::environment() const {
-    NSMutableDictionary *const values = NSMutableDictionary::dictionary();
-    for (char **entry = qb::sys::environment(); entry && *entry; ++entry) {
-        const std::string_view text = *entry;
-        const std::size_t equals = text.find('=');
-        if (equals == std::string_view::npos)
-            continue;
-        const Ref<NSString> name = NSString::initWith(text.substr(0, equals));
-        if (values->objectForKey(name)) // the first one is what the C library finds
-            continue;
-        const Ref<NSString> value = NSString::initWith(text.substr(equals + 1));
-        values->setObjectForKey(value, name);
-    }
-    return values;
+    return NSDictionary::dictionaryWithEnvironment();
 }
 
 NSString *NSProcessInfo::processName() const {

@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <span>
 
+class NSDictionary;
 class NSMutableArray;
 class QBEnumFilter;
 
@@ -155,6 +156,81 @@ public:
     virtual BOOL isEqualToArray(NSArray *other) const;
     std::uint32_t hash() const override { return count_; }
 
+    // --- QBArrayAdditions: sets ---
+
+    // Elements count as the same when they are equal (`isEqual:`, `hash`); of those the first one is
+    // returned. Takes time in proportion to the number of elements.
+
+    /// Returns the different elements in their order.
+    virtual NSMutableArray *uniqueArray() const;
+    /// As above, without the elements that are equal to `object`; nil leaves out none.
+    virtual NSMutableArray *uniqueArrayWithoutObj(id object) const;
+    /// As above, with those elements only whose answer to the message is neither 0 nor nil; a null selector
+    /// asks none. An element that was left out leaves out those that are equal to it, unasked.
+    virtual NSMutableArray *uniqueArrayWithoutObj(id object, SEL selectedWithSelector) const;
+    virtual NSMutableArray *uniqueArraySelectedWithSelector(SEL selector) const;
+    /// Returns the different elements of both arrays, those of `array` last; nil has none.
+    virtual NSMutableArray *plus(NSArray *array) const;
+    /// Returns the different elements that are not in `array`; nil has none.
+    virtual NSMutableArray *minus(NSArray *array) const;
+    /// Returns the elements of `array`, in its order and each as often as it stands there, that the receiver
+    /// has too; nil when there are none.
+    virtual NSArray *commonElementsWithArray(NSArray *array) const;
+    virtual BOOL hasCommonElementsWithArray(NSArray *array) const;
+    /// Returns the elements, each as often as it is there, that are not in `goodElements`; nil when there
+    /// are none.
+    virtual NSArray *badElementsForGoodElements(NSArray *goodElements) const;
+    /// Returns the index of the first element whose answer to the message with `object` as its value is
+    /// neither 0 nor nil; NSNotFound when there is none.
+    virtual std::uint32_t indexOfObjectUsingSelector(SEL selector, id withObject) const;
+
+    // --- QBArrayAdditions: reshaping ---
+
+    /// Returns the elements behind the first one; nil when there are none.
+    virtual NSArray *shift() const;
+    /// Returns the elements from `index` on, the receiver itself for 0; nil when there are none.
+    virtual NSArray *subarrayFromIndex(std::uint32_t index) const;
+    /// Returns the elements in reverse order; the receiver itself when it is empty.
+    virtual NSArray *reversedArray() const;
+    /// Returns the elements with `object` between each two of them. Throws InvalidArgumentException when it
+    /// is nil and there are two.
+    virtual NSMutableArray *joinedBy(id object) const;
+    /// Returns a dictionary of each element under the key at its place in `keys`; nil when there are more of
+    /// the ones than of the others.
+    virtual NSDictionary *dictWithSchema(NSArray *keys) const;
+    /// Returns strings with the bytes of `count` C strings; none for a negative count. Throws
+    /// InvalidArgumentException when one of them, or the list of them, is null. The selector is
+    /// `arrayWithCStrings::`.
+    static NSMutableArray *arrayWithCStrings(int count, const char *const *texts);
+    /// Returns a mutable copy in which `replace:with:recursive:` has replaced `object`, in the containers
+    /// inside it too. nil after 900003 (depth) when they are nested more than 256 levels deep.
+    NSMutableArray *asArrayWith(id object, id replacedBy) const {
+        return asArrayWith(object, replacedBy, /*recursive=*/YES);
+    }
+    virtual NSMutableArray *asArrayWith(id object, id replacedBy, BOOL recursive) const;
+
+    // --- QBArrayAdditions: texts ---
+
+    /// Returns the C strings of the elements with that of `separator` (nil: nothing) between them. Elements
+    /// that are no strings stand with their `cStringValue`. A NUL in the first element ends the text.
+    virtual NSString *stringsJoinedByString(NSString *separator) const;
+    /// Returns the texts of the elements as components of a path; those without a `stringValue` are none.
+    virtual NSString *pathString() const;
+    /// As above, with "/" in front.
+    virtual NSString *absolutePathString() const;
+    /// Returns the elements as text, in parentheses and with `operatorText` between them: "(a OR b)". A
+    /// single element is returned itself; nil when there are none. Nothing in the elements is escaped.
+    virtual id expressionWithOperator(NSString *operatorText) const;
+    id orExpression() const { return expressionWithOperator(" OR "_ns); }
+    id andExpression() const { return expressionWithOperator(" AND "_ns); }
+    /// Returns the elements in ascending order of what they have under `key` (`objectForKey:`), equal ones in
+    /// their own order, those that have nothing last.
+    ///
+    /// Values are compared without regard to case when both can be, else by `compare:`, which throws
+    /// InvalidArgumentException for values of different kinds, else by their texts. With ".REVERSE" behind
+    /// the key, in any case, the whole order is the other way round.
+    virtual NSArray *caseInsensitiveSortedArrayByKey(NSString *key) const;
+
     // --- Files ---
 
     /// Returns the array whose property-list text the file holds. Returns nil after 100039 (path) for a file
@@ -298,6 +374,28 @@ public:
     /// Throws InvalidUseOfMethodException, with nothing sorted, when a comparison changed the array.
     virtual void sortUsingSelector(SEL comparator);
     virtual void sortUsingFunction(int (*function)(id, id, void *), void *context);
+
+    // --- QBArrayAdditions ---
+
+    /// Appends `object` unless it is nil.
+    virtual void addObjectIfNotNil(id object);
+    /// Appends `object` unless it is nil or the null object.
+    virtual void addObjectIfNotQBNil(id object);
+    /// Appends `object`, for nil the null object.
+    virtual void addObjectAndQBNilIfNil(id object);
+    /// Appends each element of `array`; nil appends nothing.
+    virtual void addObjectsFrom(NSArray *array) { addObjectsFromArray(array); }
+    /// Removes the first element, if there is one.
+    virtual void removeFirstObject();
+    /// Removes every element that is equal to an earlier one; see `uniqueArray`.
+    virtual void makeUnique();
+    /// Replaces every element that is equal to `object`.
+    ///
+    /// When `recursive` is YES, arrays and dictionaries among the other elements are replaced by mutable
+    /// copies of them in which it is replaced too. Raises 900003 (depth) when they are nested more than 256
+    /// levels deep; throws InvalidArgumentException when there is something to replace and `with` is nil; the
+    /// array is unchanged then.
+    virtual void replace(id object, id with, BOOL recursive);
 
     Ref<NSObject> copyWithZone(void *zone) const override;
     id makeMutable() const override { return self(); }

@@ -9,7 +9,9 @@
 #include <QBFoundation/Runtime/Value.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <initializer_list>
+#include <span>
 #include <utility>
 
 class NSMutableDictionary;
@@ -100,6 +102,146 @@ public:
     /// The entries as they lie in memory, as long as the dictionary lives and does not change.
     const qb::HashTable &table() const noexcept { return table_; }
 
+    // --- QBDictAdditions: reading ---
+
+    /// Returns the value of `key`; the default when there is none.
+    virtual id objectForKey(id key, id withDefault) const;
+    /// Return the value's `intValue` and `boolValue`; the default when there is none. Throw
+    /// InvalidArgumentException for a value that has no such operation.
+    virtual std::int32_t intValueForKey(id key, std::int32_t withDefault) const;
+    virtual BOOL boolValueForKey(id key, BOOL withDefault) const;
+    /// Returns the value of `key`, else the default, as a path: if it is relative, as a path below the
+    /// directory under "basedir", or below `defaultBasePath` when there is none. nil without a value; one
+    /// that is no string counts as its text.
+    virtual NSString *pathForKey(id key, NSString *withDefault, NSString *defaultBasePath) const;
+    /// Returns the value of `key`; the key itself when there is none.
+    virtual id translateKey(id key) const { return objectForKey(key, key); }
+    /// Returns the value's text; nil when there is none.
+    virtual NSString *stringForKey(id key) const;
+    /// Returns the keys, each followed by its value.
+    virtual NSArray *array() const;
+    /// Returns the values of `keys`, in that order; keys without a value are passed over.
+    virtual NSArray *arrayUsingKeysFromArray(NSArray *keys) const;
+    /// Returns the texts of all keys and values, those of dictionaries inside too, sorted.
+    NSArray *allKeysAndValues() const { return allKeysAndValuesRecursive(/*recursive=*/YES, /*sorted=*/YES); }
+    /// Returns the texts of all keys, then of all values, sorted by `compare:` if `sorted` is YES. If
+    /// `recursive` is YES, a value that has this operation stands as its keys and values. nil after 900003
+    /// (depth) when such values are nested more than 256 levels deep.
+    virtual NSArray *allKeysAndValuesRecursive(BOOL recursive, BOOL sorted) const;
+
+    // --- QBDictAdditions: making ---
+
+    /// Returns a dictionary of each object under itself.
+    static NSDictionary *dictWithObjects(NSArray *objects) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpWithObjects, objects).autorelease();
+    }
+    /// Returns the values that `dict` has for `keys`; keys without a value are passed over.
+    static NSDictionary *dictFrom(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFrom, dict, keys).autorelease();
+    }
+    /// As above. Throws InvalidArgumentException when a key has no value.
+    static NSDictionary *dictFromDictWithKeys(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromDictWithKeys, dict, keys).autorelease();
+    }
+    /// As `dictFrom`; keys that have the null object are passed over too.
+    static NSDictionary *dictFromDictWithGoodKeys(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromDictWithGoodKeys, dict, keys).autorelease();
+    }
+    /// As above, with what `dict` answers to the message with the key instead of the value.
+    static NSDictionary *dictFromDictWithGoodKeys(NSDictionary *dict, NSArray *keys, SEL selector) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromAnswers, dict, keys, selector).autorelease();
+    }
+    /// As above, with the texts of the values.
+    static NSDictionary *stringDictFromDict(NSDictionary *dict, NSArray *goodKeys) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromTexts, dict, goodKeys).autorelease();
+    }
+    /// Returns a dictionary of the elements of `array`, a key and its value in turn.
+    ///
+    /// The last value of a key counts. A key at the end that has no value gets the null object. Each value is
+    /// traced on the channel `misc`.
+    static NSDictionary *dictFromArray(NSArray *array) { return dictFromArray(array, nullptr); }
+    /// As above; the keys in `supportedMultiValues` have a mutable array of all their values, in order.
+    static NSDictionary *dictFromArray(NSArray *array, NSArray *supportedMultiValues) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromArray, array, supportedMultiValues)
+            .autorelease();
+    }
+    /// As `dictFromArray`. Returns nil after 900020 (index, what was expected) when the last key has no
+    /// value, or a key is there twice that is not in `supportedMultiValues`.
+    static NSDictionary *dictFromCorrectArray(NSArray *array) { return dictFromCorrectArray(array, nullptr); }
+    static NSDictionary *dictFromCorrectArray(NSArray *array, NSArray *supportedMultiValues) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpFromCorrectArray, array, supportedMultiValues)
+            .autorelease();
+    }
+    /// Returns a dictionary of keys, each followed by its value; a key whose value is nil is left out, and
+    /// the last value of a key counts. Throws InvalidArgumentException when the last key has no value.
+    template <class... T>
+    static NSDictionary *dictWithKeyValues(const T &...keysAndValues) {
+        return qb::withArgList(
+            [](const qb::ArgList &list) {
+                return qb::init<NSDictionary>(&NSDictionary::setUpWithKeyValues, list).autorelease();
+            },
+            keysAndValues...);
+    }
+
+    /// Returns the entries whose value is not the null object.
+    virtual NSDictionary *goodDict() const;
+    /// As above, with the texts of the values.
+    virtual NSDictionary *stringDict() const;
+    /// Returns the entries of `keys`; those that are not there are passed over.
+    virtual NSMutableDictionary *subDictWithKeys(NSArray *keys) const;
+    /// Returns the entries of all other keys.
+    virtual NSMutableDictionary *subDictWithoutKeys(NSArray *keys) const;
+    /// Returns the values under their keys' texts with `prefix` in front. Throws InvalidArgumentException
+    /// when it is nil.
+    virtual NSDictionary *dictByPrefixingKeysWith(NSString *prefix) const;
+    /// Returns the entries of both; for a key of both, that of `dict`. nil has none.
+    virtual NSDictionary *dictByAddingDict(NSDictionary *dict) const;
+
+    // --- QBDictAdditions: checks ---
+
+    /// Returns the keys that are not in the array `goodKeys`, then those in the array `disallowNilForKeys`
+    /// that have no value, or the null object; nil when there are none. nil or the null object for an array
+    /// checks nothing.
+    virtual NSArray *badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) const;
+    NSArray *badKeysForGoodKeys(id goodKeys) const { return badKeysForGoodKeys(goodKeys, nullptr); }
+    NSArray *badKeysForDisallowNilKeys(id disallowNilKeys) const {
+        return badKeysForGoodKeys(nullptr, disallowNilKeys);
+    }
+    /// Returns those of `keys` that have a value, in their order; nil when there are none.
+    virtual NSArray *keysContainedBy(NSArray *keys) const;
+
+    // --- QBDictAdditions: replacing ---
+
+    /// Returns a mutable copy in which `replace:with:recursive:` has replaced `object`, in the containers
+    /// inside it too. nil after 900003 (depth) when they are nested more than 256 levels deep.
+    NSMutableDictionary *asDictionaryWith(id object, id replacedBy) const {
+        return asDictionaryWith(object, replacedBy, /*recursive=*/YES);
+    }
+    virtual NSMutableDictionary *asDictionaryWith(id object, id replacedBy, BOOL recursive) const;
+
+    // --- Environment ---
+
+    /// Returns the environment of the process as it is now: values by name, strings both, in its own order.
+    /// Of a name that stands there twice the first value counts, as for the C library.
+    static NSDictionary *dictionaryWithEnvironment() { return initWithEnvironment().autorelease(); }
+    static Ref<NSDictionary> initWithEnvironment() {
+        return qb::init<NSDictionary>(&NSDictionary::setUpWithEnvironment);
+    }
+    /// Returns an environment that was written to a file, which is read up to and including the first empty
+    /// line, or to its end.
+    ///
+    /// Each line is a name, "=" and a value, both with "%" and two hexadecimal digits for bytes that could
+    /// not stand there, such as line ends, "%" and "+"; "+" is a blank. Of a name that stands there twice the
+    /// first value counts. Returns nil after 900021 (line, what was expected) for a line without "=" or of
+    /// more than 8192 bytes, and after 100023 ("<unknown>", system text) when the file can't be read. Throws
+    /// InvalidArgumentException when `file` is null.
+    static NSDictionary *dictionaryWithEncodedEnvironmentFromFile(std::FILE *file) {
+        return initWithEncodedEnvironmentFromFile(file).autorelease();
+    }
+    static Ref<NSDictionary> initWithEncodedEnvironmentFromFile(std::FILE *file) {
+        return qb::init<NSDictionary>(&NSDictionary::setUpWithEncodedEnvironmentFromFile, file);
+    }
+
     // --- Comparison ---
 
     BOOL isEqual(id other) const override;
@@ -182,14 +324,35 @@ protected:
     virtual BOOL setUpWithObjectsForKeys(NSArray *objects, NSArray *forKeys);
     virtual BOOL setUpWithBuffers(const id *objects, const id *forKeys, std::uint32_t count);
     virtual BOOL setUpWithObjectsAndKeys(const qb::ArgList &objectsAndKeys);
+
+    // The makers of the additions.
+    virtual BOOL setUpWithObjects(NSArray *objects) { return setUpWithObjectsForKeys(objects, objects); }
+    virtual BOOL setUpFrom(NSDictionary *dict, NSArray *keys);
+    virtual BOOL setUpFromDictWithKeys(NSDictionary *dict, NSArray *keys);
+    virtual BOOL setUpFromDictWithGoodKeys(NSDictionary *dict, NSArray *goodKeys);
+    virtual BOOL setUpFromAnswers(NSDictionary *dict, NSArray *goodKeys, SEL selector);
+    virtual BOOL setUpFromTexts(NSDictionary *dict, NSArray *goodKeys);
+    virtual BOOL setUpFromArray(NSArray *array, NSArray *supportedMultiValues);
+    virtual BOOL setUpFromCorrectArray(NSArray *array, NSArray *supportedMultiValues);
+    virtual BOOL setUpWithKeyValues(const qb::ArgList &keysAndValues);
+    virtual BOOL setUpWithEnvironment();
+    virtual BOOL setUpWithEncodedEnvironmentFromFile(std::FILE *file);
+
     /// Stores a value; `key` is copied when it is new.
     void store(id key, id value);
+    /// As above, but leaves the value that the key has.
+    void storeNew(id key, id value);
 
     [[noreturn]] static void throwMutated();
 
 private:
     friend class NSMutableDictionary;
     friend class qb::PropertyListReader; // which fills the table without looking each key up twice
+
+    // The tables of the additions that have makers.
+    static std::span<const qb::Method> makingMethods();
+    static std::span<const qb::Method> keyListMethods();
+    static std::span<const qb::Method> environmentMethods();
 
     std::uint32_t mutations_ = 0; // of keys, counted so that enumerations notice them
     qb::HashTable table_;
@@ -251,6 +414,87 @@ public:
     virtual void addEntriesFromDictionary(NSDictionary *other);
     /// Replaces all entries by those of `other`; nil removes them.
     virtual void setDictionary(NSDictionary *other);
+
+    // --- safeAdding ---
+
+    /// Stores `object` under `key`; nil removes the key.
+    virtual void setObjectIfNotNil(id object, id forKey);
+    /// As above; the null object removes the key too.
+    virtual void setObjectIfNotQBNil(id object, id forKey);
+    /// Stores `object` under `key`; for nil, and any object that stands for it, the null object.
+    virtual void setObjectAndQBNilIfIsNil(id object, id forKey);
+
+    // --- arrayAdding ---
+
+    /// Stores each object under the key at its place. Throws InvalidArgumentException, with nothing stored,
+    /// when there are more of the ones than of the others.
+    virtual void setObjects(NSArray *objects, NSArray *forKeys);
+    /// Stores `object` under each key.
+    virtual void setObjectForKeys(id object, NSArray *forKeys);
+
+    // --- QBDictAdditions ---
+
+    /// Replaces every value that is equal to `object`; see `NSMutableArray`.
+    virtual void replace(id object, id with, BOOL recursive);
+    /// Removes the keys that are strings and begin with one of the strings in `prefixes`.
+    virtual void removeObjectsForKeysWithPrefixes(NSArray *prefixes);
+
+    // The makers of the additions, typed for this class.
+    static NSMutableDictionary *dictWithObjects(NSArray *objects) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjects, objects).autorelease();
+    }
+    static NSMutableDictionary *dictFrom(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFrom, dict, keys).autorelease();
+    }
+    static NSMutableDictionary *dictFromDictWithKeys(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromDictWithKeys, dict, keys)
+            .autorelease();
+    }
+    static NSMutableDictionary *dictFromDictWithGoodKeys(NSDictionary *dict, NSArray *keys) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromDictWithGoodKeys, dict, keys)
+            .autorelease();
+    }
+    static NSMutableDictionary *dictFromDictWithGoodKeys(NSDictionary *dict, NSArray *keys, SEL selector) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromAnswers, dict, keys, selector)
+            .autorelease();
+    }
+    static NSMutableDictionary *stringDictFromDict(NSDictionary *dict, NSArray *goodKeys) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromTexts, dict, goodKeys)
+            .autorelease();
+    }
+    static NSMutableDictionary *dictFromArray(NSArray *array) { return dictFromArray(array, nullptr); }
+    static NSMutableDictionary *dictFromArray(NSArray *array, NSArray *supportedMultiValues) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromArray, array,
+                                             supportedMultiValues)
+            .autorelease();
+    }
+    static NSMutableDictionary *dictFromCorrectArray(NSArray *array) {
+        return dictFromCorrectArray(array, nullptr);
+    }
+    static NSMutableDictionary *dictFromCorrectArray(NSArray *array, NSArray *supportedMultiValues) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpFromCorrectArray, array,
+                                             supportedMultiValues)
+            .autorelease();
+    }
+    template <class... T>
+    static NSMutableDictionary *dictWithKeyValues(const T &...keysAndValues) {
+        return qb::withArgList(
+            [](const qb::ArgList &list) {
+                return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithKeyValues, list)
+                    .autorelease();
+            },
+            keysAndValues...);
+    }
+    static NSMutableDictionary *dictionaryWithEnvironment() { return initWithEnvironment().autorelease(); }
+    static Ref<NSMutableDictionary> initWithEnvironment() {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithEnvironment);
+    }
+    static NSMutableDictionary *dictionaryWithEncodedEnvironmentFromFile(std::FILE *file) {
+        return initWithEncodedEnvironmentFromFile(file).autorelease();
+    }
+    static Ref<NSMutableDictionary> initWithEncodedEnvironmentFromFile(std::FILE *file) {
+        return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithEncodedEnvironmentFromFile, file);
+    }
 
     Ref<NSObject> copyWithZone(void *zone) const override;
     id makeMutable() const override { return self(); }

@@ -1,0 +1,42 @@
+// Operations on containers that ask the containers inside them for the same.
+#ifndef QB_FOUNDATION_NESTING_H
+#define QB_FOUNDATION_NESTING_H
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/QBErrorHandler.h>
+
+namespace qb {
+
+/// A call of such an operation, for the length of which it stands; `Operation` tells operations apart.
+///
+/// A call inside more than `kDeepest` others raises 900003 (depth) and spoils all of them: each asks
+/// `isTooDeep` before it goes on, and gives up then. So a container that holds itself is gone down once and
+/// no more.
+template <class Operation>
+class Nesting {
+public:
+    static constexpr unsigned kDeepest = 256; // takes some 100 KiB of stack
+
+    Nesting(const char *file, int line) {
+        if (open_++ < kDeepest || isTooDeep_)
+            return;
+        isTooDeep_ = true;
+        raiseError(file, line, kErrorTooDeep, kDeepest);
+    }
+    ~Nesting() {
+        if (--open_ == 0)
+            isTooDeep_ = false;
+    }
+    Nesting(const Nesting &) = delete;
+    Nesting &operator=(const Nesting &) = delete;
+
+    bool isTooDeep() const { return isTooDeep_; }
+
+private:
+    static inline constinit unsigned open_ = 0;
+    static inline constinit bool isTooDeep_ = false;
+};
+
+} // namespace qb
+
+#endif

@@ -1,0 +1,77 @@
+// Sorting of dictionaries, and of other objects with keys.
+#include <QBFoundation/Foundation/NSArray.h>
+
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "Foundation/NSArray.Tables.h"
+#include "Foundation/Sort.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// What the order goes by, from a key with or without ".REVERSE".
+struct SortKey {
+    explicit SortKey(NSString *text) : key(text) {
+        NSArray *const components = text ? text->componentsSeparatedByString("."_ns) : NSArray::array();
+        const std::uint32_t count = components->count();
+        isReverse =
+            count > 1 && static_cast<NSString *>(components->lastObject())->isCaseEqualTo("REVERSE"_ns);
+        if (isReverse)
+            key = components->subarrayWithRange({0, count - 1})->stringsJoinedByString("."_ns);
+    }
+
+    NSString *key;
+    bool isReverse;
+};
+
+struct Keyed {
+    id element;
+    id value; // nil when there is none
+};
+
+bool bothRespond(id a, id b, SEL selector) {
+    return a->respondsToSelector(selector) && b->respondsToSelector(selector);
+}
+
+std::int32_t compareValues(id a, id b) {
+    if (!a || !b)
+        return (b ? 1 : 0) - (a ? 1 : 0);
+    for (SEL selector : {SEL("caseInsensitiveCompare:"_sel), SEL("compare:"_sel)})
+        if (bothRespond(a, b, selector))
+            return qb::compareByMessage(a, selector, b);
+    return qb::compareByMessage(a->stringValue(), "caseInsensitiveCompare:"_sel, b->stringValue());
+}
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::arraySortingByKey() {
+    static const qb::Method methods[] = {
+        qb::method<"caseInsensitiveSortedArrayByKey:">(&NSArray::caseInsensitiveSortedArrayByKey),
+    };
+    return methods;
+}
+
+NSArray *NSArray::caseInsensitiveSortedArrayByKey(NSString *key) const {
+    const SortKey sortKey(key);
+    const Ref<NSArray> elements = initWith(view()); // retained, whatever a comparison does to this array
+    std::vector<Ref<NSObject>> values;
+    std::vector<Keyed> sorted;
+    for (id element : *elements) {
+        const id value = send<id>(element, "objectForKey:"_sel, id{sortKey.key});
+        values.emplace_back(IsNil(value) ? nullptr : value);
+        sorted.push_back({element, values.back()});
+    }
+    std::vector<Keyed> buffer(sorted.size());
+    qb::mergeSort(std::span(sorted), std::span(buffer),
+                  [](const Keyed &a, const Keyed &b) { return compareValues(a.value, b.value) > 0; });
+    if (sortKey.isReverse)
+        std::reverse(sorted.begin(), sorted.end());
+    const auto result = NSMutableArray::initWithCapacity(count_);
+    for (const Keyed &keyed : sorted)
+        result->addObject(keyed.element);
+    return arrayWithArray(result);
+}

@@ -1,0 +1,121 @@
+// Replacing a value wherever it stands inside arrays and dictionaries.
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/DeepWalk.h"
+#include "Foundation/NSArray.Tables.h"
+#include "Foundation/NSDictionary.Tables.h"
+#include "Foundation/Nesting.h"
+
+#include <vector>
+
+namespace {
+
+constexpr const char *kFile = "src/QBCollections";
+
+struct Replacing {};
+using Nesting = qb::Nesting<Replacing>;
+
+/// What is to be replaced by what.
+struct Replacement {
+    id object, by;
+    BOOL isRecursive;
+
+    // Returns what stands in a container for `value` afterwards, nil when it is nested too deeply.
+    id valueFor(id value) const {
+        if (value->isEqual(object))
+            return by ? by
+                      : throw InvalidArgumentException(
+                            "replace:with:recursive: must have an object that is not nil.");
+        switch (isRecursive ? qb::containerKindOf(value) : qb::ContainerKind::none) {
+        case qb::ContainerKind::array:
+            return static_cast<NSArray *>(value)->asArrayWith(object, by, isRecursive);
+        case qb::ContainerKind::dictionary:
+            return static_cast<NSDictionary *>(value)->asDictionaryWith(object, by, isRecursive);
+        default:
+            return value;
+        }
+    }
+};
+
+// Returns a copy of the container in which that is done.
+template <class Container>
+auto replacedCopy(const Container *container, const Replacement &replacement) {
+    auto copy = container->mutableCopy();
+    const Nesting nesting(kFile, __LINE__);
+    if (!nesting.isTooDeep())
+        copy->replace(replacement.object, replacement.by, replacement.isRecursive);
+    return nesting.isTooDeep() ? nullptr : copy.autorelease();
+}
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::arrayReplacing() {
+    static const qb::Method methods[] = {
+        qb::method<"asArrayWith:replacedBy:", NSMutableArray *(id, id)>(&NSArray::asArrayWith),
+        qb::method<"asArrayWith:replacedBy:recursive:", NSMutableArray *(id, id, BOOL)>(
+            &NSArray::asArrayWith),
+    };
+    return methods;
+}
+
+std::span<const qb::Method> qb::tables::mutableArrayReplacing() {
+    static const qb::Method methods[] = {
+        qb::method<"replace:with:recursive:">(&NSMutableArray::replace),
+    };
+    return methods;
+}
+
+std::span<const qb::Method> qb::tables::dictionaryReplacing() {
+    static const qb::Method methods[] = {
+        qb::method<"asDictionaryWith:replacedBy:", NSMutableDictionary *(id, id)>(
+            &NSDictionary::asDictionaryWith),
+        qb::method<"asDictionaryWith:replacedBy:recursive:", NSMutableDictionary *(id, id, BOOL)>(
+            &NSDictionary::asDictionaryWith),
+    };
+    return methods;
+}
+
+std::span<const qb::Method> qb::tables::mutableDictionaryReplacing() {
+    static const qb::Method methods[] = {
+        qb::method<"replace:with:recursive:">(&NSMutableDictionary::replace),
+    };
+    return methods;
+}
+
+NSMutableArray *NSArray::asArrayWith(id object, id replacedBy, BOOL recursive) const {
+    return replacedCopy(this, {object, replacedBy, recursive});
+}
+
+NSMutableDictionary *NSDictionary::asDictionaryWith(id object, id replacedBy, BOOL recursive) const {
+    return replacedCopy(this, {object, replacedBy, recursive});
+}
+
+// The new values are all made before one of them is stored, so that a failure changes nothing.
+
+void NSMutableArray::replace(id object, id with, BOOL recursive) {
+    const Replacement replacement{object, with, recursive};
+    auto values = NSMutableArray::initWithCapacity(count());
+    for (id element : *this) {
+        const id value = replacement.valueFor(element);
+        if (!value)
+            return;
+        values->addObject(value);
+    }
+    setArray(values);
+}
+
+void NSMutableDictionary::replace(id object, id with, BOOL recursive) {
+    const Replacement replacement{object, with, recursive};
+    auto values = NSMutableDictionary::initWithCapacity(count());
+    for (const auto &[key, value] : *this) {
+        const id newValue = replacement.valueFor(value);
+        if (!newValue)
+            return;
+        values->setObjectForKey(newValue, key);
+    }
+    addEntriesFromDictionary(values);
+}

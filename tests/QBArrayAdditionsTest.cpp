@@ -1,0 +1,260 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+using QBArrayAdditionsTest = PoolFixture;
+
+namespace {
+
+NSNumber *number(int value) {
+    return NSNumber::numberWithInt(value);
+}
+
+// An array of the text's characters as strings.
+NSArray *letters(std::string_view text) {
+    NSMutableArray *const array = NSMutableArray::array();
+    for (const char &letter : text)
+        array->addObject(NSString::stringWith({&letter, 1}));
+    return array;
+}
+
+/// Equal to every other one; changes an array when it is asked.
+class Meddler : public NSObject {
+public:
+    explicit Meddler(NSMutableArray *array) : array_(array) {}
+    BOOL isEqual(id) const override {
+        array_->removeAllObjects();
+        return YES;
+    }
+    std::uint32_t hash() const override { return 1; }
+
+private:
+    NSMutableArray *array_;
+};
+
+} // namespace
+
+TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
+    EXPECT_EQ(describe(letters("abacb")->uniqueArray()), "(a, b, c)");
+    EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj("b"_ns)), "(a)");
+    EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj(nullptr)), "(a, b)");
+    EXPECT_EQ(describe(NSArray::array()->uniqueArray()), "()");
+    EXPECT_EQ(letters("a")->uniqueArray()->classObject(), NSMutableArray::cls());
+    NSArray *const numbers =
+        NSArray::arrayWithObjects("0"_ns, number(0), "7x"_ns, number(7), "7"_ns, number(7));
+    EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("intValue"_sel)), "(7x, 7, 7)");
+    EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("doubleValue"_sel)), "(7x, 7, 7)");
+    EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("asNumber"_sel)), "(0, 0, 7, 7)");
+    EXPECT_EQ(describe(numbers->uniqueArrayWithoutObj("7"_ns, "boolValue"_sel)), "(7x, 7)");
+    EXPECT_THROW(numbers->uniqueArraySelectedWithSelector("count"_sel), InvalidArgumentException);
+    // The first of equal elements stands for all: it is not asked for a second one.
+    NSArray *const objects = NSArray::arrayWithObjects(QBNil::value(), QBNil::value(), "a"_ns);
+    EXPECT_EQ(describe(objects->uniqueArraySelectedWithSelector("isNotNil"_sel)), "(a)");
+
+    NSMutableArray *const array = letters("abacb")->mutableCopy().autorelease();
+    const id first = array->objectAtIndex(0);
+    array->makeUnique();
+    EXPECT_EQ(describe(array), "(a, b, c)");
+    EXPECT_EQ(array->objectAtIndex(0), first);
+    NSMutableArray *const meddled = NSMutableArray::array();
+    const Ref<NSObject> meddler = Ref<NSObject>::adopt(new Meddler(meddled));
+    meddled->setArray(
+        NSArray::arrayWithObjects(meddler.get(), Ref<NSObject>::adopt(new Meddler(meddled)).autorelease()));
+    EXPECT_THROW(meddled->makeUnique(), InvalidUseOfMethodException);
+}
+
+TEST_F(QBArrayAdditionsTest, ArraysAreAddedSubtractedAndCompared) {
+    struct {
+        const char *a, *b, *plus, *minus, *common, *bad;
+    } const rows[] = {
+        {"abac", "cdbdc", "(a, b, c, d)", "(a)", "(c, b, c)", "(a, a)"},
+        {"", "aa", "(a)", "()", "nil", "nil"},
+        {"aab", "", "(a, b)", "(a, b)", "nil", "(a, a, b)"},
+        {"ab", "ba", "(a, b)", "()", "(b, a)", "nil"},
+        {"ab", "cd", "(a, b, c, d)", "(a, b)", "nil", "(a, b)"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.a);
+        NSArray *const a = letters(row.a);
+        NSArray *const b = letters(row.b);
+        EXPECT_EQ(describe(a->plus(b)), row.plus);
+        EXPECT_EQ(describe(a->minus(b)), row.minus);
+        EXPECT_EQ(describe(a->commonElementsWithArray(b)), row.common);
+        EXPECT_EQ(a->hasCommonElementsWithArray(b), std::string_view(row.common) != "nil");
+        EXPECT_EQ(describe(a->badElementsForGoodElements(b)), row.bad);
+    }
+    NSArray *const aab = letters("aab");
+    EXPECT_EQ(describe(aab->plus(nullptr)) + describe(aab->minus(nullptr)), "(a, b)(a, b)");
+    EXPECT_EQ(aab->commonElementsWithArray(nullptr), nullptr);
+    EXPECT_FALSE(aab->hasCommonElementsWithArray(nullptr));
+    EXPECT_EQ(describe(aab->badElementsForGoodElements(nullptr)), "(a, a, b)");
+}
+
+TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 50; ++round) {
+        SCOPED_TRACE(round);
+        std::vector<std::string> a, b;
+        for (auto *texts : {&a, &b})
+            for (unsigned i = random() % 400; i != 0; --i)
+                texts->push_back(std::to_string(random() % 300));
+        const auto make = [](const std::vector<std::string> &texts) {
+            NSMutableArray *const array = NSMutableArray::array();
+            for (const std::string &text : texts)
+                array->addObject(NSString::stringWith(text));
+            return array;
+        };
+        const auto has = [](const std::vector<std::string> &texts, const std::string &text) {
+            return std::find(texts.begin(), texts.end(), text) != texts.end();
+        };
+        std::vector<std::string> unique, sum, rest, common;
+        for (const std::string &text : a)
+            if (!has(unique, text))
+                unique.push_back(text);
+        sum = unique;
+        for (const std::string &text : b) {
+            if (!has(sum, text))
+                sum.push_back(text);
+            if (has(a, text))
+                common.push_back(text);
+        }
+        for (const std::string &text : unique)
+            if (!has(b, text))
+                rest.push_back(text);
+        EXPECT_TRUE(make(a)->uniqueArray()->isEqual(make(unique)));
+        EXPECT_TRUE(make(a)->plus(make(b))->isEqual(make(sum)));
+        EXPECT_TRUE(make(a)->minus(make(b))->isEqual(make(rest)));
+        EXPECT_EQ(describe(make(a)->commonElementsWithArray(make(b))),
+                  common.empty() ? "nil" : describe(make(common)));
+    }
+}
+
+TEST_F(QBArrayAdditionsTest, FindsElementsByTheirAnswers) {
+    NSArray *const array = NSArray::arrayWithObjects("ab"_ns, "b"_ns, "bc"_ns);
+    EXPECT_EQ(array->indexOfObjectUsingSelector("hasPrefix:"_sel, "b"_ns), 1u);
+    EXPECT_EQ(array->indexOfObjectUsingSelector("hasPrefix:"_sel, "c"_ns), 0x7fffffffu);
+    EXPECT_EQ(NSArray::array()->indexOfObjectUsingSelector("hasPrefix:"_sel, "c"_ns), NSNotFound);
+    EXPECT_THROW(array->indexOfObjectUsingSelector("hasPrefix:"_sel, array), InvalidArgumentException);
+}
+
+TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
+    NSArray *const abc = letters("abc");
+    NSArray *const empty = NSArray::array();
+    EXPECT_EQ(describe(abc->shift()), "(b, c)");
+    EXPECT_EQ(letters("a")->shift(), nullptr);
+    EXPECT_EQ(empty->shift(), nullptr);
+    EXPECT_EQ(abc->subarrayFromIndex(0), abc);
+    EXPECT_EQ(describe(abc->subarrayFromIndex(2)), "(c)");
+    EXPECT_EQ(abc->subarrayFromIndex(3), nullptr);
+    EXPECT_EQ(abc->subarrayFromIndex(UINT32_MAX), nullptr);
+    EXPECT_EQ(empty->subarrayFromIndex(0), nullptr);
+    EXPECT_EQ(describe(abc->reversedArray()), "(c, b, a)");
+    EXPECT_EQ(empty->reversedArray(), empty);
+    EXPECT_EQ(describe(abc->joinedBy("x"_ns)), "(a, x, b, x, c)");
+    EXPECT_EQ(describe(empty->joinedBy("x"_ns)) + describe(letters("a")->joinedBy(nullptr)), "()(a)");
+    EXPECT_THROW(abc->joinedBy(nullptr), InvalidArgumentException);
+    EXPECT_EQ(describe(letters("12")->dictWithSchema(letters("ab"))), "{a = 1; b = 2; }");
+    EXPECT_EQ(letters("12")->dictWithSchema(abc), nullptr);
+    EXPECT_EQ(abc->dictWithSchema(nullptr), nullptr);
+    EXPECT_EQ(describe(empty->dictWithSchema(nullptr)), "{}");
+
+    const char *const texts[] = {"one", "", "three", nullptr};
+    EXPECT_EQ(describe(NSArray::arrayWithCStrings(3, texts)), "(one, , three)");
+    EXPECT_EQ(describe(send(NSArray::cls(), "arrayWithCStrings::"_sel, 1, &texts[2])), "(three)");
+    EXPECT_EQ(NSArray::arrayWithCStrings(-1, nullptr)->count(), 0u);
+    EXPECT_THROW(NSArray::arrayWithCStrings(4, texts), InvalidArgumentException);
+    EXPECT_THROW(NSArray::arrayWithCStrings(1, nullptr), InvalidArgumentException);
+}
+
+TEST_F(QBArrayAdditionsTest, TextsAreJoinedToListsPathsAndExpressions) {
+    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, number(5), QBNil::value(), "b"_ns);
+    struct {
+        NSArray *array;
+        const char *joined, *path, *expression;
+    } const rows[] = {
+        {letters("abc"), "a, b, c", "a/b/c", "(a OR b OR c)"},
+        {letters("a"), "a", "a", "a"},
+        {NSArray::array(), "", "", "nil"},
+        {mixed, "a, 5, null, b", "a/5/b", "(a OR 5 OR null OR b)"},
+        {NSArray::arrayWithObjects("a\0b"_ns, "c"_ns), "a", "a", "(a)"},
+        {NSArray::arrayWithObjects("c"_ns, "a\0b"_ns, "d"_ns), "c, a, d", "c/a/d", "(c OR a OR d)"},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(describe(row.array->stringsJoinedByString(", "_ns)), row.joined);
+        EXPECT_EQ(describe(row.array->pathString()), row.path);
+        EXPECT_EQ(describe(row.array->absolutePathString()), std::string("/") + row.path);
+        EXPECT_EQ(describe(row.array->orExpression()), row.expression);
+    }
+    EXPECT_EQ(describe(letters("abc")->stringsJoinedByString(nullptr)), "abc");
+    EXPECT_EQ(describe(letters("ab")->andExpression()), "(a AND b)");
+    NSArray *const one = NSArray::arrayWithObject(number(5));
+    EXPECT_EQ(one->expressionWithOperator(nullptr), number(5));
+}
+
+TEST_F(QBArrayAdditionsTest, SortsByKeyWithoutRegardToCase) {
+    const auto page = [](const char *number, id value, const char *key = "name") {
+        NSMutableDictionary *const made =
+            NSMutableDictionary::dictionaryWithObjectForKey(NSString::stringWithCString(number), "number"_ns);
+        made->setObjectIfNotNil(value, NSString::stringWithCString(key));
+        return made;
+    };
+    const auto order = [](NSArray *array, NSString *key) {
+        std::string numbers;
+        for (id element : *array->caseInsensitiveSortedArrayByKey(key))
+            numbers += describe(static_cast<NSDictionary *>(element)->objectForKey("number"_ns));
+        return numbers;
+    };
+    NSArray *const pages =
+        NSArray::arrayWithObjects(page("1", "b"_ns), page("2", nullptr), page("3", "A"_ns),
+                                  page("4", QBNil::value()), page("5", "B"_ns), page("6", "a"_ns));
+    EXPECT_EQ(order(pages, "name"_ns), "361524");
+    EXPECT_EQ(order(pages, "name.reverse"_ns), "425163");
+    EXPECT_EQ(order(pages, "name.REVERSE"_ns), "425163");
+    EXPECT_EQ(order(pages, "name.x"_ns), "123456");
+    EXPECT_EQ(order(pages, nullptr), "123456");
+    NSArray *const dotted = NSArray::arrayWithObjects(page("1", "b"_ns, "a.b"), page("2", "a"_ns, "a.b"),
+                                                      page("3", "c"_ns, "a.b"));
+    EXPECT_EQ(order(dotted, "a.b"_ns) + order(dotted, "a.b.Reverse"_ns), "213312"); // the key itself, no path
+    NSArray *const reverse =
+        NSArray::arrayWithObjects(page("1", "b"_ns, "reverse"), page("2", "a"_ns, "reverse"));
+    EXPECT_EQ(order(reverse, "reverse"_ns), "21");
+    NSArray *const numbers = NSArray::arrayWithObjects(page("1", number(10)), page("2", number(9)));
+    EXPECT_EQ(order(numbers, "name"_ns), "21");
+    NSArray *const lists = NSArray::arrayWithObjects(page("1", letters("b")), page("2", letters("A")));
+    EXPECT_EQ(order(lists, "name"_ns), "21"); // by their texts
+    NSArray *const kinds = NSArray::arrayWithObjects(page("1", "10"_ns), page("2", number(9)));
+    EXPECT_THROW(kinds->caseInsensitiveSortedArrayByKey("name"_ns), InvalidArgumentException);
+}
+
+TEST_F(QBArrayAdditionsTest, AddsWhatIsThere) {
+    NSMutableArray *const array = NSMutableArray::array();
+    const id null = QBNil::value();
+    for (id object : {id("a"_ns), id(nullptr), null}) {
+        array->addObjectIfNotNil(object);
+        array->addObjectIfNotQBNil(object);
+        array->addObjectAndQBNilIfNil(object);
+    }
+    const id expected[] = {"a"_ns, "a"_ns, "a"_ns, null, null, null};
+    EXPECT_TRUE(
+        std::equal(array->view().begin(), array->view().end(), std::begin(expected), std::end(expected)));
+    array->removeAllObjects();
+    array->addObjectsFrom(letters("xy"));
+    array->addObjectsFrom(NSArray::array());
+    array->addObjectsFrom(nullptr);
+    array->removeFirstObject();
+    EXPECT_EQ(describe(array), "(y)");
+    array->removeFirstObject();
+    array->removeFirstObject();
+    EXPECT_EQ(array->count(), 0u);
+}

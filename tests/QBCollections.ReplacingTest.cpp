@@ -1,0 +1,71 @@
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+
+#include "support/PoolFixture.h"
+#include "support/SmallStack.h"
+
+using ReplacingTest = PoolFixture;
+
+namespace {
+
+// Returns a list that holds a list, and so on, so many in all.
+NSMutableArray *nested(unsigned depth) {
+    NSMutableArray *list = NSMutableArray::arrayWithObject("x"_ns);
+    while (--depth)
+        list = NSMutableArray::arrayWithObject(list);
+    return list;
+}
+
+} // namespace
+
+TEST_F(ReplacingTest, ReachesIntoContainersWhenItIsRecursive) {
+    NSArray *const inner = NSArray::arrayWithObjects("x"_ns, "y"_ns);
+    NSDictionary *const map = NSDictionary::dictionaryWith({{"x"_ns, "x"_ns}, {"list"_ns, inner}});
+    NSArray *const list = NSArray::arrayWithObjects("x"_ns, map, inner, "z"_ns);
+    EXPECT_EQ(describe(list->asArrayWith("x"_ns, "-"_ns)), "(-, {x = -; list = (-, y); }, (-, y), z)");
+    EXPECT_EQ(describe(list->asArrayWith("x"_ns, "-"_ns, NO)), "(-, {x = x; list = (x, y); }, (x, y), z)");
+    EXPECT_EQ(describe(list), "(x, {x = x; list = (x, y); }, (x, y), z)");
+    EXPECT_EQ(describe(map->asDictionaryWith("x"_ns, "-"_ns)), "{x = -; list = (-, y); }");
+    EXPECT_EQ(describe(map->asDictionaryWith(inner, "-"_ns, NO)), "{x = x; list = -; }");
+    EXPECT_EQ(describe(list->asArrayWith(nullptr, "-"_ns)), describe(list));
+
+    NSMutableDictionary *const changed = map->mutableCopy().autorelease();
+    changed->replace("y"_ns, "-"_ns, YES);
+    EXPECT_EQ(describe(changed), "{x = x; list = (x, -); }");
+    const id changedList = changed->objectForKey("list"_ns);
+    EXPECT_TRUE(changedList != inner && changedList->isKindOfClass(NSMutableArray::cls()));
+}
+
+TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
+    NSMutableArray *const list = NSMutableArray::arrayWithObjects("a"_ns, NSArray::arrayWithObject("x"_ns));
+    EXPECT_REASON(list->replace("x"_ns, nullptr, YES),
+                  "replace:with:recursive: must have an object that is not nil.");
+    list->replace("y"_ns, nullptr, YES);
+    EXPECT_EQ(describe(list), "(a, (x))");
+}
+
+TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
+    const bool isRun = runOnSmallStack([] {
+        const NSAutoreleasePool pool;
+        EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr);
+        ErrorExpectation error(900003);
+        EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr);
+        EXPECT_EQ(error.values(), "256");
+    });
+    EXPECT_TRUE(isRun);
+
+    // Each level would hold twice as many values as the one above it.
+    NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});
+    own->setObjectForKey(own, "b"_ns);
+    own->setObjectForKey(own, "c"_ns);
+    {
+        ErrorExpectation error(900003);
+        own->replace("x"_ns, "y"_ns, YES);
+    }
+    EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
+    EXPECT_EQ(own->objectForKey("b"_ns), own);
+    EXPECT_EQ(describe(nested(2)->asArrayWith("x"_ns, "y"_ns)),
+              "((y))"); // and nothing is left of the failure
+    own->removeAllObjects();
+}

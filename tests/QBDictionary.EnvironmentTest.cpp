@@ -1,0 +1,104 @@
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/OSAdaptor/OSEnvironment.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include <unistd.h>
+
+using EnvironmentTest = PoolFixture;
+
+namespace {
+
+// An open file with those bytes; closed with the pointer.
+std::unique_ptr<std::FILE, int (*)(std::FILE *)> fileWith(const std::string &bytes) {
+    std::FILE *const file = std::tmpfile();
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::rewind(file);
+    return {file, &std::fclose};
+}
+
+} // namespace
+
+TEST_F(EnvironmentTest, IsReadAndChangedByItsNames) {
+    static char variable[] = "QB_TEST_VALUE=a=b";
+    EXPECT_EQ(OSEnvironment::getEnv("QB_TEST_VALUE"), nullptr);
+    EXPECT_EQ(send<std::int32_t>(OSEnvironment::cls(), "putEnv:"_sel, variable), 0);
+    EXPECT_STREQ(OSEnvironment::getEnv("QB_TEST_VALUE"), "a=b");
+    EXPECT_EQ(describe(NSDictionary::dictionaryWithEnvironment()->objectForKey("QB_TEST_VALUE"_ns)), "a=b");
+    EXPECT_EQ(OSEnvironment::unsetEnv("QB_TEST_VALUE"), 0);
+    EXPECT_EQ(NSDictionary::dictionaryWithEnvironment()->objectForKey("QB_TEST_VALUE"_ns), nullptr);
+    EXPECT_EQ(OSEnvironment::unsetEnv("A=B") + OSEnvironment::unsetEnv(nullptr), 0);
+    EXPECT_EQ(OSEnvironment::getEnv(nullptr), nullptr);
+    EXPECT_EQ(OSEnvironment::putEnv(nullptr), -1);
+    const qb::sys::Fault noMemory(qb::sys::Call::putenv, 0, 0, ENOMEM);
+    EXPECT_NE(OSEnvironment::putEnv(variable), 0);
+    EXPECT_EQ(OSEnvironment::getErrorCode(), static_cast<std::uint32_t>(ENOMEM));
+}
+
+TEST_F(EnvironmentTest, WholeEnvironmentIsADictionaryInItsOrder) {
+    char first[] = "B=1", second[] = "A=2=3", again[] = "B=4", none[] = "C", empty[] = "D=";
+    char *values[] = {first, second, again, none, empty, nullptr};
+    char **const saved = environ;
+    environ = values;
+    const std::string whole = describe(NSDictionary::dictionaryWithEnvironment());
+    environ = nullptr;
+    const std::string cleared = describe(NSDictionary::initWithEnvironment().get());
+    environ = saved;
+    EXPECT_EQ(whole, "{B = 1; A = 2=3; D = ; }");
+    EXPECT_EQ(cleared, "{}");
+}
+
+TEST_F(EnvironmentTest, EncodedOneIsReadUpToAnEmptyLine) {
+    const std::string longest(8192 - 2, 'x');
+    struct {
+        std::string bytes, expected, rest;
+    } const rows[] = {
+        {"", "{}", ""},
+        {"\nA=1\n", "{}", "A=1\n"},
+        {"A=1\nB=x=y\n\nrest", "{A = 1; B = x=y; }", "rest"},
+        {"A=1\nA=2\nB=", "{A = 1; B = ; }", ""},
+        {"A%3DB=one+two%0athree%2B%25", "{A=B = one two\nthree+%; }", ""},
+        {"A=" + longest + "\n\n", "{A = " + longest + "; }", ""},
+        {"A=" + longest, "{A = " + longest + "; }", ""},
+    };
+    for (const auto &row : rows) {
+        const auto file = fileWith(row.bytes);
+        EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), row.expected);
+        char rest[16] = "";
+        EXPECT_EQ(std::string(rest, std::fread(rest, 1, sizeof rest, file.get())), row.rest);
+    }
+}
+
+TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
+    const std::string tooLong = "A=" + std::string(8191, 'x');
+    struct {
+        std::string bytes, values;
+    } const rows[] = {
+        {"A=1\nB\n", "2 \"=\""},
+        {tooLong + "\n", "1 a line of at most 8192 bytes"},
+        {tooLong, "1 a line of at most 8192 bytes"},
+    };
+    for (const auto &row : rows) {
+        const auto file = fileWith(row.bytes);
+        ErrorExpectation error(900021);
+        EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr);
+        EXPECT_EQ(error.values(), row.values);
+    }
+    const auto file = fileWith("A=1\n");
+    const qb::sys::Fault broken(qb::sys::Call::fgets, 0, 0, EIO);
+    {
+        ErrorExpectation error(100023);
+        EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr);
+        EXPECT_EQ(error.values(), "<unknown> Input/output error");
+    }
+    EXPECT_REASON(NSDictionary::initWithEncodedEnvironmentFromFile(nullptr),
+                  "NSDictionary initWithEncodedEnvironmentFromFile: must have a file that is not NULL.");
+}
