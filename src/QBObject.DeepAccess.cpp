@@ -4,6 +4,8 @@
 // meets the end of the stack. Only what has a class of its own is asked by a message, for it may answer
 // in its own way.
 #include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>

@@ -56,7 +56,7 @@ TEST_F(OSFilePathChangesTest, MakePathStopsAtTheFirstFailure) {
     NSString *const path = directory_.string("new/one");
     expectError(100156, "", [&] { OSFilePath::makePath(path); });
     EXPECT_FALSE(directory_.has("new"));
-    ERRORHANDLER->raiseErrorInFile("earlier", 1, 30010);
+    ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
     OSFilePath::makePath(path);
     EXPECT_FALSE(directory_.has("new"));
     ERRORHANDLER->clearErrorStack();
@@ -165,7 +165,7 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
 
 TEST_F(OSFilePathChangesTest, RemovalFailuresStopItAndEarlierErrorsStayInFront) {
     directory_.write("tree/file", "");
-    ERRORHANDLER->raiseErrorInFile("earlier", 1, 30010);
+    ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
     const struct {
         Call call;
         int number;
@@ -183,7 +183,7 @@ TEST_F(OSFilePathChangesTest, RemovalFailuresStopItAndEarlierErrorsStayInFront) 
         EXPECT_EQ(recordingErrorHandler()->raised.back().number, row.number);
         EXPECT_EQ(recordingErrorHandler()->raised.back().values,
                   directory_ / row.path + " Input/output error");
-        EXPECT_EQ(describe(ERRORHANDLER->errorId()), "30010");
+        EXPECT_EQ(describe(ERRORHANDLER->errorId()), "31999");
     }
     ERRORHANDLER->clearErrorStack();
     expectError(100203, "a Invalid argument", [&] { OSFilePath::removePath(nulPath_); });

@@ -208,7 +208,7 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
 
 TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {
     directory_.write("file", "");
-    ERRORHANDLER->raiseErrorInFile("earlier", 1, 30010);
+    ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
     copy("file", "copy", YES);
     EXPECT_FALSE(directory_.has("copy"));
     EXPECT_EQ(recordingErrorHandler()->raised.size(), 1u);

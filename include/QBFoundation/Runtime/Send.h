@@ -71,7 +71,7 @@ R callEntry(const CallSite &site, id receiver, const A &...arguments) {
         return R::adopt(static_cast<ObjectOf<R> *>(entry(site.method, receiver, pass<A>(arguments)...)));
     else
         return unpass<R>(entry(site.method, receiver, pass<A>(arguments)...));
-    // NOLINTEND(clang-analyzer-core.CallAndMessage)
+    // NOLINTEND(clang-analyzer-core.CallAndMessage): as above
 }
 
 // Where a call keeps its memory: a selector literal has one for all calls with the same types, a selector
