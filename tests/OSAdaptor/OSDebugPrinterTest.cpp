@@ -163,7 +163,7 @@ TEST_F(OSDebugPrinterTest, ActionsNestAndMeasure) {
     EXPECT_EQ(printer()->channelFromProfileStackItem(0), profile_);
     EXPECT_EQ(printer()->startTimeFromProfileStackItem(0), printer()->profileLastTime());
     printer()->setStartTime(printer()->profileLastTime() - 1000000, 0);
-    profile_msg(profile_, "%hd of %5s", 3, "x");
+    profile_msg(profile_, "%hd of %5s", static_cast<short>(3), "x");
     profile_beginAction(profile_, "%@ %i"_ns, "typed"_ns, 7);
     profile_endAction(profile_, "typed %d", 7);
     profile_endAction(profile_, "read a");
