@@ -1,13 +1,17 @@
 // Lists what the library's classes answer, one operation a line: class, + or -, selector, signature,
 // separated by tabs.
 //
-//   inspect            every class
-//   inspect CLASS ...  those classes
 #include <QBFoundation/QBFoundation.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
+
+constexpr const char *kUsage =
+    "Usage: inspect [CLASS ...]\n"
+    "Lists the operations of these classes, or of every class, one a line: class, + or -,\n"
+    "selector and signature, separated by tabs. + marks an operation of the class itself.\n";
 
 void listClass(Class *cls) {
     const std::string name(cls->nameView());
@@ -24,6 +28,11 @@ int main(int argumentCount, char **arguments) {
         for (Class *cls : qb::allClasses())
             listClass(cls);
     for (int i = 1; i < argumentCount; ++i) {
+        if (arguments[i][0] == '-') {
+            const bool wantsHelp = std::strcmp(arguments[i], "--help") == 0;
+            std::fputs(kUsage, wantsHelp ? stdout : stderr);
+            return wantsHelp ? 0 : 2;
+        }
         Class *const cls = NSClassFromString(NSString::stringWith(arguments[i]));
         if (!cls) {
             std::fprintf(stderr, "inspect: there is no class '%s'.\n", arguments[i]);

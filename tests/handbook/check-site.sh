@@ -1,9 +1,10 @@
 #!/bin/bash
-# Publishes the handbook and looks at its pages: valid HTML, and no link that leads nowhere.
-#   tests/handbook/check-site.sh PUBLISH SITE OUT
+# Publishes the handbook and looks at its pages: valid HTML, no link that leads nowhere, and the classes' operations as
+# `inspect` lists them.
+#   tests/handbook/check-site.sh PUBLISH INSPECT SITE OUT
 set -euo pipefail
 read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
-publish=$1 site=$2 out=$3
+publish=$1 inspect=$2 site=$3 out=$4
 
 rm -rf "$out"
 "${launcher[@]}" "$publish" --quiet "$site" "$out"
@@ -35,4 +36,18 @@ for page in "${pages[@]}"; do
         { [ -f "$target" ] && anchor_exists "$target" "$anchor"; } || complain "$page leads to $link"
     done < <(grep -oE '(href|src)="[^"]*"' "$page" | sed 's/^[a-z]*="//; s/"$//')
 done
+
+from_pages() { # the lines of the class $1, or of all
+    sed -nE 's#^<details id="(.*)">#class \1#p
+             s#^<tr><td>([+-])</td><td><code>(.*)</code></td><td><code>(.*)</code></td></tr>#\1\t\2\t\3#p' \
+        "$out/reference/classes.html" |
+        sed 's/&lt;/</g; s/&gt;/>/g; s/&quot;/"/g; s/&amp;/\&/g' |
+        awk -v only="$1" '/^class /{name = $2; next} !only || name == only {print name "\t" $0}'
+}
+"${launcher[@]}" "$inspect" | diff <(from_pages '') - >&2 || complain "inspect and the reference differ"
+"${launcher[@]}" "$inspect" NSArray | diff <(from_pages NSArray) - >&2 || complain "inspect NSArray"
+status=0
+"${launcher[@]}" "$inspect" NoSuchClass 2>/dev/null || status=$?
+[ $status -eq 1 ] || complain "inspect NoSuchClass: exit status $status"
+! "${launcher[@]}" "$inspect" >/dev/full || complain "inspect: what could not be said counts as said"
 [ $failures -eq 0 ]
