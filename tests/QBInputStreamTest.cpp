@@ -1,6 +1,7 @@
 #include <QBFoundation/QBInputStream.h>
 
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBFilePointerInputStream.h>
 #include <QBFoundation/QBInputFilter.h>
