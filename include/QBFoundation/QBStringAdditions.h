@@ -21,8 +21,8 @@ QB_EXPORT int isLegalNameChar(int character);
 /// As above, "$" and "-" included.
 QB_EXPORT int isLegalObjNameChar(int character);
 
-/// Whether all characters of the text are digits from 0 to 9, as in the empty text: what deep access takes for
-/// an array's index. NO for null.
+/// Whether all characters of the text are digits from 0 to 9, as in the empty text: what deep access takes
+/// for an array's index. NO for null.
 QB_EXPORT BOOL isInteger(const char *text);
 }
 
