@@ -1,6 +1,7 @@
 // Fills any restricted format with any values, in each of its forms.
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSString.h>
 

@@ -1,3 +1,4 @@
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/QBErrorHandler.h>
 
 #include <QBFoundation/QBNil.h>

@@ -1,3 +1,4 @@
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 
 #include <QBFoundation/Foundation/NSArray.h>

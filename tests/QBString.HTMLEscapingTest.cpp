@@ -1,3 +1,4 @@
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/Send.h>
 

@@ -16,6 +16,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSProcessInfo.h>

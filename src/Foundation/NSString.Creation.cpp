@@ -1,4 +1,5 @@
 // Strings from other forms of text, and back into buffers.
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <QBFoundation/Foundation/NSData.h>

@@ -1,4 +1,5 @@
 // Strings from files and back.
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <QBFoundation/Foundation/NSException.h>

@@ -1,4 +1,5 @@
 // Strings taken apart and put together.
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <QBFoundation/Foundation/NSArray.h>

@@ -1,3 +1,4 @@
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 
 #include <QBFoundation/OSAdaptor/OSLogger.h>
