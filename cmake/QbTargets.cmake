@@ -57,7 +57,8 @@ function(qb_add_library_targets)
 
     add_library(QBFoundation SHARED $<TARGET_OBJECTS:qb_objects>)
     # The library's own calls go straight to its functions, not through the linkage table.
-    target_link_options(QBFoundation PRIVATE -Wl,-Bsymbolic-functions)
+    target_link_options(QBFoundation PRIVATE
+        -Wl,--dynamic-list-data -Wl,--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/inline-operations.txt)
     set_target_properties(QBFoundation PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR})

@@ -7,6 +7,7 @@
 #include "System/Memory.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr const char *kFile = "src/QBBufferOutputStream";
@@ -28,7 +29,7 @@ Class *QBBufferOutputStream::cls() {
 }
 
 QBBufferOutputStream::~QBBufferOutputStream() {
-    qb::sys::release(buf_);
+    freeBuffer();
 }
 
 BOOL QBBufferOutputStream::setUpWithCapacity(std::uint32_t capacity) {
@@ -40,24 +41,42 @@ BOOL QBBufferOutputStream::setUpWithCapacity(std::uint32_t capacity) {
     return YES;
 }
 
+void QBBufferOutputStream::freeBuffer() {
+    if (!std::exchange(isGivenAway_, false))
+        qb::sys::release(buf_);
+}
+
 // Replaces the buffer by an empty one.
 bool QBBufferOutputStream::allocate(std::uint32_t capacity) {
-    qb::sys::release(buf_);
+    freeBuffer();
     buf_ = static_cast<char *>(qb::sys::reallocate(nullptr, capacity));
     bufLength_ = buf_ ? capacity : 0;
-    byteCounter_ = 0;
-    directEnd_ = isDirect_ ? bufLength_ : 0;
+    next_ = buf_;
+    updateDirectEnd();
     return buf_ != nullptr;
 }
 
 void QBBufferOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
-    if (bufLength_ - byteCounter_ < length && !grow(length)) {
-        byteCounter_ = 0;
+    if ((isGivenAway_ && !copyBack()) || (bufLength_ - byteCounter() < length && !grow(length))) {
+        next_ = buf_;
         qb::raiseError(kFile, 117, qb::kErrorOutOfMemory);
         return;
     }
     append(buffer, length);
-    directEnd_ = isDirect_ ? bufLength_ : 0;
+    updateDirectEnd();
+}
+
+// Gets a buffer of its own for one that was given away; leaves all as it is when there is no memory.
+bool QBBufferOutputStream::copyBack() {
+    const std::uint32_t used = byteCounter();
+    void *const copy = qb::sys::allocate(bufLength_);
+    if (!copy)
+        return false;
+    std::memcpy(copy, buf_, used);
+    buf_ = static_cast<char *>(copy);
+    next_ = buf_ + used;
+    isGivenAway_ = false;
+    return true;
 }
 
 char *QBBufferOutputStream::beginJoinedWrite(std::uint32_t length) {
@@ -70,7 +89,8 @@ char *QBBufferOutputStream::beginJoinedWrite(std::uint32_t length) {
 
 // Makes room for a write of `length` bytes; leaves all as it is when there is no memory.
 bool QBBufferOutputStream::grow(std::uint32_t length) {
-    const std::uint64_t room = bufLength_ - byteCounter_;
+    const std::uint32_t used = byteCounter();
+    const std::uint64_t room = bufLength_ - used;
     std::uint64_t increment = std::min(bufLength_, kLargestIncrement);
     if (room + increment < length)
         increment = length;
@@ -81,6 +101,7 @@ bool QBBufferOutputStream::grow(std::uint32_t length) {
     if (!grown)
         return false;
     buf_ = static_cast<char *>(grown);
+    next_ = buf_ + used;
     bufLength_ = static_cast<std::uint32_t>(capacity);
     return true;
 }

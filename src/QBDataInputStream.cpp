@@ -20,8 +20,8 @@ QBDataInputStream::~QBDataInputStream() = default;
 BOOL QBDataInputStream::setUpWithData(NSData *data) {
     sourceData_ = data;
     if (data && typeid(*data) == typeid(NSData) && typeid(*this) == typeid(QBDataInputStream)) {
-        bytes_ = static_cast<const signed char *>(data->bytes());
-        directEnd_ = std::min<std::uint32_t>(data->length(), INT32_MAX);
+        next_ = start();
+        directEnd_ = next_ + std::min<std::uint32_t>(data->length(), INT32_MAX);
     }
     return YES;
 }
@@ -31,13 +31,25 @@ std::uint32_t QBDataInputStream::byteLength() const {
 }
 
 std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) {
+    const std::uint32_t begin = position();
     const std::uint32_t end = byteLength();
-    if (position_ >= end)
+    if (begin >= end)
         return -1;
-    const std::uint32_t count = std::min({length, end - position_, std::uint32_t{INT32_MAX}});
-    sourceData_->getBytes(buffer, NSMakeRange(position_, count));
-    position_ += count;
+    const std::uint32_t count = std::min({length, end - begin, std::uint32_t{INT32_MAX}});
+    sourceData_->getBytes(buffer, NSMakeRange(begin, count));
+    moveTo(begin + count);
     return static_cast<std::int32_t>(count);
+}
+
+void QBDataInputStream::reset() {
+    moveTo(0);
+}
+
+void QBDataInputStream::moveTo(std::uint32_t position) {
+    if (next_)
+        next_ = start() + position;
+    else
+        position_ = position;
 }
 
 std::int32_t QBDataInputStream::readByteByBuffer() {

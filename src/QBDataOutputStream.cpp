@@ -2,6 +2,13 @@
 
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include <utility>
+
+namespace {
+// From here on the data gets the buffer itself. Less is copied, so that no small data keeps a large buffer.
+constexpr std::uint32_t kWorthGiving = 65536;
+} // namespace
+
 Class *QBDataOutputStream::cls() {
     static const qb::Method methods[] = {
         qb::method<"targetData">(&QBDataOutputStream::targetData),
@@ -22,14 +29,19 @@ BOOL QBDataOutputStream::setUpWithCapacity(std::uint32_t capacity) {
 
 NSData *QBDataOutputStream::targetData() const {
     if (!targetData_ && buf()) {
-        targetData_ = NSData::initWithBytes(buf(), byteCounter());
-        announceNextWrite();
+        if (byteCounter() < kWorthGiving) {
+            targetData_ = NSData::initWithBytes(buf(), byteCounter());
+            announceNextWrite();
+        } else {
+            targetData_ = NSData::initWithBytesNoCopy(const_cast<char *>(buf()), byteCounter());
+            giveBufferAway();
+        }
     }
     return Ref<NSData>(targetData_).autorelease();
 }
 
 void QBDataOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
-    targetData_ = nullptr;
+    const Ref<NSData> kept = std::exchange(targetData_, nullptr); // for its bytes may still be the buffer
     QBBufferOutputStream::_writeBuffer(buffer, length);
 }
 

@@ -32,7 +32,7 @@ constexpr int kLineOfReadingLine = 171;
 constexpr std::uint32_t kWindowLength = 65536;
 // A read of this length costs more by way of the window than a system call of its own.
 constexpr std::uint32_t kLongRead = 16384;
-constexpr std::uint32_t kLongestLine = 999;
+constexpr std::ptrdiff_t kLongestLine = 999;
 
 constexpr qb::text::ByteSet kLineStops(std::string_view("\0\r\n", 3));
 
@@ -56,11 +56,22 @@ bool isWholeLine(std::string_view bytes) {
     return bytes.size() == kLongestLine || (!bytes.empty() && bytes.back() == '\n');
 }
 
-// What of a line is its text: it ends at a NUL and at the first line end behind another character.
-std::string_view textOfLine(std::string_view line) {
-    const std::string_view text = line.substr(0, line.find('\0'));
-    const std::size_t start = text.find_first_not_of("\r\n");
-    return start == std::string_view::npos ? text : text.substr(0, text.find_first_of("\r\n", start));
+/// A line as it stands in a file, and what of it is its text.
+struct Line {
+    std::string_view bytes, text;
+};
+
+// Returns the line that begins at `start`, up to `limit` when its end is not there.
+Line lineAt(const char *start, const char *limit) {
+    const char *const stop = qb::text::findIn(start, limit, kLineStops);
+    if (stop != start && stop != limit && *stop == '\n')
+        return {{start, stop + 1}, {start, stop}};
+    const char *const lineFeed = qb::text::findByte(stop, limit, '\n');
+    const char *const end = lineFeed == limit ? limit : lineFeed + 1;
+    // The text ends at a NUL and at the first line end behind another character.
+    const auto isLineEnd = [](char byte) { return byte == '\r' || byte == '\n'; };
+    const char *const first = std::find_if_not(start, end, isLineEnd);
+    return {{start, end}, {start, qb::text::findIn(first, end, kLineStops)}};
 }
 
 } // namespace
@@ -101,6 +112,7 @@ BOOL QBFileInputStream::setUpWithFile(NSString *file) {
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
     if (!window_)
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+    emptyWindow();
     isDirect_ = typeid(*this) == typeid(QBFileInputStream);
     return window_ != nullptr;
 }
@@ -108,8 +120,8 @@ BOOL QBFileInputStream::setUpWithFile(NSString *file) {
 void QBFileInputStream::close() {
     if (descriptor_ >= 0)
         sys::close(std::exchange(descriptor_, -1));
-    emptyWindow();
     sys::release(std::exchange(window_, nullptr));
+    emptyWindow();
     QBInputStreamWithKnownLength::close();
 }
 
@@ -122,7 +134,7 @@ void QBFileInputStream::reset() {
 }
 
 void QBFileInputStream::emptyWindow() {
-    next_ = end_ = filled_ = directEnd_ = 0;
+    next_ = end_ = filled_ = directEnd_ = window_;
 }
 
 // --- Bytes ---
@@ -136,11 +148,11 @@ std::int32_t QBFileInputStream::_readBuffer(void *buffer, std::uint32_t length) 
     if (descriptor_ < 0)
         return raiseReadError(kLineOfReading, EBADF);
     const std::uint32_t most = std::min<std::uint32_t>(length, INT32_MAX);
-    const std::uint32_t ready = std::min(most, end_ - next_);
+    const auto ready = std::min(most, static_cast<std::uint32_t>(end_ - next_));
     const std::uint32_t rest = std::min(most - ready, bytesRemaining_);
     if (ready + rest == 0)
         return -1;
-    std::memcpy(buffer, window_ + next_, ready);
+    std::memcpy(buffer, next_, ready);
     next_ += ready;
     if (rest > 0 && !fetch(static_cast<char *>(buffer) + ready, rest))
         return raiseReadError(kLineOfReading, errno);
@@ -161,8 +173,8 @@ bool QBFileInputStream::fetch(char *buffer, std::uint32_t length) {
     if (got < length)
         return false;
     std::memcpy(buffer, window_, length);
-    next_ = length;
-    end_ = filled_ = got;
+    next_ = window_ + length;
+    end_ = filled_ = window_ + got;
     allowDirectReads();
     return true;
 }
@@ -182,20 +194,12 @@ NSString *QBFileInputStream::readLine() {
         return nullptr;
     }
     int error = 0;
-    std::string_view line;
-    do {
-        const char *const start = window_ + next_;
-        const char *const limit = start + std::min(filled_ - next_, kLongestLine);
-        const char *const stop = qb::text::findIn(start, limit, kLineStops);
-        if (stop != limit && stop != start && *stop == '\n') {
-            line = {start, stop + 1};
-            break;
-        }
-        const char *const lineFeed = qb::text::findByte(stop, limit, '\n');
-        line = {start, lineFeed == limit ? limit : lineFeed + 1};
-    } while (!isWholeLine(line) && fetchForLine(error));
-    NSString *const text = line.empty() ? nullptr : NSString::stringWith(textOfLine(line));
-    next_ += static_cast<std::uint32_t>(line.size());
+    Line line;
+    do
+        line = lineAt(next_, next_ + std::min(filled_ - next_, kLongestLine));
+    while (!isWholeLine(line.bytes) && fetchForLine(error));
+    NSString *const text = line.bytes.empty() ? nullptr : NSString::stringWith(line.text);
+    next_ += line.bytes.size();
     end_ = std::max(end_, next_);
     allowDirectReads();
     if (error != 0)
@@ -205,14 +209,14 @@ NSString *QBFileInputStream::readLine() {
 
 // Puts more of the file behind what the window still holds. Returns false at the end and after an error.
 bool QBFileInputStream::fetchForLine(int &error) {
-    const std::uint32_t kept = filled_ - next_;
-    std::memmove(window_, window_ + next_, kept);
-    end_ -= next_;
-    filled_ = kept;
-    next_ = 0;
+    const auto kept = static_cast<std::uint32_t>(filled_ - next_);
+    std::memmove(window_, next_, kept);
+    end_ -= next_ - window_;
+    filled_ = window_ + kept;
+    next_ = window_;
     const std::uint32_t room = kWindowLength - kept;
     const std::uint32_t wanted = bytesRemaining_ > 0 ? std::min(room, bytesRemaining_) : room;
-    const std::uint32_t got = readAtLeast(descriptor_, window_ + kept, 1, wanted);
+    const std::uint32_t got = readAtLeast(descriptor_, filled_, 1, wanted);
     filled_ += got;
     if (bytesRemaining_ > 0) {
         bytesRemaining_ -= got;

@@ -163,12 +163,14 @@ bool QBFileOutputStream::isAtomic() const {
 // Without memory for it, the C stream's own buffer does.
 void QBFileOutputStream::openWindow() {
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
-    directEnd_ = window_ && typeid(*this) == typeid(QBFileOutputStream) ? kWindowLength : 0;
+    next_ = directEnd_ = window_;
+    if (window_ && typeid(*this) == typeid(QBFileOutputStream))
+        directEnd_ += kWindowLength;
 }
 
 void QBFileOutputStream::closeWindow() {
     sys::release(std::exchange(window_, nullptr));
-    used_ = directEnd_ = 0;
+    next_ = directEnd_ = nullptr;
 }
 
 // --- Writing ---
@@ -189,19 +191,20 @@ bool QBFileOutputStream::put(const void *buffer, std::uint32_t length) {
         return errno = EBADF, false;
     if (!window_ || length >= kLongWrite)
         return writeOut() && sys::fwrite(buffer, length, 1, filePtr_) == 1;
-    const std::uint32_t first = std::min(length, kWindowLength - used_);
-    std::memcpy(window_ + used_, buffer, first);
-    used_ += first;
-    if (used_ == kWindowLength && !writeOut())
+    char *const end = window_ + kWindowLength;
+    const auto first = std::min(length, static_cast<std::uint32_t>(end - next_));
+    std::memcpy(next_, buffer, first);
+    next_ += first;
+    if (next_ == end && !writeOut())
         return false;
-    std::memcpy(window_ + used_, static_cast<const char *>(buffer) + first, length - first);
-    used_ += length - first;
+    std::memcpy(next_, static_cast<const char *>(buffer) + first, length - first);
+    next_ += length - first;
     return true;
 }
 
 // Empties the window; what could not be written is lost, as in the C library's buffers.
 bool QBFileOutputStream::writeOut() {
-    const std::uint32_t length = std::exchange(used_, 0);
+    const auto length = static_cast<std::size_t>(std::exchange(next_, window_) - window_);
     return length == 0 || sys::fwrite(window_, length, 1, filePtr_) == 1;
 }
 

@@ -106,10 +106,9 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
     if (!stream)
         GTEST_SKIP() << "needs 4 GiB of address space";
     stream->writeByte('a');
-    const char bytes[16] = {};
     ErrorExpectation error(100156);
     // The range is never read: a write that does not fit is refused before anything is copied.
-    stream->writeBuffer(bytes, UINT32_MAX);
+    stream->writeBuffer(stream, UINT32_MAX);
     EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
     EXPECT_EQ(stream->byteCounter(), 0u);
 }
@@ -130,6 +129,36 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     EXPECT_TRUE(datas->targetData()->isEqualToData(NSData::dataWithBytes("abc", 3)));
     EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
     EXPECT_EQ(data->length(), 2u);
+}
+
+TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
+    const std::string bytes(100000, 'x');
+    for (const bool isFull : {false, true}) {
+        QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(isFull ? 100000 : 200000);
+        fill(stream, 100000);
+        NSData *const data = stream->targetData();
+        const std::uint32_t capacity = stream->bufLength();
+        stream->writeByte('y');
+        EXPECT_EQ(stream->bufLength(), isFull ? capacity + 32768 : capacity);
+        NSData *const more = stream->targetData();
+        {
+            Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+            ErrorExpectation error(100156);
+            stream->writeByte('z');
+            EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
+        }
+        EXPECT_EQ(stream->byteCounter(), 0u);
+        stream->writeByte('z');
+        EXPECT_TRUE(stream->targetData()->isEqualToData(NSData::dataWithBytes("z", 1)));
+        fill(stream, 100000);
+        NSData *const last = stream->targetData();
+        stream->reset();
+        stream->writeByte('a');
+        EXPECT_EQ(stream->targetData()->length(), 1u);
+        EXPECT_TRUE(data->isEqualToData(NSData::dataWithBytes(bytes.data(), 100000)));
+        EXPECT_TRUE(more->isEqualToData(NSData::dataWithBytes((bytes + "y").data(), 100001)));
+        EXPECT_TRUE(last->isEqualToData(NSData::dataWithBytes(("z" + bytes).data(), 100001)));
+    }
 }
 
 TEST_F(QBBufferOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {

@@ -36,15 +36,15 @@ public:
         return qb::init<QBBufferOutputStream>(&QBBufferOutputStream::setUpWithCapacity, capacity);
     }
 
-    void writeBuffer(const void *buffer, std::uint32_t length) override {
-        if (buffer && std::uint64_t{byteCounter_} + length < directEnd_) [[likely]]
+    QB_EXPORT void writeBuffer(const void *buffer, std::uint32_t length) override {
+        if (buffer && std::int64_t{length} < directEnd_ - next_) [[likely]]
             append(buffer, length);
         else
             QBOutputStream::writeBuffer(buffer, length);
     }
-    void writeByte(char byte) override {
-        if (byteCounter_ < directEnd_) [[likely]]
-            buf_[byteCounter_++] = byte;
+    QB_EXPORT void writeByte(char byte) override {
+        if (next_ < directEnd_) [[likely]]
+            *next_++ = byte;
         else
             _writeBuffer(&byte, 1);
     }
@@ -57,7 +57,7 @@ public:
     /// How many bytes the buffer has room for.
     std::uint32_t bufLength() const { return bufLength_; }
     /// How many bytes were written.
-    std::uint32_t byteCounter() const { return byteCounter_; }
+    std::uint32_t byteCounter() const { return static_cast<std::uint32_t>(next_ - buf_); }
 
 protected:
     /// The initialiser `init`: `initWithCapacity:` with 1024.
@@ -71,16 +71,22 @@ protected:
     template <class T>
     void allowDirectWrites() {
         isDirect_ = isDirect_ || typeid(*this) == typeid(T);
-        directEnd_ = isDirect_ ? bufLength_ : 0;
+        updateDirectEnd();
     }
     /// Makes the next write one of `_writeBuffer`.
-    void announceNextWrite() const { directEnd_ = 0; }
+    void announceNextWrite() const { directEnd_ = buf_; }
+    /// Gives the buffer's memory to another object, which doesn't change it and keeps it until the next write
+    /// or reset is done: a write takes a copy first.
+    void giveBufferAway() const {
+        isGivenAway_ = true;
+        announceNextWrite();
+    }
     /// Returns where a write of up to `length` bytes may be stored, for `endDirectWrite` to count; null when
     /// it has to go through `writeBuffer`.
     char *beginDirectWrite(std::uint64_t length) const {
-        return byteCounter_ + length < directEnd_ ? buf_ + byteCounter_ : nullptr;
+        return static_cast<std::int64_t>(length) < directEnd_ - next_ ? next_ : nullptr;
     }
-    void endDirectWrite(const char *end) { byteCounter_ = static_cast<std::uint32_t>(end - buf_); }
+    void endDirectWrite(char *end) { next_ = end; }
     /// The bytes that were written, `byteCounter()` of them; null after a failed allocation.
     const char *buf() const { return buf_; }
 
@@ -88,17 +94,21 @@ private:
     static constexpr std::uint32_t kDefaultCapacity = 1024;
 
     bool allocate(std::uint32_t capacity);
+    void freeBuffer();
+    bool copyBack();
     bool grow(std::uint32_t length);
     void append(const void *buffer, std::uint32_t length) {
-        std::memcpy(buf_ + byteCounter_, buffer, length);
-        byteCounter_ += length;
+        std::memcpy(next_, buffer, length);
+        next_ += length;
     }
+    void updateDirectEnd() { directEnd_ = isDirect_ ? buf_ + bufLength_ : buf_; }
 
     std::uint32_t bufLength_ = 0;
     char *buf_ = nullptr;
-    std::uint32_t byteCounter_ = 0;
-    mutable std::uint32_t directEnd_ = 0; // below it, bytes are stored without `_writeBuffer`
-    bool isDirect_ = false;               // whether `directEnd_` may be the buffer's end
+    char *next_ = nullptr;
+    mutable char *directEnd_ = nullptr; // below it, bytes are stored without `_writeBuffer`
+    mutable bool isGivenAway_ = false;  // the buffer is another's
+    bool isDirect_ = false;             // whether `directEnd_` may be the buffer's end
 };
 
 #endif

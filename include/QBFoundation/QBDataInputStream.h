@@ -24,21 +24,19 @@ public:
         return qb::init<QBDataInputStream>(&QBDataInputStream::setUpWithData, data);
     }
 
-    std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
-        if (buffer && std::uint64_t{position_} + length < directEnd_) [[likely]] {
-            std::memcpy(buffer, bytes_ + position_, length);
-            position_ += length;
+    QB_EXPORT std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
+        if (buffer && std::int64_t{length} < directEnd_ - next_) [[likely]] {
+            std::memcpy(buffer, next_, length);
+            next_ += length;
             return static_cast<std::int32_t>(length);
         }
         return QBInputStream::readBuffer(buffer, length);
     }
     /// The next byte as a signed value.
-    std::int32_t readByte() override {
-        return position_ < directEnd_ ? bytes_[position_++] : readByteByBuffer();
-    }
+    QB_EXPORT std::int32_t readByte() override { return next_ < directEnd_ ? *next_++ : readByteByBuffer(); }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override;
     std::uint32_t byteLength() const override;
-    void reset() override { position_ = 0; }
+    void reset() override;
 
 protected:
     /// The initialiser `initWithData:`.
@@ -46,13 +44,16 @@ protected:
 
 private:
     std::int32_t readByteByBuffer();
+    void moveTo(std::uint32_t position);
+    const signed char *start() const { return static_cast<const signed char *>(sourceData_->bytes()); }
+    std::uint32_t position() const { return next_ ? static_cast<std::uint32_t>(next_ - start()) : position_; }
 
     Ref<NSData> sourceData_;
+    // Bytes below `directEnd_` are read without the primitive. Null, `position_` being used, for a subclass,
+    // which may have a primitive of its own, and for data that may change.
+    const signed char *next_ = nullptr;
+    const signed char *directEnd_ = nullptr;
     std::uint32_t position_ = 0;
-    // Bytes below `directEnd_` are read without the primitive. 0 for a subclass, which may have its own, and
-    // for data that may change.
-    std::uint32_t directEnd_ = 0;
-    const signed char *bytes_ = nullptr;
 };
 
 #endif

@@ -50,17 +50,17 @@ public:
     /// of the line is returned.
     virtual NSString *readLine();
 
-    std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
-        if (buffer && std::uint64_t{next_} + length < directEnd_) [[likely]] {
-            std::memcpy(buffer, window_ + next_, length);
+    QB_EXPORT std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
+        if (buffer && std::int64_t{length} < directEnd_ - next_) [[likely]] {
+            std::memcpy(buffer, next_, length);
             next_ += length;
             return static_cast<std::int32_t>(length);
         }
         return QBInputStream::readBuffer(buffer, length);
     }
     /// The next byte as a signed value; 0 after an error.
-    std::int32_t readByte() override {
-        return next_ < directEnd_ ? static_cast<signed char>(window_[next_++]) : readByteByBuffer();
+    QB_EXPORT std::int32_t readByte() override {
+        return next_ < directEnd_ ? static_cast<signed char>(*next_++) : readByteByBuffer();
     }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override;
 
@@ -74,7 +74,7 @@ private:
     bool fetch(char *buffer, std::uint32_t length);
     bool fetchForLine(int &error);
     void emptyWindow();
-    void allowDirectReads() { directEnd_ = isDirect_ ? end_ : 0; }
+    void allowDirectReads() { directEnd_ = isDirect_ ? end_ : window_; }
 
     Ref<NSString> filename_;
     int descriptor_ = -1;              // -1 once closed
@@ -85,11 +85,11 @@ private:
     // A part of the file that is read ahead: `next_` <= `end_` <= `filled_`. Bytes from `end_` on were
     // appended since the file was opened; there are some only when no bytes remain.
     char *window_ = nullptr;
-    std::uint32_t next_ = 0;
-    std::uint32_t end_ = 0;
-    std::uint32_t filled_ = 0;
-    std::uint32_t directEnd_ = 0; // below it, bytes are read without the primitive
-    bool isDirect_ = false;       // whether `directEnd_` may be `end_`: not for subclasses
+    char *next_ = nullptr;
+    char *end_ = nullptr;
+    char *filled_ = nullptr;
+    char *directEnd_ = nullptr; // below it, bytes are read without the primitive
+    bool isDirect_ = false;     // whether `directEnd_` may be `end_`: not for subclasses
 };
 
 #endif

@@ -85,17 +85,18 @@ public:
     /// Throws InvalidUseOfMethodException for a C stream.
     void reset() override;
 
-    void writeBuffer(const void *buffer, std::uint32_t length) override {
-        if (buffer && length < kLongWrite && used_ + length < directEnd_) [[likely]] {
-            std::memcpy(window_ + used_, buffer, length);
-            used_ += length;
+    QB_EXPORT void writeBuffer(const void *buffer, std::uint32_t length) override {
+        if (buffer && length < kLongWrite && static_cast<std::int32_t>(length) < directEnd_ - next_)
+            [[likely]] {
+            std::memcpy(next_, buffer, length);
+            next_ += length;
         } else {
             QBOutputStream::writeBuffer(buffer, length);
         }
     }
-    void writeByte(char byte) override {
-        if (used_ < directEnd_) [[likely]]
-            window_[used_++] = byte;
+    QB_EXPORT void writeByte(char byte) override {
+        if (next_ < directEnd_) [[likely]]
+            *next_++ = byte;
         else
             putByte(byte);
     }
@@ -136,8 +137,8 @@ private:
     std::FILE *filePtr_ = nullptr; // null once closed
     // Short writes are collected in the window, for files that nobody else writes: null for C streams.
     char *window_ = nullptr;
-    std::uint32_t used_ = 0;
-    std::uint32_t directEnd_ = 0; // below it, bytes are stored without `_writeBuffer`; 0 for a subclass
+    char *next_ = nullptr;
+    char *directEnd_ = nullptr; // below it, bytes are stored without `_writeBuffer`: not for subclasses
     BOOL synchronizes_ = YES;
     bool hasFailed_ = false; // something that was written is missing
     int exceptionsBefore_;   // how many were on their way when the stream was made

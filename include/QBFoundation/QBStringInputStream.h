@@ -29,7 +29,9 @@ public:
     BOOL isBinary() const override { return NO; }
     /// Returns the UTF-16 unit with the index of the position, 0 to 65535; -1 at the end of the bytes or
     /// characters, whichever comes first.
-    std::int32_t readByte() override { return position_ < asciiEnd_ ? ascii_[position_++] : readCharacter(); }
+    QB_EXPORT std::int32_t readByte() override {
+        return position_ < asciiEnd_ ? ascii_[position_++] : readCharacter();
+    }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override;
     std::uint32_t byteLength() const override;
     void reset() override { position_ = 0; }

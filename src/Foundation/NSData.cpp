@@ -25,6 +25,8 @@ Class *NSData::cls() {
     static const qb::Method methods[] = {
         qb::maker<"data">(&NSData::setUp),
         qb::maker<"dataWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::maker<"dataWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
+        qb::initialiser<"initWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
         qb::maker<"dataWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
@@ -78,6 +80,22 @@ BOOL NSData::setUpWithBytes(const void *bytes, std::uint32_t length) {
         throw InvalidArgumentException("NSData initWithBytes:length: must have bytes that are not NULL.");
     if (length != 0)
         append(bytes, length);
+    return YES;
+}
+
+BOOL NSData::setUpWithBytesNoCopy(void *bytes, std::uint32_t length) {
+    if (!bytes && length != 0)
+        throw InvalidArgumentException(
+            "NSData initWithBytesNoCopy:length: must have bytes that are not NULL.");
+    if (length > kLongestData)
+        throw InvalidArgumentException(
+            "NSData initWithBytesNoCopy:length: must have less than 2^32 - 1 bytes.");
+    if (length == 0) {
+        qb::sys::release(bytes);
+        return YES;
+    }
+    bytes_ = static_cast<std::byte *>(bytes);
+    length_ = capacity_ = length;
     return YES;
 }
 

@@ -5,6 +5,8 @@
 
 #include "support/PoolFixture.h"
 
+#include <cstdlib>
+#include <cstring>
 #include <string>
 
 using NSDataTest = PoolFixture;
@@ -20,6 +22,19 @@ std::string text(NSData *data) {
 }
 
 } // namespace
+
+TEST_F(NSDataTest, TakesMemoryOver) {
+    void *const memory = ::strdup("text");
+    NSData *const data = NSData::dataWithBytesNoCopy(memory, 4);
+    EXPECT_EQ(data->bytes(), memory);
+    EXPECT_TRUE(data->isEqualToData(bytes("text")));
+    NSMutableData *const mutableData = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
+    mutableData->appendBytes("s", 1);
+    EXPECT_TRUE(mutableData->isEqualToData(bytes("texts")));
+    EXPECT_EQ(send<NSData *>(NSData::cls(), "dataWithBytesNoCopy:length:"_sel, ::malloc(1), 0u)->bytes(),
+              nullptr);
+    EXPECT_THROW(NSData::initWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
+}
 
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     NSData *const data = bytes("abcdef");

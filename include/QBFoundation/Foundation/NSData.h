@@ -34,6 +34,15 @@ public:
     static Ref<NSData> init();
     static Ref<NSData> initWithData(NSData *other);
     static Ref<NSData> initWithBytes(const void *bytes, std::uint32_t length);
+    /// Returns data that takes over memory from `malloc`, which it frees at its end.
+    /// Throws InvalidArgumentException when `bytes` is null and `length` is not 0, and for 2^32 - 1 bytes,
+    /// and std::bad_alloc; the memory is the caller's then.
+    static Ref<NSData> initWithBytesNoCopy(void *bytes, std::uint32_t length) {
+        return qb::init<NSData>(&NSData::setUpWithBytesNoCopy, bytes, length);
+    }
+    static NSData *dataWithBytesNoCopy(void *bytes, std::uint32_t length) {
+        return initWithBytesNoCopy(bytes, length).autorelease();
+    }
 
     // --- Bytes ---
 
@@ -97,6 +106,8 @@ public:
 protected:
     /// The initialiser `initWithBytes:length:`.
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
+    /// The initialiser `initWithBytesNoCopy:length:`.
+    virtual BOOL setUpWithBytesNoCopy(void *bytes, std::uint32_t length);
     /// The initialiser `initWithContentsOfFile:`.
     virtual BOOL setUpWithContentsOfFile(NSString *path);
     BOOL setUpWithCoder(NSCoder *coder) override;
@@ -129,6 +140,12 @@ public:
     static Ref<NSMutableData> initWithBytes(const void *bytes, std::uint32_t length);
     static NSMutableData *dataWithBytes(const void *bytes, std::uint32_t length) {
         return initWithBytes(bytes, length).autorelease();
+    }
+    static Ref<NSMutableData> initWithBytesNoCopy(void *bytes, std::uint32_t length) {
+        return qb::init<NSMutableData>(&NSMutableData::setUpWithBytesNoCopy, bytes, length);
+    }
+    static NSMutableData *dataWithBytesNoCopy(void *bytes, std::uint32_t length) {
+        return initWithBytesNoCopy(bytes, length).autorelease();
     }
     static NSMutableData *dataWithData(NSData *other);
     static NSMutableData *dataWithContentsOfFile(NSString *path) {
