@@ -80,11 +80,11 @@ bool QBBufferOutputStream::copyBack() {
 }
 
 char *QBBufferOutputStream::beginJoinedWrite(std::uint32_t length) {
-    const bool isAnnounced = directEnd_ == 0; // to a subclass, or to drop what was made of the buffer
-    if (isAnnounced || (bufLength_ - byteCounter_ < length && !grow(length)))
+    const bool isAnnounced = directEnd_ == buf_; // to a subclass, or to drop what was made of the buffer
+    if (isAnnounced || (bufLength_ - byteCounter() < length && !grow(length)))
         return nullptr;
-    directEnd_ = bufLength_;
-    return buf_ + byteCounter_;
+    updateDirectEnd();
+    return next_;
 }
 
 // Makes room for a write of `length` bytes; leaves all as it is when there is no memory.

@@ -104,7 +104,7 @@ char *QBOutputStream::beginJoinedWrite(std::uint32_t) {
     return nullptr;
 }
 
-void QBOutputStream::endJoinedWrite(const char *) {}
+void QBOutputStream::endJoinedWrite(char *) {}
 
 // --- Depth ---
 

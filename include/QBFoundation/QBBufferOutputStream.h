@@ -52,7 +52,7 @@ public:
     /// Drops what was written and the buffer; the new one has 1024 bytes.
     void reset() override;
     char *beginJoinedWrite(std::uint32_t length) override;
-    void endJoinedWrite(const char *end) override { endDirectWrite(end); }
+    void endJoinedWrite(char *end) override { endDirectWrite(end); }
 
     /// How many bytes the buffer has room for.
     std::uint32_t bufLength() const { return bufLength_; }

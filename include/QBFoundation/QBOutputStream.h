@@ -85,7 +85,7 @@ public:
     /// `_writeBuffer` then.
     virtual char *beginJoinedWrite(std::uint32_t length);
     /// Counts the bytes up to `end`, perhaps none, as written.
-    virtual void endJoinedWrite(const char *end);
+    virtual void endJoinedWrite(char *end);
 
     static constexpr std::uint32_t kDeepestNesting = 512;
 
