@@ -98,6 +98,7 @@ private:
     bool copyBack();
     bool grow(std::uint32_t length);
     void append(const void *buffer, std::uint32_t length) {
+        // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): where there is room, there is a buffer
         std::memcpy(next_, buffer, length);
         next_ += length;
     }

@@ -286,7 +286,7 @@ void HashTable::rebuild(std::uint32_t capacity) {
     const std::size_t oldBytes = entries_ ? bytesFor(capacity_, mask_ + 1) : 0;
     allocate((capacity + 1) & ~1U);
     for (std::uint32_t i = 0; i < oldUsed; ++i) {
-        if (!oldEntries[i].key)
+        if (!oldEntries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many as were used
             continue;
         entries_[used_] = oldEntries[i];
         hashes_[used_] = oldHashes[i];
