@@ -52,6 +52,7 @@
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBPath.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/QBRegularExpression.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 #include <QBFoundation/QBValidCharFilter.h>
@@ -130,6 +131,8 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBOutputStream", &QBOutputStream::cls},
         {"QBPath", &QBPath::cls},
         {"QBPropertyListOutputStream", &QBPropertyListOutputStream::cls},
+        {"QBRegularExpression", &QBRegularExpression::cls},
+        {"QBRegularExpressionMatchObject", &QBRegularExpressionMatchObject::cls},
         {"QBStringInputStream", &QBStringInputStream::cls},
         {"QBStringOutputStream", &QBStringOutputStream::cls},
         {"QBValidCharFilter", &QBValidCharFilter::cls},

@@ -30,6 +30,7 @@ constexpr int kErrorCannotMakeLink = 100199;
 constexpr int kErrorCannotRename = 100202;
 constexpr int kErrorCannotRemove = 100203;
 constexpr int kErrorNotALink = 100222;
+constexpr int kErrorMalformedPattern = 100229;
 constexpr int kErrorMalformedUtf8 = 100231;
 constexpr int kErrorCannotSetFileTimes = 100235;
 constexpr int kErrorGlobAborted = 100240;
@@ -65,6 +66,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRename, "source, target, system text", "'%s' could not be renamed to '%s': %s"},
     {kErrorCannotRemove, "path, system text", "'%s' could not be removed: %s"},
     {kErrorNotALink, "path", "'%s' is not a symbolic link."},
+    {kErrorMalformedPattern, "pattern, what is wrong", "The regular expression '%s' can't be used: %s"},
     {kErrorMalformedUtf8, "byte offset", "The text is not valid UTF-8 from byte %d on."},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},

@@ -58,6 +58,7 @@
 #include <QBFoundation/QBOutputStream.h>
 #include <QBFoundation/QBPath.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
+#include <QBFoundation/QBRegularExpression.h>
 #include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/QBStringInputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>

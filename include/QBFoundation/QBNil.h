@@ -28,6 +28,7 @@ public:
     BOOL containsData() const override { return NO; }
     std::int32_t intValue() const { return 0; }
     NSString *stringValue() const override { return nullptr; }
+    id standardizedISODateTimeString() const override { return self(); }
     const char *cStringValue() const override { return "null"; }
     NSString *asPhpString() const override;
     id objectForKey(id key) const override;

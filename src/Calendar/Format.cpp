@@ -10,8 +10,6 @@ namespace qb::calendar {
 
 namespace {
 
-constexpr std::string_view kStampPattern = "%Y%m%d%H%M%S";
-
 bool isNormal(const Fields &fields) {
     return fields.month >= 1 && fields.month <= 12 && fields.day >= 1 &&
            fields.day <= daysInMonth(fields.year, static_cast<int>(fields.month)) && fields.hour >= 0 &&
@@ -27,6 +25,13 @@ char *putTwo(char *position, std::int64_t value) {
 }
 
 void appendNumber(std::string &text, std::int64_t value, std::size_t width, char pad) {
+    if (width == 2 && value >= 0 && value <= 99) {
+        char two[2];
+        putTwo(two, value);
+        two[0] = value < 10 ? pad : two[0];
+        text.append(two, sizeof two);
+        return;
+    }
     char digits[24];
     const std::size_t count =
         static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits);
@@ -39,19 +44,6 @@ void appendOffset(std::string &text, std::int32_t offset) {
     const std::int32_t minutes = std::abs(offset / 60);
     text += offset < 0 ? '-' : '+';
     appendNumber(text, std::int64_t{minutes / 60} * 100 + minutes % 60, 4, '0');
-}
-
-/// The year has four digits and all fields are normal.
-void appendStamp(std::string &text, const Fields &fields) {
-    char stamp[14];
-    char *position = putTwo(stamp, fields.year / 100);
-    position = putTwo(position, fields.year % 100);
-    position = putTwo(position, fields.month);
-    position = putTwo(position, fields.day);
-    position = putTwo(position, fields.hour);
-    position = putTwo(position, fields.minute);
-    putTwo(position, fields.second);
-    text.append(stamp, sizeof stamp);
 }
 
 class Formatter {
@@ -181,13 +173,25 @@ Moment momentAt(std::int64_t utcSeconds, int millisecond, const Zone &zone) {
     return {zone.fieldsAt(utcSeconds), millisecond, offset.seconds, offset.abbreviation};
 }
 
+void putStamp(const Fields &fields, char *target) {
+    target = putTwo(target, fields.year / 100);
+    target = putTwo(target, fields.year % 100);
+    target = putTwo(target, fields.month);
+    target = putTwo(target, fields.day);
+    target = putTwo(target, fields.hour);
+    target = putTwo(target, fields.minute);
+    putTwo(target, fields.second);
+}
+
 void appendFormatted(std::string &text, std::string_view pattern, const Moment &moment) {
     if (!isNormal(moment.fields)) {
         Moment normal = moment;
         normal.fields = normalised(moment.fields);
         Formatter(text, normal).append(pattern);
     } else if (pattern == kStampPattern && moment.fields.year >= 1000 && moment.fields.year <= 9999) {
-        appendStamp(text, moment.fields);
+        char stamp[kStampLength];
+        putStamp(moment.fields, stamp);
+        text.append(stamp, sizeof stamp);
     } else {
         Formatter(text, moment).append(pattern);
     }

@@ -9,6 +9,7 @@
 namespace qb::tables {
 
 std::span<const Method> calendarDateISODateTime();
+std::span<const Method> calendarDateMidnight();
 
 } // namespace qb::tables
 

@@ -67,13 +67,22 @@ Class *NSCalendarDate::cls() {
         qb::method<"encodeWithCoder:">(&NSCalendarDate::encodeWithCoder),
     };
     static Class *const self =
-        new Class("NSCalendarDate", NSDate::cls(), {methods, qb::tables::calendarDateISODateTime()},
+        new Class("NSCalendarDate", NSDate::cls(),
+                  {methods, qb::tables::calendarDateISODateTime(), qb::tables::calendarDateMidnight()},
                   qb::construct<NSCalendarDate>);
     return self;
 }
 
 NSCalendarDate::NSCalendarDate() : zone_(NSTimeZone::defaultTimeZone()) {}
+NSCalendarDate::NSCalendarDate(NSTimeInterval interval, NSTimeZone *zone) : zone_(zone) {
+    interval_ = interval;
+}
+
 NSCalendarDate::~NSCalendarDate() = default;
+
+NSCalendarDate *NSCalendarDate::dateAt(std::int64_t utcSeconds, NSTimeZone *timeZone) {
+    return Ref<NSCalendarDate>::adopt(new NSCalendarDate(qb::intervalOf(utcSeconds), timeZone)).autorelease();
+}
 
 BOOL NSCalendarDate::setUp() {
     return NSDate::setUp();

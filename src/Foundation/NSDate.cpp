@@ -7,6 +7,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/DateParts.h"
+#include "Foundation/NSDate.Tables.h"
 #include "System/Clock.h"
 #include "Text/Hash.h"
 
@@ -66,6 +67,8 @@ Class *NSDate::cls() {
         qb::initialiser<"initWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
         qb::maker<"dateWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
         qb::initialiser<"initWithTimeInterval:sinceDate:">(&NSDate::setUpWithTimeInterval),
+        qb::initialiser<"initWithCTime:">(&NSDate::setUpWithCTime),
+        qb::maker<"dateWithCTime:">(&NSDate::setUpWithCTime),
         qb::initialiser<"initWithString:">(&NSDate::setUpWithString),
         qb::maker<"dateWithString:">(&NSDate::setUpWithString),
         qb::maker<"distantPast">(&NSDate::setUpInDistantPast),
@@ -85,8 +88,10 @@ Class *NSDate::cls() {
         qb::initialiser<"initWithCoder:">(&NSDate::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSDate::encodeWithCoder),
     };
-    static Class *const self =
-        new Class("NSDate", NSObject::cls(), methods, qb::construct<NSDate>, {"NSCopying", "NSCoding"});
+    static Class *const self = new Class(
+        "NSDate", NSObject::cls(),
+        {methods, qb::tables::dateCTime(), qb::tables::dateMidnight(), qb::tables::dateQBDatabaseDate()},
+        qb::construct<NSDate>, {"NSCopying", "NSCoding"});
     return self;
 }
 

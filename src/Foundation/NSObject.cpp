@@ -105,6 +105,7 @@ Class *NSObject::cls() {
         qb::method<"cStringValue">(&NSObject::cStringValue),
         qb::method<"asData">(&NSObject::asData),
         qb::method<"isIsoDateTimeString">(&NSObject::isIsoDateTimeString),
+        qb::method<"standardizedISODateTimeString">(&NSObject::standardizedISODateTimeString),
     };
     static Class *const self = new Class("NSObject", nullptr,
                                          {methods, qb::tables::objectEnumeratorCompatibility(),

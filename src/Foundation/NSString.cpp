@@ -100,6 +100,8 @@ Class *NSString::cls() {
                    qb::tables::stringPathObject(),
                    qb::tables::stringFile(),
                    qb::tables::stringISODateTime(),
+                   qb::tables::stringDateParsing(),
+                   qb::tables::stringRegularExpression(),
                    qb::tables::stringRepresentation(),
                    qb::tables::stringHtmlEscaping(),
                    qb::tables::stringUtf8Conversion(),

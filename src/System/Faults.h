@@ -33,8 +33,8 @@ enum class Call : unsigned {
     // Sockets
     socket, bind, listen, accept, connect, send, recv, poll, select, getsockopt, setsockopt, getsockname,
     getpeername, shutdown, getaddrinfo,
-    // Library, Iconv
-    dlopen, iconv_open, iconv, iconv_close, setlocale,
+    // Library, Iconv, Regex
+    dlopen, iconv_open, iconv, iconv_close, setlocale, regcomp, regexec,
     end
 };
 // clang-format on

@@ -43,6 +43,11 @@ public:
         return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSinceNow, seconds)
             .autorelease();
     }
+    static NSCalendarDate *dateWithCTime(std::int32_t seconds) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithCTime, seconds).autorelease();
+    }
+    /// Returns the second `utcSeconds` after 1970, shown in `timeZone`, autoreleased.
+    static NSCalendarDate *dateAt(std::int64_t utcSeconds, NSTimeZone *timeZone);
     /// Returns the instant at which the clocks of `timeZone` (nil: the default) show those values, shown in
     /// that zone. Values outside of their usual ranges carry: month 13 is the next January, day 0 the last of
     /// the month before.
@@ -133,6 +138,13 @@ public:
     /// Returns the second in GMT as 14 digits, autoreleased: year, month, day, hour, minute, second.
     virtual NSString *asISODateTimeString() const;
 
+    // --- midnight ---
+
+    /// Returns the beginning of the receiver's day in that zone (nil: the default), shown in it,
+    /// autoreleased.
+    virtual NSCalendarDate *midnightOfTimeZone(NSTimeZone *timeZone) const;
+    NSCalendarDate *midnight() const override;
+
 protected:
     BOOL setUp() override;
     virtual BOOL setUpWithYear(std::int32_t year, std::int32_t month, std::int32_t day, std::int32_t hour,
@@ -142,6 +154,8 @@ protected:
     BOOL setUpWithCoder(NSCoder *coder) override;
 
 private:
+    NSCalendarDate(NSTimeInterval interval, NSTimeZone *zone);
+
     NSCalendarDate *shownAt(NSTimeInterval interval) const;
 
     Ref<NSTimeZone> zone_; // never null

@@ -10,7 +10,10 @@
 #include <compare>
 #include <cstdint>
 
+class NSArray;
 class NSCalendarDate;
+class NSMutableArray;
+class NSNumber;
 
 /// A span of time in seconds.
 using NSTimeInterval = double;
@@ -109,6 +112,49 @@ public:
     void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
+    // --- CTime ---
+
+    // Seconds since 1970 in 32 bits, which end in January 2038. A date before or behind them has the first
+    // or the last of them.
+
+    static Ref<NSDate> initWithCTime(std::int32_t seconds) {
+        return qb::init<NSDate>(&NSDate::setUpWithCTime, seconds);
+    }
+    static NSDate *dateWithCTime(std::int32_t seconds) { return initWithCTime(seconds).autorelease(); }
+    /// Returns the seconds since 1970, a fraction cut off.
+    virtual std::int32_t ctime() const;
+    virtual NSNumber *ctimeAsNSNumber() const;
+    /// Returns the format of `stringValue`, "%d.%m.%Y %H:%M" at first, valid until another one is set.
+    static const char *stringValueFormat();
+    /// Sets the format (copied) of `stringValue` for all dates, with the conversions of strftime; null for
+    /// the first one.
+    static void setStringValueFormat(const char *format);
+    /// Returns the `ctime` in the system's zone by the format for all dates, autoreleased; the empty text
+    /// when that makes more than 1023 bytes. Names are those of the process's locale.
+    NSString *stringValue() const override;
+
+    // --- midnight ---
+
+    /// Returns the beginning of today, of the receiver's day, in the default zone, autoreleased.
+    static NSCalendarDate *midnightOfClass();
+    virtual NSCalendarDate *midnight() const;
+
+    // --- QBDatabaseDate ---
+
+    /// Returns the beginning of the day that `string` says, the day first, in the default zone, autoreleased;
+    /// nil when it says none, is empty or the null object.
+    ///
+    /// Day, month and year are separated by points, else by slashes, else by hyphens; or they are two digits
+    /// each, the year perhaps four. The year, or year and month, may be missing and are the current ones
+    /// then. Two digits up to 35 are a year after 2000, from 70 on one after 1900. The year must be 1971 to
+    /// 2019.
+    static NSCalendarDate *obsolete_dateWithString(id string);
+    /// Returns day, month, year and hour, autoreleased: those of `array` without an empty last one, with the
+    /// current month and year in place of missing ones, and with the hour 0 behind them.
+    static NSMutableArray *_completeDateArray(NSArray *array);
+    /// Returns the date of day, month and year, texts of digits, as `obsolete_dateWithString:` does.
+    static NSCalendarDate *_dateWithArray(NSArray *array);
+
 protected:
     BOOL setUp() override;
     /// The initialiser that all others of this class go through.
@@ -119,6 +165,7 @@ protected:
     virtual BOOL setUpWithString(NSString *text);
     virtual BOOL setUpInDistantPast();
     virtual BOOL setUpInDistantFuture();
+    virtual BOOL setUpWithCTime(std::int32_t seconds);
     BOOL setUpWithCoder(NSCoder *coder) override;
 
     NSTimeInterval interval_ = 0;

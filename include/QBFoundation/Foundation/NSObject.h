@@ -156,6 +156,8 @@ public:
     /// Returns the text as a number object; see the strings and numbers.
     virtual NSNumber *asNumber() const;
     virtual BOOL isIsoDateTimeString() const { return NO; }
+    /// Returns the `standardizedISODateTimeString` of the value as text.
+    virtual id standardizedISODateTimeString() const;
 
     // --- ArrayAndEnumeratorCompatibility ---
 

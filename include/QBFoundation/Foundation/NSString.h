@@ -13,6 +13,7 @@
 #include <string_view>
 
 class NSArray;
+class NSCalendarDate;
 class NSCharacterSet;
 class NSMutableString;
 
@@ -340,6 +341,36 @@ public:
     /// Returns now as 17 digits, autoreleased: year, month, day, hour, minute and second in GMT, then the
     /// milliseconds. Seconds and milliseconds come from two readings of the clock.
     static NSString *currentDateAsISODateTimeStringWithMilliSeconds();
+    /// Whether the text, up to its first NUL, is 14 digits; 17 digits.
+    BOOL isIsoDateTimeString() const override;
+    virtual BOOL isIsoDateTimeStringWithMilliseconds() const;
+    /// Returns the date, in GMT, of a text of 14 characters, autoreleased; nil when it has another length.
+    ///
+    /// Year, month, day, hour, minute and second are the numbers with which their characters begin, see
+    /// `intValue`, and are brought into their ranges. Each February has 29 days for that, and its 29th may
+    /// become 1 March. A year below 1 is the current one.
+    virtual NSCalendarDate *asDateFromISODateTimeString() const;
+    /// As above of the first 14 of 17 digits; nil for any other text.
+    virtual NSCalendarDate *asDateFromISODateTimeStringWithMilliseconds() const;
+    /// Returns the 14 digits of the date that the text's first 14 characters are, with zeros for what is
+    /// missing at their end: "20040101000000" for "2004". Nil for the empty text.
+    id standardizedISODateTimeString() const override;
+
+    // --- DateParsing ---
+
+    /// Returns the seconds since 1970 of a date of HTTP (RFC 9110, section 5.6.7) in one of its three forms:
+    /// "Sun, 06 Nov 1994 08:49:37 GMT", "Sunday, 06-Nov-94 08:49:37 GMT", "Sun Nov  6 08:49:37 1994"; 0 for
+    /// any other text.
+    ///
+    /// The day of the week and the zone are not looked at. Two digits below 70 are a year after 2000. Years
+    /// are 1970 to 2037, and days are those that the calendar has.
+    virtual std::int32_t ctimeFromHTTPDate() const;
+
+    // --- RegularExpression ---
+
+    /// Whether `pattern`, an extended regular expression, matches anywhere in the text; see
+    /// `QBRegularExpression`, which also says when it raises 100229.
+    virtual BOOL matches(NSString *pattern) const;
 
     // --- HTMLEscaping ---
 

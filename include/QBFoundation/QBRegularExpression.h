@@ -1,0 +1,125 @@
+// Regular expressions.
+#ifndef QBFOUNDATION_QBREGULAREXPRESSION_H
+#define QBFOUNDATION_QBREGULAREXPRESSION_H
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Foundation/NSRange.h>
+#include <QBFoundation/Foundation/NSString.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <regex.h>
+
+class QBRegularExpressionMatchObject;
+
+/// A compiled pattern of the platform's regular expressions, always in the extended syntax.
+///
+/// Patterns and searched texts end at their first NUL, and what is found is counted in bytes. Flags are those
+/// of `regcomp`, such as REG_ICASE and REG_NEWLINE.
+///
+/// A pattern that the platform could not work on without running out of stack or memory is refused like a
+/// malformed one: one of more than 32768 bytes, with more than 1000 groups, or groups nested more than 200
+/// deep, with more than 8 repeat operators in a row, with repeats that multiply to more than 40000 parts,
+/// with too many parts in a row that may match nothing, with more than 64 back references after repeating, or
+/// with a back reference that is repeated without end.
+///
+/// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
+/// more, which the platform's positions don't reach, raises 100156 and has found nothing.
+class QB_EXPORT QBRegularExpression : public NSObject {
+public:
+    QBRegularExpression() noexcept = default;
+    ~QBRegularExpression() override;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    /// Returns the expression, the same object for the same pattern and flags as long as the process lives.
+    ///
+    /// Nil, with error 100229 as `initWithPattern:flags:` raises it, the first time that the pattern does not
+    /// compile; the null object from then on. A pattern and its flags are told apart from others by the text
+    /// of both, so that "a1" with flags 0 and "a" with flags 10 are the same.
+    /// Throws InvalidArgumentException when `pattern` is nil.
+    static id regularExpressionWithPattern(NSString *pattern, std::int32_t flags);
+    /// As above without flags.
+    static id regularExpressionWithPattern(NSString *pattern) {
+        return regularExpressionWithPattern(pattern, 0);
+    }
+    /// Compiles the pattern. Nil when that fails, and raises 100229 (pattern, what is wrong).
+    /// Throws InvalidArgumentException when `pattern` is nil.
+    static Ref<QBRegularExpression> initWithPattern(NSString *pattern, std::int32_t flags) {
+        return qb::init<QBRegularExpression>(&QBRegularExpression::setUpWithPattern, pattern, flags);
+    }
+
+    /// Returns the first match, autoreleased; nil when there is none.
+    QBRegularExpressionMatchObject *search(NSString *string) const { return search(string, 0); }
+    /// As above, in the rest of the string from a character on, which is the beginning for "^".
+    /// Throws NSRangeException when there is no such place in the string.
+    virtual QBRegularExpressionMatchObject *search(NSString *string, std::int32_t fromIndex) const;
+    /// Returns the first match when it is the whole string, whose length is that in characters; else nil.
+    virtual QBRegularExpressionMatchObject *match(NSString *string) const;
+    /// Whether there is a match anywhere in the string.
+    virtual BOOL matches(NSString *string) const;
+
+protected:
+    virtual BOOL setUpWithPattern(NSString *pattern, std::int32_t flags);
+
+private:
+    /// Whether there is a match; the places of it and its groups go to `places`.
+    bool isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const;
+
+    regex_t compiledRegex_{};
+    bool isCompiled_ = false;
+};
+
+/// What a search has found: the places of the whole match, group 0, and of the pattern's groups.
+///
+/// Operations that take the number of a group throw NSRangeException when the pattern has no such group.
+class QB_EXPORT QBRegularExpressionMatchObject : public NSObject {
+public:
+    QBRegularExpressionMatchObject() noexcept;
+    ~QBRegularExpressionMatchObject() override;
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    /// Returns what was found at `matches`, `count` pairs of start and end, in the part of `toString` from
+    /// `fromIndex` on.
+    static Ref<QBRegularExpressionMatchObject> initWithMatches(const regmatch_t *matches, std::uint32_t count,
+                                                               NSString *toString, std::int32_t fromIndex) {
+        return qb::init<QBRegularExpressionMatchObject>(&QBRegularExpressionMatchObject::setUpWithMatches,
+                                                        matches, count, toString, fromIndex);
+    }
+    static QBRegularExpressionMatchObject *matchObjectWithMatches(const regmatch_t *matches,
+                                                                  std::uint32_t count, NSString *toString,
+                                                                  std::int32_t fromIndex) {
+        return initWithMatches(matches, count, toString, fromIndex).autorelease();
+    }
+
+    /// Return where a group begins and ends, in bytes behind the place where the search began, plus that
+    /// place's index; the index less one for a group that was not part of the match.
+    virtual std::int32_t startOfGroup(std::uint32_t group) const;
+    virtual std::int32_t endOfGroup(std::uint32_t group) const;
+    virtual NSRange rangeOfGroup(std::uint32_t group) const;
+    /// Returns the characters of the string in the group's range, autoreleased; "" when it is outside.
+    virtual NSString *group(std::uint32_t group) const;
+    /// Returns the text of each group, the whole match first, autoreleased.
+    virtual NSArray *groups() const;
+
+    /// A dictionary for each group with the numbers "startOffset" and "endOffset".
+    virtual NSMutableArray *subGroups() const;
+    virtual void setSubGroups(NSMutableArray *subGroups);
+    /// The string that was searched.
+    virtual NSString *string() const;
+    virtual void setString(NSString *string);
+
+protected:
+    virtual BOOL setUpWithMatches(const regmatch_t *matches, std::uint32_t count, NSString *toString,
+                                  std::int32_t fromIndex);
+
+private:
+    Ref<NSMutableArray> subGroups_;
+    Ref<NSString> string_;
+};
+
+#endif

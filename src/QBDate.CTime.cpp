@@ -1,0 +1,97 @@
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Calendar/Format.h"
+#include "Calendar/Zone.h"
+#include "Foundation/NSDate.Tables.h"
+
+#include <algorithm>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using qb::calendar::Moment;
+
+constexpr std::string_view kFirstFormat = "%d.%m.%Y %H:%M";
+constexpr std::size_t kMostBytes = 1024; // with a NUL
+
+// Never destroyed, because dates may outlive main().
+std::string &storedFormat() {
+    static auto &format = *new std::string(kFirstFormat);
+    return format;
+}
+
+/// Whether strftime would write the same whatever the locale is, which is what `appendFormatted` writes.
+bool isFreeOfLocale(std::string_view format) {
+    for (std::size_t percent = format.find('%'); percent != std::string_view::npos;
+         percent = format.find('%', percent + 2))
+        if (percent + 1 == format.size() ||
+            std::string_view("deGHIjmMSuVwyYzZ%").find(format[percent + 1]) == std::string_view::npos)
+            return false;
+    return true;
+}
+
+std::string textByStrftime(const char *format, const Moment &moment) {
+    const std::int64_t days = qb::calendar::daysFromCivil(
+        moment.fields.year, static_cast<int>(moment.fields.month), static_cast<int>(moment.fields.day));
+    const std::string abbreviation(moment.zoneAbbreviation);
+    std::tm parts{};
+    parts.tm_year = static_cast<int>(moment.fields.year - 1900);
+    parts.tm_mon = static_cast<int>(moment.fields.month - 1);
+    parts.tm_mday = static_cast<int>(moment.fields.day);
+    parts.tm_hour = static_cast<int>(moment.fields.hour);
+    parts.tm_min = static_cast<int>(moment.fields.minute);
+    parts.tm_sec = static_cast<int>(moment.fields.second);
+    parts.tm_wday = qb::calendar::weekdayFromDays(days);
+    parts.tm_yday = qb::calendar::dayOfYearFromDays(days) - 1;
+    parts.tm_isdst = -1;
+    parts.tm_gmtoff = moment.offset;
+    parts.tm_zone = abbreviation.c_str();
+    char text[kMostBytes];
+    return {text, std::strftime(text, sizeof text, format, &parts)};
+}
+
+} // namespace
+
+std::span<const qb::Method> qb::tables::dateCTime() {
+    static const qb::Method methods[] = {
+        qb::method<"ctime">(&NSDate::ctime),
+        qb::method<"ctimeAsNSNumber">(&NSDate::ctimeAsNSNumber),
+        qb::classMethod<"stringValueFormat">(&NSDate::stringValueFormat),
+        qb::classMethod<"setStringValueFormat:">(&NSDate::setStringValueFormat),
+    };
+    return methods;
+}
+
+BOOL NSDate::setUpWithCTime(std::int32_t seconds) {
+    return setUpWithTimeIntervalSince1970(seconds);
+}
+
+std::int32_t NSDate::ctime() const {
+    return static_cast<std::int32_t>(std::clamp<double>(timeIntervalSince1970(), INT32_MIN, INT32_MAX));
+}
+
+NSNumber *NSDate::ctimeAsNSNumber() const {
+    return NSNumber::numberWithInt(ctime());
+}
+
+const char *NSDate::stringValueFormat() {
+    return storedFormat().c_str();
+}
+
+void NSDate::setStringValueFormat(const char *format) {
+    storedFormat() = std::string(format ? format : kFirstFormat);
+}
+
+NSString *NSDate::stringValue() const {
+    const qb::calendar::ZoneRef zone = qb::calendar::systemZone();
+    const Moment moment = qb::calendar::momentAt(ctime(), 0, *zone);
+    const std::string &format = storedFormat();
+    if (!isFreeOfLocale(format))
+        return NSString::stringWith(textByStrftime(format.c_str(), moment));
+    const std::string text = qb::calendar::formatted(format, moment);
+    return NSString::stringWith(text.size() < kMostBytes ? text : std::string_view());
+}

@@ -1,0 +1,172 @@
+#include <QBFoundation/QBRegularExpression.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "Foundation/NSString.Tables.h"
+#include "System/Regex.h"
+#include "Text/PatternCheck.h"
+
+#include <array>
+#include <climits>
+#include <string>
+
+namespace {
+
+constexpr const char *kFile = "src/QBRegularExpression";
+constexpr int kLineOfCompiling = 191;
+
+NSString *checkedString(NSString *string, const char *selector) {
+    if (!string)
+        throw InvalidArgumentException(std::string("QBRegularExpression ") + selector +
+                                       " must have a string that is not nil.");
+    return string;
+}
+
+/// The expressions by pattern and flags, the null object for those that don't compile. Never destroyed.
+NSMutableDictionary *cachedExpressions() {
+    static NSMutableDictionary *const cache = NSMutableDictionary::init().detach();
+    return cache;
+}
+
+/// The latest answers by pattern object: programs ask for constant patterns over and over.
+class LatestExpressions {
+public:
+    id find(NSString *pattern, std::int32_t flags) const {
+        const Entry &entry = entryFor(pattern);
+        return entry.pattern.get() == pattern && entry.flags == flags ? entry.expression : nullptr;
+    }
+
+    void store(NSString *pattern, std::int32_t flags, id expression) {
+        if (pattern->copy().get() == pattern) // it will never change
+            entryFor(pattern) = {pattern, flags, expression};
+    }
+
+private:
+    struct Entry {
+        Ref<NSString> pattern; // keeps the address from being another string's
+        std::int32_t flags = 0;
+        id expression = nullptr; // kept by the cache
+    };
+
+    const Entry &entryFor(NSString *pattern) const {
+        return entries_[reinterpret_cast<std::uintptr_t>(pattern) / 64 % entries_.size()];
+    }
+    Entry &entryFor(NSString *pattern) {
+        return const_cast<Entry &>(static_cast<const LatestExpressions *>(this)->entryFor(pattern));
+    }
+
+    std::array<Entry, 16> entries_;
+};
+
+LatestExpressions &latestExpressions() {
+    static auto &latest = *new LatestExpressions;
+    return latest;
+}
+
+} // namespace
+
+Class *QBRegularExpression::cls() {
+    static const qb::Method methods[] = {
+        qb::classMethod<"regularExpressionWithPattern:flags:", id(NSString *, std::int32_t)>(
+            &QBRegularExpression::regularExpressionWithPattern),
+        qb::classMethod<"regularExpressionWithPattern:", id(NSString *)>(
+            &QBRegularExpression::regularExpressionWithPattern),
+        qb::initialiser<"initWithPattern:flags:">(&QBRegularExpression::setUpWithPattern),
+        qb::method<"search:", QBRegularExpressionMatchObject *(NSString *)>(&QBRegularExpression::search),
+        qb::method<"search:fromIndex:", QBRegularExpressionMatchObject *(NSString *, std::int32_t)>(
+            &QBRegularExpression::search),
+        qb::method<"match:">(&QBRegularExpression::match),
+        qb::method<"matches:">(&QBRegularExpression::matches),
+    };
+    static Class *const self =
+        new Class("QBRegularExpression", NSObject::cls(), methods, qb::construct<QBRegularExpression>);
+    return self;
+}
+
+QBRegularExpression::~QBRegularExpression() {
+    if (isCompiled_)
+        regfree(&compiledRegex_);
+}
+
+id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int32_t flags) {
+    checkedString(pattern, "regularExpressionWithPattern:flags:");
+    if (const id latest = latestExpressions().find(pattern, flags))
+        return latest;
+    NSString *const key = NSString::stringWithRestrictedFormat("%s%d", pattern, flags);
+    id expression = cachedExpressions()->objectForKey(key);
+    if (!expression) {
+        const Ref<QBRegularExpression> compiled = initWithPattern(pattern, flags);
+        cachedExpressions()->setObjectForKey(compiled ? static_cast<id>(compiled.get()) : QBNil::value(),
+                                             key);
+        if (!compiled)
+            return nullptr;
+        expression = compiled;
+    }
+    latestExpressions().store(pattern, flags, expression);
+    return expression;
+}
+
+BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {
+    const char *const text = checkedString(pattern, "initWithPattern:flags:")->cString();
+    if (const char *const fault = qb::text::patternFault(text)) {
+        qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, fault);
+        return NO;
+    }
+    const int code = qb::sys::regcomp(compiledRegex_, text, flags | REG_EXTENDED);
+    isCompiled_ = code == 0;
+    if (!isCompiled_)
+        qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern,
+                       qb::sys::regerror(code, compiledRegex_).c_str());
+    return isCompiled_;
+}
+
+bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const {
+    if (!isCompiled_)
+        return false;
+    const int result = string->cStringLength() > INT_MAX
+                           ? REG_ESPACE
+                           : qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+    if (result != 0 && result != REG_NOMATCH)
+        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+    return result == 0;
+}
+
+QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, std::int32_t fromIndex) const {
+    checkedString(string, "search:fromIndex:");
+    NSString *const rest = string->substringFromIndex(static_cast<std::uint32_t>(fromIndex));
+    std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
+    const std::size_t count = compiledRegex_.re_nsub + 1;
+    if (!isFoundIn(rest, count, places.data()))
+        return nullptr;
+    return QBRegularExpressionMatchObject::matchObjectWithMatches(
+        places.data(), static_cast<std::uint32_t>(count), string, fromIndex);
+}
+
+QBRegularExpressionMatchObject *QBRegularExpression::match(NSString *string) const {
+    QBRegularExpressionMatchObject *const found = search(string);
+    return found && found->startOfGroup(0) == 0 && found->rangeOfGroup(0).length == string->length()
+               ? found
+               : nullptr;
+}
+
+BOOL QBRegularExpression::matches(NSString *string) const {
+    return isFoundIn(checkedString(string, "matches:"), 0, nullptr);
+}
+
+std::span<const qb::Method> qb::tables::stringRegularExpression() {
+    static const qb::Method methods[] = {
+        qb::method<"matches:">(&NSString::matches),
+    };
+    return methods;
+}
+
+BOOL NSString::matches(NSString *pattern) const {
+    auto *const expression =
+        qb::castOrNil<QBRegularExpression>(QBRegularExpression::regularExpressionWithPattern(pattern));
+    return expression && expression->matches(static_cast<NSString *>(self()));
+}

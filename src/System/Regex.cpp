@@ -1,0 +1,22 @@
+#include "Regex.h"
+
+#include "Faults.h"
+
+namespace qb::sys {
+
+int regcomp(regex_t &expression, const char *pattern, int flags) noexcept {
+    return fails(Call::regcomp) ? REG_ESPACE : ::regcomp(&expression, pattern, flags);
+}
+
+int regexec(const regex_t &expression, const char *text, std::size_t count, regmatch_t *places) noexcept {
+    return fails(Call::regexec) ? REG_ESPACE : ::regexec(&expression, text, count, places, 0);
+}
+
+std::string regerror(int code, const regex_t &expression) {
+    std::string text(::regerror(code, &expression, nullptr, 0), '\0');
+    ::regerror(code, &expression, text.data(), text.size());
+    text.pop_back(); // the NUL
+    return text;
+}
+
+} // namespace qb::sys

@@ -1,0 +1,120 @@
+#include "PatternShape.h"
+
+#include <algorithm>
+
+namespace qb::text {
+
+namespace {
+
+// What a copied node costs more than a link.
+constexpr PatternCount kCopyCost = 200;
+// How much the length of a stretch counts that leads to a loop, and is gone over anew for each of its nodes.
+constexpr PatternCount kLoopCost = 2;
+// What a loop around an anchor costs more than a way: the copies of the loop lead into it as well.
+constexpr PatternCount kAnchorLoopCost = 16;
+
+PatternShape freeNode() {
+    PatternShape shape;
+    shape.nodes = shape.entry = shape.exit = shape.stretch = shape.links = 1;
+    return shape;
+}
+
+PatternCount linksBetween(const PatternShape &first, const PatternShape &second) {
+    return (first.exit + first.copies + kCopyCost * first.anchors) * second.entry;
+}
+
+PatternShape::Ways waysThrough(const PatternShape &first, const PatternShape &second) {
+    const PatternShape::Ways &a = first.ways, &b = second.ways;
+    return {first.isNullable ? std::max(a.in, a.through * b.in) : a.in,
+            second.isNullable ? std::max(b.out, a.out * b.through) : b.out, a.through * b.through,
+            std::max({a.most, b.most, a.out * b.in})};
+}
+
+} // namespace
+
+PatternShape characterShape() {
+    PatternShape shape;
+    shape.nodes = 1;
+    shape.ways.through = 0;
+    shape.isNullable = false;
+    return shape;
+}
+
+PatternShape characterSetShape() {
+    // Characters of several bytes stand apart from the others.
+    return choice(characterShape(), characterShape());
+}
+
+PatternShape anchorShape() {
+    PatternShape shape = freeNode();
+    shape.anchors = shape.copies = 1;
+    shape.links = shape.links + kCopyCost;
+    return shape;
+}
+
+PatternShape wordBoundaryShape() {
+    return choice(anchorShape(), anchorShape());
+}
+
+PatternShape referenceShape() {
+    PatternShape shape = freeNode(); // the group may have been empty
+    shape.references = 1;
+    return shape;
+}
+
+PatternShape sequence(const PatternShape &first, const PatternShape &second) {
+    PatternShape both;
+    both.nodes = first.nodes + second.nodes;
+    both.entry = first.isNullable ? first.entry + second.entry : first.entry;
+    both.exit = second.exit;
+    both.anchors = second.anchors;
+    both.copies = second.copies;
+    if (second.isNullable) {
+        both.exit = both.exit + first.exit;
+        both.anchors = both.anchors + first.anchors;
+        both.copies = both.copies + first.copies + first.anchors * second.exit;
+    }
+    both.leadsToLoop = first.leadsToLoop || (first.isNullable && second.leadsToLoop);
+    both.stretch = std::max(
+        {first.stretch, second.stretch, (second.leadsToLoop ? kLoopCost : 1) * (first.exit + second.entry)});
+    both.links = first.links + second.links + linksBetween(first, second);
+    both.references = first.references + second.references;
+    both.ways = waysThrough(first, second);
+    both.isNullable = first.isNullable && second.isNullable;
+    return both;
+}
+
+PatternShape choice(const PatternShape &first, const PatternShape &second) {
+    PatternShape either;
+    either.nodes = first.nodes + second.nodes + 1;
+    either.entry = first.entry + second.entry + 1;
+    either.isNullable = first.isNullable || second.isNullable;
+    either.exit = first.exit + second.exit + (either.isNullable ? 1 : 0);
+    either.leadsToLoop = first.leadsToLoop || second.leadsToLoop;
+    either.stretch = std::max({first.stretch, second.stretch, either.entry, either.exit});
+    either.anchors = first.anchors + second.anchors;
+    either.copies = first.copies + second.copies;
+    either.links = first.links + second.links + either.entry;
+    either.references = first.references + second.references;
+    const PatternShape::Ways &a = first.ways, &b = second.ways;
+    either.ways = {std::max(a.in, b.in), std::max(a.out, b.out), a.through + b.through,
+                   std::max(a.most, b.most)};
+    return either;
+}
+
+PatternShape group(const PatternShape &part) {
+    return sequence(sequence(freeNode(), part), freeNode());
+}
+
+PatternShape loop(const PatternShape &part) {
+    PatternShape shape = choice(part, PatternShape());
+    if (part.isNullable && PatternCount() < part.anchors)
+        shape.ways.through = kAnchorLoopCost * shape.ways.through * shape.ways.through;
+    shape.links = shape.links + linksBetween(part, shape);
+    shape.stretch = std::max(shape.stretch, part.exit + shape.entry);
+    shape.ways.most = std::max(shape.ways.most, part.ways.out * part.ways.in);
+    shape.leadsToLoop = part.leadsToLoop || part.isNullable;
+    return shape;
+}
+
+} // namespace qb::text

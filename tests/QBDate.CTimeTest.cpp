@@ -1,0 +1,76 @@
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "Calendar/TimeZoneSetting.h"
+#include "support/DateCommand.h"
+#include "support/PoolFixture.h"
+
+#include <limits>
+
+namespace {
+
+class QBDateCTimeTest : public PoolFixture {
+protected:
+    ~QBDateCTimeTest() override { NSDate::setStringValueFormat(nullptr); }
+};
+
+std::string stringValueIn(const char *zone, std::int32_t seconds, const char *format) {
+    const TimeZoneSetting setting(zone);
+    NSDate::setStringValueFormat(format);
+    return std::string(NSDate::dateWithCTime(seconds)->stringValue()->view());
+}
+
+} // namespace
+
+TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
+    for (const std::int32_t seconds : {0, -1, 784111777, INT32_MAX, INT32_MIN}) {
+        EXPECT_EQ(NSDate::dateWithCTime(seconds)->timeIntervalSinceReferenceDate(), seconds - 978307200.0);
+        EXPECT_EQ(NSDate::dateWithCTime(seconds)->ctimeAsNSNumber()->intValue(), seconds);
+    }
+    const double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double interval;
+        std::int32_t seconds;
+    } rows[] = {{1.9, 1},         {-1.9, -1},        {2147483646.9, 2147483646}, {2147483648.0, INT32_MAX},
+                {4e9, INT32_MAX}, {-4e9, INT32_MIN}, {infinity, INT32_MAX},      {-infinity, INT32_MIN}};
+    for (const auto &row : rows)
+        EXPECT_EQ(NSDate::dateWithTimeIntervalSince1970(row.interval)->ctime(), row.seconds);
+    EXPECT_EQ(describe(send<id>(NSCalendarDate::cls(), "dateWithCTime:"_sel, 0)->classObject()->name()),
+              "NSCalendarDate");
+    EXPECT_EQ(send<Ref<NSDate>>(NSDate::cls(), "initWithCTime:"_sel, 5)->ctime(), 5);
+}
+
+TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
+    EXPECT_STREQ(NSDate::stringValueFormat(), "%d.%m.%Y %H:%M");
+    EXPECT_EQ(stringValueIn("Europe/Berlin", 1719792000, nullptr), "01.07.2024 02:00");
+    EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a %-d %B %F %T %Z %% %G-W%V"),
+              "Mon 1 July 2024-07-01 00:00:00 UTC % 2024-W27");
+    EXPECT_EQ(stringValueIn("<+0545>-5:45", 0, "%c %z %Z %p"), "Thu Jan  1 05:45:00 1970 +0545 +0545 AM");
+    EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1023, 'x')).c_str()), std::string(1023, 'x'));
+    EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1020, 'x') + "%Y").c_str()), "");
+    EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1020, 'x') + "%C%C").c_str()), "");
+    EXPECT_EQ(stringValueIn("UTC0", 0, ""), "");
+    NSDate::setStringValueFormat("%Y");
+    NSDate::setStringValueFormat(NSDate::stringValueFormat()); // its own copy
+    EXPECT_STREQ(NSDate::stringValueFormat(), "%Y");
+    // Beyond the field: its last second.
+    const TimeZoneSetting setting("UTC0");
+    NSDate::setStringValueFormat(nullptr);
+    EXPECT_EQ(NSDate::distantFuture()->stringValue()->view(), "19.01.2038 03:14");
+}
+
+TEST_F(QBDateCTimeTest, TextAgreesWithTheSystem) {
+    std::vector<std::string> dates;
+    for (std::int64_t seconds = INT32_MIN; seconds <= INT32_MAX; seconds += 1'700'001)
+        dates.push_back("@" + std::to_string(seconds));
+    for (const char *zone : {"Europe/London", "America/St_Johns", "Asia/Tehran"})
+        for (const char *format : {"%d.%m.%Y %H:%M", "%A %e %b %y %I:%M:%S %p %j %U %Z"}) {
+            const std::vector<std::string> expected = printedDates(zone, dates, format);
+            ASSERT_EQ(expected.size(), dates.size());
+            for (std::size_t i = 0; i < dates.size(); ++i) {
+                const NSAutoreleasePool pool;
+                ASSERT_EQ(stringValueIn(zone, std::stoi(dates[i].substr(1)), format), expected[i]) << zone;
+            }
+        }
+}

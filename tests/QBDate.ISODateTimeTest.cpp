@@ -1,0 +1,142 @@
+#include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/DateCommand.h"
+#include "support/PoolFixture.h"
+
+#include <random>
+
+using QBDateISODateTimeTest = PoolFixture;
+
+namespace {
+
+NSCalendarDate *gmtDate(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
+    return NSCalendarDate::dateWithYear(year, month, day, hour, minute, second, NSTimeZone::gmt());
+}
+
+/// The text of the date that the digits are; "nil" when they are none.
+std::string dateOf(std::string_view digits) {
+    NSCalendarDate *const date = NSString::stringWith(digits)->asDateFromISODateTimeString();
+    return date ? std::string(date->description()->view()) : "nil";
+}
+
+} // namespace
+
+TEST_F(QBDateISODateTimeTest, TextIsInGmtWithFourDigitsOfTheYear) {
+    const struct {
+        int year;
+        const char *text;
+    } rows[] = {{9, "00090304120509"},      {10, "00100304120509"},   {99, "00990304120509"},
+                {999, "09990304120509"},    {1000, "10000304120509"}, {9999, "99990304120509"},
+                {12345, "123450304120509"}, {-5, "000-50304120509"}};
+    for (const auto &row : rows)
+        EXPECT_EQ(gmtDate(row.year, 3, 4, 12, 5, 9)->asISODateTimeString()->view(), row.text);
+    NSTimeZone *const berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
+    NSCalendarDate *const date = NSCalendarDate::dateWithYear(2024, 1, 1, 0, 0, 0, berlin);
+    EXPECT_EQ(send<NSString *>(date, "asISODateTimeString"_sel)->view(), "20231231230000");
+    EXPECT_EQ(describe(date->timeZone()), "Europe/Berlin"); // the receiver stays as it was
+}
+
+TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
+    const std::string thisYear = std::string(NSDate::date()->description()->view().substr(0, 4));
+    const struct {
+        std::string digits, expected;
+    } rows[] = {
+        {"20041231235959", "2004-12-31 23:59:59 +0000"},
+        {"20030231000000", "2003-03-01 00:00:00 +0000"}, // 29 February there
+        {"20040231000000", "2004-02-29 00:00:00 +0000"},
+        {"20040431246099", "2004-04-30 23:59:59 +0000"},
+        {"20041399000000", "2004-12-31 00:00:00 +0000"},
+        {"20040000000000", "2004-01-01 00:00:00 +0000"},
+        {"00000304120000", thisYear + "-03-04 12:00:00 +0000"},
+        {"-99990304 1+2x", thisYear + "-03-04 01:02:00 +0000"}, // each field is a number of its own
+        {"2004\u00e4\u00e4121212 \u00e43", "2004-01-12 12:12:00 +0000"},
+        {"2004123123595", "nil"},
+        {"200412312359590", "nil"},
+        {"", "nil"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(dateOf(row.digits), row.expected) << row.digits;
+    EXPECT_EQ(describe("20041231235959"_ns->asDateFromISODateTimeString()->timeZone()), "GMT");
+    EXPECT_EQ(
+        "20041231235959987"_ns->asDateFromISODateTimeStringWithMilliseconds()->asISODateTimeString()->view(),
+        "20041231235959");
+    EXPECT_EQ("2004123123595998x"_ns->asDateFromISODateTimeStringWithMilliseconds(), nullptr);
+}
+
+TEST_F(QBDateISODateTimeTest, RecognisedAsByTheirPatterns) {
+    const std::string_view rows[] = {"20041231235959",
+                                     "20041231235959987",
+                                     "2004123123595",
+                                     "2004123123595x",
+                                     "20041231235959\n",
+                                     {"20041231235959\0x", 16},
+                                     "",
+                                     "\u0662004123123595",
+                                     "2004123123595998:"};
+    for (const std::string_view row : rows) {
+        NSString *const text = NSString::stringWith(row);
+        EXPECT_EQ(text->isIsoDateTimeString(), text->matches("^[0-9]{14}$"_ns)) << row;
+        EXPECT_EQ(text->isIsoDateTimeStringWithMilliseconds(), text->matches("^[0-9]{17}$"_ns)) << row;
+    }
+    EXPECT_TRUE("20041231235959"_ns->isIsoDateTimeString());
+    EXPECT_FALSE(NSNumber::numberWithLongLong(20041231235959)->isIsoDateTimeString());
+    EXPECT_TRUE(
+        NSString::currentDateAsISODateTimeStringWithMilliSeconds()->isIsoDateTimeStringWithMilliseconds());
+}
+
+TEST_F(QBDateISODateTimeTest, ShortTextsAreFilledUp) {
+    const struct {
+        id value;
+        const char *expected;
+    } rows[] = {{"2004"_ns, "20040101000000"},
+                {"20041331"_ns, "20041231000000"},
+                {"20041231235959999"_ns, "20041231235959"},
+                {NSNumber::numberWithInt(2005), "20050101000000"},
+                {"2004121212121\U0001F600"_ns, "20041212121210"}, // half of the character is none
+                {""_ns, "nil"},
+                {QBNil::value(), nullptr}};
+    for (const auto &row : rows) {
+        const id standard = send<id>(row.value, "standardizedISODateTimeString"_sel);
+        if (row.expected)
+            EXPECT_EQ(describe(standard), row.expected);
+        else
+            EXPECT_EQ(standard, row.value);
+    }
+}
+
+TEST_F(QBDateISODateTimeTest, TwoCenturiesAgreeWithTheSystem) {
+    const std::uint32_t seed = std::random_device{}();
+    std::mt19937_64 random(seed);
+    std::vector<std::int64_t> instants;
+    std::vector<std::string> dates;
+    for (std::int64_t day = -25567; day < 47847; day += 7) { // 1900 to 2100
+        instants.push_back(day * 86400 + static_cast<std::int64_t>(random() % 86400));
+        dates.push_back("@" + std::to_string(instants.back()));
+    }
+    const std::vector<std::string> digits = printedDates("UTC0", dates, "%Y%m%d%H%M%S");
+    ASSERT_EQ(digits.size(), instants.size());
+    for (std::size_t i = 0; i < instants.size(); ++i) {
+        const NSAutoreleasePool pool;
+        NSCalendarDate *const date = NSString::stringWith(digits[i])->asDateFromISODateTimeString();
+        ASSERT_EQ(date->timeIntervalSince1970(), static_cast<double>(instants[i])) << digits[i];
+        ASSERT_EQ(date->asISODateTimeString()->view(), digits[i]);
+    }
+    for (const char *zone : {"Europe/Berlin", "America/Sao_Paulo", "Asia/Kathmandu", "Africa/Monrovia",
+                             "Pacific/Apia", "Australia/Lord_Howe"}) {
+        NSTimeZone *const ours = NSTimeZone::timeZoneWithName(NSString::stringWith(zone));
+        const std::vector<std::string> local = printedDates(zone, dates, "%Y-%m-%d %H:%M:%S %Z %a %d %b %j");
+        ASSERT_EQ(local.size(), instants.size());
+        for (std::size_t i = 0; i < instants.size(); ++i) {
+            const NSAutoreleasePool pool;
+            NSDate *const date = NSDate::dateWithTimeIntervalSince1970(static_cast<double>(instants[i]));
+            ASSERT_EQ(
+                date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S %Z %a %d %b %j"_ns, ours, nullptr)
+                    ->view(),
+                local[i])
+                << zone << " seed " << seed;
+        }
+    }
+}

@@ -1,0 +1,165 @@
+#include "Text/PatternCheck.h"
+
+#include "support/ServicesFixture.h"
+#include "support/SmallStack.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <regex.h>
+#include <string>
+#include <string_view>
+
+using qb::text::patternFault;
+
+namespace {
+
+std::string times(std::size_t count, std::string_view text) {
+    std::string result;
+    while (count-- > 0)
+        result += text;
+    return result;
+}
+
+std::string nested(std::size_t depth, const std::string &inner, const std::string &behind) {
+    return times(depth, "(") + inner + times(depth, ")" + behind);
+}
+
+const char *faultOf(const std::string &pattern) {
+    const char *const fault = patternFault(pattern.c_str());
+    return fault ? fault : "";
+}
+
+/// Makes patterns of the parts that hostile ones are made of.
+class PatternMaker {
+public:
+    explicit PatternMaker(std::uint32_t seed) : random_(seed) {}
+
+    std::string pattern() {
+        std::string result;
+        for (unsigned parts = upTo(3) + 1; parts > 0; --parts)
+            result += times(upTo(5) == 0 ? upTo(100) : 1, part(3));
+        return result;
+    }
+
+    std::string subject() {
+        std::string result;
+        for (unsigned length = upTo(12); length > 0; --length)
+            result += upTo(3) == 0 ? 'b' : 'a';
+        return result;
+    }
+
+private:
+    unsigned upTo(unsigned limit) { return std::uniform_int_distribution<unsigned>(0, limit)(random_); }
+
+    std::string part(unsigned depth) {
+        constexpr std::array kSimple = {"a",   ".",     "[ab]", "[]b]", "^", "$",    "\\b",
+                                        "\\w", "(a|b)", "\\1",  "\\2",  "",  "(|a)", "[[:alpha:]]"};
+        constexpr std::array kRepeats = {"*", "+", "?", "{2}", "{0,3}", "{1,}", "{20}", "{,9}"};
+        const unsigned kind = depth == 0 ? 0 : upTo(5);
+        if (kind < 2)
+            return kSimple[upTo(kSimple.size() - 1)];
+        const std::string inner = part(depth - 1) + part(depth - 1);
+        if (kind < 5)
+            return "(" + inner + ")" + (kind == 2 ? "" : kRepeats[upTo(kRepeats.size() - 1)]);
+        return "(" + inner + "|" + part(depth - 1) + ")";
+    }
+
+    std::mt19937 random_;
+};
+
+/// Searches with all groups and with none.
+void searchFor(const std::string &pattern, const std::string &subject) {
+    regex_t expression;
+    if (regcomp(&expression, pattern.c_str(), REG_EXTENDED) != 0)
+        return;
+    std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
+    const int found = regexec(&expression, subject.c_str(), expression.re_nsub + 1, places.data(), 0);
+    if (regexec(&expression, subject.c_str(), 0, nullptr, 0) != found)
+        std::abort();
+    regfree(&expression);
+}
+
+} // namespace
+
+TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
+    const std::string patterns[] = {
+        "", "^[0-9]{14}$", "([a-z]+) \\1", "(^|[^a-z])word($|[^a-z])", "((25[0-5]|[01]?[0-9]?[0-9])\\.){3}",
+        "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
+        "\\b[A-Z]\\w*\\b", "(([\"']).*\\2)?", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1\\1",
+        times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
+        // Malformed, which is the compiler's to say.
+        "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x"};
+    for (const std::string &pattern : patterns)
+        EXPECT_STREQ(faultOf(pattern), "") << pattern.substr(0, 40);
+}
+
+TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
+    const char *const kRepeats = "it is too large when its repeats are multiplied";
+    const char *const kEmpty = "too many of its parts in a row may match nothing";
+    const char *const kEndless = "a back reference is repeated without end";
+    const struct {
+        std::string pattern;
+        const char *fault;
+    } rows[] = {
+        {times(32769, "a"), "it is too long"},
+        {nested(201, "a", ""), "its groups are nested too deeply"},
+        {times(15000, "("), "its groups are nested too deeply"},
+        {times(1001, "(a)"), "it has too many groups"},
+        {"a" + times(9, "*"), "too many repeat operators follow one another"},
+        {"a" + times(9, "{2}"), "too many repeat operators follow one another"},
+        {"((a{100}){100}){100}", kRepeats},
+        {"(x{9999}|y{9999}){9}", kRepeats},
+        {nested(17, "a", "+"), kRepeats},
+        {"((a{200}){200}){0}", kRepeats},
+        {times(200, "(a{200}"), kRepeats}, // before it is seen that the ends are missing
+        {"a{0,1001}", kEmpty},
+        {"((a{0,50}){0,50}){0,50}", kEmpty},
+        {times(1001, "a*"), kEmpty},
+        {"a" + times(1001, "|a"), kEmpty},
+        {times(333, "(a|)") + "b", kEmpty},
+        {"(a{0,300}b){60}", kEmpty},
+        {times(14, "(a*)?") + "(a*)*", kEmpty}, // 2 to the power of 14 ways into the loop
+        {times(14, "(^)*"), kEmpty},
+        {times(14, "\\b"), kEmpty},
+        {times(400, "^"), kEmpty},
+        {times(100, "(b$)*") + times(100, "(b^)*"), kEmpty},
+        {"(|)(\\1\\1)*", kEndless},
+        {"(a)\\1+", kEndless},
+        {"(a)(b\\1){3,}", kEndless},
+        {"(a)((b|\\1c)d)*", kEndless},
+        {"(a)\\1{65}", "it has too many back references"},
+        {"(a)((\\1b){9}){9}", "it has too many back references"},
+    };
+    for (const auto &row : rows)
+        EXPECT_STREQ(faultOf(row.pattern), row.fault) << row.pattern.substr(0, 40);
+}
+
+TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
+    const std::uint32_t seed = std::random_device{}();
+    PatternMaker maker(seed);
+    const std::string limits[] = {nested(200, "a", ""),      times(166, "(a|)"), "a" + times(999, "|a"),
+                                  times(999, "a*"),          "a{0,999}",         "(a)\\1{64}",
+                                  times(49, "(b?)*a") + "c", "(^a*)*(a*)*$"};
+    std::string pattern;
+    const auto work = [&] {
+        std::size_t passed = 0;
+        for (std::size_t round = 0; round < 2000; ++round) {
+            pattern = round < std::size(limits) ? limits[round] : maker.pattern();
+            if (patternFault(pattern.c_str()))
+                continue;
+            ++passed;
+            std::cerr << pattern << std::endl; // the last one is to blame if the process ends here
+            searchFor(pattern, maker.subject());
+        }
+        if (passed < 500)
+            std::abort();
+    };
+    const ChildEnd end = runInChild([&] { EXPECT_TRUE(runOnSmallStack(work)); });
+    EXPECT_EQ(end.status, 0) << "seed " << seed << ": "
+                             << end.standardError.substr(
+                                    end.standardError.rfind('\n', end.standardError.size() - 2));
+}
