@@ -28,6 +28,7 @@ constexpr int kErrorNotApart = 910016;
 constexpr int kErrorNotAFile = 910017;
 constexpr int kErrorNotADictionary = 910018;
 constexpr int kErrorUnfinished = 910019;
+constexpr int kErrorNotASetting = 910020;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

@@ -100,6 +100,32 @@ expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" p
 { [ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
     [ "$(cat "$out/assets/outside")" = other ]; } || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
 
+# Settings that the command line replaces.
+new_site
+page index.html '{ title = T; }' '{{site.title}} {{site.author.name}} {{site.a=b}} {{site.people.0}};'
+echo '{ title = A; author = { name = B; }; people = (x); }' >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
+rm "$site/pages/deep/text.txt"
+publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out" 2>/dev/null &&
+    fail 'a key that is missing was read'
+sed -i 's/ {{site.a=b}}/[{{site.new}}]/' "$site/pages/index.html"
+publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out"
+[ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y;' ] || fail "settings: $(cat "$out/index.html")"
+while IFS='|' read -r setting message; do
+    before=$(snapshot)
+    publish --set "$setting" "$site" "$out" >/dev/null 2>"$work/stderr" && fail "--set $setting"
+    grep -qF -- "$message" "$work/stderr" || fail "--set $setting: '$message' is not in: $(cat "$work/stderr")"
+    [ "$before" = "$(snapshot)" ] || fail "--set $setting: the old site has changed"
+done <<'ROWS'
+none.x=1|'none.x'
+none.x=1|site.plist: the setting 'none.x' can't be replaced.
+author.none.x=1|the setting 'author.none.x' can't be replaced.
+title.x=1|the setting 'title.x' can't be replaced.
+people.x=1|the setting 'people.x' can't be replaced.
+people.2=1|the setting 'people.2' can't be replaced.
+pages=..|'..' is no path inside of a site.
+ROWS
+
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
 new_site
 publish --quiet "$site" "$out"
@@ -170,7 +196,7 @@ unknown block|pages/index.html:3: a block is neither 'each' nor 'if'.|{ title = 
 lone else|pages/index.html:3: there is an 'else' without its 'if'.|{ title = T; }|{{else}}
 half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
-not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21.|{ title = T; }|x\n\xff
+not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
 ROWS
 page index.html '{ title = T; }' x
 page_of() { printf '{ title = T; }\\n---\\n%s' "$1"; }
@@ -201,7 +227,7 @@ assets/$longest.long|x|$longest.long
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
 templates/who.html|{{> page}}|templates/page.html:1: the template 'who' includes itself.
 templates/who.html|a\n\n{{#if x}}|templates/who.html:3: a block is not closed.
-templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2.
+templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2: behind "a\n" stands "\xff".
 site.plist|{ broken\n|The property list is malformed in line 2, column 1
 site.plist|{ broken\n|In '$site/site.plist':
 site.plist|( a )|site.plist: the text is no dictionary.
@@ -357,6 +383,9 @@ a b c|There is an argument too many
 --no-such-option "$site" "$out"|There is no option --no-such-option
 -x "$site" "$out"|There is no option -x
 --log-level=1 "$site" "$out"|There is no option --log-level=1
+--set|--set wants a value
+--set a "$site" "$out"|--set wants KEY=VALUE
+--set =a "$site" "$out"|--set wants KEY=VALUE
 --log-level|--log-level wants a value
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log-level -1 "$site" "$out"|'-1' is no number that fits
