@@ -41,6 +41,13 @@ std::string realPath(NSString *directory) {
     return real.ends_with('/') ? real : real + '/';
 }
 
+// Whether the file is none that would keep us waiting, as a pipe does.
+bool mayBeRead(NSString *file) {
+    OSFileInfo info;
+    OSFilePath::fileInfo(&info, file);
+    return !hasFailed() && (!info.exists || S_ISREG(info.mode) || fail(__LINE__, kErrorNotAFile, file));
+}
+
 // Bytes as a C literal has them, so that any can be shown.
 std::string shown(std::string_view bytes) {
     std::string literal;
@@ -88,16 +95,12 @@ Kind kindOf(NSString *path) {
     }
 }
 
+NSData *readBytes(NSString *file) {
+    return mayBeRead(file) ? NSData::dataWithContentsOfFile(file) : nullptr;
+}
+
 NSString *readText(NSString *file) {
-    OSFileInfo info;
-    OSFilePath::fileInfo(&info, file);
-    if (hasFailed())
-        return nullptr;
-    if (info.exists && !S_ISREG(info.mode)) {
-        fail(__LINE__, kErrorNotAFile, file); // a pipe would keep us waiting
-        return nullptr;
-    }
-    NSString *const string = NSString::stringWithContentsOfFile(file);
+    NSString *const string = mayBeRead(file) ? NSString::stringWithContentsOfFile(file) : nullptr;
     if (!string)
         return nullptr;
     const std::int32_t malformed = string->indexOfFirstCorruptUtf8Character();

@@ -44,6 +44,10 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "The new site in '%s' is not complete yet; the next run completes it."_ns;
     case kErrorNotASetting:
         return "%s: the setting '%s' can't be replaced."_ns;
+    case kErrorNoSmallImage:
+        return "'%s' is no image of at most %d bytes that is known by its extension."_ns;
+    case kErrorNotSortable:
+        return "%s:%d: '%s' has elements without keys to sort by."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

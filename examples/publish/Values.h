@@ -21,7 +21,11 @@ KeyPath keyPathOf(std::string_view text);
 /// Where a template's keys are looked up: the page's values, and the elements of the loops around the place.
 class Values {
 public:
-    explicit Values(NSDictionary *page) : page_(page) {}
+    /// `url`: the page's own address, `site`: the directory that the names of files are relative to.
+    Values(NSDictionary *page, NSString *url, NSString *site) : page_(page), url_(url), site_(site) {}
+
+    NSString *url() const { return url_; }
+    NSString *site() const { return site_; }
 
     /// Returns the value of a dotted key: the first component is the name of a loop's element, the innermost
     /// first, or a key of the page's values; the rest is a dotted key of the value there, as
@@ -41,6 +45,8 @@ private:
     id firstValue(NSString *key) const;
 
     NSDictionary *page_;
+    NSString *url_;
+    NSString *site_;
     std::vector<Element> elements_;
 };
 

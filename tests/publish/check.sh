@@ -126,6 +126,36 @@ people.2=1|the setting 'people.2' can't be replaced.
 pages=..|'..' is no path inside of a site.
 ROWS
 
+# Sorted lists, defaults, links and images.
+new_site
+printf '\x89PNG\0' >"$site/assets/d/dot.PNG"
+head -c 32768 /dev/zero >"$site/assets/most.gif"
+echo '{ people = ( { name = b; n = 1; }, { name = C; }, { n = 2; }, { name = A; }, { name = B; n = 3; } ); shows = ("a b"); }' \
+    >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
+page index.html '{ title = T; }' x
+page deep/text.txt '{ title = T; }' x
+page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"; }' \
+    '{{#each site.people by name as p}}{{p.name or "<none>"}}{{p.n or ""}} {{/each}}
+{{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
+{{#each pages by url as p}}{{link p.url}} {{/each}}
+{{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
+{{image page.dot}}'
+publish --quiet "$site" "$out"
+diff - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
+
+
+A b1 B3 C &lt;none&gt;2 
+<none>2 C B3 b1 A 
+er.html text.html ../index.html 
+../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
+data:image/png;base64,iVBORwA=
+TEXT
+page deep/er.html '{ title = T; }' '{{image "assets/most.gif"}}'
+publish --quiet "$site" "$out"
+[ "$(wc -c <"$out/deep/er.html")" -eq 43717 ] || fail "the largest image has $(wc -c <"$out/deep/er.html") bytes"
+rm -r "$out" "$site/pages/deep/er.html"
+
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
 new_site
 publish --quiet "$site" "$out"
@@ -174,6 +204,7 @@ ROWS
 
 # Whatever is wrong with a site, the old one stays and the message says where it is.
 new_site
+head -c 32769 /dev/zero >"$site/assets/large.gif"
 rm -r "$out"
 publish --quiet "$site" "$out"
 while IFS='|' read -r what message head body; do
@@ -194,6 +225,15 @@ open block|pages/index.html:4: a block is not closed.|{ title = T; }|{{#if page}
 wrong close|pages/index.html:3: a block is closed that is not open.|{ title = T; }|{{#if page}}{{/each}}
 unknown block|pages/index.html:3: a block is neither 'each' nor 'if'.|{ title = T; }|{{#for page}}
 lone else|pages/index.html:3: there is an 'else' without its 'if'.|{ title = T; }|{{else}}
+no sort key|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages by as x}}{{/each}}
+not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
+text behind a key|pages/index.html:3: a text in quotes stands alone|{ title = T; }|{{page.title "x"}}
+open quote|pages/index.html:3: a quote is not closed.|{ title = T; }|{{page.x or "}}
+image elsewhere|pages/index.html: '../x.png' is no path inside of a site.|{ title = T; }|{{image "../x.png"}}
+image that is missing|site/gone.png' does not exist.|{ title = T; }|{{image "gone.png"}}
+place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
+no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
+large image|assets/large.gif' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/large.gif"}}
 half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
 not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
