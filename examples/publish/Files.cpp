@@ -41,6 +41,39 @@ std::string realPath(NSString *directory) {
     return real.ends_with('/') ? real : real + '/';
 }
 
+// Whether the file is none that would keep us waiting, as a pipe does.
+bool mayBeRead(NSString *file) {
+    OSFileInfo info;
+    OSFilePath::fileInfo(&info, file);
+    return !hasFailed() && (!info.exists || S_ISREG(info.mode) || fail(__LINE__, kErrorNotAFile, file));
+}
+
+// Bytes as a C literal has them, so that any can be shown.
+std::string shown(std::string_view bytes) {
+    std::string literal;
+    for (const char byte : bytes) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (code >= ' ' && code < 0x7f) {
+            literal += byte;
+            continue;
+        }
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        literal += byte == '\n' ? std::string("\\n")
+                                : std::string{'\\', 'x', kDigits[code >> 4], kDigits[code & 15]};
+    }
+    return literal;
+}
+
+// Raises the error for a text that is malformed at an offset, with the bytes around it.
+void failNotUtf8(NSString *file, std::string_view text, std::size_t malformed) {
+    constexpr std::size_t kShown = 16;
+    const std::string_view before = text.substr(0, malformed);
+    fail(__LINE__, kErrorNotUtf8, file, 1 + std::count(before.begin(), before.end(), '\n'),
+         static_cast<std::int32_t>(malformed),
+         NSString::stringWith(shown(before.substr(malformed - std::min(malformed, kShown)))),
+         NSString::stringWith(shown(text.substr(malformed, kShown))));
+}
+
 } // namespace
 
 Kind kindOf(NSString *path) {
@@ -62,22 +95,17 @@ Kind kindOf(NSString *path) {
     }
 }
 
+NSData *readBytes(NSString *file) {
+    return mayBeRead(file) ? NSData::dataWithContentsOfFile(file) : nullptr;
+}
+
 NSString *readText(NSString *file) {
-    OSFileInfo info;
-    OSFilePath::fileInfo(&info, file);
-    if (hasFailed())
-        return nullptr;
-    if (info.exists && !S_ISREG(info.mode)) {
-        fail(__LINE__, kErrorNotAFile, file); // a pipe would keep us waiting
-        return nullptr;
-    }
-    NSString *const string = NSString::stringWithContentsOfFile(file);
+    NSString *const string = mayBeRead(file) ? NSString::stringWithContentsOfFile(file) : nullptr;
     if (!string)
         return nullptr;
     const std::int32_t malformed = string->indexOfFirstCorruptUtf8Character();
     if (malformed >= 0) {
-        const std::string_view before = string->view().substr(0, static_cast<std::size_t>(malformed));
-        fail(__LINE__, kErrorNotUtf8, file, 1 + std::count(before.begin(), before.end(), '\n'), malformed);
+        failNotUtf8(file, string->view(), static_cast<std::size_t>(malformed));
         return nullptr;
     }
     return string;

@@ -14,6 +14,9 @@ enum class Kind { nothing, file, directory, link, other };
 /// Returns what stands at a path; nothing, and 100194 raised, when that can't be found out.
 Kind kindOf(NSString *path);
 
+/// Returns the file's bytes; nil, with an error raised, when it can't be read or is no plain file.
+NSData *readBytes(NSString *file);
+
 /// Returns the file's text; nil, with an error raised, when it can't be read, is no plain file or is not
 /// valid UTF-8.
 NSString *readText(NSString *file);

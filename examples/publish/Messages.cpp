@@ -17,7 +17,7 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
     case kErrorNoHead:
         return "%s:1: a page begins with a property list in braces, which a line of '---' ends."_ns;
     case kErrorNotUtf8:
-        return "%s:%d: the text is not valid UTF-8 at byte %d."_ns;
+        return "%s:%d: the text is not valid UTF-8 at byte %d: behind \"%s\" stands \"%s\"."_ns;
     case kErrorNotAList:
         return "%s:%d: '%s' is no list."_ns;
     case kErrorBusy:
@@ -42,6 +42,12 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "%s: %s is no dictionary."_ns;
     case kErrorUnfinished:
         return "The new site in '%s' is not complete yet; the next run completes it."_ns;
+    case kErrorNotASetting:
+        return "%s: the setting '%s' can't be replaced."_ns;
+    case kErrorNoSmallImage:
+        return "'%s' is no image of at most %d bytes that is known by its extension."_ns;
+    case kErrorNotSortable:
+        return "%s:%d: '%s' has elements without keys to sort by."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

@@ -28,6 +28,9 @@ constexpr int kErrorNotApart = 910016;
 constexpr int kErrorNotAFile = 910017;
 constexpr int kErrorNotADictionary = 910018;
 constexpr int kErrorUnfinished = 910019;
+constexpr int kErrorNotASetting = 910020;
+constexpr int kErrorNoSmallImage = 910021;
+constexpr int kErrorNotSortable = 910022;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

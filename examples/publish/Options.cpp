@@ -10,6 +10,7 @@ const char *const kUsage =
     "Usage: publish [OPTIONS] SITE OUT\n"
     "Renders the site in the directory SITE into the directory OUT.\n"
     "\n"
+    "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
@@ -65,8 +66,21 @@ bool readList(NSString *text, Ref<NSArray> &list) {
     return true;
 }
 
+bool readSetting(NSString *text, NSMutableArray *settings) {
+    if (!text)
+        return false;
+    const std::size_t end = text->view().find('=');
+    if (end == 0 || end == std::string_view::npos)
+        return fail(__LINE__, kErrorUsage, "--set wants KEY=VALUE");
+    settings->addObject(NSString::stringWith(text->view().substr(0, end)));
+    settings->addObject(NSString::stringWith(text->view().substr(end + 1)));
+    return true;
+}
+
 bool readOption(std::string_view option, Arguments &arguments, Options &options) {
     std::int64_t number = 0;
+    if (option == "--set")
+        return readSetting(arguments.valueOf(option), options.settings);
     if (option == "--log") {
         options.logFile = arguments.valueOf(option);
         return static_cast<bool>(options.logFile);

@@ -13,6 +13,7 @@ struct Options {
     Action action = Action::publish;
     Ref<NSString> site;
     Ref<NSString> target;
+    Ref<NSMutableArray> settings = NSMutableArray::init(); // dotted keys, each followed by its value
     Ref<NSString> logFile;
     std::uint8_t logLevel = 0;
     std::int32_t debugLevel = 0;

@@ -123,6 +123,25 @@ bool readTexts(Site &site) {
     return true;
 }
 
+bool readSettings(Site &site) {
+    NSDictionary *const settings = readDictionary(site.file);
+    if (settings)
+        site.settings = settings->mutableCopy();
+    return settings;
+}
+
+bool override(NSArray *overrides, Site &site) {
+    for (std::uint32_t i = 0; i + 1 < overrides->count(); i += 2) {
+        auto *key = static_cast<NSString *>(overrides->objectAtIndex(i));
+        const id value = overrides->objectAtIndex(i + 1);
+        site.settings->setDeepObject(value, key);
+        // Where an array has no such place, nothing is stored and nothing said.
+        if (hasFailed() || site.settings->deepObjectForKey(key) != value)
+            return fail(__LINE__, kErrorNotASetting, site.file.get(), key);
+    }
+    return true;
+}
+
 } // namespace
 
 NSString *Site::directoryFor(NSString *key) const {
@@ -134,11 +153,11 @@ bool Site::hasAssets() const {
     return settings->objectForKey("assets"_ns) || kindOf(directoryFor("assets"_ns)) != Kind::nothing;
 }
 
-bool readSite(NSString *directory, Site &site) {
+bool readSite(NSString *directory, NSArray *overrides, Site &site) {
     site.directory = directory;
     site.file = directory->stringByAppendingPathComponent("site.plist"_ns);
-    site.settings = readDictionary(site.file);
-    return site.settings && checkDirectories(site) && readTexts(site) && readPages(site);
+    return readSettings(site) && override(overrides, site) && checkDirectories(site) && readTexts(site) &&
+           readPages(site);
 }
 
 } // namespace publish

@@ -20,7 +20,7 @@ struct Page {
 struct Site {
     Ref<NSString> directory;
     Ref<NSString> file; // with the settings
-    Ref<NSDictionary> settings;
+    Ref<NSMutableDictionary> settings;
     Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
     std::vector<Page> pages;        // in the order of their paths
 
@@ -30,8 +30,10 @@ struct Site {
     bool hasAssets() const;
 };
 
-/// Reads the site in `directory`. Returns false, with an error raised, when a part of it can't be read.
-bool readSite(NSString *directory, Site &site);
+/// Reads the site in `directory`. `overrides`: dotted keys of settings, each followed by the value to use.
+/// Returns false, with an error raised, when a part of it can't be read or a setting is not there to be
+/// replaced or added to.
+bool readSite(NSString *directory, NSArray *overrides, Site &site);
 
 } // namespace publish
 

@@ -1,6 +1,7 @@
 #include "Template.h"
 
 #include "Files.h"
+#include "Links.h"
 #include "Messages.h"
 
 #include <algorithm>
@@ -81,10 +82,41 @@ private:
         return !tag.empty() || failHere("a pair of braces is empty");
     }
 
+    // Takes the word off that says what becomes of the value.
+    static Kind kindOfValue(std::string_view &tag) {
+        std::string_view operand = tag;
+        const std::string_view word = takeWord(operand);
+        if (operand.empty() || (word != "link" && word != "image"))
+            return Kind::value;
+        tag = operand;
+        return word == "link" ? Kind::link : Kind::image;
+    }
+
+    // Reads what the value comes from: 'KEY', 'KEY or "TEXT"' or '"TEXT"'.
+    bool readOperand(std::string_view tag, Part &place) {
+        place.text = tag;
+        if (tag.ends_with('"')) {
+            const std::size_t quote = tag.find('"');
+            std::string_view word = trimmed(tag.substr(0, quote));
+            tag = {};
+            if (!word.empty()) {
+                if (!word.ends_with(" or"))
+                    return failHere("a text in quotes stands alone or as 'KEY or \"TEXT\"'");
+                tag = trimmed(word.substr(0, word.size() - 3));
+            }
+            if (quote + 1 == place.text.size())
+                return failHere("a quote is not closed");
+            place.fallback = NSString::initWith(place.text.substr(quote + 1, place.text.size() - quote - 2));
+        }
+        if (!tag.empty())
+            place.keys = keyPathOf(tag);
+        return true;
+    }
+
     bool readPlace(std::vector<Part> &parts, std::string_view tag, bool isRaw) {
         if (isRaw || (tag[0] != '#' && tag[0] != '>')) {
-            parts.push_back({isRaw ? Kind::rawValue : Kind::value, line_, tag, keyPathOf(tag)});
-            return true;
+            parts.push_back({isRaw ? Kind::rawValue : kindOfValue(tag), line_, tag});
+            return readOperand(tag, parts.back());
         }
         if (tag[0] == '>') {
             parts.push_back({Kind::include, line_, trimmed(tag.substr(1))});
@@ -93,16 +125,28 @@ private:
         return readBlock(parts, tag.substr(1));
     }
 
+    // Reads what stands behind a loop's key; all of it may be missing.
+    static bool readLoop(std::string_view &tag, Part &block) {
+        std::string_view word = takeWord(tag);
+        if (word == "by") {
+            block.sortKey = NSString::initWith(takeWord(tag));
+            word = takeWord(tag);
+        }
+        if (word == "as")
+            block.name = takeWord(tag);
+        return (word.empty() || word == "as") && !block.name.empty() &&
+               (!block.sortKey || block.sortKey->containsData());
+    }
+
     bool readBlock(std::vector<Part> &parts, std::string_view tag) {
         const std::string_view opener = takeWord(tag);
         if (opener != "each" && opener != "if")
             return failHere("a block is neither 'each' nor 'if'");
         const std::string_view path = takeWord(tag);
         Part block{opener == "each" ? Kind::each : Kind::when, line_, path, keyPathOf(path), "item"};
-        if (block.kind == Kind::each && takeWord(tag) == "as")
-            block.name = takeWord(tag);
-        if (block.text.empty() || block.name.empty() || !tag.empty())
-            return failHere("a block begins as '#each KEY as NAME' or '#if KEY'");
+        const bool isComplete = block.kind == Kind::when || readLoop(tag, block);
+        if (block.text.empty() || !isComplete || !tag.empty())
+            return failHere("a block begins as '#each KEY by SORTKEY as NAME' or '#if KEY'");
         if (++depth_ > kDeepestNesting)
             return failHere("blocks stand too deep in each other");
         const bool isRead =
@@ -156,6 +200,8 @@ bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
         return true;
     case Kind::value:
     case Kind::rawValue:
+    case Kind::link:
+    case Kind::image:
         return fillValue(part, values, target);
     case Kind::each:
         return fillEach(part, values, store, target);
@@ -170,7 +216,9 @@ bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
 }
 
 id Template::valueOf(const Part &part, const Values &values) const {
-    const id value = values.valueAt(part.keys);
+    id value = part.keys.first ? values.valueAt(part.keys) : nullptr;
+    if (!value)
+        value = part.fallback;
     if (!value)
         failAt(part, kErrorMissingKey);
     return value;
@@ -178,11 +226,29 @@ id Template::valueOf(const Part &part, const Values &values) const {
 
 bool Template::fillValue(const Part &part, Values &values, QBOutputStream *target) const {
     const id value = valueOf(part, values);
-    if (!value)
+    NSString *const text = value ? textOf(part, value, values) : nullptr;
+    if (!text)
         return false;
-    NSString *const text = value->stringValue();
     target->writeObject(part.kind == Kind::rawValue ? text : text->stringWithEscapedHtml());
     return true;
+}
+
+// Returns what the part makes of its value; nil, with an error raised, when it can't.
+NSString *Template::textOf(const Part &part, id value, const Values &values) const {
+    NSString *const text = value->stringValue();
+    if (part.kind == Kind::link)
+        return linkFrom(values.url(), text);
+    if (part.kind != Kind::image)
+        return text;
+    if (!isInside(text->view())) {
+        fail(__LINE__, kErrorUnsafePath, file_.get(), text);
+        return nullptr;
+    }
+    NSString *const image = inlineImage(values.site()->stringByAppendingPathComponent(text));
+    if (!image)
+        fail(__LINE__, kErrorMalformedTemplate, file_.get(), part.line,
+             "an image can't be put into the page");
+    return image;
 }
 
 bool Template::fillEach(const Part &part, Values &values, TemplateStore &store,
@@ -191,6 +257,11 @@ bool Template::fillEach(const Part &part, Values &values, TemplateStore &store,
     auto *list = qb::castOrNil<NSArray>(value);
     if (!list)
         return value && failAt(part, kErrorNotAList);
+    if (part.sortKey) {
+        list = list->caseInsensitiveSortedArrayByKey(part.sortKey);
+        if (hasFailed())
+            return failAt(part, kErrorNotSortable);
+    }
     for (id element : *list) {
         const NSAutoreleasePool pool;
         values.enter(part.name, element);

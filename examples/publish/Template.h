@@ -2,9 +2,15 @@
 //
 //   {{key.path}}                        the value, escaped for HTML
 //   {{{key.path}}}                      the value as it is
-//   {{#each key.path as name}}…{{/each}}  once for each element of a list
+//   {{link key.path}}                   the link from the page to the address, escaped
+//   {{image key.path}}                  the image file's content as an address, escaped
+//   {{#each key.path as name}}…{{/each}}  once for each element of a list;
+//                                       with "by KEY" or "by KEY.REVERSE" before "as", in that order
 //   {{#if key.path}}…{{else}}…{{/if}}   when there is a value with something in it
 //   {{> name}}                          another template
+//
+// Behind the key of a value, link or image may stand 'or "TEXT"', for when there is none; the text alone may
+// stand for the key.
 #ifndef PUBLISH_TEMPLATE_H
 #define PUBLISH_TEMPLATE_H
 
@@ -30,7 +36,7 @@ public:
 private:
     friend class TemplateReader;
 
-    enum class Kind { text, value, rawValue, each, when, include };
+    enum class Kind { text, value, rawValue, link, image, each, when, include };
 
     struct Part {
         Kind kind;
@@ -40,12 +46,15 @@ private:
         std::string_view name{}; // of a loop's element
         std::vector<Part> parts{};
         std::vector<Part> otherwise{};
+        Ref<NSString> fallback{}; // for a value that is missing; null when there is none
+        Ref<NSString> sortKey{};  // of a loop; null when the list's order stays
     };
 
     bool fillParts(const std::vector<Part> &parts, Values &values, TemplateStore &store,
                    QBOutputStream *target) const;
     bool fillPart(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const;
     bool fillValue(const Part &part, Values &values, QBOutputStream *target) const;
+    NSString *textOf(const Part &part, id value, const Values &values) const;
     bool fillEach(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const;
     bool fillInclude(const Part &part, Values &values, TemplateStore &store, QBOutputStream *target) const;
     id valueOf(const Part &part, const Values &values) const;

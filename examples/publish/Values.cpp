@@ -5,14 +5,11 @@
 namespace publish {
 
 KeyPath keyPathOf(std::string_view text) {
-    KeyPath keys;
-    for (;;) {
-        const std::size_t dot = std::min(text.find('.'), text.size());
-        keys.push_back(NSString::initWith(text.substr(0, dot)));
-        if (dot == text.size())
-            return keys;
-        text.remove_prefix(dot + 1);
-    }
+    const std::size_t dot = text.find('.');
+    KeyPath path{NSString::initWith(text.substr(0, dot)), nullptr};
+    if (dot != std::string_view::npos)
+        path.rest = NSString::initWith(text.substr(dot + 1));
+    return path;
 }
 
 id Values::firstValue(NSString *key) const {
@@ -22,10 +19,10 @@ id Values::firstValue(NSString *key) const {
 }
 
 id Values::valueAt(const KeyPath &path) const {
-    id value = firstValue(path.front());
-    for (std::size_t i = 1; value && i < path.size(); ++i) {
-        auto *dictionary = qb::castOrNil<NSDictionary>(value);
-        value = dictionary ? dictionary->objectForKey(path[i]) : nullptr;
+    id value = firstValue(path.first);
+    if (value && path.rest) {
+        const qb::SavedErrors missingKeys(qb::SavedErrors::kDiscard); // the template says where it asked
+        value = value->deepObjectForKey(path.rest);
     }
     return IsNil(value) ? nullptr : value;
 }

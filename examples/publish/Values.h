@@ -9,20 +9,27 @@
 
 namespace publish {
 
-/// The keys of a path, "page.author.name". Templates keep them, so that their hashes are made once.
-using KeyPath = std::vector<Ref<NSString>>;
+/// A dotted key, "page.author.name". Templates keep them, so that the strings are made once.
+struct KeyPath {
+    Ref<NSString> first;
+    Ref<NSString> rest; // a dotted key for the first one's value; null when there is none
+};
 
-/// Takes a path apart.
+/// Takes a dotted key apart.
 KeyPath keyPathOf(std::string_view text);
 
 /// Where a template's keys are looked up: the page's values, and the elements of the loops around the place.
 class Values {
 public:
-    explicit Values(NSDictionary *page) : page_(page) {}
+    /// `url`: the page's own address, `site`: the directory that the names of files are relative to.
+    Values(NSDictionary *page, NSString *url, NSString *site) : page_(page), url_(url), site_(site) {}
 
-    /// Returns the value of a key path, which is not empty: the first key is the name of a loop's element,
-    /// the innermost first, or a key of the page's values; each next one is looked up in the dictionary
-    /// before it. nil when there is no value.
+    NSString *url() const { return url_; }
+    NSString *site() const { return site_; }
+
+    /// Returns the value of a dotted key: the first component is the name of a loop's element, the innermost
+    /// first, or a key of the page's values; the rest is a dotted key of the value there, as
+    /// `deepObjectForKey:` takes it. nil when there is no value, also where a value on the way has no keys.
     id valueAt(const KeyPath &path) const;
 
     /// Makes `element` known as `name` until `leave`.
@@ -38,6 +45,8 @@ private:
     id firstValue(NSString *key) const;
 
     NSDictionary *page_;
+    NSString *url_;
+    NSString *site_;
     std::vector<Element> elements_;
 };
 

@@ -68,7 +68,7 @@ bool publishSite(const Options &options, Counts &counts) {
     if (!areApart(options.site, options.target))
         return fail(__LINE__, kErrorNotApart, options.site.get(), options.target.get());
     Site site;
-    if (!readSite(options.site, site))
+    if (!readSite(options.site, options.settings, site))
         return false;
     Publication publication(options.target);
     Renderer renderer(site, publication);

@@ -100,6 +100,62 @@ expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" p
 { [ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
     [ "$(cat "$out/assets/outside")" = other ]; } || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
 
+# Settings that the command line replaces.
+new_site
+page index.html '{ title = T; }' '{{site.title}} {{site.author.name}} {{site.a=b}} {{site.people.0}};'
+echo '{ title = A; author = { name = B; }; people = (x); }' >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
+rm "$site/pages/deep/text.txt"
+publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out" 2>/dev/null &&
+    fail 'a key that is missing was read'
+sed -i 's/ {{site.a=b}}/[{{site.new}}]/' "$site/pages/index.html"
+publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out"
+[ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y;' ] || fail "settings: $(cat "$out/index.html")"
+while IFS='|' read -r setting message; do
+    before=$(snapshot)
+    publish --set "$setting" "$site" "$out" >/dev/null 2>"$work/stderr" && fail "--set $setting"
+    grep -qF -- "$message" "$work/stderr" || fail "--set $setting: '$message' is not in: $(cat "$work/stderr")"
+    [ "$before" = "$(snapshot)" ] || fail "--set $setting: the old site has changed"
+done <<'ROWS'
+none.x=1|'none.x'
+none.x=1|site.plist: the setting 'none.x' can't be replaced.
+author.none.x=1|the setting 'author.none.x' can't be replaced.
+title.x=1|the setting 'title.x' can't be replaced.
+people.x=1|the setting 'people.x' can't be replaced.
+people.2=1|the setting 'people.2' can't be replaced.
+pages=..|'..' is no path inside of a site.
+ROWS
+
+# Sorted lists, defaults, links and images.
+new_site
+printf '\x89PNG\0' >"$site/assets/d/dot.PNG"
+head -c 32768 /dev/zero >"$site/assets/most.gif"
+echo '{ people = ( { name = b; n = 1; }, { name = C; }, { n = 2; }, { name = A; }, { name = B; n = 3; } ); shows = ("a b"); }' \
+    >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
+page index.html '{ title = T; }' x
+page deep/text.txt '{ title = T; }' x
+page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"; }' \
+    '{{#each site.people by name as p}}{{p.name or "<none>"}}{{p.n or ""}} {{/each}}
+{{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
+{{#each pages by url as p}}{{link p.url}} {{/each}}
+{{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
+{{image page.dot}}'
+publish --quiet "$site" "$out"
+diff - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
+
+
+A b1 B3 C &lt;none&gt;2 
+<none>2 C B3 b1 A 
+er.html text.html ../index.html 
+../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
+data:image/png;base64,iVBORwA=
+TEXT
+page deep/er.html '{ title = T; }' '{{image "assets/most.gif"}}'
+publish --quiet "$site" "$out"
+[ "$(wc -c <"$out/deep/er.html")" -eq 43717 ] || fail "the largest image has $(wc -c <"$out/deep/er.html") bytes"
+rm -r "$out" "$site/pages/deep/er.html"
+
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
 new_site
 publish --quiet "$site" "$out"
@@ -148,6 +204,7 @@ ROWS
 
 # Whatever is wrong with a site, the old one stays and the message says where it is.
 new_site
+head -c 32769 /dev/zero >"$site/assets/large.gif"
 rm -r "$out"
 publish --quiet "$site" "$out"
 while IFS='|' read -r what message head body; do
@@ -168,9 +225,18 @@ open block|pages/index.html:4: a block is not closed.|{ title = T; }|{{#if page}
 wrong close|pages/index.html:3: a block is closed that is not open.|{ title = T; }|{{#if page}}{{/each}}
 unknown block|pages/index.html:3: a block is neither 'each' nor 'if'.|{ title = T; }|{{#for page}}
 lone else|pages/index.html:3: there is an 'else' without its 'if'.|{ title = T; }|{{else}}
+no sort key|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages by as x}}{{/each}}
+not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
+text behind a key|pages/index.html:3: a text in quotes stands alone|{ title = T; }|{{page.title "x"}}
+open quote|pages/index.html:3: a quote is not closed.|{ title = T; }|{{page.x or "}}
+image elsewhere|pages/index.html: '../x.png' is no path inside of a site.|{ title = T; }|{{image "../x.png"}}
+image that is missing|site/gone.png' does not exist.|{ title = T; }|{{image "gone.png"}}
+place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
+no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
+large image|assets/large.gif' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/large.gif"}}
 half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
-not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21.|{ title = T; }|x\n\xff
+not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
 ROWS
 page index.html '{ title = T; }' x
 page_of() { printf '{ title = T; }\\n---\\n%s' "$1"; }
@@ -201,7 +267,7 @@ assets/$longest.long|x|$longest.long
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
 templates/who.html|{{> page}}|templates/page.html:1: the template 'who' includes itself.
 templates/who.html|a\n\n{{#if x}}|templates/who.html:3: a block is not closed.
-templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2.
+templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2: behind "a\n" stands "\xff".
 site.plist|{ broken\n|The property list is malformed in line 2, column 1
 site.plist|{ broken\n|In '$site/site.plist':
 site.plist|( a )|site.plist: the text is no dictionary.
@@ -357,6 +423,9 @@ a b c|There is an argument too many
 --no-such-option "$site" "$out"|There is no option --no-such-option
 -x "$site" "$out"|There is no option -x
 --log-level=1 "$site" "$out"|There is no option --log-level=1
+--set|--set wants a value
+--set a "$site" "$out"|--set wants KEY=VALUE
+--set =a "$site" "$out"|--set wants KEY=VALUE
 --log-level|--log-level wants a value
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log-level -1 "$site" "$out"|'-1' is no number that fits
