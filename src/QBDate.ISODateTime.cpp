@@ -1,4 +1,5 @@
 #include <QBFoundation/Foundation/NSCalendarDate.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/Runtime/MethodTable.h>

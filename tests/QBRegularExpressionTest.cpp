@@ -1,3 +1,4 @@
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/QBRegularExpression.h>
 
 #include <QBFoundation/ErrorNumbers.h>
