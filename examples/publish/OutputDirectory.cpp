@@ -84,13 +84,13 @@ NSString *OutputDirectory::linkAbove(NSString *path) const {
     return nullptr;
 }
 
-bool OutputDirectory::stageManifest(NSArray *files) {
-    return writeManifest(files, staged(NSString::stringWith(kManifest)));
+bool OutputDirectory::stageManifest(const Manifest &manifest) {
+    return writeManifest(manifest, staged(NSString::stringWith(kManifest)));
 }
 
-NSArray *OutputDirectory::listedFiles() const {
-    NSString *const manifest = place(NSString::stringWith(kManifest));
-    return kindOf(manifest) == Kind::nothing ? NSArray::array() : readManifest(manifest);
+bool OutputDirectory::readListed(Manifest &manifest) const {
+    NSString *const file = place(NSString::stringWith(kManifest));
+    return kindOf(file) == Kind::nothing ? !hasFailed() : readManifest(file, manifest);
 }
 
 // --- The exchange ---

@@ -17,6 +17,12 @@ struct Plan {
     Ref<NSArray> moved = NSArray::init();   // then these, in this order
 };
 
+/// What a run wrote.
+struct Manifest {
+    Ref<NSArray> files = NSArray::init();             // the paths
+    Ref<NSDictionary> digests = NSDictionary::init(); // the MD5 of each file that is no link, under its path
+};
+
 /// One run's hold on the directory. The operations that answer bool return false, with an error raised, when
 /// they fail.
 class OutputDirectory {
@@ -39,10 +45,10 @@ public:
     /// What is behind it is not ours.
     NSString *linkAbove(NSString *path) const;
 
-    /// Writes the manifest, which names the site's files, where `staged` says.
-    bool stageManifest(NSArray *files);
-    /// The files of the manifest that is in place; nil, with an error raised, when it is not whole.
-    NSArray *listedFiles() const;
+    /// Writes the manifest where `staged` says.
+    bool stageManifest(const Manifest &manifest);
+    /// Reads the manifest that is in place, if any.
+    bool readListed(Manifest &manifest) const;
 
     /// Decides that the plan is carried out, by this run or the next one, and does it.
     bool exchange(const Plan &plan);

@@ -3,6 +3,8 @@
 #include "Files.h"
 #include "Messages.h"
 
+#include <array>
+
 namespace publish {
 
 namespace {
@@ -62,13 +64,43 @@ bool readPlan(NSString *file, Plan &plan) {
     return true;
 }
 
-bool writeManifest(NSArray *files, NSString *file) {
-    return writeFile(file, propertyListOf(NSDictionary::dictionaryWith({{"files"_ns, files}})));
+bool writeManifest(const Manifest &manifest, NSString *file) {
+    return writeFile(file, propertyListOf(NSDictionary::dictionaryWith(
+                               {{"files"_ns, manifest.files.get()}, {"md5"_ns, manifest.digests.get()}})));
 }
 
-NSArray *readManifest(NSString *file) {
-    NSDictionary *const manifest = readDictionary(file);
-    return manifest ? pathsIn(manifest, "files"_ns, file) : nullptr;
+bool readManifest(NSString *file, Manifest &manifest) {
+    NSDictionary *const read = readDictionary(file);
+    NSArray *const files = read ? pathsIn(read, "files"_ns, file) : nullptr;
+    if (!files)
+        return false;
+    const id value = read->objectForKey("md5"_ns);
+    auto *digests = value ? qb::castOrNil<NSDictionary>(value) : NSDictionary::dictionary();
+    if (!digests)
+        return fail(__LINE__, kErrorNotADictionary, file, "'md5'");
+    manifest = {files, digests};
+    return true;
+}
+
+NSString *digestOf(NSData *text) {
+    QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
+    digest->writeBuffer(text->bytes(), text->length());
+    return digest->md5Hash();
+}
+
+NSString *digestOfFile(NSString *file) {
+    QBFileInputStream *const content = QBFileInputStream::streamWithFile(file);
+    if (!content)
+        return nullptr;
+    QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
+    std::array<char, 64 * 1024> buffer;
+    for (std::int32_t length = 1; length > 0;) {
+        length = content->readBuffer(buffer.data(), buffer.size());
+        if (length > 0)
+            digest->writeBuffer(buffer.data(), static_cast<std::uint32_t>(length));
+    }
+    content->close();
+    return hasFailed() ? nullptr : digest->md5Hash();
 }
 
 } // namespace publish

@@ -16,10 +16,17 @@ bool writePlan(const Plan &plan, NSString *file);
 bool readPlan(NSString *file, Plan &plan);
 
 /// Writes the list of a site's files. Returns false with an error raised.
-bool writeManifest(NSArray *files, NSString *file);
+bool writeManifest(const Manifest &manifest, NSString *file);
 
-/// Returns the list of a site's files, autoreleased; nil, with an error raised, as for `readPlan`.
-NSArray *readManifest(NSString *file);
+/// Reads the list of a site's files; one without digests has none. Returns false, with an error raised, as
+/// for `readPlan`.
+bool readManifest(NSString *file, Manifest &manifest);
+
+/// Returns the MD5 of a text as 32 hexadecimal digits.
+NSString *digestOf(NSData *text);
+/// As above, of a file's content, which may be larger than memory; nil, with an error raised, when it can't
+/// be read.
+NSString *digestOfFile(NSString *file);
 
 } // namespace publish
 

@@ -43,19 +43,29 @@ bool Publication::claim(NSString *path) {
     return true;
 }
 
-bool Publication::isInPlace(NSString *path, NSData *text) const {
+// Keeps the digest of a file and tells whether the run before listed another one. If so, what that run wrote
+// need not be read; if not, it is still compared, for somebody may have changed it since.
+bool Publication::hasNewDigest(NSString *path, NSString *digest) {
+    digests_->setObjectForKey(digest, path);
+    const id listed = listed_.digests->objectForKey(path);
+    return listed && !listed->isEqual(digest);
+}
+
+bool Publication::isInPlace(NSString *path, NSData *text) {
     NSString *const place = out_.place(path);
-    if (kindOf(place) != Kind::file || out_.linkAbove(path))
+    if (hasNewDigest(path, digestOf(text)) || kindOf(place) != Kind::file || out_.linkAbove(path))
         return false;
     NSData *const old = NSFileManager::defaultManager()->contentsAtPath(place);
     return old && old->isEqualToData(text);
 }
 
 // The same for a file that is staged.
-bool Publication::isInPlace(NSString *path) const {
+bool Publication::isInPlace(NSString *path) {
     NSString *const place = out_.place(path), *const staged = out_.staged(path);
     const Kind kind = kindOf(staged);
-    if (kindOf(place) != kind || out_.linkAbove(path))
+    NSString *const digest = kind == Kind::file ? digestOfFile(staged) : nullptr;
+    const bool isNew = digest && hasNewDigest(path, digest);
+    if (isNew || hasFailed() || kindOf(place) != kind || out_.linkAbove(path))
         return false;
     NSFileManager *const files = NSFileManager::defaultManager();
     if (kind == Kind::file)
@@ -94,6 +104,8 @@ bool Publication::addAssets(NSString *directory) {
         if (!claim(path))
             return false;
         count(path, isInPlace(path));
+        if (hasFailed())
+            return false;
     }
     return true;
 }
@@ -102,11 +114,8 @@ bool Publication::addAssets(NSString *directory) {
 
 // What an earlier run wrote and this one does not.
 NSArray *Publication::vanished() const {
-    NSArray *const listed = out_.listedFiles();
-    if (!listed)
-        return nullptr;
     NSMutableArray *const old = NSMutableArray::array();
-    for (id element : *listed) {
+    for (id element : *listed_.files) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         if (!isTaken(path) && kindOf(out_.place(path)) != Kind::nothing && !out_.linkAbove(path))
@@ -119,7 +128,7 @@ NSArray *Publication::vanished() const {
 bool Publication::addManifest() {
     NSString *const name = NSString::stringWith(kManifest);
     NSArray *const files = paths_->allObjects()->sortedArrayUsingSelector("compare:"_sel);
-    if (!out_.stageManifest(files))
+    if (!out_.stageManifest({files, digests_}))
         return false;
     if (!isInPlace(name))
         changed_->addObject(name);

@@ -18,8 +18,8 @@ class Publication {
 public:
     explicit Publication(NSString *directory) : out_(directory) {}
 
-    /// Takes hold of the directory; see `OutputDirectory::begin`.
-    bool begin() { return out_.begin(); }
+    /// Takes hold of the directory, see `OutputDirectory::begin`, and looks what the run before wrote.
+    bool begin() { return out_.begin() && out_.readListed(listed_); }
     /// Takes a page's text for `path`, relative to the site's root.
     bool addPage(NSString *path, NSData *text);
     /// Takes all files of a directory, links included.
@@ -34,8 +34,9 @@ public:
 private:
     bool claim(NSString *path);
     bool isTaken(NSString *path) const;
-    bool isInPlace(NSString *path, NSData *text) const;
-    bool isInPlace(NSString *path) const;
+    bool isInPlace(NSString *path, NSData *text);
+    bool isInPlace(NSString *path);
+    bool hasNewDigest(NSString *path, NSString *digest);
     void count(NSString *path, bool isUnchanged);
     bool addManifest();
     NSArray *vanished() const;
@@ -45,6 +46,8 @@ private:
     bool isFree(NSString *path, NSSet *leaving) const;
 
     OutputDirectory out_;
+    Manifest listed_; // of the run before
+    Ref<NSMutableDictionary> digests_ = NSMutableDictionary::init();
     Ref<NSMutableSet> paths_ = NSMutableSet::init();       // of this run's files
     Ref<NSMutableSet> directories_ = NSMutableSet::init(); // that they stand in
     Ref<NSMutableArray> changed_ = NSMutableArray::init(); // those of the files that are staged

@@ -77,6 +77,17 @@ expect 'first run' "$out: 7 written, 0 unchanged, 0 removed [0]" publish "$site"
 before=$(snapshot)
 expect 'second run' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$before" = "$(snapshot)" ] || fail 'a run without changes changed something'
+[ "$(sed -n 's/^ *"*\([^"]*\)"* = \([0-9a-f]\{32\}\)[;,]*$/\2  \1/p; s/^ *"*\([^"]*\)"* = "\([0-9a-f]\{32\}\)"[;,]*$/\2  \1/p' \
+    "$out/manifest.plist" | sort)" = "$(cd "$out" && find * -type f ! -name manifest.plist -print0 | xargs -0 md5sum | sort)" ] ||
+    fail "MD5: $(cat "$out/manifest.plist")"
+page_md5=$(md5sum <"$out/index.html")
+sed -i "s/${page_md5%% *}/00000000000000000000000000000000/" "$out/manifest.plist"
+expect 'another MD5' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+sed -i '1s/h1/h2/' "$out/index.html"
+expect 'a page that somebody changed' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+sed -i '/md5 = {/,/}/d' "$out/manifest.plist"
+expect 'a manifest without MD5' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
+grep -q "${page_md5%% *}" "$out/manifest.plist" || fail 'the MD5 are not added to an old manifest'
 page deep/text.txt '{ title = Text; }' three
 expect 'run with one change' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
 rm "$site/pages/deep/text.txt" "$site"/assets/{data.bin,link,way,own.html}
@@ -199,6 +210,7 @@ done <<ROWS
 .publish/journal.plist|{ moved = |In '$out/.publish/journal.plist':
 .publish/journal.plist|( moved )|.publish/journal.plist: the text is no dictionary.
 manifest.plist|{ files = ( "../precious/more" ); }|manifest.plist: '../precious/more' is no path inside of a site.
+manifest.plist|{ files = (); md5 = x; }|manifest.plist: 'md5' is no dictionary.
 manifest.plist|{ files = ( (a) ); }|is no path inside of a site.
 ROWS
 
