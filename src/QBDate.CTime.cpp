@@ -47,7 +47,7 @@ std::string textByStrftime(const char *format, const Moment &moment) {
     parts.tm_sec = static_cast<int>(moment.fields.second);
     parts.tm_wday = qb::calendar::weekdayFromDays(days);
     parts.tm_yday = qb::calendar::dayOfYearFromDays(days) - 1;
-    parts.tm_isdst = -1;
+    parts.tm_isdst = 0; // known: below 0, "%z" writes nothing
     parts.tm_gmtoff = moment.offset;
     parts.tm_zone = abbreviation.c_str();
     char text[kMostBytes];
