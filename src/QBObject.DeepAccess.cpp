@@ -102,7 +102,9 @@ struct Walk {
             const qb::HashTable::Entry *const entry = table.findText(key.component());
             value = entry ? entry->value : nullptr;
         } else if (qb::isPlainArray(object)) {
-            value = elementAt(static_cast<NSArray *>(object), key.component());
+            const auto elements = static_cast<NSArray *>(object)->view();
+            const std::uint32_t index = indexOf(key.component());
+            value = index < elements.size() ? elements[index] : nullptr;
         } else {
             return {object, key.rest(), /*isOver=*/false};
         }

@@ -122,49 +122,38 @@ HashTable::Entry *HashTable::find(const NSObject *key) const {
 
 namespace {
 
-bool isText(const NSObject *key, std::string_view text) {
-    if (!isPlainString(key))
-        return false;
-    const std::string_view own = static_cast<const NSString *>(key)->view();
-    return own.size() == text.size() && text::areEqual(own.data(), text.data(), text.size());
-}
-
-// Looks at all keys with that hash. A string to compare with is made for keys of other classes only.
-[[gnu::noinline]] HashTable::Entry *findTextWithHash(const HashTable &table, std::string_view text,
-                                                     std::uint32_t hash) {
+// Looks at all keys with the text's hash. A string to compare with is made for keys of other classes only.
+[[gnu::noinline]] HashTable::Entry *findTextSlowly(const HashTable &table, std::string_view text) {
+    const std::uint32_t hash = text::hashBytes(text.data(), text.size());
     std::uint32_t place = 0;
     while (HashTable::Entry *const entry = table.nextWithHash(hash, place)) {
-        if (isText(entry->key, text))
-            return entry;
         if (!isPlainString(entry->key))
             return table.find(NSString::initWith(text).get());
+        if (static_cast<const NSString *>(entry->key)->view() == text)
+            return entry;
     }
     return nullptr;
 }
 
 } // namespace
 
+// The few hashes of a small table are looked through one by one. Which one it will be is predicted, so that
+// the processor goes on to what is found without waiting, as it must for what it computes.
 HashTable::Entry *HashTable::findText(std::string_view text) const {
-    const std::uint32_t hash = text::hashBytes(text.data(), text.size());
-    // The few hashes of a small table are looked through one by one. Which one it will be is predicted, so
-    // that the processor goes on to what is found without waiting, as it must for what it computes.
     constexpr std::uint32_t kFew = 16;
-    if (used_ <= kFew) {
-        std::uint32_t i = 0;
-        while (i < used_ && (hashes_[i] != hash || !entries_[i].key))
-            ++i;
-        if (i == used_)
-            return nullptr;
-        return isText(entries_[i].key, text) ? &entries_[i] : findTextWithHash(*this, text, hash);
-    }
-    const Group &group = groups_[hash & mask_];
-    const std::uint32_t places = group.placesWith(tagOf(hash));
-    if (places == 0 && group.passedBy == 0)
+    if (used_ > kFew || text.size() > sizeof(std::uint64_t))
+        return findTextSlowly(*this, text);
+    const std::uint64_t word = text::loadShort(text.data(), text.size());
+    std::uint32_t *const end = hashes_ + used_;
+    const std::uint32_t *const hash = std::find(hashes_, end, text::hashWord(word, text.size()));
+    if (hash == end)
         return nullptr;
-    if (places != 0)
-        if (Entry *const entry = &entries_[indexAt(hash, std::countr_zero(places))]; isText(entry->key, text))
-            return entry;
-    return findTextWithHash(*this, text, hash);
+    Entry *const entry = &entries_[hash - hashes_];
+    if (!entry->key || !isPlainString(entry->key))
+        return findTextSlowly(*this, text);
+    const std::string_view key = static_cast<const NSString *>(entry->key)->view();
+    const bool isText = key.size() == text.size() && text::loadShort(key.data(), key.size()) == word;
+    return isText ? entry : findTextSlowly(*this, text);
 }
 
 HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {
