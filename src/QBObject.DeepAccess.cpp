@@ -14,6 +14,7 @@
 
 #include "Foundation/NSObject.Tables.h"
 #include "Foundation/PlainClasses.h"
+#include "Text/Scan.h"
 
 #include <algorithm>
 #include <string_view>
@@ -23,31 +24,29 @@ namespace {
 // The components of a dotted key, one after the other.
 class DottedKey {
 public:
-    explicit DottedKey(std::string_view text) : text_(text), dot_(text.find('.')) {}
+    explicit DottedKey(std::string_view text)
+        : component_(text.data()), dot_(component_), end_(component_ + text.size()) {
+        findDot();
+    }
 
-    std::string_view component() const { return text_.substr(0, dot_); }
-    bool isLast() const { return dot_ == std::string_view::npos; }
+    std::string_view component() const { return viewOf(component_, dot_); }
+    // What has not been walked yet, the component included.
+    std::string_view rest() const { return viewOf(component_, end_); }
+    bool isLast() const { return dot_ == end_; }
     void goOn() {
-        text_.remove_prefix(dot_ + 1);
-        dot_ = text_.find('.');
-    }
-
-    // Returns what has not been walked yet, the component included, as a string of its own, which the key
-    // refers to from now on: whoever is sent a message may change the text that it came from.
-    NSString *keep() {
-        kept_ = NSString::initWith(text_);
-        text_ = kept_->view();
-        return kept_;
-    }
-    void keepOnce() {
-        if (!kept_)
-            keep();
+        component_ = dot_ + 1;
+        findDot();
     }
 
 private:
-    std::string_view text_;
-    std::size_t dot_;
-    Ref<NSString> kept_;
+    static std::string_view viewOf(const char *begin, const char *end) {
+        return {begin, static_cast<std::size_t>(end - begin)};
+    }
+    void findDot() { dot_ = qb::text::findByteNearby(component_, end_, '.'); }
+
+    const char *component_;
+    const char *dot_; // where the component ends
+    const char *end_;
 };
 
 // Returns the index that the component is; UINT32_MAX, which no element has, for any other text.
@@ -69,11 +68,11 @@ public:
     Question(const Question &) = delete;
     Question &operator=(const Question &) = delete;
 
-    // Whether the object is asked for the rest of a key, instead of being walked through here. Questions
-    // inside each other take stack, and a copy of the rest each.
+    // Whether the object is asked for the rest of a key, instead of being sent a message for one component.
+    // Questions inside each other take stack, and a copy of the rest each.
     static bool isDueTo(id object) {
         constexpr unsigned kMostInsideEachOther = 64;
-        return !qb::isPlainDictionary(object) && !qb::isPlainArray(object) && open_ < kMostInsideEachOther;
+        return !qb::isPlainContainer(object) && open_ < kMostInsideEachOther;
     }
 
 private:
@@ -87,17 +86,57 @@ id elementAt(NSArray *array, std::string_view component) {
     return index < array->count() ? array->objectAtIndex(index) : nullptr;
 }
 
-id valueAt(id object, DottedKey &key) {
-    if (qb::isPlainDictionary(object)) {
-        const auto *const entry = static_cast<NSDictionary *>(object)->table().findText(key.component());
-        return entry ? entry->value : nullptr;
+// Where a walk stands: the key is one of the object; or it is over, and the object its result.
+struct Walk {
+    id object;
+    std::string_view key;
+    bool isOver;
+};
+
+// Goes on as long as there are containers of the library's own, which take no messages.
+[[gnu::always_inline]] inline Walk throughPlainContainers(id object, std::string_view dottedKey) {
+    for (DottedKey key(dottedKey);; key.goOn()) {
+        id value = nullptr;
+        if (qb::isPlainDictionary(object)) {
+            const auto &table = static_cast<NSDictionary *>(object)->table();
+            const qb::HashTable::Entry *const entry = table.findText(key.component());
+            value = entry ? entry->value : nullptr;
+        } else if (qb::isPlainArray(object)) {
+            const auto elements = static_cast<NSArray *>(object)->view();
+            const std::uint32_t index = indexOf(key.component());
+            value = index < elements.size() ? elements[index] : nullptr;
+        } else {
+            return {object, key.rest(), /*isOver=*/false};
+        }
+        if (!value || key.isLast())
+            return {value, {}, /*isOver=*/true};
+        object = value;
     }
-    if (qb::isPlainArray(object))
-        return elementAt(static_cast<NSArray *>(object), key.component());
-    key.keepOnce();
+}
+
+id valueAt(id object, std::string_view component) {
     if (auto *const array = qb::castOrNil<NSArray>(object))
-        return elementAt(array, key.component());
-    return object->objectForKey(NSString::stringWith(key.component()));
+        return elementAt(array, component);
+    return object->objectForKey(NSString::stringWith(component));
+}
+
+// Goes on at an object that takes messages. `isReceiver`: it is the one that was asked for the whole key.
+id objectByMessages(Walk walk, bool isReceiver) {
+    const Ref<NSString> kept = NSString::initWith(walk.key); // whoever gets one may change the text
+    walk.key = kept->view();
+    for (; !walk.isOver; isReceiver = false) {
+        if (!isReceiver && Question::isDueTo(walk.object)) {
+            const Question question;
+            return walk.object->deepObjectForKey(NSString::stringWith(walk.key));
+        }
+        DottedKey key(walk.key);
+        const id value = valueAt(walk.object, key.component());
+        if (!value || key.isLast())
+            return value;
+        key.goOn();
+        walk = throughPlainContainers(value, key.rest());
+    }
+    return walk.object;
 }
 
 // --- Setting and removing ---
@@ -159,9 +198,9 @@ id mutableValueAt(id object, NSString *key) {
     return changed;
 }
 
-void changeAt(id receiver, std::string_view text, const Change &change) {
-    DottedKey key(text);
-    key.keepOnce();
+void changeAt(id receiver, NSString *dottedKey, const Change &change) {
+    const Ref<NSString> kept = dottedKey->copy(); // whoever gets a message may change it
+    DottedKey key(kept->view());
     for (Ref<NSObject> object = receiver; object;) {
         auto *const array = qb::castOrNil<NSMutableArray>(object.get());
         if (key.isLast())
@@ -170,10 +209,10 @@ void changeAt(id receiver, std::string_view text, const Change &change) {
         object = array ? mutableElementAt(array, key.component())
                        : mutableValueAt(object, NSString::stringWith(key.component()));
         if (!array && change.kind == Change::kSet && IsNil(object))
-            return raiseWrongKey(key.keep());
+            return raiseWrongKey(NSString::stringWith(key.rest()));
         key.goOn();
         if (object && Question::isDueTo(object))
-            return change.askOf(object, key.keep());
+            return change.askOf(object, NSString::stringWith(key.rest()));
     }
 }
 
@@ -195,27 +234,18 @@ std::span<const qb::Method> qb::tables::objectDeepAccess() {
 id NSObject::deepObjectForKey(NSString *key) const {
     if (!key)
         return nullptr;
-    DottedKey rest(key->view());
-    id object = valueAt(self(), rest);
-    while (object && !rest.isLast()) {
-        rest.goOn();
-        if (Question::isDueTo(object)) {
-            const Question question;
-            return object->deepObjectForKey(rest.keep());
-        }
-        object = valueAt(object, rest);
-    }
-    return object;
+    const Walk walk = throughPlainContainers(self(), key->view());
+    return walk.isOver ? walk.object : objectByMessages(walk, !qb::isPlainContainer(self()));
 }
 
 void NSObject::setDeepObject(id object, NSString *forKey) {
     if (forKey)
-        changeAt(this, forKey->view(), {Change::kSet, object});
+        changeAt(this, forKey, {Change::kSet, object});
     else if (!isKindOfClass(NSMutableArray::cls()))
         raiseWrongKey("(null)"_ns);
 }
 
 void NSObject::removeDeepObjectForKey(NSString *key) {
     if (key)
-        changeAt(this, key->view(), {Change::kRemove, nullptr});
+        changeAt(this, key, {Change::kRemove, nullptr});
 }

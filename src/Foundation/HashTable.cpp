@@ -120,17 +120,40 @@ HashTable::Entry *HashTable::find(const NSObject *key) const {
     return findUnhashed(key);
 }
 
-// A string of the library's own that is equal is found without one to compare it with.
-HashTable::Entry *HashTable::findText(std::string_view text) const {
+namespace {
+
+// Looks at all keys with the text's hash. A string to compare with is made for keys of other classes only.
+[[gnu::noinline]] HashTable::Entry *findTextSlowly(const HashTable &table, std::string_view text) {
     const std::uint32_t hash = text::hashBytes(text.data(), text.size());
     std::uint32_t place = 0;
-    while (Entry *const entry = nextWithHash(hash, place)) {
+    while (HashTable::Entry *const entry = table.nextWithHash(hash, place)) {
         if (!isPlainString(entry->key))
-            return find(NSString::initWith(text).get());
+            return table.find(NSString::initWith(text).get());
         if (static_cast<const NSString *>(entry->key)->view() == text)
             return entry;
     }
     return nullptr;
+}
+
+} // namespace
+
+// The few hashes of a small table are looked through one by one. Which one it will be is predicted, so that
+// the processor goes on to what is found without waiting, as it must for what it computes.
+HashTable::Entry *HashTable::findText(std::string_view text) const {
+    constexpr std::uint32_t kFew = 16;
+    if (used_ > kFew || text.size() > sizeof(std::uint64_t))
+        return findTextSlowly(*this, text);
+    const std::uint64_t word = text::loadShort(text.data(), text.size());
+    std::uint32_t *const end = hashes_ + used_;
+    const std::uint32_t *const hash = std::find(hashes_, end, text::hashWord(word, text.size()));
+    if (hash == end)
+        return nullptr;
+    Entry *const entry = &entries_[hash - hashes_];
+    if (!entry->key || !isPlainString(entry->key))
+        return findTextSlowly(*this, text);
+    const std::string_view key = static_cast<const NSString *>(entry->key)->view();
+    const bool isText = key.size() == text.size() && text::loadShort(key.data(), key.size()) == word;
+    return isText ? entry : findTextSlowly(*this, text);
 }
 
 HashTable::Entry *HashTable::nextWithHash(std::uint32_t hash, std::uint32_t &place) const {

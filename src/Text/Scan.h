@@ -2,6 +2,8 @@
 #ifndef QB_TEXT_SCAN_H
 #define QB_TEXT_SCAN_H
 
+#include "Text/Bytes.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -104,6 +106,21 @@ inline const char *findByte(const char *position, const char *end, char byte) {
         return end;
     const void *found = std::memchr(position, byte, static_cast<std::size_t>(end - position));
     return found ? static_cast<const char *>(found) : end;
+}
+
+/// As above, for a byte that is not NUL and is expected within a few words.
+inline const char *findByteNearby(const char *position, const char *end, char byte) {
+    constexpr std::uint64_t kEach = 0x0101010101010101U;
+    for (; position < end; position += 8) {
+        const std::uint64_t other = loadShort(position, static_cast<std::size_t>(end - position)) ^
+                                    kEach * static_cast<unsigned char>(byte);
+        // The lowest of these bits is that of the first byte that is the wanted one.
+        if (const std::uint64_t equal = (other - kEach) & ~other & 0x80 * kEach)
+            return position + std::countr_zero(equal) / 8;
+        if (end - position <= 8)
+            break;
+    }
+    return end;
 }
 
 /// Returns how often `byte` stands in the text, which is one less than the pieces that it splits the text

@@ -67,11 +67,15 @@ void compareWithModel(MakeKey makeKey, int keys, int steps) {
         }
         ASSERT_EQ(table.count(), model.entries.size());
         const int asked = static_cast<int>(generator() % static_cast<unsigned>(keys));
-        const auto *found = table.find(makeKey(asked).get());
+        const Ref<NSObject> askedKey = makeKey(asked);
+        const auto *found = table.find(askedKey);
         const auto place = model.find(asked);
         ASSERT_EQ(found != nullptr, place != model.entries.end());
         if (found) {
             ASSERT_EQ(numbers[found->value], place->second);
+        }
+        if (auto *const text = qb::castOrNil<NSString>(askedKey.get())) {
+            ASSERT_EQ(table.findText(text->view()), found);
         }
         if (step % 100 == 0) {
             auto expected = model.entries.begin();
@@ -93,6 +97,7 @@ Ref<NSObject> stringKey(int number) {
 } // namespace
 
 TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
+    compareWithModel(&stringKey, 12, 1000);
     compareWithModel(&stringKey, 40, 5000);
     compareWithModel(&stringKey, 900, 5000);
     compareWithModel([](int number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);
@@ -108,6 +113,15 @@ TEST_F(HashTableTest, FindsAllKeysOfOneHash) {
     while (auto *entry = table.nextWithHash(1, place))
         found += entry->key->hash() == 1;
     EXPECT_EQ(found, 2);
+}
+
+TEST_F(HashTableTest, FindsTextsThatAreKeysOfOtherClasses) {
+    class OtherString : public NSString {};
+    const auto key = Ref<OtherString>::adopt(new OtherString);
+    qb::HashTable table;
+    EXPECT_EQ(table.findText(""), nullptr);
+    const auto *const entry = &table.entryFor(key);
+    EXPECT_EQ(table.findText(""), entry);
 }
 
 TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {

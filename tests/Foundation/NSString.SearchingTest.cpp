@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Send.h>
 
 #include "Foundation/UnitModel.h"
 #include "support/PoolFixture.h"
@@ -173,6 +174,12 @@ TEST_F(NSStringSearchingTest, NilAndEmptyTexts) {
     EXPECT_EQ(text->rangeOfString(""_ns), kNowhere);
     EXPECT_EQ(text->stringByReplacingSubstring(""_ns, "x"_ns), text);
     EXPECT_EQ(textsOf(text->componentsSeparatedByString(""_ns)), std::vector<std::string>{"abc"});
+    const auto split = [](NSString *whole, std::uint32_t count) {
+        return describe(send<id>(whole, "componentsSeparatedByString:count:"_sel, "."_ns, count));
+    };
+    EXPECT_EQ(split("a.b.c"_ns, 1) + split("a"_ns, 1) + split("a."_ns, 1) + split(""_ns, 1),
+              "(a, b.c)(a)(a, )()");
+    EXPECT_EQ(split("a.b.c"_ns, 0) + split("a.b.c"_ns, 2), "(a.b.c)(a, b, c)");
 }
 
 TEST_F(NSStringSearchingTest, NoTextMakesSearchesSlow) {

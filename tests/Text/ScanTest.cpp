@@ -66,8 +66,9 @@ TEST(ScanTest, PlainAndVectorScansAgreeAtEachLengthAndAlignment) {
             const auto xs = static_cast<std::size_t>(std::count(copy.begin(), copy.end(), 'x'));
             EXPECT_EQ(text::countByte(copy.begin(), copy.end(), 'x'), xs);
             EXPECT_EQ(text::plain::countByte(copy.begin(), copy.end(), 'x'), xs);
-            EXPECT_EQ(text::findByte(copy.begin(), copy.end(), 'x'),
-                      std::find(copy.begin(), copy.end(), 'x'));
+            const char *const firstX = std::find(copy.begin(), copy.end(), 'x');
+            EXPECT_EQ(text::findByte(copy.begin(), copy.end(), 'x'), firstX);
+            EXPECT_EQ(text::findByteNearby(copy.begin(), copy.end(), 'x'), firstX);
         }
 }
 

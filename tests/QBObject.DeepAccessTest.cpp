@@ -1,0 +1,231 @@
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/QBStringAdditions.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+#include "support/SmallStack.h"
+
+#include <algorithm>
+#include <cstring>
+
+using QBObjectDeepAccessTest = PoolFixture;
+
+namespace {
+
+/// Keeps what it was asked.
+class Echo : public NSObject {
+public:
+    id deepObjectForKey(NSString *key) const override { return key; }
+    void setDeepObject(id object, NSString *forKey) override { seen = NSArray::arrayWith({object, forKey}); }
+    void removeDeepObjectForKey(NSString *key) override { seen = key; }
+
+    Ref<NSObject> seen;
+};
+
+/// Holds itself under each key but "end", where it keeps what is stored.
+class Ring : public NSObject {
+public:
+    id objectForKey(id key) const override { return key->isEqual("end"_ns) ? stored.get() : self(); }
+    void setObjectForKey(id object, id) override { stored = object; }
+    void removeObjectForKey(id) override { stored = nullptr; }
+
+    Ref<NSObject> stored;
+};
+
+/// Becomes a dictionary when it is to be changed.
+class Frozen : public NSObject {
+public:
+    id makeMutable() const override { return NSMutableDictionary::dictionary(); }
+};
+
+NSString *repeated(const std::string &piece, int count, const std::string &end) {
+    std::string text;
+    while (count-- > 0)
+        text += piece;
+    return NSString::stringWith(text + end);
+}
+
+NSMutableDictionary *tree() {
+    NSDictionary *const leaf = NSDictionary::dictionaryWith({{"k"_ns, "v"_ns}});
+    return NSMutableDictionary::dictionaryWith(
+        {{"a"_ns, leaf}, {"list"_ns, NSArray::arrayWith({"x"_ns, leaf})}, {"null"_ns, QBNil::value()}});
+}
+
+#ifndef QB_NO_FREE_LISTS
+/// Notices objects that are made in its scope, also those that are gone again: it is each free list's first
+/// place, which a new object would be written to.
+class ObjectWatch {
+public:
+    ObjectWatch() {
+        for (std::size_t i = 0; i < kLists; ++i)
+            before_[i] = std::exchange(qb::freeObjects[i], places_[i]);
+    }
+    ~ObjectWatch() { std::copy_n(before_, kLists, qb::freeObjects); }
+    bool isQuiet() const {
+        return std::all_of(&places_[0][0], &places_[0][0] + sizeof places_,
+                           [](char byte) { return byte == 0; });
+    }
+
+private:
+    static constexpr std::size_t kLists = std::size(qb::freeObjects);
+    alignas(qb::kSizeStep) char places_[kLists][qb::kLargestPooledSize] = {};
+    void *before_[kLists];
+};
+#endif
+
+} // namespace
+
+TEST_F(QBObjectDeepAccessTest, GetsByKeysIndexesAndAccessors) {
+    const struct {
+        const char *key, *value;
+    } rows[] = {{"a.k", "v"},
+                {"list.0", "x"},
+                {"list.00", "x"},
+                {"list.", "x"},
+                {"list.1.k", "v"},
+                {"list.2", "nil"},
+                {"list.-1", "nil"},
+                {"list.x", "nil"},
+                {"list.2.k", "nil"},
+                {"list.:", "nil"},
+                {"list.4294967296", "nil"},
+                {"list./", "nil"},
+                {"none", "nil"},
+                {"none.k.k", "nil"},
+                {"", "nil"},
+                {"a.", "nil"},
+                {"null.k.k", "nil"},
+                {"a.k.length", "1"},
+                {"list.18446744073709551616", "nil"}};
+    NSDictionary *const values = tree();
+    for (const auto &[key, value] : rows)
+        EXPECT_EQ(describe(values->deepObjectForKey(NSString::stringWithCString(key))), value) << key;
+    EXPECT_EQ(values->deepObjectForKey(nullptr), nullptr);
+    EXPECT_EQ(describe(send<id>(values, "deepObjectForKey:"_sel, "list.1.k"_ns)), "v");
+    EXPECT_EQ(NSArray::arrayWith({"a"_ns})->deepObjectForKey(NSString::stringWith({"0\0", 2})), nullptr);
+    EXPECT_TRUE(isInteger("0123456789") && isInteger("") && isInteger("99999999999999999999"));
+    EXPECT_FALSE(isInteger("1x") || isInteger("-1") || isInteger(" 1") || isInteger(nullptr));
+}
+
+TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {
+    const std::string a = "a = {k = v; }; ", list = "list = (x, {k = v; }); ", null = "null = nil; ";
+    const struct {
+        const char *key, *value; // value: null to remove
+        std::string result;
+    } rows[] = {{"b", "new", a + list + null + "b = new; "},
+                {"a", "new", "a = new; " + list + null},
+                {"a.k", "new", "a = {k = new; }; " + list + null},
+                {"a.", "new", "a = {k = v;  = new; }; " + list + null},
+                {"list.0", "new", a + "list = (new, x, {k = v; }); " + null},
+                {"list.2", "new", a + "list = (x, {k = v; }, new); " + null},
+                {"list.3", "new", a + list + null},
+                {"list.x", "new", a + list + null},
+                {"list.5.k", "new", a + list + null},
+                {"list.x.k", "new", a + list + null},
+                {"null", nullptr, a + list},
+                {"a.k", nullptr, "a = {}; " + list + null},
+                {"a.none", nullptr, a + list + null},
+                {"none.k.k", nullptr, a + list + null},
+                {"null.k.k", nullptr, a + list + null},
+                {"list.", nullptr, a + "list = ({k = v; }); " + null},
+                {"list.2", nullptr, a + list + null},
+                {"list.x", nullptr, a + list + null},
+                {"list.2.k", nullptr, a + list + null}};
+    for (const auto &[key, value, result] : rows) {
+        NSMutableDictionary *const values = tree();
+        NSString *const dottedKey = NSString::stringWithCString(key);
+        if (value)
+            send<void>(values, "setDeepObject:forKey:"_sel, NSString::stringWithCString(value), dottedKey);
+        else
+            send<void>(values, "removeDeepObjectForKey:"_sel, dottedKey);
+        EXPECT_EQ(describe(values), "{" + result + "}") << key;
+    }
+
+    NSMutableDictionary *const values = tree();
+    values->setObjectForKey(NSMutableArray::arrayWith({Ref<Frozen>::adopt(new Frozen).get()}), "list"_ns);
+    const id before = values->objectForKey("a"_ns), list0 = values->objectForKey("list"_ns);
+    values->removeDeepObjectForKey("a.none.k"_ns);
+    values->setDeepObject("new"_ns, "list.0.k"_ns);
+    EXPECT_TRUE(values->objectForKey("a"_ns) != before && values->objectForKey("list"_ns) == list0);
+    EXPECT_TRUE(values->objectForKey("a"_ns)->isKindOfClass(NSMutableDictionary::cls()));
+    EXPECT_EQ(describe(list0), "({k = new; })"); // the element had no mutable copies
+}
+
+TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
+    const struct {
+        const char *key, *value;
+    } rows[] = {{"none.k", "none.k"}, {"null.k", "null.k"}, {"a.none.k", "none.k"}, {".k", ".k"}};
+    for (const auto &[key, value] : rows) {
+        NSMutableDictionary *const values = tree();
+        ErrorExpectation error(30010);
+        values->setDeepObject("new"_ns, NSString::stringWithCString(key));
+        EXPECT_EQ(error.values(), value);
+        EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
+                  "[030010] could not access '" + std::string(value) + "', wrong key");
+        EXPECT_EQ(describe(values), describe(tree())) << key;
+    }
+    {
+        ErrorExpectation error(30010);
+        tree()->setDeepObject("new"_ns, nullptr);
+        EXPECT_EQ(error.values(), "(null)");
+    }
+    NSMutableArray *const list = NSMutableArray::arrayWith({tree()->objectForKey("a"_ns)});
+    list->setDeepObject("new"_ns, nullptr);
+    list->removeDeepObjectForKey(nullptr);
+    // An immutable element is used as it is, and takes no key.
+    ErrorExpectation error(900010);
+    list->removeDeepObjectForKey("0.k"_ns);
+    EXPECT_EQ(error.values(), "NSDictionary k setK:");
+    EXPECT_EQ(describe(list), "({k = v; })");
+}
+
+TEST_F(QBObjectDeepAccessTest, ObjectsWithFormsOfTheirOwnGetTheRestOfTheKey) {
+    const auto echo = Ref<Echo>::adopt(new Echo);
+    const id values =
+        NSMutableDictionary::dictionaryWith({{"e"_ns, NSMutableArray::arrayWith({echo.get()})}});
+    EXPECT_EQ(describe(values->deepObjectForKey("e.0.x.y"_ns)), "x.y");
+    EXPECT_EQ(values->deepObjectForKey("e.0"_ns), echo.get());
+    values->setDeepObject("new"_ns, "e.0.x."_ns);
+    EXPECT_EQ(describe(echo->seen.get()), "(new, x.)");
+    values->removeDeepObjectForKey("e.0.x.y"_ns);
+    EXPECT_EQ(describe(echo->seen.get()), "x.y");
+}
+
+TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
+    EXPECT_TRUE(runOnSmallStack([] {
+        constexpr int kDeep = 1'000'000;
+        const auto ring = Ref<Ring>::adopt(new Ring);
+        Ref<NSMutableArray> nested = NSMutableArray::initWith({ring.get()});
+        for (int i = 0; i < kDeep; ++i)
+            nested = NSMutableArray::initWith({nested.get()});
+        NSString *const key =
+            repeated("0.", kDeep, "0." + std::string(repeated("x.", kDeep / 100, "end")->view()));
+        nested->setDeepObject("new"_ns, key);
+        EXPECT_EQ(describe(nested->deepObjectForKey(key)), "new");
+        nested->removeDeepObjectForKey(key);
+        EXPECT_EQ(nested->deepObjectForKey(key), nullptr);
+        EXPECT_EQ(tree()->deepObjectForKey(repeated("x", kDeep, ".k")), nullptr);
+    }));
+}
+
+#ifndef QB_NO_FREE_LISTS
+TEST_F(QBObjectDeepAccessTest, GettingMakesNoObjects) {
+    NSDictionary *const values = NSDictionary::dictionaryWith({{"tree"_ns, tree()}});
+    const qb::sys::CallCounter counter;
+    const std::uint32_t waiting = pool_.objectCount();
+    id value = nullptr;
+    bool isQuiet = false;
+    {
+        NSString *const key = "tree.list.1.k"_ns;
+        const ObjectWatch watch;
+        value = values->deepObjectForKey(key);
+        isQuiet = watch.isQuiet();
+    }
+    EXPECT_EQ(describe(value), "v");
+    EXPECT_TRUE(isQuiet);
+    EXPECT_EQ(pool_.objectCount(), waiting);
+    EXPECT_EQ(counter.calls(qb::sys::Call::any), 0u);
+}
+#endif

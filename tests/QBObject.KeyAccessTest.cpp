@@ -1,0 +1,125 @@
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBBool.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+
+using QBObjectKeyAccessTest = PoolFixture;
+
+namespace {
+
+/// A client's class: what stands in its table is all that keys need.
+class Page : public NSObject {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    NSString *title() const { return title_; }
+    void setTitle(NSString *title) { title_ = title; }
+    id parent() const { return parent_; }
+    void setParent(id parent) { parent_ = parent; }
+    std::uint8_t rank() const { return rank_; }
+    void setRank(std::uint8_t rank) { rank_ = rank; }
+    std::int64_t size() const { return size_; }
+    void setSize(std::int64_t size) { size_ = size; }
+    float ratio() const { return ratio_; }
+    void setRatio(float ratio) { ratio_ = ratio; }
+    std::uint64_t most() const { return UINT64_MAX; }
+    const char *path() const { return title_ ? "/p" : nullptr; }
+    void *address() const { return nullptr; }
+    Ref<NSString> copyOfTitle() const { return NSString::initWith(title_->view()); }
+    void close() {}
+    id childNamed(NSString *) { return nullptr; }
+
+private:
+    Ref<NSString> title_;
+    id parent_ = nullptr;
+    std::uint8_t rank_ = 0;
+    std::int64_t size_ = 0;
+    float ratio_ = 0;
+};
+
+Class *Page::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"title">(&Page::title),     qb::method<"setTitle:">(&Page::setTitle),
+        qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
+        qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
+        qb::method<"size">(&Page::size),       qb::method<"setSize:">(&Page::setSize),
+        qb::method<"ratio">(&Page::ratio),     qb::method<"setRatio:">(&Page::setRatio),
+        qb::method<"path">(&Page::path),       qb::method<"most">(&Page::most),
+        qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
+        qb::method<"close">(&Page::close),     qb::method<"childNamed:">(&Page::childNamed),
+    };
+    static Class *const self = new Class("Page", NSObject::cls(), methods, qb::construct<Page>);
+    return self;
+}
+
+NSString *string(const char *text) {
+    return NSString::stringWithCString(text);
+}
+
+} // namespace
+
+TEST_F(QBObjectKeyAccessTest, KeysAreTheNamesOfTheOperationsInAClientsTable) {
+    const auto page = Ref<Page>::adopt(new Page);
+    EXPECT_EQ(page->objectForKey("path"_ns), nullptr);
+    const struct {
+        const char *key;
+        id object;
+        const char *value;
+    } rows[] = {
+        {"title", "Home"_ns, "Home"},
+        {"rank", NSNumber::numberWithInt(255), "255"},
+        {"rank", QBBool::trueBoolean(), "1"},
+        {"size", " -9223372036854775808"_ns, "-9223372036854775808"},
+        {"size", NSNumber::numberWithDouble(3), "3"},
+        {"ratio", NSNumber::numberWithDouble(0.1), "0.1"},
+        {"parent", NSDictionary::dictionaryWith({{"k"_ns, page.get()}}), nullptr},
+    };
+    for (const auto &[key, object, value] : rows) {
+        page->setObjectForKey(object, string(key));
+        if (value)
+            EXPECT_EQ(describe(page->objectForKey(string(key))), value) << key;
+        else
+            EXPECT_EQ(page->objectForKey(string(key)), object) << key;
+    }
+    EXPECT_EQ(describe(page->objectForKey("most"_ns)), "18446744073709551615");
+    EXPECT_EQ(describe(page->objectForKey("path"_ns)), "/p");
+    EXPECT_EQ(describe(page->objectForKey("copyOfTitle"_ns)), "Home");
+
+    send<void>(page.get(), "setDeepObject:forKey:"_sel, "New"_ns, "parent.k.parent.k.title"_ns);
+    EXPECT_EQ(describe(page->deepObjectForKey("parent.k.parent.k.title"_ns)), "New");
+    page->removeDeepObjectForKey("parent.k.title"_ns);
+    EXPECT_EQ(page->title(), nullptr);
+}
+
+TEST_F(QBObjectKeyAccessTest, UnknownKeysAndWrongObjectsRaise) {
+    const auto page = Ref<Page>::adopt(new Page);
+    page->setRank(7);
+    const auto expect = [&](int number, const char *values, auto access) {
+        ErrorExpectation error(number);
+        access();
+        EXPECT_EQ(error.values(), values);
+    };
+    // What is void or a pointer, takes arguments, or belongs to every object is no value.
+    for (const char *key :
+         {"keyOfNobody", "", "close", "address", "childNamed:", "retain", "autorelease", "hash"})
+        expect(900010, ("Page " + std::string(key) + " " + key).c_str(),
+               [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
+    expect(900010, "Page (null) (null)", [&] { page->objectForKey(nullptr); });
+    expect(900010, "Page most setMost:", [&] { page->setObjectForKey("1"_ns, "most"_ns); });
+    expect(900010, "Page  set:", [&] { page->removeObjectForKey(""_ns); });
+    expect(900010,
+           "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
+    expect(900011, "Page title NSNumber",
+           [&] { page->setObjectForKey(NSNumber::numberWithInt(1), "title"_ns); });
+    expect(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });
+    for (const char *object : {"256", "-1", "1.5", "x", ""})
+        expect(900011, "Page rank NSString", [&] { page->setObjectForKey(string(object), "rank"_ns); });
+    expect(900011, "Page size NSString", [&] { page->setObjectForKey("9223372036854775808"_ns, "size"_ns); });
+    expect(900011, "Page ratio NSString", [&] { page->setObjectForKey("x"_ns, "ratio"_ns); });
+    EXPECT_EQ(page->rank(), 7);
+    EXPECT_EQ(Selector::namedIfKnown("keyOfNobody"), nullptr); // keys are not kept
+}

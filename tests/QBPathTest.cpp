@@ -1,0 +1,247 @@
+#include <QBFoundation/QBPath.h>
+
+#include <QBFoundation/Foundation/NSArchiver.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/Foundation/NSUnarchiver.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/ServicesFixture.h"
+#include "support/SmallStack.h"
+
+#include <vector>
+
+using QBPathTest = ServicesFixture;
+
+namespace {
+
+/// A subclass, which derived paths keep.
+class SitePath : public QBPath {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+};
+
+Class *SitePath::cls() {
+    static Class *const self = new Class("SitePath", QBPath::cls(), {}, qb::construct<SitePath>);
+    return self;
+}
+
+/// A named object in a tree.
+class Node : public NSObject {
+public:
+    explicit Node(const char *name, Node *parent = nullptr)
+        : parent_(parent), name_(NSString::initWith(name)) {
+        if (parent)
+            parent->children_.push_back(this);
+    }
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+
+    NSString *name() const { return name_; }
+    id parentObject() const { return parent_; }
+    id childObjectWithName(NSString *name) const {
+        for (Node *child : children_)
+            if (child->name_->isEqual(name))
+                return child;
+        return nullptr;
+    }
+    void setParent(Node *parent) { parent_ = parent; }
+
+private:
+    Node *parent_;
+    Ref<NSString> name_;
+    std::vector<Node *> children_;
+};
+
+Class *Node::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"name">(&Node::name),
+        qb::method<"parentObject">(&Node::parentObject),
+        qb::method<"childObjectWithName:">(&Node::childObjectWithName),
+    };
+    static Class *const self = new Class("Node", NSObject::cls(), methods);
+    return self;
+}
+
+QBPath *path(const std::string &text) {
+    return QBPath::qbPathWithString(NSString::stringWith(text));
+}
+
+} // namespace
+
+TEST_F(QBPathTest, IsTakenApartAtItsSlashesAndItsExtension) {
+    const struct {
+        const char *text, *components, *basename, *extension;
+        bool isAbsolute, isDirectory;
+    } rows[] = {{"", "()", "", "", false, false},
+                {"/", "()", "/", "", true, true},
+                {"//", "()", "/", "", true, true},
+                {"a", "(a)", "a", "", false, false},
+                {"/a.b/c.tar.gz", "(a.b, c.tar.gz)", "/a.b/c.tar", "gz", true, false},
+                {"//a//b/", "(a, b)", "//a//b", "", true, true},
+                {"./../x.y", "(., .., x.y)", "./../x", "y", false, false}};
+    for (const auto &row : rows) {
+        QBPath *const tested = path(row.text);
+        EXPECT_EQ(describe(tested->pathArray()), row.components) << row.text;
+        EXPECT_EQ(tested->pathArray(), tested->pathArray()) << row.text;
+        EXPECT_EQ(describe(tested->basename()), row.basename) << row.text;
+        EXPECT_EQ(describe(tested->extension()), row.extension) << row.text;
+        EXPECT_EQ(tested->isAbsolutePath(), row.isAbsolute) << row.text;
+        EXPECT_EQ(tested->isDirectory(), row.isDirectory) << row.text;
+        EXPECT_EQ(tested->containsData(), *row.text != 0) << row.text;
+        EXPECT_EQ(describe(tested), row.text);
+    }
+    EXPECT_EQ(describe(path({"a/b\0/c", 6})->pathArray()), "(a, b)");
+    QBPath *const none = QBPath::qbPathWithString(nullptr);
+    EXPECT_EQ(none->stringValue(), nullptr);
+    EXPECT_TRUE(!none->containsData() && !none->isAbsolutePath() && !none->isDirectory());
+    EXPECT_EQ(describe(none->pathArray()) + describe(none->basename()) + describe(none->extension()), "()");
+}
+
+TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
+    NSArray *const names = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
+    EXPECT_EQ(describe(names->asQbPath()), "/a/1");
+    EXPECT_EQ(describe(NSNumber::numberWithDouble(1.5)->asQbPath()), "1.5");
+    EXPECT_EQ(describe(QBPath::qbPathWithArray(names, NO, YES)), "a/1/");
+    EXPECT_EQ(describe(QBPath::qbPathWithArray(NSArray::array(), NO, YES)), "");
+    EXPECT_EQ(describe(QBPath::qbPathWithArray(nullptr, YES, NO)), "/");
+    EXPECT_EQ(send<id>(QBNil::value(), "asQbPath"_sel), nullptr);
+    EXPECT_REASON(NSArray::array()->objectEnumerator()->asQbPath(),
+                  "NSEnumerator asQbPath must be an operation that the receiver has.");
+    NSString *const text = "/a"_ns;
+    QBPath *const one = text->asQbPath();
+    EXPECT_EQ(one->stringValue(), text);
+    EXPECT_EQ(one->asQbPath(), one);
+    EXPECT_EQ(one->copy().get(), one);
+    EXPECT_TRUE(one->isEqual(path("/a")) && one->hash() == path("/a")->hash());
+    EXPECT_FALSE(one->isEqual(path("/a/")) || one->isEqual(nullptr) || one->isEqual(QBNil::value()));
+}
+
+TEST_F(QBPathTest, DerivedPathsAreOfTheReceiversClass) {
+    const auto derive = [](const char *text, const char *selector, id argument) {
+        const Ref<QBPath> receiver =
+            send<Ref<QBPath>>(SitePath::cls(), "initWithString:"_sel, NSString::stringWithCString(text));
+        const SEL sel = Selector::named(selector);
+        const id result =
+            sel->colons() ? send<id>(receiver.get(), sel, argument) : send<id>(receiver.get(), sel);
+        EXPECT_TRUE(result == receiver.get() || result->isMemberOfClass(SitePath::cls())) << text;
+        return (result == receiver.get() ? "=" : "") + describe(result);
+    };
+    const char *const remove = "pathByRemovingLastPathComponent", *const replace =
+                                                                      "pathByReplacingExtension:";
+    const char *const append = "pathByAppendingPathComponent:", *const join = "pathByAppendingPath:";
+    EXPECT_EQ(derive("/a/b.html", remove, nullptr), "/a/");
+    EXPECT_EQ(derive("/a", remove, nullptr), "/");
+    EXPECT_EQ(derive("a/", remove, nullptr), "");
+    EXPECT_EQ(derive("//", remove, nullptr), "=//");
+    EXPECT_EQ(derive("/x/y.html", replace, "txt"_ns), "/x/y.txt");
+    EXPECT_EQ(derive("/x/y.html", replace, ""_ns), "/x/y");
+    EXPECT_EQ(derive("/x/y", replace, nullptr), "/x/y");
+    EXPECT_EQ(derive("a", append, "b"_ns), "a/b");
+    EXPECT_EQ(derive("a/", append, path("//b/")), "a//b/");
+    EXPECT_EQ(derive("a", append, NSNumber::numberWithInt(1)), "a/1");
+    EXPECT_EQ(derive("", append, "/b"_ns), "/b");
+    for (id nothing : {static_cast<id>(""_ns), static_cast<id>(nullptr), static_cast<id>(QBNil::value())})
+        EXPECT_EQ(derive("a", append, nothing), "=a");
+    EXPECT_EQ(derive("/a", join, "b/c/"_ns), "/a/b/c/");
+    EXPECT_EQ(derive("a/", join, NSArray::arrayWith({"b"_ns})), "a/b");
+    EXPECT_EQ(derive("", join, ""_ns), "");
+    EXPECT_EQ(derive("a", join, nullptr), "=a");
+    EXPECT_EQ(derive("/a/b", "relativePathTo:", path("/a/c")), "c");
+}
+
+TEST_F(QBPathTest, RelativePathsLeadFromAFileToAnotherPath) {
+    const struct {
+        const char *from, *to, *way;
+    } rows[] = {{"/a/b/c.html", "/a/d/e.html", "../d/e.html"},
+                {"/a/b", "/a/b/c", "b/c"},
+                {"/a/b", "/a/b", "b"},
+                {"/a/b/c", "/a/b", ".."},
+                {"/a/b/c/d", "/a", "../../.."},
+                {"/a/b/c", "/", "../../../"},
+                {"/", "/a/b/", "a/b/"},
+                {"/", "/", ""},
+                {"/x/y", "/a/b/", "../a/b/"}};
+    for (const auto &[from, to, way] : rows)
+        EXPECT_EQ(describe(path(from)->relativePathTo(NSString::stringWithCString(to))), way) << from << to;
+    EXPECT_EQ(describe(path("/a/b")->relativePathTo(NSArray::arrayWith({"a"_ns, "c"_ns}))), "c");
+    NSString *const relative = "a/b"_ns;
+    EXPECT_EQ(path("/a")->relativePathTo(relative), relative);
+    EXPECT_EQ(path("a")->relativePathTo(Node::cls()), Node::cls());
+    EXPECT_EQ(path("/a")->relativePathTo(nullptr), nullptr);
+}
+
+TEST_F(QBPathTest, LeadsThroughTreesOfNamedObjects) {
+    Node root(""), site("site", &root), page("page", &site), other("other", &root), named("site"),
+        child("site", &named);
+    const NSAutoreleasePool pool; // which lets go of the nodes before they go
+    QBPath *const way = QBPath::qbPathWithObject(&page);
+    EXPECT_EQ(describe(way), "//site/page");
+    EXPECT_EQ(way->objectRelativeTo(&other), &page);
+    EXPECT_EQ(describe(QBPath::qbPathWithObject(&child)), "/site/site");
+    EXPECT_EQ(QBPath::qbPathWithObject(&named)->objectRelativeTo(&named), &child);
+    EXPECT_EQ(describe(QBPath::qbPathWithObject(nullptr)), "/");
+    const struct {
+        const char *text;
+        Node *start, *object;
+    } rows[] = {{"../page/./.", &page, &page}, {"../../other", &page, &other}, {"", &page, &page},
+                {"/", &page, &root},           {"/other", &page, &other},      {"none/..", &site, nullptr},
+                {"../..", &site, nullptr},     {"page", nullptr, nullptr}};
+    for (const auto &[text, start, object] : rows) {
+        EXPECT_EQ(path(text)->objectRelativeTo(start), object) << text;
+        EXPECT_EQ(path(text)->closestObjectRelativeTo(start), object) << text;
+        EXPECT_EQ(send<id>(path(text), "_objRelativeTo:exact:"_sel, static_cast<id>(start), NO), object)
+            << text;
+    }
+    root.setParent(&page);
+    EXPECT_REASON(QBPath::qbPathWithObject(&other),
+                  "QBPath qbPathWithObject: must have an object whose parents do not go round in a circle.");
+    EXPECT_THROW(path("/")->objectRelativeTo(&page), InvalidArgumentException);
+    EXPECT_THROW(path("a")->objectRelativeTo("text"_ns), InvalidArgumentException);
+}
+
+TEST_F(QBPathTest, PathsOfAMillionComponentsLeadAnywhereOnASmallStack) {
+    EXPECT_TRUE(runOnSmallStack([] {
+        std::string text;
+        for (int i = 0; i < 1'000'000; ++i)
+            text += "/.";
+        Node root("");
+        const NSAutoreleasePool pool;
+        QBPath *const longest = path(text);
+        EXPECT_EQ(longest->objectRelativeTo(&root), &root);
+        EXPECT_EQ(longest->pathByRemovingLastPathComponent()->stringValue()->cStringLength(),
+                  text.size() - 1);
+        EXPECT_EQ(static_cast<QBPath *>(longest->relativePathTo(path("/a")))->pathArray()->count(),
+                  1'000'000u);
+    }));
+}
+
+TEST_F(QBPathTest, IsArchivedWithTraces) {
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    NSArray *const classes = NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls());
+    const auto copyOf = [&](QBPath *original) {
+        return NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(original),
+                                                     classes);
+    };
+    CapturedOutput output;
+    debug = 5;
+    EXPECT_TRUE(path("/a/b")->isEqual(copyOf(path("/a/b"))));
+    EXPECT_EQ(output.text(), "");
+    debug = 6;
+    const id none = copyOf(QBPath::qbPathWithString(nullptr));
+    EXPECT_TRUE(none && !none->stringValue());
+    const std::string lines = logLines(output.end());
+    std::size_t at = 0;
+    for (const char *piece :
+         {"[misc(6) OK] src/QBPath:", "(QBPath): -encodeWithCoder: -> enter\n",
+          "(QBPath): -encodeWithCoder: -> leave\n", "(QBPath): -initWithCoder: -> enter\n",
+          "(QBPath): -initWithCoder: -> leave\n"}) {
+        at = lines.find(piece, at);
+        EXPECT_NE(at, std::string::npos) << piece << lines;
+    }
+}
