@@ -10,7 +10,6 @@
 
 namespace {
 
-std::int64_t blocks = 0;
 bool isArmed = false;
 unsigned toPass = 0;
 unsigned toFail = 0; // 0: all
@@ -50,6 +49,7 @@ namespace {
 
 using FreeLists = std::remove_reference_t<decltype(qb::freeObjects)>;
 FreeLists listsAside = {};
+std::int64_t blocks = 0;
 
 void *&next(void *object) {
     return *static_cast<void **>(object);
