@@ -171,4 +171,3 @@ TEST_F(NSCalendarDateTest, CopiesHaveZoneAndFormatOfTheirOwn) {
     EXPECT_EQ(describe(later->timeZone()), "Europe/Berlin");
     NSTimeZone::setDefaultTimeZone(nullptr);
 }
-
