@@ -1,12 +1,16 @@
 #!/bin/bash
 # Publishes small sites and looks at what comes out.
-#   tests/publish/check.sh PUBLISH WORK-DIRECTORY
+#   tests/publish/check.sh PUBLISH
 # QB_TEST_LAUNCHER: what is put before the program.
 set -euo pipefail
-program=$1 work=$2
+program=$1
+# In memory: each run waits until all that is to go to the disk is there, be it others'.
+memory=/dev/shm
+[ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
+work=$(mktemp -d "$memory/publish-XXXXXX")
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
 read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
-rm -rf "$work"
-mkdir -p "$work"
 cd "$work"
 site=$work/site out=$work/out
 failures=0
