@@ -34,8 +34,8 @@ std::string setterFor(std::string_view key) {
 // Returns the object's operation of that name. Those of the root class are none: they belong to no value, and
 // some would take the object's references away.
 const qb::Method *accessorOf(const NSObject *object, std::string_view selector, std::uint32_t parameters) {
-    object
-        ->classObject(); // makes the class, and so the selectors of its operations, if this is its first use
+    // The class, and with it the selectors of its operations, may not have been made yet.
+    object->classObject();
     const SEL known = Selector::namedIfKnown(selector); // makes none, for there is no end of keys
     const qb::Method *const method = known ? object->methodForSelector(known) : nullptr;
     const bool isAccessor = method && !method->isClassMethod() && method->owner() != NSObject::cls() &&

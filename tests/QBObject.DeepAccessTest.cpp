@@ -106,7 +106,8 @@ TEST_F(QBObjectDeepAccessTest, GetsByKeysIndexesAndAccessors) {
     EXPECT_EQ(describe(send<id>(values, "deepObjectForKey:"_sel, "list.1.k"_ns)), "v");
     EXPECT_EQ(NSArray::arrayWith({"a"_ns})->deepObjectForKey(NSString::stringWith({"0\0", 2})), nullptr);
     EXPECT_TRUE(isInteger("0123456789") && isInteger("") && isInteger("99999999999999999999"));
-    EXPECT_FALSE(isInteger("1x") || isInteger("-1") || isInteger(" 1") || isInteger(nullptr));
+    EXPECT_FALSE(isInteger("1x") || isInteger("1/") || isInteger("1:") || isInteger("-1") ||
+                 isInteger(" 1") || isInteger(nullptr));
 }
 
 TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {

@@ -7,6 +7,8 @@
 #include <map>
 #include <random>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 using HashTableTest = PoolFixture;
@@ -122,6 +124,21 @@ TEST_F(HashTableTest, FindsTextsThatAreKeysOfOtherClasses) {
     EXPECT_EQ(table.findText(""), nullptr);
     const auto *const entry = &table.entryFor(key);
     EXPECT_EQ(table.findText(""), entry);
+}
+
+TEST_F(HashTableTest, TellsTextsOfOneHashApart) {
+    std::unordered_map<std::uint32_t, std::string> texts;
+    std::string text, other;
+    for (int number = 10'000'000; other.empty(); ++number) {
+        text = std::to_string(number);
+        other = std::exchange(texts[NSString::initWith(text)->hash()], text);
+    }
+    qb::HashTable table;
+    const auto *const entry = &table.entryFor(NSString::initWith(text).get());
+    EXPECT_EQ(table.findText(text), entry);
+    EXPECT_EQ(table.findText(other), nullptr);
+    const auto *const next = &table.entryFor(NSString::initWith(other).get());
+    EXPECT_EQ(table.findText(other), next);
 }
 
 TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {
