@@ -6,34 +6,72 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Foundation/NSArray.Tables.h"
+#include "Foundation/PlainClasses.h"
+#include "Foundation/StringSet.h"
 
 namespace {
 
 // Elements of arrays, each once.
 class ElementSet {
 public:
-    ElementSet() = default;
-    explicit ElementSet(NSArray *array) { addAll(array); }
+    // What runs between two elements: only what is here, or code of the elements' classes too.
+    enum class Meanwhile { nothing, others };
 
-    void reserve(std::uint32_t count) { table_.reserve(count); }
+    explicit ElementSet(std::uint64_t capacity, Meanwhile meanwhile = Meanwhile::nothing)
+        : strings_(meanwhile == Meanwhile::nothing ? capacity : 0), isTable_(meanwhile == Meanwhile::others) {
+    }
+
     // Returns whether the element was not there before.
     bool add(id element) {
+        if (isInStrings(element))
+            return strings_.add(element);
         const std::uint32_t before = table_.count();
         table_.entryFor(element);
         return table_.count() != before;
     }
-    void addAll(NSArray *array) {
-        if (!array)
-            return;
-        reserve(array->count());
-        for (id element : *array)
-            add(element);
+    bool contains(id element) {
+        return isInStrings(element) ? strings_.contains(element) : table_.find(element) != nullptr;
     }
-    bool contains(id element) const { return table_.find(element) != nullptr; }
+
+    // Calls visit(element) for each element, which looks it up; what it needs is fetched ahead.
+    template <class Visit>
+    void expectAll(const NSArray *array, Visit visit) {
+        std::uint32_t index = 0;
+        for (id element : *array) {
+            if (!isTable_)
+                strings_.expect(array->view(), index++);
+            visit(element);
+        }
+    }
+    void addAll(const NSArray *array) {
+        expectAll(array, [this](id element) { add(element); });
+    }
+    void appendNew(const NSArray *array, NSMutableArray *target) {
+        expectAll(array, [this, target](id element) {
+            if (add(element))
+                target->addObject(element);
+        });
+    }
 
 private:
+    // The first element that is no plain string, and so may run any code, moves all to the table.
+    bool isInStrings(id element) {
+        if (isTable_ || qb::isPlainString(element))
+            return !isTable_;
+        for (id string : strings_.strings())
+            table_.entryFor(string);
+        isTable_ = true;
+        return false;
+    }
+
+    qb::StringSet strings_; // while no other code has run
     qb::HashTable table_;
+    bool isTable_;
 };
+
+std::uint64_t countOf(const NSArray *array) {
+    return array ? array->count() : 0;
+}
 
 // Whether the answer to the message is neither 0 nor nil.
 bool isTrueAnswer(id receiver, SEL selector, std::span<const qb::Value> values) {
@@ -82,7 +120,9 @@ std::span<const qb::Method> qb::tables::mutableArraySets() {
 // --- Different elements ---
 
 NSMutableArray *NSArray::uniqueArray() const {
-    return uniqueArrayWithoutObj(nullptr, nullptr);
+    auto unique = NSMutableArray::initWithCapacity(count_);
+    ElementSet(count_).appendNew(this, unique);
+    return unique.autorelease();
 }
 
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object) const {
@@ -95,8 +135,7 @@ NSMutableArray *NSArray::uniqueArraySelectedWithSelector(SEL selector) const {
 
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object, SEL selectedWithSelector) const {
     auto unique = NSMutableArray::initWithCapacity(count_);
-    ElementSet seen;
-    seen.reserve(count_);
+    ElementSet seen(count_, ElementSet::Meanwhile::others);
     for (id element : *this)
         if (seen.add(element) && !(object && object->isEqual(element)) &&
             (!selectedWithSelector || isTrueAnswer(element, selectedWithSelector, {})))
@@ -113,30 +152,33 @@ void NSMutableArray::makeUnique() {
 // --- Two arrays ---
 
 NSMutableArray *NSArray::plus(NSArray *array) const {
-    NSMutableArray *const sum = uniqueArray();
-    if (!array)
-        return sum;
-    ElementSet seen(sum);
-    for (id element : *array)
-        if (seen.add(element))
-            sum->addObject(element);
+    NSMutableArray *const sum = NSMutableArray::arrayWithCapacity(count_);
+    ElementSet seen(count_ + countOf(array));
+    seen.appendNew(this, sum);
+    if (array)
+        seen.appendNew(array, sum);
     return sum;
 }
 
 NSMutableArray *NSArray::minus(NSArray *array) const {
-    NSMutableArray *const rest = uniqueArray();
-    rest->removeObjectsInArray(array);
+    NSMutableArray *const rest = NSMutableArray::array();
+    ElementSet seen(count_ + countOf(array));
+    if (array)
+        seen.addAll(array);
+    seen.appendNew(this, rest);
     return rest;
 }
 
 NSArray *NSArray::commonElementsWithArray(NSArray *array) const {
-    if (!array || count_ == 0)
+    if (!array)
         return nullptr;
-    const ElementSet own(static_cast<NSArray *>(self()));
+    ElementSet own(count_);
+    own.addAll(this);
     NSMutableArray *const common = NSMutableArray::array();
-    for (id element : *array)
+    own.expectAll(array, [&](id element) {
         if (own.contains(element))
             common->addObject(element);
+    });
     return common->containsData() ? common : nullptr;
 }
 
@@ -145,11 +187,14 @@ BOOL NSArray::hasCommonElementsWithArray(NSArray *array) const {
 }
 
 NSArray *NSArray::badElementsForGoodElements(NSArray *goodElements) const {
-    const ElementSet good(goodElements);
+    ElementSet good(countOf(goodElements));
+    if (goodElements)
+        good.addAll(goodElements);
     NSMutableArray *const bad = NSMutableArray::array();
-    for (id element : *this)
+    good.expectAll(this, [&](id element) {
         if (!good.contains(element))
             bad->addObject(element);
+    });
     return bad->containsData() ? bad : nullptr;
 }
 
