@@ -21,47 +21,41 @@ public:
         : strings_(meanwhile == Meanwhile::nothing ? capacity : 0), isTable_(meanwhile == Meanwhile::others) {
     }
 
-    // Returns whether the element was not there before.
-    bool add(id element) {
-        if (isInStrings(element))
-            return strings_.add(element);
-        const std::uint32_t before = table_.count();
-        table_.entryFor(element);
-        return table_.count() != before;
-    }
-    bool contains(id element) {
-        return isInStrings(element) ? strings_.contains(element) : table_.find(element) != nullptr;
-    }
-
-    // Calls visit(element) for each element, which looks it up; what it needs is fetched ahead.
-    template <class Visit>
-    void expectAll(const NSArray *array, Visit visit) {
-        std::uint32_t index = 0;
-        for (id element : *array) {
-            if (!isTable_)
-                strings_.expect(array->view(), index++);
-            visit(element);
+    // Looks up the elements, and adds them if `adds`; calls visit(element, wasThere) for each.
+    template <bool adds, class Visit>
+    void lookUp(const NSArray *array, Visit visit) {
+        const std::size_t strings = isTable_ ? 0 : strings_.lookUp<adds>(array->view(), visit);
+        for (NSArray::Iterator next(array, static_cast<std::uint32_t>(strings)); !next.atEnd(); ++next) {
+            becomeTable();
+            visit(*next, find<adds>(*next));
         }
     }
-    void addAll(const NSArray *array) {
-        expectAll(array, [this](id element) { add(element); });
+    void add(const NSArray *array) {
+        lookUp<true>(array, [](id, bool) {});
     }
     void appendNew(const NSArray *array, NSMutableArray *target) {
-        expectAll(array, [this, target](id element) {
-            if (add(element))
+        lookUp<true>(array, [target](id element, bool wasThere) {
+            if (!wasThere)
                 target->addObject(element);
         });
     }
 
 private:
-    // The first element that is no plain string, and so may run any code, moves all to the table.
-    bool isInStrings(id element) {
-        if (isTable_ || qb::isPlainString(element))
-            return !isTable_;
+    // What is no plain string may run any code, from which the table's elements are safe.
+    void becomeTable() {
+        if (isTable_)
+            return;
         for (id string : strings_.strings())
             table_.entryFor(string);
         isTable_ = true;
-        return false;
+    }
+    template <bool adds>
+    bool find(id element) {
+        if (!adds)
+            return table_.find(element) != nullptr;
+        const std::uint32_t before = table_.count();
+        table_.entryFor(element);
+        return table_.count() == before;
     }
 
     qb::StringSet strings_; // while no other code has run
@@ -136,10 +130,11 @@ NSMutableArray *NSArray::uniqueArraySelectedWithSelector(SEL selector) const {
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object, SEL selectedWithSelector) const {
     auto unique = NSMutableArray::initWithCapacity(count_);
     ElementSet seen(count_, ElementSet::Meanwhile::others);
-    for (id element : *this)
-        if (seen.add(element) && !(object && object->isEqual(element)) &&
+    seen.lookUp<true>(this, [&](id element, bool wasThere) {
+        if (!wasThere && !(object && object->isEqual(element)) &&
             (!selectedWithSelector || isTrueAnswer(element, selectedWithSelector, {})))
             unique->addObject(element);
+    });
     return unique.autorelease();
 }
 
@@ -164,7 +159,7 @@ NSMutableArray *NSArray::minus(NSArray *array) const {
     NSMutableArray *const rest = NSMutableArray::array();
     ElementSet seen(count_ + countOf(array));
     if (array)
-        seen.addAll(array);
+        seen.add(array);
     seen.appendNew(this, rest);
     return rest;
 }
@@ -173,10 +168,10 @@ NSArray *NSArray::commonElementsWithArray(NSArray *array) const {
     if (!array)
         return nullptr;
     ElementSet own(count_);
-    own.addAll(this);
+    own.add(this);
     NSMutableArray *const common = NSMutableArray::array();
-    own.expectAll(array, [&](id element) {
-        if (own.contains(element))
+    own.lookUp<false>(array, [common](id element, bool isThere) {
+        if (isThere)
             common->addObject(element);
     });
     return common->containsData() ? common : nullptr;
@@ -189,10 +184,10 @@ BOOL NSArray::hasCommonElementsWithArray(NSArray *array) const {
 NSArray *NSArray::badElementsForGoodElements(NSArray *goodElements) const {
     ElementSet good(countOf(goodElements));
     if (goodElements)
-        good.addAll(goodElements);
+        good.add(goodElements);
     NSMutableArray *const bad = NSMutableArray::array();
-    good.expectAll(this, [&](id element) {
-        if (!good.contains(element))
+    good.lookUp<false>(this, [bad](id element, bool isThere) {
+        if (!isThere)
             bad->addObject(element);
     });
     return bad->containsData() ? bad : nullptr;

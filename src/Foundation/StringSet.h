@@ -5,59 +5,53 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Foundation/PlainClasses.h"
+#include "Text/Bytes.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <new>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace qb {
 
-/// Different strings of the library's own classes, in the order in which they came.
+/// Different strings of the library's own classes.
 ///
 /// They are not retained: whoever adds them sees to it that they stay, and that no string changes meanwhile.
-/// A large array's strings and their places lie all over the memory, which is what the time goes for.
-/// `expect`, called for each element in front of the others, has them fetched ahead while earlier ones are
-/// looked up (group prefetching as in Chen, Ailamaki, Gibbons and Mowry, "Improving hash join performance
-/// through prefetching", 2004).
+/// A large array's strings and their places lie all over the memory, which is what the time goes for; so
+/// strings are looked up by groups, whose memory is fetched at once (group prefetching as in Chen, Ailamaki,
+/// Gibbons and Mowry, "Improving hash join performance through prefetching", 2004).
 class StringSet {
 public:
     /// `capacity`: how many strings are added at most. Throws std::bad_alloc.
-    explicit StringSet(std::uint64_t capacity) : slots_(slotCount(capacity)), mask_(slots_.size() - 1) {}
-
-    /// Adds the string unless an equal one is there; returns whether it did.
-    bool add(id string) {
-        const std::uint32_t hash = hashOf(string);
-        Slot &slot = slots_[find(string, hash)];
-        if (slot.number)
-            return false;
-        strings_.push_back(string);
-        slot = {hash, static_cast<std::uint32_t>(strings_.size())};
-        return true;
+    explicit StringSet(std::uint64_t capacity) : slots_(slotCount(capacity)), mask_(slots_.size() - 1) {
+        strings_.reserve(static_cast<std::size_t>(capacity));
     }
-    bool contains(id string) const { return slots_[find(string, hashOf(string))].number != 0; }
+
     std::span<const id> strings() const { return strings_; }
 
-    /// Fetches what will be looked at for elements some places behind `index`.
-    void expect(std::span<const id> elements, std::size_t index) const {
-        if (index + kObjectsAhead < elements.size())
-            __builtin_prefetch(elements[index + kObjectsAhead]);
-        if (const id string = stringAt(elements, index + kSlotsAhead))
-            __builtin_prefetch(&slots_[hashOf(string) & mask_]);
-        if (const id string = stringAt(elements, index + kEqualsAhead)) {
-            const Slot &slot = slots_[hashOf(string) & mask_];
-            if (slot.number && slot.hash == hashOf(string))
-                __builtin_prefetch(strings_[slot.number - 1]);
+    /// Looks up the elements that stand in front of the first one that is no string of the library's own
+    /// classes, and adds them if `adds`. Calls visit(string, wasThere) for each. Returns how many they are.
+    template <bool adds, class Visit>
+    std::size_t lookUp(std::span<const id> elements, Visit visit) {
+        std::uint32_t hashes[kGroup];
+        for (std::size_t done = 0;; done += kGroup) {
+            const auto group = elements.subspan(done, std::min(kGroup, elements.size() - done));
+            const std::size_t count = fetchSlots(group, hashes);
+            for (std::size_t i = 0; i < count; ++i)
+                fetchEqual(hashes[i]);
+            for (std::size_t i = 0; i < count; ++i)
+                visit(group[i], find<adds>(group[i], hashes[i]));
+            if (count < kGroup)
+                return done + count;
         }
     }
 
 private:
-    // Each step's memory has arrived when the next step wants it; farther ahead is no better.
-    static constexpr std::size_t kObjectsAhead = 40;
-    static constexpr std::size_t kSlotsAhead = 24;
-    static constexpr std::size_t kEqualsAhead = 12;
+    static constexpr std::size_t kGroup = 32;
 
     struct Slot {
         std::uint32_t hash;
@@ -72,22 +66,39 @@ private:
         return static_cast<std::size_t>(count);
     }
 
-    static std::uint32_t hashOf(id string) { return static_cast<NSString *>(string)->ownHash(); }
-    static std::string_view viewOf(id string) { return static_cast<NSString *>(string)->view(); }
+    static NSString *asString(id string) { return static_cast<NSString *>(string); }
 
-    static id stringAt(std::span<const id> elements, std::size_t index) {
-        return index < elements.size() && isPlainString(elements[index]) ? elements[index] : nullptr;
+    std::size_t fetchSlots(std::span<const id> group, std::uint32_t *hashes) const {
+        std::size_t count = 0;
+        for (; count < group.size() && isPlainString(group[count]); ++count) {
+            hashes[count] = asString(group[count])->ownHash();
+            __builtin_prefetch(&slots_[hashes[count] & mask_]);
+        }
+        return count;
+    }
+    void fetchEqual(std::uint32_t hash) const {
+        const Slot &slot = slots_[hash & mask_];
+        if (slot.number && slot.hash == hash)
+            __builtin_prefetch(strings_[slot.number - 1]);
     }
 
-    // Returns the place of the string, or the free one where it belongs.
-    std::size_t find(id string, std::uint32_t hash) const {
+    // Returns whether the string is there, which is added if it is not and `adds`.
+    template <bool adds>
+    bool find(id string, std::uint32_t hash) {
         std::size_t place = hash & mask_;
-        while (slots_[place].number && !(slots_[place].hash == hash && isAt(place, string)))
-            place = (place + 1) & mask_;
-        return place;
+        for (; slots_[place].number; place = (place + 1) & mask_)
+            if (slots_[place].hash == hash && areEqual(strings_[slots_[place].number - 1], string))
+                return true;
+        if (!adds)
+            return false;
+        strings_.push_back(string);
+        slots_[place] = {hash, static_cast<std::uint32_t>(strings_.size())};
+        return false;
     }
-    bool isAt(std::size_t place, id string) const {
-        return viewOf(strings_[slots_[place].number - 1]) == viewOf(string);
+    static bool areEqual(id a, id b) {
+        const std::string_view left = asString(a)->view();
+        const std::string_view right = asString(b)->view();
+        return left.size() == right.size() && text::areEqual(left.data(), right.data(), left.size());
     }
 
     std::vector<Slot> slots_; // a string is between its hash's place and the next free one
