@@ -6,34 +6,66 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Foundation/NSArray.Tables.h"
+#include "Foundation/PlainClasses.h"
+#include "Foundation/StringSet.h"
 
 namespace {
 
 // Elements of arrays, each once.
 class ElementSet {
 public:
-    ElementSet() = default;
-    explicit ElementSet(NSArray *array) { addAll(array); }
+    // What runs between two elements: only what is here, or code of the elements' classes too.
+    enum class Meanwhile { nothing, others };
 
-    void reserve(std::uint32_t count) { table_.reserve(count); }
-    // Returns whether the element was not there before.
-    bool add(id element) {
-        const std::uint32_t before = table_.count();
-        table_.entryFor(element);
-        return table_.count() != before;
+    explicit ElementSet(std::uint64_t capacity, Meanwhile meanwhile = Meanwhile::nothing)
+        : strings_(meanwhile == Meanwhile::nothing ? capacity : 0), isTable_(meanwhile == Meanwhile::others) {
     }
-    void addAll(NSArray *array) {
-        if (!array)
-            return;
-        reserve(array->count());
-        for (id element : *array)
-            add(element);
+
+    // Looks up the elements, and adds them if `adds`; calls visit(element, wasThere) for each.
+    template <bool adds, class Visit>
+    void lookUp(const NSArray *array, Visit visit) {
+        const std::size_t strings = isTable_ ? 0 : strings_.lookUp<adds>(array->view(), visit);
+        for (NSArray::Iterator next(array, static_cast<std::uint32_t>(strings)); !next.atEnd(); ++next) {
+            becomeTable();
+            visit(*next, find<adds>(*next));
+        }
     }
-    bool contains(id element) const { return table_.find(element) != nullptr; }
+    void add(const NSArray *array) {
+        lookUp<true>(array, [](id, bool) {});
+    }
+    void appendNew(const NSArray *array, NSMutableArray *target) {
+        lookUp<true>(array, [target](id element, bool wasThere) {
+            if (!wasThere)
+                target->addObject(element);
+        });
+    }
 
 private:
+    // What is no plain string may run any code, from which the table's elements are safe.
+    void becomeTable() {
+        if (isTable_)
+            return;
+        for (id string : strings_.strings())
+            table_.entryFor(string);
+        isTable_ = true;
+    }
+    template <bool adds>
+    bool find(id element) {
+        if (!adds)
+            return table_.find(element) != nullptr;
+        const std::uint32_t before = table_.count();
+        table_.entryFor(element);
+        return table_.count() == before;
+    }
+
+    qb::StringSet strings_; // while no other code has run
     qb::HashTable table_;
+    bool isTable_;
 };
+
+std::uint64_t countOf(const NSArray *array) {
+    return array ? array->count() : 0;
+}
 
 // Whether the answer to the message is neither 0 nor nil.
 bool isTrueAnswer(id receiver, SEL selector, std::span<const qb::Value> values) {
@@ -82,7 +114,9 @@ std::span<const qb::Method> qb::tables::mutableArraySets() {
 // --- Different elements ---
 
 NSMutableArray *NSArray::uniqueArray() const {
-    return uniqueArrayWithoutObj(nullptr, nullptr);
+    auto unique = NSMutableArray::initWithCapacity(count_);
+    ElementSet(count_).appendNew(this, unique);
+    return unique.autorelease();
 }
 
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object) const {
@@ -95,12 +129,12 @@ NSMutableArray *NSArray::uniqueArraySelectedWithSelector(SEL selector) const {
 
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object, SEL selectedWithSelector) const {
     auto unique = NSMutableArray::initWithCapacity(count_);
-    ElementSet seen;
-    seen.reserve(count_);
-    for (id element : *this)
-        if (seen.add(element) && !(object && object->isEqual(element)) &&
+    ElementSet seen(count_, ElementSet::Meanwhile::others);
+    seen.lookUp<true>(this, [&](id element, bool wasThere) {
+        if (!wasThere && !(object && object->isEqual(element)) &&
             (!selectedWithSelector || isTrueAnswer(element, selectedWithSelector, {})))
             unique->addObject(element);
+    });
     return unique.autorelease();
 }
 
@@ -113,30 +147,33 @@ void NSMutableArray::makeUnique() {
 // --- Two arrays ---
 
 NSMutableArray *NSArray::plus(NSArray *array) const {
-    NSMutableArray *const sum = uniqueArray();
-    if (!array)
-        return sum;
-    ElementSet seen(sum);
-    for (id element : *array)
-        if (seen.add(element))
-            sum->addObject(element);
+    NSMutableArray *const sum = NSMutableArray::arrayWithCapacity(count_);
+    ElementSet seen(count_ + countOf(array));
+    seen.appendNew(this, sum);
+    if (array)
+        seen.appendNew(array, sum);
     return sum;
 }
 
 NSMutableArray *NSArray::minus(NSArray *array) const {
-    NSMutableArray *const rest = uniqueArray();
-    rest->removeObjectsInArray(array);
+    NSMutableArray *const rest = NSMutableArray::array();
+    ElementSet seen(count_ + countOf(array));
+    if (array)
+        seen.add(array);
+    seen.appendNew(this, rest);
     return rest;
 }
 
 NSArray *NSArray::commonElementsWithArray(NSArray *array) const {
-    if (!array || count_ == 0)
+    if (!array)
         return nullptr;
-    const ElementSet own(static_cast<NSArray *>(self()));
+    ElementSet own(count_);
+    own.add(this);
     NSMutableArray *const common = NSMutableArray::array();
-    for (id element : *array)
-        if (own.contains(element))
+    own.lookUp<false>(array, [common](id element, bool isThere) {
+        if (isThere)
             common->addObject(element);
+    });
     return common->containsData() ? common : nullptr;
 }
 
@@ -145,11 +182,14 @@ BOOL NSArray::hasCommonElementsWithArray(NSArray *array) const {
 }
 
 NSArray *NSArray::badElementsForGoodElements(NSArray *goodElements) const {
-    const ElementSet good(goodElements);
+    ElementSet good(countOf(goodElements));
+    if (goodElements)
+        good.add(goodElements);
     NSMutableArray *const bad = NSMutableArray::array();
-    for (id element : *this)
-        if (!good.contains(element))
+    good.lookUp<false>(this, [bad](id element, bool isThere) {
+        if (!isThere)
             bad->addObject(element);
+    });
     return bad->containsData() ? bad : nullptr;
 }
 

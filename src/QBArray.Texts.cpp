@@ -53,10 +53,7 @@ NSString *NSArray::stringsJoinedByString(NSString *separator) const {
 }
 
 NSString *NSArray::pathString() const {
-    const auto texts = NSMutableArray::initWithCapacity(count_);
-    for (id element : *this)
-        texts->addObjectIfNotNil(element->stringValue());
-    return texts->stringsJoinedByString(OSFilePath::pathSeparatorString());
+    return filterWithSelector("stringValue"_sel)->stringsJoinedByString(OSFilePath::pathSeparatorString());
 }
 
 NSString *NSArray::absolutePathString() const {

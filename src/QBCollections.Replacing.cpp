@@ -16,7 +16,9 @@ namespace {
 
 constexpr const char *kFile = "src/QBCollections";
 
-struct Replacing {};
+struct Replacing {
+    static constexpr unsigned kDeepest = 256; // takes up to 100 KiB of stack
+};
 using Nesting = qb::Nesting<Replacing>;
 
 /// What is to be replaced by what.

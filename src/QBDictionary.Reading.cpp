@@ -12,7 +12,9 @@ namespace {
 
 constexpr const char *kFile = "src/QBDictAdditions";
 
-struct KeysAndValues {};
+struct KeysAndValues {
+    static constexpr unsigned kDeepest = 256;
+};
 
 NSString *textOf(id object) {
     if (auto *string = qb::castOrNil<NSString>(object))
@@ -25,6 +27,7 @@ NSString *textOf(id object) {
 std::span<const qb::Method> qb::tables::dictionaryReading() {
     static const qb::Method methods[] = {
         qb::method<"objectForKey:withDefault:", id(id, id)>(&NSDictionary::objectForKey),
+        qb::method<"deepObjectForKey:withDefault:", id(NSString *, id)>(&NSDictionary::deepObjectForKey),
         qb::method<"intValueForKey:withDefault:">(&NSDictionary::intValueForKey),
         qb::method<"boolValueForKey:withDefault:">(&NSDictionary::boolValueForKey),
         qb::method<"pathForKey:withDefault:andDefaultBasePath:">(&NSDictionary::pathForKey),
@@ -40,6 +43,11 @@ std::span<const qb::Method> qb::tables::dictionaryReading() {
 
 id NSDictionary::objectForKey(id key, id withDefault) const {
     const id value = objectForKey(key);
+    return value ? value : withDefault;
+}
+
+id NSDictionary::deepObjectForKey(NSString *key, id withDefault) const {
+    const id value = deepObjectForKey(key);
     return value ? value : withDefault;
 }
 

@@ -1,14 +1,13 @@
 // Values as PHP literals.
-#include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSObject.Tables.h"
+#include "Foundation/Nesting.h"
 
 #include <string>
 #include <utility>
@@ -17,35 +16,9 @@ namespace {
 
 constexpr const char *kFile = "src/QBPhpString";
 
-// As deep as containers may be written on streams.
-constexpr unsigned kDeepestNesting = 512;
-
-// The containers that are inside each other just now. One that is too deep spoils the outermost one, which is
-// not gone through any further then.
-class Nesting {
-public:
-    Nesting() {
-        if (open_++ != kDeepestNesting || isTooDeep_)
-            return;
-        isTooDeep_ = true;
-        qb::raiseError(kFile, __LINE__, qb::kErrorTooDeep, kDeepestNesting);
-    }
-    ~Nesting() {
-        if (--open_ == 0)
-            isTooDeep_ = false;
-    }
-    Nesting(const Nesting &) = delete;
-    Nesting &operator=(const Nesting &) = delete;
-
-    static bool isTooDeep() { return isTooDeep_; }
-
-private:
-    static constinit unsigned open_;
-    static constinit bool isTooDeep_;
+struct PhpStrings {
+    static constexpr unsigned kDeepest = 512; // as deep as containers may be written on streams
 };
-
-constinit unsigned Nesting::open_ = 0;
-constinit bool Nesting::isTooDeep_ = false;
 
 NSString *notImplemented() {
     return "not implemented correctly"_ns;
@@ -54,11 +27,11 @@ NSString *notImplemented() {
 // Goes over a container; `textOf` makes the text of a step, which is left out when it is nil.
 template <class Container, class TextOf>
 NSString *phpArray(const Container &container, TextOf textOf) {
-    const Nesting nesting;
+    const qb::Nesting<PhpStrings> nesting(kFile, __LINE__);
     std::string text = "array(";
     const char *separator = "";
     for (const auto &element : container) {
-        if (Nesting::isTooDeep())
+        if (nesting.isTooDeep())
             return nullptr;
         const NSAutoreleasePool pool; // for the texts of the elements
         NSString *const elementText = textOf(element);
@@ -67,7 +40,7 @@ NSString *phpArray(const Container &container, TextOf textOf) {
         text += std::exchange(separator, ", ");
         text += elementText->view();
     }
-    return Nesting::isTooDeep() ? nullptr : NSString::stringWith(text += ")");
+    return nesting.isTooDeep() ? nullptr : NSString::stringWith(text += ")");
 }
 
 } // namespace

@@ -106,6 +106,9 @@ public:
 
     /// Returns the value of `key`; the default when there is none.
     virtual id objectForKey(id key, id withDefault) const;
+    using NSObject::deepObjectForKey;
+    /// As above, for a dotted key.
+    virtual id deepObjectForKey(NSString *key, id withDefault) const;
     /// Return the value's `intValue` and `boolValue`; the default when there is none. Throw
     /// InvalidArgumentException for a value that has no such operation.
     virtual std::int32_t intValueForKey(id key, std::int32_t withDefault) const;
