@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/QBBool.h>

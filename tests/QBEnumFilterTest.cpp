@@ -134,6 +134,11 @@ TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
                           element),
                   isThere ? "()" : "(e)");
     }
+    // Nil serves for any class, a stream's and a coder's too.
+    EXPECT_EQ(describe(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("writeOnOutputStream:"_sel)),
+              "()");
+    EXPECT_REASON(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("encodeWithCoder:"_sel),
+                  "NSCoder must not be nil where an object is encoded or decoded.");
     // Filters that yield the elements send a target one argument at most.
     auto *const filter =
         QBEnumObjectSelectFilter::filterWithObjectMessage(target, "takes:two:three:"_sel, "x"_ns);
