@@ -1,14 +1,18 @@
-// How filters are gone through that stand behind each other.
+// How filters that stand behind each other are gone through.
 #include <QBFoundation/QBEnumFilter.h>
 
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/QBEnumObjectFilter.h>
 #include <QBFoundation/QBErrorHandler.h>
 
+#include "Foundation/ArrayEnumerator.h"
 #include "Runtime/RepeatedMessage.Calls.h"
 
 #include <algorithm>
 #include <bit>
+#include <new>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -16,7 +20,10 @@
 
 namespace {
 
-// The changes of sources by which chains can have become out of date.
+// So many objects go through a filter before the answers that were dropped are given back.
+constexpr unsigned kPulledInAPool = 1024;
+
+// The changes of sources by which chains may have become out of date.
 constinit std::uint64_t sourceChanges = 0;
 
 // Filters and other enumerators that are just asking each other.
@@ -35,6 +42,31 @@ public:
     Nesting &operator=(const Nesting &) = delete;
 };
 
+// Keeps an object for the time of a message, which may take it out of the collection that it is from; when it
+// has, until the end of the pool.
+class Kept {
+public:
+    explicit Kept(id object) : object_(object->retain()) {}
+    ~Kept() {
+        if (object_->retainCount() == 1) [[unlikely]]
+            leaveToPool();
+        else
+            object_->release();
+    }
+    Kept(const Kept &) = delete;
+    Kept &operator=(const Kept &) = delete;
+
+private:
+    void leaveToPool() noexcept {
+        try {
+            object_->autorelease();
+        } catch (const std::bad_alloc &) { // then it lives for ever
+        }
+    }
+
+    id object_;
+};
+
 template <class... Filter>
 bool isOneOf(const std::type_info &type) {
     return ((type == typeid(Filter)) || ...);
@@ -49,102 +81,24 @@ bool isFilterOfLibrary(const NSObject &object) {
 
 } // namespace
 
-/// What the objects of a filter come through: filters of the library, whose steps are done one after the
-/// other without a call of `nextObject`, so that any number of them needs no stack; and what the first of
-/// them has as its source.
-class QBEnumFilter::Chain final : public NSObject {
-public:
-    explicit Chain(QBEnumFilter *last) : lastIsOfLibrary_(isFilterOfLibrary(*last)) {
-        QBEnumFilter *filter = last;
-        // A circle comes back to one of the filters at a power of two (R. P. Brent, "An improved Monte Carlo
-        // factorization algorithm", 1980).
-        const QBEnumFilter *mark = last;
-        for (;;) {
-            filter->isInChain_ = true;
-            const id source = filter->source_;
-            if (!source || !isFilterOfLibrary(*source)) {
-                origin_ = source;
-                break;
-            }
-            filter = static_cast<QBEnumFilter *>(source);
-            if (filter == mark)
-                throw InvalidUseOfMethodException(
-                    "QBEnumFilter nextObject must have a source that does not lead back to the filter.");
-            filters_.emplace_back(filter);
-            if (std::has_single_bit(filters_.size()))
-                mark = filter;
-        }
-        std::reverse(filters_.begin(), filters_.end());
-    }
+// --- Steps ---
 
-    bool isCurrent() const { return sourceChanges_ == sourceChanges; }
-
-    /// Returns the next object that comes in at the first filter; nil at the end.
-    id askOrigin() const {
-        if (!origin_)
-            return nullptr;
-        const Nesting counted;
-        return origin_->nextObject();
-    }
-
-    /// Lets `object` through the filters, the last one included; it is null when one has dropped it.
-    void pass(Ref<NSObject> &object, QBEnumFilter *last) const {
-        for (const Ref<QBEnumFilter> &filter : filters_) {
-            replace(object, filter->step(object));
-            if (!object)
-                return;
-        }
-        replace(object, lastIsOfLibrary_ ? last->step(object) : last->doFilter(object));
-    }
-
-private:
-    static void replace(Ref<NSObject> &object, id yielded) {
-        if (yielded != object.get())
-            object = yielded;
-    }
-
-    Ref<NSObject> origin_;
-    std::vector<Ref<QBEnumFilter>> filters_; // the last one is not among them: it owns the chain
-    std::uint64_t sourceChanges_ = sourceChanges;
-    bool lastIsOfLibrary_;
-};
-
-QBEnumFilter::QBEnumFilter() noexcept : QBEnumFilter(Yields::answers) {}
-
-QBEnumFilter::QBEnumFilter(Yields yields, SendsTo sendsTo) noexcept : yields_(yields), sendsTo_(sendsTo) {}
-
-QBEnumFilter::~QBEnumFilter() = default;
-
-void QBEnumFilter::_setSource(id source) {
-    if (source_.get() == source)
-        return;
-    std::exchange(source_, source).autorelease();
-    if (isInChain_)
-        ++sourceChanges;
+inline id QBEnumFilter::yielded(id object, bool isTrue) const {
+    return isTrue == (yields_ != Yields::forFalse) ? object : nullptr;
 }
 
-id QBEnumFilter::nextObject() {
-    Ref<Chain> chain;
-    for (;;) {
-        if (!chain || !chain->isCurrent())
-            chain = currentChain();
-        // Held meanwhile, because a message may take it out of the collection that it is from.
-        Ref<NSObject> object = chain->askOrigin();
-        if (!object)
-            return nullptr;
-        chain->pass(object, this);
-        if (object)
-            return object->retainCount() == 1 ? object.autorelease() : object.get();
-    }
+// In each loop's own code, because here a call costs as much as the work.
+[[gnu::always_inline]] inline id QBEnumFilter::step(id object) {
+    if (!message_.isPlainFor(object))
+        return stepSlowly(object);
+    const Kept kept(object);
+    if (yields_ == Yields::answers)
+        return message_.plainObject(object);
+    return yielded(object, message_.isPlainTrue(object));
 }
 
-const Ref<QBEnumFilter::Chain> &QBEnumFilter::currentChain() {
-    if (!chain_ || !chain_->isCurrent())
-        chain_ = Ref<Chain>::adopt(new Chain(this));
-    return chain_;
-}
-
-id QBEnumFilter::step(id object) {
+id QBEnumFilter::stepSlowly(id object) {
+    const Kept kept(object);
     if (sendsTo_ == SendsTo::object) {
         const id values[] = {argument1_, argument2_};
         return sendFor(object, object, values);
@@ -157,16 +111,149 @@ id QBEnumFilter::step(id object) {
 id QBEnumFilter::sendFor(id object, id receiver, std::span<const id> values) {
     if (!message_.reaches(receiver, values))
         return yields_ == Yields::forError ? object : nullptr;
-    switch (yields_) {
-    case Yields::answers:
+    if (yields_ == Yields::answers)
         return message_.object(receiver, values.data());
-    case Yields::forTrue:
-        return message_.isTrue(receiver, values.data()) ? object : nullptr;
-    case Yields::forFalse:
-        return message_.isTrue(receiver, values.data()) ? nullptr : object;
-    case Yields::forError:
-        message_.isTrue(receiver, values.data());
-        return qb::isErrorPending() ? object : nullptr;
+    const bool isTrue = message_.isTrue(receiver, values.data());
+    return yielded(object, yields_ == Yields::forError ? qb::isErrorPending() : isTrue);
+}
+
+id QBEnumFilter::doFilter(id object) {
+    return object ? step(object) : nullptr;
+}
+
+// --- Chains ---
+
+/// What the objects of a filter come through: filters of the library, whose steps are done one after the
+/// other without a call of `nextObject`, so that their number meets no end of the stack; and what the first
+/// of them has as its source.
+class QBEnumFilter::Chain final : public NSObject {
+public:
+    explicit Chain(QBEnumFilter *last) : lastIsOfLibrary_(isFilterOfLibrary(*last)) {
+        collectFilters(last);
+        steps_.assign(filters_.rbegin(), filters_.rend());
+        if (lastIsOfLibrary_)
+            steps_.push_back(last);
+        if (origin_ && typeid(*origin_.get()) == typeid(qb::ArrayEnumerator))
+            array_ = static_cast<qb::ArrayEnumerator *>(origin_.get());
     }
-    return nullptr;
+
+    bool isCurrent() const { return sourceChanges_ == sourceChanges; }
+
+    /// Returns the next object that comes in at the first filter; nil at the end.
+    [[gnu::always_inline]] id nextOfOrigin() const {
+        if (array_)
+            return array_->nextObject();
+        if (!origin_)
+            return nullptr;
+        const Nesting counted;
+        return origin_->nextObject();
+    }
+
+    /// Lets `object` through the filters. Returns nil when one of them has dropped it.
+    [[gnu::always_inline]] id pass(id object, QBEnumFilter *last) const {
+        for (QBEnumFilter *filter : steps_) {
+            object = filter->step(object);
+            if (!object)
+                return nullptr;
+        }
+        return lastIsOfLibrary_ ? object : last->doFilter(object);
+    }
+
+private:
+    // A circle comes back to the filter at a power of two (R. P. Brent, "An improved Monte Carlo
+    // factorization algorithm", 1980).
+    void collectFilters(QBEnumFilter *last) {
+        last->isInChain_ = true;
+        const QBEnumFilter *mark = last;
+        id source = last->source_;
+        while (source && isFilterOfLibrary(*source)) {
+            auto *const filter = static_cast<QBEnumFilter *>(source);
+            if (filter == mark)
+                throw InvalidUseOfMethodException(
+                    "QBEnumFilter nextObject must have a source that does not lead back to the filter.");
+            filter->isInChain_ = true;
+            filters_.emplace_back(filter);
+            if (std::has_single_bit(filters_.size()))
+                mark = filter;
+            source = filter->source_;
+        }
+        origin_ = source;
+    }
+
+    std::vector<Ref<QBEnumFilter>> filters_; // before the last one, which owns the chain, from there on
+    std::vector<QBEnumFilter *> steps_; // the same in their order, and the last one if it is of the library
+    Ref<NSObject> origin_;
+    qb::ArrayEnumerator *array_ = nullptr; // the origin, when it is one
+    const std::uint64_t sourceChanges_ = sourceChanges;
+    const bool lastIsOfLibrary_;
+};
+
+const Ref<QBEnumFilter::Chain> &QBEnumFilter::currentChain() {
+    if (!chain_ || !chain_->isCurrent())
+        chain_ = Ref<Chain>::adopt(new Chain(this));
+    return chain_;
+}
+
+void QBEnumFilter::_setSource(id source) {
+    if (source_.get() == source)
+        return;
+    std::exchange(source_, source).autorelease();
+    if (isInChain_)
+        ++sourceChanges;
+}
+
+// --- Enumeration ---
+
+// Takes one object of the origin. Returns false at the end; else `result` is what comes out for the object,
+// or nil.
+[[gnu::always_inline]] inline bool QBEnumFilter::pull(Ref<Chain> &chain, id &result) {
+    if (!chain || !chain->isCurrent())
+        chain = currentChain();
+    const id object = chain->nextOfOrigin();
+    result = object ? chain->pass(object, this) : nullptr;
+    return object != nullptr;
+}
+
+id QBEnumFilter::nextObject() {
+    const Ref<QBEnumFilter> kept(this); // a message may let go of the filter, or change its chain
+    Ref<Chain> chain = chain_;
+    id result;
+    while (pull(chain, result) && !result) {
+    }
+    return result;
+}
+
+NSArray *QBEnumFilter::allObjects() {
+    if (!isFilterOfLibrary(*this))
+        return NSEnumerator::allObjects();
+    NSMutableArray *const objects = NSMutableArray::array();
+    const Ref<QBEnumFilter> kept(this);
+    Ref<Chain> chain = chain_;
+    for (;;) {
+        const NSAutoreleasePool pool;
+        for (unsigned i = 0; i < kPulledInAPool; ++i) {
+            id result;
+            if (!pull(chain, result))
+                return objects;
+            if (result)
+                objects->addObject(result);
+        }
+    }
+}
+
+// --- Construction ---
+
+QBEnumFilter::QBEnumFilter() noexcept : QBEnumFilter(Yields::answers) {}
+
+QBEnumFilter::QBEnumFilter(Yields yields, SendsTo sendsTo) noexcept
+    : message_(wantedFor(yields, sendsTo)), yields_(yields), sendsTo_(sendsTo) {}
+
+QBEnumFilter::~QBEnumFilter() = default;
+
+// An error says more than any answer, and a target wants to be told the object.
+qb::RepeatedMessage::Wanted QBEnumFilter::wantedFor(Yields yields, SendsTo sendsTo) {
+    using Wanted = qb::RepeatedMessage::Wanted;
+    if (sendsTo == SendsTo::target || yields == Yields::forError)
+        return Wanted::anything;
+    return yields == Yields::answers ? Wanted::object : Wanted::boolean;
 }

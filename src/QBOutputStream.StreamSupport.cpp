@@ -21,31 +21,38 @@ std::span<const qb::Method> qb::tables::objectOutputStreaming() {
 }
 
 void NSObject::writeOnOutputStream(QBOutputStream *stream) {
-    stream->_writeNSObject(this);
+    if (stream)
+        stream->_writeNSObject(this);
 }
 
 void NSArray::writeOnOutputStream(QBOutputStream *stream) {
-    stream->_writeArray(this);
+    if (stream)
+        stream->_writeArray(this);
 }
 
 void NSDictionary::writeOnOutputStream(QBOutputStream *stream) {
-    stream->_writeDictionary(this);
+    if (stream)
+        stream->_writeDictionary(this);
 }
 
 void NSSet::writeOnOutputStream(QBOutputStream *stream) {
-    stream->writeObject(objectEnumerator());
+    if (stream)
+        stream->writeObject(objectEnumerator());
 }
 
 void NSString::writeOnOutputStream(QBOutputStream *stream) {
-    stream->_writeString(this);
+    if (stream)
+        stream->_writeString(this);
 }
 
 void NSData::writeOnOutputStream(QBOutputStream *stream) {
-    stream->writeBuffer(bytes(), length());
+    if (stream)
+        stream->writeBuffer(bytes(), length());
 }
 
 void NSEnumerator::writeOnOutputStream(QBOutputStream *stream) {
-    stream->_writeEnumerator(this);
+    if (stream)
+        stream->_writeEnumerator(this);
 }
 
 // --- Property lists ---
@@ -55,6 +62,8 @@ void NSObject::writeOnPropertyListOutputStream(QBOutputStream *stream) {
 }
 
 void NSData::writeOnPropertyListOutputStream(QBOutputStream *stream) {
+    if (!stream)
+        return;
     NSString *const text = description();
     stream->writeBuffer(text->cString(), text->cStringLength());
 }

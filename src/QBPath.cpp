@@ -4,6 +4,7 @@
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/ArchiveFormat.h"
 #include "QBPath.Tables.h"
 
 #include <algorithm>
@@ -147,14 +148,14 @@ Ref<NSObject> QBPath::copyWithZone(void *) const {
 void QBPath::encodeWithCoder(NSCoder *coder) const {
     traceCoding(__LINE__, this, "encodeWithCoder:", "enter");
     const id string = string_;
-    coder->encodeValueOfObjCType("@", &string);
+    qb::archive::required(coder)->encodeValueOfObjCType("@", &string);
     traceCoding(__LINE__, this, "encodeWithCoder:", "leave");
 }
 
 BOOL QBPath::setUpWithCoder(NSCoder *coder) {
     traceCoding(__LINE__, this, "initWithCoder:", "enter");
     id string = nullptr;
-    coder->decodeValueOfObjCType("@", &string);
+    qb::archive::required(coder)->decodeValueOfObjCType("@", &string);
     const bool isText = !string || string->isKindOfClass(NSString::cls());
     const BOOL isSetUp = isText && setUpWithString(static_cast<NSString *>(string));
     traceCoding(__LINE__, this, "initWithCoder:", "leave");

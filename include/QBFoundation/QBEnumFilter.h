@@ -75,9 +75,10 @@ public:
     /// more than `kDeepestNesting` enumerators ask each other: filters of classes of a client, and other
     /// enumerators that have a filter inside.
     id nextObject() override;
+    NSArray *allObjects() override;
     /// Does the filter's step: sends the message on behalf of `object` and returns what is yielded for it;
     /// nil when it is dropped. Subclasses override it.
-    virtual id doFilter(id object) { return step(object); }
+    virtual id doFilter(id object);
 
     /// Returns a filter of the same class with the same message, arguments and source.
     Ref<NSObject> copyWithZone(void *zone) const override;
@@ -103,8 +104,12 @@ protected:
 private:
     class Chain;
 
+    static qb::RepeatedMessage::Wanted wantedFor(Yields yields, SendsTo sendsTo);
     id step(id object);
+    id stepSlowly(id object);
     id sendFor(id object, id receiver, std::span<const id> values);
+    id yielded(id object, bool isTrue) const;
+    bool pull(Ref<Chain> &chain, id &result);
     const Ref<Chain> &currentChain();
 
     Ref<NSObject> source_;

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+class NSCoder;
+
 namespace qb::archive {
 
 inline constexpr std::string_view kMagic = "QBAR";
@@ -38,6 +40,10 @@ static_assert(kDeepestObject == 256);
 
 /// The class that a record states for an object that was not written; others are an index plus 1.
 inline constexpr std::uint32_t kNotWritten = 0;
+
+/// Returns `coder`. Throws InvalidArgumentException when it is nil, as all do that encode or decode
+/// themselves.
+NSCoder *required(NSCoder *coder);
 
 /// The classes of the value model that have an archived form.
 const std::vector<Class *> &valueClasses();

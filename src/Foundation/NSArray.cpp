@@ -4,8 +4,8 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/ArrayEnumerator.h"
 #include "Foundation/Buffer.h"
-#include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
 #include "Foundation/NSArray.Tables.h"
 #include "Foundation/PropertyListFile.Tables.h"
@@ -247,10 +247,6 @@ std::uint32_t NSArray::indexOfObjectIdenticalTo(id object, NSRange inRange) cons
 
 namespace {
 
-id elementItself(id element) {
-    return element;
-}
-
 // Goes from the last element to the first.
 class ReverseEnumerator final : public NSEnumerator {
 public:
@@ -268,7 +264,7 @@ private:
 } // namespace
 
 NSEnumerator *NSArray::objectEnumerator() const {
-    return qb::enumeratorOf<NSArray, &elementItself>(this);
+    return qb::enumeratorOf<NSArray, &qb::elementItself>(this);
 }
 
 NSEnumerator *NSArray::reverseObjectEnumerator() const {

@@ -188,7 +188,7 @@ id NSObject::performSelector(SEL selector, id withObject, id withObject2) {
 }
 
 void NSObject::forwardInvocation(NSInvocation *invocation) {
-    doesNotRecognizeSelector(invocation->selector());
+    doesNotRecognizeSelector(invocation ? invocation->selector() : nullptr);
 }
 
 void NSObject::doesNotRecognizeSelector(SEL selector) const {

@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSSet.h>
@@ -26,17 +27,25 @@
 // How the classes of the value model write themselves. They use no keys, so that they stand in both kinds of
 // archives; a reader that has failed gives them zeros and nil, which they refuse or which nobody will see.
 
+NSCoder *qb::archive::required(NSCoder *coder) {
+    if (!coder)
+        throw InvalidArgumentException("NSCoder must not be nil where an object is encoded or decoded.");
+    return coder;
+}
+
 namespace {
+
+using qb::archive::required;
 
 template <class T>
 void encode(NSCoder *coder, const char *type, T value) {
-    coder->encodeValueOfObjCType(type, &value);
+    required(coder)->encodeValueOfObjCType(type, &value);
 }
 
 template <class T>
 T decode(NSCoder *coder, const char *type) {
     T value{};
-    coder->decodeValueOfObjCType(type, &value);
+    required(coder)->decodeValueOfObjCType(type, &value);
     return value;
 }
 
@@ -91,22 +100,22 @@ bool qb::archive::isValueClass(Class *cls) {
 // --- Bytes ---
 
 void NSString::encodeWithCoder(NSCoder *coder) const {
-    coder->encodeBytes(bytes_, byteLength_);
+    required(coder)->encodeBytes(bytes_, byteLength_);
 }
 
 BOOL NSString::setUpWithCoder(NSCoder *coder) {
     std::uint32_t length = 0;
-    const void *const bytes = coder->decodeBytesWithReturnedLength(&length);
+    const void *const bytes = required(coder)->decodeBytesWithReturnedLength(&length);
     return setUpWithBytes(length ? static_cast<const char *>(bytes) : "", length);
 }
 
 void NSData::encodeWithCoder(NSCoder *coder) const {
-    coder->encodeBytes(bytes_, length_);
+    required(coder)->encodeBytes(bytes_, length_);
 }
 
 BOOL NSData::setUpWithCoder(NSCoder *coder) {
     std::uint32_t length = 0;
-    const void *const bytes = coder->decodeBytesWithReturnedLength(&length);
+    const void *const bytes = required(coder)->decodeBytesWithReturnedLength(&length);
     return setUpWithBytes(bytes, length);
 }
 
@@ -265,7 +274,7 @@ BOOL NSCalendarDate::setUpWithCoder(NSCoder *coder) {
 }
 
 void NSTimeZone::encodeWithCoder(NSCoder *coder) const {
-    coder->encodeObject(name());
+    required(coder)->encodeObject(name());
     const BOOL isFixed = zone_->isFixed();
     encode(coder, "c", isFixed);
     if (!isFixed)
@@ -276,7 +285,7 @@ void NSTimeZone::encodeWithCoder(NSCoder *coder) const {
 }
 
 BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
-    auto *const name = qb::castOrNil<NSString>(coder->decodeObject());
+    auto *const name = qb::castOrNil<NSString>(required(coder)->decodeObject());
     const auto isFixed = decode<BOOL>(coder, "c");
     if (!name)
         return NO;

@@ -12,51 +12,25 @@ namespace qb {
 
 namespace detail {
 
-/// Calls an operation whose result travels as an `R` and whose parameters are up to three objects.
-template <class R>
-R callTyped(const Method *method, id receiver, const id *values) {
-    const Method::TypedEntry entry = method->typedEntry();
-    switch (method->parameterCount()) {
-    case 0:
-        return reinterpret_cast<R (*)(const Method *, id)>(entry)(method, receiver);
-    case 1:
-        return reinterpret_cast<R (*)(const Method *, id, id)>(entry)(method, receiver, values[0]);
-    case 2:
-        return reinterpret_cast<R (*)(const Method *, id, id, id)>(entry)(method, receiver, values[0],
-                                                                          values[1]);
-    default:
-        return reinterpret_cast<R (*)(const Method *, id, id, id, id)>(entry)(method, receiver, values[0],
-                                                                              values[1], values[2]);
-    }
+/// Calls an operation whose result travels as an `R`, and whose values are objects.
+template <class R, class... Ids>
+R callTyped(const Method *method, id receiver, Ids... values) {
+    return reinterpret_cast<R (*)(const Method *, id, Ids...)>(method->typedEntry())(method, receiver,
+                                                                                     values...);
 }
 
 } // namespace detail
 
-inline bool RepeatedMessage::reaches(id receiver, std::span<const id> values) {
-    if (!receiver)
-        return false;
-    if (key_ != dispatchKey(receiver) || generation_ != dispatchGeneration) [[unlikely]]
-        lookUp(receiver, values.size());
-    return call_ != Call::none && (!looksAtValues_ || takes(values));
+inline bool RepeatedMessage::isPlainFor(id receiver) const {
+    return plainKey_ == dispatchKey(receiver) && generation_ == dispatchGeneration;
 }
 
-inline id RepeatedMessage::object(id receiver, const id *values) const {
-    if (call_ == Call::object) [[likely]]
-        return detail::callTyped<id>(method_, receiver, values);
-    return objectOf(invoke(receiver, values));
+inline id RepeatedMessage::plainObject(id receiver) const {
+    return detail::callTyped<id>(method_, receiver);
 }
 
-inline bool RepeatedMessage::isTrue(id receiver, const id *values) const {
-    switch (call_) {
-    case Call::signedByte:
-        return detail::callTyped<std::int8_t>(method_, receiver, values) != 0;
-    case Call::unsignedByte:
-        return detail::callTyped<std::uint8_t>(method_, receiver, values) != 0;
-    case Call::object:
-        return detail::callTyped<id>(method_, receiver, values) != nullptr;
-    default:
-        return isTrueValue(invoke(receiver, values));
-    }
+inline bool RepeatedMessage::isPlainTrue(id receiver) const {
+    return detail::callTyped<BOOL>(method_, receiver) != 0;
 }
 
 } // namespace qb

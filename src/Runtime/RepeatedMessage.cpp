@@ -28,6 +28,43 @@ bool takesNil(const Type &type) {
            type.kind == Kind::function || type.kind == Kind::selector;
 }
 
+// Whether a result travels as an object that is not the caller's, or as a BOOL.
+bool isTyped(const Type &result) {
+    return isObject(result) ? !result.isOwned
+                            : result.kind == Kind::integer && result.width == 8 && result.isSigned;
+}
+
+template <class R>
+R callWith(const Method *method, id receiver, const id *values) {
+    switch (method->parameterCount()) {
+    case 0:
+        return detail::callTyped<R>(method, receiver);
+    case 1:
+        return detail::callTyped<R>(method, receiver, values[0]);
+    case 2:
+        return detail::callTyped<R>(method, receiver, values[0], values[1]);
+    default:
+        return detail::callTyped<R>(method, receiver, values[0], values[1], values[2]);
+    }
+}
+
+bool isTrueValue(const Value &value) {
+    switch (value.kind()) {
+    case Kind::none:
+    case Kind::argList:
+        return false;
+    case Kind::integer:
+    case Kind::character:
+        return value.integer() != 0;
+    case Kind::real:
+        return value.real() != 0;
+    case Kind::range:
+        return value.range().location != 0 || value.range().length != 0;
+    default:
+        return !value.isNull();
+    }
+}
+
 template <class Predicate>
 bool allParameters(const Method &method, Predicate holds) {
     for (std::uint32_t i = 0; i < namedCount(method); ++i)
@@ -36,30 +73,43 @@ bool allParameters(const Method &method, Predicate holds) {
     return true;
 }
 
+// Whether the typed entry can be called, with objects only.
+bool isCalledTyped(const Method &method) {
+    return isTyped(method.resultType()) && !method.hasVariableValues() && allParameters(method, &isObject);
+}
+
+bool canBeCalled(const Method &method, std::size_t valueCount) {
+    return namedCount(method) <= valueCount && allParameters(method, &takesNil);
+}
+
 } // namespace
 
-RepeatedMessage::Call RepeatedMessage::callFor(const Method *method, std::size_t valueCount) {
-    if (!method || namedCount(*method) > valueCount || !allParameters(*method, &takesNil))
-        return Call::none;
-    if (method->hasVariableValues() || !allParameters(*method, &isObject))
-        return Call::listed;
-    const Type &result = method->resultType();
-    if (isObject(result) && !result.isOwned)
-        return Call::object;
-    if (result.kind == Kind::integer && result.width == 8)
-        return result.isSigned ? Call::signedByte : Call::unsignedByte;
-    return Call::listed;
+bool RepeatedMessage::isPlain() const {
+    const bool wantsObject = wanted_ == Wanted::object;
+    return wanted_ != Wanted::anything && call_ == Call::typed && method_->parameterCount() == 0 &&
+           isObject(method_->resultType()) == wantsObject;
 }
 
 void RepeatedMessage::lookUp(id receiver, std::size_t valueCount) {
     method_ = receiver->methodForSelector(selector_);
-    call_ = callFor(method_, valueCount);
+    call_ = Call::none;
+    if (method_ && canBeCalled(*method_, valueCount))
+        call_ = isCalledTyped(*method_) ? Call::typed : Call::listed;
     const auto isAnyObject = [](const Type &type) { return isObject(type) && type.cls() == NSObject::cls(); };
     looksAtValues_ = call_ != Call::none && !allParameters(*method_, isAnyObject);
     // Class objects share one virtual table but not their operations.
     const void *const key = dispatchKey(receiver);
     key_ = key == dispatchKey(Class::cls()) ? nullptr : key;
+    plainKey_ = isPlain() ? key_ : nullptr;
     generation_ = dispatchGeneration;
+}
+
+bool RepeatedMessage::reaches(id receiver, std::span<const id> values) {
+    if (!receiver)
+        return false;
+    if (key_ != dispatchKey(receiver) || generation_ != dispatchGeneration)
+        lookUp(receiver, values.size());
+    return call_ != Call::none && (!looksAtValues_ || takes(values));
 }
 
 bool RepeatedMessage::takes(std::span<const id> values) const {
@@ -71,33 +121,28 @@ bool RepeatedMessage::takes(std::span<const id> values) const {
     return true;
 }
 
+id RepeatedMessage::object(id receiver, const id *values) const {
+    if (call_ == Call::listed)
+        return Ref<NSObject>(invoke(receiver, values).object()).autorelease();
+    if (isObject(method_->resultType()))
+        return callWith<id>(method_, receiver, values);
+    callWith<BOOL>(method_, receiver, values);
+    return nullptr;
+}
+
+bool RepeatedMessage::isTrue(id receiver, const id *values) const {
+    if (call_ == Call::listed)
+        return isTrueValue(invoke(receiver, values));
+    if (isObject(method_->resultType()))
+        return callWith<id>(method_, receiver, values) != nullptr;
+    return callWith<BOOL>(method_, receiver, values) != 0;
+}
+
 Value RepeatedMessage::invoke(id receiver, const id *values) const {
     const std::uint32_t count = namedCount(*method_);
     std::array<Value, kMostValues> list;
     std::copy_n(values, count, list.begin());
     return method_->invoke(receiver, list.data(), count);
-}
-
-id RepeatedMessage::objectOf(const Value &result) {
-    const Ref<NSObject> object = result.object();
-    return Ref<NSObject>(object).autorelease();
-}
-
-bool RepeatedMessage::isTrueValue(const Value &result) {
-    switch (result.kind()) {
-    case Kind::none:
-    case Kind::argList:
-        return false;
-    case Kind::integer:
-    case Kind::character:
-        return result.integer() != 0;
-    case Kind::real:
-        return result.real() != 0;
-    case Kind::range:
-        return result.range().location != 0 || result.range().length != 0;
-    default:
-        return !result.isNull();
-    }
 }
 
 } // namespace qb

@@ -267,6 +267,9 @@ TEST_F(NSArrayTest, SelectorsMakeArraysOfTheClassAsked) {
     ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
     send<void>(made, "sortUsingSelector:"_sel, "compare:"_sel.selector());
     EXPECT_EQ(describe(made), "(a, b)");
+    made = send<id>(NSMutableArray::cls(), "arrayWithObjects:"_sel, "a"_ns, "b"_ns);
+    ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
+    EXPECT_EQ(describe(made), "(a, b)");
     Ref<NSArray> owned = send<Ref<NSArray>>(NSArray::cls(), "initWithArray:copyItems:"_sel, made, YES);
     EXPECT_EQ(owned->retainCount(), 1u);
     EXPECT_TRUE(owned->isEqual(made));

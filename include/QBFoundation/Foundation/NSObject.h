@@ -224,13 +224,14 @@ public:
 
     // --- Output streaming ---
 
-    /// Writes the value on `stream` by the stream's operation for its type.
+    /// Writes the value on `stream` by the stream's operation for its type; nothing on nil.
     virtual void writeOnOutputStream(QBOutputStream *stream);
     virtual void writeOnPropertyListOutputStream(QBOutputStream *stream);
 
     // --- Archiving ---
 
-    /// Writes the object's state. Throws InvalidUseOfMethodException when the class has no archived form.
+    /// Writes the object's state. Throws InvalidUseOfMethodException when the class has no archived form, and
+    /// InvalidArgumentException when `coder` is nil.
     virtual void encodeWithCoder(NSCoder *coder) const;
 
 protected:

@@ -329,9 +329,9 @@ requires std::is_function_v<Signature>
 namespace detail {
 template <FixedString Text, class R, class... P>
 Method classMethodOf(R (*function)(P...)) {
-    constexpr bool fitsAsIs = fits<P...>(Text.colons());
-    constexpr bool passesAsked = !fitsAsIs && beginsWithClass<P...>();
-    static_assert(fitsAsIs || (passesAsked && fits<P...>(Text.colons(), 1)),
+    // A class in front is the one asked, unless each parameter has a colon of its own.
+    constexpr bool passesAsked = beginsWithClass<P...>() && Text.colons() != sizeof...(P);
+    static_assert(fits<P...>(Text.colons(), passesAsked ? 1 : 0),
                   "the selector's colons are not the function's parameters");
     const SEL selector = Selector::named(Text.view());
     if constexpr (sizeof...(P) == 0)

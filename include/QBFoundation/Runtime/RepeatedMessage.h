@@ -18,36 +18,48 @@ namespace qb {
 /// another kind, counts as not there; nil serves for any kind of pointer.
 class RepeatedMessage {
 public:
+    /// What the sender asks for at most times. When an operation takes no values and returns just that, its
+    /// call is part of the sender's loop.
+    enum class Wanted : std::uint8_t { anything, object, boolean };
+
+    explicit RepeatedMessage(Wanted wanted) noexcept : wanted_(wanted) {}
+
     SEL selector() const { return selector_; }
     /// Keeps what was looked up for the last receiver's class.
     void setSelector(SEL selector) { selector_ = selector; }
     /// Looks up anew for the next receiver.
-    void forget() { key_ = nullptr; }
+    void forget() { key_ = plainKey_ = nullptr; }
 
     /// Whether `receiver` has an operation that takes `values`; it is what the next two call.
     bool reaches(id receiver, std::span<const id> values);
-    /// Sends the message. Returns the object that is its result, autoreleased; nil for any other result.
+    /// Sends the message. Returns the object that is its result, not owned; nil for any other result.
     id object(id receiver, const id *values) const;
     /// Sends the message. Returns whether its result is neither 0 nor a null pointer; false without a result.
     bool isTrue(id receiver, const id *values) const;
 
+    /// Whether the operation that was looked up serves `receiver` too, takes no values and returns what is
+    /// wanted; then one of the next two calls it.
+    bool isPlainFor(id receiver) const;
+    id plainObject(id receiver) const;
+    bool isPlainTrue(id receiver) const;
+
 private:
-    /// How the operation is called: by its typed entry, for the commonest results, or by the listed one.
-    enum class Call : std::uint8_t { none, object, signedByte, unsignedByte, listed };
+    /// By the typed entry, with objects only, or by the listed one.
+    enum class Call : std::uint8_t { none, typed, listed };
 
     void lookUp(id receiver, std::size_t valueCount);
-    static Call callFor(const Method *method, std::size_t valueCount);
     bool takes(std::span<const id> values) const;
+    bool isPlain() const;
     Value invoke(id receiver, const id *values) const;
-    static id objectOf(const Value &result);
-    static bool isTrueValue(const Value &result);
 
     SEL selector_ = nullptr;
     const Method *method_ = nullptr;
-    const void *key_ = nullptr; // of the receivers that the rest is for, see `dispatchKey`
+    const void *key_ = nullptr;      // of the receivers that the rest is for, see `dispatchKey`
+    const void *plainKey_ = nullptr; // the same for a plain operation, else null
     std::uint32_t generation_ = 0;
     Call call_ = Call::none;
     bool looksAtValues_ = false; // a parameter is not just any object
+    const Wanted wanted_;
 };
 
 } // namespace qb

@@ -1,0 +1,338 @@
+#include <QBFoundation/QBEnumFilter.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/OneShotEnumerator.h>
+#include <QBFoundation/QBEnumObjectFilter.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+#include "support/Probe.h"
+#include "support/SmallStack.h"
+
+#include <string>
+#include <vector>
+
+using QBEnumFilterTest = PoolFixture;
+
+namespace {
+
+/// A client's filter, which lets every object pass.
+class Passing : public QBEnumFilter {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    id doFilter(id object) override { return object; }
+};
+
+Class *Passing::cls() {
+    static Class *const self = new Class("Passing", QBEnumFilter::cls(), {}, qb::construct<Passing>);
+    return self;
+}
+
+/// A client's enumerator, with filters of its own.
+class Single : public NSEnumerator {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    static Class *filterClass() { return Passing::cls(); }
+    id nextObject() override { return std::exchange(isDone_, true) ? nullptr : "x"_ns; }
+
+private:
+    bool isDone_ = false;
+};
+
+Class *Single::cls() {
+    static const qb::Method methods[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
+    static Class *const self = new Class("Single", NSEnumerator::cls(), methods, qb::construct<Single>);
+    return self;
+}
+
+QBEnumFilter *filterOfClass(const char *name, SEL message, id argument = nullptr, id argument2 = nullptr) {
+    Class *const cls = NSClassFromString(NSString::stringWithCString(name));
+    return send<QBEnumFilter *>(cls, "filterWithMessage:argument:argument:"_sel, message, argument,
+                                argument2);
+}
+
+std::string yielded(QBEnumFilter *filter, NSArray *elements) {
+    return describe(elements->objectsFilteredWith(filter));
+}
+
+const qb::ClassRegistration registration{&Passing::cls};
+
+NSString *added(id self) {
+    return static_cast<Probe *>(self)->takes("added"_ns);
+}
+
+} // namespace
+
+TEST_F(QBEnumFilterTest, AnswersOfAllKindsAreZeroOrNot) {
+    NSArray *const elements = Probe::probes({"a", "-b", "c"});
+    const auto yieldedBy = [&](const char *cls, const char *message) {
+        return yielded(filterOfClass(cls, Selector::named(message)), elements);
+    };
+    for (const char *message : {"object", "kind", "made", "truth", "flag", "letter", "big", "real", "text",
+                                "place", "message", "range"}) {
+        EXPECT_EQ(yieldedBy("QBEnumSelectFilter", message), "(a, c)") << message;
+        EXPECT_EQ(yieldedBy("QBEnumRejectOnFalseFilter", message), "(a, c)") << message;
+        EXPECT_EQ(yieldedBy("QBEnumRejectFilter", message), "(-b)") << message;
+    }
+    EXPECT_EQ(yieldedBy("QBEnumSelectFilter", "nothing"), "()");
+    EXPECT_EQ(yieldedBy("QBEnumRejectFilter", "nothing"), "(a, -b, c)");
+    // Only objects are answers of a mapping filter.
+    EXPECT_EQ(yieldedBy("QBEnumFilter", "object"), "(a, c)");
+    EXPECT_EQ(yieldedBy("QBEnumFilter", "made"), "(a, c)");
+    EXPECT_EQ(yieldedBy("QBEnumFilter", "kind"), "(Probe, Probe)");
+    for (const char *message : {"truth", "big", "text", "nothing"})
+        EXPECT_EQ(yieldedBy("QBEnumFilter", message), "()") << message;
+}
+
+TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
+    const struct {
+        const char *message;
+        id argument, argument2;
+        const char *answer;       // of an element
+        const char *targetAnswer; // of a target, about the element
+    } rows[] = {
+        {"object", "x"_ns, "y"_ns, "e", "t"},
+        {"takes:", "x"_ns, "y"_ns, "e<x>", "t<e>"},
+        {"takes:", nullptr, nullptr, "e<nil>", "t<e>"},
+        {"takes:two:", "x"_ns, "y"_ns, "e<x, y>", "t<e, x>"},
+        {"takes:two:", nullptr, "y"_ns, "e<nil, y>", "t<e, nil>"},
+        {"takes:two:three:", "x"_ns, "y"_ns, "", "t<e, x>y"}, // more than an element is sent
+        {"takes:two:three:four:", "x"_ns, "y"_ns, "", ""},
+        {"takesMore:", "x"_ns, "y"_ns, "e<x>0", "t<e>0"},
+        {"takesText:", "x"_ns, nullptr, "e<x>", ""}, // the element is no text
+        {"takesText:", NSNumber::numberWithInt(1), nullptr, "", ""},
+        {"takesClass:", NSString::cls(), nullptr, "e<NSString>", ""},
+        {"takesPointer:", nullptr, nullptr, "(null)", ""},
+        {"takesPointer:", "x"_ns, nullptr, "", ""},
+        {"takesNumber:", nullptr, nullptr, "", ""},
+        {"fly", nullptr, nullptr, "", ""},
+        {"", nullptr, nullptr, "", ""},
+    };
+    NSArray *const element = Probe::probes({"e"});
+    const id target = Probe::probes({"t"})->firstObject();
+    for (const auto &row : rows) {
+        const SEL message = Selector::named(row.message);
+        const auto parenthesised = [](const char *text) { return "(" + std::string(text) + ")"; };
+        EXPECT_EQ(describe(element->filterWithSelector(message, row.argument, row.argument2)),
+                  parenthesised(row.answer))
+            << row.message;
+        EXPECT_EQ(describe(element->filterWithObjectSelector(target, message, row.argument, row.argument2)),
+                  parenthesised(row.targetAnswer))
+            << row.message;
+        // Whoever has no such operation, or one that wants other values, is dropped, except on errors.
+        const bool isThere = *row.answer;
+        EXPECT_EQ(yielded(filterOfClass("QBEnumRejectFilter", message, row.argument, row.argument2), element),
+                  "()");
+        EXPECT_EQ(yielded(filterOfClass("QBEnumSelectFilter", message, row.argument, row.argument2), element),
+                  isThere ? "(e)" : "()");
+        EXPECT_EQ(yielded(filterOfClass("QBEnumRejectOnErrorFilter", message, row.argument, row.argument2),
+                          element),
+                  isThere ? "()" : "(e)");
+    }
+    // Nil serves for any class, a stream's and a coder's too.
+    EXPECT_EQ(describe(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("writeOnOutputStream:"_sel)),
+              "()");
+    EXPECT_REASON(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("encodeWithCoder:"_sel),
+                  "NSCoder must not be nil where an object is encoded or decoded.");
+    // Filters that yield the elements send a target one argument at most.
+    auto *const filter =
+        QBEnumObjectSelectFilter::filterWithObjectMessage(target, "takes:two:three:"_sel, "x"_ns);
+    EXPECT_EQ(yielded(filter, element), "()");
+    EXPECT_EQ(yielded(filterOfClass("QBEnumObjectFilter", "object"_sel), element), "()"); // no target
+    EXPECT_EQ(yielded(filterOfClass("QBEnumObjectRejectOnErrorFilter", "object"_sel), element), "(e)");
+}
+
+TEST_F(QBEnumFilterTest, EachClassGetsItsOwnOperationWheneverItComes) {
+    NSMutableArray *const elements = NSMutableArray::array();
+    for (int i = 0; i < 3; ++i) {
+        elements->addObject(Probe::probes({"p"})->firstObject());
+        elements->addObject(Ref<OtherProbe>::adopt(new OtherProbe("o")).get());
+        elements->addObject(QBNil::value());
+        elements->addObject(NSNumber::numberWithInt(i));
+        elements->addObject(NSString::cls()); // classes are objects of one kind, with operations of their own
+        elements->addObject(NSArray::cls());
+    }
+    EXPECT_EQ(describe(elements->filterWithSelector("other"_sel)), "(other, other, other)");
+    EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)->subarrayWithRange(NSMakeRange(0, 7))),
+              "(p, o, 0, NSString, NSArray, p, o)");
+    EXPECT_EQ(describe(elements->filterWithSelector("array"_sel)), "((), (), ())"); // a class's operation
+    EXPECT_EQ(elements->selectWithSelector("isNotNil"_sel)->count(), 15u);
+    EXPECT_EQ(describe(elements->rejectWithSelector("isNotNil"_sel)), "(nil, nil, nil)");
+}
+
+TEST_F(QBEnumFilterTest, ChangesCountFromTheNextObjectOn) {
+    const Ref<QBEnumFilter> filter = Ref<QBEnumFilter>(Probe::probes({"a", "b", "c", "d", "e", "f"})
+                                                           ->objectEnumerator()
+                                                           ->filterWithMessage("takes:"_sel, "x"_ns));
+    EXPECT_EQ(describe(filter->nextObject()), "a<x>");
+    filter->setArgument1("y"_ns);
+    EXPECT_EQ(describe(filter->nextObject()), "b<y>");
+    filter->_setFilterMsg("object"_sel); // the operation found for the class stays
+    EXPECT_EQ(describe(filter->nextObject()), "c<y>");
+    filter->invalidateCaches();
+    EXPECT_EQ(describe(filter->nextObject()), "d");
+    filter->setFilterMsg("addedAtRunTime"_sel);
+    filter->setSource(Probe::probes({"g", "h"})->objectEnumerator());
+    EXPECT_EQ(filter->nextObject(), nullptr);
+    EXPECT_EQ(describe(filter->source()->nextObject()), "nil"); // all were dropped
+    filter->setSource(Probe::probes({"i"})->objectEnumerator());
+    Probe::cls()->addMethod("addedAtRunTime"_sel, &added);
+    EXPECT_EQ(describe(filter->nextObject()), "i<added>");
+}
+
+TEST_F(QBEnumFilterTest, SourcesAreKeptSharedAndGivenBack) {
+    const Ref<NSEnumerator> source = Probe::probes({"a", "b"})->objectEnumerator();
+    const std::uint32_t before = source->retainCount();
+    const auto filter = QBEnumObjectSelectFilter::initWithTarget("t"_ns, "isEqual:"_sel, "x"_ns);
+    filter->setSource(source);
+    filter->setArgument2("y"_ns);
+    {
+        const Ref<QBEnumObjectFilter> copy = filter->copy();
+        EXPECT_EQ(source->retainCount(), before + 2);
+        EXPECT_TRUE(copy->isMemberOfClass(QBEnumObjectSelectFilter::cls()));
+        EXPECT_EQ(
+            describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1(), copy->argument2())),
+            "(t, x, y)");
+        EXPECT_EQ(copy->filterMsg(), "isEqual:"_sel.selector());
+        EXPECT_EQ(copy->source(), source.get());
+    }
+    {
+        const NSAutoreleasePool pool;
+        filter->setSource(source);
+        filter->setSource("alone"_ns); // no enumerator: yields itself
+        EXPECT_EQ(source->retainCount(), before + 1);
+    }
+    EXPECT_EQ(source->retainCount(), before);
+    filter->setFilterTarget("alone"_ns);
+    EXPECT_EQ(describe(filter->allObjects()), "(alone)");
+    EXPECT_EQ(describe(filter->allObjects()), "()");
+    filter->setSource(nullptr);
+    EXPECT_EQ(filter->nextObject(), nullptr);
+    EXPECT_EQ(OneShotEnumerator::initWithObject(nullptr)->nextObject(), nullptr);
+}
+
+TEST_F(QBEnumFilterTest, EnumeratorsChooseTheClassOfTheirFilters) {
+    const auto single = Ref<Single>::adopt(new Single);
+    const id filter = send<id>(single.get(), "filterWithMessage:"_sel, "object"_sel);
+    EXPECT_TRUE(filter->isMemberOfClass(Passing::cls()));
+    EXPECT_EQ(describe(send<id>(filter, "allObjects"_sel)), "(x)");
+    const id caseFilter = send<id>(QBEnumSelectFilter::cls(), "caseEqualFilter:"_sel, "b"_ns);
+    NSArray *const letters = NSArray::arrayWithObjects("a"_ns, "B"_ns, QBNil::value(), "b"_ns);
+    EXPECT_EQ(describe(send<id>(letters, "objectsFilteredWith:"_sel, caseFilter)), "(B, b)");
+    EXPECT_EQ(describe(letters->objectsFilteredWith(QBEnumSelectFilter::equalFilter("b"_ns))), "(b)");
+    EXPECT_EQ(describe(letters->nonNil()), "(a, B, b)");
+    EXPECT_EQ(letters->objectsFilteredWith(nullptr), nullptr);
+    EXPECT_EQ(letters->asArray(), letters);
+    EXPECT_EQ(describe(send<id>(QBNil::value(), "asArray"_sel)), "(nil)");
+    EXPECT_EQ(send<id>("a"_ns, "nextObject"_sel), nullptr);
+}
+
+TEST_F(QBEnumFilterTest, ErrorsAreWhatIsPendingAfterTheMessage) {
+    NSArray *const elements = Probe::probes({"-a", "b", "-c"});
+    EXPECT_TRUE(Probe::probes({"-a", "-c"})->allOk("raise"_sel));
+    {
+        const ErrorExpectation error(990002);
+        const id filter = filterOfClass("QBEnumRejectOnErrorFilter", "raise"_sel);
+        EXPECT_EQ(yielded(static_cast<QBEnumFilter *>(filter), elements), "(b, -c)"); // it stays pending
+        EXPECT_EQ(error.values(), "b");
+        EXPECT_FALSE(elements->allOk("truth"_sel));
+    }
+    EXPECT_TRUE(elements->allOk("truth"_sel));
+    EXPECT_FALSE(elements->allOk("fly"_sel));
+}
+
+TEST_F(QBEnumFilterTest, AllOfThemOrNot) {
+    NSArray *const on = Probe::probes({"a", "b"});
+    NSArray *const off = Probe::probes({"-a", "-b"});
+    NSArray *const mixed = on->arrayByAddingObjectsFromArray(off);
+    const auto ask = [](NSArray *array, const char *selector) {
+        return send<BOOL>(array, Selector::named(selector), "truth"_sel.selector()) != 0;
+    };
+    for (const char *selector : {"allTrue:", "allFalse:", "allOk:"})
+        EXPECT_TRUE(ask(NSArray::array(), selector)) << selector;
+    EXPECT_TRUE(ask(on, "allTrue:") && ask(off, "allFalse:"));
+    EXPECT_FALSE(ask(mixed, "allTrue:") || ask(mixed, "allFalse:"));
+    EXPECT_TRUE(on->allTrue("takes:two:"_sel, "x"_ns, "y"_ns));
+    EXPECT_FALSE(on->allFalse("takes:two:"_sel, "x"_ns, "y"_ns));
+    const id target = on->firstObject();
+    EXPECT_TRUE(mixed->allTrueWithObject(target, "takes:"_sel));
+    EXPECT_FALSE(mixed->allTrueWithObject(target, "isEqual:"_sel));
+    EXPECT_TRUE(mixed->allOkWithObject(target, "isEqual:"_sel));
+    EXPECT_EQ(describe(mixed->selectWithObject(target, "isEqual:"_sel)), "(a)");
+    EXPECT_EQ(describe(mixed->rejectWithSelector("isEqual:"_sel, target)), "(b, -a, -b)");
+    const auto rejected = QBEnumRejectFilter::initWithMessage("truth"_sel, nullptr, nullptr);
+    mixed->objectEnumeratorFilteredWith(rejected);
+    EXPECT_FALSE(rejected->ok()); // used up to the first one that is yielded
+    EXPECT_EQ(describe(rejected->allObjects()), "(-b)");
+}
+
+TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
+    const Ref<NSMutableArray> elements(static_cast<NSMutableArray *>(Probe::probes({"a", "b", "c"})));
+    const auto actFilter = [&] { return filterOfClass("QBEnumSelectFilter", "act"_sel); };
+    Probe::action = [](Probe *probe) {
+        if (describe(probe) == "b")
+            throw InvalidArgumentException("b");
+    };
+    const Ref<QBEnumFilter> filter = actFilter();
+    elements->objectEnumeratorFilteredWith(filter);
+    EXPECT_EQ(describe(filter->nextObject()), "a");
+    EXPECT_REASON(filter->nextObject(), "b");
+    EXPECT_EQ(describe(filter->nextObject()), "c"); // and goes on behind it
+    // The element destroys all that it comes from: the array's reference to it, the filter's source.
+    Probe::action = [&](Probe *) {
+        const NSAutoreleasePool pool;
+        filter->setSource("other"_ns);
+        elements->removeAllObjects();
+    };
+    {
+        const Ref<QBEnumFilter> inner = actFilter();
+        inner->setSource(elements->objectEnumerator());
+        filter->setSource(inner);
+    }
+    EXPECT_EQ(describe(filter->nextObject()), "a"); // it was on its way already
+    EXPECT_EQ(filter->nextObject(), nullptr);       // and a text has no `act`
+    Probe::action = [&](Probe *) { elements->addObject("new"_ns); };
+    elements->setArray(Probe::probes({"a", "b"}));
+    elements->objectEnumeratorFilteredWith(filter);
+    EXPECT_EQ(describe(filter->nextObject()), "a");
+    EXPECT_THROW(filter->nextObject(), InvalidUseOfMethodException);
+    Probe::action = nullptr;
+}
+
+TEST_F(QBEnumFilterTest, FiltersBehindEachOtherMeetNoEndOfTheStack) {
+    const auto chain = [](unsigned count, auto makeFilter) {
+        id last = Probe::probes({"a", "-b", "c"})->objectEnumerator();
+        for (unsigned i = 0; i < count; ++i) {
+            QBEnumFilter *const next = makeFilter(i);
+            next->setSource(last);
+            last = next;
+        }
+        return static_cast<QBEnumFilter *>(last);
+    };
+    ASSERT_TRUE(runOnSmallStack([&] {
+        const NSAutoreleasePool pool;
+        QBEnumFilter *const ours = chain(100'000, [](unsigned i) {
+            return i % 2 ? filterOfClass("QBEnumRejectFilter", "isNil"_sel)
+                         : filterOfClass("QBEnumSelectFilter", "truth"_sel);
+        });
+        EXPECT_EQ(describe(ours->allObjects()), "(a, c)");
+        // Those of a client ask each other, the first one its array.
+        const auto passing = [](unsigned) { return filterOfClass("Passing", nullptr); };
+        EXPECT_EQ(describe(chain(QBEnumFilter::kDeepestNesting + 1, passing)->allObjects()), "(a, -b, c)");
+        EXPECT_REASON(chain(QBEnumFilter::kDeepestNesting + 2, passing)->nextObject(),
+                      "QBEnumFilter nextObject must not have more than 256 enumerators that ask each other.");
+    }));
+    QBEnumFilter *const last =
+        chain(5, [](unsigned) { return filterOfClass("QBEnumSelectFilter", "truth"_sel); });
+    auto *const first = static_cast<QBEnumFilter *>(static_cast<QBEnumFilter *>(last->source())->source());
+    first->setSource(last->source()); // a circle that `last` is not in
+    EXPECT_REASON(last->nextObject(),
+                  "QBEnumFilter nextObject must have a source that does not lead back to the filter.");
+    first->setSource("x"_ns);
+    EXPECT_EQ(last->nextObject(), nullptr); // a text has no `truth`
+}

@@ -1,0 +1,182 @@
+#include <QBFoundation/Foundation/NSArray.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBBool.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/PoolFixture.h"
+#include "support/SmallStack.h"
+#include "support/TemporaryDirectory.h"
+
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+using QBPhpStringTest = PoolFixture;
+
+namespace {
+
+NSArray *nested(unsigned depth) {
+    NSArray *array = NSArray::array();
+    while (--depth != 0)
+        array = NSArray::arrayWithObject(array);
+    return array;
+}
+
+// Trees of numbers that PHP reads as they are, with keys that it keeps apart.
+class RandomTree {
+public:
+    explicit RandomTree(std::uint32_t seed) : random_(seed) {}
+
+    id value(unsigned depth) {
+        switch (depth == 0 ? below(4) : below(7)) {
+        case 0:
+            return NSNumber::numberWithInt(static_cast<std::int32_t>(random_()));
+        case 1:
+            return NSNumber::numberWithLongLong((std::int64_t{below(1U << 31)} << 32) -
+                                                (std::int64_t{1} << 62));
+        case 2:
+            return NSNumber::numberWithDouble(static_cast<double>(random_()) / 1024 - 1e6);
+        case 3:
+            return NSNumber::numberWithFloat(static_cast<float>(random_()));
+        case 4:
+        case 5:
+            return list(depth - 1);
+        default:
+            return dictionary(depth - 1);
+        }
+    }
+
+private:
+    std::uint32_t below(std::uint32_t end) { return random_() % end; }
+
+    NSArray *list(unsigned depth) {
+        NSMutableArray *const array = NSMutableArray::array();
+        for (std::uint32_t left = below(5); left != 0; --left)
+            array->addObject(value(depth));
+        return array;
+    }
+
+    NSDictionary *dictionary(unsigned depth) {
+        NSMutableDictionary *const result = NSMutableDictionary::dictionary();
+        for (std::uint32_t left = below(5); left != 0; --left)
+            result->setObjectForKey(value(depth),
+                                    NSNumber::numberWithInt(static_cast<std::int32_t>(random_())));
+        return result;
+    }
+
+    std::mt19937 random_;
+};
+
+// What the program below prints of the value: integers in full, other numbers by their bits, containers with
+// their keys.
+std::string shown(id value) {
+    std::string text = "[";
+    std::uint32_t index = 0;
+    if (auto *const array = qb::castOrNil<NSArray>(value)) {
+        for (id element : *array)
+            text += std::to_string(index++) + ":" + shown(element);
+        return text + "]";
+    }
+    if (auto *const dictionary = qb::castOrNil<NSDictionary>(value)) {
+        for (const auto &[key, object] : *dictionary)
+            text += describe(key) + ":" + shown(object);
+        return text + "]";
+    }
+    const std::string number = describe(value);
+    if (number.find_first_of(".e") == std::string::npos)
+        return number + ";";
+    char bits[20];
+    std::snprintf(bits, sizeof bits, "%016llx;",
+                  static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(std::stod(number))));
+    return bits;
+}
+
+constexpr const char *kShowInPhp = R"(<?php
+function shown($value) {
+    if (is_int($value)) return $value . ';';
+    if (is_float($value)) return bin2hex(pack('E', $value)) . ';';
+    $text = '[';
+    foreach ($value as $key => $element) $text .= $key . ':' . shown($element);
+    return $text . ']';
+}
+)";
+
+// Returns what the program writes, or nothing when there is no PHP.
+std::string runByPhp(const std::string &program) {
+    const TemporaryDirectory directory;
+    directory.write("program.php", program);
+    std::FILE *const output = popen(("php -n " + directory / "program.php" + " 2>&1").c_str(), "r");
+    std::string text;
+    for (int byte; output && (byte = std::fgetc(output)) != EOF;)
+        text += static_cast<char>(byte);
+    return output && pclose(output) == 0 ? text : "";
+}
+
+} // namespace
+
+TEST_F(QBPhpStringTest, EachTypeHasItsText) {
+    const std::string string = "not implemented correctly";
+    NSArray *const numbers = NSArray::arrayWithObjects(NSNumber::numberWithInt(1), NSNumber::numberWithInt(2),
+                                                       NSNumber::numberWithDouble(1.5));
+    const struct {
+        id value;
+        std::string text;
+    } rows[] = {
+        {NSNumber::numberWithInt(42), "42"},
+        {NSNumber::numberWithLongLong(INT64_MIN), "-9223372036854775808"},
+        {"42"_ns, string},
+        {QBNil::value(), string},
+        {QBBool::trueBoolean(), string},
+        {NSData::data(), string},
+        {NSArray::array(), "array()"},
+        {NSMutableDictionary::dictionary(), "array()"},
+        {numbers, "array(1, 2, 1.5)"},
+        {NSArray::arrayWithObjects(numbers, NSArray::array(), "x"_ns),
+         "array(array(1, 2, 1.5), array(), " + string + ")"},
+        {NSMutableArray::arrayWithObjects("a"_ns, QBNil::value()), "array(" + string + ", " + string + ")"},
+        {NSDictionary::dictionaryWithObjectsAndKeys(numbers, NSNumber::numberWithInt(7),
+                                                    NSNumber::numberWithInt(8), "k"_ns),
+         "array(7 => array(1, 2, 1.5), " + string + " => 8)"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(describe(send<id>(row.value, "asPhpString"_sel)), row.text);
+}
+
+TEST_F(QBPhpStringTest, DepthIsBounded) {
+    ASSERT_TRUE(runOnSmallStack([] {
+        const NSAutoreleasePool pool;
+        NSString *const text = nested(512)->asPhpString();
+        EXPECT_EQ(text->length(), 512u * 7);
+        NSMutableArray *const circle = NSMutableArray::array();
+        circle->addObject(circle);
+        circle->addObject(circle);
+        for (id value : {static_cast<id>(nested(513)), static_cast<id>(circle),
+                         static_cast<id>(NSDictionary::dictionaryWithObjectForKey(nested(512), "k"_ns))}) {
+            const ErrorExpectation error(qb::kErrorTooDeep);
+            EXPECT_EQ(value->asPhpString(), nullptr);
+            EXPECT_EQ(error.values(), "512");
+        }
+        circle->removeAllObjects();
+        EXPECT_EQ(describe(circle->asPhpString()), "array()"); // and the next one is none the worse
+    }));
+}
+
+TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
+    if (std::system("php -v >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "php is not installed";
+    std::string program = kShowInPhp;
+    std::string expected;
+    for (std::uint32_t seed = 0; seed < 200; ++seed) {
+        const id tree = RandomTree(seed).value(5);
+        program += "echo shown(" + describe(tree->asPhpString()) + "), \"\\n\";\n";
+        expected += shown(tree) + "\n";
+    }
+    EXPECT_EQ(runByPhp(program), expected);
+}

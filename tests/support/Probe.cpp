@@ -1,0 +1,79 @@
+#include "support/Probe.h"
+
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include "support/Describe.h"
+
+#include <string>
+
+std::function<void(Probe *)> Probe::action;
+
+Class *Probe::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"object">(&Probe::object),
+        qb::method<"kind">(&Probe::kind),
+        qb::method<"made">(&Probe::made),
+        qb::method<"truth">(&Probe::truth),
+        qb::method<"flag">(&Probe::flag),
+        qb::method<"letter">(&Probe::letter),
+        qb::method<"big">(&Probe::big),
+        qb::method<"real">(&Probe::real),
+        qb::method<"text">(&Probe::text),
+        qb::method<"place">(&Probe::place),
+        qb::method<"message">(&Probe::message),
+        qb::method<"range">(&Probe::range),
+        qb::method<"nothing">(&Probe::nothing),
+        qb::method<"takes:">(&Probe::takes),
+        qb::method<"takesText:">(&Probe::takesText),
+        qb::method<"takesClass:">(&Probe::takesClass),
+        qb::method<"takesPointer:">(&Probe::takesPointer),
+        qb::method<"takesNumber:">(&Probe::takesNumber),
+        qb::method<"takes:two:">(&Probe::takesTwo),
+        qb::method<"takes:two:three:">(&Probe::takesThree),
+        qb::method<"takes:two:three:four:">(&Probe::takesFour),
+        qb::method<"takesMore:">(&Probe::takesMore),
+        qb::method<"raise">(&Probe::raise),
+        qb::method<"act">(&Probe::act),
+    };
+    static Class *const self = new Class("Probe", NSObject::cls(), methods, qb::construct<Probe>);
+    return self;
+}
+
+Class *OtherProbe::cls() {
+    static const qb::Method methods[] = {qb::method<"other">(&OtherProbe::other)};
+    static Class *const self = new Class("OtherProbe", Probe::cls(), methods, qb::construct<OtherProbe>);
+    return self;
+}
+
+NSArray *Probe::probes(std::initializer_list<const char *> names) {
+    NSMutableArray *const array = NSMutableArray::array();
+    for (const char *name : names)
+        array->addObject(Ref<Probe>::adopt(new Probe(name)).get());
+    return array;
+}
+
+NSString *Probe::takes(id one) const {
+    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ">");
+}
+
+NSString *Probe::takesClass(Class *one) const {
+    return takes(one);
+}
+
+NSString *Probe::takesTwo(id one, id two) const {
+    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ", " + describe(two) + ">");
+}
+
+NSString *Probe::takesThree(id one, id two, id three) const {
+    return NSString::stringWith(describe(takesTwo(one, two)) + describe(three));
+}
+
+NSString *Probe::takesMore(id one, const qb::ArgList &more) const {
+    return NSString::stringWith(describe(takes(one)) + std::to_string(more.count()));
+}
+
+void Probe::raise() const {
+    if (isOn())
+        ERRORHANDLER->raiseErrorInFile("tests/Probe", __LINE__, 990002, name_.get());
+}

@@ -1,0 +1,73 @@
+// Elements that answer messages of all kinds.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_PROBE_H
+#define QBFOUNDATION_TESTS_SUPPORT_PROBE_H
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Ref.h>
+
+#include <functional>
+
+/// Answers with a result of each kind that messages have, with zero or nil when its name begins with a dash.
+class Probe : public NSObject {
+public:
+    Probe() = default;
+    explicit Probe(const char *name) : name_(NSString::stringWithCString(name)) {}
+
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    NSString *description() const override { return name_; }
+
+    /// Returns the probes of those names.
+    static NSArray *probes(std::initializer_list<const char *> names);
+
+    bool isOn() const { return name_->cString()[0] != '-'; }
+
+    id object() const { return isOn() ? name_.get() : nullptr; }
+    Class *kind() const { return isOn() ? cls() : nullptr; }
+    Ref<NSString> made() const { return isOn() ? name_ : nullptr; }
+    BOOL truth() const { return isOn() ? -128 : 0; }
+    bool flag() const { return isOn(); }
+    char letter() const { return isOn() ? 'x' : '\0'; }
+    std::int64_t big() const { return isOn() ? std::int64_t{1} << 40 : 0; } // with no bit in its lower half
+    double real() const { return isOn() ? 0.25 : 0; }
+    const char *text() const { return isOn() ? "" : nullptr; }
+    const void *place() const { return isOn() ? this : nullptr; }
+    SEL message() const { return isOn() ? "object"_sel.selector() : nullptr; }
+    NSRange range() const { return NSMakeRange(0, isOn() ? 1 : 0); }
+    void nothing() const {}
+
+    /// What it was called with.
+    NSString *takes(id one) const;
+    NSString *takesText(NSString *one) const { return takes(one); }
+    NSString *takesClass(Class *one) const;
+    NSString *takesPointer(const char *one) const { return one ? "pointer"_ns : "(null)"_ns; }
+    NSString *takesNumber(std::int32_t) const { return "number"_ns; }
+    NSString *takesTwo(id one, id two) const;
+    NSString *takesThree(id one, id two, id three) const;
+    NSString *takesFour(id, id, id, id) const { return "four"_ns; }
+    NSString *takesMore(id one, const qb::ArgList &more) const;
+    /// Raises error 990002 (name) unless the name begins with a dash.
+    void raise() const;
+    /// Does what the test wants it to do, and answers YES.
+    BOOL act() const {
+        action(const_cast<Probe *>(this));
+        return YES;
+    }
+
+    static std::function<void(Probe *)> action;
+
+private:
+    Ref<NSString> name_ = NSString::string();
+};
+
+/// A probe of a class with operations of its own.
+class OtherProbe : public Probe {
+public:
+    using Probe::Probe;
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    NSString *other() const { return "other"_ns; }
+};
+
+#endif
