@@ -34,7 +34,7 @@ bool isFreeOfLocale(std::string_view format) {
     return true;
 }
 
-std::string textByStrftime(const char *format, const Moment &moment) {
+std::string textByStrftime(const char *format, const Moment &moment, bool isDst) {
     const std::int64_t days = qb::calendar::daysFromCivil(
         moment.fields.year, static_cast<int>(moment.fields.month), static_cast<int>(moment.fields.day));
     const std::string abbreviation(moment.zoneAbbreviation);
@@ -47,7 +47,7 @@ std::string textByStrftime(const char *format, const Moment &moment) {
     parts.tm_sec = static_cast<int>(moment.fields.second);
     parts.tm_wday = qb::calendar::weekdayFromDays(days);
     parts.tm_yday = qb::calendar::dayOfYearFromDays(days) - 1;
-    parts.tm_isdst = 0; // known: below 0, "%z" writes nothing
+    parts.tm_isdst = isDst;
     parts.tm_gmtoff = moment.offset;
     parts.tm_zone = abbreviation.c_str();
     char text[kMostBytes];
@@ -91,7 +91,7 @@ NSString *NSDate::stringValue() const {
     const Moment moment = qb::calendar::momentAt(ctime(), 0, *zone);
     const std::string &format = storedFormat();
     if (!isFreeOfLocale(format))
-        return NSString::stringWith(textByStrftime(format.c_str(), moment));
+        return NSString::stringWith(textByStrftime(format.c_str(), moment, zone->offsetAt(ctime()).isDst));
     const std::string text = qb::calendar::formatted(format, moment);
     return NSString::stringWith(text.size() < kMostBytes ? text : std::string_view());
 }

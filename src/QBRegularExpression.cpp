@@ -4,7 +4,6 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/QBErrorHandler.h>
-#include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
@@ -101,8 +100,7 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
     id expression = cachedExpressions()->objectForKey(key);
     if (!expression) {
         const Ref<QBRegularExpression> compiled = initWithPattern(pattern, flags);
-        cachedExpressions()->setObjectForKey(compiled ? static_cast<id>(compiled.get()) : QBNil::value(),
-                                             key);
+        cachedExpressions()->setObjectAndQBNilIfIsNil(compiled, key);
         if (!compiled)
             return nullptr;
         expression = compiled;
