@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Required.h"
 #include "Text/Hash.h"
 #include "Text/Search.h"
 #include "Text/Unicode.h"
@@ -119,9 +120,7 @@ NSCharacterSet *NSCharacterSet::characterSetWithRange(NSRange range) {
 }
 
 BOOL NSCharacterSet::setUpWithCharactersInString(NSString *string) {
-    if (!string)
-        throw InvalidArgumentException(
-            "NSCharacterSet characterSetWithCharactersInString: must have a string that is not nil.");
+    qb::required(string, "NSCharacterSet characterSetWithCharactersInString:", "a string");
     const std::string_view text = string->view();
     std::vector<std::uint32_t> characters;
     for (const char *position = text.data(), *end = position + text.size(); position != end;) {

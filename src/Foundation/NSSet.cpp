@@ -8,6 +8,7 @@
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 
 Class *NSSet::cls() {
     static const qb::Method methods[] = {
@@ -91,8 +92,7 @@ BOOL NSSet::setUpWithSet(NSSet *other) {
 }
 
 void NSSet::insert(id object) {
-    if (!object)
-        throw InvalidArgumentException("NSMutableSet addObject: must have an object that is not nil.");
+    qb::required(object, "NSMutableSet addObject:", "an object");
     const std::uint32_t before = table_.count();
     table_.entryFor(object);
     if (table_.count() != before)

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "System/Process.h"
 
 #include <algorithm>
@@ -63,18 +64,10 @@ std::string homeDirectory(std::string_view user) {
     return own && *own ? own : qb::sys::homeDirectory(nullptr);
 }
 
-template <class T>
-T *checked(T *object, const char *selector) {
-    if (!object)
-        throw InvalidArgumentException(std::string("NSString ") + selector +
-                                       " must have an argument that is not nil.");
-    return object;
-}
-
 std::string joined(NSArray *components) {
     std::string path;
     bool isFirst = true;
-    for (id element : *checked(components, "pathWithComponents:")) {
+    for (id element : *qb::required(components, "NSString pathWithComponents:")) {
         auto *const component = qb::castOrNil<NSString>(element);
         if (!component)
             throw InvalidArgumentException("NSString pathWithComponents: must have an array of strings.");
@@ -161,7 +154,8 @@ NSString *NSString::stringByDeletingLastPathComponent() const {
 }
 
 NSString *NSString::stringByAppendingPathComponent(NSString *component) const {
-    const std::string_view added = checked(component, "stringByAppendingPathComponent:")->view();
+    const std::string_view added =
+        qb::required(component, "NSString stringByAppendingPathComponent:")->view();
     if (byteLength_ == 0)
         return component->converted(trimmed(added));
     std::string path(trimmed(view()));
@@ -183,7 +177,7 @@ NSString *NSString::stringByDeletingPathExtension() const {
 }
 
 NSString *NSString::stringByAppendingPathExtension(NSString *extension) const {
-    checked(extension, "stringByAppendingPathExtension:");
+    qb::required(extension, "NSString stringByAppendingPathExtension:");
     if (extension->byteLength_ == 0 || bare(view()).empty())
         return unchanged();
     return stringWith(std::string(trimmed(view())).append(".").append(extension->view()));

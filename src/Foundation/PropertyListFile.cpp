@@ -3,7 +3,6 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
@@ -12,17 +11,13 @@
 #include "Foundation/FileContents.h"
 #include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListReader.h"
+#include "Foundation/Required.h"
 
 #include <string>
 
 namespace {
 
 constexpr const char *kFile = "src/Foundation/PropertyListFile";
-
-void requirePath(NSString *path, const char *operation) {
-    if (!path)
-        throw InvalidArgumentException(std::string(operation) + " must have a path that is not nil.");
-}
 
 // Returns the file's value if it is a `T`, which is called `expected`.
 template <class T>
@@ -50,7 +45,7 @@ BOOL writeFile(id value, NSString *path, BOOL atomically) {
 }
 
 Ref<NSArray> readArray(NSString *path) {
-    requirePath(path, "NSArray initWithContentsOfFile:");
+    qb::required(path, "NSArray initWithContentsOfFile:", "a path");
     return readFile<NSArray>(path, "an array");
 }
 
@@ -91,12 +86,12 @@ Ref<NSMutableArray> NSMutableArray::initWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSArray::writeToFile(NSString *path, BOOL atomically) const {
-    requirePath(path, "NSArray writeToFile:atomically:");
+    qb::required(path, "NSArray writeToFile:atomically:", "a path");
     return writeFile(self(), path, atomically);
 }
 
 BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
-    requirePath(path, "NSDictionary initWithContentsOfFile:");
+    qb::required(path, "NSDictionary initWithContentsOfFile:", "a path");
     const Ref<NSDictionary> dictionary = readFile<NSDictionary>(path, "a dictionary");
     if (!dictionary)
         return NO;
@@ -105,6 +100,6 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSDictionary::writeToFile(NSString *path, BOOL atomically) const {
-    requirePath(path, "NSDictionary writeToFile:atomically:");
+    qb::required(path, "NSDictionary writeToFile:atomically:", "a path");
     return writeFile(self(), path, atomically);
 }
