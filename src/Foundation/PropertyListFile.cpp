@@ -9,8 +9,10 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/FileContents.h"
-#include "Foundation/PropertyListFile.Tables.h"
+#include "Foundation/NSArray.Tables.h"
+#include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/PropertyListReader.h"
+#include "Foundation/PropertyListText.h"
 #include "Foundation/Required.h"
 
 #include <string>
@@ -72,6 +74,7 @@ std::span<const qb::Method> qb::tables::arrayPropertyListFile() {
 std::span<const qb::Method> qb::tables::dictionaryPropertyListFile() {
     static const qb::Method methods[] = {
         qb::method<"writeToFile:atomically:">(&NSDictionary::writeToFile),
+        qb::method<"descriptionInStringsFileFormat">(&NSDictionary::descriptionInStringsFileFormat),
     };
     return methods;
 }
@@ -97,6 +100,17 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
         return NO;
     table_.swap(dictionary->table_);
     return YES;
+}
+
+NSString *NSDictionary::descriptionInStringsFileFormat() const {
+    std::string text;
+    for (const auto &[key, value] : *this) {
+        qb::appendPropertyListString(text, key->stringValue()->view());
+        text += " = ";
+        qb::appendPropertyListString(text, value->stringValue()->view());
+        text += ";\n";
+    }
+    return NSString::stringWith(text);
 }
 
 BOOL NSDictionary::writeToFile(NSString *path, BOOL atomically) const {
