@@ -22,6 +22,7 @@ Class *NSSet::cls() {
         qb::initialiser<"initWithObjects:count:">(&NSSet::setUpWithObjects),
         qb::initialiser<"initWithArray:">(&NSSet::setUpWithArray),
         qb::initialiser<"initWithSet:">(&NSSet::setUpWithSet),
+        qb::initialiser<"initWithSet:copyItems:">(&NSSet::setUpWithCopies),
         qb::method<"count">(&NSSet::count),
         qb::method<"member:">(&NSSet::member),
         qb::method<"containsObject:">(&NSSet::containsObject),
@@ -60,6 +61,10 @@ Ref<NSSet> NSSet::initWithSet(NSSet *other) {
     return qb::init<NSSet>(&NSSet::setUpWithSet, other);
 }
 
+Ref<NSSet> NSSet::initWithSet(NSSet *other, BOOL copyItems) {
+    return qb::init<NSSet>(&NSSet::setUpWithCopies, other, copyItems);
+}
+
 BOOL NSSet::setUpWithObjects(const id *objects, std::uint32_t count) {
     table_.reserve(count);
     for (const id object : std::span(objects, count))
@@ -83,11 +88,15 @@ BOOL NSSet::setUpWithArray(NSArray *array) {
 }
 
 BOOL NSSet::setUpWithSet(NSSet *other) {
+    return setUpWithCopies(other, /*copyItems=*/NO);
+}
+
+BOOL NSSet::setUpWithCopies(NSSet *other, BOOL copyItems) {
     if (!other)
         return YES;
     table_.reserve(other->count());
     for (id object : *other)
-        insert(object);
+        insert(copyItems ? object->copy().autorelease() : object);
     return YES;
 }
 

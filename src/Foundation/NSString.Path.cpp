@@ -10,6 +10,7 @@
 #include "System/Process.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,9 @@ std::span<const qb::Method> qb::tables::stringPath() {
         qb::method<"stringByExpandingTildeInPath">(&NSString::stringByExpandingTildeInPath),
         qb::method<"stringByAbbreviatingWithTildeInPath">(&NSString::stringByAbbreviatingWithTildeInPath),
         qb::method<"stringByStandardizingPath">(&NSString::stringByStandardizingPath),
+        qb::method<"stringsByAppendingPaths:">(&NSString::stringsByAppendingPaths),
+        qb::method<"fileSystemRepresentation">(&NSString::fileSystemRepresentation),
+        qb::method<"getFileSystemRepresentation:maxLength:">(&NSString::getFileSystemRepresentation),
     };
     return methods;
 }
@@ -204,4 +208,24 @@ NSString *NSString::stringByAbbreviatingWithTildeInPath() const {
 
 NSString *NSString::stringByStandardizingPath() const {
     return converted(standardized(stringByExpandingTildeInPath()->view()));
+}
+
+NSArray *NSString::stringsByAppendingPaths(NSArray *paths) const {
+    NSMutableArray *const longer = NSMutableArray::array();
+    for (id path : *qb::required(paths, "NSString stringsByAppendingPaths:"))
+        longer->addObject(stringByAppendingPathComponent(qb::castOrNil<NSString>(path)));
+    return longer;
+}
+
+const char *NSString::fileSystemRepresentation() const {
+    if (view().find('\0') != npos)
+        throw InvalidArgumentException("NSString fileSystemRepresentation must have a text without a NUL.");
+    return cString();
+}
+
+BOOL NSString::getFileSystemRepresentation(char *buffer, std::uint32_t maxLength) const {
+    if (byteLength_ >= maxLength || view().find('\0') != npos)
+        return NO;
+    std::memcpy(buffer, bytes_, byteLength_ + std::size_t{1});
+    return YES;
 }

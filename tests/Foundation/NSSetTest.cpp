@@ -92,3 +92,12 @@ TEST_F(NSSetTest, SelectorsMakeSetsOfTheClassAsked) {
     lists->makeObjectsPerformSelector("addObject:"_sel, "x"_ns);
     EXPECT_EQ(describe(lists->anyObject()), "(x)");
 }
+
+TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
+    NSMutableString *const text = NSMutableString::stringWith("a");
+    NSSet *const set = NSSet::setWithObject(text);
+    EXPECT_EQ(NSSet::initWithSet(set, /*copyItems=*/NO)->anyObject(), text);
+    const Ref<NSSet> copies = NSSet::initWithSet(set, /*copyItems=*/YES);
+    text->appendString("b"_ns);
+    EXPECT_EQ(elements(copies), "(a)");
+}
