@@ -79,6 +79,10 @@ for comment, name, majors in (
     ("Decimal digits.", "kDigits", ("Nd",)),
     ("Numbers of all kinds, the decimal digits among them.", "kNumbers", "N"),
     ("Punctuation.", "kPunctuation", "P"),
+    ("Symbols: of mathematics, currencies and others.", "kSymbols", "S"),
+    ("Controls and invisible format characters.", "kControls", ("Cc", "Cf")),
+    ("Marks on letters.", "kMarks", "M"),
+    ("Letters whose first part is upper-case and whose second is lower-case.", "kTitleCase", ("Lt",)),
 ):
     chosen = set(majors) if isinstance(majors, tuple) else {kind for kind in kinds if kind[0] in majors}
     print_table(comment, f"inline constexpr CodeRange {name}[]", class_ranges(chosen))

@@ -9,6 +9,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSDirectoryEnumerator.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSFileManager.h>
 #include <QBFoundation/Foundation/NSInvocation.h>
@@ -73,6 +74,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSData", &NSData::cls},
         {"NSDate", &NSDate::cls},
         {"NSDictionary", &NSDictionary::cls},
+        {"NSDirectoryEnumerator", &NSDirectoryEnumerator::cls},
         {"NSEnumerator", &NSEnumerator::cls},
         {"NSFileManager", &NSFileManager::cls},
         {"NSInvocation", &NSInvocation::cls},
@@ -80,6 +82,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSKeyedUnarchiver", &NSKeyedUnarchiver::cls},
         {"NSLongLongNumber", &NSLongLongNumber::cls},
         {"NSMutableArray", &NSMutableArray::cls},
+        {"NSMutableCharacterSet", &NSMutableCharacterSet::cls},
         {"NSMutableData", &NSMutableData::cls},
         {"NSMutableDictionary", &NSMutableDictionary::cls},
         {"NSMutableSet", &NSMutableSet::cls},

@@ -12,6 +12,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDate.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSDirectoryEnumerator.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSFileManager.h>

@@ -7,9 +7,8 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 
-// Paths end at PATH_MAX bytes, so that no recursion here is deeper than some 2000 directories; each is closed
-// before those inside it are opened.
 namespace qb::tree {
 
 namespace {
@@ -28,10 +27,6 @@ struct CloseDirectory {
 
 bool isDots(const char *name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
-
-std::string joined(const std::string &directory, const std::string &name) {
-    return directory.ends_with('/') ? directory + name : directory + "/" + name;
 }
 
 bool isSame(const struct stat &a, const struct stat &b) {
@@ -70,45 +65,91 @@ bool copyLink(const std::string &source, const std::string &target) {
     return readLink(source, text) && sys::symlink(text.c_str(), target.c_str()) == 0;
 }
 
-bool copyAny(const std::string &source, const std::string &target);
+// What makes a second one of a file, link or other thing that is no directory.
+using LeafCopier = bool (*)(const std::string &source, const std::string &target, mode_t mode);
 
-bool copyDirectory(const std::string &source, const std::string &target, const struct stat &info) {
-    std::vector<std::string> names;
-    if (!list(source, names) || sys::mkdir(target.c_str(), 0700) != 0)
-        return false;
-    for (const std::string &name : names)
-        if (!copyAny(joined(source, name), joined(target, name)))
-            return false;
-    return sys::chmod(target.c_str(), info.st_mode & kPermissionBits) == 0;
+bool linkLeaf(const std::string &source, const std::string &target, mode_t) {
+    return sys::link(source.c_str(), target.c_str()) == 0;
 }
 
-bool copyAny(const std::string &source, const std::string &target) {
-    struct stat info;
-    if (sys::lstat(source.c_str(), &info) != 0)
-        return false;
-    if (S_ISDIR(info.st_mode))
-        return copyDirectory(source, target, info);
-    if (S_ISLNK(info.st_mode))
+bool copyLeaf(const std::string &source, const std::string &target, mode_t mode) {
+    if (S_ISLNK(mode))
         return copyLink(source, target);
-    if (S_ISREG(info.st_mode))
+    if (S_ISREG(mode))
         return copyFile(source, target);
     errno = EINVAL; // sockets, pipes and devices have no content to copy
     return false;
 }
 
-/// Whether `path`, where nothing is yet, lies in the directory `top` or below it.
-bool liesInside(const std::string &path, const struct stat &top) {
+// Copies what stands at one place of a tree; of a directory itself only, and `walk` enters it.
+bool copyEntry(const std::string &source, const std::string &target, LeafCopier copyLeaf, Walk &walk,
+               std::vector<mode_t> &modes) {
+    struct stat info;
+    if (sys::lstat(source.c_str(), &info) != 0)
+        return false;
+    if (!S_ISDIR(info.st_mode))
+        return copyLeaf(source, target, info.st_mode);
+    std::vector<std::string> names;
+    if (!list(source, names) || sys::mkdir(target.c_str(), 0700) != 0)
+        return false;
+    walk.enter(std::move(names));
+    modes.push_back(info.st_mode & kPermissionBits);
+    return true;
+}
+
+// Directories get their permissions when all is in them.
+bool copyTree(const std::string &source, const std::string &target, LeafCopier copyLeaf) {
+    Walk walk;
+    std::vector<mode_t> modes; // of the directories that are entered
+    if (!copyEntry(source, target, copyLeaf, walk, modes))
+        return false;
+    for (;;)
+        switch (walk.step()) {
+        case Walk::Step::entry:
+            if (!copyEntry(source + walk.below(), target + walk.below(), copyLeaf, walk, modes))
+                return false;
+            break;
+        case Walk::Step::directoryEnd:
+            if (sys::chmod((target + walk.below()).c_str(), modes.back()) != 0)
+                return false;
+            modes.pop_back();
+            break;
+        case Walk::Step::end:
+            return true;
+        }
+}
+
+/// Returns EINVAL when `path`, where nothing is yet, lies in the directory `top` or below it; 0 when not; or
+/// why that can't be told.
+int errorOfPlace(const std::string &path, const struct stat &top) {
     const std::size_t end = path.find_last_not_of('/');
     const std::size_t slash = end == std::string::npos ? end : path.rfind('/', end);
-    std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    struct stat info, below{};
-    while (sys::stat(directory.c_str(), &info) == 0 && !isSame(info, below)) {
+    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    constexpr int kFlags = O_PATH | O_DIRECTORY;
+    sys::Descriptor open(sys::open(directory.c_str(), kFlags));
+    for (struct stat info, below{};; below = info) {
+        if (!open || sys::fstat(open.get(), &info) != 0)
+            return errno;
         if (isSame(info, top))
-            return true;
-        below = info;
-        directory = joined(directory, "..");
+            return EINVAL;
+        if (isSame(info, below))
+            return 0;
+        open = sys::Descriptor(sys::openat(open.get(), "..", kFlags));
     }
-    return false;
+}
+
+bool canCopy(const std::string &source, const std::string &target) {
+    struct stat info;
+    if (sys::lstat(target.c_str(), &info) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    if (sys::lstat(source.c_str(), &info) != 0)
+        return false;
+    if (!S_ISDIR(info.st_mode))
+        return true;
+    errno = errorOfPlace(target, info);
+    return errno == 0;
 }
 
 bool haveEqualBytes(const std::string &a, const std::string &b) {
@@ -131,16 +172,67 @@ bool haveEqualBytes(const std::string &a, const std::string &b) {
     }
 }
 
-bool haveEqualEntries(const std::string &a, const std::string &b) {
+bool haveEqualTexts(const std::string &a, const std::string &b) {
+    std::string text, otherText;
+    return readLink(a, text) && readLink(b, otherText) && text == otherText;
+}
+
+// Whether two directories have the same names; `walk` enters both.
+bool haveEqualNames(const std::string &a, const std::string &b, Walk &walk) {
     std::vector<std::string> names, otherNames;
     if (!list(a, names) || !list(b, otherNames))
         return false;
     std::sort(names.begin(), names.end());
     std::sort(otherNames.begin(), otherNames.end());
     errno = 0;
-    return names == otherNames && std::all_of(names.begin(), names.end(), [&](const std::string &name) {
-               return areEqual(joined(a, name), joined(b, name));
-           });
+    const bool isEqual = names == otherNames;
+    walk.enter(std::move(names));
+    return isEqual;
+}
+
+bool areEntriesEqual(const std::string &a, const std::string &b, Walk &walk) {
+    struct stat one, other;
+    if (sys::lstat(a.c_str(), &one) != 0 || sys::lstat(b.c_str(), &other) != 0)
+        return false;
+    errno = 0;
+    if (isSame(one, other))
+        return true;
+    if ((one.st_mode & S_IFMT) != (other.st_mode & S_IFMT))
+        return false;
+    if (S_ISDIR(one.st_mode))
+        return haveEqualNames(a, b, walk);
+    if (S_ISREG(one.st_mode))
+        return one.st_size == other.st_size && haveEqualBytes(a, b);
+    return S_ISLNK(one.st_mode) && haveEqualTexts(a, b);
+}
+
+// The first error is the one that tells why something is left.
+void note(std::vector<int> &errors, int error) {
+    if (errors.back() == 0)
+        errors.back() = error;
+}
+
+// Removes what is no directory; `walk` enters one, whose errors are noted apart.
+void removeEntry(const std::string &path, Walk &walk, std::vector<int> &errors) {
+    struct stat info;
+    if (sys::lstat(path.c_str(), &info) != 0)
+        return note(errors, errno);
+    if (!S_ISDIR(info.st_mode)) {
+        if (sys::unlink(path.c_str()) != 0)
+            note(errors, errno);
+        return;
+    }
+    std::vector<std::string> names;
+    errors.push_back(list(path, names) ? 0 : errno);
+    walk.enter(std::move(names));
+}
+
+// Removes a directory that was walked through.
+void removeDirectory(const std::string &path, std::vector<int> &errors) {
+    const int inside = errors.back();
+    errors.pop_back();
+    if (sys::rmdir(path.c_str()) != 0)
+        note(errors, inside != 0 ? inside : errno);
 }
 
 } // namespace
@@ -155,68 +247,58 @@ bool list(const std::string &directory, std::vector<std::string> &names) {
     return errno == 0;
 }
 
-bool listAll(const std::string &directory, const std::string &prefix, std::vector<std::string> &paths) {
-    std::vector<std::string> names;
-    if (!list(directory, names))
-        return false;
-    for (const std::string &name : names) {
-        const std::string path = joined(directory, name);
-        struct stat info;
-        paths.push_back(prefix + name);
-        if (sys::lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode))
-            listAll(path, prefix + name + "/", paths);
+void Walk::enter(std::vector<std::string> names) {
+    open_.push_back({std::move(names), 0, below_.size()});
+}
+
+void Walk::leave() {
+    below_.resize(open_.back().length);
+    open_.pop_back();
+}
+
+Walk::Step Walk::step() {
+    if (open_.empty())
+        return Step::end;
+    Directory &directory = open_.back();
+    if (directory.next == directory.names.size()) {
+        leave();
+        return Step::directoryEnd;
     }
-    return true;
+    below_.resize(directory.length);
+    below_ += '/';
+    below_ += directory.names[directory.next++];
+    return Step::entry;
 }
 
 bool copy(const std::string &source, const std::string &target) {
-    struct stat info;
-    if (sys::lstat(target.c_str(), &info) == 0) {
-        errno = EEXIST;
-        return false;
-    }
-    if (sys::lstat(source.c_str(), &info) != 0)
-        return false;
-    if (S_ISDIR(info.st_mode) && liesInside(target, info)) {
-        errno = EINVAL;
-        return false;
-    }
-    return copyAny(source, target);
+    return canCopy(source, target) && copyTree(source, target, &copyLeaf);
+}
+
+bool link(const std::string &source, const std::string &target) {
+    return canCopy(source, target) && copyTree(source, target, &linkLeaf);
 }
 
 bool remove(const std::string &path) {
-    struct stat info;
-    if (sys::lstat(path.c_str(), &info) != 0)
-        return false;
-    if (!S_ISDIR(info.st_mode))
-        return sys::unlink(path.c_str()) == 0;
-    std::vector<std::string> names;
-    int error = list(path, names) ? 0 : errno;
-    for (const std::string &name : names)
-        if (!remove(joined(path, name)) && error == 0)
-            error = errno;
-    if (sys::rmdir(path.c_str()) == 0)
-        return true;
-    if (error != 0)
-        errno = error; // why something is left in it
-    return false;
+    Walk walk;
+    std::vector<int> errors{0}; // of the whole, and of each directory that is entered
+    removeEntry(path, walk, errors);
+    for (Walk::Step step; (step = walk.step()) != Walk::Step::end;)
+        if (step == Walk::Step::entry)
+            removeEntry(path + walk.below(), walk, errors);
+        else
+            removeDirectory(path + walk.below(), errors);
+    errno = errors.front();
+    return errors.front() == 0;
 }
 
 bool areEqual(const std::string &a, const std::string &b) {
-    struct stat one, other;
-    if (sys::lstat(a.c_str(), &one) != 0 || sys::lstat(b.c_str(), &other) != 0)
+    Walk walk;
+    if (!areEntriesEqual(a, b, walk))
         return false;
-    errno = 0;
-    if (isSame(one, other))
-        return true;
-    if ((one.st_mode & S_IFMT) != (other.st_mode & S_IFMT))
-        return false;
-    if (S_ISDIR(one.st_mode))
-        return haveEqualEntries(a, b);
-    if (S_ISREG(one.st_mode))
-        return one.st_size == other.st_size && haveEqualBytes(a, b);
-    std::string text, otherText;
-    return S_ISLNK(one.st_mode) && readLink(a, text) && readLink(b, otherText) && text == otherText;
+    for (Walk::Step step; (step = walk.step()) != Walk::Step::end;)
+        if (step == Walk::Step::entry && !areEntriesEqual(a + walk.below(), b + walk.below(), walk))
+            return false;
+    return true;
 }
 
 bool readLink(const std::string &path, std::string &text) {

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/ArchiveWriter.h"
+#include "Foundation/Required.h"
 #include "Foundation/TypeCodes.h"
 
 #include <string>
@@ -43,9 +44,7 @@ BOOL NSArchiver::setUp() {
 }
 
 BOOL NSArchiver::setUpForWritingWithMutableData(NSMutableData *data) {
-    if (!data)
-        throw InvalidArgumentException(
-            "NSArchiver initForWritingWithMutableData: must have data that is not nil.");
+    qb::required(data, "NSArchiver initForWritingWithMutableData:", "data");
     data_ = data;
     return YES;
 }

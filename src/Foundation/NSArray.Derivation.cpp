@@ -18,6 +18,7 @@ std::span<const qb::Method> qb::tables::arrayDerivation() {
         qb::method<"arrayByAddingObject:">(&NSArray::arrayByAddingObject),
         qb::method<"arrayByAddingObjectsFromArray:">(&NSArray::arrayByAddingObjectsFromArray),
         qb::method<"componentsJoinedByString:">(&NSArray::componentsJoinedByString),
+        qb::method<"pathsMatchingExtensions:">(&NSArray::pathsMatchingExtensions),
         qb::method<"makeObjectsPerformSelector:", void(SEL)>(&NSArray::makeObjectsPerformSelector),
         qb::method<"makeObjectsPerformSelector:withObject:", void(SEL, id)>(
             &NSArray::makeObjectsPerformSelector),
@@ -66,6 +67,16 @@ NSString *NSArray::componentsJoinedByString(NSString *separator) const {
             text += description->view();
     }
     return NSString::stringWith(text);
+}
+
+NSArray *NSArray::pathsMatchingExtensions(NSArray *extensions) const {
+    NSMutableArray *const paths = NSMutableArray::array();
+    for (id element : *this) {
+        auto *const path = qb::castOrNil<NSString>(element);
+        if (path && extensions && extensions->containsObject(path->pathExtension()))
+            paths->addObject(path);
+    }
+    return paths;
 }
 
 void NSArray::makeObjectsPerformSelector(SEL selector) const {

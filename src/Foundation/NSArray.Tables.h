@@ -12,6 +12,7 @@ std::span<const Method> arrayDerivation();
 std::span<const Method> arrayFiltering();
 std::span<const Method> arrayOrder();
 std::span<const Method> arrayPath();
+std::span<const Method> arrayPropertyListFile();
 std::span<const Method> arrayReplacing();
 std::span<const Method> arrayReshaping();
 std::span<const Method> arraySets();

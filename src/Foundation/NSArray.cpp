@@ -8,7 +8,6 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/DeepWalk.h"
 #include "Foundation/NSArray.Tables.h"
-#include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 
 #include <algorithm>

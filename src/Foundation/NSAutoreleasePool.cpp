@@ -1,9 +1,9 @@
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSAutoreleasePool.Tables.h"
+#include "Foundation/Required.h"
 #include "System/Memory.h"
 
 #include <new>
@@ -62,8 +62,7 @@ void NSAutoreleasePool::addPage() {
 }
 
 void NSAutoreleasePool::addObject(id object) {
-    if (!object)
-        throw InvalidArgumentException("NSAutoreleasePool addObject: must have an object that is not nil.");
+    qb::required(object, "NSAutoreleasePool addObject:", "an object");
     if (!newest_ || newest_->count == Page::kCapacity) [[unlikely]] {
         Ref<NSObject> owned = Ref<NSObject>::adopt(object); // until there is a place for it
         addPage();

@@ -1,9 +1,11 @@
 #include <QBFoundation/Foundation/NSCharacterSet.h>
 
 #include <QBFoundation/Foundation/NSCoder.h>
+#include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Required.h"
 #include "Text/Hash.h"
 #include "Text/Search.h"
 #include "Text/Unicode.h"
@@ -29,7 +31,15 @@ constexpr bool (*kTests[])(std::uint32_t character) = {
     qb::text::isUppercaseLetter,
     qb::text::isLowercaseLetter,
     qb::text::isPunctuation,
+    qb::text::isSymbol,
+    qb::text::isControl,
+    qb::text::isMark,
+    qb::text::isTitleCaseLetter,
 };
+
+bool isOnlyInSecond(bool isInFirst, bool isInSecond) {
+    return isInSecond && !isInFirst;
+}
 
 } // namespace
 
@@ -45,16 +55,25 @@ Class *NSCharacterSet::cls() {
         qb::classMethod<"uppercaseLetterCharacterSet">(&NSCharacterSet::uppercaseLetterCharacterSet),
         qb::classMethod<"lowercaseLetterCharacterSet">(&NSCharacterSet::lowercaseLetterCharacterSet),
         qb::classMethod<"punctuationCharacterSet">(&NSCharacterSet::punctuationCharacterSet),
+        qb::classMethod<"symbolCharacterSet">(&NSCharacterSet::symbolCharacterSet),
+        qb::classMethod<"controlCharacterSet">(&NSCharacterSet::controlCharacterSet),
+        qb::classMethod<"nonBaseCharacterSet">(&NSCharacterSet::nonBaseCharacterSet),
+        qb::classMethod<"capitalizedLetterCharacterSet">(&NSCharacterSet::capitalizedLetterCharacterSet),
         qb::maker<"characterSetWithCharactersInString:">(&NSCharacterSet::setUpWithCharactersInString),
         qb::maker<"characterSetWithRange:">(&NSCharacterSet::setUpWithRange),
+        qb::maker<"characterSetWithBitmapRepresentation:">(&NSCharacterSet::setUpWithBitmapRepresentation),
         qb::method<"invertedSet">(&NSCharacterSet::invertedSet),
         qb::method<"characterIsMember:">(&NSCharacterSet::characterIsMember),
         qb::method<"longCharacterIsMember:">(&NSCharacterSet::longCharacterIsMember),
+        qb::method<"isSupersetOfSet:">(&NSCharacterSet::isSupersetOfSet),
+        qb::method<"hasMemberInPlane:">(&NSCharacterSet::hasMemberInPlane),
+        qb::method<"bitmapRepresentation">(&NSCharacterSet::bitmapRepresentation),
         qb::initialiser<"initWithCoder:">(&NSCharacterSet::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSCharacterSet::encodeWithCoder),
     };
-    static Class *const self = new Class("NSCharacterSet", NSObject::cls(), methods,
-                                         qb::construct<NSCharacterSet>, {"NSCopying", "NSCoding"});
+    static Class *const self =
+        new Class("NSCharacterSet", NSObject::cls(), methods, qb::construct<NSCharacterSet>,
+                  {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 
@@ -108,10 +127,30 @@ NSCharacterSet *NSCharacterSet::punctuationCharacterSet() {
     return shared(Kind::punctuation);
 }
 
+NSCharacterSet *NSCharacterSet::symbolCharacterSet() {
+    return shared(Kind::symbol);
+}
+
+NSCharacterSet *NSCharacterSet::controlCharacterSet() {
+    return shared(Kind::control);
+}
+
+NSCharacterSet *NSCharacterSet::nonBaseCharacterSet() {
+    return shared(Kind::nonBase);
+}
+
+NSCharacterSet *NSCharacterSet::capitalizedLetterCharacterSet() {
+    return shared(Kind::capitalizedLetter);
+}
+
 // --- Other sets ---
 
 NSCharacterSet *NSCharacterSet::characterSetWithCharactersInString(NSString *string) {
     return qb::init<NSCharacterSet>(&NSCharacterSet::setUpWithCharactersInString, string).autorelease();
+}
+
+NSCharacterSet *NSCharacterSet::characterSetWithBitmapRepresentation(NSData *data) {
+    return qb::init<NSCharacterSet>(&NSCharacterSet::setUpWithBitmapRepresentation, data).autorelease();
 }
 
 NSCharacterSet *NSCharacterSet::characterSetWithRange(NSRange range) {
@@ -119,9 +158,7 @@ NSCharacterSet *NSCharacterSet::characterSetWithRange(NSRange range) {
 }
 
 BOOL NSCharacterSet::setUpWithCharactersInString(NSString *string) {
-    if (!string)
-        throw InvalidArgumentException(
-            "NSCharacterSet characterSetWithCharactersInString: must have a string that is not nil.");
+    qb::required(string, "NSCharacterSet characterSetWithCharactersInString:", "a string");
     const std::string_view text = string->view();
     std::vector<std::uint32_t> characters;
     for (const char *position = text.data(), *end = position + text.size(); position != end;) {
@@ -151,17 +188,72 @@ BOOL NSCharacterSet::setUpWithRange(NSRange range) {
 }
 
 NSCharacterSet *NSCharacterSet::invertedSet() const {
-    auto set = Ref<NSCharacterSet>::adopt(new NSCharacterSet);
-    set->kind_ = kind_;
-    set->ranges_ = ranges_;
-    set->isInverted_ = !isInverted_;
-    set->learnAscii();
+    Ref<NSCharacterSet> set = immutableCopy();
+    set->invertMembers();
     return set.autorelease();
+}
+
+Ref<NSCharacterSet> NSCharacterSet::immutableCopy() const {
+    auto set = Ref<NSCharacterSet>::adopt(new NSCharacterSet);
+    set->copyMembers(*this);
+    return set;
+}
+
+void NSCharacterSet::copyMembers(const NSCharacterSet &other) {
+    kind_ = other.kind_;
+    ranges_ = other.ranges_;
+    isInverted_ = other.isInverted_;
+    ascii_ = other.ascii_;
+}
+
+void NSCharacterSet::invertMembers() {
+    isInverted_ = !isInverted_;
+    learnAscii();
+}
+
+NSCharacterSet::Edges NSCharacterSet::combined(const Edges &a, const Edges &b, bool (*holds)(bool, bool)) {
+    Edges edges;
+    for (std::size_t i = 0, j = 0; i < a.size() || j < b.size();) {
+        const std::uint32_t place =
+            std::min(i < a.size() ? a[i] : UINT32_MAX, j < b.size() ? b[j] : UINT32_MAX);
+        i += i < a.size() && a[i] == place;
+        j += j < b.size() && b[j] == place;
+        const bool isInside = edges.size() % 2 != 0;
+        if (holds(i % 2 != 0, j % 2 != 0) != isInside)
+            edges.push_back(place);
+    }
+    return edges;
+}
+
+// What is not in the set, bytes that are no valid UTF-8 included.
+NSCharacterSet::Edges NSCharacterSet::others(const Edges &edges) {
+    return combined(edges, {0, kFirstMalformed + 1}, isOnlyInSecond);
+}
+
+NSCharacterSet::Edges NSCharacterSet::edgesOf(const NSCharacterSet &set) {
+    Edges edges;
+    for (const NSRange range : set.ranges_)
+        edges.insert(edges.end(), {range.location, range.location + range.length});
+    for (std::uint32_t character = 0; set.kind_ != Kind::listed && character <= kFirstMalformed; ++character)
+        if (set.isListed(character) != (edges.size() % 2 != 0))
+            edges.push_back(character);
+    return set.isInverted_ ? others(edges) : edges;
+}
+
+void NSCharacterSet::setEdges(const Edges &edges) {
+    isInverted_ = !edges.empty() && edges.back() > kFirstMalformed;
+    const Edges listed = isInverted_ ? others(edges) : edges;
+    kind_ = Kind::listed;
+    ranges_.clear();
+    for (std::size_t i = 0; i < listed.size(); i += 2)
+        ranges_.push_back({listed[i], listed[i + 1] - listed[i]});
+    learnAscii();
 }
 
 // --- Membership ---
 
 void NSCharacterSet::learnAscii() {
+    ascii_ = {};
     for (std::uint32_t character = 0; character < 128; ++character)
         if (isListed(character) != isInverted_)
             ascii_[character / 64] |= std::uint64_t{1} << (character % 64);
@@ -190,6 +282,10 @@ BOOL NSCharacterSet::isEqual(id other) const {
     return YES;
 }
 
+BOOL NSCharacterSet::isSupersetOfSet(NSCharacterSet *other) const {
+    return !other || combined(edgesOf(*this), edgesOf(*other), isOnlyInSecond).empty();
+}
+
 std::uint32_t NSCharacterSet::hash() const {
     return qb::text::hashBytes(reinterpret_cast<const char *>(ascii_.data()), sizeof ascii_);
 }
@@ -205,4 +301,14 @@ bool NSCharacterSet::holdsCharacterAt(const char *position, const char *end, std
     const std::uint32_t character = qb::text::takeSymbol(next, end, /*ignoresCase=*/false);
     used = static_cast<std::size_t>(next - position);
     return longCharacterIsMember(character);
+}
+
+Ref<NSObject> NSCharacterSet::mutableCopyWithZone(void *) const {
+    return mutableCopy();
+}
+
+Ref<NSMutableCharacterSet> NSCharacterSet::mutableCopy() const {
+    Ref<NSMutableCharacterSet> copy = NSMutableCharacterSet::init();
+    copy->copyMembers(*this);
+    return copy;
 }

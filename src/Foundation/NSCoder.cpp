@@ -1,11 +1,13 @@
 #include <QBFoundation/Foundation/NSCoder.h>
 
+#include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/TypeCodes.h"
 
 #include <string>
+#include <string_view>
 
 char qb::typeCode(const char *type) {
     const char code = type && type[0] != '\0' && type[1] == '\0' ? type[0] : '\0';
@@ -21,6 +23,23 @@ std::uint32_t qb::sizeOfTypeCode(char code) {
     return size;
 }
 
+namespace {
+
+// Calls `visit` with each type's code and where the value is.
+template <class F>
+void forEachValue(const char *types, const qb::ArgList &pointers, F &&visit) {
+    const std::string_view codes = types ? types : "";
+    if (codes.size() != pointers.count())
+        throw InvalidArgumentException("NSCoder must have a pointer for each type of '" + std::string(codes) +
+                                       "'.");
+    for (std::uint32_t i = 0; i < pointers.count(); ++i) {
+        const char code[2] = {codes[i], '\0'};
+        visit(code, pointers[i].pointer());
+    }
+}
+
+} // namespace
+
 Class *NSCoder::cls() {
     using Text = const char *;
     using Count = std::uint32_t;
@@ -29,10 +48,16 @@ Class *NSCoder::cls() {
         qb::method<"decodeValueOfObjCType:at:", void(Text, void *)>(&NSCoder::decodeValueOfObjCType),
         qb::method<"encodeArrayOfObjCType:count:at:">(&NSCoder::encodeArrayOfObjCType),
         qb::method<"decodeArrayOfObjCType:count:at:">(&NSCoder::decodeArrayOfObjCType),
+        qb::method<"encodeValuesOfObjCTypes:">(&NSCoder::encodeValuesOfObjCTypesWithArgList),
+        qb::method<"decodeValuesOfObjCTypes:">(&NSCoder::decodeValuesOfObjCTypesWithArgList),
         qb::method<"encodeBytes:length:", void(const void *, Count)>(&NSCoder::encodeBytes),
         qb::method<"decodeBytesWithReturnedLength:">(&NSCoder::decodeBytesWithReturnedLength),
         qb::method<"encodeObject:", void(id)>(&NSCoder::encodeObject),
         qb::method<"decodeObject">(&NSCoder::decodeObject),
+        qb::method<"encodeDataObject:">(&NSCoder::encodeDataObject),
+        qb::method<"decodeDataObject">(&NSCoder::decodeDataObject),
+        qb::method<"encodePropertyList:">(&NSCoder::encodePropertyList),
+        qb::method<"decodePropertyList">(&NSCoder::decodePropertyList),
         qb::method<"encodeRootObject:">(&NSCoder::encodeRootObject),
         qb::method<"encodeConditionalObject:", void(id)>(&NSCoder::encodeConditionalObject),
         qb::method<"allowsKeyedCoding">(&NSCoder::allowsKeyedCoding),
@@ -120,6 +145,22 @@ void NSCoder::decodeArrayOfObjCType(const char *type, std::uint32_t count, void 
     char *place = static_cast<char *>(at);
     for (std::uint32_t i = 0; i < count; ++i, place += size)
         decodeValueOfObjCType(type, place);
+}
+
+void NSCoder::encodeValuesOfObjCTypesWithArgList(const char *types, const qb::ArgList &argList) {
+    forEachValue(types, argList, [this](const char *type, void *at) { encodeValueOfObjCType(type, at); });
+}
+
+void NSCoder::decodeValuesOfObjCTypesWithArgList(const char *types, const qb::ArgList &argList) {
+    forEachValue(types, argList, [this](const char *type, void *at) { decodeValueOfObjCType(type, at); });
+}
+
+void NSCoder::encodeDataObject(NSData *data) {
+    encodeObject(data);
+}
+
+NSData *NSCoder::decodeDataObject() {
+    return qb::castOrNil<NSData>(decodeObject());
 }
 
 void NSCoder::encodeObject(id object) {

@@ -1,7 +1,6 @@
 // Data from files and back.
 #include <QBFoundation/Foundation/NSData.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileOutputStream.h>
@@ -9,6 +8,7 @@
 
 #include "Foundation/FileContents.h"
 #include "Foundation/NSData.Tables.h"
+#include "Foundation/Required.h"
 
 #include <string>
 
@@ -24,8 +24,7 @@ std::span<const qb::Method> qb::tables::dataFile() {
 }
 
 BOOL NSData::setUpWithContentsOfFile(NSString *path) {
-    if (!path)
-        throw InvalidArgumentException("NSData initWithContentsOfFile: must have a path that is not nil.");
+    qb::required(path, "NSData initWithContentsOfFile:", "a path");
     std::string bytes;
     if (!qb::readFileContentsOrRaise(path, bytes, kFile, __LINE__))
         return NO;
@@ -33,8 +32,7 @@ BOOL NSData::setUpWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSData::writeToFile(NSString *path, BOOL atomically) const {
-    if (!path)
-        throw InvalidArgumentException("NSData writeToFile:atomically: must have a path that is not nil.");
+    qb::required(path, "NSData writeToFile:atomically:", "a path");
     const qb::SavedErrors earlier; // for which the stream would be nil
     const Ref<QBFileOutputStream> stream = QBFileOutputStream::initWithFile(path, atomically);
     if (!stream)

@@ -19,6 +19,10 @@ namespace {
 
 constexpr std::uint64_t kLongestData = UINT32_MAX - 1;
 
+std::string_view textOf(std::span<const std::byte> bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
 } // namespace
 
 Class *NSData::cls() {
@@ -30,6 +34,8 @@ Class *NSData::cls() {
         qb::maker<"dataWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
+        qb::maker<"dataWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
+        qb::initialiser<"initWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
         qb::maker<"dataWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::initialiser<"initWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::method<"bytes">(&NSData::bytes),
@@ -38,6 +44,7 @@ Class *NSData::cls() {
         qb::method<"getBytes:length:", void(void *, std::uint32_t)>(&NSData::getBytes),
         qb::method<"getBytes:range:", void(void *, NSRange)>(&NSData::getBytes),
         qb::method<"subdataWithRange:">(&NSData::subdataWithRange),
+        qb::method<"rangeOfData:options:range:">(&NSData::rangeOfData),
         qb::method<"isEqualToData:">(&NSData::isEqualToData),
         qb::initialiser<"initWithCoder:">(&NSData::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSData::encodeWithCoder),
@@ -156,6 +163,23 @@ void NSData::getBytes(void *buffer, NSRange range) const {
 NSData *NSData::subdataWithRange(NSRange range) const {
     requireRange(range, "subdataWithRange:");
     return dataWith(view().subspan(range.location, range.length));
+}
+
+NSRange NSData::rangeOfData(NSData *data, std::uint32_t options, NSRange range) const {
+    requireRange(range, "rangeOfData:options:range:");
+    const std::string_view wanted = textOf(data ? data->view() : std::span<const std::byte>());
+    const std::string_view text = textOf(view()).substr(range.location, range.length);
+    const bool isBackwards = options & NSBackwardsSearch;
+    if (wanted.empty() || wanted.size() > text.size())
+        return {NSNotFound, 0};
+    std::size_t place = isBackwards ? text.size() - wanted.size() : 0;
+    if (options & NSAnchoredSearch)
+        place = text.substr(place, wanted.size()) == wanted ? place : std::string_view::npos;
+    else
+        place = isBackwards ? text.rfind(wanted) : text.find(wanted);
+    if (place == std::string_view::npos)
+        return {NSNotFound, 0};
+    return {range.location + static_cast<std::uint32_t>(place), static_cast<std::uint32_t>(wanted.size())};
 }
 
 BOOL NSData::isEqual(id other) const {

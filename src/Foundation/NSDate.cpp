@@ -67,6 +67,7 @@ Class *NSDate::cls() {
         qb::initialiser<"initWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
         qb::maker<"dateWithTimeIntervalSinceNow:">(&NSDate::setUpWithTimeIntervalSinceNow),
         qb::initialiser<"initWithTimeInterval:sinceDate:">(&NSDate::setUpWithTimeInterval),
+        qb::maker<"dateWithTimeInterval:sinceDate:">(&NSDate::setUpWithTimeInterval),
         qb::initialiser<"initWithCTime:">(&NSDate::setUpWithCTime),
         qb::maker<"dateWithCTime:">(&NSDate::setUpWithCTime),
         qb::initialiser<"initWithString:">(&NSDate::setUpWithString),

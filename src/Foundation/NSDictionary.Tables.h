@@ -9,6 +9,8 @@
 namespace qb::tables {
 
 std::span<const Method> dictionaryChecks();
+std::span<const Method> dictionaryFileAttributes();
+std::span<const Method> dictionaryPropertyListFile();
 std::span<const Method> dictionaryReading();
 std::span<const Method> dictionaryReplacing();
 std::span<const Method> mutableDictionaryAdding();

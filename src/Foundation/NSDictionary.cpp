@@ -7,7 +7,6 @@
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
 #include "Foundation/NSDictionary.Tables.h"
-#include "Foundation/PropertyListFile.Tables.h"
 #include "Foundation/PropertyListText.h"
 #include "Foundation/Sort.h"
 
@@ -23,9 +22,8 @@ Class *NSDictionary::cls() {
         qb::maker<"dictionaryWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
         qb::maker<"dictionaryWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
         qb::maker<"dictionaryWithObjectsAndKeys:">(&NSDictionary::setUpWithObjectsAndKeys),
+        qb::initialiser<"initWithObject:forKey:">(&NSDictionary::setUpWithObjectForKey),
         qb::initialiser<"initWithDictionary:">(&NSDictionary::setUpWithDictionary),
-        qb::maker<"dictionaryWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
-        qb::initialiser<"initWithContentsOfFile:">(&NSDictionary::setUpWithContentsOfFile),
         qb::initialiser<"initWithDictionary:copyItems:">(&NSDictionary::setUpWithCopies),
         qb::initialiser<"initWithObjects:forKeys:">(&NSDictionary::setUpWithObjectsForKeys),
         qb::initialiser<"initWithObjects:forKeys:count:">(&NSDictionary::setUpWithBuffers),
@@ -39,6 +37,7 @@ Class *NSDictionary::cls() {
         qb::method<"keysSortedByValueUsingSelector:">(&NSDictionary::keysSortedByValueUsingSelector),
         qb::method<"allKeys">(&NSDictionary::allKeys),
         qb::method<"allValues">(&NSDictionary::allValues),
+        qb::method<"getObjects:andKeys:">(&NSDictionary::getObjects),
         qb::method<"keyEnumerator">(&NSDictionary::keyEnumerator),
         qb::method<"objectEnumerator">(&NSDictionary::objectEnumerator),
         qb::method<"isEqualToDictionary:">(&NSDictionary::isEqualToDictionary),
@@ -48,7 +47,7 @@ Class *NSDictionary::cls() {
     static Class *const self =
         new Class("NSDictionary", NSObject::cls(),
                   {methods, qb::tables::dictionaryPropertyListFile(), qb::tables::dictionaryReading(),
-                   makingMethods(), keyListMethods(), qb::tables::dictionaryChecks(),
+                   makingMethods(), keyListMethods(), qb::tables::dictionaryChecks(), qb::tables::dictionaryFileAttributes(),
                    qb::tables::dictionaryReplacing(), environmentMethods()},
                   qb::construct<NSDictionary>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
@@ -167,6 +166,15 @@ NSArray *NSDictionary::objectsForKeys(NSArray *keys, id notFoundMarker) const {
         objects->addObject(object ? object : notFoundMarker);
     }
     return objects.autorelease();
+}
+
+void NSDictionary::getObjects(id *objects, id *andKeys) const {
+    for (const auto &[key, value] : *this) {
+        if (objects)
+            *objects++ = value;
+        if (andKeys)
+            *andKeys++ = key;
+    }
 }
 
 NSArray *NSDictionary::allKeysForObject(id object) const {

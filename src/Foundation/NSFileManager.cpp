@@ -129,6 +129,7 @@ Class *NSFileManager::cls() {
         qb::method<"createSymbolicLinkAtPath:pathContent:">(&NSFileManager::createSymbolicLinkAtPath),
         qb::method<"pathContentOfSymbolicLinkAtPath:">(&NSFileManager::pathContentOfSymbolicLinkAtPath),
         qb::method<"copyPath:toPath:handler:">(&NSFileManager::copyPath),
+        qb::method<"linkPath:toPath:handler:">(&NSFileManager::linkPath),
         qb::method<"movePath:toPath:handler:">(&NSFileManager::movePath),
         qb::method<"removeFileAtPath:handler:">(&NSFileManager::removeFileAtPath),
         qb::method<"createDirectoryAtPath:attributes:">(&NSFileManager::createDirectoryAtPath),
@@ -137,6 +138,9 @@ Class *NSFileManager::cls() {
         qb::method<"enumeratorAtPath:">(&NSFileManager::enumeratorAtPath),
         qb::method<"changeCurrentDirectoryPath:">(&NSFileManager::changeCurrentDirectoryPath),
         qb::method<"currentDirectoryPath">(&NSFileManager::currentDirectoryPath),
+        qb::method<"fileSystemRepresentationWithPath:">(&NSFileManager::fileSystemRepresentationWithPath),
+        qb::method<"stringWithFileSystemRepresentation:length:">(
+            &NSFileManager::stringWithFileSystemRepresentation),
     };
     static Class *const self =
         new Class("NSFileManager", NSObject::cls(), methods, qb::construct<NSFileManager>);
@@ -251,6 +255,10 @@ BOOL NSFileManager::copyPath(NSString *path, NSString *toPath, id) {
     return namesSomething(path) && namesSomething(toPath) && qb::tree::copy(text(path), text(toPath));
 }
 
+BOOL NSFileManager::linkPath(NSString *path, NSString *toPath, id) {
+    return namesSomething(path) && namesSomething(toPath) && qb::tree::link(text(path), text(toPath));
+}
+
 BOOL NSFileManager::movePath(NSString *path, NSString *toPath, id) {
     struct stat info;
     if (!namesSomething(path) || !namesSomething(toPath))
@@ -279,13 +287,12 @@ NSArray *NSFileManager::directoryContentsAtPath(NSString *path) const {
 }
 
 NSArray *NSFileManager::subpathsAtPath(NSString *path) const {
-    std::vector<std::string> paths;
-    return namesSomething(path) && qb::tree::listAll(text(path), "", paths) ? arrayOf(paths) : nullptr;
+    NSEnumerator *const paths = enumeratorAtPath(path);
+    return paths ? paths->allObjects() : nullptr;
 }
 
-NSEnumerator *NSFileManager::enumeratorAtPath(NSString *path) const {
-    NSArray *const paths = subpathsAtPath(path);
-    return paths ? paths->objectEnumerator() : nullptr;
+NSDirectoryEnumerator *NSFileManager::enumeratorAtPath(NSString *path) const {
+    return namesSomething(path) ? NSDirectoryEnumerator::enumeratorAtPath(path) : nullptr;
 }
 
 BOOL NSFileManager::changeCurrentDirectoryPath(NSString *path) {
@@ -300,4 +307,12 @@ NSString *NSFileManager::currentDirectoryPath() const {
         if (errno != ERANGE)
             return nullptr;
     }
+}
+
+const char *NSFileManager::fileSystemRepresentationWithPath(NSString *path) const {
+    return path ? path->fileSystemRepresentation() : nullptr;
+}
+
+NSString *NSFileManager::stringWithFileSystemRepresentation(const char *string, std::uint32_t length) const {
+    return NSString::stringWithCString(string, length);
 }

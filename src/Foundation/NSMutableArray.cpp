@@ -5,6 +5,7 @@
 
 #include "Foundation/Buffer.h"
 #include "Foundation/NSArray.Tables.h"
+#include "Foundation/Required.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,12 +15,6 @@
 namespace {
 
 constexpr std::uint64_t kMostElements = 0x10000000; // a buffer's bytes fit 32 bits
-
-void requireObject(id object, const char *selector) {
-    if (!object)
-        throw InvalidArgumentException(std::string("NSMutableArray ") + selector +
-                                       " must have an object that is not nil.");
-}
 
 void requireIndex(std::uint32_t index, std::uint32_t end, const char *selector) {
     if (index >= end)
@@ -64,7 +59,7 @@ Class *NSMutableArray::cls() {
 
 Ref<NSMutableArray> NSMutableArray::initWith(std::span<const id> elements) {
     if (std::find(elements.begin(), elements.end(), nullptr) != elements.end())
-        requireObject(nullptr, "initWithObjects:count:");
+        qb::throwMissing("NSMutableArray initWithObjects:count:", "an object");
     return qb::init<NSMutableArray>(&NSMutableArray::setUpWithObjects, elements.data(),
                                     static_cast<std::uint32_t>(elements.size()));
 }
@@ -97,7 +92,7 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
 }
 
 void NSMutableArray::addObject(id object) {
-    requireObject(object, "addObject:");
+    qb::required(object, "NSMutableArray addObject:", "an object");
     if (count_ == capacity_)
         reserve(std::max<std::uint64_t>(4, std::uint64_t{capacity_} * 2));
     elements_[count_++] = object->retain();
@@ -114,7 +109,7 @@ void NSMutableArray::addObjectsFromArray(NSArray *other) {
 }
 
 void NSMutableArray::insertObject(id object, std::uint32_t atIndex) {
-    requireObject(object, "insertObject:atIndex:");
+    qb::required(object, "NSMutableArray insertObject:atIndex:", "an object");
     requireIndex(atIndex, count_ + 1, "insertObject:atIndex:");
     addObject(object);
     std::memmove(elements_ + atIndex + 1, elements_ + atIndex, (count_ - 1 - atIndex) * sizeof(id));
@@ -131,7 +126,7 @@ void NSMutableArray::removeObjectAtIndex(std::uint32_t index) {
 }
 
 void NSMutableArray::replaceObjectAtIndex(std::uint32_t index, id withObject) {
-    requireObject(withObject, "replaceObjectAtIndex:withObject:");
+    qb::required(withObject, "NSMutableArray replaceObjectAtIndex:withObject:", "an object");
     requireIndex(index, count_, "replaceObjectAtIndex:withObject:");
     withObject->retain();
     std::exchange(elements_[index], withObject)->release();

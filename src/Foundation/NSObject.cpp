@@ -72,6 +72,7 @@ Class *NSObject::cls() {
     static const qb::Method methods[] = {
         qb::initialiser<"init">(&NSObject::setUp),
         qb::initialiser<"new">(&NSObject::setUp),
+        qb::method<"self">(&NSObject::self),
         qb::method<"class">(&NSObject::classObject),
         qb::method<"superclass">(&NSObject::superclass),
         qb::method<"isKindOfClass:">(&NSObject::isKindOfClass),
@@ -111,7 +112,8 @@ Class *NSObject::cls() {
                                          {methods, qb::tables::objectEnumeratorCompatibility(),
                                           qb::tables::objectKeyAccess(), qb::tables::objectDeepAccess(),
                                           qb::tables::objectOutputStreaming(), qb::tables::objectPhpString()},
-                                         qb::construct<NSObject>);
+                                         qb::construct<NSObject>,
+ {"OutputStreaming", "PropertyListOutputStreaming"});
     return self;
 }
 

@@ -8,6 +8,7 @@
 #include "Foundation/CollectionEnumerator.h"
 #include "Foundation/DeepWalk.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 
 Class *NSSet::cls() {
     static const qb::Method methods[] = {
@@ -21,6 +22,7 @@ Class *NSSet::cls() {
         qb::initialiser<"initWithObjects:count:">(&NSSet::setUpWithObjects),
         qb::initialiser<"initWithArray:">(&NSSet::setUpWithArray),
         qb::initialiser<"initWithSet:">(&NSSet::setUpWithSet),
+        qb::initialiser<"initWithSet:copyItems:">(&NSSet::setUpWithCopies),
         qb::method<"count">(&NSSet::count),
         qb::method<"member:">(&NSSet::member),
         qb::method<"containsObject:">(&NSSet::containsObject),
@@ -59,6 +61,10 @@ Ref<NSSet> NSSet::initWithSet(NSSet *other) {
     return qb::init<NSSet>(&NSSet::setUpWithSet, other);
 }
 
+Ref<NSSet> NSSet::initWithSet(NSSet *other, BOOL copyItems) {
+    return qb::init<NSSet>(&NSSet::setUpWithCopies, other, copyItems);
+}
+
 BOOL NSSet::setUpWithObjects(const id *objects, std::uint32_t count) {
     table_.reserve(count);
     for (const id object : std::span(objects, count))
@@ -82,17 +88,20 @@ BOOL NSSet::setUpWithArray(NSArray *array) {
 }
 
 BOOL NSSet::setUpWithSet(NSSet *other) {
+    return setUpWithCopies(other, /*copyItems=*/NO);
+}
+
+BOOL NSSet::setUpWithCopies(NSSet *other, BOOL copyItems) {
     if (!other)
         return YES;
     table_.reserve(other->count());
     for (id object : *other)
-        insert(object);
+        insert(copyItems ? object->copy().autorelease() : object);
     return YES;
 }
 
 void NSSet::insert(id object) {
-    if (!object)
-        throw InvalidArgumentException("NSMutableSet addObject: must have an object that is not nil.");
+    qb::required(object, "NSMutableSet addObject:", "an object");
     const std::uint32_t before = table_.count();
     table_.entryFor(object);
     if (table_.count() != before)

@@ -1,10 +1,10 @@
 // The order of strings, with and without their case.
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Search.h"
 
 #include <string_view>
@@ -48,8 +48,7 @@ NSComparisonResult NSString::compare(NSString *other, std::uint32_t options) con
 }
 
 NSComparisonResult NSString::compare(NSString *other, std::uint32_t options, NSRange range) const {
-    if (!other)
-        throw InvalidArgumentException("NSString compare:options:range: must have a string that is not nil.");
+    qb::required(other, "NSString compare:options:range:", "a string");
     const std::string_view text = viewOfRange(range, "compare:options:range:");
     return options & NSCaseInsensitiveSearch ? comparedWithoutCase(text, other->view())
                                              : orderOf(text, other->view());

@@ -2,13 +2,13 @@
 #include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBFileOutputStream.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/FileContents.h"
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 
 #include <string>
 
@@ -16,14 +16,8 @@ namespace {
 
 constexpr const char *kFile = "src/Foundation/NSString.File";
 
-void requirePath(NSString *path, const char *selector) {
-    if (!path)
-        throw InvalidArgumentException(std::string("NSString ") + selector +
-                                       " must have a path that is not nil.");
-}
-
 Ref<NSString> initWithContentsOfClass(Class *asked, NSString *path) {
-    requirePath(path, "initWithContentsOfFile:");
+    qb::required(path, "NSString initWithContentsOfFile:", "a path");
     std::string bytes;
     if (!qb::readFileContentsOrRaise(path, bytes, kFile, __LINE__))
         return {};
@@ -54,7 +48,7 @@ Ref<NSMutableString> NSMutableString::initWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSString::writeToFile(NSString *path, BOOL atomically) const {
-    requirePath(path, "writeToFile:atomically:");
+    qb::required(path, "NSString writeToFile:atomically:", "a path");
     const qb::SavedErrors earlier; // an atomic stream takes a pending error for one of its own
     QBFileOutputStream::writeToFile(self(), path, atomically);
     return !qb::isErrorPending();

@@ -6,9 +6,11 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "System/Process.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -63,18 +65,10 @@ std::string homeDirectory(std::string_view user) {
     return own && *own ? own : qb::sys::homeDirectory(nullptr);
 }
 
-template <class T>
-T *checked(T *object, const char *selector) {
-    if (!object)
-        throw InvalidArgumentException(std::string("NSString ") + selector +
-                                       " must have an argument that is not nil.");
-    return object;
-}
-
 std::string joined(NSArray *components) {
     std::string path;
     bool isFirst = true;
-    for (id element : *checked(components, "pathWithComponents:")) {
+    for (id element : *qb::required(components, "NSString pathWithComponents:")) {
         auto *const component = qb::castOrNil<NSString>(element);
         if (!component)
             throw InvalidArgumentException("NSString pathWithComponents: must have an array of strings.");
@@ -125,6 +119,9 @@ std::span<const qb::Method> qb::tables::stringPath() {
         qb::method<"stringByExpandingTildeInPath">(&NSString::stringByExpandingTildeInPath),
         qb::method<"stringByAbbreviatingWithTildeInPath">(&NSString::stringByAbbreviatingWithTildeInPath),
         qb::method<"stringByStandardizingPath">(&NSString::stringByStandardizingPath),
+        qb::method<"stringsByAppendingPaths:">(&NSString::stringsByAppendingPaths),
+        qb::method<"fileSystemRepresentation">(&NSString::fileSystemRepresentation),
+        qb::method<"getFileSystemRepresentation:maxLength:">(&NSString::getFileSystemRepresentation),
     };
     return methods;
 }
@@ -161,7 +158,8 @@ NSString *NSString::stringByDeletingLastPathComponent() const {
 }
 
 NSString *NSString::stringByAppendingPathComponent(NSString *component) const {
-    const std::string_view added = checked(component, "stringByAppendingPathComponent:")->view();
+    const std::string_view added =
+        qb::required(component, "NSString stringByAppendingPathComponent:")->view();
     if (byteLength_ == 0)
         return component->converted(trimmed(added));
     std::string path(trimmed(view()));
@@ -183,7 +181,7 @@ NSString *NSString::stringByDeletingPathExtension() const {
 }
 
 NSString *NSString::stringByAppendingPathExtension(NSString *extension) const {
-    checked(extension, "stringByAppendingPathExtension:");
+    qb::required(extension, "NSString stringByAppendingPathExtension:");
     if (extension->byteLength_ == 0 || bare(view()).empty())
         return unchanged();
     return stringWith(std::string(trimmed(view())).append(".").append(extension->view()));
@@ -210,4 +208,24 @@ NSString *NSString::stringByAbbreviatingWithTildeInPath() const {
 
 NSString *NSString::stringByStandardizingPath() const {
     return converted(standardized(stringByExpandingTildeInPath()->view()));
+}
+
+NSArray *NSString::stringsByAppendingPaths(NSArray *paths) const {
+    NSMutableArray *const longer = NSMutableArray::array();
+    for (id path : *qb::required(paths, "NSString stringsByAppendingPaths:"))
+        longer->addObject(stringByAppendingPathComponent(qb::castOrNil<NSString>(path)));
+    return longer;
+}
+
+const char *NSString::fileSystemRepresentation() const {
+    if (view().find('\0') != npos)
+        throw InvalidArgumentException("NSString fileSystemRepresentation must have a text without a NUL.");
+    return cString();
+}
+
+BOOL NSString::getFileSystemRepresentation(char *buffer, std::uint32_t maxLength) const {
+    if (byteLength_ >= maxLength || view().find('\0') != npos)
+        return NO;
+    std::memcpy(buffer, bytes_, byteLength_ + std::size_t{1});
+    return YES;
 }

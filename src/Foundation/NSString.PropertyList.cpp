@@ -1,5 +1,6 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -12,9 +13,10 @@ namespace {
 
 constexpr const char *kFile = "src/Foundation/NSString.PropertyList";
 
-id propertyListOf(std::string_view text) {
+// What `read` makes of the text.
+id valueOf(std::string_view text, Ref<NSObject> (qb::PropertyListReader::*read)()) {
     qb::PropertyListReader reader(text);
-    Ref<NSObject> value = reader.read();
+    Ref<NSObject> value = (reader.*read)();
     const qb::PropertyListFailure failure = reader.failure();
     if (failure.expected)
         qb::raiseError(kFile, __LINE__, qb::kErrorMalformedPropertyList, failure.line, failure.column,
@@ -27,6 +29,7 @@ id propertyListOf(std::string_view text) {
 std::span<const qb::Method> qb::tables::stringPropertyList() {
     static const qb::Method methods[] = {
         qb::method<"propertyList">(&NSString::propertyList),
+        qb::method<"propertyListFromStringsFileFormat">(&NSString::propertyListFromStringsFileFormat),
     };
     return methods;
 }
@@ -39,9 +42,13 @@ std::span<const qb::Method> qb::tables::dataPropertyList() {
 }
 
 id NSString::propertyList() const {
-    return propertyListOf(view());
+    return valueOf(view(), &qb::PropertyListReader::read);
+}
+
+NSDictionary *NSString::propertyListFromStringsFileFormat() const {
+    return static_cast<NSDictionary *>(valueOf(view(), &qb::PropertyListReader::readEntries));
 }
 
 id NSData::propertyList() const {
-    return propertyListOf({static_cast<const char *>(bytes()), length()});
+    return valueOf({static_cast<const char *>(bytes()), length()}, &qb::PropertyListReader::read);
 }

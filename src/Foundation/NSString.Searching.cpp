@@ -2,14 +2,12 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <QBFoundation/Foundation/NSCharacterSet.h>
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Search.h"
 #include "Text/Utf8.h"
-
-#include <string>
 
 namespace {
 
@@ -18,14 +16,6 @@ static_assert(static_cast<unsigned>(NSCaseInsensitiveSearch) == qb::text::Search
               static_cast<unsigned>(NSBackwardsSearch) == qb::text::Search::kBackwards);
 
 constexpr NSRange kNowhere = {NSNotFound, 0};
-
-template <class T>
-T *checked(T *object, const char *selector) {
-    if (!object)
-        throw InvalidArgumentException(std::string("NSString ") + selector +
-                                       " must have an argument that is not nil.");
-    return object;
-}
 
 // Returns the bytes of the first character of the set, in the direction that the options give; nothing of the
 // text when there is none.
@@ -76,7 +66,7 @@ NSRange NSString::rangeOfString(NSString *string, std::uint32_t options) const {
 }
 
 NSRange NSString::rangeOfString(NSString *string, std::uint32_t options, NSRange range) const {
-    const std::string_view needle = checked(string, "rangeOfString:options:range:")->view();
+    const std::string_view needle = qb::required(string, "NSString rangeOfString:options:range:")->view();
     const std::string_view text = viewOfRange(range, "rangeOfString:options:range:");
     if (needle.empty())
         return kNowhere;
@@ -86,17 +76,18 @@ NSRange NSString::rangeOfString(NSString *string, std::uint32_t options, NSRange
 }
 
 BOOL NSString::hasPrefix(NSString *prefix) const {
-    const qb::text::Search search(checked(prefix, "hasPrefix:")->view());
+    const qb::text::Search search(qb::required(prefix, "NSString hasPrefix:")->view());
     return search.findAtEdge(view()).has_value();
 }
 
 BOOL NSString::hasSuffix(NSString *suffix) const {
-    const qb::text::Search search(checked(suffix, "hasSuffix:")->view(), qb::text::Search::kBackwards);
+    const qb::text::Search search(qb::required(suffix, "NSString hasSuffix:")->view(),
+                                  qb::text::Search::kBackwards);
     return search.findAtEdge(view()).has_value();
 }
 
 BOOL NSString::containsString(NSString *string) const {
-    qb::text::Search search(checked(string, "containsString:")->view());
+    qb::text::Search search(qb::required(string, "NSString containsString:")->view());
     return string->byteLength_ == 0 || search.find(view()).has_value();
 }
 
@@ -106,7 +97,7 @@ NSRange NSString::rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t opt
 
 NSRange NSString::rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t options, NSRange range) const {
     const std::string_view text = viewOfRange(range, "rangeOfCharacterFromSet:options:range:");
-    const std::string_view found =
-        characterFromSet(text, *checked(set, "rangeOfCharacterFromSet:options:range:"), options);
+    const std::string_view found = characterFromSet(
+        text, *qb::required(set, "NSString rangeOfCharacterFromSet:options:range:"), options);
     return found.empty() ? kNowhere : rangeOfView(found);
 }

@@ -4,10 +4,10 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSCharacterSet.h>
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Search.h"
 #include "Text/Utf8.h"
 
@@ -19,14 +19,6 @@ namespace {
 
 using qb::text::Match;
 using qb::text::Search;
-
-template <class T>
-T *checked(T *object, const char *selector) {
-    if (!object)
-        throw InvalidArgumentException(std::string("NSString ") + selector +
-                                       " must have an argument that is not nil.");
-    return object;
-}
 
 std::string_view viewOrEmpty(NSString *string) {
     return string ? string->view() : std::string_view();
@@ -100,11 +92,11 @@ std::span<const qb::Method> qb::tables::mutableStringReplacing() {
 }
 
 NSArray *NSString::componentsSeparatedByString(NSString *separator) const {
-    return componentsSeparatedByString(checked(separator, "componentsSeparatedByString:"), UINT32_MAX);
+    return componentsSeparatedByString(qb::required(separator, "NSString componentsSeparatedByString:"), UINT32_MAX);
 }
 
 NSArray *NSString::componentsSeparatedByString(NSString *separator, std::uint32_t count) const {
-    Search search(checked(separator, "componentsSeparatedByString:count:")->view());
+    Search search(qb::required(separator, "NSString componentsSeparatedByString:count:")->view());
     const Ref<NSMutableArray> pieces = NSMutableArray::init();
     std::string_view rest = view();
     for (; count != 0; --count) {
@@ -119,7 +111,7 @@ NSArray *NSString::componentsSeparatedByString(NSString *separator, std::uint32_
 }
 
 NSArray *NSString::componentsSeparatedByCharactersInSet(NSCharacterSet *set) const {
-    checked(set, "componentsSeparatedByCharactersInSet:");
+    qb::required(set, "NSString componentsSeparatedByCharactersInSet:");
     const Ref<NSMutableArray> pieces = NSMutableArray::init();
     const char *const end = bytes_ + byteLength_;
     const char *pieceStart = bytes_;
@@ -135,7 +127,7 @@ NSArray *NSString::componentsSeparatedByCharactersInSet(NSCharacterSet *set) con
 }
 
 NSString *NSString::stringByTrimmingCharactersInSet(NSCharacterSet *set) const {
-    checked(set, "stringByTrimmingCharactersInSet:");
+    qb::required(set, "NSString stringByTrimmingCharactersInSet:");
     const char *position = bytes_;
     const char *end = bytes_ + byteLength_;
     std::size_t used = 0;
@@ -162,17 +154,17 @@ NSString *NSString::stringByAppendingString(NSString *string) const {
 
 NSString *NSString::replacing(NSString *target, NSString *withString, const char *selector) const {
     std::string result;
-    const std::string_view wanted = checked(target, selector)->view();
+    const std::string_view wanted = qb::required(target, selector)->view();
     const bool isChanged = replaceMatches(view(), wanted, 0, viewOrEmpty(withString), result) != 0;
     return isChanged ? stringWith(result) : unchanged();
 }
 
 NSString *NSString::stringByReplacingOccurrencesOfString(NSString *target, NSString *withString) const {
-    return replacing(target, withString, "stringByReplacingOccurrencesOfString:withString:");
+    return replacing(target, withString, "NSString stringByReplacingOccurrencesOfString:withString:");
 }
 
 NSString *NSString::stringByReplacingSubstring(NSString *substring, NSString *withString) const {
-    return replacing(substring, withString, "stringByReplacingSubstring:withString:");
+    return replacing(substring, withString, "NSString stringByReplacingSubstring:withString:");
 }
 
 NSString *NSString::stringByReplacingCharactersInRange(NSRange range, NSString *withString) const {
@@ -185,9 +177,9 @@ NSString *NSString::stringByReplacingCharactersInRange(NSRange range, NSString *
 
 std::uint32_t NSMutableString::replaceOccurrencesOfString(NSString *target, NSString *withString,
                                                           std::uint32_t options, NSRange range) {
-    constexpr const char *kSelector = "replaceOccurrencesOfString:withString:options:range:";
-    const std::string_view wanted = checked(target, kSelector)->view();
-    const std::string_view piece = viewOfRange(range, kSelector);
+    const std::string_view wanted =
+        qb::required(target, "NSString replaceOccurrencesOfString:withString:options:range:")->view();
+    const std::string_view piece = viewOfRange(range, "replaceOccurrencesOfString:withString:options:range:");
     std::string result;
     const std::size_t count = replaceMatches(piece, wanted, options, viewOrEmpty(withString), result);
     if (count != 0)

@@ -1,10 +1,10 @@
 // Pieces of strings.
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Search.h"
 
 std::span<const qb::Method> qb::tables::stringSubstrings() {
@@ -42,9 +42,7 @@ NSString *NSString::substringWithRange(NSRange range) const {
 }
 
 NSString *NSString::commonPrefixWithString(NSString *other, std::uint32_t options) const {
-    if (!other)
-        throw InvalidArgumentException(
-            "NSString commonPrefixWithString:options: must have a string that is not nil.");
+    qb::required(other, "NSString commonPrefixWithString:options:", "a string");
     const bool ignoresCase = options & NSCaseInsensitiveSearch;
     const char *common = bytes_;
     const char *const end = bytes_ + byteLength_;

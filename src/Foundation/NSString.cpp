@@ -95,6 +95,8 @@ Class *NSString::cls() {
                    qb::tables::stringSearching(),
                    qb::tables::stringSplitting(),
                    qb::tables::stringCase(),
+                   qb::tables::stringEncoding(),
+                   qb::tables::stringLines(),
                    qb::tables::stringNumbers(),
                    qb::tables::stringPath(),
                    qb::tables::stringPathObject(),

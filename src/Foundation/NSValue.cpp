@@ -2,21 +2,61 @@
 
 #include <QBFoundation/Foundation/NSCoder.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/TypeCodes.h"
 #include "Text/Hash.h"
 
 #include <cinttypes>
 #include <cstdio>
 #include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace {
+
+constexpr const char *kRangeType = "{_NSRange=II}";
+constexpr const char *kPointerType = "^v";
+constexpr const char *kObjectType = "@";
+
+// Returns nil for a code that is no number's.
+NSNumber *numberAt(const void *place, char code) {
+    NSNumber *number = nullptr;
+    if (code == 'B')
+        return NSNumber::numberWithBool(qb::load<std::uint8_t>(place) != 0);
+    if (code == 'f')
+        return NSNumber::numberWithFloat(qb::load<float>(place));
+    if (code == 'd')
+        return NSNumber::numberWithDouble(qb::load<double>(place));
+    qb::visitInteger(code, [&](auto zero) {
+        using Integer = decltype(zero);
+        const auto value = qb::load<Integer>(place);
+        constexpr bool kIsSmall = sizeof(Integer) < sizeof(std::int32_t);
+        if constexpr (kIsSmall || (std::is_signed_v<Integer> && sizeof(Integer) == sizeof(std::int32_t)))
+            number = NSNumber::numberWithInt(static_cast<std::int32_t>(value));
+        else if constexpr (sizeof(Integer) == sizeof(std::int32_t))
+            number = NSNumber::numberWithUnsignedInt(static_cast<std::uint32_t>(value));
+        else
+            number = std::is_signed_v<Integer>
+                         ? NSNumber::numberWithLongLong(static_cast<std::int64_t>(value))
+                         : NSNumber::numberWithUnsignedLongLong(static_cast<std::uint64_t>(value));
+    });
+    return number;
+}
+
+} // namespace
 
 Class *NSValue::cls() {
     static const qb::Method methods[] = {
+        qb::classMethod<"valueWithBytes:objCType:">(&NSValue::valueWithBytes),
+        qb::classMethod<"value:withObjCType:">(&NSValue::value),
         qb::classMethod<"valueWithRange:">(&NSValue::valueWithRange),
         qb::classMethod<"valueWithPointer:">(&NSValue::valueWithPointer),
         qb::classMethod<"valueWithNonretainedObject:">(&NSValue::valueWithNonretainedObject),
         qb::method<"objCType">(&NSValue::objCType),
+        qb::method<"getValue:">(&NSValue::getValue),
         qb::method<"rangeValue">(&NSValue::rangeValue),
         qb::method<"pointerValue">(&NSValue::pointerValue),
         qb::method<"nonretainedObjectValue">(&NSValue::nonretainedObjectValue),
@@ -33,6 +73,45 @@ NSValue *NSValue::make(Type type) {
     auto value = Ref<NSValue>::adopt(new NSValue);
     value->type_ = type;
     return value.autorelease();
+}
+
+NSValue *NSValue::valueWithBytes(const void *value, const char *objCType) {
+    const std::string_view type = objCType ? objCType : "";
+    if (!value)
+        throw InvalidArgumentException(
+            "NSValue valueWithBytes:objCType: must have a value that is not NULL.");
+    if (type == kRangeType)
+        return valueWithRange(qb::load<NSRange>(value));
+    if (type == kPointerType)
+        return valueWithPointer(qb::load<void *>(value));
+    if (type == kObjectType)
+        return valueWithNonretainedObject(qb::load<id>(value));
+    if (NSNumber *const number = type.size() == 1 ? numberAt(value, type.front()) : nullptr)
+        return number;
+    throw InvalidArgumentException("NSValue valueWithBytes:objCType: must have a type that it knows, not '" +
+                                   std::string(type) + "'.");
+}
+
+void NSValue::getValue(void *variable) const {
+    switch (type_) {
+    case Type::boolean:
+        return qb::store(variable, static_cast<BOOL>(integer_));
+    case Type::int32:
+    case Type::uint32:
+        return qb::store(variable, static_cast<std::int32_t>(integer_));
+    case Type::int64:
+    case Type::uint64:
+        return qb::store(variable, integer_);
+    case Type::real32:
+        return qb::store(variable, static_cast<float>(real_));
+    case Type::real64:
+        return qb::store(variable, real_);
+    case Type::range:
+        return qb::store(variable, range_);
+    case Type::pointer:
+    case Type::nonretainedObject:
+        return qb::store(variable, pointer_);
+    }
 }
 
 NSValue *NSValue::valueWithRange(NSRange range) {
@@ -70,11 +149,11 @@ const char *NSValue::objCType() const {
     case Type::real64:
         return "d";
     case Type::range:
-        return "{_NSRange=II}";
+        return kRangeType;
     case Type::pointer:
-        return "^v";
+        return kPointerType;
     case Type::nonretainedObject:
-        return "@";
+        return kObjectType;
     }
     return "";
 }

@@ -3,26 +3,23 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/FileContents.h"
-#include "Foundation/PropertyListFile.Tables.h"
+#include "Foundation/NSArray.Tables.h"
+#include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/PropertyListReader.h"
+#include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 
 #include <string>
 
 namespace {
 
 constexpr const char *kFile = "src/Foundation/PropertyListFile";
-
-void requirePath(NSString *path, const char *operation) {
-    if (!path)
-        throw InvalidArgumentException(std::string(operation) + " must have a path that is not nil.");
-}
 
 // Returns the file's value if it is a `T`, which is called `expected`.
 template <class T>
@@ -50,7 +47,7 @@ BOOL writeFile(id value, NSString *path, BOOL atomically) {
 }
 
 Ref<NSArray> readArray(NSString *path) {
-    requirePath(path, "NSArray initWithContentsOfFile:");
+    qb::required(path, "NSArray initWithContentsOfFile:", "a path");
     return readFile<NSArray>(path, "an array");
 }
 
@@ -77,6 +74,7 @@ std::span<const qb::Method> qb::tables::arrayPropertyListFile() {
 std::span<const qb::Method> qb::tables::dictionaryPropertyListFile() {
     static const qb::Method methods[] = {
         qb::method<"writeToFile:atomically:">(&NSDictionary::writeToFile),
+        qb::method<"descriptionInStringsFileFormat">(&NSDictionary::descriptionInStringsFileFormat),
     };
     return methods;
 }
@@ -91,12 +89,12 @@ Ref<NSMutableArray> NSMutableArray::initWithContentsOfFile(NSString *path) {
 }
 
 BOOL NSArray::writeToFile(NSString *path, BOOL atomically) const {
-    requirePath(path, "NSArray writeToFile:atomically:");
+    qb::required(path, "NSArray writeToFile:atomically:", "a path");
     return writeFile(self(), path, atomically);
 }
 
 BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
-    requirePath(path, "NSDictionary initWithContentsOfFile:");
+    qb::required(path, "NSDictionary initWithContentsOfFile:", "a path");
     const Ref<NSDictionary> dictionary = readFile<NSDictionary>(path, "a dictionary");
     if (!dictionary)
         return NO;
@@ -104,7 +102,18 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
     return YES;
 }
 
+NSString *NSDictionary::descriptionInStringsFileFormat() const {
+    std::string text;
+    for (const auto &[key, value] : *this) {
+        qb::appendPropertyListString(text, key->stringValue()->view());
+        text += " = ";
+        qb::appendPropertyListString(text, value->stringValue()->view());
+        text += ";\n";
+    }
+    return NSString::stringWith(text);
+}
+
 BOOL NSDictionary::writeToFile(NSString *path, BOOL atomically) const {
-    requirePath(path, "NSDictionary writeToFile:atomically:");
+    qb::required(path, "NSDictionary writeToFile:atomically:", "a path");
     return writeFile(self(), path, atomically);
 }

@@ -41,9 +41,13 @@ constexpr auto kEscapedCharacters = [] {
 
 } // namespace
 
-Ref<NSObject> PropertyListReader::read() {
+void PropertyListReader::skipByteOrderMark() {
     if (std::string_view(begin_, static_cast<std::size_t>(end_ - begin_)).starts_with(kByteOrderMark))
         position_ += kByteOrderMark.size();
+}
+
+Ref<NSObject> PropertyListReader::read() {
+    skipByteOrderMark();
     if (!skipBlanks())
         return nullptr;
     value_ = position_;
@@ -55,6 +59,24 @@ Ref<NSObject> PropertyListReader::read() {
         return nullptr;
     }
     return value;
+}
+
+Ref<NSObject> PropertyListReader::readEntries() {
+    skipByteOrderMark();
+    for (;;) {
+        if (!skipBlanks())
+            return nullptr;
+        if (position_ == end_)
+            return takeDictionary(0);
+        const char *const start = position_;
+        Ref<NSString> key = readKey();
+        if (!key || !skipBlanks())
+            return nullptr;
+        if (accept(';'))
+            addEntry(start, key, key);
+        else if (!readEntryValue(start, std::move(key)))
+            return nullptr;
+    }
 }
 
 PropertyListFailure PropertyListReader::failure() const {
@@ -161,17 +183,26 @@ Ref<NSObject> PropertyListReader::readArray() {
 bool PropertyListReader::readEntry() {
     const char *const start = position_;
     Ref<NSString> key = readKey();
-    if (!key || !readEqualSign())
+    return key && readEntryValue(start, std::move(key));
+}
+
+// Reads the rest of the entry whose key, which begins at `start`, is read.
+bool PropertyListReader::readEntryValue(const char *start, Ref<NSString> key) {
+    if (!readEqualSign())
         return false;
     Ref<NSObject> value = readValue();
     if (!value || !skipBlanks())
         return false;
     if (!accept(';') && (position_ == end_ || *position_ != '}'))
         return fail("';' or '}'");
-    unfinished_.emplace_back(std::move(key));
+    addEntry(start, std::move(key), std::move(value));
+    return true;
+}
+
+void PropertyListReader::addEntry(const char *start, Ref<NSObject> key, Ref<NSObject> value) {
+    unfinished_.push_back(std::move(key));
     unfinished_.push_back(std::move(value));
     keyPositions_.push_back(start);
-    return true;
 }
 
 // Reads what stands between a key and its value.

@@ -33,6 +33,9 @@ public:
 
     /// Returns the value; null when the text is malformed or has more than one value.
     Ref<NSObject> read();
+    /// Returns the dictionary whose entries the text holds, without braces; an entry "key;" has the key as
+    /// value, too.
+    Ref<NSObject> readEntries();
     PropertyListFailure failure() const;
     /// The failure that the value which was read is not `expected`.
     PropertyListFailure otherValue(const char *expected) const { return failureAt(value_, expected); }
@@ -46,6 +49,8 @@ private:
     Ref<NSObject> readData();
     Ref<NSString> readKey();
     bool readEntry();
+    bool readEntryValue(const char *start, Ref<NSString> key);
+    void addEntry(const char *start, Ref<NSObject> key, Ref<NSObject> value);
     bool readEqualSign();
     bool readText(std::string_view &text, const char *expected);
     bool readQuoted(std::string_view &text);
@@ -56,6 +61,7 @@ private:
     bool readHexUnit(std::uint32_t &unit);
     Ref<NSObject> takeDictionary(std::size_t firstEntry);
 
+    void skipByteOrderMark();
     bool skipBlanks();
     bool skipComment();
     bool accept(char character);

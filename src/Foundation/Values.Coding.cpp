@@ -79,14 +79,23 @@ bool decodeObjects(NSCoder *coder, std::vector<id> &objects) {
 
 const std::vector<Class *> &qb::archive::valueClasses() {
     static const auto &classes = *new std::vector<Class *>{
-        NSArray::cls(),          NSCalendarDate::cls(),
-        NSCharacterSet::cls(),   NSData::cls(),
-        NSDate::cls(),           NSDictionary::cls(),
-        NSLongLongNumber::cls(), NSMutableArray::cls(),
-        NSMutableData::cls(),    NSMutableDictionary::cls(),
-        NSMutableSet::cls(),     NSMutableString::cls(),
-        NSNumber::cls(),         NSSet::cls(),
-        NSString::cls(),         NSTimeZone::cls(),
+        NSArray::cls(),
+        NSCalendarDate::cls(),
+        NSCharacterSet::cls(),
+        NSData::cls(),
+        NSDate::cls(),
+        NSDictionary::cls(),
+        NSLongLongNumber::cls(),
+        NSMutableArray::cls(),
+        NSMutableCharacterSet::cls(),
+        NSMutableData::cls(),
+        NSMutableDictionary::cls(),
+        NSMutableSet::cls(),
+        NSMutableString::cls(),
+        NSNumber::cls(),
+        NSSet::cls(),
+        NSString::cls(),
+        NSTimeZone::cls(),
         NSValue::cls(),
     };
     return classes;

@@ -117,6 +117,22 @@ bool isPunctuation(std::uint32_t codePoint) {
     return isIn(kPunctuation, codePoint);
 }
 
+bool isSymbol(std::uint32_t codePoint) {
+    return isIn(kSymbols, codePoint);
+}
+
+bool isControl(std::uint32_t codePoint) {
+    return isIn(kControls, codePoint);
+}
+
+bool isMark(std::uint32_t codePoint) {
+    return isIn(kMarks, codePoint);
+}
+
+bool isTitleCaseLetter(std::uint32_t codePoint) {
+    return isIn(kTitleCase, codePoint);
+}
+
 bool isWhitespace(std::uint32_t codePoint) {
     return codePoint == ' ' || codePoint == '\t' || codePoint == 0xA0 || codePoint == 0x1680 ||
            (codePoint >= 0x2000 && codePoint <= 0x200A) || codePoint == 0x202F || codePoint == 0x205F ||

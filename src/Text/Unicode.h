@@ -25,6 +25,10 @@ bool isLowercaseLetter(std::uint32_t codePoint);
 bool isDecimalDigit(std::uint32_t codePoint);
 bool isLetterOrNumber(std::uint32_t codePoint);
 bool isPunctuation(std::uint32_t codePoint);
+bool isSymbol(std::uint32_t codePoint);
+bool isControl(std::uint32_t codePoint); // invisible format characters too
+bool isMark(std::uint32_t codePoint);
+bool isTitleCaseLetter(std::uint32_t codePoint);
 bool isWhitespace(std::uint32_t codePoint); // blanks and tab
 bool isNewline(std::uint32_t codePoint);    // U+000A to U+000D, U+0085, U+2028, U+2029
 bool isWhitespaceOrNewline(std::uint32_t codePoint);

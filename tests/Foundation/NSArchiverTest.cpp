@@ -215,7 +215,7 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
          "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\2\3\0\3\0"s}, one), // an empty range
          "24 an object of class 'NSCharacterSet' can't have its values"},
-        {archiveOf({"NSCharacterSet"}, {"\1\3\24\3\0\3\0"s}, one), // a class that is none
+        {archiveOf({"NSCharacterSet"}, {"\1\3\76\3\0\3\0"s}, one), // a class that is none
          "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
@@ -322,6 +322,8 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     SEL selector = "encodeObject:forKey:"_sel, noSelector = nullptr;
     Class *cls = NSArchiver::cls();
     const std::uint16_t row[] = {1, 65535, 3};
+    const int number = -7;
+    const double fraction = 0.25;
     writer->encodeValueOfObjCType("c", &small);
     writer->encodeValueOfObjCType("Q", &large);
     writer->encodeValueOfObjCType("l", &word);
@@ -333,6 +335,10 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     writer->encodeValueOfObjCType("#", &cls);
     writer->encodeArrayOfObjCType("S", 3, row);
     writer->encodeBytes("a\0b", 3);
+    writer->encodeValuesOfObjCTypes("iSd", &number, &row[1], &fraction);
+    writer->encodeDataObject(NSData::dataWithBytes("d", 1));
+    writer->encodePropertyList("p"_ns);
+    EXPECT_THROW(writer->encodeValuesOfObjCTypes("ii", &number), InvalidArgumentException);
     writer->encodeObject(nullptr);
     writer->encodeObject(QBNil::value());
     EXPECT_EQ(writer->archiverData(), data.get());
@@ -372,6 +378,15 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_EQ(readClass, NSArchiver::cls());
     EXPECT_EQ(readRow[1], 65535);
     EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
+    int readNumber = 0;
+    std::uint16_t readShort = 0;
+    double readFraction = 0;
+    reader->decodeValuesOfObjCTypes("iSd", &readNumber, &readShort, &readFraction);
+    EXPECT_EQ(readNumber, -7);
+    EXPECT_EQ(readShort, 65535);
+    EXPECT_EQ(readFraction, 0.25);
+    EXPECT_EQ(textOf(reader->decodeDataObject()), "d");
+    EXPECT_EQ(describe(reader->decodePropertyList()), "p");
     EXPECT_EQ(reader->decodeObject(), nullptr);
     EXPECT_FALSE(reader->isAtEnd());
     EXPECT_EQ(reader->decodeObject(), QBNil::value());

@@ -117,3 +117,33 @@ TEST_F(NSDataTest, SelectorsMakeDataOfTheClassAsked) {
     EXPECT_EQ(send<std::uint32_t>(made, "length"_sel), 3u);
     EXPECT_EQ(text(send<NSData *>(made, "subdataWithRange:"_sel, NSMakeRange(1, 1))), "b");
 }
+
+TEST_F(NSDataTest, BytesAreFoundInBothDirections) {
+    const NSRange nowhere = {NSNotFound, 0};
+    NSData *const data = bytes("abcabc");
+    const auto find = [&](const char *wanted, std::uint32_t options, NSRange range) {
+        return data->rangeOfData(wanted ? bytes(wanted) : nullptr, options, range);
+    };
+    EXPECT_EQ(find("bc", 0, {0, 6}), NSMakeRange(1, 2));
+    EXPECT_EQ(find("bc", 0, {2, 4}), NSMakeRange(4, 2));
+    EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
+    EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 5}), NSMakeRange(1, 2));
+    EXPECT_EQ(find("bc", NSAnchoredSearch, {0, 6}), nowhere);
+    EXPECT_EQ(find("bc", NSAnchoredSearch, {1, 5}), NSMakeRange(1, 2));
+    EXPECT_EQ(find("bc", NSAnchoredSearch | NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
+    EXPECT_EQ(find("abcabca", 0, {0, 6}), nowhere);
+    EXPECT_EQ(find("", 0, {0, 6}), nowhere);
+    EXPECT_EQ(find(nullptr, 0, {0, 6}), nowhere);
+    EXPECT_THROW(find("a", 0, {3, 4}), NSRangeException);
+}
+
+TEST_F(NSDataTest, BytesAreTakenOver) {
+    auto *const memory = static_cast<char *>(std::malloc(3));
+    std::memcpy(memory, "abc", 3);
+    const Ref<NSData> data = NSData::initWithBytesNoCopy(memory, 3);
+    EXPECT_EQ(data->bytes(), memory);
+    EXPECT_EQ(text(data), "abc");
+    EXPECT_EQ(NSData::dataWithBytesNoCopy(nullptr, 0)->length(), 0u);
+    EXPECT_THROW(NSData::dataWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
+    EXPECT_THROW(NSData::dataWithBytesNoCopy(std::malloc(1), UINT32_MAX), InvalidArgumentException); // freed
+}

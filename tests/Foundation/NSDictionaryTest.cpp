@@ -157,3 +157,11 @@ TEST_F(NSDictionaryTest, SelectorsMakeDictionariesOfTheClassAsked) {
                                 NSArray::arrayWithObject(number(1)), NSArray::arrayWithObject("a"_ns));
     EXPECT_EQ(owned->retainCount(), 1u);
 }
+
+TEST_F(NSDictionaryTest, ObjectsAndKeysAreCopiedToBuffers) {
+    NSDictionary *const dictionary = NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}});
+    id objects[2] = {}, keys[2] = {};
+    dictionary->getObjects(objects, keys);
+    EXPECT_EQ(describe(keys[0]) + describe(objects[0]) + describe(keys[1]) + describe(objects[1]), "a1b2");
+    dictionary->getObjects(nullptr, keys);
+}

@@ -5,6 +5,7 @@
 
 #include "System/Faults.h"
 #include "support/PoolFixture.h"
+#include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
 #include <algorithm>
@@ -63,10 +64,17 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     EXPECT_TRUE(manager_->contentsAtPath(path("f"))->isEqual(content));
     NSDictionary *told = manager_->fileAttributesAtPath(path("f"), /*traverseLink=*/YES);
     EXPECT_EQ(modeOf(told), 0600u);
-    EXPECT_EQ(describe(told->objectForKey(NSFileSize)), "3");
-    EXPECT_EQ(told->objectForKey(NSFileType), NSFileTypeRegular);
-    EXPECT_TRUE(
-        told->objectForKey(NSFileModificationDate)->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
+    EXPECT_EQ(told->fileSize(), 3u);
+    EXPECT_EQ(told->filePosixPermissions(), 0600u);
+    EXPECT_EQ(told->fileType(), NSFileTypeRegular);
+    EXPECT_TRUE(told->fileModificationDate()->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
+    struct stat info;
+    ASSERT_EQ(::stat((directory_ / "f").c_str(), &info), 0);
+    EXPECT_EQ(told->fileSystemFileNumber(), info.st_ino);
+    EXPECT_EQ(told->fileSystemNumber(), info.st_dev);
+    EXPECT_EQ(told->fileOwnerAccountID(), info.st_uid);
+    EXPECT_EQ(told->fileGroupOwnerAccountID(), info.st_gid);
+    EXPECT_EQ(NSDictionary::dictionary()->fileSize(), 0u);
     EXPECT_TRUE(manager_->createFileAtPath(path("f"), nullptr, nullptr)); // emptied
     EXPECT_EQ(directory_.read("f"), "");
 
@@ -139,9 +147,12 @@ TEST_F(NSFileManagerTest, FailuresAreAnsweredAndRaiseNothing) {
         EXPECT_EQ(errno, ENOSPC);
         EXPECT_FALSE(directory_.has("new"));
     }
+    // The directories above the target are opened and closed too, the root twice.
+    const auto above =
+        static_cast<unsigned>(std::count(directory_.path().begin(), directory_.path().end(), '/') + 2);
     for (const Call call : {Call::open, Call::opendir, Call::readdir, Call::mkdir, Call::symlink,
                             Call::fchmod, Call::chmod, Call::readlink, Call::lstat, Call::close}) {
-        const Fault fault(call, call == Call::lstat ? 2 : 0, 1, EIO);
+        const Fault fault(call, call == Call::lstat ? 2 : call == Call::close ? above : 0, 1, EIO);
         EXPECT_FALSE(manager_->copyPath(path("tree"), path("copy"))) << static_cast<unsigned>(call);
         EXPECT_EQ(errno, EIO);
         EXPECT_EQ(fault.hits(), 1u);
@@ -189,4 +200,58 @@ TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
     EXPECT_TRUE(manager_->isDeletableFileAtPath("here"_ns));
     EXPECT_TRUE(manager_->changeCurrentDirectoryPath(before));
     EXPECT_EQ(directory_.names("d"), std::vector<std::string>{"here"});
+}
+
+TEST_F(NSFileManagerTest, EnumeratorsTellOfEachFileAndSkipDirectories) {
+    directory_.write("tree/a/x", "123");
+    directory_.write("tree/a/y/z", "");
+    directory_.write("tree/b/x", "");
+    ::chmod((directory_ / "tree").c_str(), 0750);
+    NSDirectoryEnumerator *const enumerator = manager_->enumeratorAtPath(path("tree"));
+    EXPECT_EQ(enumerator->directoryAttributes()->filePosixPermissions(), 0750u);
+    std::set<std::string> seen;
+    while (const id next = enumerator->nextObject()) {
+        seen.insert(describe(next));
+        if (describe(next) == "a/y" || describe(next) == "b")
+            enumerator->skipDescendents();
+        const std::uint64_t size = enumerator->fileAttributes()->fileSize();
+        EXPECT_EQ(size == 3, describe(next) == "a/x");
+    }
+    EXPECT_EQ(seen, (std::set<std::string>{"a", "a/x", "a/y", "b"}));
+    EXPECT_EQ(enumerator->nextObject(), nullptr);
+    EXPECT_EQ(manager_->enumeratorAtPath(path("tree/a/x")), nullptr);
+}
+
+TEST_F(NSFileManagerTest, LinkedTreesHaveTheSameFiles) {
+    makeTree();
+    EXPECT_TRUE(manager_->linkPath(path("tree"), path("linked")));
+    directory_.write("tree/file", "other bytes");
+    EXPECT_EQ(directory_.read("linked/file"), "other bytes");
+    EXPECT_EQ(describe(manager_->pathContentOfSymbolicLinkAtPath(path("linked/link"))), "file");
+    EXPECT_FALSE(manager_->linkPath(path("tree"), path("linked")));
+    EXPECT_FALSE(manager_->linkPath(path("tree"), path("tree/inner/tree")));
+    EXPECT_STREQ(manager_->fileSystemRepresentationWithPath("a"_ns), "a");
+    EXPECT_EQ(manager_->stringWithFileSystemRepresentation("abc", 2)->view(), "ab");
+}
+
+TEST_F(NSFileManagerTest, DeepTreesNeedNoStack) {
+    constexpr int kDepth = 1000; // the time for a path grows with its length
+    NSString *const before = manager_->currentDirectoryPath();
+    ASSERT_TRUE(manager_->changeCurrentDirectoryPath(path(".")));
+    std::string deep = "t";
+    ASSERT_EQ(::mkdir("t", 0700), 0);
+    for (int i = 1; i < kDepth; ++i)
+        ASSERT_EQ(::mkdir((deep += "/d").c_str(), 0700), 0);
+    EXPECT_TRUE(runOnSmallStack([&] {
+        NSAutoreleasePool pool;
+        EXPECT_EQ(manager_->subpathsAtPath("t"_ns)->count(), kDepth - 1u);
+        EXPECT_TRUE(manager_->copyPath("t"_ns, "c"_ns));
+        EXPECT_TRUE(manager_->contentsEqualAtPath("t"_ns, "c"_ns));
+        // The directory that is copied is looked for upwards from there.
+        EXPECT_FALSE(manager_->copyPath("t"_ns, NSString::stringWith(deep + "/t")));
+        EXPECT_EQ(errno, EINVAL);
+        EXPECT_TRUE(manager_->removeFileAtPath("t"_ns) && manager_->removeFileAtPath("c"_ns));
+    }));
+    EXPECT_TRUE(directory_.names().empty());
+    EXPECT_TRUE(manager_->changeCurrentDirectoryPath(before));
 }

@@ -1,4 +1,5 @@
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Runtime/Send.h>
 
@@ -91,4 +92,13 @@ TEST_F(NSSetTest, SelectorsMakeSetsOfTheClassAsked) {
     NSMutableSet *const lists = NSMutableSet::setWithObject(NSMutableArray::array());
     lists->makeObjectsPerformSelector("addObject:"_sel, "x"_ns);
     EXPECT_EQ(describe(lists->anyObject()), "(x)");
+}
+
+TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
+    NSMutableString *const text = NSMutableString::stringWith("a");
+    NSSet *const set = NSSet::setWithObject(text);
+    EXPECT_EQ(NSSet::initWithSet(set, /*copyItems=*/NO)->anyObject(), text);
+    const Ref<NSSet> copies = NSSet::initWithSet(set, /*copyItems=*/YES);
+    text->appendString("b"_ns);
+    EXPECT_EQ(elements(copies), "(a)");
 }

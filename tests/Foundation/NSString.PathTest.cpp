@@ -111,3 +111,24 @@ TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
     ::setenv("HOME", "", 1); // then the user database answers
     EXPECT_EQ("~"_ns->stringByExpandingTildeInPath()->view(), qb::sys::homeDirectory(nullptr));
 }
+
+TEST_F(NSStringPathTest, PathsOfSeveralFilesAndForTheSystem) {
+    NSArray *const paths =
+        "/a"_ns->stringsByAppendingPaths(NSArray::arrayWithObjects("b.html"_ns, "c"_ns, "d.txt"_ns));
+    EXPECT_EQ(describe(paths), "(/a/b.html, /a/c, /a/d.txt)");
+    EXPECT_EQ(describe(paths->pathsMatchingExtensions(NSArray::arrayWithObjects("txt"_ns, "html"_ns))),
+              "(/a/b.html, /a/d.txt)");
+    EXPECT_EQ(paths->pathsMatchingExtensions(nullptr)->count(), 0u);
+    EXPECT_THROW("/a"_ns->stringsByAppendingPaths(nullptr), InvalidArgumentException);
+    EXPECT_THROW("/a"_ns->stringsByAppendingPaths(NSArray::arrayWithObject(NSArray::array())),
+                 InvalidArgumentException);
+
+    char buffer[4] = "???";
+    EXPECT_STREQ("/é"_ns->fileSystemRepresentation(), "/é");
+    EXPECT_FALSE("/é"_ns->getFileSystemRepresentation(buffer, 3));
+    EXPECT_TRUE("/é"_ns->getFileSystemRepresentation(buffer, 4));
+    EXPECT_STREQ(buffer, "/é");
+    NSString *const cut = NSString::stringWith(std::string_view("a\0b", 3));
+    EXPECT_FALSE(cut->getFileSystemRepresentation(buffer, 4));
+    EXPECT_THROW(cut->fileSystemRepresentation(), InvalidArgumentException);
+}

@@ -40,3 +40,35 @@ TEST_F(NSValueTest, EqualityNeedsTheSameTypeAndValue) {
     id made = send(NSValue::cls(), "valueWithRange:"_sel, NSMakeRange(3, 4));
     EXPECT_TRUE(range->isEqual(made));
 }
+
+TEST_F(NSValueTest, ValuesOfEveryTypeGoInAndOut) {
+    const auto goesRound = [](auto value, const char *type, const char *held) {
+        NSValue *const made = NSValue::value(&value, type);
+        EXPECT_STREQ(made->objCType(), held) << type;
+        decltype(value) out{};
+        if (std::string_view(type) == held) {
+            made->getValue(&out);
+            EXPECT_TRUE(out == value) << type;
+        }
+        return made;
+    };
+    goesRound(std::int32_t{-5}, "i", "i");
+    goesRound(UINT32_MAX, "I", "I");
+    goesRound(INT64_MIN, "q", "q");
+    goesRound(UINT64_MAX, "Q", "Q");
+    goesRound(0.1f, "f", "f");
+    goesRound(0.1, "d", "d");
+    goesRound(NSMakeRange(1, 2), "{_NSRange=II}", "{_NSRange=II}");
+    goesRound(static_cast<const void *>("x"), "^v", "^v");
+    goesRound(static_cast<id>("x"_ns), "@", "@");
+    EXPECT_EQ(describe(goesRound(std::int16_t{-300}, "s", "i")), "-300");
+    EXPECT_EQ(describe(goesRound(std::uint8_t{200}, "C", "i")), "200");
+    EXPECT_EQ(describe(goesRound(true, "B", "c")), "1");
+    BOOL yes = NO;
+    NSNumber::numberWithBool(YES)->getValue(&yes);
+    EXPECT_EQ(yes, YES);
+    int value = 0;
+    EXPECT_THROW(NSValue::valueWithBytes(&value, "*"), InvalidArgumentException);
+    EXPECT_THROW(NSValue::valueWithBytes(&value, nullptr), InvalidArgumentException);
+    EXPECT_THROW(NSValue::valueWithBytes(nullptr, "i"), InvalidArgumentException);
+}

@@ -1,6 +1,7 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "System/Faults.h"
@@ -127,4 +128,24 @@ TEST_F(PropertyListFileTest, NilPathThrows) {
                   "NSDictionary initWithContentsOfFile: must have a path that is not nil.");
     EXPECT_REASON(NSArray::array()->writeToFile(nullptr, NO),
                   "NSArray writeToFile:atomically: must have a path that is not nil.");
+}
+
+TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
+    NSDictionary *const read = "/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y);"_ns
+                                   ->propertyListFromStringsFileFormat();
+    EXPECT_EQ(describe(read), "{hello = Guten Tag; a b = a b; list = (x, y); }");
+    NSDictionary *const texts =
+        NSDictionary::dictionaryWith({{"a b"_ns, "\n"_ns}, {"c"_ns, NSNumber::numberWithInt(5)}});
+    EXPECT_EQ(texts->descriptionInStringsFileFormat()->view(), "\"a b\" = \"\\n\";\nc = 5;\n");
+    EXPECT_EQ(describe(texts->descriptionInStringsFileFormat()->propertyListFromStringsFileFormat()),
+              "{a b = \n; c = 5; }");
+    EXPECT_EQ(""_ns->propertyListFromStringsFileFormat()->count(), 0u);
+    for (const auto &[text, values] :
+         {std::pair("a = 1;\nb", "2 2 '='"), std::pair("a = 1", "1 6 ';' or '}'"),
+          std::pair("a = 1; }", "1 8 a key or '}'"),
+          std::pair("a; b; a;", "1 7 a key that does not stand in the dictionary already")}) {
+        ErrorExpectation error(900001);
+        EXPECT_EQ(NSString::stringWith(text)->propertyListFromStringsFileFormat(), nullptr);
+        EXPECT_EQ(error.values(), values);
+    }
 }

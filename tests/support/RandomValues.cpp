@@ -46,11 +46,13 @@ id RandomValues::range() {
     NSCharacterSet *const sets[] = {
         NSCharacterSet::letterCharacterSet(), NSCharacterSet::characterSetWithRange(range),
         NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith("ac€😀\xFF"))};
-    switch (upTo(2)) {
+    switch (upTo(3)) {
     case 0:
         return NSValue::valueWithRange({range.location, upTo(UINT32_MAX)});
     case 1:
         return sets[upTo(2)];
+    case 2:
+        return sets[upTo(2)]->mutableCopy().autorelease();
     default:
         return sets[upTo(2)]->invertedSet();
     }

@@ -95,6 +95,9 @@ public:
     /// nothing.
     virtual NSString *componentsJoinedByString(NSString *separator) const;
 
+    /// Returns the strings among the elements whose `pathExtension` is one of those.
+    virtual NSArray *pathsMatchingExtensions(NSArray *extensions) const;
+
     // --- Order ---
 
     /// Returns the elements in ascending order; equal ones keep their order. `comparator` is what `compare:`

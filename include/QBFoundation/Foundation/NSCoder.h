@@ -4,6 +4,7 @@
 
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/Runtime/Value.h>
 
 #include <cstdint>
 
@@ -29,6 +30,20 @@ public:
     virtual void decodeValueOfObjCType(const char *type, void *at);
     virtual void encodeArrayOfObjCType(const char *type, std::uint32_t count, const void *at);
     virtual void decodeArrayOfObjCType(const char *type, std::uint32_t count, void *at);
+    /// Write the values that the pointers behind `types` point to, one for each letter of it, and read them.
+    /// Throws InvalidArgumentException when there are not as many pointers.
+    template <class... T>
+    void encodeValuesOfObjCTypes(const char *types, const T *...at) {
+        qb::withArgList([&](const qb::ArgList &list) { encodeValuesOfObjCTypesWithArgList(types, list); },
+                        at...);
+    }
+    template <class... T>
+    void decodeValuesOfObjCTypes(const char *types, T *...at) {
+        qb::withArgList([&](const qb::ArgList &list) { decodeValuesOfObjCTypesWithArgList(types, list); },
+                        at...);
+    }
+    virtual void encodeValuesOfObjCTypesWithArgList(const char *types, const qb::ArgList &argList);
+    virtual void decodeValuesOfObjCTypesWithArgList(const char *types, const qb::ArgList &argList);
     virtual void encodeBytes(const void *bytes, std::uint32_t length);
     /// Returns the bytes and stores how many; null and 0 when there are none or after an error.
     virtual const void *decodeBytesWithReturnedLength(std::uint32_t *length);
@@ -36,6 +51,12 @@ public:
     virtual id decodeObject();
     /// Writes the object that all others hang on.
     virtual void encodeRootObject(id object) { encodeObject(object); }
+    /// Write and read data, and a value of a property list, as the objects that they are; another object
+    /// reads as nil.
+    virtual void encodeDataObject(NSData *data);
+    virtual NSData *decodeDataObject();
+    virtual void encodePropertyList(id propertyList) { encodeObject(propertyList); }
+    virtual id decodePropertyList() { return decodeObject(); }
     /// Writes the object only if it is also written otherwise; else it reads as nil. For references to the
     /// owner.
     virtual void encodeConditionalObject(id object) { encodeObject(object); }

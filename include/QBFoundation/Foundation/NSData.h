@@ -61,6 +61,10 @@ public:
     /// Returns the bytes of `range`, autoreleased. Throws NSRangeException when the range is not inside the
     /// data.
     virtual NSData *subdataWithRange(NSRange range) const;
+    /// Returns where `data` stand first inside `range`; {NSNotFound, 0} when they do not, and for no bytes.
+    /// Of NSStringCompareOptions `NSBackwardsSearch` and `NSAnchoredSearch` count. Throws NSRangeException
+    /// when the range is not inside the data.
+    virtual NSRange rangeOfData(NSData *data, std::uint32_t options, NSRange range) const;
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToData(NSData *other) const;

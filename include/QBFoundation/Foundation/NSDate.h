@@ -60,6 +60,9 @@ public:
     static Ref<NSDate> initWithTimeInterval(NSTimeInterval seconds, NSDate *sinceDate) {
         return qb::init<NSDate>(&NSDate::setUpWithTimeInterval, seconds, sinceDate);
     }
+    static NSDate *dateWithTimeInterval(NSTimeInterval seconds, NSDate *sinceDate) {
+        return initWithTimeInterval(seconds, sinceDate).autorelease();
+    }
     /// Returns the instant of a text in the form of `description`; nil when it has another form.
     static Ref<NSDate> initWithString(NSString *text) {
         return qb::init<NSDate>(&NSDate::setUpWithString, text);

@@ -14,6 +14,7 @@
 #include <span>
 #include <utility>
 
+class NSDate;
 class NSMutableDictionary;
 
 namespace qb {
@@ -97,6 +98,9 @@ public:
     virtual NSArray *keysSortedByValueUsingSelector(SEL comparator) const;
     /// The values in the order of their keys, autoreleased.
     virtual NSArray *allValues() const;
+    /// Copies the values and the keys, not retained, to buffers with room for them; null for what is not
+    /// wanted.
+    virtual void getObjects(id *objects, id *andKeys) const;
     virtual NSEnumerator *keyEnumerator() const;
     virtual NSEnumerator *objectEnumerator() const;
     /// The entries as they lie in memory, as long as the dictionary lives and does not change.
@@ -253,6 +257,10 @@ public:
 
     // --- Files ---
 
+    /// Returns the entries as lines "key = value;" without braces, strings as property lists write them and
+    /// other values as their `stringValue`, autoreleased; `NSString` `propertyListFromStringsFileFormat`
+    /// reads it.
+    virtual NSString *descriptionInStringsFileFormat() const;
     /// Returns the dictionary whose property-list text the file holds. Returns nil after 100039 (path) for a
     /// file that is not there, 100023 (path, system text) for one that can't be read, and 900004 (path, line,
     /// column, what was expected) for a malformed one or another value. Throws InvalidArgumentException when
@@ -268,6 +276,19 @@ public:
     /// Returns NO after its errors, and after 900003 (depth) when the dictionary is nested too deeply; the
     /// file then is as it was.
     virtual BOOL writeToFile(NSString *path, BOOL atomically) const;
+
+    // --- File attributes ---
+
+    /// Return the entries of what `NSFileManager` `fileAttributesAtPath:traverseLink:` returns; nil and 0 for
+    /// those that are not there.
+    virtual std::uint64_t fileSize() const;
+    virtual NSString *fileType() const;
+    virtual NSDate *fileModificationDate() const;
+    virtual std::uint32_t filePosixPermissions() const;
+    virtual std::uint32_t fileOwnerAccountID() const;
+    virtual std::uint32_t fileGroupOwnerAccountID() const;
+    virtual std::uint64_t fileSystemNumber() const;
+    virtual std::uint64_t fileSystemFileNumber() const;
 
     // --- What every value answers ---
 

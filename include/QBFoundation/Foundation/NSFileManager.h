@@ -5,7 +5,7 @@
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSEnumerator.h>
+#include <QBFoundation/Foundation/NSDirectoryEnumerator.h>
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSString.h>
 
@@ -79,6 +79,9 @@ public:
     /// something has the name `toPath`, or it lies inside of `path`; what was copied when it fails stays.
     /// `handler` is not used.
     virtual BOOL copyPath(NSString *path, NSString *toPath, id handler = nullptr);
+    /// Gives the file, link or files of a directory at `path` further names at `toPath`, and makes the
+    /// directories; else as `copyPath:toPath:handler:`.
+    virtual BOOL linkPath(NSString *path, NSString *toPath, id handler = nullptr);
     /// Renames, or copies and removes where that does not go; else as `copyPath:toPath:handler:`.
     virtual BOOL movePath(NSString *path, NSString *toPath, id handler = nullptr);
     /// Removes a file, a link, or a directory with all that is in it. It goes on after a failure and removes
@@ -94,9 +97,14 @@ public:
     /// Returns the relative paths of all that is below a directory, each directory before what is in it,
     /// autoreleased. Directories that can't be read count as empty.
     virtual NSArray *subpathsAtPath(NSString *path) const;
-    /// Goes over `subpathsAtPath:`; nil when that is.
-    virtual NSEnumerator *enumeratorAtPath(NSString *path) const;
+    /// Returns an enumerator of the same paths, which reads each directory when it gets there; nil when the
+    /// first can't be read.
+    virtual NSDirectoryEnumerator *enumeratorAtPath(NSString *path) const;
     virtual BOOL changeCurrentDirectoryPath(NSString *path);
+    /// As `NSString` `fileSystemRepresentation`; null for nil.
+    virtual const char *fileSystemRepresentationWithPath(NSString *path) const;
+    /// Returns the path with those bytes, autoreleased.
+    virtual NSString *stringWithFileSystemRepresentation(const char *string, std::uint32_t length) const;
     /// Returns the working directory's path, autoreleased; nil when it has none any more.
     virtual NSString *currentDirectoryPath() const;
 };

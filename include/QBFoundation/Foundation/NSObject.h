@@ -222,10 +222,15 @@ public:
     /// selector; here it throws InvalidArgumentException.
     virtual QBPath *asQbPath() const;
 
-    // --- Output streaming ---
+    // --- OutputStreaming ---
 
-    /// Writes the value on `stream` by the stream's operation for its type; nothing on nil.
+    /// Writes the value on `stream` by the stream's operation for its type; `_writeNSObject` for those that
+    /// have none. Nothing on nil. Every object conforms to the protocol of this name, and of the next.
     virtual void writeOnOutputStream(QBOutputStream *stream);
+
+    // --- PropertyListOutputStreaming ---
+
+    /// Writes the value on a stream of property-list text: as above, and data as its `description`.
     virtual void writeOnPropertyListOutputStream(QBOutputStream *stream);
 
     // --- Archiving ---

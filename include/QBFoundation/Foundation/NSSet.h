@@ -46,6 +46,8 @@ public:
     static Ref<NSSet> init() { return initWith(std::span<const id>()); }
     static Ref<NSSet> initWithArray(NSArray *array);
     static Ref<NSSet> initWithSet(NSSet *other);
+    /// Returns a set of copies of the elements when `copyItems` is YES.
+    static Ref<NSSet> initWithSet(NSSet *other, BOOL copyItems);
 
     // --- Elements ---
 
@@ -134,6 +136,7 @@ protected:
     virtual BOOL setUpWithObject(id object);
     virtual BOOL setUpWithArray(NSArray *array);
     virtual BOOL setUpWithSet(NSSet *other);
+    virtual BOOL setUpWithCopies(NSSet *other, BOOL copyItems);
     BOOL setUpWithCoder(NSCoder *coder) override;
     /// Adds an element that is not equal to one that is there.
     void insert(id object);

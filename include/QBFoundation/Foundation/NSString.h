@@ -20,6 +20,14 @@ class NSMutableString;
 /// One UTF-16 unit.
 using unichar = std::uint16_t;
 
+/// The encodings that texts are converted from and to.
+enum NSStringEncoding : std::uint32_t {
+    NSASCIIStringEncoding = 1,
+    NSUTF8StringEncoding = 4,
+    NSISOLatin1StringEncoding = 5,
+    NSUnicodeStringEncoding = 10 // UTF-16
+};
+
 /// How texts are searched and compared; values are or-ed together.
 enum NSStringCompareOptions : std::uint32_t {
     NSCaseInsensitiveSearch = 1, // characters that differ in case only are equal
@@ -78,6 +86,25 @@ public:
     static Ref<NSString> initWithBytes(const void *bytes, std::uint32_t length);
     /// Returns a string with the bytes of `data` as they are; nil gives the empty string.
     static Ref<NSString> initWithData(NSData *data);
+
+    // --- Encodings ---
+
+    /// Returns the text that the data holds in one of the encodings above. Returns nil for another encoding,
+    /// and for data that are malformed in it; half of a UTF-16 pair alone becomes U+FFFD instead. Without a
+    /// byte-order mark UTF-16 has the low byte first.
+    static Ref<NSString> initWithData(NSData *data, std::uint32_t encoding);
+    /// The encoding of C strings: NSUTF8StringEncoding.
+    static std::uint32_t defaultCStringEncoding() { return NSUTF8StringEncoding; }
+    /// Returns the encodings as number objects, autoreleased.
+    static NSArray *availableStringEncodings();
+    virtual BOOL canBeConvertedToEncoding(std::uint32_t encoding) const;
+    /// Returns the text's bytes in that encoding, autoreleased, UTF-16 with a byte-order mark and the low
+    /// byte first. Returns nil for an unknown encoding, and when the text has characters that the encoding
+    /// has not, unless they may become "?".
+    NSData *dataUsingEncoding(std::uint32_t encoding) const {
+        return dataUsingEncoding(encoding, /*allowLossyConversion=*/NO);
+    }
+    virtual NSData *dataUsingEncoding(std::uint32_t encoding, BOOL allowLossyConversion) const;
 
     /// Returns a string of `length` bytes that `fill(char *)` writes, owned: what is rendered piece by piece
     /// needs no copy.
@@ -227,6 +254,20 @@ public:
     NSRange rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t options) const;
     virtual NSRange rangeOfCharacterFromSet(NSCharacterSet *set, std::uint32_t options, NSRange range) const;
 
+    // --- Lines ---
+
+    /// Stores where the first line begins that the range touches, where the last one ends with its line end,
+    /// and where its line end begins; null for what is not wanted. Line ends are "\n", "\r", "\r\n", U+0085,
+    /// U+2028 and U+2029.
+    virtual void getLineStart(std::uint32_t *start, std::uint32_t *end, std::uint32_t *contentsEnd,
+                              NSRange forRange) const;
+    /// Returns the range of the lines that the range touches, line ends included.
+    virtual NSRange lineRangeForRange(NSRange range) const;
+    /// Returns the text cut to that length, or with `withString` behind it, from `startingAtIndex` on and
+    /// again and again, until it has that length. A character of two units is not cut.
+    virtual NSString *stringByPaddingToLength(std::uint32_t newLength, NSString *withString,
+                                              std::uint32_t startingAtIndex) const;
+
     // --- Splitting and joining ---
 
     /// Returns what stands between the separators, one piece more than there are separators, some of them
@@ -296,6 +337,13 @@ public:
     virtual NSString *stringByExpandingTildeInPath() const;
     /// Returns the path with the caller's home directory at its beginning replaced by "~".
     virtual NSString *stringByAbbreviatingWithTildeInPath() const;
+    /// Returns the paths that have each of the strings as a further component, autoreleased.
+    virtual NSArray *stringsByAppendingPaths(NSArray *paths) const;
+    /// Returns the path as the system wants it, valid as long as `cString`.
+    /// Throws InvalidArgumentException when the text has a NUL, which no path can have.
+    virtual const char *fileSystemRepresentation() const;
+    /// Stores that with its NUL, if `maxLength` bytes are room enough; NO when not, or when it has a NUL.
+    virtual BOOL getFileSystemRepresentation(char *buffer, std::uint32_t maxLength) const;
     /// Returns the path with a tilde expanded, empty and "." components removed, and in an absolute path ".."
     /// with the component in front of it. The file system is not asked.
     virtual NSString *stringByStandardizingPath() const;
@@ -468,6 +516,9 @@ public:
     /// nil when the text is malformed, nested more than 512 levels deep, or holds a key twice; then raises
     /// 900001 (line, column, what was expected).
     virtual id propertyList() const;
+    /// Returns the dictionary whose entries "key = value;" the text is, without braces; "key;" has the key as
+    /// its value. Else as above.
+    virtual NSDictionary *propertyListFromStringsFileFormat() const;
 
 protected:
     /// Takes over the text's bytes; the initialiser `initWithCString:length:` of subclasses.

@@ -32,6 +32,14 @@ public:
     static Class *cls();
     Class *classObject() const override { return cls(); }
 
+    /// Returns the value of the type `objCType` that lies at `value`: a number object for the letters of
+    /// integers and floating-point numbers (see `NSCoder`), "^v", "@", and "{_NSRange=II}". Throws
+    /// InvalidArgumentException for another type, and when `value` is null.
+    static NSValue *valueWithBytes(const void *value, const char *objCType);
+    /// The same.
+    static NSValue *value(const void *value, const char *withObjCType) {
+        return valueWithBytes(value, withObjCType);
+    }
     static NSValue *valueWithRange(NSRange range);
     static NSValue *valueWithPointer(const void *pointer);
     /// Returns a value that refers to `object` without keeping it alive.
@@ -41,6 +49,8 @@ public:
     /// Returns the letter of the type, as archives name it: "c", "i", "I", "q", "Q", "f", "d" for numbers
     /// (BOOL is "c"), "{_NSRange=II}", "^v", "@".
     virtual const char *objCType() const;
+    /// Stores the value in a variable of the type that `objCType` tells.
+    virtual void getValue(void *variable) const;
     /// Returns the range. Throws InvalidUseOfMethodException when the value is of another type, as the next
     /// two do.
     virtual NSRange rangeValue() const;

@@ -1,0 +1,9 @@
+#include "Foundation/Required.h"
+
+#include <QBFoundation/Foundation/NSException.h>
+
+#include <string>
+
+void qb::throwMissing(const char *operation, const char *what) {
+    throw InvalidArgumentException(std::string(operation) + " must have " + what + " that is not nil.");
+}

@@ -1,0 +1,34 @@
+#include <QBFoundation/Foundation/NSObject.h>
+
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/QBNil.h>
+#include <QBFoundation/Runtime/Class.h>
+
+#include "support/PoolFixture.h"
+
+#include <set>
+#include <string>
+
+using NSObjectTest = PoolFixture;
+
+TEST_F(NSObjectTest, NoClassListsASelectorTwice) {
+    for (Class *cls : qb::allClasses()) {
+        std::set<std::string> seen;
+        qb::forEachMethod(cls, [&](const qb::Method &method) {
+            const std::string name =
+                (method.isClassMethod() ? "+" : "-") + std::string(method.selector()->view());
+            EXPECT_TRUE(seen.insert(name).second) << cls->nameView() << " " << name;
+        });
+    }
+}
+
+TEST_F(NSObjectTest, EveryObjectCanBeStreamed) {
+    for (const char *name : {"OutputStreaming", "PropertyListOutputStreaming"}) {
+        Protocol *const protocol = Protocol::named(name);
+        for (id object : {static_cast<id>("text"_ns), static_cast<id>(NSNumber::numberWithInt(1)),
+                          static_cast<id>(NSData::data()), static_cast<id>(QBNil::value())})
+            EXPECT_TRUE(object->conformsToProtocol(protocol)) << name;
+    }
+    EXPECT_FALSE("text"_ns->conformsToProtocol(Protocol::named("Streaming")));
+}
