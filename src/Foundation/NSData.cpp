@@ -29,8 +29,6 @@ Class *NSData::cls() {
     static const qb::Method methods[] = {
         qb::maker<"data">(&NSData::setUp),
         qb::maker<"dataWithBytes:length:">(&NSData::setUpWithBytes),
-        qb::maker<"dataWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
-        qb::initialiser<"initWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
         qb::maker<"dataWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),

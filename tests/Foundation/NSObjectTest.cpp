@@ -15,11 +15,11 @@ using NSObjectTest = PoolFixture;
 TEST_F(NSObjectTest, NoClassListsASelectorTwice) {
     for (Class *cls : qb::allClasses()) {
         std::set<std::string> seen;
-        qb::forEachMethod(cls, [&](const qb::Method &method) {
+        for (const auto &method : cls->ownMethods()) {
             const std::string name =
-                (method.isClassMethod() ? "+" : "-") + std::string(method.selector()->view());
+                (method->isClassMethod() ? "+" : "-") + std::string(method->selector()->view());
             EXPECT_TRUE(seen.insert(name).second) << cls->nameView() << " " << name;
-        });
+        }
     }
 }
 
