@@ -30,9 +30,9 @@ std::string_view typeOf(NSString *file) {
     return {};
 }
 
-bool hasScheme(std::string_view address) {
-    const std::size_t end = address.find_first_of(":/?#");
-    return end != std::string_view::npos && end != 0 && address[end] == ':';
+// Whether it is one; a file that is not there has no size.
+bool isSmall(NSString *file) {
+    return OSFilePath::fileSizeAtPath(file) <= static_cast<std::int32_t>(kLargestImage);
 }
 
 QBPath *fromRoot(NSString *path) {
@@ -41,6 +41,11 @@ QBPath *fromRoot(NSString *path) {
 
 } // namespace
 
+bool hasScheme(std::string_view address) {
+    const std::size_t end = address.find_first_of(":/?#");
+    return end != std::string_view::npos && end != 0 && address[end] == ':';
+}
+
 NSString *linkFrom(NSString *page, NSString *target) {
     return hasScheme(target->view()) ? target
                                      : fromRoot(page)->relativePathTo(fromRoot(target))->stringValue();
@@ -48,7 +53,7 @@ NSString *linkFrom(NSString *page, NSString *target) {
 
 NSString *inlineImage(NSString *file) {
     const std::string_view type = typeOf(file);
-    NSData *const image = type.empty() ? nullptr : readBytes(file);
+    NSData *const image = type.empty() || !isSmall(file) ? nullptr : readBytes(file);
     if (!image || image->length() > kLargestImage) {
         fail(__LINE__, kErrorNoSmallImage, file, kLargestImage);
         return nullptr;

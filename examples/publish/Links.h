@@ -4,7 +4,12 @@
 
 #include <QBFoundation/QBFoundation.h>
 
+#include <string_view>
+
 namespace publish {
+
+/// Whether an address begins with a scheme, as "https:".
+bool hasScheme(std::string_view address);
 
 /// Returns the link that leads from a page to `target`, both relative to the site's root. An address with a
 /// scheme, as "https://example.org", stays as it is.

@@ -48,6 +48,10 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "'%s' is no image of at most %d bytes that is known by its extension."_ns;
     case kErrorNotSortable:
         return "%s:%d: '%s' has elements without keys to sort by."_ns;
+    case kErrorNoDate:
+        return "%s: '%s' is no date."_ns;
+    case kErrorNoAddress:
+        return "%s: '%s' is no address that a site can have."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

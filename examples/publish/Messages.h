@@ -31,6 +31,8 @@ constexpr int kErrorUnfinished = 910019;
 constexpr int kErrorNotASetting = 910020;
 constexpr int kErrorNoSmallImage = 910021;
 constexpr int kErrorNotSortable = 910022;
+constexpr int kErrorNoDate = 910023;
+constexpr int kErrorNoAddress = 910024;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

@@ -58,7 +58,7 @@ bool Renderer::renderPages() {
 bool Renderer::renderPage(const Page &page) {
     profile_beginAction(profileChannel, "%s", page.url->cString());
     const Ref<NSMutableDictionary> dictionary = valuesFor(page);
-    Values values(dictionary, page.url, site_.directory);
+    Values values(dictionary, page.url, site_.base());
     QBStringOutputStream *const body = QBStringOutputStream::streamWithCapacity(kUsualPage);
     const auto content = Template::read(page.body, page.file);
     if (!content || !content->fill(values, templates_, body))

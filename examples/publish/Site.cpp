@@ -1,5 +1,6 @@
 #include "Site.h"
 
+#include "Dates.h"
 #include "Files.h"
 #include "Messages.h"
 
@@ -49,6 +50,19 @@ NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText)
     return NSString::stringWith(html);
 }
 
+// A page's date, if it has one, gets the forms that its readers want.
+bool addDates(Page &page) {
+    const id value = page.head->objectForKey("date"_ns);
+    if (!value)
+        return true;
+    NSCalendarDate *const date = dateIn(value->stringValue());
+    if (!date)
+        return fail(__LINE__, kErrorNoDate, page.file.get(), value->stringValue());
+    page.head->setObjectForKey(isoText(date), "isoDate"_ns);
+    page.head->setObjectForKey(httpText(date), "httpDate"_ns);
+    return true;
+}
+
 bool readPage(NSString *file, NSString *path, Page &page) {
     NSString *const content = readText(file);
     if (!content)
@@ -69,7 +83,7 @@ bool readPage(NSString *file, NSString *path, Page &page) {
     page.head = head->mutableCopy();
     page.head->setObjectForKey(page.url, "url"_ns);
     page.body = htmlOf(text.substr(0, start), text.substr(start), isText);
-    return true;
+    return addDates(page);
 }
 
 bool readPages(Site &site) {
@@ -88,17 +102,35 @@ bool readPages(Site &site) {
     return true;
 }
 
-// Whether what the settings give for `key`, if anything, is a path inside of the site.
+// Whether what the settings give for a file or directory is a path inside of the base directory, or an
+// absolute one, that does not lead back on its way.
 bool isSafe(const Site &site, id value) {
     auto *path = qb::castOrNil<NSString>(value);
-    return (path && isInside(path->view())) ||
+    return (path && isInside(path->view().substr(path->isAbsolutePath()))) ||
            fail(__LINE__, kErrorUnsafePath, site.file.get(), value->stringValue());
 }
 
-bool checkDirectories(const Site &site) {
+// Makes the directory that names are relative to, if they have one of their own, relative to `above`.
+bool settleBase(const Site &site, NSMutableDictionary *names, NSString *above) {
+    const id value = names->objectForKey("basedir"_ns);
+    if (!value)
+        return true;
+    if (!isSafe(site, value))
+        return false;
+    auto *base = static_cast<NSString *>(value);
+    if (!base->isAbsolutePath())
+        names->setObjectForKey(above->stringByAppendingPathComponent(base), "basedir"_ns);
+    return true;
+}
+
+bool isApart(NSString *directory, NSString *target) {
+    return areApart(directory, target) || fail(__LINE__, kErrorNotApart, directory, target);
+}
+
+bool checkDirectories(const Site &site, NSString *target) {
     for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns}) {
         const id value = site.settings->objectForKey(key);
-        if (value && !isSafe(site, value))
+        if ((value && !isSafe(site, value)) || !isApart(site.directoryFor(key), target))
             return false;
     }
     return true;
@@ -108,14 +140,17 @@ bool checkDirectories(const Site &site) {
 bool readTexts(Site &site) {
     site.texts = NSMutableDictionary::init();
     const id texts = site.settings->objectForKey("texts"_ns);
-    auto *names = texts ? qb::castOrNil<NSDictionary>(texts) : NSDictionary::dictionary();
-    if (!names)
+    auto *listed = texts ? qb::castOrNil<NSDictionary>(texts) : NSDictionary::dictionary();
+    if (!listed)
         return fail(__LINE__, kErrorNotADictionary, site.file.get(), "'texts'");
-    for (const auto &[key, name] : *names) {
+    const Ref<NSMutableDictionary> names = listed->mutableCopy();
+    if (!settleBase(site, names, site.base()))
+        return false;
+    for (const auto &[key, name] : *listed) {
+        if (key->isEqual("basedir"_ns))
+            continue;
         NSString *const text =
-            isSafe(site, name)
-                ? readText(site.directory->stringByAppendingPathComponent(static_cast<NSString *>(name)))
-                : nullptr;
+            isSafe(site, name) ? readText(names->pathForKey(key, nullptr, site.base())) : nullptr;
         if (!text)
             return false;
         site.texts->setObjectForKey(text, key);
@@ -144,19 +179,24 @@ bool override(NSArray *overrides, Site &site) {
 
 } // namespace
 
+NSString *Site::base() const {
+    const id base = settings->objectForKey("basedir"_ns);
+    return base ? base->stringValue() : directory.get();
+}
+
 NSString *Site::directoryFor(NSString *key) const {
-    const id name = settings->objectForKey(key);
-    return directory->stringByAppendingPathComponent(name ? name->stringValue() : key);
+    return settings->pathForKey(key, key, directory);
 }
 
 bool Site::hasAssets() const {
     return settings->objectForKey("assets"_ns) || kindOf(directoryFor("assets"_ns)) != Kind::nothing;
 }
 
-bool readSite(NSString *directory, NSArray *overrides, Site &site) {
+bool readSite(NSString *directory, NSString *target, NSArray *overrides, Site &site) {
     site.directory = directory;
     site.file = directory->stringByAppendingPathComponent("site.plist"_ns);
-    return readSettings(site) && override(overrides, site) && checkDirectories(site) && readTexts(site) &&
+    return isApart(directory, target) && readSettings(site) && override(overrides, site) &&
+           settleBase(site, site.settings, directory) && checkDirectories(site, target) && readTexts(site) &&
            readPages(site);
 }
 

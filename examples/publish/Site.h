@@ -24,16 +24,18 @@ struct Site {
     Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
     std::vector<Page> pages;        // in the order of their paths
 
+    /// The directory that the names of files are relative to.
+    NSString *base() const;
     /// The directory that the settings name under `key`; one of that name unless they do.
     NSString *directoryFor(NSString *key) const;
     /// Whether there are assets: the settings name a directory, or there is one of that name.
     bool hasAssets() const;
 };
 
-/// Reads the site in `directory`. `overrides`: dotted keys of settings, each followed by the value to use.
-/// Returns false, with an error raised, when a part of it can't be read or a setting is not there to be
-/// replaced or added to.
-bool readSite(NSString *directory, NSArray *overrides, Site &site);
+/// Reads the site in `directory`, which goes to `target`. `overrides`: dotted keys of settings, each followed
+/// by the value to use. Returns false, with an error raised, when a part of it can't be read or is not apart
+/// from the target, or a setting is not there to be replaced or added to.
+bool readSite(NSString *directory, NSString *target, NSArray *overrides, Site &site);
 
 } // namespace publish
 

@@ -3,7 +3,7 @@
 // It shows how a program uses the library: the start-up steps, values from property lists, streams, files,
 // errors that are looked at when it suits, and a result that is never seen half-made.
 #include "Channels.h"
-#include "Files.h"
+#include "Indexes.h"
 #include "Interruption.h"
 #include "Messages.h"
 #include "Options.h"
@@ -65,14 +65,12 @@ bool configure(const Options &options) {
 }
 
 bool publishSite(const Options &options, Counts &counts) {
-    if (!areApart(options.site, options.target))
-        return fail(__LINE__, kErrorNotApart, options.site.get(), options.target.get());
     Site site;
-    if (!readSite(options.site, options.settings, site))
+    if (!readSite(options.site, options.target, options.settings, site))
         return false;
     Publication publication(options.target);
     Renderer renderer(site, publication);
-    const bool isDone = publication.begin() && renderer.renderPages() &&
+    const bool isDone = publication.begin() && renderer.renderPages() && addIndexes(site, publication) &&
                         (!site.hasAssets() || publication.addAssets(site.directoryFor("assets"_ns))) &&
                         publication.commit();
     counts = publication.counts();

@@ -108,12 +108,11 @@ Class *NSObject::cls() {
         qb::method<"isIsoDateTimeString">(&NSObject::isIsoDateTimeString),
         qb::method<"standardizedISODateTimeString">(&NSObject::standardizedISODateTimeString),
     };
-    static Class *const self = new Class("NSObject", nullptr,
-                                         {methods, qb::tables::objectEnumeratorCompatibility(),
-                                          qb::tables::objectKeyAccess(), qb::tables::objectDeepAccess(),
-                                          qb::tables::objectOutputStreaming(), qb::tables::objectPhpString()},
-                                         qb::construct<NSObject>,
- {"OutputStreaming", "PropertyListOutputStreaming"});
+    static Class *const self = new Class(
+        "NSObject", nullptr,
+        {methods, qb::tables::objectEnumeratorCompatibility(), qb::tables::objectKeyAccess(),
+         qb::tables::objectDeepAccess(), qb::tables::objectOutputStreaming(), qb::tables::objectPhpString()},
+        qb::construct<NSObject>, {"OutputStreaming", "PropertyListOutputStreaming"});
     return self;
 }
 

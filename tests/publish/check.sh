@@ -34,11 +34,11 @@ expect() {
 
 snapshot() { (cd "$out" && find . -mindepth 1 | sort | xargs -d '\n' ls -ld --time-style=full-iso); }
 
-# expect_failure WHAT TEXT [SITE OUT]: the program fails with that text in its messages, and the old site is as it was.
+# expect_failure WHAT TEXT [SITE OUT [OPTION …]]: the program fails with that text in its messages, and the old site is as it was.
 expect_failure() {
     local what=$1 text=$2 before status=0
     before=$(snapshot)
-    publish "${3:-$site}" "${4:-$out}" >/dev/null 2>"$work/stderr" || status=$?
+    publish "${@:5}" "${3:-$site}" "${4:-$out}" >/dev/null 2>"$work/stderr" || status=$?
     [ $status -eq 1 ] || fail "$what: exit status $status"
     grep -qF -- "$text" "$work/stderr" || fail "$what: '$text' is not in: $(cat "$work/stderr")"
     [ "$before" = "$(snapshot)" ] || fail "$what: the old site has changed"
@@ -171,6 +171,66 @@ publish --quiet "$site" "$out"
 [ "$(wc -c <"$out/deep/er.html")" -eq 43717 ] || fail "the largest image has $(wc -c <"$out/deep/er.html") bytes"
 rm -r "$out" "$site/pages/deep/er.html"
 
+# Directories and files elsewhere, and where their names are relative to.
+new_site
+mkdir -p "$site/content/parts" "$work/shared"
+mv "$site"/{pages,templates,assets} "$site/content"
+mv "$site/content/templates" "$work/shared/frames"
+echo one >"$site/content/parts/one"
+echo two >"$work/two"
+printf '\x89PNG\0' >"$site/content/dot.png"
+cat >"$site/site.plist" <<TEXT
+{ basedir = content; templates = "$work/shared/frames"; texts = { basedir = parts; one = one; two = "$work/two"; }; }
+TEXT
+printf '{{{body}}}' >"$work/shared/frames/page.html"
+printf '{ title = T; }\n---\n{{texts.one}}{{texts.two}}{{image "dot.png"}}{{texts.basedir or ":"}}' >"$site/content/pages/index.html"
+rm "$site/content/pages/deep/text.txt"
+expect 'directories elsewhere' "$out: 6 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+[ "$(xargs <"$out/index.html")" = 'one two data:image/png;base64,iVBORwA=:' ] || fail "elsewhere: $(cat "$out/index.html")"
+mkdir "$work/outer"
+expect_failure 'pages around the target' "'$work' and the directory '$out' that it goes to" "$site" "$out" \
+    --set "pages=$work"
+expect 'a base directory by --set' ' [0]' publish --quiet --set "basedir=$site/content" "$site" "$work/outer"
+diff -r "$out" "$work/outer" >&2 || fail 'an absolute base directory makes another site'
+rm -r "$work/outer" "$out"
+
+# The site map and the feed.
+new_site
+echo '{ title = "A & B"; address = "https://example.org/a?b=c&d"; people = (); feed = { description = "<news>"; }; }' \
+    >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
+page index.html '{ title = Start; }' '{{#each pages by isoDate.REVERSE as p}}{{p.isoDate or "-"}} {{/each}}'
+page new.html '{ title = "T & T"; date = "2024-02-29 12:30"; description = "a\001b"; }' x
+page 'deep/ü b.txt' '{ date = "Sun, 06 Nov 1994 08:49:37 GMT"; }' x
+page leap.html '{ title = L; date = 20001231235959; }' x
+mkdir "$site/pages/old"
+for ((i = 10; i < 30; ++i)); do
+    page "old/$i.html" "{ date = 19$i; }" x
+done
+expect 'site map and feed' "$out: 32 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'the same again' "$out: 0 written, 32 unchanged, 0 removed [0]" publish "$site" "$out"
+grep -q '2024-02-29T12:30:00Z 2000-12-31T23:59:59Z 1994-11-06T08:49:37Z 1929-01-01T00:00:00Z 1928' "$out/index.html" ||
+    fail "dates: $(cat "$out/index.html")"
+{ [ "$(grep -c '<url>' "$out/sitemap.xml")" -eq 25 ] && [ "$(grep -c '<lastmod>' "$out/sitemap.xml")" -eq 23 ]; } ||
+    fail "site map: $(cat "$out/sitemap.xml")"
+while IFS= read -r line; do
+    grep -qxF "$line" "$out/sitemap.xml" || fail "'$line' is not in $(cat "$out/sitemap.xml")"
+done <<'TEXT'
+<url><loc>https://example.org/a?b=c&amp;d/index.html</loc></url>
+<url><loc>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</loc><lastmod>1994-11-06T08:49:37Z</lastmod></url>
+TEXT
+diff - <(head -n 6 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
+<?xml version="1.0" encoding="UTF-8"?>
+<rss version="2.0"><channel>
+<title>A &amp; B</title><link>https://example.org/a?b=c&amp;d/</link><description>&lt;news&gt;</description>
+<item><title>T &amp; T</title><link>https://example.org/a?b=c&amp;d/new.html</link><guid>https://example.org/a?b=c&amp;d/new.html</guid><pubDate>Thu, 29 Feb 2024 12:30:00 GMT</pubDate><description>ab</description></item>
+<item><title>L</title><link>https://example.org/a?b=c&amp;d/leap.html</link><guid>https://example.org/a?b=c&amp;d/leap.html</guid><pubDate>Sun, 31 Dec 2000 23:59:59 GMT</pubDate></item>
+<item><title>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</title><link>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</link><guid>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</guid><pubDate>Sun, 06 Nov 1994 08:49:37 GMT</pubDate></item>
+TEXT
+[ "$(grep -c '<item>' "$out/feed.xml")" -eq 20 ] || fail "the feed has $(grep -c '<item>' "$out/feed.xml") pages"
+! command -v xmllint >/dev/null || xmllint --noout "$out/sitemap.xml" "$out/feed.xml" || fail 'no XML'
+rm -r "$out"
+
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
 new_site
 publish --quiet "$site" "$out"
@@ -250,6 +310,12 @@ image that is missing|site/gone.png' does not exist.|{ title = T; }|{{image "gon
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
 no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
 large image|assets/large.gif' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/large.gif"}}
+unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
+half a month|pages/index.html: '20230' is no date.|{ date = 20230; }|x
+wrong separators|pages/index.html: '2023:02' is no date.|{ date = "2023:02"; }|x
+separator at the end|pages/index.html: '2023-' is no date.|{ date = "2023-"; }|x
+time zone|pages/index.html: '2023-02-01T10:00-02' is no date.|{ date = "2023-02-01T10:00-02"; }|x
+no date|pages/index.html: 'today' is no date.|{ date = today; }|x
 half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
 not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
@@ -290,6 +356,13 @@ site.plist|( a )|site.plist: the text is no dictionary.
 site.plist|{ texts = x; }|site.plist: 'texts' is no dictionary.
 site.plist|{ texts = { a = "../x"; }; }|site.plist: '../x' is no path inside of a site.
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
+site.plist|{ basedir = "../x"; }|site.plist: '../x' is no path inside of a site.
+site.plist|{ basedir = (a); }|is no path inside of a site.
+site.plist|{ basedir = gone; }|The directory '$site/gone/pages' can't be read.
+site.plist|{ pages = "$work/../x"; }|site.plist: '$work/../x' is no path inside of a site.
+site.plist|{ texts = { basedir = ".."; }; }|site.plist: '..' is no path inside of a site.
+site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
+site.plist|{ address = "https://example.org"; feed = x; people = (); title = T; }|site.plist: 'feed' is no dictionary.
 site.plist|{ assets = ".."; }|site.plist: '..' is no path inside of a site.
 site.plist|{ pages = "/"; }|site.plist: '/' is no path inside of a site.
 site.plist|{ templates = ( a ); }|is no path inside of a site.
@@ -347,6 +420,11 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
         expect_failure "$what" "$text"
         chmod "$mode" "$path"
     }
+    head -c 32769 /dev/zero >"$site/assets/large.gif"
+    page image.html '{ title = T; }' '{{image "assets/large.gif"}}'
+    denied 'large image' "assets/large.gif' is no image of at most" "$site/assets/large.gif" 000
+    ! grep -qF 'could not be read' "$work/stderr" || fail 'a large image was read'
+    rm "$site/pages/image.html" "$site/assets/large.gif"
     denied 'unreadable page' "index.html' could not be read: Permission denied" "$site/pages/index.html" 000
     denied 'unreadable directory' "The directory '$site/pages/deep' can't be read." "$site/pages/deep" 000
     denied 'unreadable template' "who.html' could not be read: Permission denied" "$site/templates/who.html" 000

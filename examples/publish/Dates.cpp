@@ -1,0 +1,60 @@
+#include "Dates.h"
+
+#include <string>
+#include <string_view>
+
+namespace publish {
+
+namespace {
+
+bool isDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+// The digits of a text that has separators, if any, where the form has them; empty for another one.
+std::string digitsOf(std::string_view text) {
+    constexpr std::string_view kForm = "####-##-## ##:##:##";
+    if (text.ends_with('Z'))
+        text.remove_suffix(1);
+    std::string digits;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char separator = i < kForm.size() ? kForm[i] : '#';
+        if (isDigit(text[i]))
+            digits += text[i];
+        else if (text[i] != separator && !(text[i] == 'T' && separator == ' '))
+            return {};
+    }
+    const bool isWhole = digits.size() >= 4 && digits.size() <= 14 && digits.size() % 2 == 0;
+    return isWhole && isDigit(text.back()) ? digits : std::string();
+}
+
+// A field beyond its range is moved into it; that shows, because the text has it no more.
+NSCalendarDate *isoDateIn(std::string_view text) {
+    NSString *const digits = NSString::stringWith(digitsOf(text));
+    auto *whole = qb::castOrNil<NSString>(digits->standardizedISODateTimeString());
+    return whole && whole->hasPrefix(digits) ? whole->asDateFromISODateTimeString() : nullptr;
+}
+
+NSString *shown(NSCalendarDate *date, NSString *format) {
+    return static_cast<const NSDate *>(date)->descriptionWithCalendarFormat(
+        format, NSTimeZone::timeZoneForSecondsFromGMT(0), nullptr);
+}
+
+} // namespace
+
+NSCalendarDate *dateIn(NSString *text) {
+    if (NSCalendarDate *const date = isoDateIn(text->view()))
+        return date;
+    const std::int32_t seconds = text->ctimeFromHTTPDate();
+    return seconds ? NSCalendarDate::dateWithCTime(seconds) : nullptr;
+}
+
+NSString *isoText(NSCalendarDate *date) {
+    return shown(date, "%Y-%m-%dT%H:%M:%SZ"_ns);
+}
+
+NSString *httpText(NSCalendarDate *date) {
+    return shown(date, "%a, %d %b %Y %H:%M:%S GMT"_ns);
+}
+
+} // namespace publish
