@@ -27,6 +27,9 @@
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSPipe.h>
+#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
+#include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
@@ -99,6 +102,9 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
+        {"OSPipe", &OSPipe::cls},
+        {"OSPipeInputStream", &OSPipeInputStream::cls},
+        {"OSPipeOutputStream", &OSPipeOutputStream::cls},
         {"OSProcess", &OSProcess::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},

@@ -11,6 +11,6 @@ Class *QBErrorCatalogue::cls() {
 }
 
 NSString *QBErrorCatalogue::formatStringForErrorId(int error, NSString *withDefaultFormat) {
-    const qb::ErrorNumber *const known = qb::errorNumber(error);
+    const qb::ErrorNumber *const known = withDefaultFormat ? nullptr : qb::errorNumber(error);
     return known ? NSString::stringWithCString(known->format) : withDefaultFormat;
 }

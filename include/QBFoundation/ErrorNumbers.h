@@ -19,6 +19,7 @@ constexpr int kErrorCannotRead = 100023;
 constexpr int kErrorCannotWrite = 100024;
 constexpr int kErrorFileMissing = 100039;
 constexpr int kErrorOutOfMemory = 100156;
+constexpr int kErrorCannotStartProcess = 100164;
 constexpr int kErrorCannotMakeDirectory = 100168;
 constexpr int kErrorNotADirectory = 100170;
 constexpr int kErrorCannotStat = 100194;
@@ -30,11 +31,17 @@ constexpr int kErrorCannotMakeLink = 100199;
 constexpr int kErrorCannotRename = 100202;
 constexpr int kErrorCannotRemove = 100203;
 constexpr int kErrorNotALink = 100222;
+constexpr int kErrorCommandFailed = 100227;
+constexpr int kErrorProgramNotStarted = 100228;
 constexpr int kErrorMalformedPattern = 100229;
 constexpr int kErrorMalformedUtf8 = 100231;
+constexpr int kErrorCannotSendTerm = 100232;
+constexpr int kErrorCannotSendKill = 100233;
+constexpr int kErrorCannotWaitForProcess = 100234;
 constexpr int kErrorCannotSetFileTimes = 100235;
 constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
+constexpr int kErrorCannotHandleSignal = 130004;
 constexpr int kErrorMalformedPropertyList = 900001;
 constexpr int kErrorMalformedArchive = 900002;
 constexpr int kErrorTooDeep = 900003;
@@ -54,6 +61,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotWrite, "path, system text", "The file '%s' could not be written: %s"},
     {kErrorFileMissing, "path", "The file '%s' does not exist."},
     {kErrorOutOfMemory, "", "There is not enough memory."},
+    {kErrorCannotStartProcess, "command, system text", "The command '%s' could not be started: %s"},
     {kErrorCannotMakeDirectory, "directory, system text", "The directory '%s' could not be made: %s"},
     {kErrorNotADirectory, "path", "'%s' is not a directory."},
     {kErrorCannotStat, "path, system text", "The state of '%s' could not be read: %s"},
@@ -66,11 +74,20 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRename, "source, target, system text", "'%s' could not be renamed to '%s': %s"},
     {kErrorCannotRemove, "path, system text", "'%s' could not be removed: %s"},
     {kErrorNotALink, "path", "'%s' is not a symbolic link."},
+    {kErrorCommandFailed, "command, exit code, error output",
+     "The command '%s' has failed with exit code %d: %s"},
+    {kErrorProgramNotStarted, "", "The program could not be started."},
     {kErrorMalformedPattern, "pattern, what is wrong", "The regular expression '%s' can't be used: %s"},
     {kErrorMalformedUtf8, "byte offset", "The text is not valid UTF-8 from byte %d on."},
+    {kErrorCannotSendTerm, "process id, system text", "The process %d could not be asked to end: %s"},
+    {kErrorCannotSendKill, "process id, system text", "The process %d could not be killed: %s"},
+    {kErrorCannotWaitForProcess, "process id, system text",
+     "The end of the process %d could not be waited for: %s"},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
+    {kErrorCannotHandleSignal, "signal, system text",
+     "The installation of the handler for the '%s' signal has failed: %s"},
     {kErrorMalformedPropertyList, "line, column, what was expected",
      "The property list is malformed in line %d, column %d: expected %s."},
     {kErrorMalformedArchive, "byte offset, what is wrong", "The archive is malformed at byte %d: %s."},

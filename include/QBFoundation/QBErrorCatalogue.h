@@ -16,7 +16,7 @@ public:
     static Ref<QBErrorCatalogue> init() { return qb::init<QBErrorCatalogue>(&QBErrorCatalogue::setUp); }
     static QBErrorCatalogue *errorHandler() { return init().autorelease(); }
 
-    /// Returns the library's format of its number; `withDefaultFormat` for any other.
+    /// Returns `withDefaultFormat`, or where that is nil the library's format of its number.
     NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override;
 };
 

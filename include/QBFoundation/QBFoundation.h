@@ -33,6 +33,9 @@
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
+#include <QBFoundation/OSAdaptor/OSPipe.h>
+#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
+#include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>

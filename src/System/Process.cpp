@@ -1,13 +1,17 @@
 #include "Process.h"
 
 #include "Attempt.h"
+#include "Descriptor.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <pthread.h>
 #include <pwd.h>
 #include <sched.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -19,10 +23,12 @@ namespace {
 // A user's entry with longer texts is not looked for.
 constexpr std::size_t kLargestEntry = 1 << 20;
 
+// Enough for the C library, for a logger, and for those of others; only what is used takes memory.
+constexpr std::size_t kSharedStack = 262144;
+
 struct SharingStart {
     int (*child)(void *);
     void *context;
-    sigset_t mask; // the caller's
 };
 
 pid_t keptId = 0; // 0: not asked yet
@@ -32,25 +38,31 @@ void forgetId() {
     keptId = 0;
 }
 
-// A handler that ran in the child would find and change the parent's memory.
-void resetSignalHandlers() {
-    for (int signal = 1; signal < NSIG; ++signal) {
-        struct sigaction action {};
-        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN ||
-            action.sa_handler == SIG_DFL)
-            continue;
-        action = {};
-        action.sa_handler = SIG_DFL;
-        ::sigaction(signal, &action, nullptr);
-    }
-}
-
 int runSharingChild(void *start) {
     const auto *self = static_cast<SharingStart *>(start);
     forgetId();
-    resetSignalHandlers();
-    ::sigprocmask(SIG_SETMASK, &self->mask, nullptr);
     return self->child(self->context);
+}
+
+// The end of a stack of at least `size` bytes, null without memory. It is kept, because starts come often;
+// below it is a page that nobody may touch.
+char *endOfSharedStack(std::size_t size) {
+    static char *start = nullptr;
+    static std::size_t room = 0;
+    if (size <= room)
+        return start + room;
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t wanted = (size + page - 1) / page * page;
+    void *const made = ::mmap(nullptr, page + wanted, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK | MAP_NORESERVE, -1, 0);
+    if (made == MAP_FAILED)
+        return nullptr;
+    ::mprotect(made, page, PROT_NONE);
+    if (start)
+        ::munmap(start - page, page + room);
+    start = static_cast<char *>(made) + page;
+    room = wanted;
+    return start + room;
 }
 
 } // namespace
@@ -62,34 +74,41 @@ pid_t getpid() noexcept {
     return keptId;
 }
 
+void speakFor(pid_t process) noexcept {
+    keptId = process;
+}
+
 pid_t fork() noexcept {
     return attempt(Call::fork, [] { return ::fork(); });
 }
 
-pid_t startSharingMemory(int (*child)(void *context), void *context) noexcept {
+pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers) noexcept {
     // Not `vfork`: a function that returns twice into one frame is undefined as soon as either side returns
     // from it.
-    alignas(64) static char stack[65536];
     if (fails(Call::startSharingMemory))
         return -1;
-    SharingStart start{child, context, {}};
-    sigset_t all;
-    ::sigfillset(&all);
-    ::sigprocmask(SIG_BLOCK, &all, &start.mask);
+    char *const stack = endOfSharedStack(kSharedStack + pointers * sizeof(void *));
+    if (!stack)
+        return -1;
+    SharingStart start{child, context};
+    // A handler that ran in the child would find and change the parent's memory.
+    const SignalsBlocked blocked;
     const int error = errno;
-    const pid_t process =
-        ::clone(runSharingChild, stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+    char **const list = ::environ;
+    const pid_t process = ::clone(runSharingChild, stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+    ::environ = list;
     forgetId();
     if (process >= 0)
         errno = error; // the child's calls have set it
-    const int result = errno;
-    ::sigprocmask(SIG_SETMASK, &start.mask, nullptr);
-    errno = result;
     return process;
 }
 
 int execvp(const char *file, char *const arguments[]) noexcept {
     return attempt(Call::execvp, [&] { return ::execvp(file, arguments); });
+}
+
+void closeOthersOnExec() noexcept {
+    ::close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC);
 }
 
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal) noexcept {
@@ -102,7 +121,16 @@ int kill(pid_t process, int signal) noexcept {
 }
 
 int pipe(int ends[2]) noexcept {
-    return attempt(Call::pipe, [&] { return ::pipe2(ends, O_CLOEXEC); });
+    int made[2];
+    if (attempt(Call::pipe, [&] { return ::pipe2(made, O_CLOEXEC); }) != 0)
+        return -1;
+    Descriptor first(aboveStandardStreams(made[0]));
+    Descriptor second(aboveStandardStreams(made[1]));
+    if (!first || !second)
+        return -1;
+    ends[0] = first.release();
+    ends[1] = second.release();
+    return 0;
 }
 
 int dup2(int descriptor, int target) noexcept {
@@ -114,6 +142,44 @@ int dup2(int descriptor, int target) noexcept {
 
 int sigaction(int signal, const struct sigaction *action, struct sigaction *old) noexcept {
     return attempt(Call::sigaction, [&] { return ::sigaction(signal, action, old); });
+}
+
+SignalsBlocked::SignalsBlocked() noexcept {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::sigprocmask(SIG_BLOCK, &all, &mask_);
+}
+
+SignalsBlocked::~SignalsBlocked() {
+    const int error = errno;
+    ::sigprocmask(SIG_SETMASK, &mask_, nullptr);
+    errno = error;
+}
+
+void resetSignals() noexcept {
+    struct sigaction action {};
+    action.sa_handler = SIG_DFL;
+    for (int signal = 1; signal < NSIG; ++signal)
+        ::sigaction(signal, &action, nullptr);
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t length,
+                           OnSignal onSignal) noexcept {
+    sigset_t pipe, before;
+    ::sigemptyset(&pipe);
+    ::sigaddset(&pipe, SIGPIPE);
+    ::sigprocmask(SIG_BLOCK, &pipe, &before);
+    const ssize_t result = sys::write(descriptor, buffer, length, onSignal);
+    const int error = errno;
+    const timespec atOnce{};
+    if (result < 0 && error == EPIPE && ::sigismember(&before, SIGPIPE) == 0)
+        ::sigtimedwait(&pipe, nullptr, &atOnce);
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return result;
 }
 
 pid_t setsid() noexcept {
@@ -154,6 +220,10 @@ int unsetenv(const char *name) noexcept {
 
 char **environment() noexcept {
     return ::environ;
+}
+
+void setEnvironment(char **list) noexcept {
+    ::environ = list;
 }
 
 std::string homeDirectory(const char *user) {

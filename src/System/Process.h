@@ -16,27 +16,49 @@ namespace qb::sys {
 
 /// Returns the process's id, without asking the system more than once.
 pid_t getpid() noexcept;
+/// Makes `getpid` answer `process`, in a process that speaks for that one.
+void speakFor(pid_t process) noexcept;
 /// Returns 0 in the child, its id in the parent.
 pid_t fork() noexcept;
-/// Runs `child(context)` in a new process on a stack of 64 KiB, in this process's memory, which waits for it.
+/// Runs `child(context)` in a new process, in this process's memory, which waits for it.
 ///
 /// As cheap as a start can be, for a child that goes on to `execvp` at once; what it returns is its exit
-/// status. What it writes to memory (the environment too) stays written here, except errno. It has the
-/// caller's signal mask and none of its signal handlers. Returns the child's id once the child has another
-/// program or is at its end.
-pid_t startSharingMemory(int (*child)(void *context), void *context) noexcept;
-/// Becomes the program `file`, looked up on the search path; returns only after a failure.
+/// status. What it writes to memory stays written here, except errno and which list is the environment. All
+/// signals are blocked in it. Its stack has 256 KiB and room for `pointers` pointers more. Returns the
+/// child's id once the child has another program or is at its end.
+pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers = 0) noexcept;
+/// Becomes the program `file`, looked up on the search path; returns only after a failure. It takes up to as
+/// many pointers from the stack as there are arguments.
 int execvp(const char *file, char *const arguments[]) noexcept;
+/// Marks each descriptor but those of the standard streams close-on-exec, where the system can do that.
+void closeOthersOnExec() noexcept;
 /// Waits for a child; returns its id, 0 with WNOHANG while it runs.
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal = OnSignal::repeat) noexcept;
 /// Sends a signal; 0 only tests.
 int kill(pid_t process, int signal) noexcept;
-/// Stores a read end and a write end, both close-on-exec.
+/// Stores a read end and a write end, both close-on-exec, neither of them 0, 1 or 2.
 int pipe(int ends[2]) noexcept;
 /// Makes `target` a duplicate that a program to be started inherits; also when both are the same descriptor.
 int dup2(int descriptor, int target) noexcept;
 /// Reads (null `action`) or sets what a signal does.
 int sigaction(int signal, const struct sigaction *action, struct sigaction *old) noexcept;
+/// Blocks all signals in its scope, also in processes that begin in it. errno stays as it was.
+class SignalsBlocked {
+public:
+    SignalsBlocked() noexcept;
+    ~SignalsBlocked();
+    SignalsBlocked(const SignalsBlocked &) = delete;
+    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+    sigset_t mask_; // the one before
+};
+
+/// Gives each signal its default action and blocks none, as a new program may expect to find it.
+void resetSignals() noexcept;
+/// Writes once to a pipe or the like; where nobody reads any more it is EPIPE, and never the signal.
+ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t length,
+                           OnSignal onSignal) noexcept;
 /// Starts a session; returns its id.
 pid_t setsid() noexcept;
 /// Asks for SIGALRM in so many seconds (0: never); returns the seconds an earlier one had left.
@@ -58,6 +80,8 @@ int putenv(char *text) noexcept;
 int unsetenv(const char *name) noexcept;
 /// Returns the environment itself, "NAME=value" each and a null at the end; null when it was cleared.
 char **environment() noexcept;
+/// Makes `list`, which must stay alive, the environment.
+void setEnvironment(char **list) noexcept;
 /// Returns the home directory of the user of that name, or of the process's own for null, as the user
 /// database has it; the empty text when there is none.
 std::string homeDirectory(const char *user);

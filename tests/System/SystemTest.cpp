@@ -198,8 +198,9 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);
     const int duplicate = sys::dup(opened);
     std::FILE *const file = sys::fopen(path("log").c_str(), "a");
+    const Pipe pipe;
     ::dup2(kept, 0);
-    for (const int descriptor : {opened, inside, duplicate, sys::fileno(file)}) {
+    for (const int descriptor : {opened, inside, duplicate, sys::fileno(file), pipe.ends[0], pipe.ends[1]}) {
         EXPECT_GT(descriptor, 2);
         EXPECT_TRUE(isCloseOnExec(descriptor));
     }
@@ -208,20 +209,6 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     EXPECT_EQ(content("log"), "a");
     for (const int descriptor : {kept, opened, inside, duplicate})
         sys::close(descriptor);
-}
-
-TEST_F(SystemTest, EachProcessHasItsOwnId) {
-    const auto isOwn = [](void *) { return sys::getpid() == ::getpid() ? 0 : 1; };
-    ASSERT_EQ(isOwn(nullptr), 0);
-    const pid_t copy = ::fork();
-    if (copy == 0)
-        sys::_exit(isOwn(nullptr));
-    for (const pid_t child : {copy, sys::startSharingMemory(isOwn, nullptr)}) {
-        int status = -1;
-        EXPECT_EQ(sys::waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(isOwn(nullptr), 0);
-    }
 }
 
 TEST_F(SystemTest, NewDescriptorsAreCloseOnExec) {
@@ -501,40 +488,6 @@ TEST_F(SystemTest, SocketsConnectThroughASignalAndNeverRaiseSigpipe) {
     EXPECT_EQ(errno, EPIPE);
     for (const int descriptor : {listener, refused, client, server})
         sys::close(descriptor);
-}
-
-TEST_F(SystemTest, StartSharingMemoryRunsTheChildToItsExecOrEnd) {
-    // What the child finds comes back as its exit status: emulators give it a memory of its own.
-    const auto child = [](void *context) {
-        struct sigaction action {};
-        if (sys::sigaction(SIGALRM, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
-            return 1;
-        char *const missing[] = {const_cast<char *>("missing"), nullptr};
-        sys::execvp("/no/such/program", missing);
-        return errno == ENOENT ? *static_cast<int *>(context) : 2;
-    };
-    const Alarm handler(/*milliseconds=*/0, [](int) {});
-    int value = 17;
-    errno = EDOM;
-    const pid_t process = sys::startSharingMemory(child, &value);
-    EXPECT_EQ(errno, EDOM);
-    int status = 0;
-    ASSERT_EQ(sys::waitpid(process, &status, 0), process);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 17) << status;
-    const auto shell = [](void *) {
-        char *const arguments[] = {const_cast<char *>("sh"), const_cast<char *>("-c"),
-                                   const_cast<char *>("exit 5"), nullptr};
-        return sys::execvp("sh", arguments);
-    };
-    const pid_t program = sys::startSharingMemory(shell, nullptr);
-    ASSERT_EQ(sys::waitpid(program, &status, 0), program);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 5) << status;
-    sigset_t mask;
-    ASSERT_EQ(::sigprocmask(SIG_SETMASK, nullptr, &mask), 0);
-    EXPECT_EQ(::sigismember(&mask, SIGALRM), 0);
-    Fault fault(Call::startSharingMemory, 0, 1, EAGAIN);
-    EXPECT_EQ(sys::startSharingMemory(child, &value), -1);
-    EXPECT_EQ(errno, EAGAIN);
 }
 
 TEST_F(SystemTest, ResultsOfOtherShapesFailInTheirOwnWay) {

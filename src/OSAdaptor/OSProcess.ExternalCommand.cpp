@@ -1,0 +1,63 @@
+// Programs that are run to their end.
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBStringOutputStream.h>
+
+#include "OSAdaptor/OSProcess.Program.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr const char *kSelector = "runExternalCmd:withArgs:withEnv:";
+constexpr int kLeastDebugOfRunning = 3;
+
+const char *shown(id object) {
+    return object ? object->cStringValue() : "<nil>";
+}
+
+// What was written to the pipe, as far as there is memory for it.
+Ref<NSString> contentOf(OSPipe *pipe) {
+    pipe->closeWriteHandle();
+    const Ref<OSPipeInputStream> source = OSPipeInputStream::initWithPipe(pipe);
+    const Ref<QBStringOutputStream> text = QBStringOutputStream::init();
+    char block[4096];
+    for (std::int32_t count = 1; text && count != 0;) {
+        count = source->readBuffer(block, sizeof block);
+        if (count > 0)
+            text->writeBuffer(block, static_cast<std::uint32_t>(count));
+        else if (count < 0 && errno != EINTR)
+            break;
+    }
+    source->close();
+    return text ? text->targetString() : nullptr;
+}
+
+} // namespace
+
+void OSProcess::runExternalCmd(NSString *command, NSArray *args, NSDictionary *env) {
+    const qb::SavedErrors earlier;
+    if (debug >= kLeastDebugOfRunning)
+        qb::trace(DEBUG_CHANNEL_MISC, {qb::kProcessFile, __LINE__, &OSProcess::cls, kSelector},
+                  "running '%s' with args '%s'", shown(command), shown(args));
+    const Ref<OSPipe> pipe = OSPipe::init(); // not the pool's, which might keep it open for long
+    if (!pipe) {
+        qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCannotStartProcess, shown(command),
+                       errorDescription());
+        return;
+    }
+    const std::int32_t errorOutput = pipe->writeHandle();
+    const Ref<OSProcess> process = initWithCommand(command, args, env, nullptr, nullptr, &errorOutput);
+    std::int32_t exitCode = 0;
+    if (process && !qb::isErrorPending())
+        process->waitForProcessDoHang(/*doHang=*/YES, &exitCode);
+    if (exitCode == 0)
+        return;
+    const Ref<NSString> text = contentOf(pipe);
+    qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCommandFailed, shown(command), exitCode,
+                   text ? text->cString() : "");
+}

@@ -1,0 +1,145 @@
+#include "OSAdaptor/OSProcess.Program.h"
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+
+#include "System/Files.h"
+#include "System/Process.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <unistd.h>
+
+namespace qb {
+
+namespace {
+
+constexpr const char *kNoMemory = "malloc() failed!";
+constexpr const char *kNoEnvironment = "environment setting for '%s' failed: %s!\n";
+constexpr const char *kNoProgram = "execvp() for '%s' failed: %s!\n";
+
+bool hasNul(std::string_view text) {
+    return text.find('\0') != std::string_view::npos;
+}
+
+// Up to and with the sign between name and value.
+std::string_view nameOf(const char *variable) {
+    const char *const sign = std::strchr(variable, '=');
+    return {variable, sign ? static_cast<std::size_t>(sign - variable + 1) : std::strlen(variable)};
+}
+
+} // namespace
+
+Redirection toStandardInput(const std::int32_t *source) {
+    return {source, STDIN_FILENO, "could not reset stdin for '%s'\n"};
+}
+
+Redirection toStandardOutput(const std::int32_t *source) {
+    return {source, STDOUT_FILENO, "could not reset stdout for '%s'\n"};
+}
+
+Redirection toStandardError(const std::int32_t *source) {
+    return {source, STDERR_FILENO, "could not reset stderr for '%s'\n"};
+}
+
+Program::Program(NSString *command, NSArray *args, NSDictionary *env)
+    : command_(command ? command->cString() : nullptr) {
+    try {
+        failure_ = {kNoMemory, ENOMEM};
+        failure_ = addArguments(command, args);
+        if (failure_.format)
+            return;
+        failure_ = {kNoEnvironment, ENOMEM};
+        failure_ = addEnvironment(env);
+    } catch (const std::bad_alloc &) { // for which the failure stands already
+    }
+}
+
+std::string_view Program::text(NSObject *value) {
+    texts_.emplace_back(value->stringValue());
+    return texts_.back() ? texts_.back()->view() : std::string_view("");
+}
+
+StartFailure Program::addArguments(NSString *command, NSArray *args) {
+    arguments_.reserve((args ? args->count() : 0) + std::size_t{2});
+    bool isWhole = true; // of one with a NUL the program would see a part
+    const auto add = [&](std::string_view argument) {
+        isWhole &= !hasNul(argument);
+        arguments_.push_back(const_cast<char *>(argument.data()));
+    };
+    if (command)
+        add(text(command));
+    if (args)
+        for (id argument : *args)
+            add(text(argument));
+    arguments_.push_back(nullptr);
+    return isWhole ? StartFailure{} : StartFailure{kNoProgram, EINVAL};
+}
+
+StartFailure Program::addEnvironment(NSDictionary *env) {
+    if (!env || env->count() == 0)
+        return {};
+    for (char **variable = sys::environment(); variable && *variable; ++variable)
+        environment_.push_back(*variable);
+    variables_.reserve(env->count()); // so that none of them moves
+    for (const auto &[key, value] : *env) {
+        std::string &variable = variables_.emplace_back(text(key));
+        variable.append("=").append(text(value));
+        if (hasNul(variable))
+            return {kNoEnvironment, EINVAL};
+        addVariable(variable.data());
+    }
+    environment_.push_back(nullptr);
+    return {};
+}
+
+void Program::addVariable(char *variable) {
+    const auto hasItsName = [&](const char *other) { return nameOf(other) == nameOf(variable); };
+    const auto before = std::ranges::find_if(environment_, hasItsName);
+    if (before != environment_.end())
+        *before = variable;
+    else
+        environment_.push_back(variable);
+}
+
+StartFailure Program::become(std::span<const Redirection> redirections) const noexcept {
+    if (failure_.format)
+        return failure_;
+    for (const Redirection &redirection : redirections)
+        if (redirection.source && sys::dup2(*redirection.source, redirection.target) < 0)
+            return {redirection.failure, errno};
+    // Not before all are in their places: one descriptor may serve two streams.
+    for (const Redirection &redirection : redirections)
+        if (redirection.source && *redirection.source > STDERR_FILENO)
+            sys::close(*redirection.source);
+    sys::closeOthersOnExec();
+    sys::resetSignals();
+    if (!environment_.empty())
+        sys::setEnvironment(const_cast<char **>(environment_.data()));
+    errno = EFAULT;
+    if (command_)
+        sys::execvp(command_, arguments_.data());
+    return {kNoProgram, errno};
+}
+
+void Program::run(std::span<const Redirection> redirections) const noexcept {
+    end(become(redirections));
+}
+
+void logAlert(const char *format, const char *first, const char *second) noexcept {
+    try {
+        OSLogger::loggerForCategory("alert"_ns)
+            ->logWithLevelFormat(0, NSString::stringWithCString(format), first, second);
+    } catch (...) {
+    }
+}
+
+void Program::end(const StartFailure &failure) const noexcept {
+    logAlert(failure.format, shownCommand(), std::strerror(failure.error));
+    sys::_exit(kExitWithoutProgram);
+}
+
+} // namespace qb

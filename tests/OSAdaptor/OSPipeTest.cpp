@@ -1,0 +1,125 @@
+#include <QBFoundation/OSAdaptor/OSPipe.h>
+
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
+#include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sys = qb::sys;
+
+using OSPipeTest = PoolFixture;
+
+namespace {
+
+bool isOpen(int descriptor) {
+    return ::fcntl(descriptor, F_GETFD) >= 0;
+}
+
+} // namespace
+
+TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
+    int ends[2];
+    {
+        const Ref<OSPipe> pipe = OSPipe::init();
+        ends[0] = pipe->readHandle();
+        ends[1] = pipe->writeHandle();
+        EXPECT_TRUE(pipe->_isReadHandleOpen() && pipe->_isWriteHandleOpen());
+        EXPECT_EQ(::fcntl(ends[0], F_GETFD) & ::fcntl(ends[1], F_GETFD), FD_CLOEXEC);
+        EXPECT_EQ(pipe->makeReadHandleUninheritable() + pipe->makeWriteHandleUninheritable(), 0);
+        EXPECT_EQ(pipe->closeReadHandle(), 0);
+        EXPECT_EQ(pipe->closeReadHandle(), 0);
+        EXPECT_FALSE(pipe->_isReadHandleOpen());
+        EXPECT_FALSE(isOpen(ends[0]));
+        char byte;
+        EXPECT_EQ(pipe->read(&byte, 1), -1);
+        EXPECT_EQ(errno, EBADF);
+    }
+    EXPECT_FALSE(isOpen(ends[1]));
+    const sys::Fault none(sys::Call::pipe, 0, 1, EMFILE);
+    EXPECT_EQ(OSPipe::pipe(), nullptr);
+    EXPECT_EQ(errno, EMFILE);
+}
+
+TEST_F(OSPipeTest, EndThatFailsToCloseCountsAsOpenAndIsNotClosedAgain) {
+    OSPipe *const pipe = OSPipe::pipe();
+    const int end = pipe->writeHandle();
+    {
+        const sys::Fault fault(sys::Call::close, 0, 1, EIO);
+        EXPECT_EQ(pipe->closeWriteHandle(), -1);
+        EXPECT_EQ(errno, EIO);
+    }
+    const int stranger = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(stranger, end);
+    EXPECT_TRUE(pipe->_isWriteHandleOpen());
+    EXPECT_EQ(pipe->closeWriteHandle(), -1);
+    EXPECT_TRUE(isOpen(stranger));
+    ::close(stranger);
+}
+
+TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
+    const id pipe = OSPipe::pipe();
+    char text[8] = "";
+    const auto write = [&] {
+        return send<std::int32_t>(pipe, "write:length:"_sel, static_cast<const void *>("abcdef"), 6u);
+    };
+    const auto read = [&] { return send<std::int32_t>(pipe, "read:length:"_sel, text, 8u); };
+    {
+        const sys::Fault shortly(sys::Call::write, 0, 1, sys::ShortTransfer{4});
+        EXPECT_EQ(write(), 4);
+    }
+    EXPECT_EQ(read(), 4);
+    EXPECT_STREQ(text, "abcd");
+    for (const sys::Call call : {sys::Call::write, sys::Call::read}) {
+        const sys::Fault signal(call, 0, 1, EINTR);
+        EXPECT_EQ(call == sys::Call::write ? write() : read(), -1);
+        EXPECT_EQ(errno, EINTR);
+    }
+    EXPECT_EQ(send<std::int32_t>(pipe, "closeWriteHandle"_sel), 0);
+    EXPECT_EQ(read(), 0);
+}
+
+TEST_F(OSPipeTest, StreamsReadWriteAndClose) {
+    OSPipe *const pipe = OSPipe::pipe();
+    OSPipeInputStream *const source = pipe->getInputStream();
+    OSPipeOutputStream *const target = pipe->getOutputStream();
+    target->writeByte('\xff');
+    target->writeFormat("%d"_ns, 17);
+    EXPECT_EQ(source->readByte(), 255);
+    char text[4] = "";
+    EXPECT_EQ(source->readBuffer(text, 4), 2);
+    EXPECT_STREQ(text, "17");
+    target->close();
+    target->writeByte('x'); // to nowhere
+    EXPECT_FALSE(pipe->_isWriteHandleOpen());
+    EXPECT_EQ(source->readBuffer(text, 4), 0);
+    EXPECT_EQ(source->readByte(), -1);
+    EXPECT_FALSE(source->isBinary());
+    source->setIsBinary(YES);
+    EXPECT_TRUE(source->isBinary());
+    source->close();
+    EXPECT_FALSE(pipe->_isReadHandleOpen());
+    EXPECT_EQ(source->readBuffer(text, 4), -1);
+    EXPECT_EQ(source->readByte(), -1);
+}
+
+TEST_F(OSPipeTest, StreamsNeedAnOpenEnd) {
+    OSPipe *const pipe = OSPipe::pipe();
+    pipe->closeReadHandle();
+    pipe->closeWriteHandle();
+    const auto count = pipe->retainCount();
+    for (OSPipe *const none : {pipe, static_cast<OSPipe *>(nullptr)}) {
+        EXPECT_THROW(OSPipeInputStream::initWithPipe(none), InternalInconsistencyException);
+        EXPECT_THROW(OSPipeOutputStream::initWithPipe(none), InternalInconsistencyException);
+    }
+    EXPECT_EQ(pipe->retainCount(), count);
+    EXPECT_THROW(send<id>(OSPipeOutputStream::cls(), "stream"_sel), InvalidUseOfMethodException);
+    const Ref<OSPipeInputStream> bare = send<Ref<OSPipeInputStream>>(OSPipeInputStream::cls(), "init"_sel);
+    EXPECT_EQ(bare->readByte(), -1);
+}

@@ -1,0 +1,131 @@
+#include "System/Process.h"
+
+#include "System/Faults.h"
+#include "System/Files.h"
+#include "support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace sys = qb::sys;
+using sys::Call;
+using sys::Fault;
+
+namespace {
+
+char *writable(const char *text) {
+    return const_cast<char *>(text);
+}
+
+// The exit status of a child; minus the signal that has killed it.
+int endOf(pid_t child) {
+    int status = 0;
+    EXPECT_EQ(sys::waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+bool isBlocked(int signal) {
+    sigset_t mask;
+    return ::sigprocmask(SIG_SETMASK, nullptr, &mask) == 0 && ::sigismember(&mask, signal) == 1;
+}
+
+void (*actionOf(int signal))(int) {
+    struct sigaction action {};
+    sys::sigaction(signal, nullptr, &action);
+    return action.sa_handler;
+}
+
+} // namespace
+
+TEST(ProcessTest, EachProcessHasItsOwnId) {
+    const auto isOwn = [](void *) { return sys::getpid() == ::getpid() ? 0 : 1; };
+    ASSERT_EQ(isOwn(nullptr), 0);
+    const pid_t copy = ::fork();
+    if (copy == 0)
+        sys::_exit(isOwn(nullptr));
+    for (const pid_t child : {copy, sys::startSharingMemory(isOwn, nullptr)}) {
+        EXPECT_EQ(endOf(child), 0);
+        EXPECT_EQ(isOwn(nullptr), 0);
+    }
+}
+
+TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
+    // What the child finds comes back as its exit status: emulators give it a memory of its own.
+    const auto child = [](void *context) {
+        if (!isBlocked(SIGALRM) || actionOf(SIGUSR1) != SIG_IGN)
+            return 1;
+        sys::resetSignals();
+        for (const int signal : {SIGALRM, SIGUSR1, SIGRTMIN})
+            if (isBlocked(signal) || actionOf(signal) != SIG_DFL)
+                return 2;
+        char *const missing[] = {writable("missing"), nullptr};
+        sys::execvp("/no/such/program", missing);
+        return errno == ENOENT ? *static_cast<int *>(context) : 3;
+    };
+    const auto alarmBefore = std::signal(SIGALRM, [](int) {});
+    const auto userBefore = std::signal(SIGUSR1, SIG_IGN);
+    int value = 17;
+    errno = EDOM;
+    const pid_t process = sys::startSharingMemory(child, &value);
+    EXPECT_EQ(errno, EDOM);
+    EXPECT_EQ(endOf(process), 17);
+    EXPECT_FALSE(isBlocked(SIGALRM));
+    EXPECT_EQ(actionOf(SIGUSR1), SIG_IGN);
+    std::signal(SIGALRM, alarmBefore);
+    std::signal(SIGUSR1, userBefore);
+    Fault fault(Call::startSharingMemory, 0, 1, EAGAIN);
+    EXPECT_EQ(sys::startSharingMemory(child, &value), -1);
+    EXPECT_EQ(errno, EAGAIN);
+}
+
+TEST(ProcessTest, ChildSharingMemoryHasAnEnvironmentAndAStackForItself) {
+    const TemporaryDirectory directory;
+    directory.write("script",
+                    "exit $(($# % 100 + COUNT))"); // as the C library gives it to the shell, from its stack
+    const std::string script = directory / "script";
+    ASSERT_EQ(sys::chmod(script.c_str(), 0700), 0);
+    std::vector<char *> arguments(100'033, writable("x"));
+    arguments[0] = writable(script.c_str());
+    arguments.push_back(nullptr);
+    const auto child = [](void *context) {
+        static char *environment[] = {writable("COUNT=5"), nullptr};
+        sys::setEnvironment(environment);
+        char **const list = static_cast<char **>(context);
+        return sys::execvp(*list, list);
+    };
+    char **const before = sys::environment();
+    EXPECT_EQ(endOf(sys::startSharingMemory(child, arguments.data(), arguments.size())), 37);
+    EXPECT_EQ(sys::environment(), before);
+}
+
+TEST(ProcessTest, WritingWithoutAReaderIsAnErrorAndNoSignal) {
+    int ends[2];
+    ASSERT_EQ(sys::pipe(ends), 0);
+    EXPECT_EQ(sys::writeWithoutSignal(ends[1], "abc", 3, sys::OnSignal::report), 3);
+    sys::close(ends[0]);
+    const auto write = [&] { return sys::writeWithoutSignal(ends[1], "abc", 3, sys::OnSignal::report); };
+    EXPECT_EQ(write(), -1);
+    EXPECT_EQ(errno, EPIPE);
+    EXPECT_FALSE(isBlocked(SIGPIPE));
+    // One that waits already is the caller's.
+    sigset_t set, waiting;
+    sigemptyset(&set);
+    sigaddset(&set, SIGPIPE);
+    ::sigprocmask(SIG_BLOCK, &set, nullptr);
+    ::raise(SIGPIPE);
+    EXPECT_EQ(write(), -1);
+    sigpending(&waiting);
+    EXPECT_EQ(sigismember(&waiting, SIGPIPE), 1);
+    const timespec atOnce{};
+    EXPECT_EQ(::sigtimedwait(&set, nullptr, &atOnce), SIGPIPE);
+    ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    Fault fault(Call::write, 0, 1, EINTR);
+    EXPECT_EQ(write(), -1);
+    EXPECT_EQ(errno, EINTR);
+    sys::close(ends[1]);
+}
