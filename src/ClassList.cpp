@@ -33,6 +33,7 @@
 #include <QBFoundation/OneShotEnumerator.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBase64OutputFilter.h>
+#include <QBFoundation/QBBlowfishOutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
@@ -107,6 +108,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBase64OutputFilter", &QBBase64OutputFilter::cls},
+        {"QBBlowfishOutputFilter", &QBBlowfishOutputFilter::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},

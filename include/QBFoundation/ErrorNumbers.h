@@ -33,6 +33,7 @@ constexpr int kErrorNotALink = 100222;
 constexpr int kErrorMalformedPattern = 100229;
 constexpr int kErrorMalformedUtf8 = 100231;
 constexpr int kErrorCannotSetFileTimes = 100235;
+constexpr int kErrorCorruptCipher = 100239;
 constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorMalformedPropertyList = 900001;
@@ -69,6 +70,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedPattern, "pattern, what is wrong", "The regular expression '%s' can't be used: %s"},
     {kErrorMalformedUtf8, "byte offset", "The text is not valid UTF-8 from byte %d on."},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
+    {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
     {kErrorMalformedPropertyList, "line, column, what was expected",

@@ -140,6 +140,10 @@ int rand() noexcept {
     return std::rand();
 }
 
+void srand(unsigned seed) noexcept {
+    std::srand(seed);
+}
+
 char *getenv(const char *name) noexcept {
     return std::getenv(name);
 }
