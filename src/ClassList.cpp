@@ -36,6 +36,7 @@
 #include <QBFoundation/OneShotEnumerator.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBase64OutputFilter.h>
+#include <QBFoundation/QBBlowfishOutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
@@ -113,6 +114,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"Protocol", &Protocol::cls},
         {"QBArrayOutputStream", &QBArrayOutputStream::cls},
         {"QBBase64OutputFilter", &QBBase64OutputFilter::cls},
+        {"QBBlowfishOutputFilter", &QBBlowfishOutputFilter::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},

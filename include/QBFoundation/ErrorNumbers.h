@@ -39,6 +39,7 @@ constexpr int kErrorCannotSendTerm = 100232;
 constexpr int kErrorCannotSendKill = 100233;
 constexpr int kErrorCannotWaitForProcess = 100234;
 constexpr int kErrorCannotSetFileTimes = 100235;
+constexpr int kErrorCorruptCipher = 100239;
 constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorCannotHandleSignal = 130004;
@@ -84,6 +85,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotWaitForProcess, "process id, system text",
      "The end of the process %d could not be waited for: %s"},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
+    {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
     {kErrorCannotHandleSignal, "signal, system text",

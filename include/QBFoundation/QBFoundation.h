@@ -42,6 +42,7 @@
 #include <QBFoundation/OneShotEnumerator.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBBase64OutputFilter.h>
+#include <QBFoundation/QBBlowfishOutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>

@@ -3,6 +3,7 @@
 #include "Attempt.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 namespace qb::sys {
@@ -26,6 +27,10 @@ void *reallocate(void *memory, std::size_t size) noexcept {
 
 void release(void *memory) noexcept {
     std::free(memory);
+}
+
+void wipe(void *memory, std::size_t size) noexcept {
+    ::explicit_bzero(memory, size);
 }
 
 std::int64_t dataSegmentEnd() noexcept {

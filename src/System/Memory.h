@@ -23,6 +23,9 @@ namespace qb::sys {
 /// `free`; errno stays.
 void release(void *memory) noexcept;
 
+/// Makes each byte zero, also where nobody reads them any more: for secrets.
+void wipe(void *memory, std::size_t size) noexcept;
+
 /// Returns the address of the end of the data segment (`sbrk` with 0).
 std::int64_t dataSegmentEnd() noexcept;
 

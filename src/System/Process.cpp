@@ -206,6 +206,10 @@ int rand() noexcept {
     return std::rand();
 }
 
+void srand(unsigned seed) noexcept {
+    std::srand(seed);
+}
+
 char *getenv(const char *name) noexcept {
     return std::getenv(name);
 }

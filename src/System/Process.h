@@ -71,6 +71,8 @@ unsigned alarm(unsigned seconds) noexcept;
 bool isatty(int descriptor) noexcept;
 /// Returns the C library's next pseudo-random number, which is not for secrets.
 int rand() noexcept;
+/// Makes those numbers follow from `seed`.
+void srand(unsigned seed) noexcept;
 
 /// Returns an environment variable's value, the environment's own bytes; null when there is none.
 char *getenv(const char *name) noexcept;
