@@ -37,21 +37,6 @@ private:
     QBValidCharFilter *stream_ = QBValidCharFilter::streamWithTarget(data_);
 };
 
-// A path with all bytes escaped that mean something else in an address (RFC 3986, section 2).
-std::string escapedPath(std::string_view path) {
-    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string escaped;
-    for (const char byte : path) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (kPlain.find(byte) != std::string_view::npos)
-            escaped += byte;
-        else
-            escaped += {'%', kDigits[code >> 4], kDigits[code & 15]};
-    }
-    return escaped;
-}
-
 // The site's address with a slash at its end.
 NSString *addressOf(const Site &site, id value) {
     auto *address = qb::castOrNil<NSString>(value);

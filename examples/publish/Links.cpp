@@ -1,9 +1,10 @@
 #include "Links.h"
 
+#include "ContentType.h"
 #include "Files.h"
 #include "Messages.h"
 
-#include <array>
+#include <string>
 #include <string_view>
 
 namespace publish {
@@ -11,24 +12,6 @@ namespace publish {
 namespace {
 
 constexpr std::uint32_t kLargestImage = 32 * 1024; // what is larger is better loaded once for all pages
-
-struct ImageKind {
-    std::string_view extension;
-    std::string_view type;
-};
-
-constexpr std::array kImageKinds = {
-    ImageKind{"gif", "image/gif"},   ImageKind{"ico", "image/x-icon"}, ImageKind{"jpeg", "image/jpeg"},
-    ImageKind{"jpg", "image/jpeg"},  ImageKind{"png", "image/png"},    ImageKind{"svg", "image/svg+xml"},
-    ImageKind{"webp", "image/webp"},
-};
-
-std::string_view typeOf(NSString *file) {
-    for (const ImageKind &kind : kImageKinds)
-        if (file->pathExtension()->lowercaseString()->view() == kind.extension)
-            return kind.type;
-    return {};
-}
 
 // Whether it is one; a file that is not there has no size.
 bool isSmall(NSString *file) {
@@ -46,20 +29,34 @@ bool hasScheme(std::string_view address) {
     return end != std::string_view::npos && end != 0 && address[end] == ':';
 }
 
+std::string escapedPath(std::string_view path) {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string escaped;
+    for (const char byte : path) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (kPlain.find(byte) != std::string_view::npos)
+            escaped += byte;
+        else
+            escaped += {'%', kDigits[code >> 4], kDigits[code & 15]};
+    }
+    return escaped;
+}
+
 NSString *linkFrom(NSString *page, NSString *target) {
     return hasScheme(target->view()) ? target
                                      : fromRoot(page)->relativePathTo(fromRoot(target))->stringValue();
 }
 
 NSString *inlineImage(NSString *file) {
-    const std::string_view type = typeOf(file);
-    NSData *const image = type.empty() || !isSmall(file) ? nullptr : readBytes(file);
+    NSString *const type = contentTypeOf(file);
+    NSData *const image = type->hasPrefix("image/"_ns) && isSmall(file) ? readBytes(file) : nullptr;
     if (!image || image->length() > kLargestImage) {
         fail(__LINE__, kErrorNoSmallImage, file, kLargestImage);
         return nullptr;
     }
     QBStringOutputStream *const address = QBStringOutputStream::streamWithCapacity(image->length() * 2 + 64);
-    address->writeObject(NSString::stringWith("data:" + std::string(type) + ";base64,"));
+    address->writeObject(NSString::stringWithFormat("data:%@;base64,"_ns, type));
     QBBase64OutputFilter *const base64 = QBBase64OutputFilter::streamWithTarget(address);
     base64->writeObject(image);
     base64->flush();

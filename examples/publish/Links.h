@@ -4,12 +4,16 @@
 
 #include <QBFoundation/QBFoundation.h>
 
+#include <string>
 #include <string_view>
 
 namespace publish {
 
 /// Whether an address begins with a scheme, as "https:".
 bool hasScheme(std::string_view address);
+
+/// Returns a path with all bytes escaped that mean something else in an address (RFC 3986, section 2).
+std::string escapedPath(std::string_view path);
 
 /// Returns the link that leads from a page to `target`, both relative to the site's root. An address with a
 /// scheme, as "https://example.org", stays as it is.

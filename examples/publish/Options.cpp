@@ -11,6 +11,8 @@ const char *const kUsage =
     "Renders the site in the directory SITE into the directory OUT.\n"
     "\n"
     "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
+    "  --filter COMMAND     run COMMAND by the shell for each page: from its standard input to its standard "
+    "output\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
@@ -81,6 +83,10 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
     std::int64_t number = 0;
     if (option == "--set")
         return readSetting(arguments.valueOf(option), options.settings);
+    if (option == "--filter") {
+        options.filter = arguments.valueOf(option);
+        return static_cast<bool>(options.filter);
+    }
     if (option == "--log") {
         options.logFile = arguments.valueOf(option);
         return static_cast<bool>(options.logFile);

@@ -14,6 +14,7 @@ struct Options {
     Ref<NSString> site;
     Ref<NSString> target;
     Ref<NSMutableArray> settings = NSMutableArray::init(); // dotted keys, each followed by its value
+    Ref<NSString> filter;                                  // a command for each page; null when there is none
     Ref<NSString> logFile;
     std::uint8_t logLevel = 0;
     std::int32_t debugLevel = 0;

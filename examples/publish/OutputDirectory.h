@@ -39,6 +39,8 @@ public:
     NSString *path() const { return path_; }
     /// Where a file belongs.
     NSString *place(NSString *path) const { return path_->stringByAppendingPathComponent(path); }
+    /// Where a run keeps what is gone at its end.
+    NSString *workingDirectory() const { return staging_; }
     /// Where it waits for its exchange; the place of the directory that all of them wait in, for "".
     NSString *staged(NSString *path) const { return files_->stringByAppendingPathComponent(path); }
     /// Returns the path of the link that stands where a file's path wants a directory; nil when none does.

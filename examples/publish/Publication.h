@@ -29,6 +29,8 @@ public:
 
     /// Where the site goes.
     NSString *directory() const { return out_.path(); }
+    /// Where a run keeps what is gone at its end.
+    NSString *workingDirectory() const { return out_.workingDirectory(); }
     const Counts &counts() const { return counts_; }
 
 private:

@@ -6,6 +6,7 @@
 #include "Reference.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace publish {
 
@@ -24,9 +25,9 @@ NSString *wayToRoot(NSString *url) {
 
 } // namespace
 
-Renderer::Renderer(const Site &site, Publication &publication)
-    : site_(site), publication_(publication), templates_(site.directoryFor("templates"_ns)),
-      shared_(NSMutableDictionary::init()) {
+Renderer::Renderer(const Site &site, Publication &publication, PageFilter filter)
+    : site_(site), publication_(publication), filter_(std::move(filter)),
+      templates_(site.directoryFor("templates"_ns)), shared_(NSMutableDictionary::init()) {
     NSMutableArray *const pages = NSMutableArray::array();
     for (const Page &page : site.pages)
         pages->addObject(page.head);
@@ -75,7 +76,8 @@ bool Renderer::renderPage(const Page &page) {
     templates_.beingFilled().emplace_back(templateName);
     const bool isFilled = frame && frame->fill(values, templates_, whole);
     templates_.beingFilled().pop_back();
-    const bool isAdded = isFilled && publication_.addPage(page.url, whole->targetData());
+    NSData *const text = isFilled ? filter_.filtered(page.url, whole->targetData()) : nullptr;
+    const bool isAdded = text && publication_.addPage(page.url, text);
     profile_endAction(profileChannel, "%s", page.url->cString());
     return isAdded;
 }

@@ -2,16 +2,17 @@
 #ifndef PUBLISH_RENDERER_H
 #define PUBLISH_RENDERER_H
 
+#include "PageFilter.h"
 #include "Publication.h"
 #include "Site.h"
 #include "Template.h"
 
 namespace publish {
 
-/// Fills each page's body and then its template, and hands the result to a publication.
+/// Fills each page's body and then its template, filters the result, and hands it to a publication.
 class Renderer {
 public:
-    Renderer(const Site &site, Publication &publication);
+    Renderer(const Site &site, Publication &publication, PageFilter filter);
 
     /// Renders all pages. Returns false, with an error raised, when one of them can't be made.
     bool renderPages();
@@ -22,6 +23,7 @@ private:
 
     const Site &site_;
     Publication &publication_;
+    PageFilter filter_;
     TemplateStore templates_;
     Ref<NSMutableDictionary> shared_; // the values that every page sees
 };

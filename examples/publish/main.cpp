@@ -69,7 +69,7 @@ bool publishSite(const Options &options, Counts &counts) {
     if (!readSite(options.site, options.target, options.settings, site))
         return false;
     Publication publication(options.target);
-    Renderer renderer(site, publication);
+    Renderer renderer(site, publication, PageFilter(options.filter, publication.workingDirectory()));
     const bool isDone = publication.begin() && renderer.renderPages() && addIndexes(site, publication) &&
                         (!site.hasAssets() || publication.addAssets(site.directoryFor("assets"_ns))) &&
                         publication.commit();

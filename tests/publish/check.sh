@@ -532,6 +532,20 @@ a b c|There is an argument too many
 --profile nothing "$site" "$out"|There is no channel 'nothing'
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
+# A command for each page, which the program's shell reads.
+new_site
+# shellcheck disable=SC2016
+publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
+[ "$(tail -1 "$out/deep/text.html")" = '</P><A HREF="../INDEX.HTML">(deep/text.html)' ] ||
+    fail "a filtered page: $(cat "$out/deep/text.html")"
+before=$(snapshot)
+for command in 'cat >/dev/null; echo far >&2; exit 3' 'kill -9 $$' 'if'; do
+    ! publish --filter "$command" "$site" "$out" 2>"$work/stderr" || fail "'$command' counts as done"
+    grep -qF '[100227]' "$work/stderr" || fail "'$command': $(cat "$work/stderr")"
+    [ "$before" = "$(snapshot)" ] || fail "'$command': the old site has changed"
+done
+publish --filter 'echo far >&2; false' "$site" "$out" 2>"$work/stderr" || true
+grep -q 'exit code 1: far' "$work/stderr" || fail "the command's words: $(cat "$work/stderr")"
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"

@@ -1,0 +1,36 @@
+#include "PageFilter.h"
+
+#include "Files.h"
+#include "Messages.h"
+
+namespace publish {
+
+namespace {
+
+// By files, so that no order of reading and writing makes the command wait for us. Only the beginning of its
+// error text is passed on: a pipe that nobody reads yet takes no more.
+NSString *script() {
+    return "sh -c \"$4\" <\"$1\" >\"$2\" 2>\"$3\" || { status=$?; head -c 4096 \"$3\" >&2; exit $status; }"_ns;
+}
+
+} // namespace
+
+PageFilter::PageFilter(NSString *command, NSString *directory)
+    : command_(command), input_(directory->stringByAppendingPathComponent("filter.in"_ns)),
+      output_(directory->stringByAppendingPathComponent("filter.out"_ns)),
+      errors_(directory->stringByAppendingPathComponent("filter.err"_ns)) {}
+
+NSData *PageFilter::filtered(NSString *path, NSData *page) const {
+    if (!command_)
+        return page;
+    QBFileOutputStream::writeToFile(page, input_, NO);
+    if (hasFailed())
+        return nullptr;
+    OSProcess::runExternalCmd(
+        "/bin/sh"_ns,
+        NSArray::arrayWithObjects("-c"_ns, script(), "publish"_ns, input_, output_, errors_, command_),
+        NSDictionary::dictionaryWithObjectForKey(path, "PUBLISH_PAGE"_ns));
+    return hasFailed() ? nullptr : readBytes(output_);
+}
+
+} // namespace publish
