@@ -1,0 +1,99 @@
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+
+#include "OSAdaptor/ProcessOutput.h"
+#include "System/Faults.h"
+#include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace sys = qb::sys;
+using sys::Call;
+using sys::Fault;
+
+using OSProcessDaemonTest = ServicesFixture;
+
+namespace {
+
+/// The exit status of a process that goes into the background, and what it then finds out.
+struct Daemon {
+    int status;
+    std::string report;
+};
+
+/// Runs `work` in a process that goes into the background in it.
+Daemon daemon(auto work) {
+    const Ref<OSPipe> report = OSPipe::init();
+    const ChildEnd end = runInChild([&] { work(report.get()); });
+    report->closeWriteHandle();
+    return {end.status, contentOf(report)};
+}
+
+void tell(OSPipe *report, const std::string &text) {
+    report->write(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+} // namespace
+
+TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal) {
+    const TemporaryDirectory directory;
+    CapturedOutput output(STDOUT_FILENO);
+    const Daemon end = daemon([&](OSPipe *report) {
+        std::printf("buffered;");
+        std::atexit([] { ::dprintf(STDOUT_FILENO, "exit function"); });
+        OSProcess::detachAndChdirTo(directory.string(""));
+        std::string text = ::getsid(0) == ::getpid() ? "leader" : "";
+        for (const char *name : {"cwd", "fd/0", "fd/1", "fd/2"})
+            text += " " + std::filesystem::read_symlink(std::string("/proc/self/") + name).string();
+        tell(report, text);
+        ::_exit(5); // nobody's affair
+    });
+    EXPECT_EQ(output.end(), "buffered;");
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.report, "leader " + directory.path() + " /dev/null /dev/null /dev/null");
+}
+
+TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
+    const Daemon end = daemon([](OSPipe *report) {
+        OSProcess::detachAndChdirTo("/no/such"_ns);
+        tell(report, describe(ERRORHANDLER->errorId()));
+    });
+    EXPECT_EQ(end.report, "100196");
+}
+
+TEST_F(OSProcessDaemonTest, FailuresEndTheProcess) {
+    const TemporaryDirectory directory;
+    OSLogger::setDefaultLogFileName(directory.string("log"));
+    const auto fail = [&](Call call, unsigned skip) {
+        const Daemon end = daemon([&](OSPipe *) {
+            const Fault fault(call, skip, 1, ENOMEM);
+            OSProcess::detachAndChdirTo("/"_ns);
+        });
+        EXPECT_EQ(end.status, call == Call::fork ? 17 : 0);
+        std::string log = directory.read("log");
+        directory.write("log", "");
+        return log.substr(log.find("[]"));
+    };
+    EXPECT_EQ(fail(Call::fork, 0), "[] fork failed: Cannot allocate memory\n\n");
+    for (const unsigned skip : {0u, 1u, 2u})
+        EXPECT_EQ(fail(Call::freopen, skip),
+                  "[] freopen standard channel failed: Cannot allocate memory\n\n");
+}
+
+TEST_F(OSProcessDaemonTest, AbortLogsTheMessageAsItIsAndEndsInGoodOrder) {
+    CapturedOutput output(STDOUT_FILENO);
+    const ChildEnd end = runInChild([] {
+        std::printf("buffered");
+        OSProcess::abortWithMessage("100%d of it"_ns);
+    });
+    EXPECT_EQ(output.end(), "buffered");
+    EXPECT_EQ(end.status, 17);
+    EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] 100%d of it\n");
+}

@@ -1,0 +1,208 @@
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+
+#include <QBFoundation/Foundation/NSNumber.h>
+#include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "OSAdaptor/ProcessOutput.h"
+#include "System/Faults.h"
+#include "support/Allocations.h"
+#include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <set>
+
+namespace sys = qb::sys;
+using sys::Call;
+using sys::Fault;
+
+using OSProcessStartingTest = ServicesFixture;
+
+namespace {
+
+/// What the program writes to its standard output, when it ends well.
+std::string outputOf(NSString *command, NSArray *args, NSDictionary *env = nullptr,
+                     const std::int32_t *stdinHandle = nullptr) {
+    OSPipe *const pipe = OSPipe::pipe();
+    const std::int32_t end = pipe->writeHandle();
+    OSProcess *const process =
+        OSProcess::subProcessWithCommand(command, args, env, stdinHandle, &end, nullptr);
+    pipe->closeWriteHandle();
+    const std::string output = contentOf(pipe);
+    std::int32_t code = -1;
+    EXPECT_EQ(process->waitForProcessDoHang(YES, &code), 1);
+    EXPECT_EQ(code, 0);
+    return output;
+}
+
+/// The log lines of a start that fails in the child; waiting raises 100228.
+std::string failureOf(NSString *command, NSArray *args = nullptr, NSDictionary *env = nullptr,
+                      const std::int32_t *in = nullptr, const std::int32_t *out = nullptr,
+                      const std::int32_t *err = nullptr) {
+    CapturedOutput output;
+    const Ref<OSProcess> process = OSProcess::initWithCommand(command, args, env, in, out, err);
+    const ErrorExpectation error(100228);
+    std::int32_t code = -1;
+    EXPECT_EQ(process->waitForProcessDoHang(YES, &code), -1);
+    EXPECT_EQ(code, 17);
+    return logLines(output.end(), process->pid());
+}
+
+bool canAllocationsFail() {
+    const AllocationFault fault(0, 1);
+    void *const volatile memory = std::malloc(1);
+    std::free(memory);
+    return fault.hits() > 0;
+}
+
+} // namespace
+
+TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditions) {
+    const TemporaryDirectory directory;
+    directory.write("qb tool", "#!/bin/sh\necho \"$0|$1|$2|$#|$QB_OLD|$QB_NEW|$HOME\"\n");
+    ASSERT_EQ(::chmod((directory / "qb tool").c_str(), 0700), 0);
+    ::setenv("QB_OLD", "before", 1);
+    const auto env = NSDictionary::dictionaryWith({{"PATH"_ns, directory.string("")}, // where it is looked up
+                                                   {"QB_OLD"_ns, "after=1"_ns},
+                                                   {"QB_NEW"_ns, NSNumber::numberWithInt(7)}});
+    const auto args = NSArray::arrayWith({"a b*"_ns, NSNumber::numberWithInt(5)});
+    EXPECT_EQ(outputOf("qb tool"_ns, args, env),
+              directory / "/qb tool|a b*|5|2|after=1|7|" + ::getenv("HOME") + "\n");
+    EXPECT_STREQ(::getenv("QB_OLD"), "before");
+    EXPECT_EQ(::getenv("QB_NEW"), nullptr);
+    EXPECT_EQ(outputOf("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $QB_OLD"_ns})), "before\n");
+    ::unsetenv("QB_OLD");
+}
+
+TEST_F(OSProcessStartingTest, ProgramGetsNoDescriptorThatItWasNotGiven) {
+    const TemporaryDirectory directory;
+    directory.write("input", "text\n");
+    const OSPipe *const pipe = OSPipe::pipe();
+    const int given = ::open((directory / "input").c_str(), O_RDONLY);
+    const int strange = ::close_range(9999, 9999, 0) == 0 ? ::open("/dev/null", O_RDONLY) : -1; // not marked
+    ASSERT_GT(pipe->writeHandle(), 2);
+    // 3 is that of the listing itself.
+    const auto list = NSArray::arrayWith({"-c"_ns, "cat; echo /proc/self/fd/*"_ns});
+    EXPECT_EQ(outputOf("sh"_ns, list, nullptr, &given),
+              "text\n/proc/self/fd/0 /proc/self/fd/1 /proc/self/fd/2 /proc/self/fd/3\n");
+    ::close(given);
+    ::close(strange);
+}
+
+TEST_F(OSProcessStartingTest, ProgramFindsSignalsAsTheyAreByDefault) {
+    sigset_t set;
+    ::sigemptyset(&set);
+    ::sigaddset(&set, SIGUSR1);
+    ::sigprocmask(SIG_BLOCK, &set, nullptr);
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    const auto args = NSArray::arrayWith({"-E"_ns, "^Sig(Blk|Ign)"_ns, "/proc/self/status"_ns});
+    EXPECT_EQ(outputOf("grep"_ns, args), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
+    std::signal(SIGHUP, before);
+    ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+TEST_F(OSProcessStartingTest, OneDescriptorMayServeTwoStreams) {
+    OSPipe *const pipe = OSPipe::pipe();
+    const std::int32_t end = pipe->writeHandle();
+    const auto args = NSArray::arrayWith({"-c"_ns, "echo out; echo err >&2"_ns});
+    const id process = send<id>(
+        OSProcess::cls(), "subProcessWithCommand:withArgs:withEnv:stdinHandle:stdoutHandle:stderrHandle:"_sel,
+        "sh"_ns, args, nullptr, nullptr, &end, &end);
+    EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:"_sel, YES), 1);
+    pipe->closeWriteHandle();
+    EXPECT_EQ(contentOf(pipe), "out\nerr\n");
+}
+
+TEST_F(OSProcessStartingTest, ChildThatCantBecomeTheProgramTellsWhyAndEndsWith17) {
+    const auto line = [](const std::string &text) { return "[T] (P) [] " + text + "\n\n"; };
+    NSString *const nul = NSString::stringWith(std::string_view("a\0b", 3));
+    const std::int32_t none = 999;
+    EXPECT_EQ(failureOf("/no/such"_ns), line("execvp() for '/no/such' failed: No such file or directory!"));
+    EXPECT_EQ(failureOf(nullptr), line("execvp() for '<nil>' failed: Bad address!"));
+    EXPECT_EQ(failureOf("true"_ns, NSArray::arrayWithObject(nul)),
+              line("execvp() for 'true' failed: Invalid argument!"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, NSDictionary::dictionaryWith({{"key"_ns, nul}})),
+              line("environment setting for 'true' failed: Invalid argument!"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, &none), line("could not reset stdin for 'true'"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, &none),
+              line("could not reset stdout for 'true'"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, nullptr, &none),
+              line("could not reset stderr for 'true'"));
+}
+
+TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
+    if (!canAllocationsFail())
+        GTEST_SKIP() << "allocations do not fail in this build";
+    const auto args = NSArray::arrayWithObject("x"_ns);
+    const auto env =
+        NSDictionary::dictionaryWith({{"A"_ns, "a text that is too long to stand in its object"_ns}});
+    std::set<std::string> lines;
+    for (unsigned skip = 0;; ++skip) {
+        CapturedOutput output;
+        Ref<OSProcess> process;
+        unsigned hits = 0;
+        try {
+            const AllocationFault fault(skip, 1);
+            process = OSProcess::initWithCommand("true"_ns, args, env);
+            hits = fault.hits();
+        } catch (const std::bad_alloc &) {
+            continue;
+        }
+        if (hits == 0)
+            break;
+        process->waitForProcessDoHang(YES);
+        lines.insert(logLines(output.end(), process->pid()));
+        ERRORHANDLER->clearErrorStack();
+    }
+    EXPECT_EQ(lines, std::set<std::string>(
+                         {"[T] (P) [] malloc() failed!\n",
+                          "[T] (P) [] environment setting for 'true' failed: Cannot allocate memory!\n\n"}));
+}
+
+TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
+    for (NSString *command : {"true"_ns, static_cast<NSString *>(nullptr)}) {
+        const Fault fault(Call::startSharingMemory, 0, 1, EAGAIN);
+        const ErrorExpectation error(100164);
+        EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr);
+        EXPECT_EQ(error.values(),
+                  std::string(command ? "true" : "<nil>") + " Resource temporarily unavailable");
+    }
+}
+
+// The logger of the child is a copy, also where the child shares the memory.
+TEST_F(OSProcessStartingTest, FailureLeavesTheParentAsItWas) {
+    const TemporaryDirectory directory;
+    OSLogger::setDefaultLogFileName(directory.string("log"));
+    OSLogger::disableDuplicateLogToStderr();
+    EXPECT_EQ(failureOf("/no/such"_ns), "");
+    OSLogger::loggerForCategory("own"_ns)->logWithLevelMessage(0, "mine"_ns);
+    EXPECT_NE(directory.read("log").find("[] execvp()"), std::string::npos);
+    EXPECT_NE(directory.read("log").find("[] mine"), std::string::npos) << directory.read("log");
+}
+
+TEST_F(OSProcessStartingTest, NoChildWritesWhatTheParentHasBuffered) {
+    const ChildEnd child = runInChild([] {
+        static char buffer[4096];
+        std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+        std::fputs("once\n", stderr);
+        const OSProcess *const process = OSProcess::subProcessWithCommand("/no/such"_ns, nullptr, nullptr);
+        ::waitpid(process->pid(), nullptr, 0);
+        std::fputs("again\n", stderr);
+        OSPipe *const pipe = OSPipe::pipe();
+        const std::int32_t held = pipe->writeHandle(); // as long as there is a child
+        OSProcess::createSubProcessWritingToPipe(OSPipe::pipe(), "/no/such"_ns, nullptr, nullptr, &held,
+                                                 nullptr);
+        pipe->closeWriteHandle();
+        contentOf(pipe); // until it has ended
+    });
+    std::string text = child.standardError;
+    for (const char *word : {"once\n", "again\n"}) {
+        ASSERT_NE(text.find(word), std::string::npos);
+        text.erase(text.find(word), std::strlen(word));
+        EXPECT_EQ(text.find(word), std::string::npos) << child.standardError;
+    }
+}

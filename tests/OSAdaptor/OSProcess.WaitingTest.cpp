@@ -1,0 +1,170 @@
+#include <QBFoundation/OSAdaptor/OSProcess.h>
+
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/QBFoundationInitializer.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/ServicesFixture.h"
+
+#include <cerrno>
+#include <csignal>
+#include <regex>
+#include <sys/wait.h>
+
+namespace sys = qb::sys;
+using sys::Call;
+using sys::Fault;
+
+using OSProcessWaitingTest = ServicesFixture;
+
+namespace {
+
+OSProcess *start(const char *script) {
+    return OSProcess::subProcessWithCommand(
+        "sh"_ns, NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(script)}), nullptr);
+}
+
+OSProcess *sleeper() {
+    return OSProcess::subProcessWithCommand("sleep"_ns, NSArray::arrayWithObject("60"_ns), nullptr);
+}
+
+} // namespace
+
+TEST_F(OSProcessWaitingTest, ExitCodeIsThatOfTheProgramAnd0AfterASignal) {
+    std::int32_t code = -1;
+    EXPECT_EQ(start("exit 5")->waitForProcessDoHang(YES, &code), 1);
+    EXPECT_EQ(code, 5);
+    OSProcess *const process = sleeper();
+    EXPECT_EQ(process->waitForProcessDoHang(NO), 2);
+    EXPECT_TRUE(process->isRunning());
+    process->sendTermSignal();
+    EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:exitCode:"_sel, YES, &code), 1);
+    EXPECT_EQ(code, 0);
+    OSProcess *const reserved = start("exit 17");
+    const ErrorExpectation error(100228);
+    EXPECT_EQ(reserved->waitForProcessDoHang(YES, &code), -1);
+    EXPECT_EQ(code, 17);
+}
+
+// Its id may be given to another process at any time.
+TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
+    OSProcess *const process = start("exit 0");
+    const std::string pid = std::to_string(process->pid());
+    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
+    const sys::CallCounter counter;
+    const auto expect = [&](int number, const std::string &text, auto operation) {
+        const ErrorExpectation error(number);
+        operation();
+        EXPECT_EQ(error.values(), pid + " " + text);
+    };
+    expect(100234, "No child processes", [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
+    expect(100232, "No such process", [&] { process->sendTermSignal(); });
+    expect(100233, "No such process", [&] { process->sendKillSignal(); });
+    EXPECT_FALSE(process->isRunning());
+    EXPECT_EQ(counter.calls(Call::kill) + counter.calls(Call::waitpid), 0u);
+}
+
+TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
+    OSProcess *const process = sleeper();
+    const std::string pid = std::to_string(process->pid());
+    {
+        const Fault fault(Call::kill, 0, 2, EPERM);
+        {
+            const ErrorExpectation error(100232);
+            process->sendTermSignal();
+            EXPECT_EQ(error.values(), pid + " Operation not permitted");
+        }
+        const ErrorExpectation error(100233);
+        process->sendKillSignal();
+        EXPECT_EQ(error.values(), pid + " Operation not permitted");
+    }
+    {
+        const Fault fault(Call::kill, 0, 1, ESRCH);
+        EXPECT_FALSE(process->isRunning());
+    }
+    {
+        const Fault fault(Call::waitpid, 0, 1, EINVAL);
+        const ErrorExpectation error(100234);
+        EXPECT_EQ(process->waitForProcessDoHang(YES), -1);
+        EXPECT_EQ(error.values(), pid + " Invalid argument");
+    }
+    process->sendKillSignal();
+    const Fault storm(Call::waitpid, 0, 3, EINTR);
+    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
+    EXPECT_EQ(storm.hits(), 3u);
+}
+
+TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
+    OSProcess *const process = sleeper();
+    const ChildEnd end = runInChild([&] {
+        const Fault fault(Call::kill, 0, 1, EPERM);
+        process->isRunning();
+    });
+    EXPECT_EQ(end.status, 17);
+    EXPECT_EQ(logLines(end.standardError, end.process),
+              "[T] (P) [] Could not get the exit code of the subprocess with pid " +
+                  std::to_string(process->pid()) + "\n");
+    process->sendKillSignal();
+    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
+}
+
+TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
+    const auto wait = [](NSArray *processes, std::int32_t timeout, BOOL waitForAll) {
+        return send<std::int32_t>(OSProcess::cls(), "waitForProcesses:timeout:waitForAll:"_sel, processes,
+                                  timeout, waitForAll);
+    };
+    EXPECT_EQ(wait(NSArray::array(), 0, YES), 1);
+    EXPECT_EQ(wait(nullptr, 0, NO), 1);
+    OSProcess *const slow = sleeper();
+    OSProcess *const quick = start("exit 1");
+    const pid_t stranger = start("exit 2")->pid();
+    EXPECT_EQ(wait(NSArray::arrayWith({slow, quick}), 30, NO), 1);
+    EXPECT_FALSE(quick->isRunning());
+    EXPECT_TRUE(slow->isRunning());
+    OSProcess *const other = start("exit 3");
+    EXPECT_EQ(wait(NSArray::arrayWith({other, slow}), 0, YES), 2);
+    EXPECT_EQ(::waitpid(stranger, nullptr, WNOHANG), -1); // was forgotten on the way
+    EXPECT_EQ(errno, ECHILD);
+    slow->sendKillSignal();
+    OSProcess *const last = start("exit 17");
+    EXPECT_EQ(wait(NSArray::arrayWith({last, slow}), 30, YES), 1);
+    EXPECT_EQ(wait(NSArray::arrayWith({last, slow}), 30, YES), -1); // there is no child any more
+}
+
+TEST_F(OSProcessWaitingTest, WaitingIsTracedFromLevel3) {
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    for (debug = 2; debug <= 3; ++debug) {
+        CapturedOutput output;
+        OSProcess *const process = start("exit 4");
+        process->waitForProcessDoHang(YES);
+        std::string text = logLines(output.end());
+        text = std::regex_replace(text, std::regex("OSProcess:\\d+"), "OSProcess:#");
+        const std::string place = "[T] (P) [] [misc(3) OK] src/OSAdaptor/OSProcess:#(OSProcess): "
+                                  "-waitForProcessDoHang:exitCode: -> ";
+        EXPECT_EQ(text, debug < 3 ? ""
+                                  : place + "waitpid() returned " + std::to_string(process->pid()) + "\n" +
+                                        place + "exit code is 4\n");
+    }
+}
+
+TEST_F(OSProcessWaitingTest, ProcessesAreEqualByTheirIds) {
+    OSProcess *const one = start("exit 0");
+    OSProcess *const other = start("exit 0");
+    EXPECT_TRUE(one->isEqual(one));
+    EXPECT_FALSE(one->isEqual(other) || one->isEqual("x"_ns) || one->isEqual(nullptr));
+    const auto none = send<Ref<OSProcess>>(OSProcess::cls(), "init"_sel);
+    EXPECT_EQ(none->pid(), 0);
+    EXPECT_FALSE(none->isRunning()); // nor signalled: 0 would mean the whole group
+    EXPECT_EQ(OSProcess::waitForProcesses(NSArray::arrayWith({one, other}), 30, YES), 1);
+}
+
+TEST_F(OSProcessWaitingTest, SleepIsForSecondsAboveZero) {
+    const Fault fault(Call::sleep, 0, 1, EINVAL);
+    for (const std::int32_t seconds : {0, -5})
+        send<void>(OSProcess::cls(), "sleep:"_sel, seconds);
+    EXPECT_EQ(fault.hits(), 0u);
+    OSProcess::sleep(7200);
+    EXPECT_EQ(fault.hits(), 1u);
+}

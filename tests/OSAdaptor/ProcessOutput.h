@@ -1,0 +1,18 @@
+// What programs write.
+#ifndef QBFOUNDATION_TESTS_OSADAPTOR_PROCESSOUTPUT_H
+#define QBFOUNDATION_TESTS_OSADAPTOR_PROCESSOUTPUT_H
+
+#include <QBFoundation/OSAdaptor/OSPipe.h>
+
+#include <string>
+
+/// Reads until nobody can write to the pipe any more.
+inline std::string contentOf(OSPipe *pipe) {
+    std::string content;
+    char block[512];
+    for (std::int32_t count; (count = pipe->read(block, sizeof block)) > 0;)
+        content.append(block, static_cast<std::size_t>(count));
+    return content;
+}
+
+#endif
