@@ -28,6 +28,7 @@
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
@@ -100,6 +101,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSLogger", &OSLogger::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
+        {"OSSorter", &OSSorter::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"NSValue", &NSValue::cls},

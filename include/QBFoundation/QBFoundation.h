@@ -34,6 +34,7 @@
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
