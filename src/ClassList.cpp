@@ -31,6 +31,7 @@
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
@@ -107,6 +108,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSPipeInputStream", &OSPipeInputStream::cls},
         {"OSPipeOutputStream", &OSPipeOutputStream::cls},
         {"OSProcess", &OSProcess::cls},
+        {"OSSorter", &OSSorter::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"NSValue", &NSValue::cls},

@@ -37,6 +37,7 @@
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
