@@ -26,8 +26,12 @@
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSNameService.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
+#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
@@ -98,8 +102,12 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSEnvironment", &OSEnvironment::cls},
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
+        {"OSNameService", &OSNameService::cls},
         {"OSObject", &OSObject::cls},
         {"OSProcess", &OSProcess::cls},
+        {"OSSocket", &OSSocket::cls},
+        {"OSSocketInputStream", &OSSocketInputStream::cls},
+        {"OSSocketOutputStream", &OSSocketOutputStream::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"NSValue", &NSValue::cls},
