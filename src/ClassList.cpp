@@ -26,12 +26,16 @@
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSNameService.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSPipe.h>
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 #include <QBFoundation/OSAdaptor/OSSorter.h>
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
+#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>
@@ -103,12 +107,16 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSEnvironment", &OSEnvironment::cls},
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
+        {"OSNameService", &OSNameService::cls},
         {"OSObject", &OSObject::cls},
         {"OSPipe", &OSPipe::cls},
         {"OSPipeInputStream", &OSPipeInputStream::cls},
         {"OSPipeOutputStream", &OSPipeOutputStream::cls},
         {"OSProcess", &OSProcess::cls},
         {"OSSorter", &OSSorter::cls},
+        {"OSSocket", &OSSocket::cls},
+        {"OSSocketInputStream", &OSSocketInputStream::cls},
+        {"OSSocketOutputStream", &OSSocketOutputStream::cls},
         {"OSTime", &OSTime::cls},
         {"OSUserIO", &OSUserIO::cls},
         {"NSValue", &NSValue::cls},

@@ -18,6 +18,14 @@ constexpr int kErrorMalformedBase64 = 50052;
 constexpr int kErrorCannotRead = 100023;
 constexpr int kErrorCannotWrite = 100024;
 constexpr int kErrorFileMissing = 100039;
+constexpr int kErrorCannotMakeSocket = 100061;
+constexpr int kErrorCannotBindToName = 100064;
+constexpr int kErrorSocketNameEmpty = 100065;
+constexpr int kErrorSocketNameTooLong = 100066;
+constexpr int kErrorCannotListen = 100073;
+constexpr int kErrorHostMissing = 100086;
+constexpr int kErrorCannotBindToPort = 100087;
+constexpr int kErrorCannotConnect = 100090;
 constexpr int kErrorOutOfMemory = 100156;
 constexpr int kErrorCannotStartProcess = 100164;
 constexpr int kErrorCannotMakeDirectory = 100168;
@@ -30,6 +38,8 @@ constexpr int kErrorCannotReadDirectory = 100198;
 constexpr int kErrorCannotMakeLink = 100199;
 constexpr int kErrorCannotRename = 100202;
 constexpr int kErrorCannotRemove = 100203;
+constexpr int kErrorCannotSend = 100206;
+constexpr int kErrorCannotReceive = 100207;
 constexpr int kErrorNotALink = 100222;
 constexpr int kErrorCommandFailed = 100227;
 constexpr int kErrorProgramNotStarted = 100228;
@@ -40,6 +50,7 @@ constexpr int kErrorCannotSendKill = 100233;
 constexpr int kErrorCannotWaitForProcess = 100234;
 constexpr int kErrorCannotSetFileTimes = 100235;
 constexpr int kErrorCorruptCipher = 100239;
+constexpr int kErrorSendWouldBlock = 100238;
 constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorCannotHandleSignal = 130004;
@@ -54,6 +65,10 @@ constexpr int kErrorUnknownKey = 900010;
 constexpr int kErrorWrongObjectForKey = 900011;
 constexpr int kErrorMalformedKeyList = 900020;
 constexpr int kErrorMalformedEnvironment = 900021;
+constexpr int kErrorCannotSetSocketOption = 900050;
+constexpr int kErrorCannotSetSocketMode = 900051;
+constexpr int kErrorCannotAccept = 900052;
+constexpr int kErrorServiceMissing = 900053;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
@@ -61,6 +76,16 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotRead, "path, system text", "The file '%s' could not be read: %s"},
     {kErrorCannotWrite, "path, system text", "The file '%s' could not be written: %s"},
     {kErrorFileMissing, "path", "The file '%s' does not exist."},
+    {kErrorCannotMakeSocket, "system text", "A socket could not be made: %s"},
+    {kErrorCannotBindToName, "name, system text", "The socket could not be bound to the name '%s': %s"},
+    {kErrorSocketNameEmpty, "", "The name of a socket is empty."},
+    {kErrorSocketNameTooLong, "", "The name of a socket is longer than 107 bytes."},
+    {kErrorCannotListen, "system text", "The socket can't listen: %s"},
+    {kErrorHostMissing, "host", "The host '%s' is not known."},
+    {kErrorCannotBindToPort, "host, port, system text",
+     "The socket could not be bound to the host '%s' and the port %d: %s"},
+    {kErrorCannotConnect, "host, port, system text",
+     "The socket could not be connected to the host '%s' and the port %d: %s"},
     {kErrorOutOfMemory, "", "There is not enough memory."},
     {kErrorCannotStartProcess, "command, system text", "The command '%s' could not be started: %s"},
     {kErrorCannotMakeDirectory, "directory, system text", "The directory '%s' could not be made: %s"},
@@ -74,6 +99,8 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotMakeLink, "link text, link, system text", "The link to '%s' could not be made at '%s': %s"},
     {kErrorCannotRename, "source, target, system text", "'%s' could not be renamed to '%s': %s"},
     {kErrorCannotRemove, "path, system text", "'%s' could not be removed: %s"},
+    {kErrorCannotSend, "system text", "The socket could not send: %s"},
+    {kErrorCannotReceive, "socket", "The socket %d could not receive."},
     {kErrorNotALink, "path", "'%s' is not a symbolic link."},
     {kErrorCommandFailed, "command, exit code, error output",
      "The command '%s' has failed with exit code %d: %s"},
@@ -86,6 +113,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
      "The end of the process %d could not be waited for: %s"},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
     {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
+    {kErrorSendWouldBlock, "", "The socket can't send without waiting."},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
     {kErrorCannotHandleSignal, "signal, system text",
@@ -107,6 +135,10 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
      "The list of keys and values is wrong at index %d: expected %s."},
     {kErrorMalformedEnvironment, "line, what was expected",
      "The encoded environment is malformed in line %d: expected %s."},
+    {kErrorCannotSetSocketOption, "option, system text", "The socket option %d could not be set: %s"},
+    {kErrorCannotSetSocketMode, "socket, system text", "The mode of the socket %d could not be set: %s"},
+    {kErrorCannotAccept, "socket, system text", "The socket %d could not accept a connection: %s"},
+    {kErrorServiceMissing, "service", "The service '%s' is not known."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

@@ -32,7 +32,7 @@ enum class Call : unsigned {
     gethostname,
     // Sockets
     socket, bind, listen, accept, connect, send, recv, poll, select, getsockopt, setsockopt, getsockname,
-    getpeername, shutdown, getaddrinfo,
+    getpeername, shutdown, getaddrinfo, getnameinfo,
     // Library, Iconv, Regex
     dlopen, iconv_open, iconv, iconv_close, setlocale, regcomp, regexec,
     end

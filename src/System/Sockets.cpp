@@ -17,6 +17,16 @@ int finishConnecting(int socket) {
     return error ? (errno = error, -1) : 0;
 }
 
+// Look-ups answer numbers of their own.
+template <class Function>
+int lookUp(Call call, Function function) {
+    for (;;) {
+        const int error = fails(call) ? EAI_SYSTEM : function();
+        if (error != EAI_SYSTEM || errno != EINTR)
+            return error;
+    }
+}
+
 } // namespace
 
 int socket(int domain, int type, int protocol) noexcept {
@@ -91,11 +101,14 @@ int shutdown(int socket, int how) noexcept {
 
 int getaddrinfo(const char *host, const char *service, const addrinfo *hints, addrinfo **result) noexcept {
     *result = nullptr;
-    for (;;) {
-        const int error = fails(Call::getaddrinfo) ? EAI_SYSTEM : ::getaddrinfo(host, service, hints, result);
-        if (error != EAI_SYSTEM || errno != EINTR)
-            return error;
-    }
+    return lookUp(Call::getaddrinfo, [&] { return ::getaddrinfo(host, service, hints, result); });
+}
+
+int getnameinfo(const sockaddr *address, socklen_t length, char *host, socklen_t hostSize, char *service,
+                socklen_t serviceSize, int flags) noexcept {
+    return lookUp(Call::getnameinfo, [&] {
+        return ::getnameinfo(address, length, host, hostSize, service, serviceSize, flags);
+    });
 }
 
 void freeaddrinfo(addrinfo *list) noexcept {

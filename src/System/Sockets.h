@@ -52,6 +52,9 @@ int shutdown(int socket, int how) noexcept;
 /// Looks a host or service up; returns 0 or an EAI number (EAI_SYSTEM: see errno). `freeaddrinfo` frees the
 /// result.
 int getaddrinfo(const char *host, const char *service, const addrinfo *hints, addrinfo **result) noexcept;
+/// Looks the names of an address up; returns as `getaddrinfo` does.
+int getnameinfo(const sockaddr *address, socklen_t length, char *host, socklen_t hostSize, char *service,
+                socklen_t serviceSize, int flags) noexcept;
 /// Frees what `getaddrinfo` has stored.
 void freeaddrinfo(addrinfo *list) noexcept;
 

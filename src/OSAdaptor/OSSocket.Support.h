@@ -1,0 +1,36 @@
+// What the sources of sockets share.
+#ifndef QBFOUNDATION_OSADAPTOR_OSSOCKET_SUPPORT_H
+#define QBFOUNDATION_OSADAPTOR_OSSOCKET_SUPPORT_H
+
+#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+#include <QBFoundation/QBErrorHandler.h>
+
+#include "System/Clock.h"
+#include "System/Sockets.h"
+
+#include <cstddef>
+#include <span>
+
+namespace qb::sockets {
+
+inline constexpr const char *kFile = "src/OSAdaptor/OSSocket";
+
+/// Raises 100207 with the socket.
+void raiseReceiveError(int line, std::int32_t socket);
+
+/// Whether an operation without a time-out must wait by `waitFor` first, so that the callback is asked.
+bool isToBeWaitedFor(std::int32_t socket);
+/// Waits until something is ready, and asks the callback in between. Returns how many descriptors are ready;
+/// 0 when the deadline has passed, the callback has said NO, or a signal has interrupted that it was not
+/// asked about; -1, with errno set, for failures.
+///
+/// A closed descriptor is one, EBADF, and has POLLNVAL in its `revents`.
+int waitFor(std::span<pollfd> descriptors, const sys::Deadline &deadline);
+
+/// Sends all of the bytes, in as many sends as it takes. Returns false when one has failed.
+bool sendAll(OSSocket *socket, const char *bytes, std::size_t length);
+
+} // namespace qb::sockets
+
+#endif
