@@ -47,6 +47,7 @@ constexpr int kErrorUnknownKey = 900010;
 constexpr int kErrorWrongObjectForKey = 900011;
 constexpr int kErrorMalformedKeyList = 900020;
 constexpr int kErrorMalformedEnvironment = 900021;
+constexpr int kErrorCopyTooLong = 900050;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
@@ -90,6 +91,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
      "The list of keys and values is wrong at index %d: expected %s."},
     {kErrorMalformedEnvironment, "line, what was expected",
      "The encoded environment is malformed in line %d: expected %s."},
+    {kErrorCopyTooLong, "bytes", "%d bytes were copied, more than a result can tell."},
 };
 
 /// The error with that number; null for a number that the library does not raise.
