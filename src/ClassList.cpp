@@ -44,6 +44,7 @@
 #include <QBFoundation/QBBlowfishOutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBCopyShop.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBEnumFilter.h>
@@ -127,6 +128,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"QBBlowfishOutputFilter", &QBBlowfishOutputFilter::cls},
         {"QBBool", &QBBool::cls},
         {"QBBufferOutputStream", &QBBufferOutputStream::cls},
+        {"QBCopyShop", &QBCopyShop::cls},
         {"QBDataInputStream", &QBDataInputStream::cls},
         {"QBDataOutputStream", &QBDataOutputStream::cls},
         {"QBEnumFilter", &QBEnumFilter::cls},

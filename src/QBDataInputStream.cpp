@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 Class *QBDataInputStream::cls() {
     static const qb::Method methods[] = {
@@ -39,6 +40,13 @@ std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) 
     sourceData_->getBytes(buffer, NSMakeRange(begin, count));
     moveTo(begin + count);
     return static_cast<std::int32_t>(count);
+}
+
+const void *QBDataInputStream::takeBuffer(std::uint32_t length, std::int32_t *count) {
+    if (next_ >= directEnd_)
+        return nullptr;
+    *count = static_cast<std::int32_t>(std::min<std::int64_t>(length, directEnd_ - next_));
+    return std::exchange(next_, next_ + *count);
 }
 
 void QBDataInputStream::reset() {

@@ -42,3 +42,7 @@ std::int32_t QBInputStream::_readBuffer(void *buffer, std::uint32_t length) {
     }
     return count > 0 ? count : -1;
 }
+
+const void *QBInputStream::takeBuffer(std::uint32_t, std::int32_t *) {
+    return nullptr;
+}

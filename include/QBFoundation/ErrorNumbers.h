@@ -69,6 +69,7 @@ constexpr int kErrorCannotSetSocketOption = 900050;
 constexpr int kErrorCannotSetSocketMode = 900051;
 constexpr int kErrorCannotAccept = 900052;
 constexpr int kErrorServiceMissing = 900053;
+constexpr int kErrorCopyTooLong = 900050;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
@@ -139,6 +140,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotSetSocketMode, "socket, system text", "The mode of the socket %d could not be set: %s"},
     {kErrorCannotAccept, "socket, system text", "The socket %d could not accept a connection: %s"},
     {kErrorServiceMissing, "service", "The service '%s' is not known."},
+    {kErrorCopyTooLong, "bytes", "%d bytes were copied, more than a result can tell."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

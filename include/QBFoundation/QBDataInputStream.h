@@ -35,6 +35,7 @@ public:
     /// The next byte as a signed value.
     QB_EXPORT std::int32_t readByte() override { return next_ < directEnd_ ? *next_++ : readByteByBuffer(); }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override;
+    const void *takeBuffer(std::uint32_t length, std::int32_t *count) override;
     std::uint32_t byteLength() const override;
     void reset() override;
 

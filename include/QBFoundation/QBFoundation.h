@@ -50,6 +50,7 @@
 #include <QBFoundation/QBBlowfishOutputFilter.h>
 #include <QBFoundation/QBBool.h>
 #include <QBFoundation/QBBufferOutputStream.h>
+#include <QBFoundation/QBCopyShop.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBEnumFilter.h>

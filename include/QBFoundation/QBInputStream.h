@@ -36,6 +36,15 @@ public:
     /// The primitive: reads up to `length` bytes. Here it asks `readByte` for each, up to the first -1; for a
     /// length of 0 it is -1.
     virtual std::int32_t _readBuffer(void *buffer, std::uint32_t length);
+
+    // --- For copies ---
+
+    /// Reads up to `length` bytes, more than 0, without a copy: returns where they are, as long as the stream
+    /// is there, and stores how many.
+    ///
+    /// Null, as here, when none are in memory that doesn't change, or when a subclass may want to see each
+    /// read: `readBuffer` delivers then what there is.
+    virtual const void *takeBuffer(std::uint32_t length, std::int32_t *count);
 };
 
 #endif

@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/NSCoder.Tables.h"
 #include "Foundation/TypeCodes.h"
 
 #include <string>
@@ -86,7 +87,7 @@ Class *NSCoder::cls() {
         qb::method<"decodeFloatForKey:">(&NSCoder::decodeFloatForKey),
         qb::method<"decodeDoubleForKey:">(&NSCoder::decodeDoubleForKey),
     };
-    static Class *const self = new Class("NSCoder", NSObject::cls(), methods);
+    static Class *const self = new Class("NSCoder", NSObject::cls(), {methods, qb::tables::coderAdditions()});
     return self;
 }
 

@@ -89,6 +89,18 @@ public:
     virtual float decodeFloatForKey(NSString *key);
     virtual double decodeDoubleForKey(NSString *key);
 
+    // --- Coder additions ---
+
+    // Selectors and classes in the place of objects, by their names.
+
+    virtual void encodeSelector(SEL selector);
+    /// Returns the selector of the name that comes next, made if there is none; null when no name does.
+    virtual SEL decodeSelector();
+    virtual void encodeClass(Class *cls);
+    /// Returns the class of the name that comes next, which is looked up only: no object is made of it. nil
+    /// when there is none of that name, or no name comes.
+    virtual Class *decodeClass();
+
 protected:
     NSCoder() = default;
 };

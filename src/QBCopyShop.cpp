@@ -1,0 +1,109 @@
+#include <QBFoundation/QBCopyShop.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBInputStream.h>
+#include <QBFoundation/QBOutputStream.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "Foundation/Required.h"
+#include "System/Memory.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr const char *kFile = "src/QBCopyShop";
+
+struct Release {
+    void operator()(void *memory) const { qb::sys::release(memory); }
+};
+
+/// Bytes of a source: where they are, and how many; less than 1 when there are none.
+struct Piece {
+    const void *bytes;
+    std::int32_t length;
+};
+
+// Reads up to `length` bytes: to the buffer, unless they can be had where they are.
+Piece nextPiece(QBInputStream *from, void *buffer, std::uint32_t length, const long *timeout) {
+    if (timeout)
+        return {buffer, send<std::int32_t>(from, "readBuffer:length:timeout:"_sel, buffer, length, *timeout)};
+    std::int32_t count = 0;
+    if (const void *const bytes = from->takeBuffer(length, &count))
+        return {bytes, count};
+    return {buffer, from->readBuffer(buffer, length)};
+}
+
+} // namespace
+
+Class *QBCopyShop::cls() {
+    using From = QBInputStream *;
+    using To = QBOutputStream *;
+    using Count = std::uint32_t;
+    static const qb::Method methods[] = {
+        qb::maker<"copyShop">(&QBCopyShop::setUp),
+        qb::maker<"copyShopWithBufferSize:">(&QBCopyShop::setUpWithBufferSize),
+        qb::initialiser<"initWithBufferSize:">(&QBCopyShop::setUpWithBufferSize),
+        qb::method<"copyFrom:to:">(&QBCopyShop::copyFrom),
+        qb::method<"copyFrom:to:timeout:">(&QBCopyShop::copyFromToTimeout),
+        qb::method<"copyFrom:to:length:", Count(From, To, Count)>(&QBCopyShop::copyFromToLength),
+        qb::method<"copyFrom:to:length:timeout:", Count(From, To, Count, long)>(
+            &QBCopyShop::copyFromToLength),
+    };
+    static Class *const self = new Class("QBCopyShop", NSObject::cls(), methods, qb::construct<QBCopyShop>);
+    return self;
+}
+
+BOOL QBCopyShop::setUpWithBufferSize(std::uint32_t bufferSize) {
+    bufferSize_ = bufferSize != 0 ? bufferSize : kDefaultBufferSize;
+    return YES;
+}
+
+std::int32_t QBCopyShop::copyFrom(QBInputStream *from, QBOutputStream *to) {
+    return copyAll(from, to, nullptr);
+}
+
+std::int32_t QBCopyShop::copyFromToTimeout(QBInputStream *from, QBOutputStream *to, long timeout) {
+    return copyAll(from, to, &timeout);
+}
+
+std::uint32_t QBCopyShop::copyFromToLength(QBInputStream *from, QBOutputStream *to, std::uint32_t length) {
+    return static_cast<std::uint32_t>(copyUpTo(length, from, to, nullptr));
+}
+
+std::uint32_t QBCopyShop::copyFromToLength(QBInputStream *from, QBOutputStream *to, std::uint32_t length,
+                                           long timeout) {
+    return static_cast<std::uint32_t>(copyUpTo(length, from, to, &timeout));
+}
+
+std::int32_t QBCopyShop::copyAll(QBInputStream *from, QBOutputStream *to, const long *timeout) const {
+    const std::uint64_t count = copyUpTo(UINT64_MAX, from, to, timeout);
+    if (count <= INT32_MAX)
+        return static_cast<std::int32_t>(count);
+    qb::raiseError(kFile, __LINE__, qb::kErrorCopyTooLong, count);
+    return INT32_MAX;
+}
+
+std::uint64_t QBCopyShop::copyUpTo(std::uint64_t limit, QBInputStream *from, QBOutputStream *to,
+                                   const long *timeout) const {
+    qb::required(from, "QBCopyShop copyFrom:to:", "a source");
+    qb::required(to, "QBCopyShop copyFrom:to:", "a sink");
+    const qb::SavedErrors errors;
+    const std::unique_ptr<void, Release> buffer(qb::sys::allocate(bufferSize_));
+    if (!buffer)
+        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+    std::uint64_t done = 0;
+    while (done < limit && !qb::isErrorPending()) {
+        const auto most = static_cast<std::uint32_t>(std::min<std::uint64_t>(bufferSize_, limit - done));
+        const Piece piece = nextPiece(from, buffer.get(), most, timeout);
+        if (piece.length < 1)
+            break;
+        const std::uint32_t length = std::min(static_cast<std::uint32_t>(piece.length), most);
+        done += length;
+        to->writeBuffer(piece.bytes, length);
+    }
+    return done;
+}

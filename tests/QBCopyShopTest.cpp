@@ -1,0 +1,217 @@
+#include <QBFoundation/QBCopyShop.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+#include <QBFoundation/QBDataInputStream.h>
+#include <QBFoundation/QBDataOutputStream.h>
+#include <QBFoundation/QBStringInputStream.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/ErrorExpectation.h"
+#include "support/PoolFixture.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+using QBCopyShopTest = PoolFixture;
+using Strings = std::vector<std::string>;
+
+namespace {
+
+NSData *dataOf(std::string_view bytes) {
+    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+Strings writesOf(QBArrayOutputStream *stream) {
+    Strings writes;
+    for (const id write : *stream->targetArray()) {
+        auto *const data = static_cast<NSData *>(write);
+        writes.emplace_back(static_cast<const char *>(data->bytes()), data->length());
+    }
+    return writes;
+}
+
+// A client's source: answers as it was told to, and notes what it was asked for.
+class Source : public QBInputStream {
+public:
+    explicit Source(std::vector<std::int32_t> results) : answers(std::move(results)) {}
+
+    static Class *cls() {
+        static const qb::Method methods[] = {
+            qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout),
+        };
+        static Class *const self = new Class("CopyShopSource", QBInputStream::cls(), methods);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+
+    std::int32_t _readBuffer(void *buffer, std::uint32_t length) override {
+        asked.push_back(length);
+        if (answers.empty())
+            return -1;
+        const std::int32_t result = answers.front();
+        answers.erase(answers.begin());
+        if (result > 0)
+            std::memset(buffer, 'x', std::min(static_cast<std::uint32_t>(result), length));
+        return result;
+    }
+    std::int32_t readBufferTimeout(void *buffer, std::uint32_t length, long timeout) {
+        timeouts.push_back(timeout);
+        return _readBuffer(buffer, length);
+    }
+
+    std::vector<std::int32_t> answers;
+    std::vector<std::uint32_t> asked;
+    std::vector<long> timeouts;
+};
+
+Ref<Source> source(std::vector<std::int32_t> answers) {
+    return Ref<Source>::adopt(new Source(std::move(answers)));
+}
+
+// A sink that fails on its second write.
+class Failing : public QBOutputStream {
+public:
+    void _writeBuffer(const void *, std::uint32_t) override {
+        if (++writes == 2)
+            ERRORHANDLER->raiseErrorInFile("sink", 1, 100024, "f", "text");
+    }
+    int writes = 0;
+};
+
+} // namespace
+
+TEST_F(QBCopyShopTest, CopiesPieceByPiece) {
+    QBArrayOutputStream *const target = QBArrayOutputStream::stream();
+    const auto copy = [&](QBInputStream *from) {
+        target->reset();
+        return QBCopyShop::copyShopWithBufferSize(4)->copyFrom(from, target);
+    };
+    const Strings pieces = {"0123", "4567", "89"};
+    EXPECT_EQ(copy(QBDataInputStream::streamWithData(dataOf("0123456789"))), 10);
+    EXPECT_EQ(writesOf(target), pieces);
+    EXPECT_EQ(copy(QBDataInputStream::streamWithData(NSMutableData::dataWithData(dataOf("0123456789")))), 10);
+    EXPECT_EQ(writesOf(target), pieces);
+    EXPECT_EQ(copy(QBStringInputStream::streamWithString("0123456789"_ns)), 10);
+    EXPECT_EQ(writesOf(target), pieces);
+    EXPECT_EQ(copy(QBDataInputStream::streamWithData(NSData::data())), 0);
+    EXPECT_EQ(copy(QBDataInputStream::streamWithData(nullptr)), 0);
+    EXPECT_EQ(writesOf(target), Strings());
+}
+
+TEST_F(QBCopyShopTest, PiecesAreOf64KiBUnlessItIsSaid) {
+    const Ref<Source> from = source({1});
+    for (QBCopyShop *const shop : {QBCopyShop::copyShop(), QBCopyShop::copyShopWithBufferSize(0)})
+        shop->copyFrom(from, QBDataOutputStream::stream());
+    EXPECT_EQ(from->asked, (std::vector<std::uint32_t>{65536, 65536, 65536}));
+}
+
+TEST_F(QBCopyShopTest, ABoundIsKeptAndTheSourceStandsBehindIt) {
+    QBDataInputStream *const from = QBDataInputStream::streamWithData(dataOf("0123456789"));
+    QBArrayOutputStream *const target = QBArrayOutputStream::stream();
+    QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(4);
+    EXPECT_EQ(shop->copyFromToLength(from, target, 0), 0u);
+    EXPECT_EQ(shop->copyFromToLength(from, target, 5), 5u);
+    EXPECT_EQ(from->readByte(), '5');
+    EXPECT_EQ(shop->copyFromToLength(from, target, 20), 4u);
+    EXPECT_EQ(writesOf(target), (Strings{"0123", "4", "6789"}));
+    from->reset();
+    EXPECT_EQ(shop->copyFromToLength(from, target, 10), 10u);
+    EXPECT_EQ(shop->copyFromToLength(from, target, 10), 0u);
+    for (const std::int32_t end : {0, -1, -2}) { // a pipe answers its end with 0
+        const Ref<Source> ending = source({3, 2, end, 7});
+        EXPECT_EQ(shop->copyFromToLength(ending, target, 20), 5u);
+        EXPECT_EQ(ending->asked, (std::vector<std::uint32_t>{4, 4, 4}));
+    }
+}
+
+TEST_F(QBCopyShopTest, ASourceThatClaimsMoreThanWasAskedForHasGivenThatMuch) {
+    const Ref<Source> from = source({1000, INT32_MAX, 9});
+    QBDataOutputStream *const target = QBDataOutputStream::stream();
+    EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFromToLength(from, target, 6), 6u);
+    EXPECT_EQ(target->byteCounter(), 6u);
+}
+
+TEST_F(QBCopyShopTest, TimedCopiesReadWithTheTimeOutAndEndWithIt) {
+    const Ref<Source> from = source({3, 0, 3, 3, -1});
+    QBDataOutputStream *const target = QBDataOutputStream::stream();
+    QBCopyShop *const shop = QBCopyShop::copyShop();
+    EXPECT_EQ(shop->copyFromToTimeout(from, target, 250), 3); // nothing came in time
+    EXPECT_EQ(shop->copyFromToLength(from, target, 6, -1), 6u);
+    EXPECT_EQ(from->timeouts, (std::vector<long>{250, 250, -1, -1}));
+    EXPECT_EQ(from->asked, (std::vector<std::uint32_t>{65536, 65536, 6, 3}));
+    EXPECT_EQ(target->byteCounter(), 9u);
+    EXPECT_THROW(shop->copyFromToTimeout(QBDataInputStream::streamWithData(dataOf("x")), target, 1),
+                 InvalidArgumentException);
+}
+
+TEST_F(QBCopyShopTest, ErrorsEndACopyAndStandBehindThoseOfTheCaller) {
+    ERRORHANDLER->raiseErrorInFile("caller", 1, 100023, "f", "text");
+    const Ref<Failing> target = Ref<Failing>::adopt(new Failing);
+    QBDataInputStream *const from = QBDataInputStream::streamWithData(dataOf("0123456789"));
+    QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(2);
+    EXPECT_EQ(shop->copyFrom(from, target), 4); // what was read for the write that failed, too
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100023, 100024)");
+    target->writes = 0;
+    EXPECT_EQ(shop->copyFromToLength(from, target, 6), 4u);
+    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100023, 100024, 100024)");
+    recordingErrorHandler()->raised.clear();
+    ERRORHANDLER->clearErrorStack();
+}
+
+TEST_F(QBCopyShopTest, MissingMemoryAndStreamsAreTold) {
+    const Ref<Source> from = source({3});
+    QBDataOutputStream *const target = QBDataOutputStream::stream();
+    {
+        const ErrorExpectation error(100156);
+        const qb::sys::Fault noMemory(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
+    }
+    EXPECT_TRUE(from->asked.empty());
+    EXPECT_REASON(QBCopyShop::copyShop()->copyFrom(nullptr, target),
+                  "QBCopyShop copyFrom:to: must have a source that is not nil.");
+    EXPECT_REASON(QBCopyShop::copyShop()->copyFromToLength(from, nullptr, 1),
+                  "QBCopyShop copyFrom:to: must have a sink that is not nil.");
+}
+
+TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
+    // Reads that leave the memory alone, so that it is never there.
+    class Vast : public QBInputStream {
+    public:
+        std::int32_t _readBuffer(void *, std::uint32_t length) override {
+            return left-- > 0 ? static_cast<std::int32_t>(length) : -1;
+        }
+        int left = 8;
+    };
+    class Nowhere : public QBOutputStream {
+        void _writeBuffer(const void *, std::uint32_t) override {}
+    };
+    const Ref<Vast> from = Ref<Vast>::adopt(new Vast);
+    const Ref<Nowhere> to = Ref<Nowhere>::adopt(new Nowhere);
+    QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(1U << 28);
+    const ErrorExpectation error(900050);
+    EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX);
+    EXPECT_EQ(error.values(), "2147483648");
+    from->left = 8;
+    EXPECT_EQ(shop->copyFromToLength(from, to, UINT32_MAX), 0x80000000u);
+}
+
+TEST_F(QBCopyShopTest, SelectorsReachEveryCopy) {
+    const Ref<Source> from = source({1, -1, 2, -1, 3, 4});
+    QBDataOutputStream *const to = QBDataOutputStream::stream();
+    const id shop = send<id>(QBCopyShop::cls(), "copyShopWithBufferSize:"_sel, 8u);
+    QBInputStream *const input = from.get();
+    EXPECT_EQ(send<std::int32_t>(shop, "copyFrom:to:"_sel, input, to), 1);
+    EXPECT_EQ(send<std::int32_t>(shop, "copyFrom:to:timeout:"_sel, input, to, 1L), 2);
+    EXPECT_EQ(send<std::uint32_t>(shop, "copyFrom:to:length:"_sel, input, to, 3u), 3u);
+    EXPECT_EQ(send<std::uint32_t>(shop, "copyFrom:to:length:timeout:"_sel, input, to, 4u, 1L), 4u);
+    EXPECT_EQ(from->asked.back(), 4u);
+}
