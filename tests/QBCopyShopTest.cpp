@@ -197,7 +197,7 @@ TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     const Ref<Vast> from = Ref<Vast>::adopt(new Vast);
     const Ref<Nowhere> to = Ref<Nowhere>::adopt(new Nowhere);
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(1U << 28);
-    const ErrorExpectation error(900050);
+    const ErrorExpectation error(900030);
     EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX);
     EXPECT_EQ(error.values(), "2147483648");
     from->left = 8;

@@ -13,6 +13,10 @@ const char *const kUsage =
     "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
     "  --filter COMMAND     run COMMAND by the shell for each page: from its standard input to its standard "
     "output\n"
+    "  --serve PORT         then serve OUT over HTTP to programs of this machine; 0 takes any port that is "
+    "free\n"
+    "  --serve-socket PATH  then serve OUT over HTTP at a socket of the file system\n"
+    "  --watch              while serving, publish again when something in SITE has changed\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
@@ -83,6 +87,15 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
     std::int64_t number = 0;
     if (option == "--set")
         return readSetting(arguments.valueOf(option), options.settings);
+    if (option == "--serve") {
+        const bool isRead = readNumber(arguments.valueOf(option), 65535, number);
+        options.port = static_cast<std::int32_t>(number);
+        return isRead;
+    }
+    if (option == "--serve-socket") {
+        options.socket = arguments.valueOf(option);
+        return static_cast<bool>(options.socket);
+    }
     if (option == "--filter") {
         options.filter = arguments.valueOf(option);
         return static_cast<bool>(options.filter);
@@ -107,6 +120,8 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
         return readList(arguments.valueOf(option), options.profileChannels);
     if (option == "--statistics")
         options.showsStatistics = true;
+    else if (option == "--watch")
+        options.watches = true;
     else if (option == "--quiet")
         options.isQuiet = true;
     else if (option == "--help")
@@ -142,6 +157,10 @@ bool readOptions(int count, char **arguments, Options &options) {
     if (options.action == Options::Action::publish &&
         (!options.target || options.site->view().empty() || options.target->view().empty()))
         return fail(__LINE__, kErrorUsage, "The directories SITE and OUT are needed");
+    if (options.port != Options::kNoPort && options.socket)
+        return fail(__LINE__, kErrorUsage, "A site is served at one place");
+    if (options.watches && !options.serves())
+        return fail(__LINE__, kErrorUsage, "--watch goes with --serve or --serve-socket");
     return true;
 }
 

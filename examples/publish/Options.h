@@ -10,10 +10,17 @@ namespace publish {
 struct Options {
     enum class Action { publish, help, version, listChannels };
 
+    static constexpr std::int32_t kNoPort = -1;
+
+    bool serves() const { return port != kNoPort || socket; }
+
     Action action = Action::publish;
     Ref<NSString> site;
     Ref<NSString> target;
     Ref<NSMutableArray> settings = NSMutableArray::init(); // dotted keys, each followed by its value
+    std::int32_t port = kNoPort;                           // to serve the site at; 0 for any that is free
+    Ref<NSString> socket;                                  // to serve the site at; null when it is not wanted
+    bool watches = false;                                  // publishes again when the source has changed
     Ref<NSString> filter;                                  // a command for each page; null when there is none
     Ref<NSString> logFile;
     std::uint8_t logLevel = 0;

@@ -10,11 +10,14 @@
 #include "Publication.h"
 #include "Renderer.h"
 #include "Site.h"
+#include "serving/Server.h"
+#include "serving/Watching.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <optional>
 
 namespace publish {
 
@@ -82,8 +85,8 @@ void sayErrors() {
     OSUserIO::eprintLn(messages);
 }
 
-int run(const Options &options) {
-    watchForInterruption();
+// Publishes the site and says how that went.
+bool publishAndReport(const Options &options) {
     Counts counts;
     const bool isPublished = publishSite(options, counts);
     if (options.showsStatistics)
@@ -92,7 +95,7 @@ int run(const Options &options) {
         OSLogger::loggerForCategory("publish"_ns)
             ->logWithLevelMessage(1, ERRORHANDLER->errorStackMessagesStringWithIndent(nullptr));
         sayErrors();
-        return kExitFailed;
+        return false;
     }
     NSString *const report =
         NSString::stringWithFormat("%@: %u written, %u unchanged, %u removed"_ns, options.target.get(),
@@ -100,7 +103,45 @@ int run(const Options &options) {
     OSLogger::loggerForCategory("publish"_ns)->logWithLevelMessage(2, report);
     if (!options.isQuiet)
         OSUserIO::printLn(report);
-    return 0;
+    return true;
+}
+
+// Serves what was published until the program is interrupted. A source that can't be published is told of,
+// and the site stays as it is.
+bool serve(const Options &options, OSSocket *listener, serving::Watch *watch) {
+    OSUserIO::printLn(NSString::stringWithFormat("Serving %@ at %@"_ns, options.target.get(),
+                                                 serving::addressOf(listener)));
+    std::fflush(stdout);
+    return serving::Server(listener, options.target).run([&] {
+        if (!watch || !watch->hasChanged())
+            return;
+        publishAndReport(options);
+        std::fflush(stdout);
+        ERRORHANDLER->clearErrorStack();
+    });
+}
+
+int run(const Options &options) {
+    watchForInterruption();
+    Ref<OSSocket> listener;
+    if (options.serves())
+        listener = options.socket ? serving::listenAt(options.socket) : serving::listenOnPort(options.port);
+    if (hasFailed()) {
+        sayErrors();
+        return kExitFailed;
+    }
+    std::optional<serving::Watch> watch; // from before the source is read
+    if (options.watches)
+        watch.emplace(options.site);
+    bool isDone = publishAndReport(options);
+    if (isDone && listener) {
+        isDone = serve(options, listener, watch ? &*watch : nullptr);
+        if (!isDone)
+            sayErrors();
+    }
+    if (listener && options.socket)
+        OSFilePath::removePath(options.socket);
+    return isDone ? 0 : kExitFailed;
 }
 
 int act(const Options &options) {

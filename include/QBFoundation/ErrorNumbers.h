@@ -49,8 +49,8 @@ constexpr int kErrorCannotSendTerm = 100232;
 constexpr int kErrorCannotSendKill = 100233;
 constexpr int kErrorCannotWaitForProcess = 100234;
 constexpr int kErrorCannotSetFileTimes = 100235;
-constexpr int kErrorCorruptCipher = 100239;
 constexpr int kErrorSendWouldBlock = 100238;
+constexpr int kErrorCorruptCipher = 100239;
 constexpr int kErrorGlobAborted = 100240;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorCannotHandleSignal = 130004;
@@ -65,11 +65,11 @@ constexpr int kErrorUnknownKey = 900010;
 constexpr int kErrorWrongObjectForKey = 900011;
 constexpr int kErrorMalformedKeyList = 900020;
 constexpr int kErrorMalformedEnvironment = 900021;
+constexpr int kErrorCopyTooLong = 900030;
 constexpr int kErrorCannotSetSocketOption = 900050;
 constexpr int kErrorCannotSetSocketMode = 900051;
 constexpr int kErrorCannotAccept = 900052;
 constexpr int kErrorServiceMissing = 900053;
-constexpr int kErrorCopyTooLong = 900050;
 
 inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorWrongDeepKey, "dotted key", "could not access '%s', wrong key"},
@@ -113,8 +113,8 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorCannotWaitForProcess, "process id, system text",
      "The end of the process %d could not be waited for: %s"},
     {kErrorCannotSetFileTimes, "path, system text", "The times of '%s' could not be set: %s"},
-    {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
     {kErrorSendWouldBlock, "", "The socket can't send without waiting."},
+    {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
     {kErrorCannotHandleSignal, "signal, system text",
@@ -136,11 +136,11 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
      "The list of keys and values is wrong at index %d: expected %s."},
     {kErrorMalformedEnvironment, "line, what was expected",
      "The encoded environment is malformed in line %d: expected %s."},
+    {kErrorCopyTooLong, "bytes", "%d bytes were copied, more than a result can tell."},
     {kErrorCannotSetSocketOption, "option, system text", "The socket option %d could not be set: %s"},
     {kErrorCannotSetSocketMode, "socket, system text", "The mode of the socket %d could not be set: %s"},
     {kErrorCannotAccept, "socket, system text", "The socket %d could not accept a connection: %s"},
     {kErrorServiceMissing, "service", "The service '%s' is not known."},
-    {kErrorCopyTooLong, "bytes", "%d bytes were copied, more than a result can tell."},
 };
 
 /// The error with that number; null for a number that the library does not raise.

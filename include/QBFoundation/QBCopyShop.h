@@ -34,7 +34,7 @@ public:
 
     /// Copies all. Returns how many bytes were read for it, those of a write that failed included.
     ///
-    /// Raises 900050 (how many) after a copy of more than 2^31 - 1 bytes, for which it returns that number.
+    /// Raises 900030 (how many) after a copy of more than 2^31 - 1 bytes, for which it returns that number.
     virtual std::int32_t copyFrom(QBInputStream *from, QBOutputStream *to);
     /// As above, by `readBuffer:length:timeout:`, which the streams of sockets have; `timeout`: milliseconds
     /// that each read waits. Throws InvalidArgumentException when the source has no such operation.

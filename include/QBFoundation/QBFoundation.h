@@ -38,10 +38,10 @@
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 #include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
 #include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
+#include <QBFoundation/OSAdaptor/OSSorter.h>
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/OSAdaptor/OSUserIO.h>
 #include <QBFoundation/OneShotEnumerator.h>

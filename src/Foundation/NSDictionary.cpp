@@ -44,12 +44,12 @@ Class *NSDictionary::cls() {
         qb::initialiser<"initWithCoder:">(&NSDictionary::setUpWithCoder),
         qb::method<"encodeWithCoder:">(&NSDictionary::encodeWithCoder),
     };
-    static Class *const self =
-        new Class("NSDictionary", NSObject::cls(),
-                  {methods, qb::tables::dictionaryPropertyListFile(), qb::tables::dictionaryReading(),
-                   makingMethods(), keyListMethods(), qb::tables::dictionaryChecks(), qb::tables::dictionaryFileAttributes(),
-                   qb::tables::dictionaryReplacing(), environmentMethods()},
-                  qb::construct<NSDictionary>, {"NSCopying", "NSMutableCopying", "NSCoding"});
+    static Class *const self = new Class(
+        "NSDictionary", NSObject::cls(),
+        {methods, qb::tables::dictionaryPropertyListFile(), qb::tables::dictionaryReading(), makingMethods(),
+         keyListMethods(), qb::tables::dictionaryChecks(), qb::tables::dictionaryFileAttributes(),
+         qb::tables::dictionaryReplacing(), environmentMethods()},
+        qb::construct<NSDictionary>, {"NSCopying", "NSMutableCopying", "NSCoding"});
     return self;
 }
 

@@ -92,7 +92,8 @@ std::span<const qb::Method> qb::tables::mutableStringReplacing() {
 }
 
 NSArray *NSString::componentsSeparatedByString(NSString *separator) const {
-    return componentsSeparatedByString(qb::required(separator, "NSString componentsSeparatedByString:"), UINT32_MAX);
+    return componentsSeparatedByString(qb::required(separator, "NSString componentsSeparatedByString:"),
+                                       UINT32_MAX);
 }
 
 NSArray *NSString::componentsSeparatedByString(NSString *separator, std::uint32_t count) const {

@@ -1,0 +1,134 @@
+#include "Connection.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace publish::serving {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kTimeForRequest = 10s; // until a head is whole
+constexpr auto kTimeForBlock = 30s;   // until some of an answer is taken
+
+constexpr std::uint32_t kBlock = 64 * 1024;
+
+// So many blocks are sent before the others have their turn.
+constexpr int kStepsInARow = 16;
+
+// Only the sockets' own errors come up here, and they end no more than a connection.
+bool wouldBlock() {
+    const id number = ERRORHANDLER->errorId();
+    return number && number->isEqual(NSNumber::numberWithInt(qb::kErrorSendWouldBlock));
+}
+
+} // namespace
+
+Connection::Connection(OSSocket *socket, NSString *root, Clock::time_point now)
+    : socket_(socket), root_(root), deadline_(now + kTimeForRequest) {}
+
+Connection::~Connection() {
+    if (answer_.content)
+        answer_.content->close();
+    socket_->close();
+}
+
+bool Connection::proceed(Clock::time_point now) {
+    const NSAutoreleasePool pool;
+    const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
+    for (int step = 0; step < kStepsInARow; ++step)
+        switch (isSending_ ? send(now) : receive(now)) {
+        case Progress::made:
+            break;
+        case Progress::blocked:
+            return true;
+        case Progress::ended:
+            return false;
+        }
+    return true;
+}
+
+bool Connection::checkTime(Clock::time_point now) {
+    if (now < deadline_)
+        return true;
+    if (isSending_ || received_.empty())
+        return false;
+    begin(answerWith(Status::requestTimeout), now);
+    return proceed(now);
+}
+
+// --- Requests ---
+
+Connection::Progress Connection::receive(Clock::time_point now) {
+    char bytes[kLongestHead];
+    const std::int32_t count = socket_->receiveWithBuffer(bytes, sizeof bytes, 0, NO);
+    if (count <= 0)
+        return count == 0 ? Progress::blocked : Progress::ended;
+    received_.append(bytes, static_cast<std::size_t>(count));
+    takeRequest(now);
+    return Progress::made;
+}
+
+// Begins the answer to the request at the front of what was received, if it is whole.
+void Connection::takeRequest(Clock::time_point now) {
+    const std::size_t length = lengthOfHead(received_);
+    if ((length == 0 ? received_.size() : length) > kLongestHead)
+        return begin(answerWith(Status::headTooLarge), now);
+    if (length == 0)
+        return;
+    const Request request = readHead(std::string_view(received_).substr(0, length));
+    received_.erase(0, length);
+    begin(answerTo(request, root_), now);
+}
+
+// --- Answers ---
+
+void Connection::begin(Answer answer, Clock::time_point now) {
+    answer_ = std::move(answer);
+    block_ = answer_.head;
+    sent_ = 0;
+    isSending_ = true;
+    deadline_ = now + kTimeForBlock;
+}
+
+Connection::Progress Connection::send(Clock::time_point now) {
+    if (sent_ == block_.size() && answer_.size == 0)
+        return endAnswer(now);
+    if (sent_ == block_.size() && !fillBlock())
+        return Progress::ended;
+    const std::int32_t count =
+        socket_->sendBuffer(block_.data() + sent_, static_cast<std::uint32_t>(block_.size() - sent_));
+    if (count < 0)
+        return wouldBlock() ? Progress::blocked : Progress::ended;
+    sent_ += static_cast<std::size_t>(count);
+    deadline_ = now + kTimeForBlock;
+    return Progress::made;
+}
+
+// Returns false when the file has become shorter than was announced.
+bool Connection::fillBlock() {
+    block_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, answer_.size)));
+    const std::int32_t count =
+        answer_.content->readBuffer(block_.data(), static_cast<std::uint32_t>(block_.size()));
+    if (count <= 0)
+        return false;
+    block_.resize(static_cast<std::size_t>(count));
+    answer_.size -= static_cast<std::uint64_t>(count);
+    sent_ = 0;
+    return true;
+}
+
+// Goes on to the next request, which may have come already.
+Connection::Progress Connection::endAnswer(Clock::time_point now) {
+    if (answer_.content)
+        std::exchange(answer_.content, {})->close();
+    if (!answer_.keepsConnection)
+        return Progress::ended;
+    isSending_ = false;
+    deadline_ = now + kTimeForRequest;
+    takeRequest(now);
+    return Progress::made;
+}
+
+} // namespace publish::serving

@@ -1,0 +1,54 @@
+// One client: its requests come in, its answers go out, and neither waits for it.
+#ifndef PUBLISH_SERVING_CONNECTION_H
+#define PUBLISH_SERVING_CONNECTION_H
+
+#include "Answer.h"
+
+#include <chrono>
+#include <string>
+
+namespace publish::serving {
+
+class Connection {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `root`: the directory that is served.
+    Connection(OSSocket *socket, NSString *root, Clock::time_point now);
+    ~Connection();
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    OSSocket *socket() const { return socket_; }
+    /// Whether it waits until more can be sent; else it waits for a request.
+    bool isSending() const { return isSending_; }
+
+    /// Does what can be done without waiting. Returns false when the connection is over.
+    bool proceed(Clock::time_point now);
+    /// Looks whether the client has taken too long: for a request that has begun there is still an answer.
+    /// Returns false when the connection is over.
+    bool checkTime(Clock::time_point now);
+
+private:
+    enum class Progress { made, blocked, ended };
+
+    Progress receive(Clock::time_point now);
+    void takeRequest(Clock::time_point now);
+    void begin(Answer answer, Clock::time_point now);
+    Progress send(Clock::time_point now);
+    bool fillBlock();
+    Progress endAnswer(Clock::time_point now);
+
+    Ref<OSSocket> socket_;
+    Ref<NSString> root_;
+    std::string received_; // and not yet answered
+    bool isSending_ = false;
+    Answer answer_;
+    std::string block_;    // what is to be sent next,
+    std::size_t sent_ = 0; // of it
+    Clock::time_point deadline_;
+};
+
+} // namespace publish::serving
+
+#endif

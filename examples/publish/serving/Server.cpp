@@ -1,0 +1,157 @@
+#include "Server.h"
+
+#include "../Interruption.h"
+#include "../Messages.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/select.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <utility>
+
+namespace publish::serving {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// All of their descriptors have to have room in a set.
+constexpr std::size_t kMostConnections = 256;
+
+constexpr auto kPauseWithoutDescriptors = 1s;
+
+// The descriptors that something is waited for at.
+class Waiting {
+public:
+    Waiting() {
+        FD_ZERO(&readable_);
+        FD_ZERO(&writable_);
+    }
+
+    void add(OSSocket *socket, bool forWriting) {
+        const int descriptor = socket->socketHandle();
+        if (descriptor >= FD_SETSIZE) // the wait reports it
+            return static_cast<void>(greatest_ = descriptor);
+        FD_SET(descriptor, forWriting ? &writable_ : &readable_);
+        greatest_ = std::max(greatest_, descriptor);
+    }
+
+    // Returns false after an error; an interruption is none.
+    bool wait() {
+        timeval time{1, 0};
+        const std::int32_t count =
+            OSSocket::selectWithMaxSocket(greatest_, &readable_, &writable_, nullptr, &time);
+        if (count <= 0) {
+            FD_ZERO(&readable_);
+            FD_ZERO(&writable_);
+        }
+        return !hasFailed();
+    }
+
+    bool isReady(OSSocket *socket) const {
+        return FD_ISSET(socket->socketHandle(), &readable_) || FD_ISSET(socket->socketHandle(), &writable_);
+    }
+
+private:
+    fd_set readable_;
+    fd_set writable_;
+    int greatest_ = -1;
+};
+
+} // namespace
+
+Server::Server(OSSocket *listener, NSString *root) : listener_(listener), root_(root) {
+    listener_->setNonBlocking();
+}
+
+bool Server::run(const std::function<void()> &eachSecond) {
+    auto next = Clock::now() + 1s;
+    while (!wasInterrupted()) {
+        const NSAutoreleasePool pool;
+        if (!step(Clock::now()))
+            return false;
+        if (Clock::now() < next)
+            continue;
+        eachSecond();
+        next = Clock::now() + 1s;
+    }
+    return true;
+}
+
+bool Server::step(Clock::time_point now) {
+    Waiting waiting;
+    const bool accepts = canAccept(now);
+    if (accepts)
+        waiting.add(listener_, /*forWriting=*/false);
+    for (const Connection &connection : connections_)
+        waiting.add(connection.socket(), connection.isSending());
+    if (!waiting.wait())
+        return wasInterrupted();
+    now = Clock::now();
+    connections_.remove_if([&](Connection &connection) {
+        return waiting.isReady(connection.socket()) ? !connection.proceed(now) : !connection.checkTime(now);
+    });
+    if (accepts && waiting.isReady(listener_))
+        accept(now);
+    return true;
+}
+
+bool Server::canAccept(Clock::time_point now) const {
+    return connections_.size() < kMostConnections && now >= nextAccept_;
+}
+
+// Takes all clients that wait.
+void Server::accept(Clock::time_point now) {
+    const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
+    while (canAccept(now)) {
+        const Ref<OSSocket> socket = OSSocket::initAcceptSocketFromListener(listener_);
+        if (hasFailed())
+            nextAccept_ = now + kPauseWithoutDescriptors;
+        if (!socket)
+            return;
+        if (socket->setNonBlocking())
+            connections_.emplace_back(socket, root_, now);
+    }
+}
+
+// --- Listening ---
+
+namespace {
+
+// The five clients that the library lets wait are fewer than connections that one browser opens at once.
+Ref<OSSocket> withLongQueue(Ref<OSSocket> listener) {
+    if (listener)
+        ::listen(listener->socketHandle(), SOMAXCONN);
+    return listener;
+}
+
+} // namespace
+
+Ref<OSSocket> listenOnPort(std::int32_t port) {
+    return withLongQueue(OSSocket::initServerSocketOnHost(nullptr, port));
+}
+
+Ref<OSSocket> listenAt(NSString *path) {
+    struct stat info;
+    if (::lstat(path->cString(), &info) == 0 && !S_ISSOCK(info.st_mode)) {
+        fail(__LINE__, kErrorInTheWay, path);
+        return nullptr;
+    }
+    const mode_t before = ::umask(0077);
+    Ref<OSSocket> listener = OSSocket::initServerSocketWithName(path);
+    ::umask(before);
+    return withLongQueue(std::move(listener));
+}
+
+NSString *addressOf(OSSocket *listener) {
+    if (NSString *const path = listener->socketName())
+        return path;
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    ::getsockname(listener->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length);
+    return NSString::stringWithFormat("http://127.0.0.1:%d"_ns, ntohs(address.sin_port));
+}
+
+} // namespace publish::serving

@@ -1,0 +1,105 @@
+#include "SiteFile.h"
+
+#include "../ContentType.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace publish::serving {
+
+namespace {
+
+// A descriptor that is closed at the end, unless a stream has taken it over.
+class OpenFile {
+public:
+    explicit OpenFile(const std::string &path)
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
+    ~OpenFile() {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+    }
+    OpenFile(const OpenFile &) = delete;
+    OpenFile &operator=(const OpenFile &) = delete;
+
+    bool isOpen() const { return descriptor_ >= 0; }
+    bool readInfo(struct stat &info) const { return isOpen() && ::fstat(descriptor_, &info) == 0; }
+
+    // Where the file is that was opened, whatever stands at its path by now; empty when that is unknown.
+    std::string realPath() const {
+        char path[PATH_MAX];
+        const std::string link = "/proc/self/fd/" + std::to_string(descriptor_);
+        const ssize_t length = ::readlink(link.c_str(), path, sizeof path);
+        return length > 0 && length < static_cast<ssize_t>(sizeof path)
+                   ? std::string(path, static_cast<std::size_t>(length))
+                   : std::string();
+    }
+
+    QBInputStream *takeStream() {
+        std::FILE *const file = ::fdopen(descriptor_, "rb");
+        if (!file)
+            return nullptr;
+        descriptor_ = -1;
+        return QBFilePointerInputStream::streamWithFilePointer(file);
+    }
+
+private:
+    int descriptor_;
+};
+
+// Whether each component of a relative path has a name that does not begin with a dot.
+bool isPublic(std::string_view path) {
+    for (;;) {
+        const std::string_view component = path.substr(0, path.find('/'));
+        if (component.empty() || component.front() == '.')
+            return false;
+        if (component.size() == path.size())
+            return true;
+        path.remove_prefix(component.size() + 1);
+    }
+}
+
+bool isPublicPlace(const std::string &place, NSString *root) {
+    char *const resolved = ::realpath(root->cString(), nullptr);
+    std::string directory = resolved ? resolved : "";
+    std::free(resolved);
+    if (!directory.ends_with('/'))
+        directory += '/';
+    return place.starts_with(directory) && isPublic(std::string_view(place).substr(directory.size()));
+}
+
+} // namespace
+
+SiteFile openSiteFile(NSString *root, NSString *path) {
+    SiteFile found;
+    const std::string_view text = path->view();
+    if (text.find('\0') != std::string_view::npos)
+        return found;
+    const bool isDirectory = text.empty() || text.ends_with('/');
+    const std::string relative = std::string(text) + (isDirectory ? "index.html" : "");
+    if (!isPublic(relative))
+        return found;
+
+    OpenFile file(std::string(root->view()) + "/" + relative);
+    struct stat info;
+    if (!file.readInfo(info) || !isPublicPlace(file.realPath(), root))
+        return found;
+    if (S_ISDIR(info.st_mode) && !isDirectory)
+        found.status = Status::movedPermanently;
+    if (!S_ISREG(info.st_mode))
+        return found;
+    found.content = file.takeStream();
+    if (!found.content)
+        return found;
+    found.status = Status::ok;
+    found.type = contentTypeOf(NSString::stringWith(relative));
+    found.size = static_cast<std::uint64_t>(info.st_size);
+    found.modified = info.st_mtime;
+    return found;
+}
+
+} // namespace publish::serving
