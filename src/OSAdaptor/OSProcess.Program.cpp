@@ -137,8 +137,12 @@ void logAlert(const char *format, const char *first, const char *second) noexcep
     }
 }
 
-void Program::end(const StartFailure &failure) const noexcept {
+void Program::tell(const StartFailure &failure) const noexcept {
     logAlert(failure.format, shownCommand(), std::strerror(failure.error));
+}
+
+void Program::end(const StartFailure &failure) const noexcept {
+    tell(failure);
     sys::_exit(kExitWithoutProgram);
 }
 

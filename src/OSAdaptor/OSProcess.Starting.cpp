@@ -28,10 +28,10 @@ int becomeProgram(void *context) {
     const pid_t teller = sys::fork();
     if (teller == 0) {
         sys::speakFor(self);
-        start->program.end(failure);
-    }
-    if (teller > 0)
+        start->program.tell(failure);
+    } else if (teller > 0) {
         sys::waitpid(teller, nullptr, 0);
+    }
     return qb::kExitWithoutProgram;
 }
 

@@ -1,0 +1,107 @@
+// Does the same over and over, and looks whether memory and descriptors stay as they are.
+//   qb_soak processes CYCLES
+#include <QBFoundation/QBFoundation.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/wait.h>
+
+namespace {
+
+constexpr long kMostGrowth = 512; // KiB, of which the allocator may need some for other reasons than a leak
+
+struct State {
+    long memory; // resident, KiB
+    long descriptors;
+    bool hasChildren;
+};
+
+State state() {
+    long pages = 0;
+    std::ifstream("/proc/self/statm").ignore(64, ' ') >> pages;
+    const auto open = std::filesystem::directory_iterator("/proc/self/fd");
+    return {pages * 4, std::distance(begin(open), end(open)),
+            ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD};
+}
+
+NSString *contentOf(OSPipe *pipe) {
+    OSPipeInputStream *const source = pipe->getInputStream();
+    QBStringOutputStream *const text = QBStringOutputStream::stream();
+    char block[512];
+    for (int count; (count = source->readBuffer(block, sizeof block)) > 0;)
+        text->writeBuffer(block, static_cast<unsigned>(count));
+    return text->targetString();
+}
+
+bool isText(NSString *text, const char *expected) {
+    return text && std::strcmp(text->cString(), expected) == 0;
+}
+
+// One start of each kind, each of which must do what it is to do.
+bool runProcesses() {
+    const NSAutoreleasePool pool;
+    OSPipe *const output = OSPipe::pipe();
+    const int end = output->writeHandle();
+    const Ref<OSProcess> echo =
+        OSProcess::initWithCommand("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $A"_ns}),
+                                   NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
+    output->closeWriteHandle();
+    bool isGood = isText(contentOf(output), "b\n") && echo->waitForProcessDoHang(YES) == 1;
+
+    const Ref<OSProcess> missing = OSProcess::initWithCommand("/no/such"_ns, nullptr, nullptr);
+    isGood &= missing->waitForProcessDoHang(YES) == -1 && ERRORHANDLER->clearErrorStack()->count() == 1;
+
+    OSPipe *const written = OSPipe::pipe();
+    OSProcess::createSubProcessWritingToPipe(written, "echo"_ns, NSArray::arrayWith({"c"_ns}), nullptr);
+    isGood &= isText(contentOf(written), "c\n");
+
+    OSPipe *const answer = OSPipe::pipe();
+    OSPipe *const question = OSPipe::pipe();
+    OSProcess::createCoprocessWithPipeForRead(answer, question, "cat"_ns, nullptr, nullptr, nullptr);
+    question->getOutputStream()->writeObject("d"_ns);
+    question->closeWriteHandle();
+    isGood &= isText(contentOf(answer), "d");
+
+    OSProcess::runExternalCmd("false"_ns, nullptr, nullptr);
+    isGood &= ERRORHANDLER->clearErrorStack()->count() == 1;
+
+    NSArray *const several = NSArray::arrayWith(
+        {OSProcess::subProcessWithCommand("sleep"_ns, NSArray::arrayWith({"9"_ns}), nullptr),
+         OSProcess::subProcessWithCommand("true"_ns, nullptr, nullptr)});
+    static_cast<OSProcess *>(several->objectAtIndex(0))->sendKillSignal();
+    for (id process : *several)
+        isGood &= static_cast<OSProcess *>(process)->waitForProcessDoHang(YES) == 1;
+    return isGood;
+}
+
+} // namespace
+
+int main(int argumentCount, char **arguments) {
+    const long cycles = argumentCount == 3 ? std::atol(arguments[2]) : 0;
+    if (cycles < 20 || std::strcmp(arguments[1], "processes") != 0)
+        return std::fputs("usage: qb_soak processes CYCLES (at least 20)\n", stderr), 2;
+    const NSAutoreleasePool pool;
+    ERRORHANDLER = QBErrorCatalogue::init().detach();
+    OSLogger::setDefaultLogFileName("/dev/null"_ns);
+    OSLogger::disableDuplicateLogToStderr();
+
+    State first{};
+    for (long cycle = 1; cycle <= cycles; ++cycle) {
+        if (!runProcesses())
+            return std::fprintf(stderr, "cycle %ld went wrong\n", cycle), 1;
+        if (cycle % (cycles / 10) != 0)
+            continue;
+        const State now = state();
+        std::printf("%7ld cycles: %6ld KiB, %ld descriptors\n", cycle, now.memory, now.descriptors);
+        if (first.memory == 0)
+            first = now;
+        if (now.memory - first.memory > kMostGrowth || now.descriptors != first.descriptors ||
+            now.hasChildren)
+            return std::fputs("something is left over\n", stderr), 1;
+    }
+}
