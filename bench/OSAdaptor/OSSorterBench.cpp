@@ -54,24 +54,29 @@ Texts words() {
     return texts;
 }
 
-// Words of syllables, many of them capitalised, one in eight with a letter of German; they often begin alike,
-// and some stand there twice.
+// Words of syllables, half of them capitalised, many with a letter of German. They often begin alike.
 Texts german() {
-    static const char *const kSyllables[] = {"ver",    "sich", "er",   "ung", "haus", "tür",
-                                             "be",     "ge",   "stra", "ße",  "land", "en",
-                                             "schaft", "heit", "auf",  "zu",  "lich", "bahn"};
+    static const char *const kSyllables[] = {"ver", "sich", "er",   "ung", "haus", "tür",  "be",
+                                             "ge",  "stra", "ße",   "en",  "land", "lich", "auf",
+                                             "zu",  "heit", "bahn", "wör", "ter",  "buch"};
     Random random;
     Texts texts(kCount);
     for (std::string &text : texts) {
-        for (std::size_t left = 2 + random.below(4); left != 0; --left) {
-            const std::size_t syllable = random.below(std::size(kSyllables));
-            const bool isPlain = static_cast<signed char>(kSyllables[syllable][1]) > 0 &&
-                                 static_cast<signed char>(kSyllables[syllable][0]) > 0;
-            text += isPlain || random.below(2) == 0 ? kSyllables[syllable] : "ei";
-        }
-        if (random.below(2) == 0)
+        for (std::size_t left = 3 + random.below(4); left != 0; --left)
+            text += kSyllables[random.below(std::size(kSyllables))];
+        if (text[0] > 0 && random.below(2) == 0)
             text[0] = static_cast<char>(text[0] - 'a' + 'A');
     }
+    return texts;
+}
+
+// A vocabulary of 5000 words, each of which stands there some twenty times.
+Texts repeated() {
+    const Texts vocabulary = german();
+    Random random;
+    Texts texts(kCount);
+    for (std::string &text : texts)
+        text = vocabulary[random.below(5000)];
     return texts;
 }
 
@@ -174,7 +179,8 @@ const bool isRegistered = [] {
     if (!std::setlocale(LC_COLLATE, "de_DE.utf-8"))
         return std::fputs("Benchmarks without Sort: there is no locale de_DE.UTF-8\n", stderr) > 0;
     std::setlocale(LC_COLLATE, "");
-    for (const auto &[row, make] : {std::pair("words", &words), {"german", &german}, {"titles", &titles}})
+    for (const auto &[row, make] :
+         {std::pair("words", &words), {"german", &german}, {"titles", &titles}, {"repeated", &repeated}})
         for (const auto &[peer, measure] : kPeers)
             benchmark::RegisterBenchmark(
                 (std::string("Sort/") + row + "/" + peer).c_str(),

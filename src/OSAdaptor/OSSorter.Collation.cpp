@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -26,11 +25,6 @@ constexpr std::uint64_t kLastByte = 0xFF;
 
 // Fewer are sorted by comparisons.
 constexpr std::size_t kLeastForDigits = 1024;
-
-std::string_view textOf(id object) {
-    const char *const text = object->cStringValue();
-    return text ? text : "";
-}
 
 // Sorts digit by digit from the lowest. `buffer` is as large.
 void sortByDigits(std::span<Keyed> values, std::span<Keyed> buffer) {
@@ -51,12 +45,63 @@ void sortByDigits(std::span<Keyed> values, std::span<Keyed> buffer) {
     }
 }
 
-// Sorts by keys, eight bytes of them at a time, and lets `strcoll` decide where those are the same.
+// The keys for the first level, each with a copy of the text behind it: objects that make their text anew
+// each time are asked only once.
+class Keys {
+public:
+    Keys(std::span<const id> objects, qb::text::CollationKeys &maker) {
+        const NSAutoreleasePool pool; // for the texts
+        entries_.reserve(objects.size());
+        for (id object : objects) {
+            const char *const cString = object->cStringValue();
+            const std::string_view text = cString ? cString : "";
+            const std::size_t begin = bytes_.size();
+            maker.appendFirstLevel(text, bytes_);
+            const std::size_t middle = bytes_.size();
+            bytes_.insert(bytes_.end(), text.data(), text.data() + text.size() + 1);
+            entries_.push_back({begin, middle, bytes_.size() - 1});
+        }
+        bytes_.resize(bytes_.size() + kBytes); // for reading beyond the last one
+    }
+
+    std::uint64_t bytesAt(std::uint32_t index, std::size_t offset) const {
+        const std::size_t begin = entries_[index].begin + offset;
+        const std::size_t left = entries_[index].middle - begin;
+        std::uint64_t bytes;
+        std::memcpy(&bytes, bytes_.data() + begin, kBytes);
+        bytes = __builtin_bswap64(bytes);
+        return left >= kBytes ? bytes : left == 0 ? 0 : bytes & ~UINT64_C(0) << (kBytes - left) * 8;
+    }
+
+    // With a NUL behind it.
+    std::string_view text(std::uint32_t index) const {
+        const Entry &entry = entries_[index];
+        return {bytes_.data() + entry.middle, entry.end - entry.middle};
+    }
+
+private:
+    struct Entry {
+        std::size_t begin;
+        std::size_t middle; // where the text begins
+        std::size_t end;
+    };
+
+    std::vector<char> bytes_;
+    std::vector<Entry> entries_;
+};
+
+// An object whose key for the first level others have too.
+struct Tied {
+    std::string_view text;
+    std::size_t begin, end; // of the key for the next levels
+    std::uint32_t index;
+};
+
 class Order {
 public:
     explicit Order(std::span<const id> objects)
-        : objects_(objects), sorted_(objects.size()), buffer_(objects.size()), begins_(objects.size()) {
-        makeKeys();
+        : maker_(qb::text::CollationKeys::inForce()), keys_(objects, maker_), sorted_(objects.size()),
+          buffer_(objects.size()), isBehind_(objects.size()) {
         for (std::uint32_t i = 0; i < sorted_.size(); ++i)
             sorted_[i].index = i;
         groups_.push_back({0, sorted_.size(), 0});
@@ -71,7 +116,7 @@ public:
         std::vector<qb::Ranked> ranked(sorted_.size());
         std::uint32_t rank = 0;
         for (std::size_t i = 0; i < sorted_.size(); ++i) {
-            rank += begins_[i] && i != 0;
+            rank += isBehind_[i];
             ranked[i] = {rank, sorted_[i].index};
         }
         return ranked;
@@ -85,30 +130,10 @@ private:
         std::size_t offset;
     };
 
-    void makeKeys() {
-        const NSAutoreleasePool pool; // for the texts
-        qb::text::CollationKeys maker;
-        keyEnds_.reserve(objects_.size());
-        for (id object : objects_) {
-            maker.append(textOf(object), keys_);
-            keyEnds_.push_back(keys_.size());
-        }
-        keys_.resize(keys_.size() + kBytes); // for reading beyond the last one
-    }
-
-    std::uint64_t bytesOf(std::uint32_t index, std::size_t offset) const {
-        const std::size_t begin = (index == 0 ? 0 : keyEnds_[index - 1]) + offset;
-        const std::size_t left = keyEnds_[index] - begin;
-        std::uint64_t bytes;
-        std::memcpy(&bytes, keys_.data() + begin, kBytes);
-        bytes = __builtin_bswap64(bytes);
-        return left >= kBytes ? bytes : left == 0 ? 0 : bytes & ~UINT64_C(0) << (kBytes - left) * 8;
-    }
-
     void sort(const Group &group) {
         const std::span values = std::span(sorted_).subspan(group.begin, group.end - group.begin);
         for (Keyed &value : values)
-            value.bytes = bytesOf(value.index, group.offset);
+            value.bytes = keys_.bytesAt(value.index, group.offset);
         if (values.size() >= kLeastForDigits)
             sortByDigits(values, std::span(buffer_).first(values.size()));
         else
@@ -117,48 +142,68 @@ private:
         for (std::size_t begin = group.begin, end = begin; begin < group.end; begin = end) {
             while (end < group.end && sorted_[end].bytes == sorted_[begin].bytes)
                 ++end;
-            begins_[begin] = true;
-            const bool hasEnded = (sorted_[begin].bytes & kLastByte) == 0;
-            if (end - begin > 1 && hasEnded)
-                sortByTexts(begin, end);
-            else if (end - begin > 1)
+            if (begin != group.begin)
+                isBehind_[begin] = true;
+            if (end - begin == 1)
+                continue;
+            if ((sorted_[begin].bytes & kLastByte) == 0)
+                sortTied(begin, end);
+            else
                 groups_.push_back({begin, end, group.offset + kBytes});
         }
     }
 
-    void sortByTexts(std::size_t begin, std::size_t end) {
-        const std::vector<std::string> texts = textsOf(begin, end);
-        std::vector<std::uint32_t> places(end - begin), buffer(end - begin);
-        for (std::uint32_t i = 0; i < places.size(); ++i)
-            places[i] = i;
-        const auto isAfter = [&](std::uint32_t a, std::uint32_t b) {
-            return texts[a] != texts[b] && std::strcoll(texts[a].c_str(), texts[b].c_str()) > 0;
-        };
-        qb::mergeSort(std::span(places), std::span(buffer), isAfter);
-        std::copy(sorted_.begin() + begin, sorted_.begin() + end, buffer_.begin());
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            sorted_[begin + i] = buffer_[places[i]];
-            begins_[begin + i] = i == 0 || isAfter(places[i], places[i - 1]);
+    // Sorts those whose keys for the first level are the same.
+    void sortTied(std::size_t begin, std::size_t end) {
+        tied_.clear();
+        bool isOneText = true;
+        for (std::size_t i = begin; i < end; ++i) {
+            tied_.push_back({keys_.text(sorted_[i].index), 0, 0, sorted_[i].index});
+            isOneText = isOneText && tied_.back().text == tied_.front().text;
+        }
+        if (isOneText)
+            return;
+        makeNextKeys();
+        tiedBuffer_.resize(tied_.size());
+        const auto isAfter = [this](const Tied &a, const Tied &b) { return this->isAfter(a, b); };
+        qb::mergeSort(std::span(tied_), std::span(tiedBuffer_), isAfter);
+        for (std::size_t i = 0; i < tied_.size(); ++i) {
+            sorted_[begin + i].index = tied_[i].index;
+            if (i != 0)
+                isBehind_[begin + i] = isAfter(tied_[i], tied_[i - 1]);
         }
     }
 
-    // Copies: some objects make their text anew each time.
-    std::vector<std::string> textsOf(std::size_t begin, std::size_t end) const {
-        const NSAutoreleasePool pool;
-        std::vector<std::string> texts;
-        texts.reserve(end - begin);
-        for (std::size_t i = begin; i < end; ++i)
-            texts.emplace_back(textOf(objects_[sorted_[i].index]));
-        return texts;
+    // None unless all can have one.
+    void makeNextKeys() {
+        nextKeys_.clear();
+        for (Tied &tied : tied_) {
+            tied.begin = nextKeys_.size();
+            if (!maker_.appendNextLevels(tied.text, nextKeys_))
+                return nextKeys_.clear();
+            tied.end = nextKeys_.size();
+        }
     }
 
-    std::span<const id> objects_;
-    std::vector<char> keys_; // one behind the other
-    std::vector<std::size_t> keyEnds_;
+    bool isAfter(const Tied &a, const Tied &b) const {
+        if (a.text == b.text)
+            return false;
+        const auto key = [this](const Tied &tied) {
+            return std::string_view(nextKeys_.data() + tied.begin, tied.end - tied.begin);
+        };
+        const int order = nextKeys_.empty() ? 0 : key(a).compare(key(b));
+        return order != 0 ? order > 0 : std::strcoll(a.text.data(), b.text.data()) > 0;
+    }
+
+    qb::text::CollationKeys &maker_;
+    Keys keys_;
     std::vector<Keyed> sorted_;
     std::vector<Keyed> buffer_;
-    std::vector<char> begins_;  // whether an object belongs behind the one before it
-    std::vector<Group> groups_; // to be sorted
+    std::vector<char> isBehind_; // whether an object is not equal to the one before it
+    std::vector<Group> groups_;  // to be sorted
+    std::vector<Tied> tied_;
+    std::vector<Tied> tiedBuffer_;
+    std::vector<char> nextKeys_;
 };
 
 } // namespace
