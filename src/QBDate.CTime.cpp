@@ -2,8 +2,9 @@
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "Calendar/Format.h"
+#include "Calendar/FixedFormat.h"
 #include "Calendar/Zone.h"
+#include "Foundation/DateParts.h"
 #include "Foundation/NSDate.Tables.h"
 
 #include <algorithm>
@@ -18,12 +19,6 @@ using qb::calendar::Moment;
 constexpr std::string_view kFirstFormat = "%d.%m.%Y %H:%M";
 constexpr std::size_t kMostBytes = 1024; // with a NUL
 
-// Never destroyed, because dates may outlive main().
-std::string &storedFormat() {
-    static auto &format = *new std::string(kFirstFormat);
-    return format;
-}
-
 /// Whether strftime would write the same whatever the locale is, which is what `appendFormatted` writes.
 bool isFreeOfLocale(std::string_view format) {
     for (std::size_t percent = format.find('%'); percent != std::string_view::npos;
@@ -32,6 +27,21 @@ bool isFreeOfLocale(std::string_view format) {
             std::string_view("deGHIjmMSuVwyYzZ%").find(format[percent + 1]) == std::string_view::npos)
             return false;
     return true;
+}
+
+struct StoredFormat {
+    explicit StoredFormat(std::string_view format)
+        : text(format), isFree(isFreeOfLocale(format)), fixed(format) {}
+
+    std::string text;
+    bool isFree;
+    qb::calendar::FixedFormat fixed;
+};
+
+// Never destroyed, because dates may outlive main().
+StoredFormat &storedFormat() {
+    static auto &format = *new StoredFormat(kFirstFormat);
+    return format;
 }
 
 std::string textByStrftime(const char *format, const Moment &moment, bool isDst) {
@@ -52,6 +62,14 @@ std::string textByStrftime(const char *format, const Moment &moment, bool isDst)
     parts.tm_zone = abbreviation.c_str();
     char text[kMostBytes];
     return {text, std::strftime(text, sizeof text, format, &parts)};
+}
+
+NSString *textOf(std::int32_t seconds, const qb::calendar::Zone &zone, const StoredFormat &format) {
+    const Moment moment = qb::calendar::momentAt(seconds, 0, zone);
+    const std::string text = format.isFree
+                                 ? qb::calendar::formatted(format.text, moment)
+                                 : textByStrftime(format.text.c_str(), moment, zone.offsetAt(seconds).isDst);
+    return NSString::stringWith(text.size() < kMostBytes ? text : std::string_view());
 }
 
 } // namespace
@@ -79,19 +97,18 @@ NSNumber *NSDate::ctimeAsNSNumber() const {
 }
 
 const char *NSDate::stringValueFormat() {
-    return storedFormat().c_str();
+    return storedFormat().text.c_str();
 }
 
 void NSDate::setStringValueFormat(const char *format) {
-    storedFormat() = std::string(format ? format : kFirstFormat);
+    storedFormat() = StoredFormat(format ? format : kFirstFormat);
 }
 
 NSString *NSDate::stringValue() const {
-    const qb::calendar::ZoneRef zone = qb::calendar::systemZone();
-    const Moment moment = qb::calendar::momentAt(ctime(), 0, *zone);
-    const std::string &format = storedFormat();
-    if (!isFreeOfLocale(format))
-        return NSString::stringWith(textByStrftime(format.c_str(), moment, zone->offsetAt(ctime()).isDst));
-    const std::string text = qb::calendar::formatted(format, moment);
-    return NSString::stringWith(text.size() < kMostBytes ? text : std::string_view());
+    const qb::calendar::Zone &zone = *qb::calendar::systemZone();
+    const StoredFormat &format = storedFormat();
+    const std::int32_t seconds = ctime();
+    const qb::calendar::Fields fields = zone.fieldsAt(seconds);
+    return format.isFree && format.fixed.suits(fields) ? qb::fixedText(fields, format.fixed)
+                                                       : textOf(seconds, zone, format);
 }

@@ -4,7 +4,7 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "Calendar/Format.h"
+#include "Calendar/Stamp.h"
 #include "Foundation/DateParts.h"
 #include "Foundation/NSCalendarDate.Tables.h"
 #include "Foundation/NSString.Tables.h"
@@ -42,7 +42,7 @@ std::int64_t yearOfNow() {
     return qb::calendar::fieldsFromSeconds(qb::sys::wallSeconds()).year;
 }
 
-Fields fieldsOf(const NSString *text) {
+Fields clampedFields(const NSString *text) {
     Fields fields;
     fields.year = numberAt(text, 0, 4);
     if (fields.year < 1)
@@ -105,9 +105,13 @@ BOOL NSString::isIsoDateTimeStringWithMilliseconds() const {
 }
 
 NSCalendarDate *NSString::asDateFromISODateTimeString() const {
+    if (cStringLength() == qb::calendar::kStampLength)
+        if (const auto seconds = qb::calendar::secondsOfStamp(cString()))
+            return NSCalendarDate::dateAt(*seconds, NSTimeZone::gmt());
     if (length() != qb::calendar::kStampLength)
         return nullptr;
-    return NSCalendarDate::dateAt(qb::calendar::secondsFromFields(fieldsOf(this)), NSTimeZone::gmt());
+    return NSCalendarDate::dateAt(qb::calendar::secondsFromUsualFields(clampedFields(this)),
+                                  NSTimeZone::gmt());
 }
 
 NSCalendarDate *NSString::asDateFromISODateTimeStringWithMilliseconds() const {

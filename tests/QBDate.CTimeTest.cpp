@@ -6,6 +6,7 @@
 #include "support/DateCommand.h"
 #include "support/PoolFixture.h"
 
+#include <clocale>
 #include <limits>
 
 namespace {
@@ -58,6 +59,15 @@ TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
     const TimeZoneSetting setting("UTC0");
     NSDate::setStringValueFormat(nullptr);
     EXPECT_EQ(NSDate::distantFuture()->stringValue()->view(), "19.01.2038 03:14");
+}
+
+TEST_F(QBDateCTimeTest, NamesAreInTheLanguageOfTheProcess) {
+    if (!std::setlocale(LC_TIME, "de_DE.UTF-8"))
+        GTEST_SKIP() << "the system has no German";
+    EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a, %d. %b"), "Mo, 01. Jul");
+    EXPECT_EQ(stringValueIn("UTC0", 1719792000 + 86400, "%a"), "Di");
+    std::setlocale(LC_TIME, "C");
+    EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a, %d. %b"), "Mon, 01. Jul");
 }
 
 TEST_F(QBDateCTimeTest, TextAgreesWithTheSystem) {

@@ -27,7 +27,7 @@ IsoWeek isoWeekFromDays(std::int64_t days) {
 
 Fields fieldsFromSeconds(std::int64_t seconds) {
     const std::int64_t days = floorDiv(seconds, kSecondsPerDay);
-    const auto rest = static_cast<std::int32_t>(floorMod(seconds, kSecondsPerDay));
+    const auto rest = static_cast<std::uint32_t>(seconds - days * kSecondsPerDay);
     Fields fields = civilFromDays(days);
     fields.hour = rest / 3600;
     fields.minute = rest / 60 % 60;
@@ -36,9 +36,14 @@ Fields fieldsFromSeconds(std::int64_t seconds) {
 }
 
 std::int64_t secondsFromFields(const Fields &fields) {
-    const std::int64_t months = bounded(fields.month, kCountLimit) - 1;
-    const std::int64_t year = bounded(bounded(fields.year, kYearLimit) + floorDiv(months, 12), kYearLimit);
-    const std::int64_t first = daysFromCivil(year, static_cast<int>(floorMod(months, 12)) + 1, 1);
+    std::int64_t year = bounded(fields.year, kYearLimit);
+    std::int64_t month = fields.month;
+    if (month < 1 || month > 12) {
+        const std::int64_t months = bounded(month, kCountLimit) - 1;
+        year = bounded(year + floorDiv(months, 12), kYearLimit);
+        month = floorMod(months, 12) + 1;
+    }
+    const std::int64_t first = daysFromCivil(year, static_cast<int>(month), 1);
     const std::int64_t days = first + bounded(fields.day, kCountLimit) - 1;
     return days * kSecondsPerDay + bounded(fields.hour, kCountLimit) * 3600 +
            bounded(fields.minute, kCountLimit) * 60 + bounded(fields.second, kTimeLimit);

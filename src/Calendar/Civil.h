@@ -48,31 +48,57 @@ constexpr int daysInMonth(std::int64_t year, int month) {
     return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
+namespace detail {
+// The calendar repeats itself after 400 years; it is counted here from 1 March of the year 0.
+constexpr std::int64_t kDaysOf400Years = 146097;
+constexpr std::int64_t kEpoch = 719468; // 1970-01-01
+// Below these the arithmetic fits 32 bits.
+constexpr std::int64_t kShortYears = 1'000'000;
+constexpr std::int64_t kShortDays = 365'000'000;
+} // namespace detail
+
 /// Returns the days from 1970-01-01 to a date that the calendar has, within the year limit.
 ///
 /// Source: Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms", days_from_civil.
 constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
     const std::int64_t marchYear = year - (month <= 2 ? 1 : 0);
-    const std::int64_t era = floorDiv(marchYear, 400);
-    const auto yearOfEra = static_cast<std::uint32_t>(marchYear - era * 400);
+    const bool isShort = marchYear >= 0 && marchYear < detail::kShortYears;
+    const std::int64_t era = isShort ? 0 : floorDiv(marchYear, 400);
+    const auto years = static_cast<std::uint32_t>(marchYear - era * 400);
     const auto dayOfYear =
         static_cast<std::uint32_t>((153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1);
-    const std::uint32_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
+    const std::uint32_t days = years * 365 + years / 4 - years / 100 + years / 400 + dayOfYear;
+    return era * detail::kDaysOf400Years + static_cast<std::int64_t>(days) - detail::kEpoch;
 }
 
-/// Returns the date `days` after 1970-01-01, at midnight; `days` is a count that 64-bit seconds can express.
+namespace detail {
+
+/// Returns the date so many days after 1 March of the year 0.
 ///
-/// Source: as `daysFromCivil`, civil_from_days.
+/// Source: Cassio Neri and Lorenz Schneider, "Euclidean affine functions and their application to calendar
+/// algorithms", 2022, section 7.
+constexpr Fields civilFromCount(std::uint32_t count) {
+    const std::uint32_t quarters = count * 4 + 3;
+    const std::uint32_t century = quarters / 146097;
+    const std::uint64_t yearAndDay = std::uint64_t{2939745} * ((quarters % 146097) | 3);
+    const std::uint32_t dayOfYear = static_cast<std::uint32_t>(yearAndDay) / 2939745 / 4;
+    const auto year = static_cast<std::uint32_t>(yearAndDay >> 32) + 100 * century;
+    const std::uint32_t monthAndDay = 2141 * dayOfYear + 197913;
+    const std::uint32_t nextYear = dayOfYear >= 306 ? 1 : 0; // January and February
+    return {year + nextYear, (monthAndDay >> 16) - 12 * nextYear, (monthAndDay & 0xFFFF) / 2141 + 1, 0, 0, 0};
+}
+
+} // namespace detail
+
+/// Returns the date `days` after 1970-01-01, at midnight; `days` is a count that 64-bit seconds can express.
 constexpr Fields civilFromDays(std::int64_t days) {
-    const std::int64_t era = floorDiv(days + 719468, 146097);
-    const auto dayOfEra = static_cast<std::uint32_t>(days + 719468 - era * 146097);
-    const std::uint32_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const std::uint32_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const std::uint32_t marchMonth = (5 * dayOfYear + 2) / 153;
-    const std::uint32_t month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
-    const std::uint32_t day = dayOfYear - (153 * marchMonth + 2) / 5 + 1;
-    return {era * 400 + yearOfEra + (month <= 2 ? 1 : 0), month, day, 0, 0, 0};
+    const std::int64_t count = days + detail::kEpoch;
+    if (count >= 0 && count < detail::kShortDays)
+        return detail::civilFromCount(static_cast<std::uint32_t>(count));
+    const std::int64_t era = floorDiv(count, detail::kDaysOf400Years);
+    Fields fields = detail::civilFromCount(static_cast<std::uint32_t>(count - era * detail::kDaysOf400Years));
+    fields.year += era * 400;
+    return fields;
 }
 
 /// Returns the weekday of the day `days` after 1970-01-01: 0 Sunday to 6 Saturday.
@@ -85,6 +111,25 @@ int dayOfYearFromDays(std::int64_t days);
 
 /// Returns the ISO 8601 week that holds the day `days` after 1970-01-01.
 IsoWeek isoWeekFromDays(std::int64_t days);
+
+/// Returns the seconds from 1970-01-01 00:00:00 to fields whose values are in their usual ranges. The day may
+/// be one that the month has not.
+constexpr std::int64_t secondsFromUsualFields(const Fields &fields) {
+    return daysFromCivil(fields.year, static_cast<int>(fields.month), static_cast<int>(fields.day)) *
+               kSecondsPerDay +
+           fields.hour * 3600 + fields.minute * 60 + fields.second;
+}
+
+/// Whether each value is in its usual range, and the year within the limit.
+constexpr bool isUsual(const Fields &fields) {
+    const auto isUpTo = [](std::int64_t value, std::uint64_t most) {
+        return static_cast<std::uint64_t>(value) <= most;
+    };
+    return fields.month >= 1 && fields.month <= 12 && fields.day >= 1 &&
+           (fields.day <= 28 || fields.day <= daysInMonth(fields.year, static_cast<int>(fields.month))) &&
+           isUpTo(fields.hour, 23) && isUpTo(fields.minute, 59) && isUpTo(fields.second, 59) &&
+           fields.year >= -kYearLimit && fields.year <= kYearLimit;
+}
 
 /// Returns the fields of the second `seconds` after 1970-01-01 00:00:00, every one in its usual range.
 Fields fieldsFromSeconds(std::int64_t seconds);

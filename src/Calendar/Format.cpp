@@ -1,8 +1,10 @@
 #include "Format.h"
 
 #include "FormatNames.h"
+#include "TwoDigits.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdlib>
 
@@ -10,63 +12,37 @@ namespace qb::calendar {
 
 namespace {
 
-bool isNormal(const Fields &fields) {
-    return fields.month >= 1 && fields.month <= 12 && fields.day >= 1 &&
-           fields.day <= daysInMonth(fields.year, static_cast<int>(fields.month)) && fields.hour >= 0 &&
-           fields.hour <= 23 && fields.minute >= 0 && fields.minute <= 59 && fields.second >= 0 &&
-           fields.second <= 59 && fields.year >= -kYearLimit && fields.year <= kYearLimit;
-}
-
-char *putTwo(char *position, std::int64_t value) {
-    const auto small = static_cast<std::uint32_t>(value);
-    *position++ = static_cast<char>('0' + small / 10);
-    *position++ = static_cast<char>('0' + small % 10);
-    return position;
-}
-
-void appendNumber(std::string &text, std::int64_t value, std::size_t width, char pad) {
-    if (width == 2 && value >= 0 && value <= 99) {
-        char two[2];
-        putTwo(two, value);
-        two[0] = value < 10 ? pad : two[0];
-        text.append(two, sizeof two);
-        return;
-    }
-    char digits[24];
-    const std::size_t count =
-        static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits);
-    if (count < width)
-        text.append(width - count, pad);
-    text.append(digits, count);
-}
-
-void appendOffset(std::string &text, std::int32_t offset) {
-    const std::int32_t minutes = std::abs(offset / 60);
-    text += offset < 0 ? '-' : '+';
-    appendNumber(text, std::int64_t{minutes / 60} * 100 + minutes % 60, 4, '0');
-}
-
+/// Writes a moment by a pattern, through a buffer of its own, because it is written byte by byte.
 class Formatter {
 public:
     Formatter(std::string &text, const Moment &moment)
         : text_(text), moment_(moment), fields_(moment.fields) {}
 
-    void append(std::string_view pattern) {
-        for (;;) {
-            const std::size_t percent = pattern.find('%');
-            text_.append(pattern.substr(0, percent));
-            if (percent == std::string_view::npos)
-                return;
-            if (percent + 1 == pattern.size()) {
-                text_ += '%';
-                return;
-            }
-            convert(pattern[percent + 1]);
-            pattern.remove_prefix(percent + 2);
-        }
+    void write(std::string_view pattern) {
+        append(pattern);
+        flush();
     }
 
 private:
+    // What the longest conversion without a text of its own may take.
+    static constexpr std::size_t kRoom = 32;
+
+    void append(std::string_view pattern) {
+        for (std::size_t index = 0; index < pattern.size(); ++index) {
+            if (position_ > buffer_ + sizeof buffer_ - kRoom)
+                flush();
+            if (pattern[index] != '%' || index + 1 == pattern.size())
+                *position_++ = pattern[index];
+            else
+                convert(pattern[++index]);
+        }
+    }
+
+    void flush() {
+        text_.append(buffer_, position_);
+        position_ = buffer_;
+    }
+
     std::int64_t days() const {
         return daysFromCivil(fields_.year, static_cast<int>(fields_.month), static_cast<int>(fields_.day));
     }
@@ -76,24 +52,59 @@ private:
         if (const std::string_view expansion = patternOf(letter); !expansion.empty())
             append(expansion);
         else if (!convertTimeOfDay(letter) && !convertDate(letter) && !convertName(letter))
-            text_.append({'%', letter});
+            position_ = std::copy_n(std::array{'%', letter}.data(), 2, position_);
     }
 
-    bool number(std::int64_t value, std::size_t width, char pad = '0') {
-        appendNumber(text_, value, width, pad);
+    bool two(std::int64_t value, char pad = '0') {
+        char *const end = putTwo(position_, value);
+        *position_ = value < 10 ? pad : *position_;
+        position_ = end;
         return true;
+    }
+
+    bool number(std::int64_t value, std::size_t width) {
+        char digits[24];
+        char *const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+        const auto count = static_cast<std::size_t>(end - digits);
+        position_ = std::fill_n(position_, count < width ? width - count : 0, '0');
+        position_ = std::copy(digits, end, position_);
+        return true;
+    }
+
+    bool year(std::int64_t value) {
+        if (value < 1000 || value > 9999)
+            return number(value, 1);
+        position_ = putFour(position_, value);
+        return true;
+    }
+
+    bool shortName(std::string_view name) {
+        position_ = std::copy_n(name.begin(), kShortName, position_);
+        return true;
+    }
+
+    bool text(std::string_view bytes) {
+        flush();
+        text_.append(bytes);
+        return true;
+    }
+
+    bool offset() {
+        const std::int32_t minutes = std::abs(moment_.offset / 60);
+        *position_++ = moment_.offset < 0 ? '-' : '+';
+        return number(std::int64_t{minutes / 60} * 100 + minutes % 60, 4);
     }
 
     bool convertTimeOfDay(char letter) {
         switch (letter) {
         case 'H':
-            return number(fields_.hour, 2);
+            return two(fields_.hour);
         case 'I':
-            return number((fields_.hour + 11) % 12 + 1, 2);
+            return two((fields_.hour + 11) % 12 + 1);
         case 'M':
-            return number(fields_.minute, 2);
+            return two(fields_.minute);
         case 'S':
-            return number(fields_.second, 2);
+            return two(fields_.second);
         case 'F':
             return number(std::clamp(moment_.millisecond, 0, 999), 3);
         case 's':
@@ -106,25 +117,25 @@ private:
     bool convertDate(char letter) {
         switch (letter) {
         case 'd':
-            return number(fields_.day, 2);
+            return two(fields_.day);
         case 'e':
-            return number(fields_.day, 2, ' ');
+            return two(fields_.day, ' ');
         case 'j':
             return number(dayOfYearFromDays(days()), 3);
         case 'm':
-            return number(fields_.month, 2);
+            return two(fields_.month);
         case 'w':
             return number(weekday(), 1);
         case 'u':
             return number((weekday() + 6) % 7 + 1, 1);
         case 'y':
-            return number(floorMod(fields_.year, 100), 2);
+            return two(floorMod(fields_.year, 100));
         case 'Y':
-            return number(fields_.year, 1);
+            return year(fields_.year);
         case 'G':
-            return number(isoWeekFromDays(days()).year, 1);
+            return year(isoWeekFromDays(days()).year);
         case 'V':
-            return number(isoWeekFromDays(days()).week, 2);
+            return two(isoWeekFromDays(days()).week);
         default:
             return false;
         }
@@ -133,37 +144,32 @@ private:
     bool convertName(char letter) {
         switch (letter) {
         case 'a':
-            text_.append(kWeekdays[static_cast<std::size_t>(weekday())].substr(0, kShortName));
-            return true;
+            return shortName(kWeekdays[static_cast<std::size_t>(weekday())]);
         case 'A':
-            text_.append(kWeekdays[static_cast<std::size_t>(weekday())]);
-            return true;
+            return text(kWeekdays[static_cast<std::size_t>(weekday())]);
         case 'b':
-            text_.append(kMonths[static_cast<std::size_t>(fields_.month - 1)].substr(0, kShortName));
-            return true;
+            return shortName(kMonths[static_cast<std::size_t>(fields_.month - 1)]);
         case 'B':
-            text_.append(kMonths[static_cast<std::size_t>(fields_.month - 1)]);
-            return true;
+            return text(kMonths[static_cast<std::size_t>(fields_.month - 1)]);
         case 'p':
-            text_.append(fields_.hour < 12 ? "AM" : "PM");
-            return true;
+            return text(fields_.hour < 12 ? "AM" : "PM");
         case 'z':
-            appendOffset(text_, moment_.offset);
-            return true;
+            return offset();
         case 'Z':
-            text_.append(moment_.zoneAbbreviation);
-            return true;
+            return text(moment_.zoneAbbreviation);
         case '%':
-            text_ += '%';
+            *position_++ = '%';
             return true;
         default:
             return false;
         }
     }
 
-    std::string &text_;
+    std::string &text_; // holds what no longer stands in the buffer
     const Moment &moment_;
     const Fields &fields_;
+    char buffer_[128];
+    char *position_ = buffer_;
 };
 
 } // namespace
@@ -173,28 +179,12 @@ Moment momentAt(std::int64_t utcSeconds, int millisecond, const Zone &zone) {
     return {zone.fieldsAt(utcSeconds), millisecond, offset.seconds, offset.abbreviation};
 }
 
-void putStamp(const Fields &fields, char *target) {
-    target = putTwo(target, fields.year / 100);
-    target = putTwo(target, fields.year % 100);
-    target = putTwo(target, fields.month);
-    target = putTwo(target, fields.day);
-    target = putTwo(target, fields.hour);
-    target = putTwo(target, fields.minute);
-    putTwo(target, fields.second);
-}
-
 void appendFormatted(std::string &text, std::string_view pattern, const Moment &moment) {
-    if (!isNormal(moment.fields)) {
-        Moment normal = moment;
-        normal.fields = normalised(moment.fields);
-        Formatter(text, normal).append(pattern);
-    } else if (pattern == kStampPattern && moment.fields.year >= 1000 && moment.fields.year <= 9999) {
-        char stamp[kStampLength];
-        putStamp(moment.fields, stamp);
-        text.append(stamp, sizeof stamp);
-    } else {
-        Formatter(text, moment).append(pattern);
-    }
+    if (isUsual(moment.fields))
+        return Formatter(text, moment).write(pattern);
+    Moment usual = moment;
+    usual.fields = normalised(moment.fields);
+    Formatter(text, usual).write(pattern);
 }
 
 std::string formatted(std::string_view pattern, const Moment &moment) {

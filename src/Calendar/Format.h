@@ -4,7 +4,6 @@
 
 #include "Zone.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,13 +31,6 @@ Moment momentAt(std::int64_t utcSeconds, int millisecond, const Zone &zone);
 /// abbreviation, %s seconds since 1970-01-01 UTC, %c "%a %b %e %H:%M:%S %Y", %x "%m/%d/%y", %X "%H:%M:%S", %%
 /// a percent sign. Anything else stands for itself, an unknown conversion with its percent sign.
 void appendFormatted(std::string &text, std::string_view pattern, const Moment &moment);
-
-/// The digits of year, month, day, hour, minute and second, of a year with four digits.
-inline constexpr std::string_view kStampPattern = "%Y%m%d%H%M%S";
-inline constexpr std::size_t kStampLength = 14;
-
-/// Writes those digits, without a NUL. The fields are in their usual ranges, the year is 1000 to 9999.
-void putStamp(const Fields &fields, char *target);
 
 /// Returns what `appendFormatted` appends.
 std::string formatted(std::string_view pattern, const Moment &moment);

@@ -118,7 +118,7 @@ std::optional<std::int32_t> parseHttpDate(std::string_view text) {
     const Fields fields = fieldsOf(text, *form);
     if (!isValid(fields))
         return {};
-    return static_cast<std::int32_t>(secondsFromFields(fields));
+    return static_cast<std::int32_t>(secondsFromUsualFields(fields));
 }
 
 } // namespace qb::calendar

@@ -15,7 +15,8 @@ constexpr std::int64_t kReach = kMaxZoneOffset + 2 * 3600;
 } // namespace
 
 Zone::Zone(std::string name, ZoneData data, std::int32_t advance)
-    : name_(std::move(name)), data_(std::move(data)), advance_(advance) {}
+    : name_(std::move(name)), data_(std::move(data)), advance_(advance),
+      recentMask_(isFixed() ? 0 : kRecent - 1), recent_(recentMask_ + 1) {}
 
 bool Zone::isFixed() const {
     return data_.transitions.empty() && (!data_.rule || data_.rule->daylightName.empty());
@@ -30,10 +31,9 @@ ZoneRange Zone::storedRange(std::size_t transitionsBefore) const {
             {type.offset, type.isDst, std::string_view(data_.names).substr(type.nameStart, type.nameLength)}};
 }
 
-ZoneRange Zone::findRange(std::int64_t utcSeconds) const {
+void Zone::find(std::int64_t utcSeconds, ZoneRange &range) const {
     const auto &times = data_.transitions;
     const auto next = std::upper_bound(times.begin(), times.end(), utcSeconds);
-    ZoneRange range;
     if (next == times.end() && data_.rule) {
         range = data_.rule->rangeAt(utcSeconds);
         if (!times.empty())
@@ -43,14 +43,14 @@ ZoneRange Zone::findRange(std::int64_t utcSeconds) const {
     }
     if (advance_ != 0)
         range.offset = {range.offset.seconds + advance_, true, name_};
-    return range;
 }
 
 std::int64_t Zone::localToUtc(std::int64_t localSeconds) const {
     const std::int64_t local = std::clamp(localSeconds, kSinceEver + 4 * kReach, kForEver - 4 * kReach);
     // Far enough behind the last change no earlier clock can have shown this time.
-    const std::int64_t guess = local - last_.offset.seconds;
-    if (guess < last_.end && guess - 2 * kReach >= last_.begin)
+    const ZoneRange &nearby = remembered(local);
+    const std::int64_t guess = local - nearby.offset.seconds;
+    if (guess < nearby.end && guess - 2 * kReach >= nearby.begin)
         return guess;
     ZoneRange range = rangeAt(local - kReach);
     for (;;) {
@@ -67,7 +67,7 @@ std::int64_t Zone::localToUtc(std::int64_t localSeconds) const {
 
 Fields Zone::fieldsAt(std::int64_t utcSeconds) const {
     const std::int64_t within = std::clamp(utcSeconds, kSinceEver + kReach, kForEver - kReach);
-    return fieldsFromSeconds(within + offsetAt(within).seconds);
+    return fieldsFromSeconds(within + remembered(within).offset.seconds);
 }
 
 } // namespace qb::calendar

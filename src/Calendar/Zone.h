@@ -5,15 +5,17 @@
 #include "Civil.h"
 #include "ZoneFile.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qb::calendar {
 
-/// What the clocks of a place show at each instant. Immutable; for one thread, since it remembers its last
-/// answer.
+/// What the clocks of a place show at each instant. Immutable; for one thread, since it remembers its latest
+/// answers.
 class Zone {
 public:
     /// Serves the functions below. `advance`: seconds that all clocks are ahead of `data`, then as daylight
@@ -46,18 +48,25 @@ public:
     std::int64_t utcFromFields(const Fields &fields) const { return localToUtc(secondsFromFields(fields)); }
 
 private:
+    /// Returns the range that was found for a time nearby, when `utcSeconds` is in it, or finds it.
     const ZoneRange &remembered(std::int64_t utcSeconds) const {
-        if (utcSeconds < last_.begin || utcSeconds >= last_.end)
-            last_ = findRange(utcSeconds);
-        return last_;
+        ZoneRange &range = recent_[static_cast<std::uint64_t>(utcSeconds) / kNearby & recentMask_];
+        if (utcSeconds < range.begin || utcSeconds >= range.end)
+            find(utcSeconds, range);
+        return range;
     }
-    ZoneRange findRange(std::int64_t utcSeconds) const;
+    void find(std::int64_t utcSeconds, ZoneRange &range) const;
     ZoneRange storedRange(std::size_t transitionsBefore) const;
+
+    // Half a year, as long as most ranges, and some 70 years of them. Powers of two.
+    static constexpr std::uint64_t kNearby = 1U << 24;
+    static constexpr std::size_t kRecent = 128;
 
     const std::string name_;
     const ZoneData data_;
     const std::int32_t advance_;
-    mutable ZoneRange last_; // first empty; dates come in clusters, so it answers most questions
+    const std::size_t recentMask_;
+    mutable std::vector<ZoneRange> recent_; // by time; first empty ranges
 };
 
 /// Zones are shared by all who asked for them; null means that there is none.
@@ -89,8 +98,9 @@ ZoneRef zoneFromRule(std::string_view rule);
 /// Returns the zone of this process as the C library sees it, never null.
 ///
 /// It comes from the TZ variable (a database name, a path, a rule; a leading colon is ignored) or, without
-/// it, from /etc/localtime. A useless setting counts as UTC. Kept until TZ changes or `resetSystemZone`.
-ZoneRef systemZone();
+/// it, from /etc/localtime. A useless setting counts as UTC. Kept until TZ changes (by `setenv`, `putenv`,
+/// `unsetenv`, `clearenv` or another environment) or `resetSystemZone`.
+const ZoneRef &systemZone();
 
 /// Makes the next `systemZone` look anew.
 void resetSystemZone();

@@ -2,11 +2,13 @@
 #include "Zone.h"
 
 #include "System/Files.h"
+#include "System/Process.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <utility>
@@ -185,14 +187,70 @@ ZoneRef zoneFromLocalTime(int &error) {
     return zoneFromFile(kLocalTime, "localtime", error);
 }
 
+/// The variable TZ of the environment.
+///
+/// Looking for it takes longer than writing a date. Where it was found, or the end of the environment, is
+/// looked at first: `setenv` and its like change that place, the one before it, or the whole list.
+class ZoneVariable {
+public:
+    /// Whether the variable is still where it was found, and what it was.
+    bool isInPlace() const {
+        char *const *const list = sys::environment();
+        // The first entry tells another list in the same memory, which may be shorter.
+        return list && list == list_ && list[0] == first_ && list[place_] == entry_ &&
+               (place_ == 0 || list[place_ - 1] == before_) &&
+               (!entry_ || std::strcmp(text_.c_str(), entry_) == 0);
+    }
+
+    /// Looks for the variable. Returns whether it is what it was at the last time.
+    bool find() {
+        const std::string textBefore = std::move(text_);
+        text_.clear();
+        list_ = sys::environment();
+        place_ = 0;
+        if (list_) {
+            while (list_[place_] && std::strncmp(list_[place_], kName.data(), kName.size()) != 0)
+                ++place_;
+            first_ = list_[0];
+            before_ = place_ == 0 ? nullptr : list_[place_ - 1];
+            entry_ = list_[place_];
+            text_ = entry_ ? entry_ : "";
+        }
+        return text_ == textBefore;
+    }
+
+    /// Returns the value found; null when the variable is not set.
+    const char *value() const { return text_.empty() ? nullptr : text_.c_str() + kName.size(); }
+
+private:
+    static constexpr std::string_view kName = "TZ=";
+
+    char *const *list_ = nullptr;
+    std::size_t place_ = 0;
+    const char *first_ = nullptr, *before_ = nullptr, *entry_ = nullptr;
+    std::string text_; // the entry's; empty when there is none
+};
+
 struct SystemZone {
-    std::optional<std::string> setting;
+    ZoneVariable variable;
     ZoneRef zone; // null: to be found
 };
 
 SystemZone &keptSystemZone() {
     static auto *const kept = new SystemZone;
     return *kept;
+}
+
+const ZoneRef &findSystemZone(SystemZone &kept) {
+    static const auto &unknown = *new ZoneRef(zoneNamed("UTC"));
+    if (kept.variable.find() && kept.zone)
+        return kept.zone;
+    const char *const setting = kept.variable.value();
+    int error = 0;
+    kept.zone = setting ? zoneFromSetting(setting, error) : zoneFromLocalTime(error);
+    if (!kept.zone && isLasting(error))
+        kept.zone = unknown;
+    return kept.zone ? kept.zone : unknown;
 }
 
 } // namespace
@@ -250,19 +308,9 @@ ZoneRef zoneFromRule(std::string_view rule) {
     return std::make_shared<const Zone>(std::string(rule), std::move(data));
 }
 
-ZoneRef systemZone() {
+const ZoneRef &systemZone() {
     SystemZone &kept = keptSystemZone();
-    const char *const setting = std::getenv("TZ");
-    const bool isSame = setting ? kept.setting == setting : !kept.setting;
-    if (kept.zone && isSame)
-        return kept.zone;
-    int error = 0;
-    ZoneRef zone = setting ? zoneFromSetting(setting, error) : zoneFromLocalTime(error);
-    if (!zone && !isLasting(error))
-        return zoneNamed("UTC");
-    kept.zone = zone ? zone : zoneNamed("UTC");
-    kept.setting = setting ? std::optional<std::string>(setting) : std::nullopt;
-    return kept.zone;
+    return kept.zone && kept.variable.isInPlace() ? kept.zone : findSystemZone(kept);
 }
 
 void resetSystemZone() {

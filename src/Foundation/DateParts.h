@@ -9,6 +9,10 @@
 #include <cstdint>
 #include <string_view>
 
+namespace qb::calendar {
+class FixedFormat;
+}
+
 namespace qb {
 
 /// The form of a date's description.
@@ -26,6 +30,9 @@ NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0);
 
 /// Returns what the clocks of `zone` show.
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);
+
+/// Returns the text of fields in the form of `format`, which suits them, autoreleased.
+NSString *fixedText(const calendar::Fields &fields, const calendar::FixedFormat &format);
 
 /// Returns the date in the form of `format`, autoreleased.
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format);

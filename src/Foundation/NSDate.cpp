@@ -6,6 +6,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Calendar/FixedFormat.h"
 #include "Foundation/DateParts.h"
 #include "Foundation/NSDate.Tables.h"
 #include "System/Clock.h"
@@ -26,31 +27,46 @@ constexpr double kNanosecondsPerSecond = 1e9;
 // A double of today's interval is some 0.1 microseconds off; that much must not cost a millisecond.
 constexpr double kMillisecondTolerance = 1e-3;
 
+// Without the function for it, which is slow where the processor is to be any.
+std::int64_t floorOf(double value) {
+    const double within = std::clamp(value, -kFurthestInterval, kFurthestInterval);
+    const auto whole = static_cast<std::int64_t>(within);
+    return whole - (static_cast<double>(whole) > within ? 1 : 0);
+}
+
 } // namespace
 
 namespace qb {
 
 std::int64_t utcSecondsOf(NSTimeInterval interval) {
-    return static_cast<std::int64_t>(
-               std::floor(std::clamp(interval, -kFurthestInterval, kFurthestInterval))) +
-           kReferenceSeconds;
+    return floorOf(interval) + kReferenceSeconds;
 }
 
 int millisecondOf(NSTimeInterval interval) {
-    const double fraction = std::isfinite(interval) ? interval - std::floor(interval) : 0;
+    const double fraction =
+        std::abs(interval) < kFurthestInterval ? interval - static_cast<double>(floorOf(interval)) : 0;
     return std::min(static_cast<int>(fraction * kMillisecondsPerSecond + kMillisecondTolerance), 999);
 }
 
 NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond) {
-    return static_cast<double>(utcSeconds - kReferenceSeconds) + millisecond / kMillisecondsPerSecond;
+    const auto seconds = static_cast<double>(utcSeconds - kReferenceSeconds);
+    return millisecond == 0 ? seconds : seconds + millisecond / kMillisecondsPerSecond;
 }
 
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone) {
     return calendar::momentAt(utcSecondsOf(interval), millisecondOf(interval), zone->rules());
 }
 
+NSString *fixedText(const calendar::Fields &fields, const calendar::FixedFormat &format) {
+    const auto write = [&](char *target) { format.write(fields, target); };
+    return NSString::initFilled(format.length(), write).autorelease();
+}
+
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format) {
-    return NSString::stringWith(calendar::formatted(format, momentOf(interval, zone)));
+    const calendar::FixedFormat &fixed = calendar::fixedFormat(format);
+    const calendar::Fields fields = zone->rules().fieldsAt(utcSecondsOf(interval));
+    return fixed.suits(fields) ? fixedText(fields, fixed)
+                               : NSString::stringWith(calendar::formatted(format, momentOf(interval, zone)));
 }
 
 } // namespace qb

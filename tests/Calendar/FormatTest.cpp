@@ -1,9 +1,11 @@
 #include "Calendar/Format.h"
+#include "Calendar/FixedFormat.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <ctime>
+#include <random>
 #include <string>
 
 using namespace qb::calendar;
@@ -30,13 +32,29 @@ TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
     }
 }
 
-TEST(FormatTest, StampIsTheSameByTheFastPathAndByItsParts) {
-    for (const std::int64_t year : {-5, 0, 5, 99, 999, 1000, 2024, 9999, 10000}) {
-        const Moment given = moment({year, 3, 4, 12, 5, 9});
-        std::string expected = std::to_string(year) + "0304120509";
-        EXPECT_EQ(formatted("%Y%m%d%H%M%S", given), expected);
-        EXPECT_EQ(formatted("%Y%m%d%H%M%S%%", given), expected + "%");
+TEST(FormatTest, PreparedPatternsWriteTheSame) {
+    const std::string_view pieces[] = {"%a", "%b", "%d", "%e", "%H", "%m", "%M",
+                                       "%S", "%y", "%Y", "%%", ", ", "%"};
+    const std::uint32_t seed = std::random_device{}();
+    std::mt19937_64 random(seed);
+    for (int round = 0; round < 2000; ++round) {
+        std::string pattern;
+        for (std::uint64_t parts = random() % 12; parts > 0; --parts)
+            pattern += pieces[random() % std::size(pieces)];
+        const FixedFormat &fixed = fixedFormat(pattern);
+        const auto seconds = static_cast<std::int64_t>(random() % 284'012'524'800) - 30'610'224'000;
+        const Moment given = momentAt(seconds, 0, *utc()); // of a year with four digits
+        if (!fixed.suits(given.fields))
+            continue; // a lone per cent sign has made another conversion of what follows
+        std::string text(fixed.length(), '?');
+        fixed.write(given.fields, text.data());
+        ASSERT_EQ(text, formatted(pattern, given)) << pattern << " seed " << seed;
     }
+    for (const char *pattern : {"%j", "%A", "%Q", "%Z", "%F"})
+        EXPECT_FALSE(fixedFormat(pattern).suits({2024, 1, 1, 0, 0, 0})) << pattern;
+    for (const std::int64_t year : {-5, 999, 10000})
+        EXPECT_FALSE(fixedFormat("%Y").suits({year, 1, 1, 0, 0, 0})) << year;
+    EXPECT_FALSE(fixedFormat(std::string(129, 'x')).suits({2024, 1, 1, 0, 0, 0}));
 }
 
 TEST(FormatTest, OwnConversionsAndOddPatterns) {

@@ -9,10 +9,12 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 using namespace qb::calendar;
@@ -295,6 +297,37 @@ TEST(ZoneTest, SystemZoneFollowsTheVariable) {
         const auto seconds = static_cast<std::time_t>(time);
         EXPECT_EQ(systemZone()->offsetAt(time).seconds, std::localtime(&seconds)->tm_gmtoff);
     }
+}
+
+TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
+    const TimeZoneSetting setting("Asia/Tokyo");
+    EXPECT_EQ(systemZone()->name(), "Asia/Tokyo");
+    char inPlace[] = "TZ=Asia/Kabul";
+    ::putenv(inPlace);
+    EXPECT_EQ(systemZone()->name(), "Asia/Kabul");
+    std::memcpy(inPlace, "TZ=Asia/Dhaka", sizeof inPlace);
+    EXPECT_EQ(systemZone()->name(), "Asia/Dhaka");
+    const ZoneRef dhaka = systemZone();
+    setenv("QB_ANOTHER", "1", 1);
+    EXPECT_EQ(systemZone(), dhaka);
+    unsetenv("TZ");
+    EXPECT_NE(systemZone(), dhaka);
+    unsetenv("QB_ANOTHER"); // what is set now takes its place
+    setenv("TZ", "Asia/Tokyo", 1);
+    EXPECT_EQ(systemZone()->name(), "Asia/Tokyo");
+
+    char **const before = ::environ;
+    char *other[] = {inPlace, nullptr}, *none[] = {nullptr};
+    ::environ = other;
+    EXPECT_EQ(systemZone()->name(), "Asia/Dhaka");
+    const ZoneRef withoutVariable = [&] {
+        ::environ = none;
+        return systemZone();
+    }();
+    ::environ = nullptr;
+    EXPECT_EQ(systemZone(), withoutVariable);
+    ::environ = before;
+    EXPECT_EQ(systemZone()->name(), "Asia/Tokyo");
 }
 
 #ifdef QB_FAULT_INJECTION

@@ -1,0 +1,27 @@
+// Dates as 14 digits: year, month, day, hour, minute, second.
+#ifndef QBFOUNDATION_CALENDAR_STAMP_H
+#define QBFOUNDATION_CALENDAR_STAMP_H
+
+#include "Civil.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace qb::calendar {
+
+/// The pattern of a stamp, for years of four digits.
+inline constexpr std::string_view kStampPattern = "%Y%m%d%H%M%S";
+inline constexpr std::size_t kStampLength = 14;
+
+/// Writes the digits, without a NUL. The fields are in their usual ranges, the year is 1000 to 9999.
+void putStamp(const Fields &fields, char *target);
+
+/// Returns the seconds from 1970 to the date of a stamp. None when one of the `kStampLength` bytes is no
+/// digit, or the calendar has no such date, or the year is 0.
+std::optional<std::int64_t> secondsOfStamp(const char *digits);
+
+} // namespace qb::calendar
+
+#endif
