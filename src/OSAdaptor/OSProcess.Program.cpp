@@ -137,12 +137,8 @@ void logAlert(const char *format, const char *first, const char *second) noexcep
     }
 }
 
-void Program::tell(const StartFailure &failure) const noexcept {
-    logAlert(failure.format, shownCommand(), std::strerror(failure.error));
-}
-
 void Program::end(const StartFailure &failure) const noexcept {
-    tell(failure);
+    logAlert(failure.format, shownCommand(), std::strerror(failure.error));
     sys::_exit(kExitWithoutProgram);
 }
 

@@ -52,8 +52,6 @@ public:
     StartFailure become(std::span<const Redirection> redirections) const noexcept;
     /// Does `become`, logs a failure and ends the process.
     [[noreturn]] void run(std::span<const Redirection> redirections) const noexcept;
-    /// Logs a failure.
-    void tell(const StartFailure &failure) const noexcept;
     /// Logs and ends the process, without what its parent has still to write.
     [[noreturn]] void end(const StartFailure &failure) const noexcept;
 

@@ -17,22 +17,32 @@ namespace {
 struct Start {
     const qb::Program &program;
     std::span<const qb::Redirection> redirections;
+    bool hasFailed = false;
 };
 
-// The child. Its memory is the parent's, so that a process with a memory of its own must tell of a failure;
-// where there can be none, the exit status alone does.
 int becomeProgram(void *context) {
-    const auto *start = static_cast<const Start *>(context);
-    const qb::StartFailure failure = start->program.become(start->redirections);
-    const pid_t self = sys::getpid();
-    const pid_t teller = sys::fork();
-    if (teller == 0) {
-        sys::speakFor(self);
-        start->program.tell(failure);
-    } else if (teller > 0) {
-        sys::waitpid(teller, nullptr, 0);
-    }
+    auto *start = static_cast<Start *>(context);
+    start->program.become(start->redirections);
+    start->hasFailed = true;
     return qb::kExitWithoutProgram;
+}
+
+// Returns the child's id, or -1.
+//
+// A child in this process's memory must not log. One that would have to is given up for one in a copy, which
+// finds the same and may.
+pid_t startChild(Start &start) {
+    const sys::SignalsBlocked blocked;
+    if (sys::canShareMemory()) {
+        const pid_t child = sys::startSharingMemory(becomeProgram, &start, start.program.argumentCount());
+        if (child < 0 || !start.hasFailed)
+            return child;
+        sys::waitpid(child, nullptr, 0);
+    }
+    const pid_t child = sys::fork();
+    if (child == 0)
+        start.program.run(start.redirections);
+    return child;
 }
 
 } // namespace
@@ -50,7 +60,7 @@ BOOL OSProcess::setUpWithCommandAndHandles(NSString *command, NSArray *args, NSD
                                             qb::toStandardError(stderrHandle)};
     Start start{program, redirections};
     sys::fflush(stderr); // or a child that logs would write again what is buffered here
-    const pid_t child = sys::startSharingMemory(becomeProgram, &start, program.argumentCount());
+    const pid_t child = startChild(start);
     if (child < 0) {
         qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCannotStartProcess, program.shownCommand(),
                        errorDescription());

@@ -23,8 +23,8 @@ namespace {
 // A user's entry with longer texts is not looked for.
 constexpr std::size_t kLargestEntry = 1 << 20;
 
-// Enough for the C library, for a logger, and for those of others; only what is used takes memory.
-constexpr std::size_t kSharedStack = 262144;
+// What a child that shares the memory needs, with the C library's `execvp`, for all but its arguments.
+constexpr std::size_t kSharedStack = 65536;
 
 struct SharingStart {
     int (*child)(void *);
@@ -65,6 +65,25 @@ char *endOfSharedStack(std::size_t size) {
     return start + room;
 }
 
+// Not `vfork`: a function that returns twice into one frame is undefined as soon as either side returns from
+// it.
+pid_t cloneInPlace(int (*child)(void *), void *context, std::size_t pointers, int endSignal) {
+    char *const stack = endOfSharedStack(kSharedStack + pointers * sizeof(void *));
+    if (!stack)
+        return -1;
+    SharingStart start{child, context};
+    // A handler that ran in the child would find and change the parent's memory.
+    const SignalsBlocked blocked;
+    const int error = errno;
+    char **const list = ::environ;
+    const pid_t process = ::clone(runSharingChild, stack, CLONE_VM | CLONE_VFORK | endSignal, &start);
+    ::environ = list;
+    forgetId();
+    if (process >= 0)
+        errno = error; // the child's calls have set it
+    return process;
+}
+
 } // namespace
 
 pid_t getpid() noexcept {
@@ -74,33 +93,33 @@ pid_t getpid() noexcept {
     return keptId;
 }
 
-void speakFor(pid_t process) noexcept {
-    keptId = process;
-}
-
 pid_t fork() noexcept {
     return attempt(Call::fork, [] { return ::fork(); });
 }
 
 pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers) noexcept {
-    // Not `vfork`: a function that returns twice into one frame is undefined as soon as either side returns
-    // from it.
     if (fails(Call::startSharingMemory))
         return -1;
-    char *const stack = endOfSharedStack(kSharedStack + pointers * sizeof(void *));
-    if (!stack)
-        return -1;
-    SharingStart start{child, context};
-    // A handler that ran in the child would find and change the parent's memory.
-    const SignalsBlocked blocked;
-    const int error = errno;
-    char **const list = ::environ;
-    const pid_t process = ::clone(runSharingChild, stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
-    ::environ = list;
-    forgetId();
-    if (process >= 0)
-        errno = error; // the child's calls have set it
-    return process;
+    return cloneInPlace(child, context, pointers, SIGCHLD);
+}
+
+bool canShareMemory() noexcept {
+    static bool isKnown = false;
+    static volatile bool wasWritten = false;
+    if (isKnown)
+        return wasWritten;
+    const auto write = [](void *) {
+        wasWritten = true;
+        return 0;
+    };
+    // Without a signal at its end, as it is nobody's affair.
+    const pid_t child = cloneInPlace(write, nullptr, 0, /*endSignal=*/0);
+    if (child < 0)
+        return true; // the next one will be no better, and tell
+    isKnown = true;
+    while (::waitpid(child, nullptr, __WALL) < 0 && errno == EINTR) {
+    }
+    return wasWritten;
 }
 
 int execvp(const char *file, char *const arguments[]) noexcept {

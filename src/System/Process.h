@@ -16,17 +16,18 @@ namespace qb::sys {
 
 /// Returns the process's id, without asking the system more than once.
 pid_t getpid() noexcept;
-/// Makes `getpid` answer `process`, in a process that speaks for that one.
-void speakFor(pid_t process) noexcept;
 /// Returns 0 in the child, its id in the parent.
 pid_t fork() noexcept;
 /// Runs `child(context)` in a new process, in this process's memory, which waits for it.
 ///
 /// As cheap as a start can be, for a child that goes on to `execvp` at once; what it returns is its exit
 /// status. What it writes to memory stays written here, except errno and which list is the environment. All
-/// signals are blocked in it. Its stack has 256 KiB and room for `pointers` pointers more. Returns the
+/// signals are blocked in it. Its stack has 64 KiB and room for `pointers` pointers more. Returns the
 /// child's id once the child has another program or is at its end.
 pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers = 0) noexcept;
+/// Returns whether that is so: emulators and memory checkers give the child a memory of its own, and don't
+/// wait.
+bool canShareMemory() noexcept;
 /// Becomes the program `file`, looked up on the search path; returns only after a failure. It takes up to as
 /// many pointers from the stack as there are arguments.
 int execvp(const char *file, char *const arguments[]) noexcept;

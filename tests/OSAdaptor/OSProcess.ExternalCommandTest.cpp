@@ -3,6 +3,7 @@
 #include <QBFoundation/QBFoundationInitializer.h>
 
 #include "System/Faults.h"
+#include "System/Process.h"
 #include "support/ServicesFixture.h"
 
 #include <cerrno>
@@ -70,7 +71,7 @@ TEST_F(OSProcessExternalCommandTest, EarlierErrorsDoNotCountAndStay) {
 }
 
 TEST_F(OSProcessExternalCommandTest, WithoutPipeOrProcessItIsNotStarted) {
-    for (const Call call : {Call::pipe, Call::startSharingMemory}) {
+    for (const Call call : {Call::pipe, sys::canShareMemory() ? Call::startSharingMemory : Call::fork}) {
         const Fault fault(call, 0, 1, EMFILE);
         const ErrorExpectation error(100164);
         OSProcess::runExternalCmd(nullptr, nullptr, nullptr);

@@ -6,6 +6,7 @@
 
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Faults.h"
+#include "System/Process.h"
 #include "support/Allocations.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -164,13 +165,17 @@ TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
 }
 
 TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
-    for (NSString *command : {"true"_ns, static_cast<NSString *>(nullptr)}) {
-        const Fault fault(Call::startSharingMemory, 0, 1, EAGAIN);
+    const auto expect = [](Call call, NSString *command, const std::string &shown) {
+        const Fault fault(call, 0, 1, EAGAIN);
         const ErrorExpectation error(100164);
         EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr);
-        EXPECT_EQ(error.values(),
-                  std::string(command ? "true" : "<nil>") + " Resource temporarily unavailable");
+        EXPECT_EQ(error.values(), shown + " Resource temporarily unavailable");
+    };
+    if (sys::canShareMemory()) {
+        expect(Call::startSharingMemory, "true"_ns, "true");
+        expect(Call::startSharingMemory, nullptr, "<nil>");
     }
+    expect(Call::fork, "/no/such"_ns, "/no/such"); // for the one that is to tell of it
 }
 
 // The logger of the child is a copy, also where the child shares the memory.

@@ -54,6 +54,8 @@ public:
     //
     // They are no children of this process, which can't wait for them, and need not.
 
+    /// `createSubProcessWithPipe:doesRead:withCommand:withArgs:withEnv:stdinHandle:stdoutHandle:stderrHandle:`
+    ///
     /// Starts a detached program that reads from the pipe (`doesRead`) or writes to it. The pipe's other end
     /// is this process's, where the program's end is closed.
     ///
@@ -64,6 +66,8 @@ public:
     static BOOL createSubProcessWithPipe(OSPipe *pipe, BOOL doesRead, NSString *command, NSArray *args,
                                          NSDictionary *env, const std::int32_t *stdinHandle,
                                          const std::int32_t *stdoutHandle, const std::int32_t *stderrHandle);
+    /// As `createSubProcessWithPipe`, for a program that reads
+    /// (`createSubProcessReadingFromPipe:withCommand:withArgs:withEnv:stdoutHandle:stderrHandle:`).
     static BOOL createSubProcessReadingFromPipe(OSPipe *pipe, NSString *command, NSArray *args,
                                                 NSDictionary *env) {
         return createSubProcessReadingFromPipe(pipe, command, args, env, nullptr, nullptr);
@@ -74,6 +78,8 @@ public:
         return createSubProcessWithPipe(pipe, /*doesRead=*/YES, command, args, env, nullptr, stdoutHandle,
                                         stderrHandle);
     }
+    /// As `createSubProcessWithPipe`, for a program that writes
+    /// (`createSubProcessWritingToPipe:withCommand:withArgs:withEnv:stdinHandle:stderrHandle:`).
     static BOOL createSubProcessWritingToPipe(OSPipe *pipe, NSString *command, NSArray *args,
                                               NSDictionary *env) {
         return createSubProcessWritingToPipe(pipe, command, args, env, nullptr, nullptr);
@@ -84,6 +90,8 @@ public:
         return createSubProcessWithPipe(pipe, /*doesRead=*/NO, command, args, env, stdinHandle, nullptr,
                                         stderrHandle);
     }
+    /// `createCoprocessWithPipeForRead:pipeForWrite:withCommand:withArgs:withEnv:stderrHandle:`
+    ///
     /// Starts a detached program whose output comes through the first pipe and whose input goes through the
     /// second. The program's ends are closed here.
     /// Raises 100164 (command or "<nil>", system text) when there can be no more processes.
