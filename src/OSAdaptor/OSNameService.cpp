@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cctype>
 #include <charconv>
 #include <memory>
 #include <string_view>
@@ -39,6 +40,11 @@ AddressList lookUp(const char *host, const char *service) {
 // Returns the text as a name for the system; null when it has none for it.
 const char *systemName(NSString *text) {
     return text && text->view().find('\0') == std::string_view::npos ? text->cString() : nullptr;
+}
+
+// Returns the text as an error's value.
+NSString *shown(NSString *text) {
+    return text ? text : "nil"_ns;
 }
 
 const sockaddr_in &internetAddress(const addrinfo &entry) {
@@ -92,7 +98,7 @@ NSString *OSNameService::addressForHost(NSString *host) {
 NSArray *OSNameService::addressesForHost(NSString *host) {
     const std::vector<in_addr> addresses = qb::names::addressesOf(host);
     if (addresses.empty()) {
-        qb::raiseError(kFile, __LINE__, qb::kErrorHostMissing, host);
+        qb::raiseError(kFile, __LINE__, qb::kErrorHostMissing, shown(host));
         return nullptr;
     }
     NSMutableArray *const texts = NSMutableArray::array();
@@ -110,7 +116,7 @@ NSString *OSNameService::hostForAddress(NSString *address) {
         sys::getnameinfo(reinterpret_cast<const sockaddr *>(&socketAddress), sizeof socketAddress, host,
                          sizeof host, nullptr, 0, NI_NAMEREQD) == 0)
         return NSString::stringWithCString(host);
-    qb::raiseError(kFile, __LINE__, qb::kErrorHostMissing, address);
+    qb::raiseError(kFile, __LINE__, qb::kErrorHostMissing, shown(address));
     return nullptr;
 }
 
@@ -126,8 +132,10 @@ std::int32_t portIn(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? port : -1;
 }
 
-bool beginsWithDigit(std::string_view text) {
-    return !text.empty() && text.front() >= '0' && text.front() <= '9';
+// Names have a letter at least, numbers have none.
+bool isName(std::string_view text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
 }
 
 } // namespace
@@ -135,12 +143,12 @@ bool beginsWithDigit(std::string_view text) {
 std::int32_t OSNameService::portForService(NSString *service) {
     const char *const name = systemName(service);
     std::int32_t port = -1;
-    if (name && beginsWithDigit(name))
+    if (name && !isName(name))
         port = portIn(name);
     else if (const AddressList list = name ? lookUp(nullptr, name) : nullptr)
         port = ntohs(internetAddress(*list).sin_port);
     if (port < 0)
-        qb::raiseError(kFile, __LINE__, qb::kErrorServiceMissing, service);
+        qb::raiseError(kFile, __LINE__, qb::kErrorServiceMissing, shown(service));
     return port;
 }
 

@@ -44,9 +44,10 @@ const sockaddr *generic(const Address &address) {
     return reinterpret_cast<const sockaddr *>(&address);
 }
 
-// Returns what the host is called, nil for nil.
+// Returns the host as a name and as an error's value.
 NSString *nameOf(id host) {
-    return host ? host->stringValue() : nullptr;
+    NSString *const name = host ? host->stringValue() : nullptr;
+    return name ? name : "nil"_ns;
 }
 
 std::optional<in_addr> addressOf(id host) {

@@ -8,6 +8,10 @@
 #include <QBFoundation/Foundation/NSUnarchiver.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSNameService.h>
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
+#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBFileInputStream.h>
@@ -20,6 +24,8 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -271,6 +277,78 @@ const Use kValues[] = {
      tidyUpLog},
 };
 QB_FAULT_SWEEP(Values, kValues);
+
+// --- Sockets ---
+
+// Milliseconds to wait for what is there already, unless a fault has kept it back.
+constexpr int kShortTime = 20;
+
+// What a client and a server say to each other.
+std::string conversation(OSSocket *server, OSSocket *client) {
+    OSSocket *const peer = server && client ? OSSocket::acceptSocketFromListener(server) : nullptr;
+    if (!peer)
+        return "";
+    client->writeLine(NSString::stringWith(std::string(300, 'x')));
+    client->getOutputStream()->writeObject("a line\n and more"_ns);
+    NSArray *const ready =
+        OSSocket::selectSockets(NSArray::arrayWithObject(peer), OSSocket::kReadable, 0, kShortTime);
+    std::string text = ready && ready->count() == 1 ? "ready " : "";
+    text += describe(peer->readLineWithTimeout(kShortTime));
+    text += describe(peer->readLineWithTimeout(kShortTime));
+    char bytes[4];
+    const int peeked = peer->bufferedReceiveWithBuffer(bytes, sizeof bytes, kShortTime, /*performPeek=*/YES);
+    client->close();
+    return text + std::to_string(peeked) + describe(peer->readBytes(100, kShortTime));
+}
+
+// A name of the directory that is short enough.
+class ShortName {
+public:
+    explicit ShortName(const Place &place) : directory_(::open(place.path().c_str(), O_PATH | O_CLOEXEC)) {}
+    ~ShortName() { ::close(directory_); }
+    ShortName(const ShortName &) = delete;
+    ShortName &operator=(const ShortName &) = delete;
+
+    NSString *of(const char *name) const {
+        return NSString::stringWith("/proc/self/fd/" + std::to_string(directory_) + "/" + name);
+    }
+
+private:
+    int directory_;
+};
+
+// A signal that interrupts receiving ends it without an error; a storm of them may go on until the sockets
+// close.
+const std::vector<Call> kInterruptible = {Call::recv, Call::poll, Call::close};
+
+const Use kSockets[] = {
+    {"UnixSockets", nothing,
+     [](const Place &place) {
+         const ShortName name(place);
+         OSSocket *const server = OSSocket::serverSocketWithName(name.of("out"));
+         return conversation(server, server ? OSSocket::clientSocketWithName(name.of("out")) : nullptr);
+     },
+     Leaves::parts, kInterruptible},
+    {"InternetSockets", nothing,
+     [](const Place &) {
+         OSSocket *const server = OSSocket::serverSocketOnHost("127.0.0.1"_ns, 0);
+         sockaddr_in address{};
+         socklen_t length = sizeof address;
+         if (!server ||
+             ::getsockname(server->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
+             return std::string();
+         return conversation(server, OSSocket::clientSocketToHost("localhost"_ns, ntohs(address.sin_port)));
+     },
+     Leaves::oldOrNew, kInterruptible},
+    {"Names", nothing,
+     [](const Place &) {
+         return describe(OSNameService::addressesForHost("localhost"_ns)) +
+                describe(OSNameService::hostForAddress("127.0.0.1"_ns)) +
+                std::to_string(OSNameService::portForService("80"_ns));
+     }},
+};
+
+QB_FAULT_SWEEP(Sockets, kSockets);
 
 // --- A full disk ---
 

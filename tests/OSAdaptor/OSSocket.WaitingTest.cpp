@@ -1,0 +1,197 @@
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSException.h>
+
+#include "System/Faults.h"
+#include "support/PoolFixture.h"
+#include "support/SocketPair.h"
+
+#include <cerrno>
+#include <sys/resource.h>
+#include <vector>
+
+namespace {
+
+using qb::sys::Call;
+using qb::sys::Fault;
+
+constexpr int kPatience = 3;
+int questions = 0;
+BOOL answer = NO;
+
+class OSSocketWaitingTest : public PoolFixture {
+protected:
+    OSSocketWaitingTest() { questions = 0; }
+    ~OSSocketWaitingTest() override { OSSocket::registerContinueBlockingOperationCallback(nullptr); }
+
+    // The answer of the callback, which is NO after so many questions in any case.
+    static void registerAnswer(BOOL given) {
+        answer = given;
+        OSSocket::registerContinueBlockingOperationCallback(
+            [] { return ++questions > kPatience ? NO : answer; });
+    }
+
+    // Which of the pair are ready: "server client", "none", "nil".
+    std::string ready(std::int32_t activation, std::int64_t milliseconds = 0) const {
+        NSArray *const all =
+            NSArray::arrayWithObjects(pair_.server.get(), pair_.client.get(), pair_.peer.get());
+        NSArray *const found = OSSocket::selectSockets(all, activation, 0, milliseconds);
+        if (!found)
+            return "nil";
+        std::string names;
+        for (id socket : *found)
+            names += socket == pair_.server.get()   ? "server "
+                     : socket == pair_.client.get() ? "client "
+                                                    : "peer ";
+        return names;
+    }
+
+    const SocketPair pair_;
+};
+
+constexpr int kReadable = OSSocket::kReadable, kWritable = OSSocket::kWritable,
+              kExceptional = OSSocket::kExceptional;
+
+} // namespace
+
+TEST_F(OSSocketWaitingTest, SelectionTellsWhichSocketsAreReady) {
+    EXPECT_EQ(ready(kReadable, 10), "");
+    EXPECT_EQ(ready(kWritable), "client peer ");
+    EXPECT_EQ(ready(kExceptional), "");
+    pair_.feed("ab");
+    EXPECT_EQ(ready(kReadable, -1), "client ");
+    EXPECT_EQ(ready(kReadable + kWritable), "client peer ");
+    char byte;
+    pair_.client->bufferedReceiveWithBuffer(&byte, 1, 0, NO);
+    EXPECT_EQ(ready(kReadable, -1), "client "); // what is buffered can be read
+    EXPECT_EQ(ready(kExceptional), "");
+    pair_.client->bufferedReceiveWithBuffer(&byte, 1, 0, NO);
+    const Ref<OSSocket> other = OSSocket::initClientSocketWithName(pair_.server->socketName());
+    EXPECT_EQ(ready(kReadable), "server ");
+    pair_.client->shutdown();
+    EXPECT_EQ(ready(kReadable), "server client peer ");
+}
+
+TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
+    {
+        const Fault fault(Call::poll, 0, 1, EINTR);
+        EXPECT_EQ(ready(kWritable, -1), "");
+    }
+    {
+        ErrorExpectation error(100207);
+        const Fault fault(Call::poll, 0, 1, ENOMEM);
+        EXPECT_EQ(ready(kWritable, -1), "nil");
+        EXPECT_EQ(error.values(), "-1");
+    }
+    const int handle = pair_.client->socketHandle();
+    ::close(handle); // behind the socket's back
+    {
+        ErrorExpectation error(100207);
+        EXPECT_EQ(ready(kReadable, -1), "nil");
+        EXPECT_EQ(error.values(), std::to_string(handle));
+    }
+    pair_.client->close();
+    {
+        ErrorExpectation error(100207);
+        EXPECT_EQ(ready(kReadable, -1), "nil");
+        EXPECT_EQ(error.values(), "-1");
+    }
+    EXPECT_REASON(
+        OSSocket::selectSockets(NSArray::arrayWithObject("text"_ns), kReadable, 0, 0),
+        "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must have an array of sockets.");
+    EXPECT_REASON(
+        OSSocket::selectSockets(nullptr, kReadable, 0, 0),
+        "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must have an array of sockets.");
+    EXPECT_REASON(ready(/*activation=*/8),
+                  "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must "
+                  "have an activation that is not 0.");
+}
+
+TEST_F(OSSocketWaitingTest, DescriptorsMayBeLargerThanSetsHold) {
+    rlimit limit;
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit raised{std::max<rlim_t>(limit.rlim_cur, FD_SETSIZE + 100), limit.rlim_max};
+    if (::setrlimit(RLIMIT_NOFILE, &raised) != 0)
+        GTEST_SKIP() << "no more descriptors are allowed";
+    std::vector<int> used;
+    while (used.empty() || used.back() < FD_SETSIZE)
+        used.push_back(::dup(STDERR_FILENO));
+    {
+        const SocketPair pair;
+        EXPECT_GT(pair.client->socketHandle(), FD_SETSIZE);
+        NSArray *const sockets = NSArray::arrayWithObject(pair.client.get());
+        EXPECT_EQ(OSSocket::selectSockets(sockets, kReadable, 0, 10)->count(), 0u);
+        pair.feed("a");
+        EXPECT_EQ(OSSocket::selectSockets(sockets, kReadable, 10, 0)->count(), 1u);
+        char byte = 0;
+        EXPECT_EQ(pair.client->receiveWithBuffer(&byte, 1, 10, NO), 1);
+        fd_set set;
+        FD_ZERO(&set);
+        timeval time{};
+        ErrorExpectation error(100207);
+        const int handle = pair.client->socketHandle();
+        EXPECT_EQ(OSSocket::selectWithMaxSocket(handle, &set, nullptr, nullptr, &time), -1);
+        EXPECT_EQ(error.values(), std::to_string(handle));
+    }
+    for (const int descriptor : used)
+        ::close(descriptor);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+TEST_F(OSSocketWaitingTest, SetsOfDescriptorsAreSelected) {
+    const int handle = pair_.client->socketHandle();
+    fd_set set;
+    const auto select = [&] {
+        FD_ZERO(&set);
+        FD_SET(handle, &set);
+        timeval time{0, 1000};
+        return OSSocket::selectWithMaxSocket(handle, &set, nullptr, nullptr, &time);
+    };
+    EXPECT_EQ(select(), 0);
+    pair_.feed("a");
+    EXPECT_EQ(select(), 1);
+    EXPECT_TRUE(FD_ISSET(handle, &set));
+    {
+        const Fault fault(Call::select, 0, 1, EINTR);
+        EXPECT_EQ(select(), -1);
+    }
+    ErrorExpectation error(100207);
+    const Fault fault(Call::select, 0, 1, ENOMEM);
+    EXPECT_EQ(select(), -1);
+}
+
+TEST_F(OSSocketWaitingTest, WaitingGoesOnAsLongAsTheCallbackSays) {
+    char byte;
+    const auto receive = [&](std::int64_t timeout) {
+        return pair_.client->receiveWithBuffer(&byte, 1, timeout, NO);
+    };
+    registerAnswer(NO);
+    EXPECT_EQ(receive(0), -1); // would wait for ever
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(receive(20), -1); // over before it is asked
+    EXPECT_EQ(questions, 1);
+    const auto interrupted = [&](unsigned times, auto act) {
+        const Fault fault(Call::poll, 0, times, EINTR);
+        questions = 0;
+        return act();
+    };
+    const auto accepts = [&] { return OSSocket::acceptSocketFromListener(pair_.server) != nullptr; };
+    EXPECT_FALSE(interrupted(1, accepts));
+    EXPECT_EQ(interrupted(1, [&] { return ready(kReadable, -1); }), "");
+    EXPECT_EQ(questions, 1);
+    registerAnswer(YES);
+    EXPECT_EQ(interrupted(9, [&] { return receive(0); }), -1);
+    EXPECT_EQ(questions, kPatience + 1);
+    pair_.feed("a");
+    EXPECT_EQ(interrupted(2, [&] { return receive(0); }), 1);
+    EXPECT_EQ(questions, 2);
+    const Ref<OSSocket> other = OSSocket::initClientSocketWithName(pair_.server->socketName());
+    EXPECT_TRUE(interrupted(2, accepts));
+    pair_.client->setNonBlocking();
+    EXPECT_EQ(interrupted(1, [&] { return receive(0); }), 0);
+    EXPECT_EQ(questions, 0);
+    ErrorExpectation error(900052);
+    const Fault fault(Call::poll, 0, 1, ENOMEM);
+    EXPECT_FALSE(accepts());
+}
