@@ -48,6 +48,12 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "'%s' is no image of at most %d bytes that is known by its extension."_ns;
     case kErrorNotSortable:
         return "%s:%d: '%s' has elements without keys to sort by."_ns;
+    case kErrorNoKey:
+        return "The file '%s' holds no key."_ns;
+    case kErrorKeyNeeded:
+        return "There is no key for '%s': --key-file names it."_ns;
+    case kErrorNotDeciphered:
+        return "'%s' is damaged or was enciphered with another key."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

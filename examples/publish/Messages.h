@@ -31,6 +31,9 @@ constexpr int kErrorUnfinished = 910019;
 constexpr int kErrorNotASetting = 910020;
 constexpr int kErrorNoSmallImage = 910021;
 constexpr int kErrorNotSortable = 910022;
+constexpr int kErrorNoKey = 910030;
+constexpr int kErrorKeyNeeded = 910031;
+constexpr int kErrorNotDeciphered = 910032;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

@@ -8,12 +8,14 @@ namespace publish {
 
 /// What the command line asks for.
 struct Options {
-    enum class Action { publish, help, version, listChannels };
+    enum class Action { publish, encipher, decipher, help, version, listChannels };
 
     Action action = Action::publish;
     Ref<NSString> site;
     Ref<NSString> target;
     Ref<NSMutableArray> settings = NSMutableArray::init(); // dotted keys, each followed by its value
+    Ref<NSString> keyFile;
+    Ref<NSString> converted; // the file to encipher or decipher
     Ref<NSString> logFile;
     std::uint8_t logLevel = 0;
     std::int32_t debugLevel = 0;

@@ -75,9 +75,14 @@ bool Renderer::renderPage(const Page &page) {
     templates_.beingFilled().emplace_back(templateName);
     const bool isFilled = frame && frame->fill(values, templates_, whole);
     templates_.beingFilled().pop_back();
-    const bool isAdded = isFilled && publication_.addPage(page.url, whole->targetData());
+    const bool isAdded = isFilled && addPage(page, whole->targetData());
     profile_endAction(profileChannel, "%s", page.url->cString());
     return isAdded;
+}
+
+bool Renderer::addPage(const Page &page, NSData *text) {
+    NSData *const bytes = page.isEnciphered ? site_.cipher.enciphered(text, page.file) : text;
+    return bytes && publication_.addPage(page.url, bytes);
 }
 
 } // namespace publish

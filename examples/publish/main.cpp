@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <unistd.h>
 
 namespace publish {
 
@@ -68,6 +69,8 @@ bool publishSite(const Options &options, Counts &counts) {
     if (!areApart(options.site, options.target))
         return fail(__LINE__, kErrorNotApart, options.site.get(), options.target.get());
     Site site;
+    if (options.keyFile && !site.cipher.readKey(options.keyFile))
+        return false;
     if (!readSite(options.site, options.settings, site))
         return false;
     Publication publication(options.target);
@@ -77,6 +80,25 @@ bool publishSite(const Options &options, Counts &counts) {
                         publication.commit();
     counts = publication.counts();
     return isDone && !hasFailed();
+}
+
+// Writes the enciphered bytes of a file, or the text of an enciphered one, to standard output.
+bool convert(const Options &options) {
+    Cipher cipher;
+    NSData *const bytes =
+        !options.keyFile || cipher.readKey(options.keyFile) ? readBytes(options.converted) : nullptr;
+    if (!bytes)
+        return false;
+    const id result = options.action == Options::Action::encipher
+                          ? static_cast<id>(cipher.enciphered(bytes, options.converted))
+                          : cipher.deciphered(bytes, options.converted);
+    if (!result)
+        return false;
+    const Ref<QBFileOutputStream> output =
+        QBFileOutputStream::initWithFilePointer(::fdopen(::dup(STDOUT_FILENO), "wb"));
+    output->writeObject(result);
+    output->close();
+    return !hasFailed();
 }
 
 void sayErrors() {
@@ -118,6 +140,12 @@ int act(const Options &options) {
         OSUserIO::printLn(printer->getHelpForDebugChannels());
         OSUserIO::printLn(printer->getHelpForProfileChannels());
         return 0;
+    case Options::Action::encipher:
+    case Options::Action::decipher:
+        if (convert(options))
+            return 0;
+        sayErrors();
+        return kExitFailed;
     case Options::Action::publish:
         break;
     }
