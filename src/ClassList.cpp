@@ -23,6 +23,7 @@
 #include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSDynamicLoader.h>
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
@@ -105,6 +106,7 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"NSTimeZone", &NSTimeZone::cls},
         {"NSUnarchiver", &NSUnarchiver::cls},
         {"OSDebugPrinter", &OSDebugPrinter::cls},
+        {"OSDynamicLoader", &OSDynamicLoader::cls},
         {"OSEnvironment", &OSEnvironment::cls},
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},

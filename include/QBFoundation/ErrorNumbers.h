@@ -52,6 +52,7 @@ constexpr int kErrorCannotSetFileTimes = 100235;
 constexpr int kErrorSendWouldBlock = 100238;
 constexpr int kErrorCorruptCipher = 100239;
 constexpr int kErrorGlobAborted = 100240;
+constexpr int kErrorCannotLoadLibrary = 100241;
 constexpr int kErrorForbiddenCharacter = 100242;
 constexpr int kErrorCannotHandleSignal = 130004;
 constexpr int kErrorMalformedPropertyList = 900001;
@@ -116,6 +117,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorSendWouldBlock, "", "The socket can't send without waiting."},
     {kErrorCorruptCipher, "", "The blowfish encrypted data is corrupt."},
     {kErrorGlobAborted, "pattern, system text", "The file pattern '%s' could not be expanded: %s"},
+    {kErrorCannotLoadLibrary, "path, system text", "The library '%s' could not be loaded: %s"},
     {kErrorForbiddenCharacter, "code point", "The character with code point %d is not allowed."},
     {kErrorCannotHandleSignal, "signal, system text",
      "The installation of the handler for the '%s' signal has failed: %s"},

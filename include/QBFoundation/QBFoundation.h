@@ -29,6 +29,7 @@
 #include <QBFoundation/Foundation/NSValue.h>
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
+#include <QBFoundation/OSAdaptor/OSDynamicLoader.h>
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>

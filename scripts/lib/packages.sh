@@ -52,7 +52,7 @@ qb_prepare_32_bit() {
 QB_BUILD_PACKAGES=(g++ cmake ninja-build)
 # What the tests need beside that.
 # shellcheck disable=SC2034
-QB_TEST_PACKAGES=(googletest pkg-config binutils tzdata)
+QB_TEST_PACKAGES=(googletest pkg-config binutils tzdata locales)
 
 # Configures and builds a preset; `qb_build PRESET [cmake options]`.
 qb_build() {

@@ -81,9 +81,9 @@ const ZoneRef &utc();
 /// Null when the offset is beyond `kMaxZoneOffset`.
 ZoneRef fixedZone(std::int32_t offset, std::string_view name = {}, bool isDst = false);
 
-/// Returns the zone called `name`: "GMT" with sign and hours ("GMT-11", "GMT+5:30"), "+hhmm" or "-hhmm", east
-/// positive; "X DST", the zone or abbreviation X one hour ahead; otherwise an entry of the system's zone
-/// database.
+/// Returns the zone called `name`: "GMT" with sign and hours ("GMT-11", "GMT+5:30"), "+hhmm" or "+hh" with
+/// either sign, east positive; "X DST", the zone or abbreviation X one hour ahead; otherwise an entry of the
+/// system's zone database.
 ///
 /// Null for an unknown or malformed name and for a malformed file. Answers are kept, also those of null.
 /// "GMT" and "UTC" need no database.

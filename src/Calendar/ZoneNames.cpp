@@ -40,18 +40,19 @@ constexpr std::array kAbbreviations = {
     Abbreviation{"AKST", -540, false}, Abbreviation{"AST", -240, false}, Abbreviation{"AWST", 480, false},
     Abbreviation{"BST", 60, true},     Abbreviation{"CAT", 120, false},  Abbreviation{"CDT", -300, true},
     Abbreviation{"CEST", 120, true},   Abbreviation{"CET", 60, false},   Abbreviation{"CST", -360, false},
-    Abbreviation{"EAT", 180, false},   Abbreviation{"EDT", -240, true},  Abbreviation{"EEST", 180, true},
-    Abbreviation{"EET", 120, false},   Abbreviation{"EST", -300, false}, Abbreviation{"GMT", 0, false},
-    Abbreviation{"HDT", -540, true},   Abbreviation{"HKT", 480, false},  Abbreviation{"HST", -600, false},
-    Abbreviation{"IDT", 180, true},    Abbreviation{"IST", 330, false},  Abbreviation{"JST", 540, false},
-    Abbreviation{"KST", 540, false},   Abbreviation{"MDT", -360, true},  Abbreviation{"MEST", 120, true},
-    Abbreviation{"MET", 60, false},    Abbreviation{"MSD", 240, true},   Abbreviation{"MSK", 180, false},
-    Abbreviation{"MST", -420, false},  Abbreviation{"NDT", -150, true},  Abbreviation{"NST", -210, false},
-    Abbreviation{"NZDT", 780, true},   Abbreviation{"NZST", 720, false}, Abbreviation{"PDT", -420, true},
-    Abbreviation{"PKT", 300, false},   Abbreviation{"PST", -480, false}, Abbreviation{"SAST", 120, false},
-    Abbreviation{"SGT", 480, false},   Abbreviation{"SST", -660, false}, Abbreviation{"UT", 0, false},
-    Abbreviation{"UTC", 0, false},     Abbreviation{"WAT", 60, false},   Abbreviation{"WEST", 60, true},
-    Abbreviation{"WET", 0, false},     Abbreviation{"WIB", 420, false},  Abbreviation{"Z", 0, false},
+    Abbreviation{"ChST", 600, false},  Abbreviation{"EAT", 180, false},  Abbreviation{"EDT", -240, true},
+    Abbreviation{"EEST", 180, true},   Abbreviation{"EET", 120, false},  Abbreviation{"EST", -300, false},
+    Abbreviation{"GMT", 0, false},     Abbreviation{"HDT", -540, true},  Abbreviation{"HKT", 480, false},
+    Abbreviation{"HST", -600, false},  Abbreviation{"IDT", 180, true},   Abbreviation{"IST", 330, false},
+    Abbreviation{"JST", 540, false},   Abbreviation{"KST", 540, false},  Abbreviation{"MDT", -360, true},
+    Abbreviation{"MEST", 120, true},   Abbreviation{"MET", 60, false},   Abbreviation{"MSD", 240, true},
+    Abbreviation{"MSK", 180, false},   Abbreviation{"MST", -420, false}, Abbreviation{"NDT", -150, true},
+    Abbreviation{"NST", -210, false},  Abbreviation{"NZDT", 780, true},  Abbreviation{"NZST", 720, false},
+    Abbreviation{"PDT", -420, true},   Abbreviation{"PKT", 300, false},  Abbreviation{"PST", -480, false},
+    Abbreviation{"SAST", 120, false},  Abbreviation{"SGT", 480, false},  Abbreviation{"SST", -660, false},
+    Abbreviation{"UT", 0, false},      Abbreviation{"UTC", 0, false},    Abbreviation{"WAT", 60, false},
+    Abbreviation{"WEST", 60, true},    Abbreviation{"WET", 0, false},    Abbreviation{"WIB", 420, false},
+    Abbreviation{"WIT", 540, false},   Abbreviation{"WITA", 480, false}, Abbreviation{"Z", 0, false},
 };
 
 constexpr bool byText(const Abbreviation &left, const Abbreviation &right) {
@@ -90,7 +91,8 @@ int takeDigits(std::string_view &text, std::size_t least, std::size_t limit) {
     return count < least ? -1 : value;
 }
 
-/// Reads "GMT+h", "GMT+hh:mm", "+hhmm" and "+hhmmss", with either sign, into seconds east of Greenwich.
+/// Reads "GMT+h", "GMT+hh:mm", "+hh", "+hhmm" and "+hhmmss", with either sign, into seconds east of
+/// Greenwich.
 std::optional<std::int32_t> offsetFromName(std::string_view name) {
     const bool hasPrefix = name.substr(0, 3) == "GMT";
     if (hasPrefix)
@@ -100,7 +102,7 @@ std::optional<std::int32_t> offsetFromName(std::string_view name) {
     const int sign = name.front() == '-' ? -1 : 1;
     name.remove_prefix(1);
     const int hours = takeDigits(name, hasPrefix ? 1 : 2, 2);
-    const bool isWholeHours = hasPrefix && name.empty();
+    const bool isWholeHours = name.empty();
     if (hasPrefix && name.starts_with(':'))
         name.remove_prefix(1);
     const int minutes = isWholeHours ? 0 : takeDigits(name, 2, 2);

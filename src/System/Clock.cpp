@@ -38,6 +38,19 @@ std::int64_t wallSeconds() noexcept {
     return ::time(nullptr);
 }
 
+LocalTime localTime() noexcept {
+    ::tzset();
+    const std::time_t now = ::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    return {static_cast<int>(::timezone / 60), local.tm_isdst > 0};
+}
+
+const char *standardZoneName() noexcept {
+    ::tzset();
+    return ::tzname[0];
+}
+
 std::int64_t monotonicNanoseconds() noexcept {
     return nanosecondsOf(CLOCK_MONOTONIC);
 }

@@ -18,6 +18,18 @@ std::int64_t wallMilliseconds() noexcept;
 /// some milliseconds late at the turn of a second.
 std::int64_t wallSeconds() noexcept;
 
+/// What the C library's clocks show as local time now.
+struct LocalTime {
+    int minutesWest; // of Greenwich, without daylight saving
+    bool isDaylightSaving;
+};
+
+/// Looks anew at what the system is set to, then at the clock.
+LocalTime localTime() noexcept;
+/// Looks anew at what the system is set to; returns the abbreviation of its standard time, valid until that
+/// changes.
+const char *standardZoneName() noexcept;
+
 /// Returns nanoseconds on a clock that never goes back, since some moment in the past.
 std::int64_t monotonicNanoseconds() noexcept;
 

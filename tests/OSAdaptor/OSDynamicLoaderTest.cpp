@@ -1,0 +1,77 @@
+#include <QBFoundation/OSAdaptor/OSDynamicLoader.h>
+
+#include <QBFoundation/Runtime/Send.h>
+
+#include "System/Faults.h"
+#include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <dlfcn.h>
+
+using OSDynamicLoaderTest = ServicesFixture;
+using qb::sys::Call;
+using qb::sys::Fault;
+
+namespace {
+
+// A library of the C library's own that this program does not use.
+constexpr const char *kLibrary = "libBrokenLocale.so.1";
+
+bool isLoaded(const char *library) {
+    void *const handle = ::dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
+    if (handle)
+        ::dlclose(handle);
+    return handle != nullptr;
+}
+
+// What a process says that ends in the attempt; it exits with 255.
+std::string fatalError(const std::function<void()> &load) {
+    const ChildEnd end = runInChild([&] {
+        ERRORHANDLER = QBErrorHandler::init().detach(); // without the catalogue
+        load();
+    });
+    EXPECT_EQ(end.status, 255);
+    return logLines(end.standardError, end.process);
+}
+
+} // namespace
+
+TEST_F(OSDynamicLoaderTest, LibrariesAreLoadedAndStay) {
+    ASSERT_FALSE(isLoaded(kLibrary));
+    send<void>(OSDynamicLoader::cls(), "loadLibraryFromPath:"_sel, NSString::stringWith(kLibrary));
+    EXPECT_TRUE(isLoaded(kLibrary));
+    OSDynamicLoader::loadLibraryFromPath(NSString::stringWith(kLibrary)); // there already
+    OSDynamicLoader::loadLibraryFromPath(nullptr);                        // the program itself
+}
+
+TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "libnone.so";
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, directory.string("")); }),
+              "[T] (P) [] [100241] The library '" + path + "' could not be loaded: " + path +
+                  ": cannot open shared object file: No such file or directory\n\n");
+    for (NSString *nowhere : {static_cast<NSString *>(nullptr), NSString::string()})
+        EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nowhere); }),
+                  "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "
+                  "cannot open "
+                  "shared object file: No such file or directory\n\n");
+}
+
+TEST_F(OSDynamicLoaderTest, WhatIsNoLibraryIsAFatalError) {
+    const TemporaryDirectory directory;
+    directory.write("libtext.so",
+                    "no library at all, but longer than the header of one, which is 64 bytes long");
+    const std::string path = directory / "libtext.so";
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibraryFromPath(NSString::stringWith(path)); }),
+              "[T] (P) [] [100241] The library '" + path + "' could not be loaded: " + path +
+                  ": invalid ELF header\n\n");
+    EXPECT_EQ(fatalError([] {
+                  OSDynamicLoader::loadLibraryFromPath(NSString::stringWith({"libm.so.6\0x", 11}));
+              }),
+              "[T] (P) [] [100241] The library 'libm.so.6' could not be loaded: Invalid argument\n\n");
+    EXPECT_EQ(fatalError([] {
+                  const Fault fault(Call::dlopen, /*skip=*/0, /*times=*/1, ENOMEM);
+                  OSDynamicLoader::loadLibraryFromPath(nullptr);
+              }),
+              "[T] (P) [] [100241] The library '<nil>' could not be loaded: Cannot allocate memory\n\n");
+}
