@@ -20,17 +20,11 @@ constexpr const char *kFile = "src/QBBase64OutputFilter";
 // The groups that are joined into one write at most: as much as a stream likes to find room for at once.
 constexpr std::uint32_t kJoinedGroups = 1 << 18;
 
-// Raises the error of a group of four that is no base64, and says whether it did.
-bool isMalformed(const char *group) {
-    for (int i = 0; i < 4; ++i) {
-        if (text::base64Value(group[i]) != text::kNoBase64Value || (group[i] == '=' && i == 3))
-            continue;
-        if (group[i] == '=' && i == 2 && group[3] == '=')
-            return false;
-        qb::raiseError(kFile, group[i] == '=' && i == 2 ? 146 : 150, qb::kErrorMalformedBase64);
-        return true;
-    }
-    return false;
+// Raises the error of a group of four that is no base64; the lines tell what is wrong.
+void raiseMalformed(const char *group) {
+    const bool hasPadding = text::base64Value(group[0]) != text::kNoBase64Value &&
+                            text::base64Value(group[1]) != text::kNoBase64Value && group[2] == '=';
+    qb::raiseError(kFile, hasPadding ? 146 : 150, qb::kErrorMalformedBase64);
 }
 
 bool mayGoOn() {
@@ -94,6 +88,10 @@ void QBBase64OutputFilter::completeGroup() {
         qb::raiseError(kFile, 212, qb::kErrorMalformedBase64);
         return;
     }
+    if (char *const room = target_->beginJoinedWrite(4)) {
+        target_->endJoinedWrite(text::encodeBase64Rest(pending_, count, room));
+        return;
+    }
     char group[4];
     text::encodeBase64Rest(pending_, count, group);
     target_->_writeBuffer(group, sizeof group);
@@ -102,81 +100,101 @@ void QBBase64OutputFilter::completeGroup() {
 // --- Encoding ---
 
 void QBBase64OutputFilter::encode(const char *bytes, std::uint32_t length) {
-    if (pendingCount_ != 0) {
-        const std::uint32_t missing = std::min(3 - static_cast<std::uint32_t>(pendingCount_), length);
-        std::memcpy(pending_ + pendingCount_, bytes, missing);
-        pendingCount_ += static_cast<std::int32_t>(missing);
-        bytes += missing;
-        length -= missing;
-        if (pendingCount_ < 3)
+    if (pendingCount_ != 0) [[unlikely]] {
+        const std::uint32_t taken = fillGroup(bytes, length);
+        if (pendingCount_ != 0)
             return;
-        encodeGroups(pending_, 3);
-        pendingCount_ = 0;
+        bytes += taken;
+        length -= taken;
     }
-    const std::uint32_t rest = length % 3;
-    encodeGroups(bytes, length - rest);
-    std::memcpy(pending_, bytes + (length - rest), rest);
+    const std::uint32_t groups = length / 3;
+    encodeGroups(bytes, groups);
+    bytes += std::size_t{groups} * 3;
+    const std::uint32_t rest = length - groups * 3;
+    if (rest > 0)
+        pending_[0] = bytes[0];
+    if (rest > 1)
+        pending_[1] = bytes[1];
     pendingCount_ = static_cast<std::int32_t>(rest);
 }
 
-void QBBase64OutputFilter::encodeGroups(const char *bytes, std::uint32_t length) {
-    while (length != 0) {
-        std::uint32_t taken = std::min(length, kJoinedGroups * 3);
-        if (char *const room = target_->beginJoinedWrite(taken / 3 * 4)) {
-            target_->endJoinedWrite(text::encodeBase64Groups(bytes, taken, room));
+// Adds to the pending group, and writes it when it is complete. Returns how many bytes it took.
+std::uint32_t QBBase64OutputFilter::fillGroup(const char *bytes, std::uint32_t length) {
+    const std::uint32_t taken = std::min(3 - static_cast<std::uint32_t>(pendingCount_), length);
+    std::memcpy(pending_ + pendingCount_, bytes, taken);
+    pendingCount_ += static_cast<std::int32_t>(taken);
+    if (pendingCount_ == 3) {
+        pendingCount_ = 0;
+        encodeGroups(pending_, 1);
+    }
+    return taken;
+}
+
+void QBBase64OutputFilter::encodeGroups(const char *bytes, std::uint32_t count) {
+    while (count != 0) {
+        std::uint32_t joined = std::min(count, kJoinedGroups);
+        if (char *const room = target_->beginJoinedWrite(joined * 4)) [[likely]] {
+            target_->endJoinedWrite(text::encodeBase64Groups(bytes, joined, room));
         } else {
+            joined = 1;
             char group[4];
-            taken = 3;
-            text::encodeBase64Groups(bytes, taken, group);
+            text::encodeBase64Groups(bytes, 1, group);
             target_->_writeBuffer(group, sizeof group);
         }
-        bytes += taken;
-        length -= taken;
+        count -= joined;
+        bytes += std::size_t{joined} * 3;
     }
 }
 
 // --- Decoding ---
 
 void QBBase64OutputFilter::decode(const char *position, const char *end) {
+    if (pendingCount_ == 0)
+        position = decodeGroups(position, end);
+    if (position == end)
+        return;
     const qb::SavedErrors saved;
     while (position != end && mayGoOn()) {
-        if (pendingCount_ == 0)
-            position = decodeGroups(position, end);
-        if (position == end)
-            return;
         const char character = *position++;
         if (std::isspace(static_cast<unsigned char>(character)))
             continue;
         pending_[pendingCount_++] = character;
-        if (pendingCount_ == 4)
-            decodePending();
+        if (pendingCount_ != 4)
+            continue;
+        decodePending();
+        if (mayGoOn())
+            position = decodeGroups(position, end);
     }
 }
 
-// Decodes the groups at `position` that need no second look, and returns what is behind them.
+// Decodes the groups at `position` that need no second look, and returns what is behind them. Raises nothing.
 const char *QBBase64OutputFilter::decodeGroups(const char *position, const char *end) {
-    const auto groups = static_cast<std::uint32_t>((end - position) / 4);
-    if (groups == 0)
-        return position;
-    const std::uint32_t joined = std::min(groups, kJoinedGroups);
-    char *const room = target_->beginJoinedWrite(joined * 3);
-    if (!room)
-        return position;
-    const text::Base64Result result =
-        text::decodeBase64Groups(position, position + std::size_t{joined} * 4, room);
-    target_->endJoinedWrite(result.end);
-    return result.next;
+    while (end - position >= 4) {
+        const std::uint32_t joined =
+            std::min(static_cast<std::uint32_t>((end - position) / 4), kJoinedGroups);
+        char *const room = target_->beginJoinedWrite(joined * 3);
+        if (!room)
+            return position;
+        const char *const joinedEnd = position + std::size_t{joined} * 4;
+        text::Base64Result result = text::decodeBase64Groups(position, joinedEnd, room);
+        position = result.next;
+        if (char *const last =
+                position != joinedEnd ? text::decodeBase64Last(position, result.end) : nullptr) {
+            result.end = last;
+            position += 4;
+        }
+        target_->endJoinedWrite(result.end);
+        if (position != joinedEnd)
+            return position;
+    }
+    return position;
 }
 
 void QBBase64OutputFilter::decodePending() {
     pendingCount_ = 0;
-    if (isMalformed(pending_))
-        return;
-    const std::uint32_t length = pending_[2] == '=' ? 1 : pending_[3] == '=' ? 2 : 3;
-    char group[4];
-    std::copy(pending_, pending_ + 4, group);
-    std::replace(group, group + 4, '=', 'A'); // whose bits are zero
     char bytes[3];
-    text::decodeBase64Groups(group, group + 4, bytes);
-    target_->_writeBuffer(bytes, length);
+    if (const char *const last = text::decodeBase64Last(pending_, bytes))
+        target_->_writeBuffer(bytes, static_cast<std::uint32_t>(last - bytes));
+    else
+        raiseMalformed(pending_);
 }

@@ -55,7 +55,8 @@ protected:
 
 private:
     void encode(const char *bytes, std::uint32_t length);
-    void encodeGroups(const char *bytes, std::uint32_t length);
+    std::uint32_t fillGroup(const char *bytes, std::uint32_t length);
+    void encodeGroups(const char *bytes, std::uint32_t count);
     void completeGroup();
     void decode(const char *position, const char *end);
     const char *decodeGroups(const char *position, const char *end);

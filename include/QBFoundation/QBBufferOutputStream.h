@@ -97,6 +97,7 @@ private:
     void freeBuffer();
     bool copyBack();
     bool grow(std::uint32_t length);
+    char *findJoinedRoom(std::uint32_t length);
     void append(const void *buffer, std::uint32_t length) {
         // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): where there is room, there is a buffer
         std::memcpy(next_, buffer, length);

@@ -4,54 +4,67 @@
 #include "Text/Bytes.h"
 #include "Text/Cpu.h"
 
+#include <array>
+
 namespace qb::text {
 
 namespace {
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+constexpr auto kValues = [] {
+    std::array<unsigned char, 256> values{};
+    values.fill(kNoBase64Value);
+    for (unsigned char i = 0; i < 64; ++i)
+        values[static_cast<unsigned char>(kAlphabet[i])] = i;
+    return values;
+}();
+
 // Two characters for each value of twelve bits.
-struct PairTable {
-    char pairs[4096][2] = {};
+constexpr auto kPairs = [] {
+    std::array<std::array<char, 2>, 4096> pairs{};
+    for (unsigned value = 0; value < 4096; ++value)
+        pairs[value] = {kAlphabet[value >> 6], kAlphabet[value & 63]};
+    return pairs;
+}();
 
-    constexpr PairTable() {
-        for (unsigned value = 0; value < 4096; ++value) {
-            pairs[value][0] = kAlphabet[value >> 6];
-            pairs[value][1] = kAlphabet[value & 63];
-        }
-    }
-};
-
-struct ValueTable {
-    unsigned char values[256] = {};
-
-    constexpr ValueTable() {
-        for (unsigned char &value : values)
-            value = kNoBase64Value;
-        for (unsigned char i = 0; i < 64; ++i)
-            values[static_cast<unsigned char>(kAlphabet[i])] = i;
-    }
-};
-
-constexpr PairTable kPairs;
-constexpr ValueTable kValues;
-
-inline void encodeGroup(const unsigned char *bytes, char *target) {
-    const unsigned high = static_cast<unsigned>(bytes[0] << 4 | bytes[1] >> 4);
-    const unsigned low = static_cast<unsigned>((bytes[1] & 15) << 8 | bytes[2]);
-    std::memcpy(target, kPairs.pairs[high], 2);
-    std::memcpy(target + 2, kPairs.pairs[low], 2);
+void encodeGroup(const char *bytes, char *target) {
+    const auto first = static_cast<unsigned char>(bytes[0]);
+    const auto second = static_cast<unsigned char>(bytes[1]);
+    const auto third = static_cast<unsigned char>(bytes[2]);
+    std::memcpy(target, kPairs[first << 4 | second >> 4].data(), 2);
+    std::memcpy(target + 2, kPairs[(second & 15) << 8 | third].data(), 2);
 }
 
 } // namespace
 
+const Base64Tables kBase64Tables = {
+    .spread = {1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10},
+    .spreadLast = {5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14},
+    .oddBits = {0x0FC0FC00, 0x0FC0FC00, 0x0FC0FC00, 0x0FC0FC00},
+    .oddShifts = {0x04000040, 0x04000040, 0x04000040, 0x04000040},
+    .evenBits = {0x003F03F0, 0x003F03F0, 0x003F03F0, 0x003F03F0},
+    .evenShifts = {0x01000010, 0x01000010, 0x01000010, 0x01000010},
+    .capitals = {26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26, 26},
+    .letters = {51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51, 51},
+    .isCapital = {13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13, 13},
+    .distances = {'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                  '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0},
+    .slash = {'/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/', '/'},
+    .highs = {0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10},
+    .lows = {0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1A, 0x1B, 0x1B, 0x1B, 0x1A},
+    .back = {0, 16, 19, 4, -65, -65, -71, -71},
+    .pairs = {0x01400140, 0x01400140, 0x01400140, 0x01400140},
+    .groups = {0x00011000, 0x00011000, 0x00011000, 0x00011000},
+    .pack = {2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1},
+};
+
 unsigned base64Value(char character) {
-    return kValues.values[static_cast<unsigned char>(character)];
+    return kValues[static_cast<unsigned char>(character)];
 }
 
-char *encodeBase64Rest(const void *bytes, std::size_t length, char *target) {
-    unsigned char group[3] = {};
-    std::memcpy(group, bytes, length);
+char *encodeBase64Rest(const char *bytes, std::size_t length, char *target) {
+    const char group[3] = {bytes[0], length == 2 ? bytes[1] : '\0'};
     encodeGroup(group, target);
     target[3] = '=';
     if (length == 1)
@@ -59,10 +72,9 @@ char *encodeBase64Rest(const void *bytes, std::size_t length, char *target) {
     return target + 4;
 }
 
-char *plain::encodeBase64Groups(const void *bytes, std::size_t length, char *target) {
-    const auto *position = static_cast<const unsigned char *>(bytes);
-    for (; length >= 3; length -= 3, position += 3, target += 4)
-        encodeGroup(position, target);
+char *plain::encodeBase64Groups(const char *bytes, std::size_t count, char *target) {
+    for (; count != 0; --count, bytes += 3, target += 4)
+        encodeGroup(bytes, target);
     return target;
 }
 
@@ -81,24 +93,40 @@ Base64Result plain::decodeBase64Groups(const char *position, const char *end, ch
     return {position, target};
 }
 
-// The vector versions leave what is too short for their loads and stores to the next narrower one.
-
-char *encodeBase64Groups(const void *bytes, std::size_t length, char *target) {
-    Base64Input input{static_cast<const char *>(bytes), length};
-    if (hasAvx2())
-        target = avx2::encodeBase64(input, target);
-    if (hasSse41())
-        target = sse41::encodeBase64(input, target);
-    return plain::encodeBase64Groups(input.bytes, input.length, target);
+char *encodeBase64Groups(const char *bytes, std::size_t count, char *target) {
+    if (count >= avx2::kLeastToEncode && hasAvx2())
+        return avx2::encodeBase64(bytes, count, target);
+    if (count >= sse41::kLeastToEncode && hasSse41())
+        return sse41::encodeBase64(bytes, count, target);
+    return plain::encodeBase64Groups(bytes, count, target);
 }
 
 Base64Result decodeBase64Groups(const char *position, const char *end, char *target) {
+    if (position != end && end[-1] == '=')
+        end -= 4; // it would stop there
     Base64Result result{position, target};
-    if (hasAvx2())
-        result = avx2::decodeBase64(result, end);
-    if (hasSse41())
-        result = sse41::decodeBase64(result, end);
+    const auto length = static_cast<std::size_t>(end - position);
+    if (length >= avx2::kLeastToDecode && hasAvx2())
+        result = avx2::decodeBase64(position, end, target);
+    else if (length >= sse41::kLeastToDecode && hasSse41())
+        result = sse41::decodeBase64(position, end, target);
     return plain::decodeBase64Groups(result.next, end, result.end);
+}
+
+char *decodeBase64Last(const char *group, char *target) {
+    const int count = group[3] != '=' ? 3 : group[2] != '=' ? 2 : 1;
+    const unsigned first = base64Value(group[0]);
+    const unsigned second = base64Value(group[1]);
+    const unsigned third = count > 1 ? base64Value(group[2]) : 0;
+    const unsigned fourth = count > 2 ? base64Value(group[3]) : 0;
+    if ((first | second | third | fourth) > 63)
+        return nullptr;
+    target[0] = static_cast<char>(first << 2 | second >> 4);
+    if (count > 1)
+        target[1] = static_cast<char>(second << 4 | third >> 2);
+    if (count > 2)
+        target[2] = static_cast<char>(third << 6 | fourth);
+    return target + count;
 }
 
 } // namespace qb::text

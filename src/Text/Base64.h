@@ -7,13 +7,13 @@
 
 namespace qb::text {
 
-/// Writes the groups of three bytes, `length` of them in all, as four characters each to `target`.
+/// Writes groups of three bytes, `count` of them, as four characters each to `target`.
 ///
 /// Returns the end of what was written; nothing behind it is touched.
-char *encodeBase64Groups(const void *bytes, std::size_t length, char *target);
+char *encodeBase64Groups(const char *bytes, std::size_t count, char *target);
 
 /// Writes the last one or two bytes as four characters with "=" at the end; returns their end.
-char *encodeBase64Rest(const void *bytes, std::size_t length, char *target);
+char *encodeBase64Rest(const char *bytes, std::size_t length, char *target);
 
 /// Where decoding stopped, in the text and in the target.
 struct Base64Result {
@@ -21,11 +21,17 @@ struct Base64Result {
     char *end;
 };
 
-/// Decodes groups of four characters of the alphabet, and stops at the first group that holds anything else.
+/// Decodes whole groups of four characters of the alphabet, and stops at the first one that holds anything
+/// else.
 ///
 /// `target` takes three bytes for each whole group of the text; bytes behind those decoded, up to there, may
 /// be written over.
 Base64Result decodeBase64Groups(const char *position, const char *end, char *target);
+
+/// Decodes a group of four characters that may end with "=" or "==" to as many bytes as it stands for.
+///
+/// Returns the end of what was written; null when the group is none, and then nothing was.
+char *decodeBase64Last(const char *group, char *target);
 
 /// What `base64Value` tells of a byte that is not in the alphabet.
 constexpr unsigned kNoBase64Value = 0xFF;
@@ -34,7 +40,7 @@ constexpr unsigned kNoBase64Value = 0xFF;
 unsigned base64Value(char character);
 
 namespace plain {
-char *encodeBase64Groups(const void *bytes, std::size_t length, char *target);
+char *encodeBase64Groups(const char *bytes, std::size_t count, char *target);
 Base64Result decodeBase64Groups(const char *position, const char *end, char *target);
 } // namespace plain
 

@@ -36,7 +36,7 @@ std::string encoded(ExactCopy &bytes) {
     const std::size_t rest = bytes.size() % 3;
     const std::size_t whole = bytes.size() - rest;
     ExactCopy target(std::string((bytes.size() + 2) / 3 * 4, '?'), bytes.size() % 5);
-    char *end = text::encodeBase64Groups(bytes.begin(), whole, target.begin());
+    char *end = text::encodeBase64Groups(bytes.begin(), whole / 3, target.begin());
     if (rest)
         end = text::encodeBase64Rest(bytes.begin() + whole, rest, end);
     EXPECT_EQ(end, target.end());
