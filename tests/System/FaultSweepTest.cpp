@@ -12,6 +12,8 @@
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 #include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
 #include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
+#include <QBFoundation/QBBlowfishOutputFilter.h>
+#include <QBFoundation/QBCopyShop.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBFileInputStream.h>
@@ -164,6 +166,17 @@ const Use kStreams[] = {
              text->writeBuffer(block, static_cast<std::uint32_t>(count));
          return std::string(text->targetString()->view());
      }},
+    {"EncipheredFile", longFile,
+     [](const Place &place) {
+         auto *source = QBFileInputStream::streamWithFile(place.string("in"));
+         auto *target = source ? QBFileOutputStream::streamWithFile(place.string("out")) : nullptr;
+         if (!target)
+             return;
+         auto *filter = QBBlowfishOutputFilter::streamWithTarget(target, /*randomSeed=*/5);
+         QBCopyShop::copyShop()->copyFrom(source, filter);
+         filter->close();
+     },
+     Leaves::parts},
 };
 QB_FAULT_SWEEP(Streams, kStreams);
 
