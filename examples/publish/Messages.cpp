@@ -52,6 +52,12 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "%s: '%s' is no date."_ns;
     case kErrorNoAddress:
         return "%s: '%s' is no address that a site can have."_ns;
+    case kErrorNoKey:
+        return "The file '%s' holds no key."_ns;
+    case kErrorKeyNeeded:
+        return "There is no key for '%s': --key-file names it."_ns;
+    case kErrorNotDeciphered:
+        return "'%s' is damaged or was enciphered with another key."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

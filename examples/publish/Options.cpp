@@ -8,6 +8,7 @@ namespace publish {
 
 const char *const kUsage =
     "Usage: publish [OPTIONS] SITE OUT\n"
+    "       publish --key-file FILE --encipher | --decipher FILE\n"
     "Renders the site in the directory SITE into the directory OUT.\n"
     "\n"
     "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
@@ -17,6 +18,9 @@ const char *const kUsage =
     "free\n"
     "  --serve-socket PATH  then serve OUT over HTTP at a socket of the file system\n"
     "  --watch              while serving, publish again when something in SITE has changed\n"
+    "  --key-file FILE      the key of enciphered pages, up to 72 bytes\n"
+    "  --encipher FILE      write FILE enciphered to standard output, for a page's source\n"
+    "  --decipher FILE      write the text of the enciphered FILE to standard output\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
@@ -83,6 +87,11 @@ bool readSetting(NSString *text, NSMutableArray *settings) {
     return true;
 }
 
+bool readText(NSString *text, Ref<NSString> &value) {
+    value = text;
+    return text;
+}
+
 bool readOption(std::string_view option, Arguments &arguments, Options &options) {
     std::int64_t number = 0;
     if (option == "--set")
@@ -92,17 +101,17 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
         options.port = static_cast<std::int32_t>(number);
         return isRead;
     }
-    if (option == "--serve-socket") {
-        options.socket = arguments.valueOf(option);
-        return static_cast<bool>(options.socket);
-    }
-    if (option == "--filter") {
-        options.filter = arguments.valueOf(option);
-        return static_cast<bool>(options.filter);
-    }
-    if (option == "--log") {
-        options.logFile = arguments.valueOf(option);
-        return static_cast<bool>(options.logFile);
+    if (option == "--serve-socket")
+        return readText(arguments.valueOf(option), options.socket);
+    if (option == "--filter")
+        return readText(arguments.valueOf(option), options.filter);
+    if (option == "--log")
+        return readText(arguments.valueOf(option), options.logFile);
+    if (option == "--key-file")
+        return readText(arguments.valueOf(option), options.keyFile);
+    if (option == "--encipher" || option == "--decipher") {
+        options.action = option == "--encipher" ? Options::Action::encipher : Options::Action::decipher;
+        return readText(arguments.valueOf(option), options.converted);
     }
     if (option == "--log-level") {
         const bool isRead = readNumber(arguments.valueOf(option), 255, number);

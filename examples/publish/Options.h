@@ -8,7 +8,7 @@ namespace publish {
 
 /// What the command line asks for.
 struct Options {
-    enum class Action { publish, help, version, listChannels };
+    enum class Action { publish, encipher, decipher, help, version, listChannels };
 
     static constexpr std::int32_t kNoPort = -1;
 
@@ -22,6 +22,8 @@ struct Options {
     Ref<NSString> socket;                                  // to serve the site at; null when it is not wanted
     bool watches = false;                                  // publishes again when the source has changed
     Ref<NSString> filter;                                  // a command for each page; null when there is none
+    Ref<NSString> keyFile;
+    Ref<NSString> converted; // the file to encipher or decipher
     Ref<NSString> logFile;
     std::uint8_t logLevel = 0;
     std::int32_t debugLevel = 0;

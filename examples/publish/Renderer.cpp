@@ -77,9 +77,14 @@ bool Renderer::renderPage(const Page &page) {
     const bool isFilled = frame && frame->fill(values, templates_, whole);
     templates_.beingFilled().pop_back();
     NSData *const text = isFilled ? filter_.filtered(page.url, whole->targetData()) : nullptr;
-    const bool isAdded = text && publication_.addPage(page.url, text);
+    const bool isAdded = text && addPage(page, text);
     profile_endAction(profileChannel, "%s", page.url->cString());
     return isAdded;
+}
+
+bool Renderer::addPage(const Page &page, NSData *text) {
+    NSData *const bytes = page.isEnciphered ? site_.cipher.enciphered(text, page.file) : text;
+    return bytes && publication_.addPage(page.url, bytes);
 }
 
 } // namespace publish

@@ -19,6 +19,7 @@ public:
 
 private:
     bool renderPage(const Page &page);
+    bool addPage(const Page &page, NSData *text);
     Ref<NSMutableDictionary> valuesFor(const Page &page) const;
 
     const Site &site_;

@@ -63,8 +63,16 @@ bool addDates(Page &page) {
     return true;
 }
 
-bool readPage(NSString *file, NSString *path, Page &page) {
-    NSString *const content = readText(file);
+NSString *readEnciphered(NSString *file, const Cipher &cipher) {
+    NSData *const bytes = readBytes(file);
+    return bytes ? cipher.deciphered(bytes, file) : nullptr;
+}
+
+bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) {
+    const bool isEnciphered = path->pathExtension()->isEqualToString(encipheredExtension());
+    if (isEnciphered)
+        path = path->stringByDeletingPathExtension();
+    NSString *const content = isEnciphered ? readEnciphered(file, cipher) : readText(file);
     if (!content)
         return false;
     const std::string_view text = content->view();
@@ -81,6 +89,10 @@ bool readPage(NSString *file, NSString *path, Page &page) {
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
+    const id isToBeEnciphered = head->objectForKey("enciphered"_ns);
+    page.isEnciphered = isToBeEnciphered && isToBeEnciphered->stringValue()->boolValue();
+    if (page.isEnciphered)
+        page.url = page.url->stringByAppendingPathExtension(encipheredExtension());
     page.head->setObjectForKey(page.url, "url"_ns);
     page.body = htmlOf(text.substr(0, start), text.substr(start), isText);
     return addDates(page);
@@ -95,7 +107,7 @@ bool readPages(Site &site) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         Page page;
-        if (!readPage(directory->stringByAppendingPathComponent(path), path, page))
+        if (!readPage(directory->stringByAppendingPathComponent(path), path, site.cipher, page))
             return false;
         site.pages.push_back(std::move(page));
     }

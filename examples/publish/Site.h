@@ -2,6 +2,8 @@
 #ifndef PUBLISH_SITE_H
 #define PUBLISH_SITE_H
 
+#include "Cipher.h"
+
 #include <QBFoundation/QBFoundation.h>
 
 #include <vector>
@@ -13,7 +15,8 @@ struct Page {
     Ref<NSString> file; // that it was read from
     Ref<NSString> url;  // where it goes, relative to the site's root
     Ref<NSMutableDictionary> head;
-    Ref<NSString> body; // HTML
+    Ref<NSString> body;        // HTML
+    bool isEnciphered = false; // where it goes
 };
 
 /// The settings of `site.plist` and the pages.
@@ -23,6 +26,7 @@ struct Site {
     Ref<NSMutableDictionary> settings;
     Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
     std::vector<Page> pages;        // in the order of their paths
+    Cipher cipher;                  // for the pages that want one
 
     /// The directory that the names of files are relative to.
     NSString *base() const;

@@ -3,6 +3,7 @@
 // It shows how a program uses the library: the start-up steps, values from property lists, streams, files,
 // errors that are looked at when it suits, and a result that is never seen half-made.
 #include "Channels.h"
+#include "Files.h"
 #include "Indexes.h"
 #include "Interruption.h"
 #include "Messages.h"
@@ -18,6 +19,7 @@
 #include <cstring>
 #include <exception>
 #include <optional>
+#include <unistd.h>
 
 namespace publish {
 
@@ -69,6 +71,8 @@ bool configure(const Options &options) {
 
 bool publishSite(const Options &options, Counts &counts) {
     Site site;
+    if (options.keyFile && !site.cipher.readKey(options.keyFile))
+        return false;
     if (!readSite(options.site, options.target, options.settings, site))
         return false;
     Publication publication(options.target);
@@ -78,6 +82,25 @@ bool publishSite(const Options &options, Counts &counts) {
                         publication.commit();
     counts = publication.counts();
     return isDone && !hasFailed();
+}
+
+// Writes the enciphered bytes of a file, or the text of an enciphered one, to standard output.
+bool convert(const Options &options) {
+    Cipher cipher;
+    NSData *const bytes =
+        !options.keyFile || cipher.readKey(options.keyFile) ? readBytes(options.converted) : nullptr;
+    if (!bytes)
+        return false;
+    const id result = options.action == Options::Action::encipher
+                          ? static_cast<id>(cipher.enciphered(bytes, options.converted))
+                          : cipher.deciphered(bytes, options.converted);
+    if (!result)
+        return false;
+    const Ref<QBFileOutputStream> output =
+        QBFileOutputStream::initWithFilePointer(::fdopen(::dup(STDOUT_FILENO), "wb"));
+    output->writeObject(result);
+    output->close();
+    return !hasFailed();
 }
 
 void sayErrors() {
@@ -157,6 +180,12 @@ int act(const Options &options) {
         OSUserIO::printLn(printer->getHelpForDebugChannels());
         OSUserIO::printLn(printer->getHelpForProfileChannels());
         return 0;
+    case Options::Action::encipher:
+    case Options::Action::decipher:
+        if (convert(options))
+            return 0;
+        sayErrors();
+        return kExitFailed;
     case Options::Action::publish:
         break;
     }

@@ -399,6 +399,49 @@ before=$(snapshot)
 ! publish "$site" "$out" <&- >&- 2>&- || fail 'a run without descriptors succeeded'
 [ "$before" = "$(snapshot)" ] || fail 'a run without descriptors changed something'
 
+# Pages that are enciphered, in the site and in what becomes of it.
+new_site
+rm -r "$out"
+printf 'open sesame\r\n' >"$work/key"
+echo wrong >"$work/other-key"
+printf '\n' >"$work/no-key"
+printf '{ title = T; }\n---\n{{page.url}} {{page.none}}' >"$work/secret.txt"
+with_key() { publish --key-file "$work/key" "$@"; }
+conceal() { with_key --encipher "$work/secret.txt" >"$site/pages/deep/secret.txt.enc"; }
+conceal
+expect 'there and back' "$(cat "$work/secret.txt") [0]" with_key --decipher "$site/pages/deep/secret.txt.enc"
+! grep -q page "$site/pages/deep/secret.txt.enc" || fail 'a page was not enciphered'
+! with_key "$site" "$out" >/dev/null 2>"$work/stderr" || fail 'a page with a missing key was published'
+grep -qF "deep/secret.txt.enc:3: there is no value for 'page.none'." "$work/stderr" || fail "$(cat "$work/stderr")"
+sed -i 's/{{page.none}}/</' "$work/secret.txt"
+conceal
+page index.html '{ title = Inner; enciphered = YES; }' '{{#each pages as p}}{{p.url}} {{/each}}'
+page deep/text.txt '{ title = Outer; enciphered = NO; }' plain
+expect 'enciphered pages' "$out: 8 written, 0 unchanged, 0 removed [0]" with_key "$site" "$out"
+expect 'the same again' "$out: 0 written, 8 unchanged, 0 removed [0]" with_key "$site" "$out"
+grep -qF 'deep/secret.html &lt;' "$out/deep/secret.html" || fail "secret.html: $(cat "$out/deep/secret.html")"
+with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text.html index.html.enc' ||
+    fail 'index.html.enc does not come back'
+cut=$work/cut.enc
+head -c 23 "$out/index.html.enc" >"$cut"
+while IFS='|' read -r arguments message; do
+    status=0
+    eval "publish $arguments" >/dev/null 2>"$work/stderr" || status=$?
+    [ $status -eq 1 ] || fail "$arguments: exit status $status"
+    grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
+done <<'ROWS'
+"$site" "$out"|[910031] There is no key for '
+--decipher "$out/index.html.enc"|[910031] There is no key for '
+--encipher "$work/key"|[910031] There is no key for '
+--key-file "$work/other-key" "$site" "$out"|[910032] '
+--key-file "$work/other-key" --decipher "$out/index.html.enc"|is damaged or was enciphered with another key.
+--key-file "$work/key" --decipher "$cut"|[100239] The blowfish encrypted data is corrupt.
+--key-file "$work/key" --decipher "$work/gone"|gone' does not exist.
+--key-file "$work/no-key" "$site" "$out"|[910030] The file '
+--key-file "$work/gone" "$site" "$out"|gone' does not exist.
+ROWS
+! with_key --decipher "$out/index.html.enc" >/dev/full 2>/dev/null || fail 'what could not be written counts as written'
+
 new_site
 page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
 (
@@ -523,6 +566,8 @@ a b c|There is an argument too many
 --set|--set wants a value
 --set a "$site" "$out"|--set wants KEY=VALUE
 --set =a "$site" "$out"|--set wants KEY=VALUE
+--key-file|--key-file wants a value
+--decipher|--decipher wants a value
 --log-level|--log-level wants a value
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log-level -1 "$site" "$out"|'-1' is no number that fits
