@@ -27,17 +27,18 @@ public:
     }
 };
 
-/// A logger in whose work the process crashes.
+/// A logger in whose work the process crashes, or waits for ever.
 class Broken : public OSLogger {
 public:
-    static Class *cls() {
-        static Class *const self = new Class("Broken", OSLogger::cls(), {}, qb::construct<Broken>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
+    explicit Broken(bool waits = false) : waits_(waits) {}
     void logWithLevelFormatAndArglist(std::int32_t, NSString *, const qb::ArgList &) override {
-        std::abort();
+        if (!waits_)
+            std::abort();
+        ::raise(::alarm(0) > 0 ? SIGALRM : SIGKILL); // as if that time had passed
     }
+
+private:
+    const bool waits_;
 };
 
 volatile std::sig_atomic_t seen = 0;
@@ -53,9 +54,11 @@ TEST_F(OSProcessSignalsTest, TerminationHandlerDecidesWhetherTheProcessEnds) {
     for (const int signal : {SIGTERM, SIGINT, SIGQUIT}) {
         const auto end = runInChild([signal] {
             send<void>(OSProcess::cls(), "registerTerminationHandler:"_sel, &note);
+            struct sigaction action {};
+            ::sigaction(signal, nullptr, &action);
             errno = EDOM;
             ::raise(signal);
-            if (seen != signal || errno != EDOM)
+            if (seen != signal || errno != EDOM || (action.sa_flags & SA_RESTART) == 0)
                 ::_exit(1);
             OSProcess::registerTerminationHandler([](int number) -> BOOL {
                 ::dprintf(STDERR_FILENO, "got %d", number);
@@ -139,13 +142,15 @@ TEST_F(OSProcessSignalsTest, SelfDestructionEndsTheProcessWhateverStateItIsIn) {
     EXPECT_EQ(end.status, 17);
     EXPECT_EQ(logLines(end.standardError, end.process),
               "[T] (P) [] Self destruction timeout, process terminated.\n");
-    const auto crash = runInChild([] {
-        const auto logger = Ref<Broken>::adopt(new Broken);
-        OSLogger::_loggers()->setObjectForKey(logger, "alert"_ns);
-        OSProcess::selfDestructionWithTimeout(100);
-        ::raise(SIGALRM);
-    });
-    EXPECT_EQ(crash.status, 17);
+    for (const bool waits : {false, true}) {
+        const auto broken = runInChild([waits] {
+            const auto logger = Ref<Broken>::adopt(new Broken(waits));
+            OSLogger::_loggers()->setObjectForKey(logger, "alert"_ns);
+            OSProcess::selfDestructionWithTimeout(100);
+            ::raise(SIGALRM);
+        });
+        EXPECT_EQ(broken.status, 17);
+    }
 }
 
 TEST_F(OSProcessSignalsTest, SelfDestructionIsCancelled) {
