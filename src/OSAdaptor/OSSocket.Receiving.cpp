@@ -27,10 +27,14 @@ constexpr int kBufferTraceLevel = 9;
 // What filling the buffer answers when an error is pending afterwards.
 constexpr std::int32_t kFailed = -2;
 
-void requireBuffer(const void *buffer, const char *selector) {
-    if (!buffer)
-        throw InvalidArgumentException(std::string("OSSocket ") + selector +
-                                       " must have a buffer that is not NULL.");
+[[noreturn, gnu::cold]] void throwForBuffer(const char *selector) {
+    throw InvalidArgumentException(std::string("OSSocket ") + selector +
+                                   " must have a buffer that is not NULL.");
+}
+
+inline void requireBuffer(const void *buffer, const char *selector) {
+    if (!buffer) [[unlikely]]
+        throwForBuffer(selector);
 }
 
 // Takes the carriage returns out; returns the new end.
@@ -81,20 +85,25 @@ std::int32_t OSSocket::receiveWithBuffer(void *buffer, std::uint32_t length, std
 
 // --- Through the buffer ---
 
+void OSSocket::traceBuffer(const char *format, std::int32_t count, std::int32_t limit) const {
+    qb::trace(DEBUG_CHANNEL_SOCKET,
+              {kFile, __LINE__, this, "bufferedReceiveWithBuffer:length:timeout:performPeek:"}, format, count,
+              limit);
+}
+
 std::int32_t OSSocket::_copyBytesFromInternalBufferIntoBuffer(void *buffer, std::uint32_t length,
                                                               std::int32_t offset, BOOL performPeek) {
     requireBuffer(buffer, "_copyBytesFromInternalBufferIntoBuffer:length:offset:performPeek:");
-    const auto count =
-        static_cast<std::int32_t>(std::min(length, static_cast<std::uint32_t>(bufferedCount())));
+    return copyBuffered(static_cast<char *>(buffer) + std::max(offset, 0), length, performPeek);
+}
+
+inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, bool performPeek) {
+    const std::int32_t held = bufferedCount();
+    const auto count = static_cast<std::int32_t>(std::min(length, static_cast<std::uint32_t>(held)));
     if (debug >= kBufferTraceLevel) [[unlikely]]
-        qb::trace(
-            DEBUG_CHANNEL_SOCKET,
-            {kFile, __LINE__, this, "_copyBytesFromInternalBufferIntoBuffer:length:offset:performPeek:"},
-            "%d of %d bytes in the buffer are wanted", count, bufferedCount());
-    if (count == 0)
-        return 0;
-    std::memcpy(static_cast<char *>(buffer) + std::max(offset, 0), internalBuffer_ + currentPositionInBuffer_,
-                static_cast<std::size_t>(count));
+        traceBuffer("bytes wanted of those in the buffer: %d of %d", count, held);
+    if (count > 0)
+        std::memcpy(buffer, internalBuffer_ + currentPositionInBuffer_, static_cast<std::size_t>(count));
     if (!performPeek)
         currentPositionInBuffer_ += count;
     return count;
@@ -117,9 +126,7 @@ std::int32_t OSSocket::fillBuffer(std::int64_t timeout) {
     const std::int32_t count = receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO);
     numberOfBytesInBuffer_ = std::max(count, 0);
     if (debug >= kBufferTraceLevel) [[unlikely]]
-        qb::trace(DEBUG_CHANNEL_SOCKET,
-                  {kFile, __LINE__, this, "bufferedReceiveWithBuffer:length:timeout:performPeek:"},
-                  "filled the buffer: %d", count);
+        traceBuffer("bytes received into the buffer: %d of %d", count, kBufferSize);
     return qb::isErrorPending() ? kFailed : count;
 }
 
@@ -133,8 +140,7 @@ std::int32_t OSSocket::bufferedReceiveWithBuffer(void *buffer, std::uint32_t len
 }
 
 std::int32_t OSSocket::peek(char *buffer, std::uint32_t length, std::int64_t timeout) {
-    const std::int32_t count =
-        _copyBytesFromInternalBufferIntoBuffer(buffer, length, /*offset=*/0, /*performPeek=*/YES);
+    const std::int32_t count = copyBuffered(buffer, length, /*performPeek=*/true);
     const std::uint32_t rest = length - static_cast<std::uint32_t>(count);
     if (rest == 0 || isEofReached_)
         return count;
@@ -151,8 +157,7 @@ std::int32_t OSSocket::take(char *buffer, std::uint32_t length, std::int64_t tim
             return -1;
         if (held <= 0)
             return done > 0 ? static_cast<std::int32_t>(done) : held;
-        done += static_cast<std::uint32_t>(_copyBytesFromInternalBufferIntoBuffer(
-            buffer, length - done, static_cast<std::int32_t>(done), /*performPeek=*/NO));
+        done += static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
     }
     return static_cast<std::int32_t>(done);
 }
