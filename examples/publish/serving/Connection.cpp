@@ -95,7 +95,7 @@ void Connection::begin(Answer answer, Clock::time_point now) {
 Connection::Progress Connection::send(Clock::time_point now) {
     if (sent_ == block_.size() && answer_.size == 0)
         return endAnswer(now);
-    if (sent_ == block_.size() && !fillBlock())
+    if (!fillBlock())
         return Progress::ended;
     const std::int32_t count =
         socket_->sendBuffer(block_.data() + sent_, static_cast<std::uint32_t>(block_.size() - sent_));
@@ -106,16 +106,21 @@ Connection::Progress Connection::send(Clock::time_point now) {
     return Progress::made;
 }
 
+// Puts as much of the content behind what is to be sent as there is room, so that a head does not go alone.
 // Returns false when the file has become shorter than was announced.
 bool Connection::fillBlock() {
-    block_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, answer_.size)));
-    const std::int32_t count =
-        answer_.content->readBuffer(block_.data(), static_cast<std::uint32_t>(block_.size()));
+    if (sent_ == block_.size())
+        block_.resize(sent_ = 0);
+    if (sent_ != 0 || answer_.size == 0 || block_.size() >= kBlock)
+        return true;
+    const std::size_t used = block_.size();
+    const auto room = static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlock - used, answer_.size));
+    block_.resize(used + room);
+    const std::int32_t count = answer_.content->readBuffer(block_.data() + used, room);
     if (count <= 0)
         return false;
-    block_.resize(static_cast<std::size_t>(count));
+    block_.resize(used + static_cast<std::size_t>(count));
     answer_.size -= static_cast<std::uint64_t>(count);
-    sent_ = 0;
     return true;
 }
 

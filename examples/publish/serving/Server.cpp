@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -111,6 +112,9 @@ void Server::accept(Clock::time_point now) {
             nextAccept_ = now + kPauseWithoutDescriptors;
         if (!socket)
             return;
+        const int isOn = 1; // so that the end of an answer is not kept back until its beginning has arrived
+        if (socket->socketType() == OSSocket::kInternet)
+            socket->setSockOptWithLevel(IPPROTO_TCP, TCP_NODELAY, &isOn, sizeof isOn);
         if (socket->setNonBlocking())
             connections_.emplace_back(socket, root_, now);
     }
