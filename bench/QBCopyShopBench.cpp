@@ -3,11 +3,12 @@
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSSocket.h>
+#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
 #include <QBFoundation/QBCopyShop.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
 #include <QBFoundation/QBFileInputStream.h>
-#include <QBFoundation/QBOutputStream.h>
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +18,6 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -80,38 +80,30 @@ private:
 class Drain {
 public:
     Drain() {
-        if (::socketpair(AF_UNIX, SOCK_STREAM, 0, ends_) != 0)
+        const std::string name =
+            std::filesystem::temp_directory_path() / ("qb-drain-" + std::to_string(::getpid()));
+        NSString *const path = NSString::stringWith(name);
+        const Ref<OSSocket> listener = OSSocket::initServerSocketWithName(path);
+        socket_ = OSSocket::initClientSocketWithName(path);
+        peer_ = OSSocket::initAcceptSocketFromListener(listener);
+        std::filesystem::remove(name);
+        if (!peer_)
             throw std::runtime_error("no sockets");
-        reader_ = std::thread([end = ends_[1]] {
+        reader_ = std::thread([end = peer_->socketHandle()] {
             std::vector<char> buffer(1 << 20);
             while (::read(end, buffer.data(), buffer.size()) > 0) {
             }
         });
     }
     ~Drain() {
-        ::shutdown(ends_[0], SHUT_RDWR);
+        socket_->shutdown();
         reader_.join();
-        ::close(ends_[0]);
-        ::close(ends_[1]);
     }
-    int end() const { return ends_[0]; }
+    OSSocket *socket() const { return socket_; }
 
 private:
-    int ends_[2];
+    Ref<OSSocket> socket_, peer_;
     std::thread reader_;
-};
-
-/// A client's stream that sends what it gets.
-class Sender : public QBOutputStream {
-public:
-    explicit Sender(int socket) : socket_(socket) {}
-    void _writeBuffer(const void *buffer, std::uint32_t length) override {
-        if (::send(socket_, buffer, length, 0) != static_cast<ssize_t>(length))
-            throw std::runtime_error("not sent");
-    }
-
-private:
-    int socket_;
 };
 
 void sendOurs(benchmark::State &state) {
@@ -119,7 +111,7 @@ void sendOurs(benchmark::State &state) {
     const File file;
     const Drain drain;
     NSString *const path = NSString::stringWithCString(file.path());
-    const Ref<Sender> target = Ref<Sender>::adopt(new Sender(drain.end()));
+    QBOutputStream *const target = drain.socket()->getOutputStream();
     const Ref<QBCopyShop> shop = QBCopyShop::init();
     for (auto _ : state) {
         const NSAutoreleasePool pool;
@@ -132,6 +124,7 @@ void sendOurs(benchmark::State &state) {
 }
 
 void sendInALoop(benchmark::State &state) {
+    const NSAutoreleasePool pool;
     const File file;
     const Drain drain;
     std::vector<char> buffer(kPiece);
@@ -139,7 +132,8 @@ void sendInALoop(benchmark::State &state) {
         std::FILE *const source = std::fopen(file.path(), "rb");
         const int descriptor = ::fileno(source);
         for (ssize_t count; (count = ::read(descriptor, buffer.data(), buffer.size())) > 0;)
-            if (::write(drain.end(), buffer.data(), static_cast<std::size_t>(count)) != count)
+            if (::write(drain.socket()->socketHandle(), buffer.data(), static_cast<std::size_t>(count)) !=
+                count)
                 state.SkipWithError("not written");
         std::fclose(source);
     }

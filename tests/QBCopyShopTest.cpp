@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSMutableString.h>
+#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 #include <QBFoundation/QBDataInputStream.h>
 #include <QBFoundation/QBDataOutputStream.h>
@@ -14,6 +15,7 @@
 #include "System/Faults.h"
 #include "support/ErrorExpectation.h"
 #include "support/PoolFixture.h"
+#include "support/SocketPair.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -151,6 +153,17 @@ TEST_F(QBCopyShopTest, TimedCopiesReadWithTheTimeOutAndEndWithIt) {
     EXPECT_EQ(target->byteCounter(), 9u);
     EXPECT_THROW(shop->copyFromToTimeout(QBDataInputStream::streamWithData(dataOf("x")), target, 1),
                  InvalidArgumentException);
+}
+
+TEST_F(QBCopyShopTest, ASocketThatIsSilentEndsATimedCopy) {
+    const SocketPair pair;
+    QBDataOutputStream *const target = QBDataOutputStream::stream();
+    QBInputStream *const from = pair.client->getInputStream();
+    QBCopyShop *const shop = QBCopyShop::copyShop();
+    pair.feed("abcdef");
+    EXPECT_EQ(shop->copyFromToLength(from, target, 4, 1000), 4u);
+    EXPECT_EQ(shop->copyFromToTimeout(from, target, 20), 2);
+    EXPECT_EQ(target->byteCounter(), 6u);
 }
 
 TEST_F(QBCopyShopTest, ErrorsEndACopyAndStandBehindThoseOfTheCaller) {
