@@ -27,12 +27,14 @@
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
 #include <QBFoundation/OSAdaptor/OSNameService.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSPipe.h>
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSProgressBar.h>
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 #include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
 #include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
@@ -111,11 +113,13 @@ std::span<const qb::ListedClass> qb::libraryClasses() {
         {"OSFilePath", &OSFilePath::cls},
         {"OSLogger", &OSLogger::cls},
         {"OSNameService", &OSNameService::cls},
+        {"OSMultipleChoiceDescription", &OSMultipleChoiceDescription::cls},
         {"OSObject", &OSObject::cls},
         {"OSPipe", &OSPipe::cls},
         {"OSPipeInputStream", &OSPipeInputStream::cls},
         {"OSPipeOutputStream", &OSPipeOutputStream::cls},
         {"OSProcess", &OSProcess::cls},
+        {"OSProgressBar", &OSProgressBar::cls},
         {"OSSorter", &OSSorter::cls},
         {"OSSocket", &OSSocket::cls},
         {"OSSocketInputStream", &OSSocketInputStream::cls},

@@ -67,6 +67,7 @@ constexpr int kErrorWrongObjectForKey = 900011;
 constexpr int kErrorMalformedKeyList = 900020;
 constexpr int kErrorMalformedEnvironment = 900021;
 constexpr int kErrorCopyTooLong = 900030;
+constexpr int kErrorNoAnswer = 900040;
 constexpr int kErrorCannotSetSocketOption = 900050;
 constexpr int kErrorCannotSetSocketMode = 900051;
 constexpr int kErrorCannotAccept = 900052;
@@ -139,6 +140,7 @@ inline constexpr ErrorNumber kErrorNumbers[] = {
     {kErrorMalformedEnvironment, "line, what was expected",
      "The encoded environment is malformed in line %d: expected %s."},
     {kErrorCopyTooLong, "bytes", "%d bytes were copied, more than a result can tell."},
+    {kErrorNoAnswer, "system text", "No answer could be read from standard input: %s"},
     {kErrorCannotSetSocketOption, "option, system text", "The socket option %d could not be set: %s"},
     {kErrorCannotSetSocketMode, "socket, system text", "The mode of the socket %d could not be set: %s"},
     {kErrorCannotAccept, "socket, system text", "The socket %d could not accept a connection: %s"},

@@ -33,12 +33,14 @@
 #include <QBFoundation/OSAdaptor/OSEnvironment.h>
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
 #include <QBFoundation/OSAdaptor/OSNameService.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 #include <QBFoundation/OSAdaptor/OSPipe.h>
 #include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
 #include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
 #include <QBFoundation/OSAdaptor/OSProcess.h>
+#include <QBFoundation/OSAdaptor/OSProgressBar.h>
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 #include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
 #include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>

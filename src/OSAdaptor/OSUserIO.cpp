@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "OSAdaptor/OSUserIO.Print.h"
@@ -124,6 +125,8 @@ Class *OSUserIO::cls() {
         qb::classMethod<"eprint:", void(NSString *)>(&OSUserIO::eprint),
         qb::classMethod<"eprintLn:", void(NSString *)>(&OSUserIO::eprintLn),
         qb::classMethod<"eprintLn", void()>(&OSUserIO::eprintLn),
+        qb::classMethod<"askUserForStringWithQuestion:">(&OSUserIO::askUserForStringWithQuestion),
+        qb::classMethod<"askMultipleChoice:withQuestion:">(&OSUserIO::askMultipleChoice),
     };
     static Class *const self = new Class("OSUserIO", OSObject::cls(), methods);
     return self;

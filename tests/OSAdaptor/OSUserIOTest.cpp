@@ -2,13 +2,19 @@
 
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
+#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
+#include <QBFoundation/QBStringOutputStream.h>
+#include <QBFoundation/Runtime/Send.h>
 
 #include "System/Faults.h"
+#include "support/Locales.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Terminal.h"
 
 #include <clocale>
 #include <cstdlib>
+#include <fcntl.h>
 
 namespace {
 
@@ -110,6 +116,24 @@ TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] \xFC\n");
 }
 
+TEST_F(OSUserIOTest, TextsAreConvertedForTheTerminalsLocale) {
+    for (const auto &[locale, expected] : {std::pair("C.UTF-8", "Stra\xC3\x9F"
+                                                                "e \xE2\x82\xAC\n"),
+                                           {"de_DE.UTF-8", "Stra\xC3\x9F"
+                                                           "e \xE2\x82\xAC\n"},
+                                           {"de_DE.ISO-8859-1", "Stra\xDF"
+                                                                "e \xE2\x82\xAC\n"},
+                                           {"C", "Stra\xC3\x9F"
+                                                 "e \xE2\x82\xAC\n"}}) {
+        NEED_LOCALE(locale);
+        Terminal terminal([name = locale] {
+            setLocale(name);
+            OSUserIO::printLn("Straße €"_ns);
+        });
+        EXPECT_EQ(terminal.end(), expected) << locale;
+    }
+}
+
 TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
     CapturedOutput error;
     setLocale("C.UTF-8");
@@ -131,4 +155,128 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
               "All terminal output will be UTF-8 encoded.\n"
               "The conversion to terminal charset ANSI_X3.4-1968 is not supported: Invalid argument\n"
               "All terminal output will be UTF-8 encoded.\n");
+}
+
+// --- Asking ---
+
+namespace {
+
+OSMultipleChoiceDescription *yesOrNo() {
+    OSMultipleChoiceDescription *const choices = OSMultipleChoiceDescription::multipleChoiceDescription();
+    choices->setDescriptionString("Yes"_ns, 'y');
+    choices->setDescriptionString("No"_ns, 'n');
+    return choices;
+}
+
+// Prints the errors that were raised, and takes them away.
+void printErrors() {
+    for (const auto &error : recordingErrorHandler()->raised)
+        OSUserIO::printLn(NSString::stringWith(std::to_string(error.number) + ": " + error.values));
+    recordingErrorHandler()->raised.clear();
+    ERRORHANDLER->clearErrorStack();
+}
+
+void ask(const char *question) {
+    NSString *const answer = OSUserIO::askUserForStringWithQuestion(NSString::stringWith(question));
+    OSUserIO::printLn(NSString::stringWith("[" + describe(answer) + "]"));
+    printErrors();
+}
+
+// What a program writes that reads a file as its standard input.
+std::string writtenWithInput(const TemporaryDirectory &directory, const std::string &input,
+                             const std::function<void()> &work) {
+    directory.write("in", input);
+    CapturedOutput output(STDOUT_FILENO);
+    runInChild([&] {
+        ::dup2(::open((directory / "in").c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+        work();
+    });
+    return output.end();
+}
+
+} // namespace
+
+TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
+    Terminal terminal([] {
+        ask("Name?");
+        ask("");
+        ask("End?");
+        ask("Again?");
+    });
+    EXPECT_TRUE(terminal.answer("> ", "Ada Gr\xC3\xBC\xC3\x9F\n"));
+    EXPECT_TRUE(terminal.answer("> ", "\n"));
+    EXPECT_TRUE(terminal.answer("> ", Terminal::kEnd));
+    EXPECT_TRUE(terminal.answer("> ", "here\n")); // the end was that of one answer
+    EXPECT_EQ(terminal.end(),
+              "Name?\n> [Ada Gr\xC3\xBC\xC3\x9F]\n\n> []\nEnd?\n> []\n900040: Success\nAgain?\n> [here]\n");
+}
+
+TEST_F(OSUserIOTest, AnswersOfAnyLengthAreReadWhole) {
+    const TemporaryDirectory directory;
+    for (std::size_t length : {998, 999, 1000, 1998, 1999, 50000}) {
+        const std::string line(length, 'x');
+        const std::string written = writtenWithInput(directory, line + "\nlast", [] {
+            ask("A");
+            ask("B");
+        });
+        EXPECT_EQ(written, "A\n> [" + line + "]\nB\n> [last]\n900040: Success\n");
+    }
+    EXPECT_EQ(writtenWithInput(directory, std::string("a\0b\n", 4),
+                               [] {
+                                   NSString *const answer = OSUserIO::askUserForStringWithQuestion("A"_ns);
+                                   OSUserIO::print(
+                                       NSString::stringWith(std::to_string(answer->view().size())));
+                               }),
+              "A\n> 3");
+    EXPECT_EQ(writtenWithInput(directory, "text\n",
+                               [] {
+                                   const Fault fault(Call::fgets, /*skip=*/0, /*times=*/1, EIO);
+                                   ask("A");
+                               }),
+              "A\n> []\n900040: Input/output error\n");
+}
+
+TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
+    Terminal terminal([] {
+        const auto choose = [](NSString *question) {
+            const char choice = OSUserIO::askMultipleChoice(yesOrNo(), question);
+            OSUserIO::printLn(NSString::stringWith("[" + std::string(1, choice ? choice : '0') + "]"));
+            printErrors();
+        };
+        choose("Sure?"_ns);
+        choose(nullptr);
+        choose("End?"_ns);
+        choose("Again?"_ns);
+        EXPECT_EQ(OSUserIO::askMultipleChoice(nullptr, "No choice"_ns), 0);
+    });
+    for (const char *answer : {"x\n", "\n", "yes\n", "ny\n", Terminal::kEnd, "n\n"})
+        EXPECT_TRUE(terminal.answer("> ", answer));
+    const std::string choices = "y - Yes\nn - No\n> ";
+    EXPECT_EQ(terminal.end(), "Sure?\n" + choices + "Sure?\n" + choices + "Sure?\n" + choices + "[y]\n" +
+                                  "Choose one of the following options!\n" + choices + "[n]\n" + "End?\n" +
+                                  choices + "[0]\n900040: Success\n" + "Again?\n" + choices + "[n]\n");
+}
+
+TEST_F(OSUserIOTest, ADescriptionKeepsItsChoicesInOrder) {
+    OSMultipleChoiceDescription *const choices = yesOrNo();
+    EXPECT_EQ(describe(choices->asFormattedString()), "y - Yes\nn - No\n");
+    const Ref<OSMultipleChoiceDescription> copy = choices->copy();
+    choices->setDescriptionString("Never"_ns, 'n');
+    choices->setDescriptionString("Other"_ns, '\xFE');
+    choices->setDescriptionString(nullptr, 'y');
+    EXPECT_EQ(describe(choices->asFormattedString()), "n - Never\n\xFE - Other\n");
+    choices->setDescriptionString("At last"_ns, 'y');
+    EXPECT_EQ(describe(choices->asFormattedString()), "n - Never\n\xFE - Other\ny - At last\n");
+    EXPECT_EQ(describe(copy->asFormattedString()), "y - Yes\nn - No\n");
+    EXPECT_TRUE(copy->characterHasDescription('y'));
+    EXPECT_FALSE(copy->characterHasDescription('Y'));
+    EXPECT_FALSE(copy->characterHasDescription('\xFF'));
+    EXPECT_REASON(
+        choices->setDescriptionString("x"_ns, '\xFF'),
+        "OSMultipleChoiceDescription setDescriptionString:forCharacter: must have a character with a code "
+        "below 255.");
+    QBStringOutputStream *const stream = QBStringOutputStream::stream();
+    for (char character : {'x', 'n'})
+        send<void>(copy.get(), "_write:on:"_sel, character, stream);
+    EXPECT_EQ(describe(stream->targetString()), "n - No\n");
 }

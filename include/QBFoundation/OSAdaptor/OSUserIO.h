@@ -8,6 +8,7 @@
 #include <iconv.h>
 
 class NSString;
+class OSMultipleChoiceDescription;
 
 /// Converts a text for the terminal: takes `_iconvHandle` and the text, returns the converted text.
 using OutputConversionCallback = NSString *(*)(iconv_t handle, NSString *string);
@@ -57,6 +58,20 @@ public:
     static void eprint(NSString *string) { eprint(string, /*withNewLine=*/NO); }
     static void eprintLn(NSString *string) { eprint(string, /*withNewLine=*/YES); }
     static void eprintLn() { eprintLn(nullptr); }
+
+    // --- Asking ---
+
+    // Questions go to standard output, and behind each a line with "> "; answers come from standard input.
+    // Both calls wait for a whole line.
+
+    /// Returns the line that the user enters, without its end, autoreleased; the bytes as they come.
+    /// At the end of input, and when it can't be read, 900040 (system text) is raised, and what came before
+    /// is returned.
+    static NSString *askUserForStringWithQuestion(NSString *question);
+    /// Asks, with the choices shown, until the first character of a line is one of them, and returns it.
+    /// Without a question (nil) the user is told to choose one of the options. Returns 0 for nil, without
+    /// asking, and after 900040 (system text) at the end of input or when it can't be read.
+    static char askMultipleChoice(OSMultipleChoiceDescription *description, NSString *withQuestion);
 
 private:
     OSUserIO() = default;

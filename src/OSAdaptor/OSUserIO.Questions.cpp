@@ -1,0 +1,73 @@
+// Asking the user.
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
+
+#include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
+#include <QBFoundation/QBErrorHandler.h>
+#include <QBFoundation/QBStringOutputStream.h>
+
+#include "System/Stdio.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace sys = qb::sys;
+
+namespace {
+
+constexpr const char *kFile = "src/OSAdaptor/OSUserIO";
+
+constexpr std::size_t kPieceSize = 1000;
+
+// On a terminal the end is that of one answer, so the next question may have another.
+void raiseNoAnswer(int line) {
+    qb::raiseError(kFile, line, qb::kErrorNoAnswer, std::strerror(errno));
+    sys::clearerr(stdin);
+}
+
+// Reads a character and drops the rest of its line. Returns EOF, with an error raised, when there is none.
+int readChoice() {
+    const int choice = sys::fgetc(stdin);
+    if (choice == EOF)
+        raiseNoAnswer(__LINE__);
+    for (int byte = choice; byte != '\n' && byte != EOF;)
+        byte = sys::fgetc(stdin);
+    return choice;
+}
+
+} // namespace
+
+NSString *OSUserIO::askUserForStringWithQuestion(NSString *question) {
+    printLn(question);
+    print("> "_ns);
+    QBStringOutputStream *const answer = QBStringOutputStream::stream();
+    char piece[kPieceSize];
+    for (;;) {
+        const std::size_t length = sys::readLine(piece, sizeof piece, stdin);
+        if (length == 0) {
+            raiseNoAnswer(__LINE__);
+            break;
+        }
+        const bool isLast = piece[length - 1] == '\n';
+        answer->writeBuffer(piece, static_cast<std::uint32_t>(length - (isLast ? 1 : 0)));
+        if (isLast)
+            break;
+    }
+    return answer->targetString();
+}
+
+char OSUserIO::askMultipleChoice(OSMultipleChoiceDescription *description, NSString *withQuestion) {
+    if (!description)
+        return 0;
+    for (;;) {
+        printLn(withQuestion ? withQuestion : "Choose one of the following options!"_ns);
+        print(description->asFormattedString());
+        print("> "_ns);
+        const int choice = readChoice();
+        if (choice == EOF)
+            return 0;
+        if (description->characterHasDescription(static_cast<char>(choice)))
+            return static_cast<char>(choice);
+    }
+}

@@ -1,0 +1,119 @@
+#include <QBFoundation/OSAdaptor/OSProgressBar.h>
+
+#include <QBFoundation/OSAdaptor/OSUserIO.h>
+#include <QBFoundation/Runtime/Send.h>
+
+#include "support/CapturedOutput.h"
+#include "support/PoolFixture.h"
+#include "support/Terminal.h"
+
+#include <string>
+
+using OSProgressBarTest = PoolFixture;
+
+namespace {
+
+using Screens = std::vector<std::string>;
+
+// What the terminal's line shows one after the other while a program works.
+Screens shown(const std::function<void()> &work) {
+    Terminal terminal(work);
+    Screens screens = screensOf(terminal.end());
+    EXPECT_EQ(screens.front(), ""); // drawing begins with a return
+    screens.erase(screens.begin());
+    return screens;
+}
+
+std::string bar(unsigned dots, const std::string &position) {
+    return "[" + std::string(dots, '#') + std::string(50 - dots, ' ') + "] " + position;
+}
+
+} // namespace
+
+TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
+    const Screens screens = shown([] {
+        OSProgressBar *const progress = OSProgressBar::progressBarWithStart(0, 10);
+        for (int i = 0; i < 11; ++i)
+            progress->increment();
+        progress->finish();
+        progress->update(); // nothing
+        progress->finish();
+        OSUserIO::print("behind"_ns);
+    });
+    Screens expected;
+    for (unsigned i = 0; i <= 10; ++i)
+        expected.push_back(bar(i * 5, std::to_string(i) + "/10"));
+    expected.push_back(expected.back()); // the full one is drawn once more
+    expected.emplace_back("behind");
+    EXPECT_EQ(screens, expected);
+}
+
+TEST_F(OSProgressBarTest, ABarGoesToTheValueThatItIsGiven) {
+    const Screens screens = shown([] {
+        const Ref<OSProgressBar> progress = OSProgressBar::initWithStart(100, 107);
+        for (std::uint32_t value : {101u, 103u, 3u, 107u, 108u, 99u, 0u, 100u, 4294967295u})
+            progress->setCurrent(value);
+        progress->initializeWithStart(5, 3); // there is nothing to do
+        progress->initializeWithStart(0, 4294967294u);
+        progress->setCurrent(3000000000u);
+        progress->incrementBy(4294967295u);
+        progress->incrementBy(1); // full
+        progress->finish();
+        send<void>(progress.get(), "initializeWithStart:andEnd:"_sel, 0u, 3u);
+        progress->incrementBy(2);
+    }); // which finishes it
+    EXPECT_EQ(screens, (Screens{
+                           bar(0, "0/7"),
+                           bar(7, "1/7"),
+                           bar(21, "3/7"), // then 3, which is the number of units done, draws nothing
+                           bar(50, "7/7"),
+                           bar(50, "7/7"),
+                           bar(0, "0/7"),
+                           bar(0, "0/7"), // 100; 0 draws nothing
+                           bar(50, "7/7"),
+                           bar(50, "0/0"),
+                           bar(0, "0/4294967294"),
+                           bar(34, "3000000000/4294967294"),
+                           bar(50, "4294967294/4294967294"),
+                           "",
+                           bar(0, "0/3"),
+                           bar(33, "2/3"),
+                           "",
+                       }));
+}
+
+TEST_F(OSProgressBarTest, AnIndeterminateBarsMarkGoesToAndFro) {
+    const Screens screens = shown([] {
+        OSProgressBar *const progress = OSProgressBar::progressBar();
+        for (int i = 0; i < 95; ++i)
+            progress->increment();
+        progress->incrementBy(2);
+        progress->setCurrent(4294967295u);
+        progress->finish();
+        OSUserIO::print("behind"_ns);
+    });
+    const std::string banner = "*********** Thank you for using ZQS. ***********";
+    const auto mark = [&](unsigned position) {
+        return "[" + std::string(position, ' ') + "<" + banner.substr(position, 2) + ">" +
+               std::string(46 - position, ' ') + "]";
+    };
+    Screens expected;
+    for (unsigned i = 0; i < 96; ++i)
+        expected.push_back(mark(i % 94 < 47 ? i % 94 : 93 - i % 94));
+    expected.push_back(mark(3));
+    expected.push_back(mark(0));
+    expected.emplace_back(""); // wiped out
+    expected.emplace_back("behind");
+    EXPECT_EQ(screens, expected);
+}
+
+TEST_F(OSProgressBarTest, NothingIsDrawnWhereThereIsNoTerminal) {
+    CapturedOutput output(STDOUT_FILENO);
+    {
+        const Ref<OSProgressBar> progress = OSProgressBar::initWithStart(0, 2);
+        progress->increment();
+        progress->finish();
+        OSProgressBar::progressBar()->increment();
+    }
+    EXPECT_EQ(output.end(), "");
+}
