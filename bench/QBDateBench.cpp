@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kDates = 64;
 constexpr std::int64_t kFirst = 784111777; // 6 November 1994
-constexpr std::int64_t kStep = 100'003; // somewhat more than a day
+constexpr std::int64_t kStep = 100'003;    // somewhat more than a day
 
 /// Makes each date's text in the format, as both sides are to read or write it.
 std::array<std::string, kDates> textsOf(const char *format) {

@@ -2,6 +2,7 @@
 #ifndef QBFOUNDATION_OSADAPTOR_OSMULTIPLECHOICEDESCRIPTION_H
 #define QBFOUNDATION_OSADAPTOR_OSMULTIPLECHOICEDESCRIPTION_H
 
+#include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 
 #include <array>
