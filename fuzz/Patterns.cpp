@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kLongestText = 64;
 
 void requirePossibleAnswers(QBRegularExpression *expression, NSString *text) {
-    expression->matches(text); // with anchors or back references the C library may say something else here
+    expression->matches(text); // with anchors the C library may say something else here
     QBRegularExpressionMatchObject *const found = expression->search(text);
     require(!expression->match(text) || found, "a match of the whole is a match");
     if (!found)

@@ -111,7 +111,7 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
 
 BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {
     const char *const text = checkedString(pattern, "initWithPattern:flags:")->cString();
-    if (const char *const fault = qb::text::patternFault(text)) {
+    if (const char *const fault = qb::text::patternFault(text, (flags & REG_NEWLINE) != 0)) {
         qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, fault);
         return NO;
     }

@@ -54,6 +54,7 @@ TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
     EXPECT_EQ(searched("(x)|(a)", "ba", 1), "(a, , a)"); // x took no part
     EXPECT_EQ(expressionOf("(x)|(a)")->search("ba"_ns, 1)->startOfGroup(1), 0);
     EXPECT_EQ(searched("(.)\\1", "abccd"), "(cc, c)");
+    EXPECT_EQ(searched("^(.+)-\\1$", "ab-c-ab-c"), "(ab-c-ab-c, ab-c)");
     // Bytes are counted, but characters are taken.
     EXPECT_EQ(searched("b", "\u00e4bc"), "(c)");
     EXPECT_EQ(searched("c", "\u00e4bc"), "()");
@@ -108,6 +109,11 @@ TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectT
         ErrorExpectation error(qb::kErrorMalformedPattern);
         EXPECT_EQ(QBRegularExpression::initWithPattern("(|)(\\1\\1)*"_ns, 0).get(), nullptr);
         EXPECT_EQ(error.values(), "(|)(\\1\\1)* a back reference is repeated without end");
+    }
+    {
+        ErrorExpectation error(qb::kErrorMalformedPattern);
+        EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr); // fine without the flag
+        EXPECT_EQ(error.values(), "^(.+)-\\1$ too much of it may vary beside back references");
     }
     EXPECT_REASON(
         QBRegularExpression::regularExpressionWithPattern(nullptr),

@@ -24,6 +24,15 @@ class QBRegularExpressionMatchObject;
 /// with too many parts in a row that may match nothing, with more than 64 back references after repeating, or
 /// with a back reference that is repeated without end.
 ///
+/// So is one whose back references would take it more than about a second in a text of a few KiB, or make
+/// the result depend on whether groups are wanted. Beside back references, only one thing may be open:
+/// where the match begins (unless the pattern begins with "^", has no "|" outside of groups and
+/// REG_NEWLINE is not set), or where an endless repeat ends. The end is not open of a repeated bracket
+/// expression in front of a blank or punctuation mark that it has not. A group that is referred to must
+/// not be repeated, save by "?" when it cannot be empty, nor stand behind a repeat with an open end; and
+/// the number of branches and of repeats that may but need not go on, times that of back references, must
+/// not exceed 32. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing.
 class QB_EXPORT QBRegularExpression : public NSObject {

@@ -1,8 +1,10 @@
 #include "PatternCheck.h"
 
+#include "PatternDelimiter.h"
 #include "PatternShape.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -25,15 +27,37 @@ constexpr PatternCount kMostWays = 4096;
 constexpr unsigned kMostRepeatsInRow = 8;
 // Each one that is met costs the matcher some 600 bytes of stack.
 constexpr PatternCount kMostReferences = 64;
+// Choices times back references; each asks for the places that the others have led to.
+constexpr PatternCount kMostChoices = 32;
+constexpr PatternCount kMostOpenEnds = 1;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
 
+/// The groups that back references name, by their numbers.
+class References {
+public:
+    explicit References(std::string_view pattern) {
+        for (std::size_t at = 0; at + 1 < pattern.size(); ++at)
+            if (pattern[at] == '\\' && isDigit(pattern[++at]))
+                isNamed_[static_cast<std::size_t>(pattern[at] - '0')] = true;
+    }
+
+    bool areThere() const { return std::find(isNamed_.begin(), isNamed_.end(), true) != isNamed_.end(); }
+    bool name(std::size_t group) const { return group < isNamed_.size() && isNamed_[group]; }
+
+private:
+    std::array<bool, 10> isNamed_{};
+};
+
 /// Goes over a pattern as the compiler will do, adding up its shape.
 class PatternScanner {
 public:
-    explicit PatternScanner(std::string_view pattern) : rest_(pattern) {}
+    PatternScanner(std::string_view pattern, bool isByLines) : rest_(pattern), references_(pattern) {
+        beginsAnywhere_ =
+            isByLines || !pattern.starts_with('^') || (pattern.size() > 1 && std::strchr("*?{+", pattern[1]));
+    }
 
     const char *fault() {
         if (rest_.size() > kLongestPattern)
@@ -43,7 +67,10 @@ public:
         // The compiler has read groups that lack their end, before it refuses them.
         while (levels_.size() > 1 && !fault_)
             closeGroup();
+        beginsAnywhere_ |= level().hasBranches; // not all of them may begin with "^"
         finishBranch();
+        if (!fault_ && references_.areThere())
+            checkFreedom();
         return fault_;
     }
 
@@ -53,6 +80,7 @@ private:
         PatternShape branches; // those before the current one
         PatternShape branch;   // without its last part
         PatternShape part;     // what a repeat operator would repeat
+        std::size_t group = 0; // its number; 0 outside of all
         bool hasBranches = false;
     };
 
@@ -79,7 +107,13 @@ private:
         else if (byte == '|')
             finishBranch();
         else
-            addPart(simplePart(byte));
+            takeSimplePart(byte);
+    }
+
+    void takeSimplePart(char byte) {
+        const char *const begin = rest_.data() - 1;
+        addPart(simplePart(byte));
+        simplePart_ = {begin, rest_.data()};
     }
 
     PatternShape simplePart(char byte) {
@@ -142,6 +176,7 @@ private:
     void addPart(const PatternShape &part) {
         level().branch = checked(sequence(level().branch, level().part));
         level().part = part;
+        simplePart_ = {};
     }
 
     void finishBranch() {
@@ -157,15 +192,19 @@ private:
             fault_ = "its groups are nested too deeply";
         else if (++groupCount_ > kMostPatternGroups)
             fault_ = "it has too many groups";
+        else if (references_.name(groupCount_) && hasOpenEnd_)
+            fault_ = kRepeatedGroup;
         else
-            levels_.emplace_back();
+            levels_.emplace_back().group = groupCount_;
     }
 
     void closeGroup() {
         finishBranch();
-        const PatternShape inside = level().branches;
+        PatternShape whole = group(level().branches);
+        if (references_.name(level().group))
+            whole.captures = whole.captures + 1;
         levels_.pop_back();
-        addPart(checked(group(inside)));
+        addPart(checked(whole));
     }
 
     void takeRepeat(char byte) {
@@ -185,10 +224,33 @@ private:
                 return;
             }
         }
+        const bool isOnce = !interval.isEndless && interval.high <= 1 && !level().part.isNullable;
         if (interval.isEndless && PatternCount() < level().part.references)
             fault_ = "a back reference is repeated without end";
+        else if (!isOnce && PatternCount() < level().part.captures)
+            fault_ = kRepeatedGroup; // the matcher forgets which of them it was
         else
             level().part = repeated(level().part, interval);
+    }
+
+    /// The loop of a repeat without end.
+    PatternShape endless(const PatternShape &part) {
+        PatternShape shape = loop(part);
+        shape.choices = part.choices;
+        if (!isDelimited(simplePart_, rest_)) {
+            shape.openEnds = shape.openEnds + 1;
+            hasOpenEnd_ = true;
+        }
+        return shape;
+    }
+
+    /// Checks how much of a pattern with back references is open.
+    void checkFreedom() {
+        const PatternShape &whole = level().branches;
+        if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0))
+            fault_ = "too much of it may vary beside back references";
+        else if (kMostChoices < whole.choices * whole.references)
+            fault_ = "it has too many choices beside back references";
     }
 
     /// How often a part is repeated.
@@ -234,7 +296,7 @@ private:
         for (std::uint32_t count = 0; count < interval.low && !fault_; ++count)
             copies = checked(sequence(copies, part));
         if (interval.isEndless)
-            return checked(sequence(copies, loop(part)));
+            return checked(sequence(copies, endless(part)));
         for (std::uint32_t count = interval.low; count < interval.high && !fault_; ++count)
             copies = checked(sequence(copies, choice(part, PatternShape())));
         return copies;
@@ -250,7 +312,14 @@ private:
         return shape;
     }
 
+    static constexpr const char *kRepeatedGroup =
+        "a group that is referred to is repeated, or stands behind an endless repeat";
+
     std::string_view rest_;
+    const References references_;
+    bool beginsAnywhere_;
+    bool hasOpenEnd_ = false;
+    std::string_view simplePart_; // its text, when the latest part is no group and not repeated
     std::vector<Level> levels_ = std::vector<Level>(1);
     std::size_t groupCount_ = 0;
     unsigned repeatsInRow_ = 0;
@@ -259,8 +328,8 @@ private:
 
 } // namespace
 
-const char *patternFault(const char *pattern) {
-    return PatternScanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}).fault();
+const char *patternFault(const char *pattern, bool isByLines) {
+    return PatternScanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}, isByLines).fault();
 }
 
 } // namespace qb::text

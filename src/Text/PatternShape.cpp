@@ -23,6 +23,18 @@ PatternCount linksBetween(const PatternShape &first, const PatternShape &second)
     return (first.exit + first.copies + kCopyCost * first.anchors) * second.entry;
 }
 
+/// Adds up what both have, one behind the other or side by side.
+PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
+    PatternShape sum;
+    sum.nodes = first.nodes + second.nodes;
+    sum.links = first.links + second.links;
+    sum.references = first.references + second.references;
+    sum.captures = first.captures + second.captures;
+    sum.choices = first.choices + second.choices;
+    sum.openEnds = first.openEnds + second.openEnds;
+    return sum;
+}
+
 PatternShape::Ways waysThrough(const PatternShape &first, const PatternShape &second) {
     const PatternShape::Ways &a = first.ways, &b = second.ways;
     return {first.isNullable ? std::max(a.in, a.through * b.in) : a.in,
@@ -42,7 +54,9 @@ PatternShape characterShape() {
 
 PatternShape characterSetShape() {
     // Characters of several bytes stand apart from the others.
-    return choice(characterShape(), characterShape());
+    PatternShape shape = choice(characterShape(), characterShape());
+    shape.choices = 0; // it is one or the other
+    return shape;
 }
 
 PatternShape anchorShape() {
@@ -63,8 +77,7 @@ PatternShape referenceShape() {
 }
 
 PatternShape sequence(const PatternShape &first, const PatternShape &second) {
-    PatternShape both;
-    both.nodes = first.nodes + second.nodes;
+    PatternShape both = sumOf(first, second);
     both.entry = first.isNullable ? first.entry + second.entry : first.entry;
     both.exit = second.exit;
     both.anchors = second.anchors;
@@ -77,16 +90,16 @@ PatternShape sequence(const PatternShape &first, const PatternShape &second) {
     both.leadsToLoop = first.leadsToLoop || (first.isNullable && second.leadsToLoop);
     both.stretch = std::max(
         {first.stretch, second.stretch, (second.leadsToLoop ? kLoopCost : 1) * (first.exit + second.entry)});
-    both.links = first.links + second.links + linksBetween(first, second);
-    both.references = first.references + second.references;
+    both.links = both.links + linksBetween(first, second);
     both.ways = waysThrough(first, second);
     both.isNullable = first.isNullable && second.isNullable;
     return both;
 }
 
 PatternShape choice(const PatternShape &first, const PatternShape &second) {
-    PatternShape either;
-    either.nodes = first.nodes + second.nodes + 1;
+    PatternShape either = sumOf(first, second);
+    either.nodes = either.nodes + 1;
+    either.choices = either.choices + 1;
     either.entry = first.entry + second.entry + 1;
     either.isNullable = first.isNullable || second.isNullable;
     either.exit = first.exit + second.exit + (either.isNullable ? 1 : 0);
@@ -94,8 +107,7 @@ PatternShape choice(const PatternShape &first, const PatternShape &second) {
     either.stretch = std::max({first.stretch, second.stretch, either.entry, either.exit});
     either.anchors = first.anchors + second.anchors;
     either.copies = first.copies + second.copies;
-    either.links = first.links + second.links + either.entry;
-    either.references = first.references + second.references;
+    either.links = either.links + either.entry;
     const PatternShape::Ways &a = first.ways, &b = second.ways;
     either.ways = {std::max(a.in, b.in), std::max(a.out, b.out), a.through + b.through,
                    std::max(a.most, b.most)};

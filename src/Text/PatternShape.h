@@ -48,6 +48,9 @@ struct PatternShape {
     PatternCount copies;     // nodes copied for anchors from which the end is reached
     PatternCount links;      // pairs of connected nodes; a copied node counts for many
     PatternCount references; // back references
+    PatternCount captures;   // groups that back references name
+    PatternCount choices;    // between branches, and whether a repeat that ends goes on
+    PatternCount openEnds;   // endless repeats of which nothing says where they end
     Ways ways;
     bool isNullable = true;   // the end is reached from the beginning
     bool leadsToLoop = false; // a loop that needs no character is reached from the beginning

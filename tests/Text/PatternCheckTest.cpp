@@ -96,7 +96,8 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
     const std::string patterns[] = {
         "", "^[0-9]{14}$", "([a-z]+) \\1", "(^|[^a-z])word($|[^a-z])", "((25[0-5]|[01]?[0-9]?[0-9])\\.){3}",
         "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
-        "\\b[A-Z]\\w*\\b", "(([\"']).*\\2)?", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1\\1",
+        "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
+        "([^:]*):([a-z]+)/\\2", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1\\1",
         times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
         // Malformed, which is the compiler's to say.
         "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x"};
@@ -108,6 +109,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kRepeats = "it is too large when its repeats are multiplied";
     const char *const kEmpty = "too many of its parts in a row may match nothing";
     const char *const kEndless = "a back reference is repeated without end";
+    const char *const kVaries = "too much of it may vary beside back references";
+    const char *const kGroup = "a group that is referred to is repeated, or stands behind an endless repeat";
     const struct {
         std::string pattern;
         const char *fault;
@@ -138,11 +141,27 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(a)\\1+", kEndless},
         {"(a)(b\\1){3,}", kEndless},
         {"(a)((b|\\1c)d)*", kEndless},
+        {"(.+)-\\1", kVaries},
+        {"^?(.+)-\\1", kVaries},
+        {"^a|(.+)-\\1", kVaries},
+        {"(.).*\\1", kVaries},
+        {"^(.*).*\\1", kVaries},
+        {"([a-z:]+):\\1", kVaries},
+        {"([9-A]+):\\1", kVaries}, // which has the colon
+        {"([^[:alpha:]]+):\\1", kVaries},
+        {"([a-z]+) ?\\1", kVaries},
+        {"(.)*\\1", kGroup},
+        {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
+        {"^(a?)(.?)?\\2\\1", kGroup},
+        {"^.*(.)\\1", kGroup},
+        {"(.{0,33})\\1", "it has too many choices beside back references"},
+        {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
         {"(a)\\1{65}", "it has too many back references"},
         {"(a)((\\1b){9}){9}", "it has too many back references"},
     };
     for (const auto &row : rows)
         EXPECT_STREQ(faultOf(row.pattern), row.fault) << row.pattern.substr(0, 40);
+    EXPECT_STREQ(patternFault("^(.+)-\\1", /*isByLines=*/true), kVaries);
 }
 
 TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
