@@ -109,13 +109,14 @@ BOOL OSSocket::setUpWithSocketType(std::int32_t type) {
     qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "initWithSocketType:"},
               "Creating new socket with domain %d, sockType %d, and protocol %d.", domain, SOCK_STREAM, 0);
     socketHandle_ = sys::socket(domain, SOCK_STREAM, 0);
+    if (socketHandle_ < 0) {
+        qb::raiseError(kFile, __LINE__, qb::kErrorCannotMakeSocket, errorDescription());
+        return NO;
+    }
     qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "initWithSocketType:"},
               "New socket handle is %d.", socketHandle_);
     type_ = type;
-    if (socketHandle_ >= 0)
-        return setCloseOnExec();
-    qb::raiseError(kFile, __LINE__, qb::kErrorCannotMakeSocket, errorDescription());
-    return NO;
+    return setCloseOnExec();
 }
 
 BOOL OSSocket::startListening(const char *selector, const char *traceFormat) {

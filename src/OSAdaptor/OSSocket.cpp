@@ -133,10 +133,11 @@ std::int32_t OSSocket::sendBuffer(const void *buffer, std::uint32_t length) {
     if (!buffer)
         throw InvalidArgumentException("OSSocket sendBuffer:length: must have a buffer that is not NULL.");
     const ssize_t sent = sys::send(socketHandle_, buffer, std::min<std::uint32_t>(length, INT32_MAX));
-    qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "sendBuffer:length:"}, "sent bytes: %d of %d",
-              sent, length);
-    if (sent >= 0)
+    if (sent >= 0) {
+        qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "sendBuffer:length:"}, "sent bytes: %d of %d",
+                  sent, length);
         return static_cast<std::int32_t>(sent);
+    }
     if (errno == EAGAIN)
         qb::raiseError(kFile, __LINE__, qb::kErrorSendWouldBlock);
     else

@@ -89,12 +89,13 @@ bool runSockets() {
     NSArray *const waiting = OSSocket::selectSockets(NSArray::arrayWith({server}), OSSocket::kReadable, 9, 0);
     OSSocket *const peer = OSSocket::acceptSocketFromListener(server);
     OSFilePath::removePath(name);
-    bool isGood = client && peer && waiting->count() == 1;
+    if (!client || !peer || waiting->count() != 1)
+        return false;
     client->writeLine("a question"_ns);
-    isGood = isGood && isText(peer->readLineWithTimeout(9000), "a question");
+    bool isGood = isText(peer->readLineWithTimeout(9000), "a question");
     peer->getOutputStream()->writeObject("answer"_ns);
     peer->close();
-    isGood = isGood && client->readBytes(100)->length() == 6 && client->getInputStream()->readByte() == -1;
+    isGood &= client->readBytes(100)->length() == 6 && client->getInputStream()->readByte() == -1;
 
     client->writeLine("more"_ns);
     OSSocket::clientSocketWithName("/no/such/socket"_ns);
