@@ -14,6 +14,7 @@ if [ "$preset" = i386 ]; then
     options=("-DQB_TEST_LAUNCHER=$launcher")
 fi
 qb_build "$preset" "${options[@]}"
+IFS=';' read -ra command <<<"${launcher:+$launcher;}build/$preset/bin/qb_dates"
 (cd /usr/share/zoneinfo && grep -rl --binary-files=text --exclude-dir=posix --exclude-dir=right '^TZif' . | cut -c 3- |
     grep -vx 'localtime\|posixrules\|leapseconds' | sort) |
-    xargs ${launcher//;/ } "build/$preset/bin/qb_dates"
+    xargs "${command[@]}"
