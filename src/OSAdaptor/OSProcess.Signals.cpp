@@ -58,7 +58,9 @@ volatile std::sig_atomic_t isTerminationRunning = 0;
 volatile std::sig_atomic_t isUserSignalRunning = 0;
 bool isAlarmInstalled = false;
 
-extern "C" void enterTermination(int signal) noexcept {
+// The entries align the stack themselves, which emulators of 32-bit programs forget.
+
+extern "C" [[gnu::force_align_arg_pointer]] void enterTermination(int signal) noexcept {
     if (isTerminationRunning)
         return;
     isTerminationRunning = 1;
@@ -70,7 +72,7 @@ extern "C" void enterTermination(int signal) noexcept {
     isTerminationRunning = 0;
 }
 
-extern "C" void enterUserSignal(int signal) noexcept {
+extern "C" [[gnu::force_align_arg_pointer]] void enterUserSignal(int signal) noexcept {
     if (isUserSignalRunning)
         return;
     isUserSignalRunning = 1;
@@ -87,7 +89,7 @@ extern "C" void endAtOnce(int) noexcept {
 
 // The logger may find its data, or those of the C library, half-changed. Whatever comes of that, a crash or
 // an endless wait, the process ends.
-extern "C" void enterSelfDestruction(int) noexcept {
+extern "C" [[gnu::force_align_arg_pointer]] void enterSelfDestruction(int) noexcept {
     struct sigaction last {};
     last.sa_handler = endAtOnce;
     sigset_t deadly;

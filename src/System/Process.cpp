@@ -114,8 +114,10 @@ bool canShareMemory() noexcept {
     };
     // Without a signal at its end, as it is nobody's affair.
     const pid_t child = cloneInPlace(write, nullptr, 0, /*endSignal=*/0);
-    if (child < 0)
-        return true; // the next one will be no better, and tell
+    if (child < 0) {
+        isKnown = errno == EINVAL; // an emulator, which knows no child without a signal
+        return !isKnown;           // for other reasons the next one will be no better, and tell
+    }
     isKnown = true;
     while (::waitpid(child, nullptr, __WALL) < 0 && errno == EINTR) {
     }
