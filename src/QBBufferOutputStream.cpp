@@ -79,10 +79,6 @@ bool QBBufferOutputStream::copyBack() {
     return true;
 }
 
-char *QBBufferOutputStream::beginJoinedWrite(std::uint32_t length) {
-    return std::int64_t{length} < directEnd_ - next_ ? next_ : findJoinedRoom(length);
-}
-
 char *QBBufferOutputStream::findJoinedRoom(std::uint32_t length) {
     const bool isAnnounced = directEnd_ == buf_; // to a subclass, or to drop what was made of the buffer
     if (isAnnounced || (bufLength_ - byteCounter() < length && !grow(length)))

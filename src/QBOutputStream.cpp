@@ -100,11 +100,9 @@ void QBOutputStream::_writeString(NSString *string) {
 
 // --- For filters ---
 
-char *QBOutputStream::beginJoinedWrite(std::uint32_t) {
+char *QBOutputStream::findJoinedRoom(std::uint32_t) {
     return nullptr;
 }
-
-void QBOutputStream::endJoinedWrite(char *) {}
 
 // --- Depth ---
 

@@ -9,7 +9,9 @@
 #include "Text/Url.h"
 
 #include <cctype>
+#include <langinfo.h>
 #include <memory>
+#include <string_view>
 
 namespace {
 
@@ -21,8 +23,17 @@ constexpr ByteSet kLegalObjName = ByteSet("_$-").with('a', 'z').with('A', 'Z').w
 // Below 128 all locales agree on what is punctuation.
 constexpr ByteSet kEscapedAscii = ByteSet("\x7F").with(0, ' ');
 
+// Whether a byte from 128 on is never punctuation in the current locale, which need not be asked for each
+// then.
+bool hasAsciiPunctuation() {
+    const std::string_view encoding = ::nl_langinfo(CODESET);
+    return encoding == "UTF-8" || encoding == "ANSI_X3.4-1968";
+}
+
 // What is to be escaped in the current locale.
 ByteSet escapedBytes() {
+    if (hasAsciiPunctuation())
+        return kEscapedAscii.with(128, 255);
     ByteSet set = kEscapedAscii;
     for (int byte = 128; byte < 256; ++byte)
         if (!std::ispunct(byte))

@@ -3,7 +3,9 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/QBStringAdditions.h>
 
+#include "Text/CpuLevels.h"
 #include "support/ErrorExpectation.h"
+#include "support/Locales.h"
 #include "support/PoolFixture.h"
 
 #include <cctype>
@@ -133,18 +135,42 @@ std::string unescaped(std::string_view text) {
     return result;
 }
 
-TEST_F(QBStringURLEscapingTest, RandomTextsAreUnescapedAsTheRulesAreWorded) {
-    std::mt19937 random(11);
-    const std::string_view pieces[] = {"%",    "+", "%41", "a", "%zz", "plain text of some length, ",
-                                       "\xE4", "1"};
-    for (int i = 0; i < 20000; ++i) {
-        std::string source;
-        for (unsigned count = random() % 30; count > 0; --count)
-            source += pieces[random() % std::size(pieces)];
-        ASSERT_EQ(string(source)->urlUnEscape()->view(), unescaped(source)) << source;
-        NSString *const escaped = string(source)->urlEscape();
-        ASSERT_EQ(escaped->view().find_first_of(" \xE4"), std::string_view::npos) << source;
+std::string escaped(std::string_view text) {
+    std::string result;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (std::isalnum(byte) || std::ispunct(byte))
+            result += character;
+        else
+            result += {'%', static_cast<char>('0' + byte / 16), static_cast<char>('0' + byte % 16)};
     }
+    return result;
+}
+
+TEST_F(QBStringURLEscapingTest, RandomTextsAreEscapedAndUnescapedAsTheRulesAreWorded) {
+    std::mt19937 random(11);
+    const std::string_view pieces[] = {
+        "+", "%41", "a", "plain text of some length, ", "%zz", "%E4%f6", "\xE4", "1", "\x7F%", "%%", "%"};
+    forEachCpuLevel([&] {
+        for (unsigned i = 0; i < 10000 && !HasFailure(); ++i) {
+            const std::size_t choice =
+                i % 2 ? 7 : std::size(pieces); // without marks that others have as digits
+            std::string source;
+            for (unsigned count = random() % 60; count > 0; --count)
+                source += pieces[random() % choice];
+            ASSERT_EQ(string(source)->urlUnEscape()->view(), unescaped(source)) << source;
+            ASSERT_EQ(string(source)->urlEscape()->view(), escaped(source)) << source;
+        }
+    });
+}
+
+TEST_F(QBStringURLEscapingTest, PunctuationIsThatOfTheLocale) {
+    NEED_LOCALE("de_DE.ISO-8859-1");
+    const locale_t latin = ::newlocale(LC_CTYPE_MASK, "de_DE.ISO-8859-1", nullptr);
+    const locale_t before = ::uselocale(latin);
+    EXPECT_EQ(string("\xA7 \xE4")->urlEscape()->view(), "\xA7%20%>4");
+    ::uselocale(before);
+    ::freelocale(latin);
 }
 
 TEST_F(QBStringURLEscapingTest, LegalCharactersOfNames) {

@@ -51,8 +51,6 @@ public:
     void _writeBuffer(const void *buffer, std::uint32_t length) override;
     /// Drops what was written and the buffer; the new one has 1024 bytes.
     void reset() override;
-    char *beginJoinedWrite(std::uint32_t length) override;
-    void endJoinedWrite(char *end) override { endDirectWrite(end); }
 
     /// How many bytes the buffer has room for.
     std::uint32_t bufLength() const { return bufLength_; }
@@ -60,6 +58,7 @@ public:
     std::uint32_t byteCounter() const { return static_cast<std::uint32_t>(next_ - buf_); }
 
 protected:
+    char *findJoinedRoom(std::uint32_t length) override;
     /// The initialiser `init`: `initWithCapacity:` with 1024.
     BOOL setUp() override { return setUpWithCapacity(kDefaultCapacity); }
     /// The initialiser `initWithCapacity:`.
@@ -97,7 +96,6 @@ private:
     void freeBuffer();
     bool copyBack();
     bool grow(std::uint32_t length);
-    char *findJoinedRoom(std::uint32_t length);
     void append(const void *buffer, std::uint32_t length) {
         // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): where there is room, there is a buffer
         std::memcpy(next_, buffer, length);
@@ -107,10 +105,8 @@ private:
 
     std::uint32_t bufLength_ = 0;
     char *buf_ = nullptr;
-    char *next_ = nullptr;
-    mutable char *directEnd_ = nullptr; // below it, bytes are stored without `_writeBuffer`
-    mutable bool isGivenAway_ = false;  // the buffer is another's
-    bool isDirect_ = false;             // whether `directEnd_` may be the buffer's end
+    mutable bool isGivenAway_ = false; // the buffer is another's
+    bool isDirect_ = false;            // whether `directEnd_` may be the buffer's end
 };
 
 #endif

@@ -135,10 +135,9 @@ private:
     Ref<NSString> filename_;
     Ref<NSString> tmpFilename_;
     std::FILE *filePtr_ = nullptr; // null once closed
-    // Short writes are collected in the window, for files that nobody else writes: null for C streams.
+    // Short writes are collected in the window, for files that nobody else writes: null for C streams. The
+    // writes of subclasses are not stored without `_writeBuffer`.
     char *window_ = nullptr;
-    char *next_ = nullptr;
-    char *directEnd_ = nullptr; // below it, bytes are stored without `_writeBuffer`: not for subclasses
     BOOL synchronizes_ = YES;
     bool hasFailed_ = false; // something that was written is missing
     int exceptionsBefore_;   // how many were on their way when the stream was made

@@ -81,11 +81,13 @@ public:
     /// `endJoinedWrite`, before anything else happens to the stream: the joined writes of a filter need no
     /// copy then.
     ///
-    /// Null, as here, when there is no such room, or when one write shall be told from two: each is one of
+    /// Null when there is no such room, or when one write shall be told from two: each is one of
     /// `_writeBuffer` then.
-    virtual char *beginJoinedWrite(std::uint32_t length);
+    char *beginJoinedWrite(std::uint32_t length) {
+        return std::int64_t{length} < directEnd_ - next_ ? next_ : findJoinedRoom(length);
+    }
     /// Counts the bytes up to `end`, perhaps none, as written.
-    virtual void endJoinedWrite(char *end);
+    void endJoinedWrite(char *end) { next_ = end; }
 
     static constexpr std::uint32_t kDeepestNesting = 512;
 
@@ -112,6 +114,14 @@ protected:
     private:
         QBOutputStream *const stream_;
     };
+
+    /// Returns `next_` with room for so many bytes, if the stream can make it; null, as here, if not.
+    virtual char *findJoinedRoom(std::uint32_t length);
+
+    // A stream with a buffer puts the next byte at `next_`, and, below `directEnd_`, without a call of
+    // `_writeBuffer`.
+    char *next_ = nullptr;
+    mutable char *directEnd_ = nullptr;
 
     /// Writes each entry in the dictionary's order, until the nesting is cut.
     void writeEntries(NSDictionary *dictionary, const Nesting &nesting);

@@ -11,10 +11,13 @@ CpuLevel askCpuLevel() {
     // 32-bit code has eight vector registers and no 64-bit masks in one, so it gains nothing by the larger
     // vectors.
     const bool avx512 = avx2 && sizeof(void *) == 8 && __builtin_cpu_supports("avx512bw");
-    knownCpuLevel = avx512  ? CpuLevel::avx512
-                    : avx2  ? CpuLevel::avx2
-                    : sse41 ? CpuLevel::sse41
-                            : CpuLevel::plain;
+    const bool vbmi2 =
+        avx512 && __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512vbmi");
+    knownCpuLevel = vbmi2    ? CpuLevel::avx512vbmi2
+                    : avx512 ? CpuLevel::avx512
+                    : avx2   ? CpuLevel::avx2
+                    : sse41  ? CpuLevel::sse41
+                             : CpuLevel::plain;
     return knownCpuLevel;
 }
 

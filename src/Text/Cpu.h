@@ -5,7 +5,7 @@
 namespace qb {
 
 /// The vector versions there are, each including those before it. `unknown`: not asked yet.
-enum class CpuLevel : unsigned char { unknown, plain, sse41, avx2, avx512 };
+enum class CpuLevel : unsigned char { unknown, plain, sse41, avx2, avx512, avx512vbmi2 };
 
 namespace detail {
 // Constant-initialised, so that static constructors anywhere may already scan text.
@@ -34,6 +34,11 @@ inline bool hasAvx2() {
 /// True when functions compiled for "avx512bw,popcnt" may be called.
 inline bool hasAvx512() {
     return cpuLevel() >= CpuLevel::avx512;
+}
+
+/// True when functions compiled for "avx512vbmi2,avx512vbmi,avx512bw,popcnt" may be called.
+inline bool hasAvx512Vbmi2() {
+    return cpuLevel() >= CpuLevel::avx512vbmi2;
 }
 
 } // namespace qb

@@ -1,9 +1,12 @@
 #include "Text/Url.h"
 
 #include "Text/Bytes.h"
+#include "Text/Cpu.h"
+#include "Text/Url.Vector.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 
 namespace qb::text {
@@ -18,6 +21,14 @@ constexpr auto kDigits = [] {
         digits[i] = static_cast<std::uint8_t>(i - (isDecimal ? '0' : isCapital ? 'A' - 10 : 87));
     }
     return digits;
+}();
+
+// What stands behind "%" for each byte.
+constexpr auto kHalves = [] {
+    std::array<std::array<char, 2>, 256> halves{};
+    for (unsigned i = 0; i < 256; ++i)
+        halves[i] = {static_cast<char>('0' + i / 16), static_cast<char>('0' + i % 16)};
+    return halves;
 }();
 
 unsigned digitAt(const char *position) {
@@ -42,20 +53,38 @@ char *copyRun(const char *run, const char *runEnd, const char *end, char *target
 
 } // namespace
 
+// So many of a block's 64 bytes are better escaped one by one.
+constexpr int kFew = 10;
+
 char *escapeUrl(const char *position, const char *end, const ByteSet &escaped, char *target) {
-    for (MemberRuns runs(position, end, escaped); runs.next(); position = runs.end()) {
-        target = copyRun(position, runs.begin(), end, target);
-        for (const char *byte = runs.begin(); byte != runs.end(); ++byte, target += 3) {
-            const auto value = static_cast<unsigned char>(*byte);
-            target[0] = '%';
-            target[1] = static_cast<char>('0' + value / 16);
-            target[2] = static_cast<char>('0' + value % 16);
+    std::size_t length = 0;
+    for (const char *block = position; block != end; block += length) {
+        length = std::min<std::size_t>(64, static_cast<std::size_t>(end - block));
+        std::uint64_t members = membersAmong(block, length, escaped);
+        if (std::popcount(members) > kFew && hasAvx512Vbmi2()) {
+            target = copyRun(position, block, end, target);
+            target = avx512::escapeUrl(block, length, members, target);
+            position = block + length;
+            continue;
+        }
+        for (; members; members &= members - 1) {
+            const char *const member = block + std::countr_zero(members);
+            target = copyRun(position, member, end, target);
+            *target = '%';
+            std::memcpy(target + 1, kHalves[static_cast<unsigned char>(*member)].data(), 2);
+            target += 3;
+            position = member + 1;
         }
     }
     return copyRun(position, end, end, target);
 }
 
 char *unescapeUrl(const char *position, const char *end, char *target) {
+    if (hasAvx512Vbmi2()) {
+        const avx512::UrlResult result = avx512::unescapeUrl(position, end, target);
+        position = result.next;
+        target = result.end;
+    }
     for (MemberRuns runs(position, end, kUrlMarks); runs.next();) {
         if (runs.end() <= position) // digits, in a manner of speaking
             continue;
