@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 namespace qb::text {
@@ -117,7 +116,7 @@ private:
 } // namespace
 
 CollationKeys &CollationKeys::inForce() {
-    static std::unique_ptr<CollationKeys> &last = *new std::unique_ptr<CollationKeys>;
+    static CollationKeys *last = nullptr;
     std::string characters;
     for (std::size_t i = 0; i < kCount; ++i)
         characters += characterAt(i);
@@ -126,7 +125,7 @@ CollationKeys &CollationKeys::inForce() {
     if (const char *const name = sys::setlocale(LC_COLLATE, nullptr))
         sign += name;
     if (!last || last->sign_ != sign)
-        last.reset(new CollationKeys(std::move(sign)));
+        delete std::exchange(last, new CollationKeys(std::move(sign)));
     return *last;
 }
 

@@ -21,6 +21,7 @@
 #include <QBFoundation/QBPropertyListOutputStream.h>
 #include <QBFoundation/QBStringOutputStream.h>
 
+#include "OSAdaptor/OSSorter.Passes.h"
 #include "support/ServicesFixture.h"
 
 #include <cstdio>
@@ -288,6 +289,19 @@ const Use kValues[] = {
      {Call::write, Call::fwrite, Call::fflush, Call::fclose,
       Call::any}, // a line that can't be written is lost
      tidyUpLog},
+    // Without the setting of the locale, in which the C library itself loses a block.
+    {"SortingByCollation", nothing,
+     [](const Place &) {
+         std::vector<id> numbers;
+         for (int i = 0; i < 300; ++i)
+             numbers.push_back(NSNumber::numberWithInt(i % 70));
+         std::vector<qb::Ranked> ranked = qb::rankedByCollation(numbers);
+         qb::orderTiesByPasses(ranked);
+         std::string indexes;
+         for (const qb::Ranked &item : ranked)
+             indexes += std::to_string(item.index) + " ";
+         return indexes;
+     }},
 };
 QB_FAULT_SWEEP(Values, kValues);
 
