@@ -33,6 +33,7 @@ constexpr int kErrorNoSmallImage = 910021;
 constexpr int kErrorNotSortable = 910022;
 constexpr int kErrorNoDate = 910023;
 constexpr int kErrorNoAddress = 910024;
+constexpr int kErrorNoPlugin = 910025;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

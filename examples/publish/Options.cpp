@@ -11,6 +11,7 @@ const char *const kUsage =
     "Renders the site in the directory SITE into the directory OUT.\n"
     "\n"
     "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
+    "  --plugins DIRECTORY  load page plug-ins from DIRECTORY, shared libraries that give pages more values\n"
     "  --filter COMMAND     run COMMAND by the shell for each page: from its standard input to its standard "
     "output\n"
     "  --serve PORT         then serve OUT over HTTP to programs of this machine; 0 takes any port that is "
@@ -95,6 +96,10 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
     if (option == "--serve-socket") {
         options.socket = arguments.valueOf(option);
         return static_cast<bool>(options.socket);
+    }
+    if (option == "--plugins") {
+        options.plugins = arguments.valueOf(option);
+        return static_cast<bool>(options.plugins);
     }
     if (option == "--filter") {
         options.filter = arguments.valueOf(option);
