@@ -52,6 +52,8 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "%s: '%s' is no date."_ns;
     case kErrorNoAddress:
         return "%s: '%s' is no address that a site can have."_ns;
+    case kErrorNoPlugin:
+        return "'%s' is no page plug-in: it has no class '%s' that answers valuesForPage:body:."_ns;
     case kErrorNoKey:
         return "The file '%s' holds no key."_ns;
     case kErrorKeyNeeded:

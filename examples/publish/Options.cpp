@@ -12,6 +12,7 @@ const char *const kUsage =
     "Renders the site in the directory SITE into the directory OUT.\n"
     "\n"
     "  --set KEY=VALUE      replace a setting of the site; KEY leads into dictionaries, as in a.b.c\n"
+    "  --plugins DIRECTORY  load page plug-ins from DIRECTORY, shared libraries that give pages more values\n"
     "  --filter COMMAND     run COMMAND by the shell for each page: from its standard input to its standard "
     "output\n"
     "  --serve PORT         then serve OUT over HTTP to programs of this machine; 0 takes any port that is "
@@ -109,6 +110,8 @@ bool readOption(std::string_view option, Arguments &arguments, Options &options)
         options.port = static_cast<std::int32_t>(number);
         return isRead;
     }
+    if (option == "--plugins")
+        return readText(arguments.valueOf(option), options.plugins);
     if (option == "--encipher" || option == "--decipher") {
         options.action = option == "--encipher" ? Options::Action::encipher : Options::Action::decipher;
         return readText(arguments.valueOf(option), options.converted);

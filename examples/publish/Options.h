@@ -21,6 +21,7 @@ struct Options {
     std::int32_t port = kNoPort;                           // to serve the site at; 0 for any that is free
     Ref<NSString> socket;                                  // to serve the site at; null when it is not wanted
     bool watches = false;                                  // publishes again when the source has changed
+    Ref<NSString> plugins;                                 // their directory; null when there are none
     Ref<NSString> filter;                                  // a command for each page; null when there is none
     Ref<NSString> keyFile;
     Ref<NSString> converted; // the file to encipher or decipher

@@ -46,12 +46,17 @@ Ref<NSMutableDictionary> Renderer::valuesFor(const Page &page) const {
 }
 
 bool Renderer::renderPages() {
+    Ref<OSProgressBar> progress; // its line ends with it
+    if (showsProgress_)
+        progress = OSProgressBar::initWithStart(0, static_cast<std::uint32_t>(site_.pages.size()));
     for (const Page &page : site_.pages) {
         const NSAutoreleasePool pool;
         if (wasInterrupted())
             return fail(__LINE__, kErrorInterrupted, publication_.directory());
         if (!renderPage(page))
             return false;
+        if (progress)
+            progress->increment();
     }
     return true;
 }

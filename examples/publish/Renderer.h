@@ -14,6 +14,8 @@ class Renderer {
 public:
     Renderer(const Site &site, Publication &publication, PageFilter filter);
 
+    /// Whether a bar on the terminal shows how far the pages have come.
+    void setShowsProgress(bool shows) { showsProgress_ = shows; }
     /// Renders all pages. Returns false, with an error raised, when one of them can't be made.
     bool renderPages();
 
@@ -26,6 +28,7 @@ private:
     Publication &publication_;
     PageFilter filter_;
     TemplateStore templates_;
+    bool showsProgress_ = false;
     Ref<NSMutableDictionary> shared_; // the values that every page sees
 };
 

@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "Links.h"
 #include "Messages.h"
+#include "Sorting.h"
 
 #include <algorithm>
 
@@ -258,7 +259,7 @@ bool Template::fillEach(const Part &part, Values &values, TemplateStore &store,
     if (!list)
         return value && failAt(part, kErrorNotAList);
     if (part.sortKey) {
-        list = list->caseInsensitiveSortedArrayByKey(part.sortKey);
+        list = sortedByKey(list, part.sortKey, values.language());
         if (hasFailed())
             return failAt(part, kErrorNotSortable);
     }

@@ -27,4 +27,11 @@ id Values::valueAt(const KeyPath &path) const {
     return IsNil(value) ? nullptr : value;
 }
 
+NSString *Values::language() const {
+    for (const char *setting : {"site.locale", "site.language"})
+        if (auto *language = qb::castOrNil<NSString>(valueAt(keyPathOf(setting))))
+            return language;
+    return nullptr;
+}
+
 } // namespace publish

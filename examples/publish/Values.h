@@ -26,6 +26,9 @@ public:
 
     NSString *url() const { return url_; }
     NSString *site() const { return site_; }
+    /// The language that the site's texts are sorted by: its setting "locale", or else "language"; nil
+    /// without either.
+    NSString *language() const;
 
     /// Returns the value of a dotted key: the first component is the name of a loop's element, the innermost
     /// first, or a key of the page's values; the rest is a dotted key of the value there, as

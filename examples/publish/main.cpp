@@ -8,6 +8,7 @@
 #include "Interruption.h"
 #include "Messages.h"
 #include "Options.h"
+#include "Plugins.h"
 #include "Publication.h"
 #include "Renderer.h"
 #include "Site.h"
@@ -71,12 +72,15 @@ bool configure(const Options &options) {
 
 bool publishSite(const Options &options, Counts &counts) {
     Site site;
+    Plugins plugins;
     if (options.keyFile && !site.cipher.readKey(options.keyFile))
         return false;
-    if (!readSite(options.site, options.target, options.settings, site))
+    if (!plugins.load(options.plugins) || !readSite(options.site, options.target, options.settings, site) ||
+        !plugins.addValues(site))
         return false;
     Publication publication(options.target);
     Renderer renderer(site, publication, PageFilter(options.filter, publication.workingDirectory()));
+    renderer.setShowsProgress(!options.isQuiet);
     const bool isDone = publication.begin() && renderer.renderPages() && addIndexes(site, publication) &&
                         (!site.hasAssets() || publication.addAssets(site.directoryFor("assets"_ns))) &&
                         publication.commit();

@@ -1,0 +1,42 @@
+#include "Sorting.h"
+
+#include <clocale>
+
+namespace publish {
+
+namespace {
+
+// The value function of a sorter; its context is the key.
+id valueUnder(id element, void *key) {
+    return send<id>(element, "objectForKey:"_sel, static_cast<id>(static_cast<NSString *>(key)));
+}
+
+bool hasLocale(NSString *language) {
+    const bool isThere = std::setlocale(LC_COLLATE, localeForLanguage(language)->cString());
+    std::setlocale(LC_COLLATE, "");
+    return isThere;
+}
+
+} // namespace
+
+NSArray *sortedByKey(NSArray *list, NSString *key, NSString *language) {
+    NSString *const reverse = ".REVERSE"_ns;
+    const bool isReverse = key->hasSuffix(reverse);
+    NSString *const plainKey = isReverse ? key->substringToIndex(key->length() - reverse->length()) : key;
+    NSMutableArray *const texts = NSMutableArray::array(); // elements with one
+    NSMutableArray *const others = NSMutableArray::array();
+    bool isForLanguage = language && hasLocale(language);
+    for (id element : *list) {
+        const id value = isForLanguage ? valueUnder(element, plainKey) : nullptr;
+        isForLanguage = isForLanguage && (!value || qb::castOrNil<NSString>(value));
+        (value ? texts : others)->addObject(element);
+    }
+    if (!isForLanguage)
+        return list->caseInsensitiveSortedArrayByKey(key);
+    OSSorter *const sorter = OSSorter::sorterForLanguageValueFunction(language, valueUnder);
+    if (!isReverse)
+        return sorter->sortArrayAscending(texts, plainKey)->arrayByAddingObjectsFromArray(others);
+    return others->arrayByAddingObjectsFromArray(sorter->sortArrayDescending(texts, plainKey));
+}
+
+} // namespace publish

@@ -1,0 +1,110 @@
+#!/bin/bash
+# Runs programs on a terminal, types answers, and reads from its screen what they show.
+#   tests/terminal/check.sh PUBLISH QUESTIONS
+# QB_TEST_LAUNCHER: what is put before the programs.
+set -euo pipefail
+if ! command -v tmux >/dev/null; then
+    echo 'Nothing is checked on a terminal: tmux is not installed.'
+    exit 77
+fi
+publish=$1 questions=$2
+work=$(mktemp -d "${TMPDIR:-/tmp}/terminal-XXXXXX")
+launcher=${QB_TEST_LAUNCHER:-}
+failures=0
+
+session=0 # each has a terminal server of its own
+
+terminal() { tmux -f /dev/null -S "$work/tmux-$session" "$@"; }
+
+stop() { terminal kill-server 2>/dev/null || true; }
+
+# shellcheck disable=SC2317 # the trap's
+clean_up() {
+    stop
+    rm -rf "$work"
+}
+trap clean_up EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# start COMMAND: runs it on a terminal of 30 lines, each of 100 columns.
+start() {
+    stop
+    session=$((session + 1))
+    LC_ALL=C.UTF-8 terminal new-session -d -x 100 -y 30 "$1; sleep 600"
+}
+
+# The lines with something in them.
+screen() { terminal capture-pane -p | sed -e 's/ *$//' -e '/./!d'; }
+
+# shows WHAT TEXT: that becomes all that is on the screen.
+shows() {
+    local what=$1 text=$2
+    for _ in $(seq 600); do
+        [ "$(screen)" != "$text" ] || return 0
+        sleep 0.1
+    done
+    fail "$what: the screen shows '$(screen)' and not '$text'"
+}
+
+bar() { # DOTS POSITION
+    printf '[%-50s] %s' "$(printf '%*s' "$1" '' | tr ' ' '#')" "$2"
+}
+
+# Questions and answers.
+choices='How shall I count, Ada?
+u - Up to ten
+w - Without an end
+>'
+start "$launcher $questions"
+shows 'a question' 'What is your name?
+>'
+terminal send-keys Ada Enter
+shows 'choices' "What is your name?
+> Ada
+$choices"
+terminal send-keys x Enter
+shows 'choices again' "What is your name?
+> Ada
+$choices x
+$choices"
+terminal send-keys -l up
+terminal send-keys Enter
+whole="What is your name?
+> Ada
+$choices x
+$choices up
+$(bar 50 10/10)
+Counted to ten.
+Anything else?
+>"
+shows 'the last question' "$whole"
+terminal send-keys C-d
+shows 'the end of input' "$whole
+[900040] No answer could be read from standard input: Success"
+
+# A site whose pages are held up until they may go on.
+mkdir -p "$work/site/pages" "$work/site/templates"
+echo '{ title = T; }' >"$work/site/site.plist"
+printf '{{{body}}}' >"$work/site/templates/page.html"
+for page in 1 2 3 4; do
+    printf '{ title = T; }\n---\n' >"$work/site/pages/$page.html"
+done
+# shellcheck disable=SC2016
+filter='until [ -e "$WORK/$PUBLISH_PAGE" ]; do sleep 0.02; done; cat'
+start "export WORK='$work'; $launcher $publish --filter '$filter' '$work/site' '$work/out'"
+for page in 1 2 3 4; do
+    shows "before page $page" "$(bar $(((page - 1) * 50 / 4)) $((page - 1))/4)"
+    touch "$work/$page.html"
+done
+shows 'the report' "$(bar 50 4/4)
+$work/out: 4 written, 0 unchanged, 0 removed"
+start "$launcher $publish --quiet '$work/site' '$work/out'; echo done"
+shows 'a quiet run' 'done'
+[ "$($launcher "$publish" "$work/site" "$work/out")" = "$work/out: 0 written, 4 unchanged, 0 removed" ] ||
+    fail 'something was drawn without a terminal'
+
+[ $failures -eq 0 ] && echo 'terminal: all is well'
