@@ -133,10 +133,12 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
         EXPECT_EQ(boundTo(server).first, address);
         EXPECT_EQ(optionOf(server, SO_REUSEADDR), 1);
         EXPECT_EQ(optionOf(server, SO_LINGER), 0);
+        EXPECT_EQ(optionOf(server, SO_KEEPALIVE), 0);
         EXPECT_EQ(optionOf(server, SO_ACCEPTCONN), 1);
         OSSocket *const client = OSSocket::clientSocketToHost(host, boundTo(server).second);
         ASSERT_TRUE(client);
         OSSocket *const accepted = OSSocket::acceptSocketFromListener(server);
+        EXPECT_EQ(accepted->socketType(), OSSocket::kInternet);
         EXPECT_TRUE(isCloseOnExec(client) && isCloseOnExec(server) && isCloseOnExec(accepted));
         EXPECT_EQ(accepted->sendBuffer("ab", 2), 2);
         EXPECT_EQ(describe(client->readBytes(2)), "<6162>");
@@ -220,6 +222,8 @@ TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
 
 TEST_F(OSSocketTest, ClosedSocketsAnswerWithTheirNumbers) {
     const SocketPair pair;
+    pair.feed("ab\n");
+    pair.client->readBytes(1); // the rest is in the buffer
     pair.client->close();
     pair.client->close();
     pair.client->shutdown();
