@@ -51,17 +51,18 @@ class Keys {
 public:
     Keys(std::span<const id> objects, qb::text::CollationKeys &maker) {
         const NSAutoreleasePool pool; // for the texts
-        entries_.reserve(objects.size());
+        entries_.reserve(objects.size() + 1);
+        bytes_.reserve(objects.size() * kUsualSize);
         for (id object : objects) {
             const char *const cString = object->cStringValue();
             const std::string_view text = cString ? cString : "";
-            const std::size_t begin = bytes_.size();
+            entries_.push_back({bytes_.size(), 0});
             maker.appendFirstLevel(text, bytes_);
-            const std::size_t middle = bytes_.size();
+            entries_.back().middle = bytes_.size();
             bytes_.insert(bytes_.end(), text.data(), text.data() + text.size() + 1);
-            entries_.push_back({begin, middle, bytes_.size() - 1});
         }
-        bytes_.resize(bytes_.size() + kBytes); // for reading beyond the last one
+        entries_.push_back({bytes_.size(), 0}); // the end of the last one
+        bytes_.resize(bytes_.size() + kBytes);  // for reading beyond the last one
     }
 
     std::uint64_t bytesAt(std::uint32_t index, std::size_t offset) const {
@@ -75,16 +76,17 @@ public:
 
     // With a NUL behind it.
     std::string_view text(std::uint32_t index) const {
-        const Entry &entry = entries_[index];
-        return {bytes_.data() + entry.middle, entry.end - entry.middle};
+        const std::size_t middle = entries_[index].middle;
+        return {bytes_.data() + middle, entries_[index + std::size_t{1}].begin - 1 - middle};
     }
 
 private:
     struct Entry {
         std::size_t begin;
         std::size_t middle; // where the text begins
-        std::size_t end;
     };
+
+    static constexpr std::size_t kUsualSize = 32; // of a key with its text
 
     std::vector<char> bytes_;
     std::vector<Entry> entries_;

@@ -151,7 +151,7 @@ NSMutableArray *OSSorter::sortArrayDescending(NSArray *array, void *withContext)
 NSMutableArray *OSSorter::_sortArray(NSArray *array, void *withContext, std::int32_t direction) {
     if (!array || array->count() < 2)
         return NSMutableArray::arrayWithArray(array);
-    const Ref<NSArray> elements = NSArray::initWith(array->view()); // retained, whatever the functions do
+    const Ref<NSArray> elements = array->copy(); // whatever the functions do to the array
     const Ref<NSArray> keys = valueFunction_ ? keysOf(elements, withContext) : elements;
     const CollationSetting setting(locale_);
     const bool usesKeys = compareFunction_ == &localeCompare && elements->count() >= kLeastForKeys &&

@@ -152,7 +152,7 @@ CollationKeys::CollationKeys(std::string sign)
         nextLevels_[1][i] = levels.level[2];
         std::vector<char> codes;
         if (!lesson.isPlain(i) || !appendCodes(levels.level[0], codes) ||
-            codes.size() > std::size(codes_[i].bytes))
+            codes.size() > characterAt(i).size())
             continue;
         std::copy(codes.begin(), codes.end(), codes_[i].bytes);
         codes_[i].count = static_cast<std::uint8_t>(codes.size());
@@ -198,7 +198,7 @@ bool CollationKeys::forEachPlain(std::string_view text, Use use) const {
 // Returns false, with nothing appended, for a text with others than plain characters.
 bool CollationKeys::appendPlain(std::string_view text, std::vector<char> &keys) const {
     const std::size_t begin = keys.size();
-    keys.resize(begin + sizeof(Codes::bytes) * text.size());
+    keys.resize(begin + text.size() + sizeof(Codes::bytes)); // all are written, whatever their count
     char *end = keys.data() + begin;
     const bool isPlain = forEachPlain(text, [&end, this](std::uint8_t place) {
         std::memcpy(end, codes_[place].bytes, sizeof(Codes::bytes));

@@ -32,7 +32,7 @@ public:
 private:
     // What stands for a plain character in keys of the first level.
     struct Codes {
-        std::uint8_t bytes[3];
+        std::uint8_t bytes[2]; // no more than the character has
         std::uint8_t count; // `kNotPlain`: it is no such character
     };
 
