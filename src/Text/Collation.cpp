@@ -62,7 +62,6 @@ struct Levels {
 class Lesson {
 public:
     Lesson() {
-        isPlain_.fill(true);
         for (std::size_t i = 0; i < kCount; ++i)
             alone_[i] = levelsOf(characterAt(i));
         for (std::size_t i = 0; i < kCount; ++i)
@@ -93,22 +92,13 @@ private:
             (expected += alone_[place]) += alone_[i];
         }
         const Levels actual = levelsOf(text);
-        if (actual.level[0] != expected.level[0])
-            findPartners(place);
-        else if (actual.level != expected.level)
+        isPlain_[place] = actual.level[0] == expected.level[0];
+        if (isPlain_[place] && actual.level != expected.level)
             areNextLevelsPlain_ = false;
     }
 
-    void findPartners(std::size_t place) {
-        isPlain_[place] = false;
-        for (std::size_t i = 0; i < kCount; ++i)
-            if (levelsOf(characterAt(place) + characterAt(i)).level[0] !=
-                alone_[place].level[0] + alone_[i].level[0])
-                isPlain_[i] = false;
-    }
-
     std::array<Levels, kCount> alone_;
-    std::array<bool, kCount> isPlain_;
+    std::array<bool, kCount> isPlain_{};
     bool areNextLevelsPlain_ = true;
     std::vector<char> buffer_ = std::vector<char>(1024);
 };

@@ -28,7 +28,11 @@ Terminal::Terminal(const std::function<void()> &work) {
     mode.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     mode.c_oflag &= ~static_cast<tcflag_t>(ONLCR);
     ::tcsetattr(STDIN_FILENO, TCSANOW, &mode);
-    work();
+    try {
+        work();
+    } catch (...) {
+        ::_exit(1); // not into the test of the parent
+    }
     std::fflush(nullptr);
     ::_exit(0);
 }
