@@ -7,6 +7,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 qb_need_packages "${QB_BUILD_PACKAGES[@]}" pkg-config python3 libbenchmark-dev \
     libabsl-dev libboost1.81-dev qt6-base-dev libglib2.0-dev nlohmann-json3-dev rapidjson-dev libspdlog-dev libssl-dev libicu-dev locales
+qb_prepare_locale
 qb_build bench
 
 results=build/bench/results.json

@@ -8,12 +8,7 @@ qb_need_packages "${QB_BUILD_PACKAGES[@]}" "${QB_TEST_PACKAGES[@]}" clang || exi
 qb_prepare_32_bit || exit 1
 launcher_32=$launcher
 
-# A locale of our own needs no rights on the machine.
-export LOCPATH=$PWD/build/locales
-if [ ! -d "$LOCPATH/de_DE.UTF-8" ]; then
-    mkdir -p "$LOCPATH"
-    localedef --no-archive -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8" || exit 1
-fi
+qb_prepare_locale || exit 1
 unset LC_ALL LANGUAGE
 
 row='%-8s %-5s %-12s %-15s %s\n'

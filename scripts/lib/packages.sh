@@ -47,6 +47,14 @@ qb_prepare_32_bit() {
     qb_need_packages qemu-user
 }
 
+# Makes a German locale of our own, which needs no rights on the machine, and has programs look for locales there.
+qb_prepare_locale() {
+    export LOCPATH=$PWD/build/locales
+    [ -d "$LOCPATH/de_DE.utf8" ] && return 0
+    mkdir -p "$LOCPATH"
+    localedef --no-archive -i de_DE -f UTF-8 "$LOCPATH/de_DE.utf8"
+}
+
 # What every build needs.
 # shellcheck disable=SC2034
 QB_BUILD_PACKAGES=(g++ cmake ninja-build)
