@@ -144,8 +144,9 @@ CollationKeys::CollationKeys(std::string sign)
         if (!lesson.isPlain(i) || !appendCodes(levels.level[0], codes) ||
             codes.size() > characterAt(i).size())
             continue;
-        std::copy(codes.begin(), codes.end(), codes_[i].bytes);
-        codes_[i].count = static_cast<std::uint8_t>(codes.size());
+        codes_[i].count = 0;
+        for (const char code : codes)
+            codes_[i].bytes[codes_[i].count++] = static_cast<std::uint8_t>(code);
     }
 }
 
