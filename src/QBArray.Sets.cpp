@@ -45,8 +45,7 @@ private:
     void becomeTable() {
         if (isTable_)
             return;
-        for (id string : strings_.strings())
-            table_.entryFor(string);
+        strings_.forEach([this](id string) { table_.entryFor(string); });
         isTable_ = true;
     }
     template <bool adds>

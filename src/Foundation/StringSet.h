@@ -21,42 +21,63 @@ namespace qb {
 /// Different strings of the library's own classes.
 ///
 /// They are not retained: whoever adds them sees to it that they stay, and that no string changes meanwhile.
-/// A large array's strings and their places lie all over the memory, which is what the time goes for; so
-/// strings are looked up by groups, whose memory is fetched at once (group prefetching as in Chen, Ailamaki,
-/// Gibbons and Mowry, "Improving hash join performance through prefetching", 2004).
+/// A large array's strings and their places lie all over the memory, which is what the time goes for; so what
+/// a string will need is fetched while those before it are looked up (software pipelining as in Chen,
+/// Ailamaki, Gibbons and Mowry, "Improving hash join performance through prefetching", 2004).
 class StringSet {
 public:
     /// `capacity`: how many strings are added at most. Throws std::bad_alloc.
-    explicit StringSet(std::uint64_t capacity) : slots_(slotCount(capacity)), mask_(slots_.size() - 1) {
-        strings_.reserve(static_cast<std::size_t>(capacity));
-    }
+    explicit StringSet(std::uint64_t capacity) : slots_(slotCount(capacity)), mask_(slots_.size() - 1) {}
 
-    std::span<const id> strings() const { return strings_; }
+    /// Calls visit(string) for each string, in no order.
+    template <class Visit>
+    void forEach(Visit visit) const {
+        for (const Slot slot : slots_)
+            if (!slot.isFree())
+                visit(slot.string());
+    }
 
     /// Looks up the elements that stand in front of the first one that is no string of the library's own
     /// classes, and adds them if `adds`. Calls visit(string, wasThere) for each. Returns how many they are.
     template <bool adds, class Visit>
     std::size_t lookUp(std::span<const id> elements, Visit visit) {
-        std::uint32_t hashes[kGroup];
-        for (std::size_t done = 0;; done += kGroup) {
-            const auto group = elements.subspan(done, std::min(kGroup, elements.size() - done));
-            const std::size_t count = fetchSlots(group, hashes);
-            for (std::size_t i = 0; i < count; ++i)
-                fetchEqual(hashes[i]);
-            for (std::size_t i = 0; i < count; ++i)
-                visit(group[i], find<adds>(group[i], hashes[i]));
-            if (count < kGroup)
-                return done + count;
+        std::uint32_t hashes[4 * kAhead]; // of the elements whose number is the same modulo their count
+        const auto hashOf = [&](std::size_t i) -> std::uint32_t & { return hashes[i % std::size(hashes)]; };
+        std::size_t count = elements.size();
+        for (std::size_t i = 0; i < count + 2 * kAhead; ++i) {
+            if (i + kAhead < count)
+                __builtin_prefetch(elements[i + kAhead]);
+            if (i < count && !isPlainString(elements[i]))
+                count = i;
+            if (i < count)
+                fetchSlot(hashOf(i) = asString(elements[i])->ownHash());
+            if (i >= kAhead && i - kAhead < count)
+                fetchString(hashOf(i - kAhead));
+            if (i < 2 * kAhead)
+                continue;
+            const std::size_t next = i - 2 * kAhead;
+            visit(elements[next], find<adds>(elements[next], hashOf(next)));
         }
+        return count;
     }
 
 private:
-    static constexpr std::size_t kGroup = 32;
+    // A string, and the upper half of its hash where addresses have no bits (they have 47).
+    class Slot {
+    public:
+        constexpr Slot() = default;
+        Slot(id string, std::uint32_t hash)
+            : bits_(std::uint64_t{hash >> 16} << 48 | reinterpret_cast<std::uintptr_t>(string)) {}
 
-    struct Slot {
-        std::uint32_t hash;
-        std::uint32_t number; // of the string, from 1 on; 0: free
+        bool isFree() const { return bits_ == 0; }
+        bool hasHash(std::uint32_t hash) const { return bits_ != 0 && bits_ >> 48 == hash >> 16; }
+        id string() const { return reinterpret_cast<id>(static_cast<std::uintptr_t>(bits_ << 16 >> 16)); }
+
+    private:
+        std::uint64_t bits_ = 0;
     };
+
+    static constexpr std::size_t kAhead = 16;
 
     // Half of the slots are always free, so that one is found soon.
     static std::size_t slotCount(std::uint64_t capacity) {
@@ -68,31 +89,26 @@ private:
 
     static NSString *asString(id string) { return static_cast<NSString *>(string); }
 
-    std::size_t fetchSlots(std::span<const id> group, std::uint32_t *hashes) const {
-        std::size_t count = 0;
-        for (; count < group.size() && isPlainString(group[count]); ++count) {
-            hashes[count] = asString(group[count])->ownHash();
-            __builtin_prefetch(&slots_[hashes[count] & mask_]);
-        }
-        return count;
-    }
-    void fetchEqual(std::uint32_t hash) const {
-        const Slot &slot = slots_[hash & mask_];
-        if (slot.number && slot.hash == hash)
-            __builtin_prefetch(strings_[slot.number - 1]);
+    void fetchSlot(std::uint32_t hash) const { __builtin_prefetch(&slots_[hash & mask_]); }
+    void fetchString(std::uint32_t hash) const {
+        const Slot slot = slots_[hash & mask_];
+        if (!slot.hasHash(hash))
+            return;
+        const auto *const string = reinterpret_cast<const char *>(slot.string());
+        __builtin_prefetch(string);
+        __builtin_prefetch(string + sizeof(NSString)); // its bytes may begin another line
     }
 
     // Returns whether the string is there, which is added if it is not and `adds`.
     template <bool adds>
     bool find(id string, std::uint32_t hash) {
         std::size_t place = hash & mask_;
-        for (; slots_[place].number; place = (place + 1) & mask_)
-            if (slots_[place].hash == hash && areEqual(strings_[slots_[place].number - 1], string))
+        for (; !slots_[place].isFree(); place = (place + 1) & mask_)
+            if (slots_[place].hasHash(hash) && areEqual(slots_[place].string(), string))
                 return true;
         if (!adds)
             return false;
-        strings_.push_back(string);
-        slots_[place] = {hash, static_cast<std::uint32_t>(strings_.size())};
+        slots_[place] = Slot(string, hash);
         return false;
     }
     static bool areEqual(id a, id b) {
@@ -103,7 +119,6 @@ private:
 
     std::vector<Slot> slots_; // a string is between its hash's place and the next free one
     std::size_t mask_;
-    std::vector<id> strings_;
 };
 
 } // namespace qb
