@@ -70,13 +70,11 @@ bool configure(const Options &options) {
     return true;
 }
 
-bool publishSite(const Options &options, Counts &counts) {
+bool publishSite(const Options &options, const Plugins &plugins, Counts &counts) {
     Site site;
-    Plugins plugins;
     if (options.keyFile && !site.cipher.readKey(options.keyFile))
         return false;
-    if (!plugins.load(options.plugins) || !readSite(options.site, options.target, options.settings, site) ||
-        !plugins.addValues(site))
+    if (!readSite(options.site, options.target, options.settings, site) || !plugins.addValues(site))
         return false;
     Publication publication(options.target);
     Renderer renderer(site, publication, PageFilter(options.filter, publication.workingDirectory()));
@@ -113,9 +111,9 @@ void sayErrors() {
 }
 
 // Publishes the site and says how that went.
-bool publishAndReport(const Options &options) {
+bool publishAndReport(const Options &options, const Plugins &plugins) {
     Counts counts;
-    const bool isPublished = publishSite(options, counts);
+    const bool isPublished = publishSite(options, plugins, counts);
     if (options.showsStatistics)
         NSAutoreleasePool::showAllPoolStatistics();
     if (!isPublished) {
@@ -135,14 +133,14 @@ bool publishAndReport(const Options &options) {
 
 // Serves what was published until the program is interrupted. A source that can't be published is told of,
 // and the site stays as it is.
-bool serve(const Options &options, OSSocket *listener, serving::Watch *watch) {
+bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, serving::Watch *watch) {
     OSUserIO::printLn(NSString::stringWithFormat("Serving %@ at %@"_ns, options.target.get(),
                                                  serving::addressOf(listener)));
     std::fflush(stdout);
     return serving::Server(listener, options.target).run([&] {
         if (!watch || !watch->hasChanged())
             return;
-        publishAndReport(options);
+        publishAndReport(options, plugins);
         std::fflush(stdout);
         ERRORHANDLER->clearErrorStack();
     });
@@ -150,8 +148,9 @@ bool serve(const Options &options, OSSocket *listener, serving::Watch *watch) {
 
 int run(const Options &options) {
     watchForInterruption();
+    Plugins plugins; // once, as a library that is loaded again stays what it was
     Ref<OSSocket> listener;
-    if (options.serves())
+    if (plugins.load(options.plugins) && options.serves())
         listener = options.socket ? serving::listenAt(options.socket) : serving::listenOnPort(options.port);
     if (hasFailed()) {
         sayErrors();
@@ -160,9 +159,9 @@ int run(const Options &options) {
     std::optional<serving::Watch> watch; // from before the source is read
     if (options.watches)
         watch.emplace(options.site);
-    bool isDone = publishAndReport(options);
+    bool isDone = publishAndReport(options, plugins);
     if (isDone && listener) {
-        isDone = serve(options, listener, watch ? &*watch : nullptr);
+        isDone = serve(options, plugins, listener, watch ? &*watch : nullptr);
         if (!isDone)
             sayErrors();
     }

@@ -34,8 +34,6 @@ const char *textOf(Status status) {
         return "Request Header Fields Too Large";
     case Status::notImplemented:
         return "Not Implemented";
-    case Status::unavailable:
-        return "Service Unavailable";
     case Status::versionNotSupported:
         return "HTTP Version Not Supported";
     }
@@ -74,7 +72,6 @@ Answer shortAnswer(Status status, Head head, bool wantsBody, bool keepsConnectio
     Answer answer;
     answer.head = head.ended() + (wantsBody ? body : "");
     answer.keepsConnection = keepsConnection;
-    answer.status = status;
     return answer;
 }
 
@@ -87,9 +84,8 @@ bool isUnchangedSince(NSString *date, std::time_t modified) {
 Answer fileAnswer(const Request &request, const SiteFile &file) {
     const bool isUnchanged = isUnchangedSince(request.modifiedSince, file.modified);
     Answer answer;
-    answer.status = isUnchanged ? Status::notModified : Status::ok;
     answer.keepsConnection = request.keepsConnection;
-    Head head(answer.status);
+    Head head(isUnchanged ? Status::notModified : Status::ok);
     head.add("Last-Modified", dateText(file.modified));
     if (!isUnchanged) {
         head.add("Content-Type", file.type->view());
@@ -112,7 +108,7 @@ Answer answerWith(Status status) {
     return shortAnswer(status, Head(status), true, false);
 }
 
-Answer answerTo(const Request &request, NSString *root) {
+Answer answerTo(const Request &request, const std::string &root) {
     if (request.status != Status::ok) {
         Head head(request.status);
         if (request.status == Status::methodNotAllowed)

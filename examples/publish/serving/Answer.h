@@ -15,11 +15,10 @@ struct Answer {
     Ref<QBInputStream> content; // null when there is none
     std::uint64_t size = 0;     // of the content, in bytes
     bool keepsConnection = false;
-    Status status = Status::ok;
 };
 
-/// Answers a request for a file below the directory `root`.
-Answer answerTo(const Request &request, NSString *root);
+/// Answers a request for a file below `root`, a `realDirectory`.
+Answer answerTo(const Request &request, const std::string &root);
 
 /// Answers with a status alone, and closes the connection.
 Answer answerWith(Status status);

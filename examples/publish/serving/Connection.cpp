@@ -25,7 +25,7 @@ bool wouldBlock() {
 
 } // namespace
 
-Connection::Connection(OSSocket *socket, NSString *root, Clock::time_point now)
+Connection::Connection(OSSocket *socket, const std::string &root, Clock::time_point now)
     : socket_(socket), root_(root), deadline_(now + kTimeForRequest) {}
 
 Connection::~Connection() {

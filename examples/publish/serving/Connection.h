@@ -13,8 +13,8 @@ class Connection {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `root`: the directory that is served.
-    Connection(OSSocket *socket, NSString *root, Clock::time_point now);
+    /// `root`: the `realDirectory` that is served, which outlives the connection.
+    Connection(OSSocket *socket, const std::string &root, Clock::time_point now);
     ~Connection();
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
@@ -40,7 +40,7 @@ private:
     Progress endAnswer(Clock::time_point now);
 
     Ref<OSSocket> socket_;
-    Ref<NSString> root_;
+    const std::string &root_;
     std::string received_; // and not yet answered
     bool isSending_ = false;
     Answer answer_;

@@ -22,7 +22,6 @@ enum class Status {
     uriTooLong = 414,
     headTooLarge = 431,
     notImplemented = 501,
-    unavailable = 503,
     versionNotSupported = 505,
 };
 

@@ -2,6 +2,7 @@
 
 #include "../Interruption.h"
 #include "../Messages.h"
+#include "SiteFile.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -63,11 +64,14 @@ private:
 
 } // namespace
 
-Server::Server(OSSocket *listener, NSString *root) : listener_(listener), root_(root) {
+Server::Server(OSSocket *listener, NSString *root)
+    : listener_(listener), directory_(root), root_(realDirectory(root)) {
     listener_->setNonBlocking();
 }
 
 bool Server::run(const std::function<void()> &eachSecond) {
+    if (root_.empty())
+        return fail(__LINE__, kErrorDirectoryUnreadable, directory_.get());
     auto next = Clock::now() + 1s;
     while (!wasInterrupted()) {
         const NSAutoreleasePool pool;

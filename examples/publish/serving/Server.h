@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <list>
+#include <string>
 
 namespace publish::serving {
 
@@ -26,7 +27,8 @@ private:
     void accept(Clock::time_point now);
 
     Ref<OSSocket> listener_;
-    Ref<NSString> root_;
+    Ref<NSString> directory_; // as it was given
+    std::string root_;        // where it is
     std::list<Connection> connections_;
     Clock::time_point nextAccept_; // later, after there were no descriptors
 };

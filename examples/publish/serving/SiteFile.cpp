@@ -63,18 +63,20 @@ bool isPublic(std::string_view path) {
     }
 }
 
-bool isPublicPlace(const std::string &place, NSString *root) {
-    char *const resolved = ::realpath(root->cString(), nullptr);
-    std::string directory = resolved ? resolved : "";
-    std::free(resolved);
-    if (!directory.ends_with('/'))
-        directory += '/';
-    return place.starts_with(directory) && isPublic(std::string_view(place).substr(directory.size()));
+bool isPublicPlace(std::string_view place, std::string_view root) {
+    return place.starts_with(root) && isPublic(place.substr(root.size()));
 }
 
 } // namespace
 
-SiteFile openSiteFile(NSString *root, NSString *path) {
+std::string realDirectory(NSString *path) {
+    char *const resolved = ::realpath(path->cString(), nullptr);
+    std::string directory = resolved ? resolved : "";
+    std::free(resolved);
+    return directory.empty() || directory.ends_with('/') ? directory : directory + '/';
+}
+
+SiteFile openSiteFile(const std::string &root, NSString *path) {
     SiteFile found;
     const std::string_view text = path->view();
     if (text.find('\0') != std::string_view::npos)
@@ -84,7 +86,7 @@ SiteFile openSiteFile(NSString *root, NSString *path) {
     if (!isPublic(relative))
         return found;
 
-    OpenFile file(std::string(root->view()) + "/" + relative);
+    OpenFile file(root + relative);
     struct stat info;
     if (!file.readInfo(info) || !isPublicPlace(file.realPath(), root))
         return found;

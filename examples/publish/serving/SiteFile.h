@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <string>
 
 namespace publish::serving {
 
@@ -17,12 +18,16 @@ struct SiteFile {
     std::time_t modified = 0;
 };
 
-/// Opens the file that a request's path names below the directory `root`, a directory's index.html for the
-/// directory itself. A directory without the slash at its end is movedPermanently.
+/// Returns where a directory is, without links on the way, with a slash at the end; an
+/// empty text, which nothing may be served from, when that can't be found out.
+std::string realDirectory(NSString *path);
+
+/// Opens the file that a request's path names below `root`, a `realDirectory`; a directory's index.html for
+/// the directory itself. A directory without the slash at its end is movedPermanently.
 ///
 /// Nothing is found whose name, or that of a directory on the way, begins with a dot; nor anything outside of
 /// `root`, whichever links lead there: what counts is where the file is that was opened.
-SiteFile openSiteFile(NSString *root, NSString *path);
+SiteFile openSiteFile(const std::string &root, NSString *path);
 
 } // namespace publish::serving
 
