@@ -127,7 +127,7 @@ NSTimeZone *NSTimeZone::gmt() {
 
 NSTimeZone *NSTimeZone::systemTimeZone() {
     Ref<NSTimeZone> &kept = processZones().system;
-    const Rules rules = qb::calendar::systemZone();
+    const Rules &rules = qb::calendar::systemZone();
     if (!kept || kept->zone_ != rules) {
         const Ref<NSTimeZone> zone = Ref<NSTimeZone>::adopt(new NSTimeZone);
         zone->setUpWithRules(rules);

@@ -33,7 +33,7 @@ private:
     // What stands for a plain character in keys of the first level.
     struct Codes {
         std::uint8_t bytes[2]; // no more than the character has
-        std::uint8_t count; // `kNotPlain`: it is no such character
+        std::uint8_t count;    // `kNotPlain`: it is no such character
     };
 
     // How the first level of a `strxfrm` key begins for some plain character.
