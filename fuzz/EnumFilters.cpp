@@ -15,6 +15,7 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include "support/Choices.h"
 #include "support/Require.h"
 
 #include <algorithm>
@@ -24,24 +25,6 @@
 #include <vector>
 
 namespace {
-
-// The bytes that decide, 0 behind their end.
-class Choices {
-public:
-    Choices(const std::uint8_t *bytes, std::size_t size) : bytes_(bytes), left_(size) {}
-    std::size_t below(std::size_t end) { return (std::size_t{next()} << 8 | next()) % end; }
-    template <class T>
-    const T &of(const std::vector<T> &all) {
-        return all[below(all.size())];
-    }
-    bool areLeft() const { return left_ != 0; }
-
-private:
-    std::uint8_t next() { return left_ ? --left_, *bytes_++ : 0; }
-
-    const std::uint8_t *bytes_;
-    std::size_t left_;
-};
 
 // A value of each kind; `all` holds those made before.
 id makeValue(std::size_t kind, NSArray *all) {

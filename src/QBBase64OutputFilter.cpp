@@ -48,6 +48,10 @@ Class *QBBase64OutputFilter::cls() {
 
 QBBase64OutputFilter::~QBBase64OutputFilter() = default;
 
+BOOL QBBase64OutputFilter::setUp() {
+    throw InvalidUseOfMethodException("QBBase64OutputFilter init: must be made with a target.");
+}
+
 BOOL QBBase64OutputFilter::setUpWithTarget(QBOutputStream *target) {
     if (!target)
         throw InvalidArgumentException(

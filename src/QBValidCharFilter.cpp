@@ -45,6 +45,10 @@ Class *QBValidCharFilter::cls() {
 
 QBValidCharFilter::~QBValidCharFilter() = default;
 
+BOOL QBValidCharFilter::setUp() {
+    throw InvalidUseOfMethodException("QBValidCharFilter init: must be made with a target.");
+}
+
 BOOL QBValidCharFilter::setUpWithTarget(QBOutputStream *target) {
     if (!target)
         throw InvalidArgumentException(

@@ -37,6 +37,8 @@ public:
     void close() override;
 
 protected:
+    /// The initialiser `init`: throws InvalidUseOfMethodException, for there is no filter without a target.
+    BOOL setUp() override;
     /// The initialiser `initWithTarget:`.
     virtual BOOL setUpWithTarget(QBOutputStream *target);
 

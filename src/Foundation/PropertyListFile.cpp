@@ -60,6 +60,12 @@ NSArray *arrayOfClass(Class *asked, NSString *path) {
     return initArrayOfClass(asked, path).autorelease();
 }
 
+// The null object and a client's object may have no text, which reads as an empty one.
+void appendText(std::string &target, id object) {
+    const NSString *const text = object->stringValue();
+    qb::appendPropertyListString(target, text ? text->view() : std::string_view());
+}
+
 } // namespace
 
 std::span<const qb::Method> qb::tables::arrayPropertyListFile() {
@@ -105,9 +111,9 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
 NSString *NSDictionary::descriptionInStringsFileFormat() const {
     std::string text;
     for (const auto &[key, value] : *this) {
-        qb::appendPropertyListString(text, key->stringValue()->view());
+        appendText(text, key);
         text += " = ";
-        qb::appendPropertyListString(text, value->stringValue()->view());
+        appendText(text, value);
         text += ";\n";
     }
     return NSString::stringWith(text);

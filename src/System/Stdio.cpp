@@ -53,6 +53,16 @@ std::FILE *movedAboveStandardStreams(std::FILE *file, const char *mode) {
     return moved;
 }
 
+bool isStandard(std::FILE *file) {
+    return file == stdin || file == stdout || file == stderr;
+}
+
+// Such a stream stays a valid one when it is closed, but in some C libraries a seek there frees its buffer
+// anew.
+bool isClosedStandard(std::FILE *file) {
+    return isStandard(file) && ::fileno(file) < 0; // with EBADF
+}
+
 // `mode` with the flag for close-on-exec behind its first letter; false when it is no mode.
 bool closeOnExecMode(const char *mode, char (&result)[16]) {
     const std::size_t length = mode ? std::strlen(mode) : 0;
@@ -86,7 +96,6 @@ std::FILE *fdopen(int descriptor, const char *mode) noexcept {
 
 std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept {
     forget(file);
-    const bool isStandard = file == stdin || file == stdout || file == stderr;
     const bool staysOpenOnExec = ::fileno(file) <= 2;
     char closeOnExec[16];
     std::FILE *result = nullptr;
@@ -95,7 +104,7 @@ std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept
         result = attempt(Call::freopen, [&] { return ::freopen(path, usedMode, file); });
     }
     // The C library closes the file then, but leaves the stream's memory behind.
-    if (!result && !isStandard) {
+    if (!result && !isStandard(file)) {
         const int error = errno;
         ::fclose(file);
         errno = error;
@@ -185,11 +194,9 @@ int fputs(const char *text, std::FILE *file) noexcept {
 }
 
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept {
+    if (isClosedStandard(file))
+        return -1;
     return attempt(Call::fseeko, [&] { return ::fseeko(file, offset, whence); });
-}
-
-off_t ftello(std::FILE *file) noexcept {
-    return attempt(Call::ftello, [&] { return ::ftello(file); });
 }
 
 int rewind(std::FILE *file) noexcept {

@@ -46,8 +46,6 @@ int fputs(const char *text, std::FILE *file) noexcept;
 
 /// Moves the position; -1 after an error.
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept;
-/// Returns the position; -1 after an error.
-off_t ftello(std::FILE *file) noexcept;
 /// Moves to the start and forgets end and errors; unlike the C function it answers -1 when that fails.
 int rewind(std::FILE *file) noexcept;
 /// Returns whether reading has met the end.

@@ -82,6 +82,8 @@ public:
     virtual NSMutableArray *_sortArray(NSArray *array, void *withContext, std::int32_t direction);
 
 protected:
+    /// The initialiser `init`: by the environment's language.
+    BOOL setUp() override { return setUpForLanguage(nullptr); }
     BOOL setUpForLanguage(NSString *language);
     BOOL setUpForLanguageValueFunction(NSString *language, OSSorterValueFunction valueFunction);
     BOOL setUpForLanguageCompareFunction(NSString *language, OSSorterCompareFunction compareFunction);
