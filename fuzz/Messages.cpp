@@ -1,7 +1,8 @@
-// Sends the library's objects and classes any messages with any values of the right kinds: half of them make
-// no sense, and none may do worse than to throw.
+// Sends the library's objects and classes any messages with any values of the right kinds, at times when
+// memory runs out: most of them make no sense, and none may do worse than to throw.
 #include <QBFoundation/QBFoundation.h>
 
+#include "support/Allocations.h"
 #include "support/Choices.h"
 #include "support/Require.h"
 
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -79,18 +81,18 @@ bool isOneOf(std::string_view name, const List &list) {
     return std::find(std::begin(list), std::end(list), name) != std::end(list);
 }
 
-// What counts references, and whose owners work with the process or the system around it: they end it, wait,
-// or change what every later input finds.
-bool isLeftOut(const Method &method) {
-    static constexpr std::string_view kOwners[] = {
+// What counts references, and the classes that work with the process or the system around it: they end it,
+// wait, or change what every later input finds.
+bool isLeftOut(Class *cls, const Method &method) {
+    static constexpr std::string_view kClasses[] = {
         "NSAutoreleasePool", "NSDirectoryEnumerator", "NSFileManager", "OSDynamicLoader", "OSEnvironment",
         "OSFilePath",        "OSNameService",         "OSPipe",        "OSProcess",       "OSSocket",
         "OSUserIO",          "QBFileOutputStream"};
     static constexpr std::string_view kSelectors[] = {"retain", "release", "autorelease",
                                                       "setDefaultTimeZone:"};
     const std::string_view name = method.selector()->view();
-    return isOneOf(method.owner()->nameView(), kOwners) || isOneOf(name, kSelectors) ||
-           name.find("File") != name.npos || name.find("Fatal") != name.npos;
+    return isOneOf(cls->nameView(), kClasses) || isOneOf(method.owner()->nameView(), kClasses) ||
+           isOneOf(name, kSelectors) || name.find("File") != name.npos || name.find("Fatal") != name.npos;
 }
 
 // Memory that a caller has to name rightly, and functions, can't be made up.
@@ -108,7 +110,8 @@ bool canBeMadeUp(const Method &method) {
 
 bool takesMemoryByNumber(const Method &method) {
     const std::string_view name = method.selector()->view();
-    return name.find("apacity") != name.npos || name.find("ength") != name.npos;
+    return name.find("apacity") != name.npos || name.find("ength") != name.npos ||
+           name.find("ytesInRange") != name.npos;
 }
 
 // The operations that an object answers, or a class when `ofClass`.
@@ -117,7 +120,7 @@ const std::vector<const Method *> &operationsOf(Class *cls, bool ofClass) {
     std::vector<const Method *> &operations = known[{cls, ofClass}];
     if (operations.empty()) {
         qb::forEachMethod(cls, [&](const Method &method) {
-            if (static_cast<bool>(method.isClassMethod()) == ofClass && !isLeftOut(method) &&
+            if (static_cast<bool>(method.isClassMethod()) == ofClass && !isLeftOut(cls, method) &&
                 canBeMadeUp(method))
                 operations.push_back(&method);
         });
@@ -149,13 +152,18 @@ private:
         try {
             invoke(receiver, method.selector(), std::move(values));
         } catch (const NSException &) { // most messages are nonsense
+        } catch (const std::bad_alloc &) {
         }
     }
 
     void invoke(id receiver, SEL selector, std::vector<Value> values) {
         NSInvocation *const invocation = NSInvocation::invocationWithTarget(receiver, selector);
         invocation->setArguments(std::move(values));
-        invocation->invoke();
+        {
+            const bool runsOut = choices_.below(3) == 0;
+            const AllocationFault fault(runsOut ? static_cast<unsigned>(choices_.below(8)) : UINT_MAX, 1);
+            invocation->invoke();
+        }
         const id result = invocation->returnValue().object();
         if (!result)
             return;
@@ -181,7 +189,7 @@ private:
         case Kind::classObject:
             return choices_.of(qb::allClasses());
         case Kind::range:
-            return NSRange{index(), index()};
+            return NSRange{index(isSmall), index(isSmall)};
         case Kind::argList:
             return qb::ArgList(
                 {Value(anyObject()), Value(choices_.of(kSmallNumbers)), Value(choices_.of(kTexts))});
@@ -193,7 +201,7 @@ private:
     std::int64_t anyNumber(bool isSmall) {
         return isSmall || choices_.below(4) != 0 ? choices_.of(kSmallNumbers) : choices_.of(kNumbersAtLimits);
     }
-    std::uint32_t index() { return static_cast<std::uint32_t>(anyNumber(/*isSmall=*/false)); }
+    std::uint32_t index(bool isSmall) { return static_cast<std::uint32_t>(anyNumber(isSmall)); }
 
     // A number that the type holds: the others would only be refused.
     Value number(const Type &type, bool isSmall) {

@@ -7,6 +7,7 @@
 #include "Foundation/TypeCodes.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace qb::archive {
@@ -31,6 +32,23 @@ void appendText(std::string &target, std::string_view text) {
 }
 
 } // namespace
+
+// What an exception cuts off is not whole any more, be it out of memory or thrown by an object.
+class Writer::FailingOnException {
+public:
+    explicit FailingOnException(Writer &writer)
+        : writer_(writer), exceptionsBefore_(std::uncaught_exceptions()) {}
+    ~FailingOnException() {
+        if (std::uncaught_exceptions() > exceptionsBefore_)
+            writer_.failure_ = "an object could not write itself";
+    }
+    FailingOnException(const FailingOnException &) = delete;
+    FailingOnException &operator=(const FailingOnException &) = delete;
+
+private:
+    Writer &writer_;
+    int exceptionsBefore_;
+};
 
 Writer::Writer() {
     frames_.push_back({{}, {}, kRoot, false});
@@ -68,8 +86,9 @@ std::uint32_t Writer::indexOfObject(id object) {
 }
 
 bool Writer::putKey(std::string_view key) {
-    if (!failure_.empty())
+    if (failure_)
         return true;
+    const FailingOnException guard(*this);
     const std::uint32_t index = indexOfName(key);
     if (!frames_.back().keys.insert(index).second)
         return false;
@@ -89,15 +108,17 @@ void Writer::putReal(double value) {
 }
 
 void Writer::putBytes(std::string_view bytes) {
-    if (!failure_.empty())
+    if (failure_)
         return;
+    const FailingOnException guard(*this);
     putTag(byteOf(Tag::bytes));
     appendText(frames_.back().values, bytes);
 }
 
 void Writer::putValue(char code, const void *place, NSCoder *coder) {
-    if (!failure_.empty())
+    if (failure_)
         return;
+    const FailingOnException guard(*this);
     const auto putAnyInteger = [&](auto zero) {
         const auto value = load<decltype(zero)>(place);
         if (std::cmp_less_equal(value, INT64_MAX))
@@ -123,8 +144,9 @@ void Writer::putValue(char code, const void *place, NSCoder *coder) {
 }
 
 void Writer::putConditionalObject(id object) {
-    if (!failure_.empty())
+    if (failure_)
         return;
+    const FailingOnException guard(*this);
     if (!object || object == QBNil::value())
         return putTag(byteOf(object ? Tag::nullObject : Tag::nil));
     const std::uint32_t index = indexOfObject(object);
@@ -133,8 +155,9 @@ void Writer::putConditionalObject(id object) {
 }
 
 void Writer::putObject(id object, NSCoder *coder) {
+    const FailingOnException guard(*this);
     putConditionalObject(object);
-    if (!failure_.empty() || !object || object == QBNil::value())
+    if (failure_ || !object || object == QBNil::value())
         return;
     const std::uint32_t index = indexes_.find(object)->second;
     if (records_[index].cls == kNotWritten)
@@ -169,12 +192,7 @@ void Writer::writeObject(std::uint32_t index, NSCoder *coder) {
         return;
     }
     begin(index);
-    try {
-        objects_[index]->encodeWithCoder(coder);
-    } catch (...) {
-        failure_ = "an object could not write itself";
-        throw;
-    }
+    objects_[index]->encodeWithCoder(coder);
     end();
 }
 

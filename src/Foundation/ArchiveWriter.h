@@ -13,7 +13,8 @@
 
 namespace qb::archive {
 
-/// Collects values into an archive. A failure, once it has happened, makes all that follows do nothing.
+/// Collects values into an archive. A failure, once it has happened, makes all that follows do nothing; so
+/// does an exception that passes through one of the operations.
 class Writer {
 public:
     Writer();
@@ -28,8 +29,8 @@ public:
     /// Writes an object that is only mentioned.
     void putConditionalObject(id object);
 
-    /// Returns what went wrong; empty as long as nothing did.
-    const std::string &failure() const { return failure_; }
+    /// Returns what went wrong; null as long as nothing did.
+    const char *failure() const { return failure_; }
     /// Returns the archive. Nothing is to be written behind that.
     std::string finished();
 
@@ -45,6 +46,8 @@ private:
         std::uint32_t object;
         bool isValueClass;
     };
+
+    class FailingOnException;
 
     void putTag(unsigned char tag);
     void putCount(std::uint64_t count);
@@ -64,7 +67,7 @@ private:
     std::unordered_map<id, std::uint32_t> indexes_;
     std::vector<std::string> names_;
     std::unordered_map<std::string, std::uint32_t> nameIndexes_;
-    std::string failure_;
+    const char *failure_ = nullptr;
 };
 
 } // namespace qb::archive

@@ -72,16 +72,16 @@ qb::archive::Writer &NSArchiver::writer(const char *selector) {
 void NSArchiver::finishEncoding() {
     if (!writer_)
         return;
-    std::string failure = writer_->failure();
-    const std::string bytes = failure.empty() ? writer_->finished() : std::string();
+    const char *failure = writer_->failure();
+    const std::string bytes = failure ? std::string() : writer_->finished();
     if (bytes.size() + data_->length() >= UINT32_MAX)
         failure = "it would have 4 GiB or more";
-    writer_.reset();
-    hasFailed_ = !failure.empty();
-    if (hasFailed_)
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotArchive, failure.c_str());
-    else
+    if (!failure)
         data_->appendBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    writer_.reset();
+    hasFailed_ = failure != nullptr;
+    if (failure)
+        qb::raiseError(kFile, __LINE__, qb::kErrorCannotArchive, failure);
 }
 
 NSMutableData *NSArchiver::archiverData() {

@@ -59,6 +59,8 @@ void OSMultipleChoiceDescription::_write(char character, QBOutputStream *on) con
 
 NSString *OSMultipleChoiceDescription::asFormattedString() const {
     QBStringOutputStream *const stream = QBStringOutputStream::stream();
+    if (!stream)
+        return nullptr;
     for (char character : characters_)
         _write(character, stream);
     return stream->targetString();

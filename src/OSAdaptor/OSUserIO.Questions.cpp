@@ -39,9 +39,11 @@ int readChoice() {
 } // namespace
 
 NSString *OSUserIO::askUserForStringWithQuestion(NSString *question) {
+    QBStringOutputStream *const answer = QBStringOutputStream::stream();
+    if (!answer)
+        return nullptr;
     printLn(question);
     print("> "_ns);
-    QBStringOutputStream *const answer = QBStringOutputStream::stream();
     char piece[kPieceSize];
     for (;;) {
         const std::size_t length = sys::readLine(piece, sizeof piece, stdin);
