@@ -190,7 +190,7 @@ bool QBFileOutputStream::put(const void *buffer, std::uint32_t length) {
     if (!filePtr_)
         return errno = EBADF, false;
     if (!window_ || length >= kLongWrite)
-        return writeOut() && sys::fwrite(buffer, length, 1, filePtr_) == 1;
+        return writeOut() && (length == 0 || sys::fwrite(buffer, length, 1, filePtr_) == 1);
     char *const end = window_ + kWindowLength;
     const auto first = std::min(length, static_cast<std::uint32_t>(end - next_));
     std::memcpy(next_, buffer, first);
