@@ -226,6 +226,7 @@ bool QBFileInputStream::fetchForLine(int &error) {
         bytesRemaining_ -= got;
         end_ = filled_;
     }
+    allowDirectReads();
     if (got == 0)
         error = errno;
     return got > 0;

@@ -219,6 +219,8 @@ void QBFileOutputStream::reset() {
     if (!tmpFilename_ || !tmpFilename_->containsData() || tmpFilename_->isEqualToString(nameOfFileHandle()))
         throw InvalidUseOfMethodException("QBFileOutputStream reset: must have a file with a name.");
     flush();
+    if (!filePtr_) // the error handler has closed it
+        return;
     filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
     hasFailed_ = false;
     if (filePtr_)
