@@ -192,8 +192,9 @@ void QBErrorHandler::removeLastError() {
 
 NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
     NSMutableString *const text = NSMutableString::string();
+    const Ref<NSArray> stack(stackTrace()); // whatever is done to make its texts
     bool isFirst = true;
-    for (id element : *stackTrace()) {
+    for (id element : *stack) {
         auto *description = qb::castOrNil<NSArray>(element);
         if (!description || !description->count())
             continue;

@@ -193,11 +193,15 @@ NSString *QBFileInputStream::readLine() {
         raiseReadError(kLineOfReadingLine, EBADF);
         return nullptr;
     }
+    const auto lineInWindow = [this] {
+        return lineAt(next_, next_ + std::min(filled_ - next_, kLongestLine));
+    };
     int error = 0;
-    Line line;
-    do
-        line = lineAt(next_, next_ + std::min(filled_ - next_, kLongestLine));
-    while (!isWholeLine(line.bytes) && fetchForLine(error));
+    Line line = lineInWindow();
+    for (bool goesOn = true; goesOn && !isWholeLine(line.bytes);) {
+        goesOn = fetchForLine(error);
+        line = lineInWindow(); // the fetch has moved it, also at the end of the file
+    }
     NSString *const text = line.bytes.empty() ? nullptr : NSString::stringWith(line.text);
     next_ += line.bytes.size();
     end_ = std::max(end_, next_);
@@ -222,6 +226,7 @@ bool QBFileInputStream::fetchForLine(int &error) {
         bytesRemaining_ -= got;
         end_ = filled_;
     }
+    allowDirectReads();
     if (got == 0)
         error = errno;
     return got > 0;

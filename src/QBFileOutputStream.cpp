@@ -190,7 +190,7 @@ bool QBFileOutputStream::put(const void *buffer, std::uint32_t length) {
     if (!filePtr_)
         return errno = EBADF, false;
     if (!window_ || length >= kLongWrite)
-        return writeOut() && sys::fwrite(buffer, length, 1, filePtr_) == 1;
+        return writeOut() && (length == 0 || sys::fwrite(buffer, length, 1, filePtr_) == 1);
     char *const end = window_ + kWindowLength;
     const auto first = std::min(length, static_cast<std::uint32_t>(end - next_));
     std::memcpy(next_, buffer, first);
@@ -219,6 +219,8 @@ void QBFileOutputStream::reset() {
     if (!tmpFilename_ || !tmpFilename_->containsData() || tmpFilename_->isEqualToString(nameOfFileHandle()))
         throw InvalidUseOfMethodException("QBFileOutputStream reset: must have a file with a name.");
     flush();
+    if (!filePtr_) // the error handler has closed it
+        return;
     filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
     hasFailed_ = false;
     if (filePtr_)

@@ -61,6 +61,7 @@ void QBOutputStream::_writeNSObject(id object) {
 }
 
 void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
+    const Ref<NSEnumerator> kept(enumerator); // whatever its objects do while they are written
     const Nesting nesting(this);
     while (enumerator && !nesting.isCut()) {
         const id object = enumerator->nextObject();

@@ -24,7 +24,8 @@ NSString *notImplemented() {
     return "not implemented correctly"_ns;
 }
 
-// Goes over a container; `textOf` makes the text of a step, which is left out when it is nil.
+// Goes over a container; `textOf` makes the text of a step, which is left out when it is nil. It keeps the
+// objects of the step, because texts may be made by clients, who may change the container.
 template <class Container, class TextOf>
 NSString *phpArray(const Container &container, TextOf textOf) {
     const qb::Nesting<PhpStrings> nesting(kFile, __LINE__);
@@ -64,13 +65,17 @@ NSString *QBNil::asPhpString() const {
 }
 
 NSString *NSArray::asPhpString() const {
-    return phpArray(*this, [](id element) { return element->asPhpString(); });
+    return phpArray(*this, [](const Ref<NSObject> &element) { return element->asPhpString(); });
 }
 
 NSString *NSDictionary::asPhpString() const {
     return phpArray(*this, [](const Pair &entry) -> NSString * {
-        NSString *const value = entry.second->asPhpString();
-        NSString *const key = entry.first->asPhpString();
-        return key && value ? NSString::stringWithRestrictedFormat("%s => %s"_ns, key, value) : nullptr;
+        const Ref<NSObject> key(entry.first);
+        const Ref<NSObject> value(entry.second);
+        NSString *const valueText = value->asPhpString();
+        NSString *const keyText = key->asPhpString();
+        if (!keyText || !valueText)
+            return nullptr;
+        return NSString::stringWithRestrictedFormat("%s => %s"_ns, keyText, valueText);
     });
 }

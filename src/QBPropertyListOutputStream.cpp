@@ -131,6 +131,7 @@ void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
 }
 
 void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
+    const Ref<NSEnumerator> kept(enumerator);
     writeList([enumerator] { return enumerator ? enumerator->nextObject() : nullptr; });
 }
 
@@ -166,7 +167,8 @@ void QBPropertyListOutputStream::writeList(Next nextObject) {
             if (writeElement(object, isFirst))
                 isFirst = false;
         }
-        writePieces(FixedPiece<"\n">());
+        if (!isFirst)
+            writePieces(FixedPiece<"\n">());
     });
 }
 

@@ -294,7 +294,7 @@ TEST_F(QBFileInputStreamTest, LinesAreCutAtTheFirstEndBehindACharacter) {
     };
     const std::string longLine(1500, 'x');
     const Row rows[] = {
-        {"a\nbc", {"a", "bc"}},
+        {"a\nthe last", {"a", "the last"}},
         {"\nabc\n", {"\n", "abc"}},
         {"a\r\nb\r\n\r\n", {"a", "b", "\r\n"}},
         {"\r\rab\rc\n", {"\r\rab"}},

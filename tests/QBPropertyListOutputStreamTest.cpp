@@ -117,14 +117,14 @@ TEST_F(QBPropertyListOutputStreamTest, ListsAndDictionariesAreIndented) {
         NSDictionary::dictionaryWith({{"a"_ns, NSArray::arrayWithObjects("x"_ns, "y"_ns)}, {"b"_ns, inner}});
     EXPECT_EQ(written(value), "{\n  a = (\n    x,\n    y\n  );\n  b = {\n    c = d;\n  };\n}");
     EXPECT_EQ(written(NSArray::arrayWithObject(inner)), "(\n  {\n    c = d;\n  }\n)");
-    EXPECT_EQ(written(NSArray::array()), "(\n\n)");
+    EXPECT_EQ(written(NSArray::array()), "(\n)");
     EXPECT_EQ(written(NSDictionary::dictionary()), "{\n}");
     EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, NilLikeValuesAreLeftOut) {
     const id null = QBNil::value();
-    EXPECT_EQ(written(NSArray::arrayWithObjects(null, null)), "(\n\n)");
+    EXPECT_EQ(written(NSArray::arrayWithObjects(null, null)), "(\n)");
     EXPECT_EQ(written(NSArray::arrayWithObjects(null, "x"_ns, null, "y"_ns, null)), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),
               "{\n  c = d;\n}");
@@ -137,7 +137,7 @@ TEST_F(QBPropertyListOutputStreamTest, NilLikeValuesAreLeftOut) {
     EXPECT_EQ(textIn(*stream), "");
     stream->_writeEnumerator(nullptr);
     stream->_writeDictionary(nullptr);
-    EXPECT_EQ(textIn(*stream), "(\n\n){\n}");
+    EXPECT_EQ(textIn(*stream), "(\n){\n}");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, OtherValuesAreQuotedStrings) {
@@ -251,6 +251,28 @@ TEST_F(QBPropertyListOutputStreamTest, ValueThatChangesItsListIsNoticed) {
         EXPECT_THROW(stream->writeObject(outer), InvalidUseOfMethodException);
         EXPECT_EQ(stream->indent(), 0);
     }
+}
+
+TEST_F(QBPropertyListOutputStreamTest, ContainersStayWhileTheirElementsAreWritten) {
+    const Ref<Meddler> meddler = Ref<Meddler>::adopt(new Meddler);
+    const Ref<NSMutableArray> outer = NSMutableArray::init();
+    const auto fill = [&](bool withEnumerator) { // nothing else keeps what it puts in there
+        const NSAutoreleasePool pool;
+        NSArray *const inner = NSArray::arrayWithObjects(meddler.get(), "x"_ns);
+        outer->setArray(inner->arrayByAddingObject("y"_ns));
+        outer->replaceObjectAtIndex(0, withEnumerator ? static_cast<id>(inner->objectEnumerator()) : inner);
+    };
+    meddler->list = outer.get();
+    QBDataOutputStream *const stream = QBDataOutputStream::stream();
+    fill(/*withEnumerator=*/true);
+    stream->writeObject(outer);
+    EXPECT_TRUE(stream->targetData()->isEqual(NSData::dataWithBytes("meddled withx", 13)));
+    fill(/*withEnumerator=*/true);
+    EXPECT_THROW(QBPropertyListOutputStream::stream()->writeObject(outer), InvalidUseOfMethodException);
+    fill(/*withEnumerator=*/false);
+    EXPECT_THROW(outer->description(), InvalidUseOfMethodException);
+    fill(/*withEnumerator=*/false);
+    EXPECT_THROW(outer->asPhpString(), InvalidUseOfMethodException);
 }
 
 TEST_F(QBPropertyListOutputStreamTest, SelectorsMakeAndUseTheStream) {

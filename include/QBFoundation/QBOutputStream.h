@@ -97,8 +97,9 @@ protected:
     class Nesting {
     public:
         explicit Nesting(QBOutputStream *stream) : stream_(stream) {
-            if (stream->openContainers_++ >= kDeepestNesting && !stream->isCut_)
+            if (stream->openContainers_ >= kDeepestNesting && !stream->isCut_)
                 stream->cut();
+            ++stream->openContainers_; // behind the raising, which may throw
         }
         ~Nesting() {
             if (--stream_->openContainers_ == 0)

@@ -39,7 +39,7 @@ public:
 private:
     enum class Phase { nextElement, value, endOfEntry };
     struct Container {
-        id object;
+        Ref<NSObject> object; // kept, whatever its elements do for their texts
         std::variant<NSArray::Iterator, NSSet::Iterator, NSDictionary::Iterator> next;
         Phase phase = Phase::nextElement;
         bool hasBegun = false;
@@ -63,7 +63,7 @@ private:
     }
 
     void open(id container, ContainerKind kind) {
-        const auto isSame = [container](const Container &other) { return other.object == container; };
+        const auto isSame = [container](const Container &other) { return other.object.get() == container; };
         if (open_.size() == kDeepestDescription || std::any_of(open_.begin(), open_.end(), isSame)) {
             target_ += "...";
             return;
@@ -82,7 +82,7 @@ private:
                                ? nextElement(list, std::get<NSSet::Iterator>(list.next))
                                : nextElement(list, std::get<NSArray::Iterator>(list.next));
         if (!element)
-            return close("\n", ')');
+            return close(list.hasElement ? "\n" : "", ')');
         if (std::exchange(list.hasElement, true))
             target_ += ",\n";
         indent();

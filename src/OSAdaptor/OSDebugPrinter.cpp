@@ -10,7 +10,6 @@
 #include "System/Memory.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -139,10 +138,8 @@ NSArray *OSDebugPrinter::Channels::sortedNames() const {
 }
 
 NSString *OSDebugPrinter::Channels::help(const char *format) const {
-    std::string list;
-    for (id name : *sortedNames())
-        list.append(list.empty() ? "" : "\n       ").append(name->cStringValue());
-    return NSString::stringWithRestrictedFormat(format, list.c_str());
+    return NSString::stringWithRestrictedFormat(format,
+                                                sortedNames()->componentsJoinedByString("\n       "_ns));
 }
 
 std::int32_t OSDebugPrinter::registerDebugChannel(NSString *name) {

@@ -94,7 +94,7 @@ Class *OSLogger::cls() {
         qb::classMethod<"createLoggerForCategory:withLogLevel:logPrefix:andLogFileName:",
                         void(Class *, NSString *, Level, NSString *, NSString *)>(
             &OSLogger::createLoggerOfClass),
-        qb::classMethod<"loggerForCategory:">(&OSLogger::loggerForCategory),
+        qb::classMethod<"loggerForCategory:">(&OSLogger::loggerOfClass),
         qb::classMethod<"setDefaultLogFileName:">(&OSLogger::setDefaultLogFileName),
         qb::classMethod<"setDefaultLogPrefix:">(&OSLogger::setDefaultLogPrefix),
         qb::classMethod<"setDefaultLogLevel:">(&OSLogger::setDefaultLogLevel),
@@ -150,11 +150,11 @@ void OSLogger::createLoggerOfClass(Class *asked, NSString *category, std::uint8_
         _loggers()->setObjectForKey(logger, category);
 }
 
-OSLogger *OSLogger::loggerForCategory(NSString *category) {
+OSLogger *OSLogger::loggerOfClass(Class *asked, NSString *category) {
     if (OSLogger *const logger = tableEntry(category))
         return logger;
     if (!defaultLogger())
-        createLoggerForCategory(""_ns);
+        createLoggerOfClass(asked, ""_ns);
     return defaultLogger();
 }
 

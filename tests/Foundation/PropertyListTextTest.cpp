@@ -59,14 +59,12 @@ TEST_F(PropertyListTextTest, ContainersAreIndented) {
                                             "  };\n"
                                             "  d = <0fbd7771 c2>;\n"
                                             "  e = (\n"
-                                            "\n"
                                             "  );\n"
                                             "  f = (\n"
                                             "    {\n"
                                             "    }\n"
                                             "  );\n"
                                             "  (\n"
-                                            "\n"
                                             "  ) = 7;\n"
                                             "}");
 }

@@ -72,12 +72,13 @@ TEST_F(OSDebugPrinterTest, NamesAreKeptAndListed) {
     EXPECT_EQ(printer()->registerDebugChannel(name), 2);
     name->appendString("!"_ns);
     printer()->registerDebugChannel("a"_ns);
+    printer()->registerProfileChannel(""_ns);
     EXPECT_STREQ(printer()->debugChannelName(2), "b");
     EXPECT_EQ(describe(printer()->debugChannelNames()), "(a, all, b, here)");
     EXPECT_EQ(printer()->getHelpForDebugChannels()->view(),
               "\n     Possible debug channels are:\n       a\n       all\n       b\n       here");
     EXPECT_EQ(printer()->getHelpForProfileChannels()->view(),
-              "\n     Possible profile channels are:\n       here");
+              "\n     Possible profile channels are:\n       \n       here");
 }
 
 TEST_F(OSDebugPrinterTest, AllStandsForAllDebugChannelsButForNoProfileChannel) {

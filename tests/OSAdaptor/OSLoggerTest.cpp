@@ -70,6 +70,8 @@ TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
     send<void>(logger, "logWithLevel:format:"_sel, 0, "%s"_ns, "sent");
     logger->logWithLevelFormat(1, "too fine"_ns);
     ASSERT_EQ(logger->classObject(), Journal::cls());
+    EXPECT_EQ(send<OSLogger *>(Journal::cls(), "loggerForCategory:"_sel, "others"_ns)->classObject(),
+              Journal::cls());
     EXPECT_EQ(static_cast<Journal *>(logger)->lines, "5 sent");
 }
 

@@ -49,7 +49,7 @@ public:
     }
     /// Returns the category's logger, or else the default one, that of the empty category, which is made
     /// when there is none. Borrowed from the table.
-    static OSLogger *loggerForCategory(NSString *category);
+    static OSLogger *loggerForCategory(NSString *category) { return loggerOfClass(cls(), category); }
 
     // --- The default logger ---
 
@@ -100,6 +100,7 @@ protected:
     static void createLoggerOfClass(Class *asked, NSString *category);
     static void createLoggerOfClass(Class *asked, NSString *category, std::uint8_t withLogLevel,
                                     NSString *logPrefix, NSString *logFileName);
+    static OSLogger *loggerOfClass(Class *asked, NSString *category);
 
 private:
     void openStream();
