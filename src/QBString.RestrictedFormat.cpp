@@ -170,7 +170,10 @@ NSString *NSString::stringWithRestrictedFormatAndArglist(const char *format, con
 }
 
 NSString *NSString::stringWithRestrictedFormatAndObjects(NSString *format, NSArray *objects) {
-    return format ? filled(format->view(), ObjectsSource(objects)).autorelease() : nullptr;
+    if (!format)
+        return nullptr;
+    const Ref<NSString> kept = format->copy(); // whatever the objects do to it
+    return filled(kept->view(), ObjectsSource(objects)).autorelease();
 }
 
 void NSMutableString::appendRestrictedFormatWithArgList(NSString *format, const qb::ArgList &argList) {

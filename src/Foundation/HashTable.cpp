@@ -109,7 +109,7 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
         // The comparison may be a client's code, which may change the table.
         const auto index = static_cast<std::uint32_t>(entry - entries_);
         if (entry->key == key || key->isEqual(entry->key))
-            return index < used_ ? &entries_[index] : nullptr;
+            return index < used_ && entries_[index].key ? &entries_[index] : nullptr;
     }
     return nullptr;
 }

@@ -84,8 +84,9 @@ std::optional<std::string> filled(std::string_view format, const qb::ArgList &va
 Ref<NSString> initWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
     if (!format)
         return {};
-    const std::optional<std::string> text = filled(format->view(), argList);
-    return NSString::initOfClass(asked, text ? std::string_view(*text) : format->view());
+    const Ref<NSString> kept = format->copy(); // whatever a description does to it
+    const std::optional<std::string> text = filled(kept->view(), argList);
+    return NSString::initOfClass(asked, text ? std::string_view(*text) : kept->view());
 }
 NSString *stringWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
     return initWithFormatOfClass(asked, format, argList).autorelease();
