@@ -27,7 +27,8 @@ public:
         const std::size_t strings = isTable_ ? 0 : strings_.lookUp<adds>(array->view(), visit);
         for (NSArray::Iterator next(array, static_cast<std::uint32_t>(strings)); !next.atEnd(); ++next) {
             becomeTable();
-            visit(*next, find<adds>(*next));
+            const Ref<NSObject> element = *next; // its own operations may take it out of the array
+            visit(element, find<adds>(element));
         }
     }
     void add(const NSArray *array) {

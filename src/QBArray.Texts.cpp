@@ -38,7 +38,8 @@ std::span<const qb::Method> qb::tables::arrayTexts() {
 }
 
 NSString *NSArray::stringsJoinedByString(NSString *separator) const {
-    const std::string_view between = separator ? separator->cString() : std::string_view();
+    const Ref<NSString> kept = separator ? separator->copy() : nullptr; // whatever the elements do to it
+    const std::string_view between = kept ? kept->cString() : std::string_view();
     std::string text;
     bool isFirst = true;
     for (id element : *this) {

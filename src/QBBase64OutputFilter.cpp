@@ -27,10 +27,6 @@ void raiseMalformed(const char *group) {
     qb::raiseError(kFile, hasPadding ? 146 : 150, qb::kErrorMalformedBase64);
 }
 
-bool mayGoOn() {
-    return !ERRORHANDLER || ERRORHANDLER->errorState() == ERRORSTATE_OK;
-}
-
 } // namespace
 
 Class *QBBase64OutputFilter::cls() {
@@ -67,6 +63,8 @@ BOOL QBBase64OutputFilter::setUpWithTargetDecode(QBOutputStream *target, BOOL) {
 
 void QBBase64OutputFilter::_writeBuffer(const void *buffer, std::uint32_t length) {
     const auto *bytes = static_cast<const char *>(buffer);
+    if (length == 0) // no bytes may come without an address
+        return;
     if (isDecoding_)
         decode(bytes, bytes + length);
     else
@@ -158,7 +156,7 @@ void QBBase64OutputFilter::decode(const char *position, const char *end) {
     if (position == end)
         return;
     const qb::SavedErrors saved;
-    while (position != end && mayGoOn()) {
+    while (position != end && !qb::isErrorPending()) {
         const char character = *position++;
         if (std::isspace(static_cast<unsigned char>(character)))
             continue;
@@ -166,7 +164,7 @@ void QBBase64OutputFilter::decode(const char *position, const char *end) {
         if (pendingCount_ != 4)
             continue;
         decodePending();
-        if (mayGoOn())
+        if (!qb::isErrorPending())
             position = decodeGroups(position, end);
     }
 }

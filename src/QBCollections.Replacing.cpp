@@ -26,17 +26,18 @@ struct Replacement {
     id object, by;
     BOOL isRecursive;
 
-    // Returns what stands in a container for `value` afterwards, nil when it is nested too deeply.
-    id valueFor(id value) const {
+    // Returns what stands in a container for `value` afterwards, nil when it is nested too deeply. The
+    // value's own operations may take it out of there.
+    Ref<NSObject> valueFor(const Ref<NSObject> &value) const {
         if (value->isEqual(object))
             return by ? by
                       : throw InvalidArgumentException(
                             "replace:with:recursive: must have an object that is not nil.");
         switch (isRecursive ? qb::containerKindOf(value) : qb::ContainerKind::none) {
         case qb::ContainerKind::array:
-            return static_cast<NSArray *>(value)->asArrayWith(object, by, isRecursive);
+            return static_cast<NSArray *>(value.get())->asArrayWith(object, by, isRecursive);
         case qb::ContainerKind::dictionary:
-            return static_cast<NSDictionary *>(value)->asDictionaryWith(object, by, isRecursive);
+            return static_cast<NSDictionary *>(value.get())->asDictionaryWith(object, by, isRecursive);
         default:
             return value;
         }
@@ -102,7 +103,7 @@ void NSMutableArray::replace(id object, id with, BOOL recursive) {
     const Replacement replacement{object, with, recursive};
     auto values = NSMutableArray::initWithCapacity(count());
     for (id element : *this) {
-        const id value = replacement.valueFor(element);
+        const Ref<NSObject> value = replacement.valueFor(element);
         if (!value)
             return;
         values->addObject(value);
@@ -114,10 +115,11 @@ void NSMutableDictionary::replace(id object, id with, BOOL recursive) {
     const Replacement replacement{object, with, recursive};
     auto values = NSMutableDictionary::initWithCapacity(count());
     for (const auto &[key, value] : *this) {
-        const id newValue = replacement.valueFor(value);
+        const Ref<NSObject> keptKey = key;
+        const Ref<NSObject> newValue = replacement.valueFor(value);
         if (!newValue)
             return;
-        values->setObjectForKey(newValue, key);
+        values->setObjectForKey(newValue, keptKey);
     }
     addEntriesFromDictionary(values);
 }

@@ -93,8 +93,10 @@ std::uint64_t QBCopyShop::copyUpTo(std::uint64_t limit, QBInputStream *from, QBO
     qb::required(to, "QBCopyShop copyFrom:to:", "a sink");
     const qb::SavedErrors errors;
     const std::unique_ptr<void, Release> buffer(qb::sys::allocate(bufferSize_));
-    if (!buffer)
+    if (!buffer) {
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+        return 0; // also where no handler has recorded it
+    }
     std::uint64_t done = 0;
     while (done < limit && !qb::isErrorPending()) {
         const auto most = static_cast<std::uint32_t>(std::min<std::uint64_t>(bufferSize_, limit - done));

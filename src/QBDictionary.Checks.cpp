@@ -33,7 +33,7 @@ NSArray *NSDictionary::badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) co
     if (allowed)
         bad->addObjectsFromArray(allKeys()->badElementsForGoodElements(allowed));
     if (required)
-        for (id key : *required)
+        for (const Ref<NSObject> key : *required)
             if (IsNil(objectForKey(key)))
                 bad->addObject(key);
     return bad->containsData() ? bad : nullptr;
@@ -42,7 +42,7 @@ NSArray *NSDictionary::badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) co
 NSArray *NSDictionary::keysContainedBy(NSArray *keys) const {
     NSMutableArray *const contained = NSMutableArray::array();
     if (keys)
-        for (id key : *keys)
+        for (const Ref<NSObject> key : *keys)
             if (objectForKey(key))
                 contained->addObject(key);
     return contained->containsData() ? contained : nullptr;

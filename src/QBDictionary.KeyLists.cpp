@@ -37,7 +37,7 @@ bool isCorrect(NSArray *keysAndValues, NSArray *multiValues) {
         return raiseMalformed(count, "a value for the last key");
     qb::HashTable keys;
     for (std::uint32_t i = 0; i < count; i += 2) {
-        const id key = keysAndValues->objectAtIndex(i);
+        const Ref<NSObject> key = keysAndValues->objectAtIndex(i);
         if (keys.find(key) && !contains(multiValues, key))
             return raiseMalformed(i, "another key");
         keys.entryFor(key);
@@ -70,8 +70,8 @@ std::span<const qb::Method> NSDictionary::keyListMethods() {
 BOOL NSDictionary::setUpFromArray(NSArray *array, NSArray *supportedMultiValues) {
     const std::uint32_t count = array ? array->count() : 0;
     for (std::uint32_t i = 0; i < count; i += 2) {
-        const id key = array->objectAtIndex(i);
-        const id value = i + 1 < count ? array->objectAtIndex(i + 1) : QBNil::value();
+        const Ref<NSObject> key = array->objectAtIndex(i);
+        const Ref<NSObject> value = i + 1 < count ? array->objectAtIndex(i + 1) : QBNil::value();
         traceValue(value);
         if (!contains(supportedMultiValues, key)) {
             store(key, value);

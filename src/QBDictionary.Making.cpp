@@ -27,7 +27,7 @@ std::span<const qb::Method> NSDictionary::makingMethods() {
 BOOL NSDictionary::setUpFrom(NSDictionary *dict, NSArray *keys) {
     if (!dict || !keys)
         return YES;
-    for (id key : *keys)
+    for (const Ref<NSObject> key : *keys) // whose own operations may take it out of there
         if (const id value = dict->objectForKey(key))
             store(key, value);
     return YES;
@@ -48,7 +48,7 @@ BOOL NSDictionary::setUpFromTexts(NSDictionary *dict, NSArray *goodKeys) {
 BOOL NSDictionary::setUpFromAnswers(NSDictionary *dict, NSArray *goodKeys, SEL selector) {
     if (!goodKeys)
         return YES;
-    for (id key : *goodKeys)
+    for (const Ref<NSObject> key : *goodKeys)
         if (const id answer = send(dict, selector, key); !IsNil(answer))
             store(key, answer);
     return YES;
@@ -76,8 +76,10 @@ NSDictionary *NSDictionary::dictByPrefixingKeysWith(NSString *prefix) const {
             "NSDictionary dictByPrefixingKeysWith: must have a string that is not nil.");
     Ref<NSDictionary> result = init();
     result->table_.reserve(count());
-    for (const auto &[key, value] : *this)
-        result->store(prefix->stringByAppendingString(key->stringValue()), value);
+    for (const auto &[key, value] : *this) {
+        const Ref<NSObject> kept = value;
+        result->store(prefix->stringByAppendingString(key->stringValue()), kept);
+    }
     return result.autorelease();
 }
 

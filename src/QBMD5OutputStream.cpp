@@ -38,6 +38,8 @@ void MD5Init(MD5_CTX *context) {
 }
 
 void MD5Update(MD5_CTX *context, const unsigned char *bytes, unsigned length) {
+    if (length == 0) // no bytes may come without an address
+        return;
     const std::size_t used = bytesInBlock(*context);
     addToCount(*context, length);
     if (used != 0) {

@@ -176,23 +176,23 @@ void raiseWrongKey(NSString *key) {
 
 // Returns the element on the way to deeper ones, made mutable when it has no mutable copies; null without
 // one.
-id mutableElementAt(NSMutableArray *array, std::string_view component) {
+Ref<NSObject> mutableElementAt(NSMutableArray *array, std::string_view component) {
     static Protocol *const mutableCopying = Protocol::named("NSMutableCopying");
-    const id element = elementAt(array, component);
+    const Ref<NSObject> element = elementAt(array, component);
     if (!element || element->conformsToProtocol(mutableCopying))
         return element;
-    const id changed = element->makeMutable();
+    const Ref<NSObject> changed = element->makeMutable();
     if (changed != element)
         array->replaceObjectAtIndex(indexOf(component), changed);
     return changed;
 }
 
 // Returns the value of the key on the way to deeper ones, made mutable; what is no value as it is.
-id mutableValueAt(id object, NSString *key) {
-    const id value = object->objectForKey(key);
+Ref<NSObject> mutableValueAt(id object, NSString *key) {
+    const Ref<NSObject> value = object->objectForKey(key);
     if (IsNil(value))
         return value;
-    const id changed = value->makeMutable();
+    const Ref<NSObject> changed = value->makeMutable();
     if (changed != value)
         object->setObjectForKey(changed, key);
     return changed;

@@ -10,8 +10,8 @@
 #include "System/Regex.h"
 #include "Text/PatternCheck.h"
 
+#include <algorithm>
 #include <array>
-#include <climits>
 #include <string>
 
 namespace {
@@ -111,7 +111,7 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
 
 BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {
     const char *const text = checkedString(pattern, "initWithPattern:flags:")->cString();
-    if (const char *const fault = qb::text::patternFault(text, (flags & REG_NEWLINE) != 0)) {
+    if (const char *const fault = qb::text::patternFault(text, (flags & REG_NEWLINE) != 0, &longestText_)) {
         qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, fault);
         return NO;
     }
@@ -126,7 +126,7 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
 bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const {
     if (!isCompiled_)
         return false;
-    const int result = string->cStringLength() > INT_MAX
+    const int result = string->cStringLength() > longestText_
                            ? REG_ESPACE
                            : qb::sys::regexec(compiledRegex_, string->cString(), count, places);
     if (result != 0 && result != REG_NOMATCH)
@@ -139,6 +139,7 @@ QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, st
     NSString *const rest = string->substringFromIndex(static_cast<std::uint32_t>(fromIndex));
     std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
     const std::size_t count = compiledRegex_.re_nsub + 1;
+    std::fill_n(places.begin(), count, regmatch_t{-1, -1}); // REG_NOSUB leaves them as they are
     if (!isFoundIn(rest, count, places.data()))
         return nullptr;
     return QBRegularExpressionMatchObject::matchObjectWithMatches(

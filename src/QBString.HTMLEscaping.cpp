@@ -108,11 +108,12 @@ NSString *NSString::stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quo
                                             char on) const {
     const unsigned flags = flagsOf(lt, gt, amp, quot);
     auto *const receiver = static_cast<NSString *>(self());
-    const std::string_view text = view();
     if (skipWith) {
-        const std::string escaped = SkippingEscaper(receiver, flags, skipWith, on).escaped();
-        return escaped.size() == text.size() ? itself(receiver) : stringWith(escaped);
+        const Ref<NSString> kept = copy(); // whatever the function does to the receiver
+        const std::string escaped = SkippingEscaper(kept, flags, skipWith, on).escaped();
+        return escaped.size() == kept->view().size() ? itself(receiver) : stringWith(escaped);
     }
+    const std::string_view text = view();
     const std::size_t length = qb::text::escapedHtmlLength(text.data(), text.size(), flags);
     if (length == text.size())
         return itself(receiver);

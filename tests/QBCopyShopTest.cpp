@@ -21,6 +21,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 using QBCopyShopTest = PoolFixture;
@@ -189,6 +190,12 @@ TEST_F(QBCopyShopTest, MissingMemoryAndStreamsAreTold) {
         const ErrorExpectation error(100156);
         const qb::sys::Fault noMemory(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
         EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
+    }
+    {
+        const qb::sys::Fault noMemory(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        QBErrorHandler *const handler = std::exchange(ERRORHANDLER, nullptr); // so that nothing is recorded
+        EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
+        ERRORHANDLER = handler;
     }
     EXPECT_TRUE(from->asked.empty());
     EXPECT_REASON(QBCopyShop::copyShop()->copyFrom(nullptr, target),

@@ -185,6 +185,12 @@ TEST_F(QBMD5OutputStreamTest, TheFunctionMakesADigestOfItsOwnMemory) {
     EXPECT_EQ(digest[15], 0x61);
     std::free(digest);
     length = 5;
+    MD5_CTX context;
+    MD5Init(&context);
+    MD5Update(&context, reinterpret_cast<const unsigned char *>("a"), 1);
+    MD5Update(&context, nullptr, 0);
+    MD5Final(&context);
+    EXPECT_EQ(context.digest[15], 0x61);
     digest = md5Hash(nullptr, &length);
     EXPECT_EQ(length, 5u);
     EXPECT_EQ(std::string(digest, digest + 16), std::string(16, '\0'));

@@ -72,6 +72,7 @@ TEST_F(QBRegularExpressionTest, MatchWantsTheWholeStringAndMatchesAnyPart) {
     EXPECT_TRUE(send<BOOL>("b"_ns, "matches:"_sel, "^B"_ns) == NO);
     EXPECT_TRUE(expressionOf("^B", REG_ICASE)->matches("b"_ns));
     EXPECT_TRUE(expressionOf("^b$", REG_NEWLINE)->matches("a\nb"_ns));
+    EXPECT_EQ(expressionOf("(b)", REG_NOSUB)->search("ab"_ns)->startOfGroup(1), -1);
     // What stands behind a NUL is not seen.
     EXPECT_FALSE(NSString::stringWith({"a\0b", 3})->matches("b"_ns));
     EXPECT_EQ(expressionOf("a")->match(NSString::stringWith({"a\0b", 3})), nullptr);
@@ -147,6 +148,13 @@ TEST_F(QBRegularExpressionTest, LongTextsAreSearchedOnASmallStack) {
 }
 
 TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
+    const std::string text(4096, 'a');
+    EXPECT_TRUE(NSString::stringWith(text)->matches("^(.*)\\1$"_ns));
+    EXPECT_TRUE(NSString::stringWith(text + text)->matches("^(a|b)\\1.*$"_ns));
+    {
+        ErrorExpectation error(qb::kErrorOutOfMemory); // it would take hundreds of MiB
+        EXPECT_FALSE(NSString::stringWith(text + "a")->matches("^(.*)\\1$"_ns));
+    }
     {
         Fault fault(Call::regcomp, 0, 1, ENOMEM);
         ErrorExpectation error(qb::kErrorMalformedPattern);

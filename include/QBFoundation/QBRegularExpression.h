@@ -34,7 +34,9 @@ class QBRegularExpressionMatchObject;
 /// not exceed 32. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
-/// more, which the platform's positions don't reach, raises 100156 and has found nothing.
+/// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
+/// than 4096 bytes for a pattern in which a group that is referred to has an open end inside, as
+/// "^(.+)-\1$": its memory would grow with the square of the text's length.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;
@@ -79,6 +81,7 @@ private:
 
     regex_t compiledRegex_{};
     bool isCompiled_ = false;
+    std::size_t longestText_ = 0; // bytes that the matcher is given at most
 };
 
 /// What a search has found: the places of the whole match, group 0, and of the pattern's groups.

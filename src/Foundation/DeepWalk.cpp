@@ -104,17 +104,18 @@ private:
     }
 
     Verdict goOnInArray(Pair &pair, Verdict last) {
-        const auto a = static_cast<NSArray *>(pair.a)->view();
-        const auto b = static_cast<NSArray *>(pair.b)->view();
-        if (last == Verdict::different || a.size() != b.size())
-            return Verdict::different;
-        while (pair.index < a.size()) {
+        const auto *const a = static_cast<NSArray *>(pair.a);
+        const auto *const b = static_cast<NSArray *>(pair.b);
+        if (last == Verdict::different)
+            return last;
+        // A comparison is code that may have changed the arrays.
+        while (a->count() == b->count() && pair.index < a->count()) {
             const std::uint32_t index = pair.index++;
-            const Verdict verdict = compare(a[index], b[index]);
+            const Verdict verdict = compare(a->view()[index], b->view()[index]);
             if (verdict != Verdict::equal)
                 return verdict;
         }
-        return Verdict::equal;
+        return a->count() == b->count() ? Verdict::equal : Verdict::different;
     }
 
     Verdict goOnInTable(Pair &pair, Verdict last) {

@@ -38,6 +38,11 @@ std::uint32_t hashOf(const NSObject *key) {
     return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
 }
 
+// Holds a key whose own operations may let go of it; those of plain strings don't.
+Ref<NSObject> kept(const NSObject *key) {
+    return isPlainString(key) ? nullptr : const_cast<NSObject *>(key);
+}
+
 inline bool areEqualShortTexts(const NSObject *a, const NSObject *b) {
     const std::string_view left = static_cast<const NSString *>(a)->view();
     const std::string_view right = static_cast<const NSString *>(b)->view();
@@ -104,12 +109,13 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
         // The comparison may be a client's code, which may change the table.
         const auto index = static_cast<std::uint32_t>(entry - entries_);
         if (entry->key == key || key->isEqual(entry->key))
-            return index < used_ ? &entries_[index] : nullptr;
+            return index < used_ && entries_[index].key ? &entries_[index] : nullptr;
     }
     return nullptr;
 }
 
 HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {
+    const Ref<NSObject> keeper = kept(key);
     return lookUp(key, hashOf(key));
 }
 
@@ -210,6 +216,7 @@ void HashTable::leave(std::uint32_t hash, std::uint32_t index) noexcept {
 }
 
 HashTable::Entry &HashTable::entryFor(NSObject *key) {
+    const Ref<NSObject> keeper = kept(key);
     const std::uint32_t hash = hashOf(key);
     if (Entry *const entry = lookUp(key, hash))
         return *entry;
@@ -226,6 +233,7 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
 HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
     if (dispatchKey(key) == plainStringKeys.immutable) // its copy is itself
         return entryFor(key);
+    const Ref<NSObject> keeper = kept(key);
     if (Entry *const entry = find(key))
         return *entry;
     return entryFor(key->copy().get());

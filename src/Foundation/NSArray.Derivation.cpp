@@ -57,7 +57,8 @@ NSArray *NSArray::arrayByAddingObjectsFromArray(NSArray *other) const {
 }
 
 NSString *NSArray::componentsJoinedByString(NSString *separator) const {
-    const std::string_view between = separator ? separator->view() : std::string_view();
+    const Ref<NSString> kept = separator ? separator->copy() : nullptr; // whatever a description does to it
+    const std::string_view between = kept ? kept->view() : std::string_view();
     std::string text;
     bool isFirst = true;
     for (id element : *this) {

@@ -57,12 +57,12 @@ void NSDictionary::store(id key, id value) {
     if (!key || !value)
         throw InvalidArgumentException(
             "NSMutableDictionary setObject:forKey: must have an object and a key that are not nil.");
+    Ref<NSObject> kept = value; // the key's own operations may let go of it
     const std::uint32_t before = table_.count();
     qb::HashTable::Entry &entry = table_.entryForCopyOf(key);
     if (table_.count() != before)
         ++mutations_;
-    value->retain();
-    if (const id old = std::exchange(entry.value, value))
+    if (const id old = std::exchange(entry.value, kept.detach()))
         old->release();
 }
 
@@ -113,7 +113,11 @@ BOOL NSDictionary::setUpWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
     if (count != (forKeys ? forKeys->count() : 0))
         throw InvalidArgumentException(
             "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
-    return count == 0 || setUpWithBuffers(objects->view().data(), forKeys->view().data(), count);
+    if (count == 0)
+        return YES;
+    const Ref<NSArray> values = objects->copy(),
+                       keys = forKeys->copy(); // what a key's operations don't change
+    return setUpWithBuffers(values->view().data(), keys->view().data(), count);
 }
 
 BOOL NSDictionary::setUpWithBuffers(const id *objects, const id *forKeys, std::uint32_t count) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -30,6 +31,9 @@ constexpr PatternCount kMostReferences = 64;
 // Choices times back references; each asks for the places that the others have led to.
 constexpr PatternCount kMostChoices = 32;
 constexpr PatternCount kMostOpenEnds = 1;
+// Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
+// takes some 8 bytes for each two places.
+constexpr std::size_t kLongestForOpenCapture = 4096;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -73,6 +77,8 @@ public:
             checkFreedom();
         return fault_;
     }
+
+    std::size_t longestText() const { return hasOpenCapture_ ? kLongestForOpenCapture : INT_MAX; }
 
 private:
     /// What stands between a pair of parentheses, or outside of all.
@@ -201,8 +207,10 @@ private:
     void closeGroup() {
         finishBranch();
         PatternShape whole = group(level().branches);
-        if (references_.name(level().group))
+        if (references_.name(level().group)) {
             whole.captures = whole.captures + 1;
+            hasOpenCapture_ |= PatternCount() < whole.openEnds;
+        }
         levels_.pop_back();
         addPart(checked(whole));
     }
@@ -319,6 +327,7 @@ private:
     const References references_;
     bool beginsAnywhere_;
     bool hasOpenEnd_ = false;
+    bool hasOpenCapture_ = false; // a group that is referred to has one inside
     std::string_view simplePart_; // its text, when the latest part is no group and not repeated
     std::vector<Level> levels_ = std::vector<Level>(1);
     std::size_t groupCount_ = 0;
@@ -328,8 +337,12 @@ private:
 
 } // namespace
 
-const char *patternFault(const char *pattern, bool isByLines) {
-    return PatternScanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}, isByLines).fault();
+const char *patternFault(const char *pattern, bool isByLines, std::size_t *longestText) {
+    PatternScanner scanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}, isByLines);
+    const char *const fault = scanner.fault();
+    if (longestText)
+        *longestText = scanner.longestText();
+    return fault;
 }
 
 } // namespace qb::text
