@@ -42,7 +42,8 @@ std::int64_t yearOfNow() {
     return qb::calendar::fieldsFromSeconds(qb::sys::wallSeconds()).year;
 }
 
-Fields clampedFields(const NSString *text) {
+// Apart from the usual date, which needs none of its registers.
+[[gnu::noinline]] Fields clampedFields(const NSString *text) {
     Fields fields;
     fields.year = numberAt(text, 0, 4);
     if (fields.year < 1)
