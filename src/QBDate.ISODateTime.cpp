@@ -42,7 +42,8 @@ std::int64_t yearOfNow() {
     return qb::calendar::fieldsFromSeconds(qb::sys::wallSeconds()).year;
 }
 
-Fields clampedFields(const NSString *text) {
+// Apart from the usual date, which needs none of its registers.
+[[gnu::noinline]] Fields clampedFields(const NSString *text) {
     Fields fields;
     fields.year = numberAt(text, 0, 4);
     if (fields.year < 1)
@@ -106,8 +107,9 @@ BOOL NSString::isIsoDateTimeStringWithMilliseconds() const {
 
 NSCalendarDate *NSString::asDateFromISODateTimeString() const {
     if (cStringLength() == qb::calendar::kStampLength)
-        if (const auto seconds = qb::calendar::secondsOfStamp(cString()))
-            return NSCalendarDate::dateAt(*seconds, NSTimeZone::gmt());
+        if (const std::int64_t seconds = qb::calendar::secondsOfStamp(cString());
+            seconds != qb::calendar::kNoSeconds)
+            return NSCalendarDate::dateAt(seconds, NSTimeZone::gmt());
     if (length() != qb::calendar::kStampLength)
         return nullptr;
     return NSCalendarDate::dateAt(qb::calendar::secondsFromUsualFields(clampedFields(this)),

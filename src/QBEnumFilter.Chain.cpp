@@ -42,21 +42,31 @@ public:
     Nesting &operator=(const Nesting &) = delete;
 };
 
-// Keeps an object for the time of a message, which may take it out of the collection that it is from; when it
-// has, until the end of the pool.
+// Keeps an object for the time of messages, which may take it out of the collection that it is from; when
+// they have, until the end of the pool.
 class Kept {
 public:
     explicit Kept(id object) : object_(object->retain()) {}
-    ~Kept() {
+    ~Kept() { leave(); }
+    Kept(const Kept &) = delete;
+    Kept &operator=(const Kept &) = delete;
+
+    // Keeps `object` from now on, and not the one before it.
+    void change(id object) {
+        if (object == object_)
+            return;
+        object->retain();
+        leave();
+        object_ = object;
+    }
+
+private:
+    void leave() noexcept {
         if (object_->retainCount() == 1) [[unlikely]]
             leaveToPool();
         else
             object_->release();
     }
-    Kept(const Kept &) = delete;
-    Kept &operator=(const Kept &) = delete;
-
-private:
     void leaveToPool() noexcept {
         try {
             object_->autorelease();
@@ -89,16 +99,14 @@ inline id QBEnumFilter::yielded(id object, bool isTrue) const {
 
 // In each loop's own code, because here a call costs as much as the work.
 [[gnu::always_inline]] inline id QBEnumFilter::step(id object) {
-    if (!message_.isPlainFor(object))
+    if (!message_.isPlainFor(object)) [[unlikely]]
         return stepSlowly(object);
-    const Kept kept(object);
     if (yields_ == Yields::answers)
         return message_.plainObject(object);
     return yielded(object, message_.isPlainTrue(object));
 }
 
 id QBEnumFilter::stepSlowly(id object) {
-    const Kept kept(object);
     if (sendsTo_ == SendsTo::object) {
         const id values[] = {argument1_, argument2_};
         return sendFor(object, object, values);
@@ -118,7 +126,10 @@ id QBEnumFilter::sendFor(id object, id receiver, std::span<const id> values) {
 }
 
 id QBEnumFilter::doFilter(id object) {
-    return object ? step(object) : nullptr;
+    if (!object)
+        return nullptr;
+    const Kept kept(object);
+    return step(object);
 }
 
 // --- Chains ---
@@ -151,10 +162,12 @@ public:
 
     /// Lets `object` through the filters. Returns nil when one of them has dropped it.
     [[gnu::always_inline]] id pass(id object, QBEnumFilter *last) const {
+        Kept kept(object);
         for (QBEnumFilter *filter : steps_) {
             object = filter->step(object);
             if (!object)
                 return nullptr;
+            kept.change(object);
         }
         return lastIsOfLibrary_ ? object : last->doFilter(object);
     }

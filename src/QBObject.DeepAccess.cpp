@@ -120,8 +120,9 @@ id valueAt(id object, std::string_view component) {
     return object->objectForKey(NSString::stringWith(component));
 }
 
-// Goes on at an object that takes messages. `isReceiver`: it is the one that was asked for the whole key.
-id objectByMessages(Walk walk, bool isReceiver) {
+// Goes on at an object that takes messages. `isReceiver`: it is the one that was asked for the whole key. Not
+// a part of the walk through containers, which then needs no registers for it.
+[[gnu::noinline]] id objectByMessages(Walk walk, bool isReceiver) {
     const Ref<NSString> kept = NSString::initWith(walk.key); // whoever gets one may change the text
     walk.key = kept->view();
     for (; !walk.isOver; isReceiver = false) {

@@ -59,14 +59,16 @@ constexpr std::int64_t kShortDays = 365'000'000;
 
 /// Returns the days from 1970-01-01 to a date that the calendar has, within the year limit.
 ///
-/// Source: Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms", days_from_civil.
+/// Sources: Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms", days_from_civil; for the days
+/// before a month, Neri and Schneider as below.
 constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
-    const std::int64_t marchYear = year - (month <= 2 ? 1 : 0);
+    const bool isEarly = month <= 2; // January and February are the last months of the year before
+    const std::int64_t marchYear = year - (isEarly ? 1 : 0);
     const bool isShort = marchYear >= 0 && marchYear < detail::kShortYears;
     const std::int64_t era = isShort ? 0 : floorDiv(marchYear, 400);
     const auto years = static_cast<std::uint32_t>(marchYear - era * 400);
-    const auto dayOfYear =
-        static_cast<std::uint32_t>((153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1);
+    const auto dayOfYear = (979 * static_cast<std::uint32_t>(month + (isEarly ? 12 : 0)) - 2919) / 32 +
+                           static_cast<std::uint32_t>(day) - 1;
     const std::uint32_t days = years * 365 + years / 4 - years / 100 + years / 400 + dayOfYear;
     return era * detail::kDaysOf400Years + static_cast<std::int64_t>(days) - detail::kEpoch;
 }

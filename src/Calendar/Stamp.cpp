@@ -39,10 +39,10 @@ private:
 
 } // namespace
 
-std::optional<std::int64_t> secondsOfStamp(const char *digits) {
+std::int64_t secondsOfStamp(const char *digits) {
     EightBytes date(digits), time(digits + kStampLength - 8); // the day is in both
     if (!date.areDigits() || !time.areDigits())
-        return {};
+        return kNoSeconds;
     date.join();
     time.join();
     const Fields fields = {date.number(0) * 100 + date.number(1),
@@ -52,7 +52,7 @@ std::optional<std::int64_t> secondsOfStamp(const char *digits) {
                            time.number(2),
                            time.number(3)};
     if (fields.year == 0 || !isUsual(fields))
-        return {};
+        return kNoSeconds;
     return secondsFromUsualFields(fields);
 }
 

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace qb::calendar {
@@ -18,9 +17,12 @@ inline constexpr std::size_t kStampLength = 14;
 /// Writes the digits, without a NUL. The fields are in their usual ranges, the year is 1000 to 9999.
 void putStamp(const Fields &fields, char *target);
 
-/// Returns the seconds from 1970 to the date of a stamp. None when one of the `kStampLength` bytes is no
-/// digit, or the calendar has no such date, or the year is 0.
-std::optional<std::int64_t> secondsOfStamp(const char *digits);
+/// Earlier than any stamp's second.
+inline constexpr std::int64_t kNoSeconds = INT64_MIN;
+
+/// Returns the seconds from 1970 to the date of a stamp; `kNoSeconds` when one of the `kStampLength` bytes is
+/// no digit, or the calendar has no such date, or the year is 0.
+std::int64_t secondsOfStamp(const char *digits);
 
 } // namespace qb::calendar
 

@@ -25,8 +25,14 @@ std::int64_t utcSecondsOf(NSTimeInterval interval);
 /// Returns the millisecond within that second.
 int millisecondOf(NSTimeInterval interval);
 
+/// The seconds from 1970 to the reference date.
+inline constexpr std::int64_t kReferenceSeconds = 978307200;
+
 /// Returns the interval since the reference date.
-NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0);
+inline NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0) {
+    const auto seconds = static_cast<NSTimeInterval>(utcSeconds - kReferenceSeconds);
+    return millisecond == 0 ? seconds : seconds + millisecond / 1000.0;
+}
 
 /// Returns what the clocks of `zone` show.
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);

@@ -17,7 +17,8 @@
 
 namespace {
 
-constexpr std::int64_t kReferenceSeconds = 978307200;
+using qb::kReferenceSeconds;
+
 // 200 billion years either way, as far as the calendar goes.
 constexpr double kFurthestInterval = 6.3e18;
 constexpr NSTimeInterval kDistantPast = -63113904000.0;  // 0001-01-01
@@ -46,11 +47,6 @@ int millisecondOf(NSTimeInterval interval) {
     const double fraction =
         std::abs(interval) < kFurthestInterval ? interval - static_cast<double>(floorOf(interval)) : 0;
     return std::min(static_cast<int>(fraction * kMillisecondsPerSecond + kMillisecondTolerance), 999);
-}
-
-NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond) {
-    const auto seconds = static_cast<double>(utcSeconds - kReferenceSeconds);
-    return millisecond == 0 ? seconds : seconds + millisecond / kMillisecondsPerSecond;
 }
 
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone) {

@@ -32,13 +32,32 @@ union Waiting {
 };
 constinit Waiting waiting;
 
+// The destructors that are calling each other.
+constinit unsigned depth = 0;
+
+void destroyNow(NSObject *object) noexcept {
+    ++depth;
+    delete object;
+    --depth;
+}
+
+// What is rarely done stands apart, so that the usual destruction saves no registers for it.
+
 // Returns false when there is no memory; the object is destroyed at once then, however deep that is.
-bool putAside(NSObject *object) noexcept {
+[[gnu::noinline]] bool putAside(NSObject *object) noexcept {
     try {
         waiting.objects.push_back(object);
         return true;
     } catch (const std::bad_alloc &) {
         return false;
+    }
+}
+
+[[gnu::noinline]] void destroyWaiting() noexcept {
+    while (!waiting.objects.empty()) {
+        NSObject *const next = waiting.objects.back();
+        waiting.objects.pop_back();
+        destroyNow(next);
     }
 }
 
@@ -51,19 +70,11 @@ std::string placeOf(const NSObject *object, const char *selector) {
 namespace qb {
 
 void destroy(NSObject *object) noexcept {
-    static constinit unsigned depth = 0;
     if (depth == kDeepestDestruction && putAside(object))
         return;
-    ++depth;
-    delete object;
-    --depth;
-    while (depth == 0 && !waiting.objects.empty()) {
-        NSObject *const next = waiting.objects.back();
-        waiting.objects.pop_back();
-        ++depth;
-        delete next;
-        --depth;
-    }
+    destroyNow(object);
+    if (depth == 0 && !waiting.objects.empty()) [[unlikely]]
+        destroyWaiting();
 }
 
 } // namespace qb

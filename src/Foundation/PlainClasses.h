@@ -17,7 +17,8 @@ struct PlainKeys {
     bool hold(const void *key) const { return key == immutable || key == changeable; }
 };
 
-extern const PlainKeys plainStringKeys, plainArrayKeys, plainDictionaryKeys;
+// Hidden, so that compilers know that no other library's take their place and read them where they are.
+[[gnu::visibility("hidden")]] extern const PlainKeys plainStringKeys, plainArrayKeys, plainDictionaryKeys;
 
 /// Whether the object is of one of the two classes and no subclass, so that its hash, its comparisons and its
 /// bytes are what `NSString` says. May be false for them too, early at the program's start.

@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/RepeatedMessage.h>
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Runtime/ClassRegistry.h"
@@ -125,6 +126,7 @@ void Class::addMethod(const qb::Method &method) {
     join(method);
     ++qb::dispatchGeneration;
     qb::forgetCallSites();
+    qb::RepeatedMessage::forgetAll();
 }
 
 Class *Protocol::cls() {

@@ -6,8 +6,6 @@
 #include <QBFoundation/Runtime/RepeatedMessage.h>
 #include <QBFoundation/Runtime/Send.h>
 
-#include "Runtime/Dispatch.h"
-
 namespace qb {
 
 namespace detail {
@@ -22,7 +20,7 @@ R callTyped(const Method *method, id receiver, Ids... values) {
 } // namespace detail
 
 inline bool RepeatedMessage::isPlainFor(id receiver) const {
-    return plainKey_ == dispatchKey(receiver) && generation_ == dispatchGeneration;
+    return plainKey_ == dispatchKey(receiver);
 }
 
 inline id RepeatedMessage::plainObject(id receiver) const {

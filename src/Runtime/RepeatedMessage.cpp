@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::size_t kMostValues = 3;
 
+// The first of those that have looked up.
+constinit RepeatedMessage *newestMessage = nullptr;
+
 // How many values the operation takes beside a list of variable ones, which stays empty.
 std::uint32_t namedCount(const Method &method) {
     return method.parameterCount() - (method.hasVariableValues() ? 1U : 0U);
@@ -84,6 +87,29 @@ bool canBeCalled(const Method &method, std::size_t valueCount) {
 
 } // namespace
 
+RepeatedMessage::~RepeatedMessage() {
+    if (!link_)
+        return;
+    *link_ = next_;
+    if (next_)
+        next_->link_ = link_;
+}
+
+void RepeatedMessage::enterList() {
+    if (link_)
+        return;
+    next_ = newestMessage;
+    if (next_)
+        next_->link_ = &next_;
+    link_ = &newestMessage;
+    newestMessage = this;
+}
+
+void RepeatedMessage::forgetAll() {
+    for (RepeatedMessage *message = newestMessage; message; message = message->next_)
+        message->forget();
+}
+
 bool RepeatedMessage::isPlain() const {
     const bool wantsObject = wanted_ == Wanted::object;
     return wanted_ != Wanted::anything && call_ == Call::typed && method_->parameterCount() == 0 &&
@@ -101,13 +127,13 @@ void RepeatedMessage::lookUp(id receiver, std::size_t valueCount) {
     const void *const key = dispatchKey(receiver);
     key_ = key == dispatchKey(Class::cls()) ? nullptr : key;
     plainKey_ = isPlain() ? key_ : nullptr;
-    generation_ = dispatchGeneration;
+    enterList();
 }
 
 bool RepeatedMessage::reaches(id receiver, std::span<const id> values) {
     if (!receiver)
         return false;
-    if (key_ != dispatchKey(receiver) || generation_ != dispatchGeneration)
+    if (key_ != dispatchKey(receiver))
         lookUp(receiver, values.size());
     return call_ != Call::none && (!looksAtValues_ || takes(values));
 }

@@ -23,12 +23,17 @@ public:
     enum class Wanted : std::uint8_t { anything, object, boolean };
 
     explicit RepeatedMessage(Wanted wanted) noexcept : wanted_(wanted) {}
+    ~RepeatedMessage();
+    RepeatedMessage(const RepeatedMessage &) = delete;
+    RepeatedMessage &operator=(const RepeatedMessage &) = delete;
 
     SEL selector() const { return selector_; }
     /// Keeps what was looked up for the last receiver's class.
     void setSelector(SEL selector) { selector_ = selector; }
     /// Looks up anew for the next receiver.
     void forget() { key_ = plainKey_ = nullptr; }
+    /// Lets all of them look up anew, because an operation was added to a class.
+    static void forgetAll();
 
     /// Whether `receiver` has an operation that takes `values`; it is what the next two call.
     bool reaches(id receiver, std::span<const id> values);
@@ -48,15 +53,17 @@ private:
     enum class Call : std::uint8_t { none, typed, listed };
 
     void lookUp(id receiver, std::size_t valueCount);
+    void enterList();
     bool takes(std::span<const id> values) const;
     bool isPlain() const;
     Value invoke(id receiver, const id *values) const;
 
     SEL selector_ = nullptr;
     const Method *method_ = nullptr;
-    const void *key_ = nullptr;      // of the receivers that the rest is for, see `dispatchKey`
-    const void *plainKey_ = nullptr; // the same for a plain operation, else null
-    std::uint32_t generation_ = 0;
+    const void *key_ = nullptr;        // of the receivers that the rest is for, see `dispatchKey`
+    const void *plainKey_ = nullptr;   // the same for a plain operation, else null
+    RepeatedMessage *next_ = nullptr;  // of those that have looked up
+    RepeatedMessage **link_ = nullptr; // which leads to this one in their list; null outside of it
     Call call_ = Call::none;
     bool looksAtValues_ = false; // a parameter is not just any object
     const Wanted wanted_;
