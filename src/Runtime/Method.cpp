@@ -31,7 +31,7 @@ Value Method::invoke(id receiver, const Value *values, std::size_t count) const 
     const std::size_t named = parameterCount_ - (hasVariableValues_ ? 1U : 0U);
     if (!hasVariableValues_ || count < named)
         throw InvalidArgumentException(placeOf(*this) + " must have " + std::to_string(named) +
-                                       " arguments.");
+                                       (named == 1 ? " argument." : " arguments."));
     std::vector<Value> all(values, values + named);
     all.emplace_back(ArgList(values + named, static_cast<std::uint32_t>(count - named)));
     return listed_(*this, receiver, all.data());

@@ -52,7 +52,7 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
                   "QBTally addString: must have an argument 1 that is a NSString *.");
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel, "a"),
                   "QBTally addString: must have an argument 1 that is a NSString *.");
-    EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel), "QBTally addString: must have 1 arguments.");
+    EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel), "QBTally addString: must have 1 argument.");
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
                   "QBTally allStrings must have a result that is a NSString *.");
     EXPECT_EQ(tally->countForString("a"_ns), 4u);
