@@ -28,8 +28,8 @@ inline constexpr std::size_t kMostPatternGroups = 1000;
 /// left takes some tenths of a second in a text of 4 KiB, and finds the same with groups as without.
 ///
 /// `isByLines`: "^" matches behind each newline. `longestText`, unless null, takes how many bytes a text may
-/// have that is searched: INT_MAX, but 4096 when a group that is referred to has an open end inside, for which
-/// the matcher takes memory in proportion to the square of the text's length.
+/// have that is searched: INT_MAX, but 4096 when a group that is referred to has an open end inside, for
+/// which the matcher takes memory in proportion to the square of the text's length.
 const char *patternFault(const char *pattern, bool isByLines = false, std::size_t *longestText = nullptr);
 
 } // namespace qb::text
