@@ -2,6 +2,9 @@
 // replaced atomically. The peers are C streams without locks, the standard library's streams and Qt's
 // devices.
 //
+// Single bytes go through what each library offers for loops: `getByte` and `putByte`, the macros of C
+// streams.
+//
 // Reading by line makes what a program keeps of a line: a string of its library, or the bytes in a buffer of
 // its own for C streams.
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
@@ -122,7 +125,7 @@ std::uint32_t sizeOf(const std::string &file) {
 
 class OurFileSink {
 public:
-    void put(char byte) { stream_->writeByte(byte); }
+    void put(char byte) { stream_->putByte(byte); }
     void write(const char *data, std::uint32_t length) { stream_->writeBuffer(data, length); }
     std::uint32_t end() {
         stream_->close();
@@ -130,19 +133,21 @@ public:
     }
 
 private:
-    NSAutoreleasePool pool_;
-    QBFileOutputStream *stream_ = QBFileOutputStream::streamWithFile(NSString::stringWith(path("out")));
+    Ref<QBFileOutputStream> stream_ =
+        QBFileOutputStream::initWithFile(NSString::initWith(path("out")).get(), /*atomically=*/NO);
 };
 
 class OurMemorySink {
 public:
-    void put(char byte) { stream_->writeByte(byte); }
+    void put(char byte) { stream_->putByte(byte); }
     void write(const char *data, std::uint32_t length) { stream_->writeBuffer(data, length); }
-    std::uint32_t end() { return stream_->targetData()->length(); }
+    std::uint32_t end() {
+        const NSAutoreleasePool pool;
+        return stream_->targetData()->length();
+    }
 
 private:
-    NSAutoreleasePool pool_;
-    QBDataOutputStream *stream_ = QBDataOutputStream::stream();
+    Ref<QBDataOutputStream> stream_ = QBDataOutputStream::init();
 };
 
 class StdioSink {
@@ -258,8 +263,8 @@ void read(benchmark::State &state) {
 class OurFileSource {
 public:
     explicit OurFileSource(const std::string &name)
-        : stream_(QBFileInputStream::streamWithFile(NSString::stringWith(name))) {}
-    int get() { return stream_->readByte(); }
+        : stream_(QBFileInputStream::initWithFile(NSString::initWith(name).get())) {}
+    int get() { return stream_->getByte(); }
     std::uint32_t read(char *data, std::uint32_t length) {
         const int count = stream_->readBuffer(data, length);
         return count > 0 ? static_cast<std::uint32_t>(count) : 0;
@@ -276,14 +281,13 @@ public:
     }
 
 private:
-    NSAutoreleasePool pool_;
-    QBFileInputStream *stream_;
+    Ref<QBFileInputStream> stream_;
 };
 
 class OurMemorySource {
 public:
-    explicit OurMemorySource(const std::string &) : stream_(QBDataInputStream::streamWithData(data())) {}
-    int get() { return stream_->readByte(); }
+    explicit OurMemorySource(const std::string &) : stream_(QBDataInputStream::initWithData(data())) {}
+    int get() { return stream_->getByte(); }
     std::uint32_t read(char *data, std::uint32_t length) {
         const int count = stream_->readBuffer(data, length);
         return count > 0 ? static_cast<std::uint32_t>(count) : 0;
@@ -295,8 +299,7 @@ private:
         return data;
     }
 
-    NSAutoreleasePool pool_;
-    QBDataInputStream *stream_;
+    Ref<QBDataInputStream> stream_;
 };
 
 class StdioSource {

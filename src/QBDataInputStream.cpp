@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <typeinfo>
-#include <utility>
+
+namespace {
+constexpr std::uintptr_t kPage = 4096;
+} // namespace
 
 Class *QBDataInputStream::cls() {
     static const qb::Method methods[] = {
@@ -22,7 +25,8 @@ BOOL QBDataInputStream::setUpWithData(NSData *data) {
     sourceData_ = data;
     if (data && typeid(*data) == typeid(NSData) && typeid(*this) == typeid(QBDataInputStream)) {
         next_ = start();
-        directEnd_ = next_ + std::min<std::uint32_t>(data->length(), INT32_MAX);
+        end_ = next_ + data->length();
+        openWindow();
     }
     return YES;
 }
@@ -43,10 +47,12 @@ std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) 
 }
 
 const void *QBDataInputStream::takeBuffer(std::uint32_t length, std::int32_t *count) {
-    if (next_ >= directEnd_)
+    if (next_ == end_)
         return nullptr;
-    *count = static_cast<std::int32_t>(std::min<std::int64_t>(length, directEnd_ - next_));
-    return std::exchange(next_, next_ + *count);
+    *count = static_cast<std::int32_t>(std::min<std::int64_t>({length, end_ - next_, INT32_MAX}));
+    const char *const taken = next_;
+    moveTo(position() + static_cast<std::uint32_t>(*count));
+    return taken;
 }
 
 void QBDataInputStream::reset() {
@@ -54,10 +60,24 @@ void QBDataInputStream::reset() {
 }
 
 void QBDataInputStream::moveTo(std::uint32_t position) {
-    if (next_)
+    if (next_) {
         next_ = start() + position;
-    else
+        openWindow();
+    } else {
         position_ = position;
+    }
+}
+
+// Puts the rest of a page at hand. The processor doesn't look ahead beyond it by itself, so that the
+// beginning of the next page is fetched meanwhile.
+void QBDataInputStream::openWindow() {
+    constexpr std::ptrdiff_t kLine = 64;
+    constexpr std::ptrdiff_t kFetched = 8 * kLine;
+    const auto rest = static_cast<std::ptrdiff_t>(kPage - reinterpret_cast<std::uintptr_t>(next_) % kPage);
+    directEnd_ = next_ + std::min(rest, end_ - next_);
+    const char *const fetchEnd = directEnd_ + std::min(kFetched, end_ - directEnd_);
+    for (const char *line = directEnd_; line < fetchEnd; line += kLine)
+        __builtin_prefetch(line);
 }
 
 std::int32_t QBDataInputStream::readByteByBuffer() {

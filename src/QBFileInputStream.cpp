@@ -134,7 +134,7 @@ void QBFileInputStream::reset() {
 }
 
 void QBFileInputStream::emptyWindow() {
-    next_ = end_ = filled_ = directEnd_ = window_;
+    next_ = directEnd_ = end_ = filled_ = window_;
 }
 
 // --- Bytes ---

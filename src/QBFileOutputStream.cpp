@@ -180,7 +180,7 @@ void QBFileOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) 
         fail(kLineOfWriting, errno);
 }
 
-void QBFileOutputStream::putByte(char byte) {
+void QBFileOutputStream::putByteByPrimitive(char byte) {
     if (!put(&byte, 1))
         fail(kLineOfWritingByte, errno);
 }

@@ -33,5 +33,5 @@ std::int32_t QBInputFilter::readBuffer(void *buffer, std::uint32_t length) {
 }
 
 std::int32_t QBInputFilter::readByte() {
-    return source_ ? source_->readByte() : -1;
+    return source_ ? source_->getByte() : -1;
 }

@@ -18,7 +18,7 @@ Class *QBInputStream::cls() {
     return self;
 }
 
-std::int32_t QBInputStream::readBuffer(void *buffer, std::uint32_t length) {
+std::int32_t QBInputStream::readBufferByPrimitive(void *buffer, std::uint32_t length) {
     if (!buffer)
         throw InvalidArgumentException(
             "QBInputStream readBuffer:length: must have a buffer that is not NULL.");

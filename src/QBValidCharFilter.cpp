@@ -73,7 +73,7 @@ void QBValidCharFilter::_writeBuffer(const void *buffer, std::uint32_t length) {
 void QBValidCharFilter::writeByte(char byte) {
     const auto value = static_cast<signed char>(byte); // so that bytes from 128 on are below 32
     if (value > 31 || value == '\t' || value == '\n' || value == '\r')
-        target_->writeByte(byte);
+        target_->putByte(byte);
     else
         warn("Removing invalid XML char: 0x%02x"_ns, static_cast<std::int32_t>(value));
 }

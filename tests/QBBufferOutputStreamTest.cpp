@@ -170,7 +170,7 @@ TEST_F(QBBufferOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
             std::string piece(random() % (1u << random() % 15), '\0');
             for (char &byte : piece)
                 byte = static_cast<char>(random());
-            piece.size() == 1 ? stream->writeByte(piece[0])
+            piece.size() == 1 ? stream->putByte(piece[0])
                               : stream->writeBuffer(piece.data(), static_cast<std::uint32_t>(piece.size()));
             whole += piece;
             if (random() % 16 == 0) {
@@ -195,7 +195,7 @@ TEST_F(QBBufferOutputStreamTest, SubclassSeesEachWrite) {
     Ref<Counter> stream = Counter::init();
     stream->writeByte('a');
     stream->writeBuffer("bc", 2);
-    stream->writeByte('d');
+    stream->putByte('d');
     stream->writeNL();
     EXPECT_EQ(stream->writes, 4);
     EXPECT_TRUE(stream->targetData()->isEqualToData(NSData::dataWithBytes("abcd\n", 5)));

@@ -231,7 +231,7 @@ TEST_F(QBFileOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
         const std::string whole = bytesOf(300000 + random() % 1000);
         for (std::size_t done = 0; done < whole.size();) {
             const auto length = std::min<std::size_t>(whole.size() - done, random() % (1u << random() % 18));
-            length == 1 ? stream->writeByte(whole[done]) : write(stream, whole.substr(done, length));
+            length == 1 ? stream->putByte(whole[done]) : write(stream, whole.substr(done, length));
             done += length;
         }
         stream = nullptr; // destruction closes

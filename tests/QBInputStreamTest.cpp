@@ -52,7 +52,7 @@ std::vector<int> counts(QBInputStream *stream, std::uint32_t length) {
 std::vector<int> characters(QBInputStream *stream, int count) {
     std::vector<int> results;
     for (int i = 0; i < count; ++i)
-        results.push_back(stream->readByte());
+        results.push_back(i % 2 ? stream->getByte() : stream->readByte());
     return results;
 }
 
@@ -147,7 +147,12 @@ TEST_F(QBInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
         std::string whole(random() % 100000, '\0');
         for (char &byte : whole)
             byte = static_cast<char>(random());
-        EXPECT_EQ(readInPieces(QBDataInputStream::streamWithData(dataOf(whole)), random), whole);
+        QBDataInputStream *datas = QBDataInputStream::streamWithData(dataOf(whole));
+        EXPECT_EQ(readInPieces(datas, random), whole);
+        datas->reset();
+        for (const char byte : whole)
+            ASSERT_EQ(datas->getByte(), static_cast<signed char>(byte));
+        EXPECT_EQ(datas->getByte(), -1);
         NSString *text = NSString::stringWith(whole);
         EXPECT_EQ(readInPieces(QBStringInputStream::streamWithString(text), random), whole);
         QBStringInputStream *stream = QBStringInputStream::streamWithString(text);
@@ -171,7 +176,7 @@ TEST_F(QBInputStreamTest, SubclassSeesEachRead) {
     };
     Ref<Counter> stream = Counter::initWithData(dataOf("abc"));
     char bytes[2];
-    EXPECT_EQ(stream->readByte(), 'a');
+    EXPECT_EQ(stream->getByte(), 'a');
     EXPECT_EQ(stream->readBuffer(bytes, 2), 2);
     EXPECT_EQ(stream->reads, 2);
 }

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <linux/fs.h>
+#include <linux/posix_acl.h>
+#include <linux/posix_acl_xattr.h>
 #include <stdexcept>
 #include <string>
 #include <sys/ioctl.h>
@@ -59,9 +61,23 @@ void copyStandard(const char *source, const char *target) {
     fs::copy(source, target, fs::copy_options::recursive);
 }
 
-// Owner, permissions, times and attributes included: the calls that `cp -a` of coreutils 9.1 makes for a
-// file.
+// Gives a file the permissions as an access list, which is how `cp -a` does it.
+void setPermissions(int file, mode_t mode) {
+    struct {
+        posix_acl_xattr_header header{POSIX_ACL_XATTR_VERSION};
+        posix_acl_xattr_entry entries[3];
+    } list{.entries = {{ACL_USER_OBJ, static_cast<__le16>(mode >> 6 & 7), ~0U},
+                       {ACL_GROUP_OBJ, static_cast<__le16>(mode >> 3 & 7), ~0U},
+                       {ACL_OTHER, static_cast<__le16>(mode & 7), ~0U}}};
+    if (::fsetxattr(file, "system.posix_acl_access", &list, sizeof list, 0) != 0)
+        ::fchmod(file, mode);
+}
+
+// Owner, permissions, times and attributes included: the calls that `cp -a` of coreutils 9.1 makes for a file
+// and a new name.
 void copyWithCpCalls(const char *source, const char *target) {
+    if (const int directory = ::open(target, O_RDONLY | O_PATH | O_DIRECTORY); directory >= 0)
+        ::close(directory);
     struct stat status;
     ::lstat(source, &status);
     const int from = ::open(source, O_RDONLY | O_NOFOLLOW);
@@ -77,8 +93,10 @@ void copyWithCpCalls(const char *source, const char *target) {
     }
     const timespec times[2] = {status.st_atim, status.st_mtim};
     ::futimens(to, times);
-    if (::flistxattr(from, nullptr, 0) == 0 && ::fgetxattr(from, "system.posix_acl_access", nullptr, 0) < 0)
-        ::fchmod(to, status.st_mode & 07777);
+    char names[256], list[132];
+    if (::flistxattr(from, nullptr, 0) == 0 && ::flistxattr(from, names, sizeof names) == 0 &&
+        ::fgetxattr(from, "system.posix_acl_access", list, sizeof list) < 0 && ::fstat(from, &status) == 0)
+        setPermissions(to, status.st_mode & 0777);
     ::close(to);
     ::close(from);
 }

@@ -8,7 +8,6 @@
 #include <QBFoundation/Runtime/Ref.h>
 
 #include <cstdint>
-#include <cstring>
 
 /// Reads the bytes of a data object, which the stream keeps.
 class QB_EXPORT QBDataInputStream : public QBInputStreamWithKnownLength {
@@ -24,16 +23,10 @@ public:
         return qb::init<QBDataInputStream>(&QBDataInputStream::setUpWithData, data);
     }
 
-    QB_EXPORT std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
-        if (buffer && std::int64_t{length} < directEnd_ - next_) [[likely]] {
-            std::memcpy(buffer, next_, length);
-            next_ += length;
-            return static_cast<std::int32_t>(length);
-        }
-        return QBInputStream::readBuffer(buffer, length);
-    }
     /// The next byte as a signed value.
-    QB_EXPORT std::int32_t readByte() override { return next_ < directEnd_ ? *next_++ : readByteByBuffer(); }
+    QB_EXPORT std::int32_t readByte() override {
+        return next_ < directEnd_ ? static_cast<signed char>(*next_++) : readByteByBuffer();
+    }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override;
     const void *takeBuffer(std::uint32_t length, std::int32_t *count) override;
     std::uint32_t byteLength() const override;
@@ -46,15 +39,15 @@ protected:
 private:
     std::int32_t readByteByBuffer();
     void moveTo(std::uint32_t position);
-    const signed char *start() const { return static_cast<const signed char *>(sourceData_->bytes()); }
+    void openWindow();
+    const char *start() const { return static_cast<const char *>(sourceData_->bytes()); }
     std::uint32_t position() const { return next_ ? static_cast<std::uint32_t>(next_ - start()) : position_; }
 
     Ref<NSData> sourceData_;
-    // Bytes below `directEnd_` are read without the primitive. Null, `position_` being used, for a subclass,
-    // which may have a primitive of its own, and for data that may change.
-    const signed char *next_ = nullptr;
-    const signed char *directEnd_ = nullptr;
+    // Where `next_` is null, as for a subclass, which may have a primitive of its own, and for data that may
+    // change.
     std::uint32_t position_ = 0;
+    const char *end_ = nullptr; // of the data, where `next_` is used
 };
 
 #endif

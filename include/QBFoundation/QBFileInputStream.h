@@ -7,7 +7,6 @@
 #include <QBFoundation/Runtime/Ref.h>
 
 #include <cstdint>
-#include <cstring>
 
 class NSString;
 
@@ -50,14 +49,6 @@ public:
     /// of the line is returned.
     virtual NSString *readLine();
 
-    QB_EXPORT std::int32_t readBuffer(void *buffer, std::uint32_t length) override {
-        if (buffer && std::int64_t{length} < directEnd_ - next_) [[likely]] {
-            std::memcpy(buffer, next_, length);
-            next_ += length;
-            return static_cast<std::int32_t>(length);
-        }
-        return QBInputStream::readBuffer(buffer, length);
-    }
     /// The next byte as a signed value; 0 after an error.
     QB_EXPORT std::int32_t readByte() override {
         return next_ < directEnd_ ? static_cast<signed char>(*next_++) : readByteByBuffer();
@@ -85,11 +76,9 @@ private:
     // A part of the file that is read ahead: `next_` <= `end_` <= `filled_`. Bytes from `end_` on were
     // appended since the file was opened; there are some only when no bytes remain.
     char *window_ = nullptr;
-    char *next_ = nullptr;
-    char *end_ = nullptr;
+    const char *end_ = nullptr;
     char *filled_ = nullptr;
-    char *directEnd_ = nullptr; // below it, bytes are read without the primitive
-    bool isDirect_ = false;     // whether `directEnd_` may be `end_`: not for subclasses
+    bool isDirect_ = false; // whether `directEnd_` may be `end_`: not for subclasses
 };
 
 #endif

@@ -98,7 +98,7 @@ public:
         if (next_ < directEnd_) [[likely]]
             *next_++ = byte;
         else
-            putByte(byte);
+            putByteByPrimitive(byte);
     }
     void _writeBuffer(const void *buffer, std::uint32_t length) override;
 
@@ -122,7 +122,7 @@ private:
     bool open();
     void openWindow();
     void closeWindow();
-    void putByte(char byte);
+    void putByteByPrimitive(char byte);
     bool put(const void *buffer, std::uint32_t length);
     bool writeOut();
     bool synchronize();

@@ -41,12 +41,19 @@ public:
     /// Throws InvalidArgumentException when `buffer` is null, also for a length of 0.
     virtual void writeBuffer(const void *buffer, std::uint32_t length);
     virtual void writeByte(char byte) { _writeBuffer(&byte, 1); }
+    /// `writeByte` for loops over single bytes: where the stream has room at hand, there is no virtual call.
+    void putByte(char byte) {
+        if (next_ < directEnd_) [[likely]]
+            *next_++ = byte;
+        else
+            writeByte(byte);
+    }
     /// Writes the line end of Unix, 10.
-    virtual void writeNL() { writeByte('\n'); }
+    virtual void writeNL() { putByte('\n'); }
     /// Writes the line end of network protocols, 13 and 10, at once.
     virtual void writeCRNL() { _writeBuffer("\r\n", 2); }
-    virtual void writeSpace() { writeByte(' '); }
-    virtual void writeTab() { writeByte('\t'); }
+    virtual void writeSpace() { putByte(' '); }
+    virtual void writeTab() { putByte('\t'); }
 
     // --- Values ---
 

@@ -34,6 +34,10 @@ std::uint8_t tagOf(std::uint32_t hash) {
     return static_cast<std::uint8_t>(hash >> 25 | 0x80);
 }
 
+// From here on the keys are too many to stay in the processor's near caches. A table keeps their short texts
+// then beside its entries, so that finding a key needs none of the key's own memory.
+constexpr std::uint32_t kLargeCapacity = 4096;
+
 std::uint32_t hashOf(const NSObject *key) {
     return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
 }
@@ -76,6 +80,38 @@ struct alignas(16) HashTable::Group {
 
 constinit HashTable::Group HashTable::noGroup{};
 
+// A string of up to fifteen bytes that can't change, in two words: eight bytes, then the others and the
+// length.
+struct HashTable::ShortText {
+    static constexpr std::size_t kLongest = 15;
+
+    std::uint64_t first, rest;
+
+    static ShortText of(std::string_view text) {
+        const std::uint64_t length = std::uint64_t{text.size()} << 56;
+        if (text.size() <= 8)
+            return {text::loadShort(text.data(), text.size()), length};
+        const auto last = text::loadWord<std::uint64_t>(text.data() + text.size() - 8);
+        return {text::loadWord<std::uint64_t>(text.data()), last >> 8 * (16 - text.size()) | length};
+    }
+    // For a key that is none, what differs from each.
+    static ShortText ofKey(const NSObject *key) {
+        if (dispatchKey(const_cast<NSObject *>(key)) == plainStringKeys.immutable)
+            if (const std::string_view text = static_cast<const NSString *>(key)->view();
+                text.size() <= kLongest)
+                return of(text);
+        return {0, UINT64_MAX};
+    }
+    // Whether it is the text of the string `key`.
+    bool isOf(const NSObject *key) const {
+        const std::string_view text = static_cast<const NSString *>(key)->view();
+        if (text.size() > kLongest)
+            return false;
+        const ShortText other = of(text);
+        return first == other.first && rest == other.rest;
+    }
+};
+
 // The number of the entry in a place of the group that the hash leads to.
 inline std::uint32_t &HashTable::indexAt(std::uint32_t hash, int place) const {
     return indexes_[(hash & mask_) * Group::kPlaces + static_cast<std::uint32_t>(place)];
@@ -95,11 +131,22 @@ __attribute__((always_inline)) inline HashTable::Entry *HashTable::lookUp(const 
         if (group.passedBy == 0) [[likely]]
             return nullptr;
     } else {
-        Entry *const entry = &entries_[indexAt(hash, std::countr_zero(places))];
-        if (entry->key == key || (isPlainString(key) && isPlainString(entry->key) &&
-                                  areEqualShortTexts(key, entry->key))) [[likely]]
+        const std::uint32_t index = indexAt(hash, std::countr_zero(places));
+        Entry *const entry = &entries_[index];
+        if (entry->key == key)
+            return entry;
+        if (texts_)
+            return findByText(key, hash, index);
+        if (isPlainString(key) && isPlainString(entry->key) && areEqualShortTexts(key, entry->key)) [[likely]]
             return entry;
     }
+    return findWithHash(key, hash);
+}
+
+// As above in a large table, the first candidate being the entry at `index`.
+HashTable::Entry *HashTable::findByText(const NSObject *key, std::uint32_t hash, std::uint32_t index) const {
+    if (isPlainString(key) && texts_[index].isOf(key)) [[likely]]
+        return &entries_[index];
     return findWithHash(key, hash);
 }
 
@@ -119,11 +166,20 @@ HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {
     return lookUp(key, hashOf(key));
 }
 
-HashTable::Entry *HashTable::find(const NSObject *key) const {
+__attribute__((always_inline)) inline HashTable::Entry *HashTable::findHere(const NSObject *key) const {
     if (isPlainString(key)) [[likely]]
         if (const std::uint32_t hash = static_cast<const NSString *>(key)->knownHash()) [[likely]]
             return lookUp(key, hash);
     return findUnhashed(key);
+}
+
+HashTable::Entry *HashTable::find(const NSObject *key) const {
+    return findHere(key);
+}
+
+NSObject *HashTable::valueFor(const NSObject *key) const {
+    const Entry *const entry = findHere(key);
+    return entry ? entry->value : nullptr;
 }
 
 namespace {
@@ -225,6 +281,8 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
     const std::uint32_t index = used_++;
     entries_[index] = {key->retain(), nullptr};
     hashes_[index] = hash;
+    if (texts_)
+        texts_[index] = ShortText::ofKey(key);
     enter(hash, index);
     ++count_;
     return entries_[index];
@@ -258,8 +316,9 @@ bool HashTable::remove(const NSObject *key) {
 void HashTable::removeAll() noexcept {
     Entry *const entries = std::exchange(entries_, nullptr);
     const std::uint32_t used = std::exchange(used_, 0);
-    const std::size_t bytes = entries ? bytesFor(capacity_, mask_ + 1) : 0;
+    const std::size_t bytes = bytesFor(capacity_, mask_ + 1);
     hashes_ = indexes_ = nullptr;
+    texts_ = nullptr;
     groups_ = &noGroup;
     mask_ = capacity_ = count_ = 0;
     for (std::uint32_t i = 0; i < used; ++i) {
@@ -276,6 +335,7 @@ void HashTable::swap(HashTable &other) noexcept {
     std::swap(entries_, other.entries_);
     std::swap(hashes_, other.hashes_);
     std::swap(indexes_, other.indexes_);
+    std::swap(texts_, other.texts_);
     std::swap(groups_, other.groups_);
     std::swap(mask_, other.mask_);
     std::swap(capacity_, other.capacity_);
@@ -289,7 +349,8 @@ void HashTable::reserve(std::uint32_t count) {
 }
 
 std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t groups) {
-    return capacity * (sizeof(Entry) + sizeof *hashes_) +
+    const std::size_t text = capacity < kLargeCapacity ? 0 : sizeof(ShortText);
+    return capacity * (sizeof(Entry) + sizeof *hashes_ + text) +
            groups * (sizeof(Group) + Group::kPlaces * sizeof *indexes_);
 }
 
@@ -299,7 +360,9 @@ void HashTable::allocate(std::uint32_t capacity) {
         capacity <= Group::kPlaces ? 1 : std::bit_ceil((capacity + kEntriesAGroup - 1) / kEntriesAGroup);
     entries_ = static_cast<Entry *>(allocateBuffer(bytesFor(capacity, groups)));
     groups_ = reinterpret_cast<Group *>(entries_ + capacity);
-    hashes_ = reinterpret_cast<std::uint32_t *>(groups_ + groups);
+    texts_ = capacity < kLargeCapacity ? nullptr : reinterpret_cast<ShortText *>(groups_ + groups);
+    hashes_ =
+        reinterpret_cast<std::uint32_t *>(texts_ ? static_cast<void *>(texts_ + capacity) : groups_ + groups);
     indexes_ = hashes_ + capacity;
     std::memset(static_cast<void *>(groups_), 0, groups * sizeof(Group));
     mask_ = groups - 1;
@@ -313,14 +376,19 @@ void HashTable::rebuild(std::uint32_t capacity) {
         throw InvalidArgumentException("NSMutableDictionary must have fewer entries.");
     Entry *const oldEntries = entries_;
     const std::uint32_t *const oldHashes = hashes_;
+    const ShortText *const oldTexts = texts_;
     const std::uint32_t oldUsed = used_;
-    const std::size_t oldBytes = entries_ ? bytesFor(capacity_, mask_ + 1) : 0;
+    const std::size_t oldBytes = bytesFor(capacity_, mask_ + 1);
     allocate((capacity + 1) & ~1U);
     for (std::uint32_t i = 0; i < oldUsed; ++i) {
-        if (!oldEntries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many as were used
+        NSObject *const key =
+            oldEntries[i].key; // NOLINT(clang-analyzer-core.NullDereference): there are so many
+        if (!key)
             continue;
         entries_[used_] = oldEntries[i];
         hashes_[used_] = oldHashes[i];
+        if (texts_)
+            texts_[used_] = oldTexts ? oldTexts[i] : ShortText::ofKey(key);
         enter(oldHashes[i], used_++);
     }
     freeBuffer(oldEntries, oldBytes);

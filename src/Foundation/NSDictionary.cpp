@@ -145,8 +145,7 @@ BOOL NSDictionary::setUpWithObjectForKey(id object, id key) {
 }
 
 id NSDictionary::objectForKey(id key) const {
-    const qb::HashTable::Entry *entry = key ? table_.find(key) : nullptr;
-    return entry ? entry->value : nullptr;
+    return key ? table_.valueFor(key) : nullptr;
 }
 
 NSArray *NSDictionary::allKeys() const {

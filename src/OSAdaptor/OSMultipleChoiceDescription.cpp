@@ -51,7 +51,7 @@ void OSMultipleChoiceDescription::_write(char character, QBOutputStream *on) con
     if (!on || !OSMultipleChoiceDescription::characterHasDescription(character))
         return;
     const NSString *const description = descriptions_[codeOf(character)];
-    on->writeByte(character);
+    on->putByte(character);
     on->writeBuffer(" - ", 3);
     on->writeBuffer(description->cString(), description->cStringLength());
     on->writeNL();

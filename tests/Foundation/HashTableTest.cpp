@@ -105,6 +105,28 @@ TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
     compareWithModel([](int number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);
 }
 
+TEST_F(HashTableTest, LargeTablesFindStringsOfEveryLengthThatMayChangeToo) {
+    constexpr std::size_t kKeys = 20000;
+    const auto textOf = [](std::size_t number, const char *end) {
+        return std::string(number % 23, 'k') + std::to_string(number) + end;
+    };
+    qb::HashTable table;
+    for (std::size_t i = 0; i < kKeys; ++i) {
+        const Ref<NSString> key = NSString::initWith(textOf(i, ""));
+        const Ref<NSObject> entered = i % 3 ? Ref<NSObject>(key) : key->mutableCopyWithZone(nullptr);
+        table.entryFor(entered).value = key->retain();
+    }
+    for (std::size_t i = 0; i < kKeys; i += 2)
+        EXPECT_TRUE(table.remove(NSString::initWith(textOf(i, "")).get()));
+    for (std::size_t i = 0; i < kKeys; ++i) {
+        const Ref<NSString> asked = NSString::initWith(textOf(i, ""));
+        const auto *const found = static_cast<NSString *>(table.valueFor(asked));
+        ASSERT_EQ(found != nullptr, i % 2 == 1) << i;
+        ASSERT_TRUE(!found || found->view() == asked->view());
+        ASSERT_EQ(table.valueFor(NSString::initWith(textOf(i, "x")).get()), nullptr) << i;
+    }
+}
+
 TEST_F(HashTableTest, FindsAllKeysOfOneHash) {
     qb::HashTable table;
     for (int i = 0; i < 9; ++i)

@@ -33,7 +33,9 @@ public:
 
     /// Returns the entry of a key that is equal to `key`; null when there is none.
     Entry *find(const NSObject *key) const;
-    /// As above, for a key that is equal to the string of those bytes, which is not made.
+    /// Returns the value of the key that is equal to `key`; null when there is none.
+    NSObject *valueFor(const NSObject *key) const;
+    /// Returns the entry of a key that is equal to the string of those bytes, which is not made.
     Entry *findText(std::string_view text) const;
 
     /// Returns the entries whose keys have that hash, one a call, then null. `place` is 0 at first and is
@@ -62,12 +64,15 @@ public:
 
 private:
     struct Group;
+    struct ShortText;
     static constexpr std::uint32_t kMostEntries = 0x08000000;
     static Group noGroup; // the index of an empty table, so that looking there needs no question
 
     inline std::uint32_t &indexAt(std::uint32_t hash, int place) const;
     inline Entry *lookUp(const NSObject *key, std::uint32_t hash) const;
+    inline Entry *findHere(const NSObject *key) const;
     Entry *findUnhashed(const NSObject *key) const;
+    Entry *findByText(const NSObject *key, std::uint32_t hash, std::uint32_t index) const;
     Entry *findWithHash(const NSObject *key, std::uint32_t hash) const;
     void enter(std::uint32_t hash, std::uint32_t index) noexcept;
     void leave(std::uint32_t hash, std::uint32_t index) noexcept;
@@ -79,6 +84,7 @@ private:
     std::uint32_t *hashes_ = nullptr; // of the entries' keys, which are dearer to ask
     Group *groups_ = &noGroup;
     std::uint32_t *indexes_ = nullptr; // the entries in the groups' places
+    ShortText *texts_ = nullptr;       // of the entries' keys, in large tables
     std::uint32_t mask_ = 0;           // one less than the number of groups
     std::uint32_t capacity_ = 0;
     std::uint32_t used_ = 0;
