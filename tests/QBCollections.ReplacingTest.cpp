@@ -1,7 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -49,9 +45,7 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     const bool isRun = runOnSmallStack([] {
         const NSAutoreleasePool pool;
         EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr);
-        ErrorExpectation error(900003);
-        EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr);
-        EXPECT_EQ(error.values(), "256");
+        expectError(900003, "256", [&] { EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
     });
     EXPECT_TRUE(isRun);
 

@@ -1,7 +1,5 @@
 #include <QBFoundation/QBErrorCatalogue.h>
 
-#include <QBFoundation/ErrorNumbers.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>

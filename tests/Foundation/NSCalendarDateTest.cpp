@@ -1,8 +1,5 @@
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <array>

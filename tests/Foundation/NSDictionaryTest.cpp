@@ -1,9 +1,4 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
 
 #include "support/PoolFixture.h"
 

@@ -1,7 +1,4 @@
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/Runtime/Send.h>
 
 #include "support/PoolFixture.h"
 

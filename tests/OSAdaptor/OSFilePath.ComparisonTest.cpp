@@ -1,15 +1,10 @@
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
 #include <sys/stat.h>
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 class OSFilePathComparisonTest : public PoolFixture {
 protected:
@@ -41,7 +36,7 @@ TEST_F(OSFilePathComparisonTest, OnlyFilesOfTheSameBytesAreAlike) {
     }
     EXPECT_TRUE(differ("missing", "missing"));
     EXPECT_TRUE(differ("directory", "directory"));
-    const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, qb::sys::ShortTransfer{1000});
+    const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, sys::ShortTransfer{1000});
     EXPECT_FALSE(differ("long", "long too"));
     EXPECT_TRUE(differ("long", "tail"));
 }

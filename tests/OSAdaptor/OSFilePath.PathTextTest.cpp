@@ -1,9 +1,7 @@
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
 #include "Text/RandomText.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <cstdlib>
@@ -143,7 +141,7 @@ TEST_F(OSFilePathTextTest, WithoutMemoryTheCFunctionsRaiseAtTheAllocation) {
          {+[](const char *path) { return _dirname(path); },
           +[](const char *path) { return _pathRelativeToDir(path, "/"); }}) {
         ErrorExpectation error(100156);
-        const qb::sys::Fault fault(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
         EXPECT_EQ(function("/a/b"), nullptr);
         EXPECT_EQ(error.place(), "src/OSAdaptor/OSFilePath:97");
     }

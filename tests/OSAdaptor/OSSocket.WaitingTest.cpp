@@ -1,20 +1,12 @@
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSException.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
-#include <cerrno>
 #include <sys/resource.h>
-#include <vector>
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 constexpr int kPatience = 3;
 int questions = 0;
@@ -86,17 +78,9 @@ TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
     }
     const int handle = pair_.client->socketHandle();
     ::close(handle); // behind the socket's back
-    {
-        ErrorExpectation error(100207);
-        EXPECT_EQ(ready(kReadable, -1), "nil");
-        EXPECT_EQ(error.values(), std::to_string(handle));
-    }
+    expectError(100207, std::to_string(handle), [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
     pair_.client->close();
-    {
-        ErrorExpectation error(100207);
-        EXPECT_EQ(ready(kReadable, -1), "nil");
-        EXPECT_EQ(error.values(), "-1");
-    }
+    expectError(100207, "-1", [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
     EXPECT_REASON(
         OSSocket::selectSockets(NSArray::arrayWithObject("text"_ns), kReadable, 0, 0),
         "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must have an array of sockets.");

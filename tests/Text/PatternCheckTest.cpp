@@ -3,14 +3,11 @@
 #include "support/ServicesFixture.h"
 #include "support/SmallStack.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstdlib>
 #include <iostream>
 #include <random>
 #include <regex.h>
-#include <string>
 #include <string_view>
 
 using qb::text::patternFault;
