@@ -181,7 +181,10 @@ TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
         if (passed < 500)
             std::abort();
     };
-    const ChildEnd end = runInChild([&] { EXPECT_TRUE(runOnSmallStack(work)); });
+    const ChildEnd end = runInChild([&] {
+        if (!runOnSmallStack(work))
+            std::abort();
+    });
     EXPECT_EQ(end.status, 0) << "seed " << seed << ": "
                              << end.standardError.substr(
                                     end.standardError.rfind('\n', end.standardError.size() - 2));
