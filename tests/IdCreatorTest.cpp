@@ -1,5 +1,3 @@
-#include <QBFoundation/IdCreator.h>
-
 #include "System/Clock.h"
 #include "support/PoolFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBBlowfishOutputFilter.h>
-
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
 

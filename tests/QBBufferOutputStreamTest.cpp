@@ -1,5 +1,3 @@
-#include <QBFoundation/QBBufferOutputStream.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 

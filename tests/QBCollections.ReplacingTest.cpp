@@ -53,10 +53,7 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});
     own->setObjectForKey(own, "b"_ns);
     own->setObjectForKey(own, "c"_ns);
-    {
-        ErrorExpectation error(900003);
-        own->replace("x"_ns, "y"_ns, YES);
-    }
+    expectError(900003, "256", [&] { own->replace("x"_ns, "y"_ns, YES); });
     EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
     EXPECT_EQ(own->objectForKey("b"_ns), own);
     EXPECT_EQ(describe(nested(2)->asArrayWith("x"_ns, "y"_ns)),

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBEnumFilter.h>
-
 #include "support/PoolFixture.h"
 #include "support/Probe.h"
 #include "support/SmallStack.h"

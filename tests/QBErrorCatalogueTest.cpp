@@ -1,5 +1,3 @@
-#include <QBFoundation/QBErrorCatalogue.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>

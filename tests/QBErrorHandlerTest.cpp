@@ -1,5 +1,3 @@
-#include <QBFoundation/QBErrorHandler.h>
-
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBFileInputStream.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"

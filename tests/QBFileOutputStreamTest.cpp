@@ -1,5 +1,3 @@
-#include <QBFoundation/QBFileOutputStream.h>
-
 #include "System/Clock.h"
 #include "System/Files.h"
 #include "support/Bytes.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBInputStream.h>
-
 #include "support/Bytes.h"
 #include "support/Faults.h"
 #include "support/PoolFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBNil.h>
-
 #include "support/ServicesFixture.h"
 
 using QBNilTest = ServicesFixture;

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBOutputStream.h>
-
 #include "support/PoolFixture.h"
 
 using QBOutputStreamTest = PoolFixture;

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBPath.h>
-
 #include "support/ServicesFixture.h"
 #include "support/SmallStack.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBPropertyListOutputStream.h>
-
 #include "Text/RandomText.h"
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/QBRegularExpression.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"

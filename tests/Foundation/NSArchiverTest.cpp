@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSArchiver.h>
-
 #include "Text/Hex.h"
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
@@ -437,14 +435,11 @@ TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
-    {
-        ErrorExpectation error(100039);
-        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr);
-    }
-    {
-        ErrorExpectation error(900005);
+    expectError(100039, directory / "none",
+                [&] { EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr); });
+    expectError(900005, "objects lie inside each other deeper than 256", [&] {
         EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
-    }
+    });
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
     const id data = send(NSKeyedArchiver::cls(), "archivedDataWithRootObject:"_sel, value);
     EXPECT_TRUE(send(NSKeyedUnarchiver::cls(), "unarchiveObjectWithData:"_sel, data)->isEqual(value));

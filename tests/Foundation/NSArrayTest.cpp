@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>

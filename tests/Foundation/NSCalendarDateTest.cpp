@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-
 #include "support/PoolFixture.h"
 
 #include <array>

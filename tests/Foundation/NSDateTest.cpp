@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSDate.h>
-
 #include "System/Clock.h"
 #include "support/PoolFixture.h"
 

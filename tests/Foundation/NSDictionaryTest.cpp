@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-
 #include "support/PoolFixture.h"
 
 using NSDictionaryTest = PoolFixture;

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSFileManager.h>
-
 #include "support/Bytes.h"
 #include "support/Faults.h"
 #include "support/PoolFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSNumber.h>
-
 #include "support/PoolFixture.h"
 
 #include <cmath>

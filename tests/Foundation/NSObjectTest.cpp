@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSObject.h>
-
 #include "support/PoolFixture.h"
 
 #include <set>

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSProcessInfo.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSSet.h>
-
 #include "support/PoolFixture.h"
 
 using NSSetTest = PoolFixture;

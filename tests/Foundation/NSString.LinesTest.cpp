@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSString.h>
-
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSString.h>
-
 #include "System/Process.h"
 #include "support/PoolFixture.h"
 

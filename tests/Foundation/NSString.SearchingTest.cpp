@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSString.h>
-
 #include "Foundation/UnitModel.h"
 #include "support/PoolFixture.h"
 

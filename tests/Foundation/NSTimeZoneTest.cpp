@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSTimeZone.h>
-
 #include "Calendar/TimeZoneSetting.h"
 #include "support/PoolFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/Foundation/NSValue.h>
-
 #include "support/PoolFixture.h"
 
 using NSValueTest = PoolFixture;

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -53,10 +51,9 @@ TEST_F(OSFilePathComparisonTest, FailuresAreRaisedAndAnsweredWithNo) {
                 {Call::open, 0, 100023, "one"}, {Call::open, 1, 100023, "two"},
                 {Call::read, 0, 100023, "one"}, {Call::read, 1, 100023, "two"}};
     for (const auto &row : rows) {
-        ErrorExpectation error(row.number);
         const Fault fault(row.call, row.skip, /*times=*/1, EACCES);
-        EXPECT_FALSE(differ("one", "two"));
-        EXPECT_EQ(error.values(), directory_ / row.path + " Permission denied");
+        expectError(row.number, directory_ / row.path + " Permission denied",
+                    [&] { EXPECT_FALSE(differ("one", "two")); });
     }
     ErrorExpectation error(100156);
     NSString *const one = directory_.string("one"), *const two = directory_.string("two");

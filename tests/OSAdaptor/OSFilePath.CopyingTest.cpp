@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
 #include "Text/RandomText.h"
 #include "support/Faults.h"
 #include "support/PoolFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -149,10 +147,9 @@ TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
     };
     expect(directory_.string("missing"), "chdir(" + directory_ / "missing" + ") No such file or directory");
     expect(nulPath(), "chdir(a) Invalid argument");
-    ErrorExpectation error(100196);
     const Fault fault(Call::getcwd, /*skip=*/0, /*times=*/1, ERANGE);
-    EXPECT_EQ(OSFilePath::getcwd(), nullptr);
-    EXPECT_EQ(error.values(), "getcwd() Numerical result out of range");
+    expectError(100196, "getcwd() Numerical result out of range",
+                [&] { EXPECT_EQ(OSFilePath::getcwd(), nullptr); });
 }
 
 TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
@@ -171,10 +168,9 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
     EXPECT_EQ(matches(OSFilePath::glob(directory_.string("*1"), ""_ns)), (Names{"/a1", "/b1"}));
     EXPECT_EQ(OSFilePath::glob(directory_.string("z*"))->count(), 0u);
     for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {
-        ErrorExpectation error(number);
         const Fault fault(Call::glob, /*skip=*/0, /*times=*/1, system);
-        EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr);
-        EXPECT_EQ(error.values(), system == ENOMEM ? "" : "* Permission denied");
+        expectError(number, system == ENOMEM ? "" : "* Permission denied",
+                    [&] { EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr); });
     }
     expectError(100240, "a Invalid argument", [&] { EXPECT_EQ(OSFilePath::glob(nulPath()), nullptr); });
 }

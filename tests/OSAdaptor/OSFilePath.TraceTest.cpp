@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 

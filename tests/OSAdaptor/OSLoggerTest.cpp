@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"

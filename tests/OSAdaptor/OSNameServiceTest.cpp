@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSNameService.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSObject.h>
-
 #include "support/PoolFixture.h"
 
 #include <cerrno>

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSPipe.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 

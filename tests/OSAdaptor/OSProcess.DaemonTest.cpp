@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
 #include "support/Allocations.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSProgressBar.h>
-
 #include "support/CapturedOutput.h"
 #include "support/PoolFixture.h"
 #include "support/Terminal.h"

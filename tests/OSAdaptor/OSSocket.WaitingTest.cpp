@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSSocket.h>
-
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
@@ -71,10 +69,8 @@ TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
         EXPECT_EQ(ready(kWritable, -1), "");
     }
     {
-        ErrorExpectation error(100207);
         const Fault fault(Call::poll, 0, 1, ENOMEM);
-        EXPECT_EQ(ready(kWritable, -1), "nil");
-        EXPECT_EQ(error.values(), "-1");
+        expectError(100207, "-1", [&] { EXPECT_EQ(ready(kWritable, -1), "nil"); });
     }
     const int handle = pair_.client->socketHandle();
     ::close(handle); // behind the socket's back

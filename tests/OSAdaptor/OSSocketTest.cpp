@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSSocket.h>
-
 #include "support/Faults.h"
 #include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
@@ -191,10 +189,8 @@ TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
     const std::ptrdiff_t before = openDescriptors();
     for (const auto &row : rows) {
         const NSAutoreleasePool pool;
-        ErrorExpectation error(row.number);
         const Fault fault(row.call, /*skip=*/0, /*times=*/1, row.error);
-        EXPECT_FALSE(row.succeeds());
-        EXPECT_EQ(error.values(), row.values);
+        expectError(row.number, row.values, [&] { EXPECT_FALSE(row.succeeds()); });
     }
     EXPECT_EQ(openDescriptors(), before);
     EXPECT_FALSE(directory_.has("socket"));

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSSorter.h>
-
 #include "Text/RandomText.h"
 #include "support/Locales.h"
 #include "support/PoolFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSTime.h>
-
 #include "Calendar/TimeZoneSetting.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSUserIO.h>
-
 #include "support/Faults.h"
 #include "support/Locales.h"
 #include "support/ServicesFixture.h"

@@ -1,5 +1,3 @@
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 #include "support/QBTally.h"
 
