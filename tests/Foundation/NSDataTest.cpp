@@ -20,7 +20,7 @@ TEST_F(NSDataTest, TakesMemoryOver) {
 }
 
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
-    NSData *const data = dataOf("abcdef");
+    NSData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     char buffer[8] = "-------";
     data->getBytes(buffer, 3);
     EXPECT_STREQ(buffer, "abc----");
@@ -53,7 +53,7 @@ TEST_F(NSDataTest, EqualityHashAndDescriptionGoByBytes) {
 }
 
 TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
-    NSMutableData *const data = dataOf("abc");
+    NSMutableData *const data = NSMutableData::dataWithData(dataOf("abc"));
     data->setLength(2);
     data->increaseLengthBy(2);
     EXPECT_EQ(bytesOf(data), std::string("ab\0\0", 4));
@@ -68,7 +68,7 @@ TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
 }
 
 TEST_F(NSDataTest, BytesAreReplaced) {
-    NSMutableData *const data = dataOf("abcdef");
+    NSMutableData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     data->replaceBytesInRange(NSMakeRange(1, 2), "XY");
     EXPECT_EQ(bytesOf(data), "aXYdef");
     data->replaceBytesInRange(NSMakeRange(5, 3), "123");

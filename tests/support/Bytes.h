@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-/// Data of those bytes, autoreleased.
-inline NSMutableData *dataOf(std::string_view bytes) {
-    return NSMutableData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+/// Data of those bytes that do not change, autoreleased.
+inline NSData *dataOf(std::string_view bytes) {
+    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 
 /// The data's bytes; "nil" for nil.
