@@ -1,13 +1,8 @@
-#include <QBFoundation/IdCreator.h>
-
-#include <QBFoundation/Foundation/NSString.h>
-
 #include "System/Clock.h"
 #include "support/PoolFixture.h"
 
 #include <cstdlib>
 #include <ctime>
-#include <string>
 #include <unistd.h>
 
 using IdCreatorTest = PoolFixture;

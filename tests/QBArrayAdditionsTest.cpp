@@ -1,16 +1,7 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/MethodTable.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>
 #include <random>
-#include <string>
 
 using QBArrayAdditionsTest = PoolFixture;
 
@@ -91,24 +82,7 @@ TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNot
     }
 }
 
-TEST_F(QBArrayAdditionsTest, ArraysAreAddedSubtractedAndCompared) {
-    struct {
-        const char *a, *b, *plus, *minus, *common, *bad;
-    } const rows[] = {
-        {"abac", "cdbdc", "(a, b, c, d)", "(a)", "(c, b, c)", "(a, a)"},
-        {"", "aa", "(a)", "()", "nil", "nil"},
-        {"aab", "", "(a, b)", "(a, b)", "nil", "(a, a, b)"},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.a);
-        NSArray *const a = letters(row.a);
-        NSArray *const b = letters(row.b);
-        EXPECT_EQ(describe(a->plus(b)), row.plus);
-        EXPECT_EQ(describe(a->minus(b)), row.minus);
-        EXPECT_EQ(describe(a->commonElementsWithArray(b)), row.common);
-        EXPECT_EQ(a->hasCommonElementsWithArray(b), std::string_view(row.common) != "nil");
-        EXPECT_EQ(describe(a->badElementsForGoodElements(b)), row.bad);
-    }
+TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
     NSArray *const aab = letters("aab");
     EXPECT_EQ(describe(aab->plus(nullptr)) + describe(aab->minus(nullptr)), "(a, b)(a, b)");
     EXPECT_EQ(aab->commonElementsWithArray(nullptr), nullptr);
@@ -122,7 +96,7 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         SCOPED_TRACE(round);
         const auto make = [&] { // of strings only in the first rounds
             NSMutableArray *const array = NSMutableArray::array();
-            for (unsigned i = random() % 400; i != 0; --i) {
+            for (unsigned i = random() % (round % 3 ? 400 : 4); i != 0; --i) { // and small ones, or none
                 NSNumber *const value = number(static_cast<int>(random() % 300));
                 array->addObject(random() % 60 < round ? id{value} : value->stringValue());
             }
@@ -156,6 +130,7 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         EXPECT_EQ(describe(a->plus(b)), describe(sum));
         EXPECT_EQ(describe(a->minus(b)), describe(rest));
         EXPECT_EQ(describe(a->commonElementsWithArray(b)), described(common));
+        EXPECT_EQ(a->hasCommonElementsWithArray(b), common->count() > 0);
         EXPECT_EQ(describe(a->badElementsForGoodElements(b)), described(bad));
     }
 }

@@ -1,11 +1,3 @@
-#include <QBFoundation/Foundation/NSAutoreleasePool.h>
-
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
 
 #include <cstdio>
@@ -44,8 +36,7 @@ TEST_F(QBAutoreleasePoolAdditionsTest, CountsGoOverAllPages) {
 }
 
 TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     NSAutoreleasePool outer;
     CapturedOutput output;
     outer.showDescription();

@@ -1,15 +1,4 @@
-#include <QBFoundation/QBBlowfishOutputFilter.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBArrayOutputStream.h>
-#include <QBFoundation/QBDataOutputStream.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "support/ErrorExpectation.h"
+#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>
@@ -17,23 +6,13 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <string>
 #include <string_view>
-#include <vector>
 
 using QBBlowfishOutputFilterTest = PoolFixture;
 using Filter = QBBlowfishOutputFilter;
 using Block = std::array<std::uint32_t, 2>;
 
 namespace {
-
-std::string bytesOf(NSData *data) {
-    return {static_cast<const char *>(data->bytes()), data->length()};
-}
-
-NSData *dataOf(std::string_view bytes) {
-    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
 
 std::string fromHex(std::string_view digits) {
     std::string bytes;

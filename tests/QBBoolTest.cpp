@@ -1,5 +1,3 @@
-#include <QBFoundation/QBBool.h>
-
 #include "support/PoolFixture.h"
 
 using QBBoolTest = PoolFixture;

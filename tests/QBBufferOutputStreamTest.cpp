@@ -1,21 +1,9 @@
-#include <QBFoundation/QBBufferOutputStream.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/QBDataOutputStream.h>
-#include <QBFoundation/QBStringOutputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
-#include "support/ErrorExpectation.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <random>
-#include <string>
 
 using QBBufferOutputStreamTest = PoolFixture;
-using qb::sys::Call;
-using qb::sys::Fault;
 
 namespace {
 
@@ -65,9 +53,9 @@ TEST_F(QBBufferOutputStreamTest, ResetReturnsToTheDefaultCapacity) {
 
 TEST_F(QBBufferOutputStreamTest, MissingMemoryForTheBufferGivesNoStream) {
     Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    ErrorExpectation error(100156);
-    EXPECT_EQ(QBStringOutputStream::initWithCapacity(50), nullptr);
-    EXPECT_EQ(error.place(), "src/QBBufferOutputStream:64");
+    expectError(
+        100156, "", [&] { EXPECT_EQ(QBStringOutputStream::initWithCapacity(50), nullptr); },
+        "src/QBBufferOutputStream:64");
 }
 
 TEST_F(QBBufferOutputStreamTest, MissingMemoryForGrowthDropsWhatWasWritten) {
@@ -75,9 +63,8 @@ TEST_F(QBBufferOutputStreamTest, MissingMemoryForGrowthDropsWhatWasWritten) {
     stream->writeBuffer("abcd", 4);
     {
         Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        ErrorExpectation error(100156);
-        stream->writeByte('e');
-        EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
+        expectError(
+            100156, "", [&] { stream->writeByte('e'); }, "src/QBBufferOutputStream:117");
     }
     EXPECT_EQ(stream->byteCounter(), 0u);
     stream->writeBuffer("xyz", 3);
@@ -89,9 +76,8 @@ TEST_F(QBBufferOutputStreamTest, MissingMemoryForResetLeavesNoBuffer) {
     stream->writeByte('a');
     {
         Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        ErrorExpectation error(100156);
-        stream->reset();
-        EXPECT_EQ(error.place(), "src/QBBufferOutputStream:155");
+        expectError(
+            100156, "", [&] { stream->reset(); }, "src/QBBufferOutputStream:155");
     }
     EXPECT_EQ(stream->targetString(), nullptr);
     stream->writeBuffer("", 0);
@@ -143,9 +129,8 @@ TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
         NSData *const more = stream->targetData();
         {
             Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-            ErrorExpectation error(100156);
-            stream->writeByte('z');
-            EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
+            expectError(
+                100156, "", [&] { stream->writeByte('z'); }, "src/QBBufferOutputStream:117");
         }
         EXPECT_EQ(stream->byteCounter(), 0u);
         stream->writeByte('z');

@@ -1,20 +1,7 @@
-#include <QBFoundation/Foundation/NSCoder.h>
-
-#include <QBFoundation/Foundation/NSArchiver.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSUnarchiver.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/QBPath.h>
-#include <QBFoundation/Runtime/Class.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
 
 #include <functional>
 #include <regex>
-#include <string>
 
 using QBCoderAdditionsTest = ServicesFixture;
 
@@ -71,8 +58,7 @@ TEST_F(QBCoderAdditionsTest, WhatIsNoNameIsNone) {
 }
 
 TEST_F(QBCoderAdditionsTest, EachOperationTracesItsWayInAndOut) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     const auto readBySelectors = [] {
         const auto reader = readerOf<NSArchiver, NSUnarchiver>([](NSCoder *coder) {
             send<void>(coder, "encodeSelector:"_sel, "count"_sel.selector());

@@ -1,7 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -49,9 +45,7 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     const bool isRun = runOnSmallStack([] {
         const NSAutoreleasePool pool;
         EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr);
-        ErrorExpectation error(900003);
-        EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr);
-        EXPECT_EQ(error.values(), "256");
+        expectError(900003, "256", [&] { EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
     });
     EXPECT_TRUE(isRun);
 
@@ -59,10 +53,7 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});
     own->setObjectForKey(own, "b"_ns);
     own->setObjectForKey(own, "c"_ns);
-    {
-        ErrorExpectation error(900003);
-        own->replace("x"_ns, "y"_ns, YES);
-    }
+    expectError(900003, "256", [&] { own->replace("x"_ns, "y"_ns, YES); });
     EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
     EXPECT_EQ(own->objectForKey("b"_ns), own);
     EXPECT_EQ(describe(nested(2)->asArrayWith("x"_ns, "y"_ns)),

@@ -1,46 +1,16 @@
-#include <QBFoundation/QBCopyShop.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
-#include <QBFoundation/QBArrayOutputStream.h>
-#include <QBFoundation/QBDataInputStream.h>
-#include <QBFoundation/QBDataOutputStream.h>
-#include <QBFoundation/QBStringInputStream.h>
-#include <QBFoundation/Runtime/MethodTable.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
-#include "support/ErrorExpectation.h"
+#include "support/Bytes.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <string>
 #include <utility>
-#include <vector>
 
 using QBCopyShopTest = PoolFixture;
 using Strings = std::vector<std::string>;
 
 namespace {
-
-NSData *dataOf(std::string_view bytes) {
-    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
-
-Strings writesOf(QBArrayOutputStream *stream) {
-    Strings writes;
-    for (const id write : *stream->targetArray()) {
-        auto *const data = static_cast<NSData *>(write);
-        writes.emplace_back(static_cast<const char *>(data->bytes()), data->length());
-    }
-    return writes;
-}
 
 // A client's source: answers as it was told to, and notes what it was asked for.
 class Source : public QBInputStream {
@@ -188,11 +158,11 @@ TEST_F(QBCopyShopTest, MissingMemoryAndStreamsAreTold) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     {
         const ErrorExpectation error(100156);
-        const qb::sys::Fault noMemory(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
         EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
     }
     {
-        const qb::sys::Fault noMemory(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
         QBErrorHandler *const handler = std::exchange(ERRORHANDLER, nullptr); // so that nothing is recorded
         EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
         ERRORHANDLER = handler;
@@ -219,9 +189,7 @@ TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     const Ref<Vast> from = Ref<Vast>::adopt(new Vast);
     const Ref<Nowhere> to = Ref<Nowhere>::adopt(new Nowhere);
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(1U << 28);
-    const ErrorExpectation error(900030);
-    EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX);
-    EXPECT_EQ(error.values(), "2147483648");
+    expectError(900030, "2147483648", [&] { EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX); });
     from->left = 8;
     EXPECT_EQ(shop->copyFromToLength(from, to, UINT32_MAX), 0x80000000u);
 }

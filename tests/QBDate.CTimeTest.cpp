@@ -1,7 +1,3 @@
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "Calendar/TimeZoneSetting.h"
 #include "support/DateCommand.h"
 #include "support/PoolFixture.h"

@@ -1,12 +1,4 @@
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "support/DateCommand.h"
 #include "support/PoolFixture.h"
-
-#include <random>
 
 using QBDateISODateTimeTest = PoolFixture;
 
@@ -104,39 +96,5 @@ TEST_F(QBDateISODateTimeTest, ShortTextsAreFilledUp) {
             EXPECT_EQ(describe(standard), row.expected);
         else
             EXPECT_EQ(standard, row.value);
-    }
-}
-
-TEST_F(QBDateISODateTimeTest, TwoCenturiesAgreeWithTheSystem) {
-    const std::uint32_t seed = std::random_device{}();
-    std::mt19937_64 random(seed);
-    std::vector<std::int64_t> instants;
-    std::vector<std::string> dates;
-    for (std::int64_t day = -25567; day < 47847; day += 7) { // 1900 to 2100
-        instants.push_back(day * 86400 + static_cast<std::int64_t>(random() % 86400));
-        dates.push_back("@" + std::to_string(instants.back()));
-    }
-    const std::vector<std::string> digits = printedDates("UTC0", dates, "%Y%m%d%H%M%S");
-    ASSERT_EQ(digits.size(), instants.size());
-    for (std::size_t i = 0; i < instants.size(); ++i) {
-        const NSAutoreleasePool pool;
-        NSCalendarDate *const date = NSString::stringWith(digits[i])->asDateFromISODateTimeString();
-        ASSERT_EQ(date->timeIntervalSince1970(), static_cast<double>(instants[i])) << digits[i];
-        ASSERT_EQ(date->asISODateTimeString()->view(), digits[i]);
-    }
-    for (const char *zone : {"Europe/Berlin", "America/Sao_Paulo", "Asia/Kathmandu", "Africa/Monrovia",
-                             "Pacific/Apia", "Australia/Lord_Howe"}) {
-        NSTimeZone *const ours = NSTimeZone::timeZoneWithName(NSString::stringWith(zone));
-        const std::vector<std::string> local = printedDates(zone, dates, "%Y-%m-%d %H:%M:%S %Z %a %d %b %j");
-        ASSERT_EQ(local.size(), instants.size());
-        for (std::size_t i = 0; i < instants.size(); ++i) {
-            const NSAutoreleasePool pool;
-            NSDate *const date = NSDate::dateWithTimeIntervalSince1970(static_cast<double>(instants[i]));
-            ASSERT_EQ(
-                date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S %Z %a %d %b %j"_ns, ours, nullptr)
-                    ->view(),
-                local[i])
-                << zone << " seed " << seed;
-        }
     }
 }

@@ -1,11 +1,4 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "support/DateCommand.h"
 #include "support/PoolFixture.h"
-
-#include <random>
 
 using QBDateMidnightTest = PoolFixture;
 
@@ -13,18 +6,6 @@ namespace {
 
 NSTimeZone *zoneOf(const char *name) {
     return NSTimeZone::timeZoneWithName(NSString::stringWith(name));
-}
-
-bool isMidnight(NSDate *date, NSTimeZone *zone) {
-    return date->descriptionWithCalendarFormat("%H%M%S"_ns, zone, nullptr)->view() == "000000";
-}
-
-/// Whether no other instant nearby has the same local time.
-bool isSingle(NSDate *date, NSTimeZone *zone) {
-    for (const double shift : {-7200.0, -3600.0, -1800.0, 1800.0, 3600.0, 7200.0})
-        if (isMidnight(date->addTimeInterval(shift), zone))
-            return false;
-    return true;
 }
 
 } // namespace
@@ -63,31 +44,4 @@ TEST_F(QBDateMidnightTest, ClocksThatChangeAtMidnight) {
             NSCalendarDate::dateWithYear(row.year, row.month, row.day, row.hour, 0, 0, zone);
         EXPECT_EQ(describe(date->midnightOfTimeZone(zone)), row.expected) << row.zone;
     }
-}
-
-TEST_F(QBDateMidnightTest, MidnightsOfAllZonesAgreeWithTheSystem) {
-    const std::uint32_t seed = std::random_device{}();
-    std::mt19937_64 random(seed);
-    std::vector<std::string> questions, answers;
-    for (const id name : *NSTimeZone::knownTimeZoneNames()) {
-        const NSAutoreleasePool pool;
-        NSTimeZone *const zone = NSTimeZone::timeZoneWithName(name->description());
-        for (int count = 0; count < 20; ++count) {
-            const double seconds =
-                static_cast<double>(random() % 6'343'000'000) - 2'208'988'800; // 1900 to 2100
-            NSCalendarDate *const midnight = NSDate::dateWithTimeIntervalSince1970(seconds)
-                                                 ->dateWithCalendarFormat(nullptr, nullptr)
-                                                 ->midnightOfTimeZone(zone);
-            if (!isMidnight(midnight, zone) || !isSingle(midnight, zone))
-                continue; // of which the command has an opinion of its own
-            questions.push_back(std::string("TZ=\"") + name->cStringValue() + "\" " +
-                                std::string(midnight->descriptionWithCalendarFormat("%Y-%m-%d"_ns)->view()));
-            answers.push_back(std::to_string(static_cast<std::int64_t>(midnight->timeIntervalSince1970())));
-        }
-    }
-    EXPECT_GT(questions.size(), 1000u);
-    const std::vector<std::string> expected = printedDates("UTC0", questions, "%s");
-    ASSERT_EQ(answers.size(), expected.size());
-    for (std::size_t i = 0; i < answers.size(); ++i)
-        EXPECT_EQ(answers[i], expected[i]) << questions[i] << " seed " << seed;
 }

@@ -1,13 +1,4 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
-
-#include <string>
 
 using QBDatabaseDateTest = ServicesFixture;
 
@@ -91,8 +82,7 @@ TEST_F(QBDatabaseDateTest, MissingPartsAreTheCurrentOnes) {
 }
 
 TEST_F(QBDatabaseDateTest, ArraysAreTracedByTheDebugLevel) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     CapturedOutput output;
     NSArray *const array = "1.2.2003"_ns->componentsSeparatedByString("."_ns);
     std::string lines[3];

@@ -1,15 +1,8 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSEnvironment.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <string>
 
 #include <unistd.h>
 
@@ -38,7 +31,7 @@ TEST_F(EnvironmentTest, IsReadAndChangedByItsNames) {
     EXPECT_EQ(OSEnvironment::unsetEnv("A=B") + OSEnvironment::unsetEnv(nullptr), 0);
     EXPECT_EQ(OSEnvironment::getEnv(nullptr), nullptr);
     EXPECT_EQ(OSEnvironment::putEnv(nullptr), -1);
-    const qb::sys::Fault noMemory(qb::sys::Call::putenv, 0, 0, ENOMEM);
+    const Fault noMemory(Call::putenv, 0, 0, ENOMEM);
     EXPECT_NE(OSEnvironment::putEnv(variable), 0);
     EXPECT_EQ(OSEnvironment::getErrorCode(), static_cast<std::uint32_t>(ENOMEM));
 }
@@ -88,17 +81,14 @@ TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
     };
     for (const auto &row : rows) {
         const auto file = fileWith(row.bytes);
-        ErrorExpectation error(900021);
-        EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr);
-        EXPECT_EQ(error.values(), row.values);
+        expectError(900021, row.values, [&] {
+            EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr);
+        });
     }
     const auto file = fileWith("A=1\n");
-    const qb::sys::Fault broken(qb::sys::Call::fgets, 0, 0, EIO);
-    {
-        ErrorExpectation error(100023);
-        EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr);
-        EXPECT_EQ(error.values(), "<unknown> Input/output error");
-    }
+    const Fault broken(Call::fgets, 0, 0, EIO);
+    expectError(100023, "<unknown> Input/output error",
+                [&] { EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr); });
     EXPECT_REASON(NSDictionary::initWithEncodedEnvironmentFromFile(nullptr),
                   "NSDictionary initWithEncodedEnvironmentFromFile: must have a file that is not NULL.");
 }

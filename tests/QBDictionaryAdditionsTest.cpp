@@ -1,15 +1,4 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBBool.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
-
-#include <string>
 
 using QBDictionaryAdditionsTest = ServicesFixture;
 
@@ -138,9 +127,7 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOfDictionariesInsideAreTextsToo) 
     EXPECT_EQ(describe(flat->objectAtIndex(2)), std::string(inner->stringValue()->view()));
     EXPECT_EQ(flat->count(), 4u);
     outer->setObjectForKey(outer, "self"_ns);
-    ErrorExpectation error(900003);
-    EXPECT_EQ(outer->allKeysAndValues(), nullptr);
-    EXPECT_EQ(error.values(), "256");
+    expectError(900003, "256", [&] { EXPECT_EQ(outer->allKeysAndValues(), nullptr); });
     outer->removeAllObjects(); // or it would keep itself
 }
 
@@ -199,8 +186,7 @@ TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionaries) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, ValuesOfListsAreTraced) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(words("misc"));
+    activateChannel("misc");
     CapturedOutput output;
     NSDictionary::dictFromCorrectArray(NSArray::arrayWithObjects("a"_ns, number(1), "b"_ns, QBNil::value()));
     const std::string lines = output.end();
@@ -216,9 +202,9 @@ TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
         const char *list, *values;
     } const rows[] = {{"a 1 b", "3 a value for the last key"}, {"a 1 b 2 a 3", "4 another key"}};
     for (const auto &row : rows) {
-        ErrorExpectation error(900020);
-        EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(row.list), words("m")), nullptr);
-        EXPECT_EQ(error.values(), row.values);
+        expectError(900020, row.values, [&] {
+            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(row.list), words("m")), nullptr);
+        });
     }
 }
 

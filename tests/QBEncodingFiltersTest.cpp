@@ -1,26 +1,9 @@
-#include <QBFoundation/QBBase64OutputFilter.h>
-#include <QBFoundation/QBMD5OutputStream.h>
-#include <QBFoundation/QBValidCharFilter.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/QBArrayOutputStream.h>
-#include <QBFoundation/QBDataOutputStream.h>
-#include <QBFoundation/QBStringOutputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Bytes.h"
 #include "support/CapturedOutput.h"
-#include "support/Describe.h"
-#include "support/ErrorExpectation.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <cstdlib>
-#include <string>
-#include <vector>
 
 using QBBase64OutputFilterTest = PoolFixture;
 using QBMD5OutputStreamTest = PoolFixture;
@@ -28,22 +11,6 @@ using QBValidCharFilterTest = PoolFixture;
 using Strings = std::vector<std::string>;
 
 namespace {
-
-std::string bytesOf(NSData *data) {
-    return {static_cast<const char *>(data->bytes()), data->length()};
-}
-
-// The writes that reach a target which tells them apart.
-Strings writesOf(QBArrayOutputStream *stream) {
-    Strings writes;
-    for (const id write : *stream->targetArray())
-        writes.push_back(bytesOf(static_cast<NSData *>(write)));
-    return writes;
-}
-
-void write(QBOutputStream *stream, const std::string &text) {
-    stream->writeBuffer(text.data(), static_cast<std::uint32_t>(text.size()));
-}
 
 std::string encoded(const Strings &pieces) {
     QBStringOutputStream *const target = QBStringOutputStream::stream();
@@ -137,7 +104,7 @@ TEST_F(QBBase64OutputFilterTest, ANilTargetIsRefusedAndAFailingOneEndsDecoding) 
     QBDataOutputStream *const target = QBDataOutputStream::streamWithCapacity(4);
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target, /*decode=*/YES);
     const ErrorExpectation error(100156);
-    const qb::sys::Fault noMemory(qb::sys::Call::reallocate, /*skip=*/0, /*times=*/9, ENOMEM);
+    const Fault noMemory(Call::reallocate, /*skip=*/0, /*times=*/9, ENOMEM);
     write(filter, "TWFuTWFuTWFuTWFu");
     EXPECT_EQ(target->byteCounter(), 0u);
 }

@@ -1,19 +1,6 @@
-#include <QBFoundation/QBEnumFilter.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OneShotEnumerator.h>
-#include <QBFoundation/QBEnumObjectFilter.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/MethodTable.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 #include "support/Probe.h"
 #include "support/SmallStack.h"
-
-#include <string>
-#include <vector>
 
 using QBEnumFilterTest = PoolFixture;
 

@@ -1,7 +1,3 @@
-#include <QBFoundation/QBErrorCatalogue.h>
-
-#include <QBFoundation/ErrorNumbers.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>

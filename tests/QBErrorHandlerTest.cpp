@@ -1,12 +1,3 @@
-#include <QBFoundation/QBErrorHandler.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -99,8 +90,7 @@ TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
 }
 
 TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("utils"_ns));
+    activateChannel("utils");
     NSArray *const objects = NSArray::arrayWithObjects("a"_ns, "b"_ns);
     QBErrorHandler *const other = QBErrorHandler::errorHandler();
     CapturedOutput output;
@@ -140,8 +130,7 @@ TEST_F(QBErrorHandlerTest, StatesAreCheckedUnlessForced) {
 }
 
 TEST_F(QBErrorHandlerTest, WhatIsRaisedWhileRaisingIsDropped) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("all"_ns));
+    activateChannel("all");
     debug = 1;
     CapturedOutput output;
     handler_->setIsRaisingError(YES);
@@ -237,30 +226,32 @@ TEST_F(QBErrorHandlerTest, FatalErrorsLogTheStackAndEndTheProcess) {
 }
 
 TEST_F(QBErrorHandlerTest, FatalErrorsEndTheProcessWhateverFailsMeanwhile) {
-    const ChildEnd withoutMessage = runInChild([&] { handler_->raiseFatalError(103); });
-    EXPECT_EQ(withoutMessage.status, 255);
-    EXPECT_EQ(logLines(withoutMessage.standardError, withoutMessage.process),
-              "[000103] unknown error\n[T] (P) [] \n\n");
-    const ChildEnd withoutLog = runInChild([&] {
-        handler_->isOutOfMemory = true;
-        handler_->raiseFatalError(4);
-    });
-    EXPECT_EQ(withoutLog.status, 255);
-    EXPECT_EQ(withoutLog.standardError, "A fatal error has ended the process and could not be logged.\n");
-    const ChildEnd withoutLogFile = runInChild([&] {
-        OSLogger::setDefaultLogFileName("/no/such/directory/log"_ns);
-        handler_->raiseFatalError(5);
-    });
-    EXPECT_EQ(withoutLogFile.status, 255);
-    EXPECT_EQ(logLines(withoutLogFile.standardError, withoutLogFile.process),
-              "[T] (P) [] [000005] unknown error\n\n");
     const TemporaryDirectory directory;
-    const ChildEnd withoutStandardError = runInChild([&] {
-        ::close(STDERR_FILENO);
-        OSLogger::setDefaultLogFileName(directory.string("log"));
-        handler_->raiseFatalError(6);
-    });
-    EXPECT_EQ(withoutStandardError.status, 255);
-    EXPECT_EQ(logLines(directory.read("log"), withoutStandardError.process),
-              "[T] (P) [] [000006] unknown error\n\n");
+    const struct {
+        int number; // 103 has no message
+        const char *said;
+        std::function<void()> spoil;
+    } rows[] = {
+        {103, "[000103] unknown error\n[T] (P) [] \n\n", [] {}},
+        {4, "A fatal error has ended the process and could not be logged.\n",
+         [&] { handler_->isOutOfMemory = true; }},
+        {5, "[T] (P) [] [000005] unknown error\n\n",
+         [] { OSLogger::setDefaultLogFileName("/no/such/directory/log"_ns); }},
+        {6, "",
+         [&] {
+             ::close(STDERR_FILENO);
+             OSLogger::setDefaultLogFileName(directory.string("log"));
+         }},
+    };
+    for (const auto &row : rows) {
+        const ChildEnd end = runInChild([&] {
+            row.spoil();
+            handler_->raiseFatalError(row.number);
+        });
+        EXPECT_EQ(end.status, 255) << row.number;
+        EXPECT_EQ(logLines(end.standardError, end.process), row.said);
+        if (row.number == 6) {
+            EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] [000006] unknown error\n\n");
+        }
+    }
 }

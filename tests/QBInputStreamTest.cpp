@@ -1,33 +1,14 @@
-#include <QBFoundation/QBInputStream.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/QBDataInputStream.h>
-#include <QBFoundation/QBFilePointerInputStream.h>
-#include <QBFoundation/QBInputFilter.h>
-#include <QBFoundation/QBStringInputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
-#include "support/ErrorExpectation.h"
+#include "support/Bytes.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <random>
-#include <string>
-#include <vector>
 
 using QBInputStreamTest = PoolFixture;
-using qb::sys::Call;
-using qb::sys::Fault;
 
 namespace {
-
-NSData *dataOf(std::string_view bytes) {
-    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
 
 // A client's stream that has the one operation it must have.
 class Countdown : public QBInputStream {
@@ -272,9 +253,7 @@ TEST_F(QBInputStreamTest, FilePointerIsReadToItsEndAndRewound) {
     EXPECT_EQ(counts(stream, 5), (std::vector<int>{5, -1}));
     stream->close();
     stream->close();
-    ErrorExpectation error(100023);
-    EXPECT_EQ(stream->readByte(), 0);
-    EXPECT_EQ(error.values(), "<unknown> Bad file descriptor");
+    expectError(100023, "<unknown> Bad file descriptor", [&] { EXPECT_EQ(stream->readByte(), 0); });
 }
 
 TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {
@@ -285,10 +264,9 @@ TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {
     char bytes[3];
     {
         Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
-        ErrorExpectation error(100023);
-        EXPECT_EQ(stream->readBuffer(bytes, 3), 0);
-        EXPECT_EQ(error.values(), "<unknown> Input/output error");
-        EXPECT_EQ(error.place(), "src/QBFilePointerInputStream:96");
+        expectError(
+            100023, "<unknown> Input/output error", [&] { EXPECT_EQ(stream->readBuffer(bytes, 3), 0); },
+            "src/QBFilePointerInputStream:96");
     }
     EXPECT_EQ(stream->readBuffer(bytes, 3), 3);
     {

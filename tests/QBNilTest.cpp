@@ -1,10 +1,3 @@
-#include <QBFoundation/QBNil.h>
-
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
 
 using QBNilTest = ServicesFixture;
@@ -47,8 +40,7 @@ TEST_F(QBNilTest, EveryObjectsOperationsAnswerNothing) {
 }
 
 TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     CapturedOutput output;
     debug = 6;
     EXPECT_EQ(send<id>(QBNil::new_(), "objectForKey:"_sel, "a"_ns), nullptr);

@@ -1,9 +1,4 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/QBStringAdditions.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -155,25 +150,19 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
     } rows[] = {{"none.k", "none.k"}, {"null.k", "null.k"}, {"a.none.k", "none.k"}, {".k", ".k"}};
     for (const auto &[key, value] : rows) {
         NSMutableDictionary *const values = tree();
-        ErrorExpectation error(30010);
-        values->setDeepObject("new"_ns, NSString::stringWithCString(key));
-        EXPECT_EQ(error.values(), value);
-        EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
-                  "[030010] could not access '" + std::string(value) + "', wrong key");
+        expectError(30010, value, [&] {
+            values->setDeepObject("new"_ns, NSString::stringWithCString(key));
+            EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
+                      "[030010] could not access '" + std::string(value) + "', wrong key");
+        });
         EXPECT_EQ(describe(values), describe(tree())) << key;
     }
-    {
-        ErrorExpectation error(30010);
-        tree()->setDeepObject("new"_ns, nullptr);
-        EXPECT_EQ(error.values(), "(null)");
-    }
+    expectError(30010, "(null)", [&] { tree()->setDeepObject("new"_ns, nullptr); });
     NSMutableArray *const list = NSMutableArray::arrayWith({tree()->objectForKey("a"_ns)});
     list->setDeepObject("new"_ns, nullptr);
     list->removeDeepObjectForKey(nullptr);
     // An immutable element is used as it is, and takes no key.
-    ErrorExpectation error(900010);
-    list->removeDeepObjectForKey("0.k"_ns);
-    EXPECT_EQ(error.values(), "NSDictionary k setK:");
+    expectError(900010, "NSDictionary k setK:", [&] { list->removeDeepObjectForKey("0.k"_ns); });
     EXPECT_EQ(describe(list), "({k = v; })");
 }
 
@@ -209,7 +198,7 @@ TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
 #ifndef QB_NO_FREE_LISTS
 TEST_F(QBObjectDeepAccessTest, GettingMakesNoObjects) {
     NSDictionary *const values = NSDictionary::dictionaryWith({{"tree"_ns, tree()}});
-    const qb::sys::CallCounter counter;
+    const CallCounter counter;
     const std::uint32_t waiting = pool_.objectCount();
     id value = nullptr;
     bool isQuiet = false;
@@ -222,6 +211,6 @@ TEST_F(QBObjectDeepAccessTest, GettingMakesNoObjects) {
     EXPECT_EQ(describe(value), "v");
     EXPECT_TRUE(isQuiet);
     EXPECT_EQ(pool_.objectCount(), waiting);
-    EXPECT_EQ(counter.calls(qb::sys::Call::any), 0u);
+    EXPECT_EQ(counter.calls(Call::any), 0u);
 }
 #endif

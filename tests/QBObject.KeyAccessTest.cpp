@@ -1,9 +1,3 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBBool.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 using QBObjectKeyAccessTest = PoolFixture;
@@ -97,28 +91,24 @@ TEST_F(QBObjectKeyAccessTest, KeysAreTheNamesOfTheOperationsInAClientsTable) {
 TEST_F(QBObjectKeyAccessTest, UnknownKeysAndWrongObjectsRaise) {
     const auto page = Ref<Page>::adopt(new Page);
     page->setRank(7);
-    const auto expect = [&](int number, const char *values, auto access) {
-        ErrorExpectation error(number);
-        access();
-        EXPECT_EQ(error.values(), values);
-    };
     // What is void or a pointer, takes arguments, or belongs to every object is no value.
     for (const char *key :
          {"keyOfNobody", "", "close", "address", "setTitle:", "retain", "autorelease", "hash"})
-        expect(900010, ("Page " + std::string(key) + " " + key).c_str(),
-               [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
-    expect(900010, "Page (null) (null)", [&] { page->objectForKey(nullptr); });
-    expect(900010, "Page most setMost:", [&] { page->setObjectForKey("1"_ns, "most"_ns); });
-    expect(900010, "Page  set:", [&] { page->removeObjectForKey(""_ns); });
-    expect(900010,
-           "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
-    expect(900011, "Page title NSNumber",
-           [&] { page->setObjectForKey(NSNumber::numberWithInt(1), "title"_ns); });
-    expect(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });
+        expectError(900010, ("Page " + std::string(key) + " " + key).c_str(),
+                    [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
+    expectError(900010, "Page (null) (null)", [&] { page->objectForKey(nullptr); });
+    expectError(900010, "Page most setMost:", [&] { page->setObjectForKey("1"_ns, "most"_ns); });
+    expectError(900010, "Page  set:", [&] { page->removeObjectForKey(""_ns); });
+    expectError(900010,
+                "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
+    expectError(900011, "Page title NSNumber",
+                [&] { page->setObjectForKey(NSNumber::numberWithInt(1), "title"_ns); });
+    expectError(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });
     for (const char *object : {"256", "-1", "1.5", "x", ""})
-        expect(900011, "Page rank NSString", [&] { page->setObjectForKey(string(object), "rank"_ns); });
-    expect(900011, "Page size NSString", [&] { page->setObjectForKey("9223372036854775808"_ns, "size"_ns); });
-    expect(900011, "Page ratio NSString", [&] { page->setObjectForKey("x"_ns, "ratio"_ns); });
+        expectError(900011, "Page rank NSString", [&] { page->setObjectForKey(string(object), "rank"_ns); });
+    expectError(900011, "Page size NSString",
+                [&] { page->setObjectForKey("9223372036854775808"_ns, "size"_ns); });
+    expectError(900011, "Page ratio NSString", [&] { page->setObjectForKey("x"_ns, "ratio"_ns); });
     EXPECT_EQ(page->rank(), 7);
     EXPECT_EQ(Selector::namedIfKnown("keyOfNobody"), nullptr); // keys are not kept
 }

@@ -1,21 +1,4 @@
-#include <QBFoundation/QBOutputStream.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSEnumerator.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBArrayOutputStream.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "support/Describe.h"
-#include "support/ErrorExpectation.h"
 #include "support/PoolFixture.h"
-
-#include <string>
-#include <vector>
 
 using QBOutputStreamTest = PoolFixture;
 

@@ -1,21 +1,8 @@
-#include <QBFoundation/QBPath.h>
-
-#include <QBFoundation/Foundation/NSArchiver.h>
-#include <QBFoundation/Foundation/NSCoder.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSUnarchiver.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/ServicesFixture.h"
 #include "support/SmallStack.h"
 
 #include <algorithm>
 #include <regex>
-#include <vector>
 
 using QBPathTest = ServicesFixture;
 
@@ -226,8 +213,7 @@ TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
 }
 
 TEST_F(QBPathTest, IsArchivedWithTraces) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     NSArray *const classes = NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls());
     const auto copyOf = [&](QBPath *original) {
         return NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(original),

@@ -1,13 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-
-#include <QBFoundation/ErrorNumbers.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBBool.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
@@ -16,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
-#include <string>
 
 using QBPhpStringTest = PoolFixture;
 
@@ -159,9 +148,7 @@ TEST_F(QBPhpStringTest, DepthIsBounded) {
         circle->addObject(circle);
         for (id value : {static_cast<id>(nested(513)), static_cast<id>(circle),
                          static_cast<id>(NSDictionary::dictionaryWithObjectForKey(nested(512), "k"_ns))}) {
-            const ErrorExpectation error(qb::kErrorTooDeep);
-            EXPECT_EQ(value->asPhpString(), nullptr);
-            EXPECT_EQ(error.values(), "512");
+            expectError(qb::kErrorTooDeep, "512", [&] { EXPECT_EQ(value->asPhpString(), nullptr); });
         }
         circle->removeAllObjects();
         EXPECT_EQ(describe(circle->asPhpString()), "array()"); // and the next one is none the worse

@@ -1,21 +1,8 @@
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/QBRegularExpression.h>
-
-#include <QBFoundation/ErrorNumbers.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <string>
-
 using QBRegularExpressionTest = PoolFixture;
-using qb::sys::Call;
-using qb::sys::Fault;
 
 namespace {
 
@@ -95,22 +82,17 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
 }
 
 TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectThen) {
-    {
-        ErrorExpectation error(qb::kErrorMalformedPattern);
-        EXPECT_EQ(expressionOf("("), nullptr);
-        EXPECT_EQ(error.values(), "( Unmatched ( or \\(");
-        EXPECT_EQ(error.place(), "src/QBRegularExpression:191");
-    }
+    expectError(
+        qb::kErrorMalformedPattern, "( Unmatched ( or \\(", [&] { EXPECT_EQ(expressionOf("("), nullptr); },
+        "src/QBRegularExpression:191");
     id const cached = QBRegularExpression::regularExpressionWithPattern("("_ns);
     EXPECT_EQ(cached, QBNil::value());
     EXPECT_FALSE(send<BOOL>(cached, "matches:"_sel, "("_ns));
     EXPECT_EQ(send<id>(cached, "search:"_sel, "("_ns), nullptr);
     EXPECT_FALSE("("_ns->matches("("_ns));
-    {
-        ErrorExpectation error(qb::kErrorMalformedPattern);
+    expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end", [&] {
         EXPECT_EQ(QBRegularExpression::initWithPattern("(|)(\\1\\1)*"_ns, 0).get(), nullptr);
-        EXPECT_EQ(error.values(), "(|)(\\1\\1)* a back reference is repeated without end");
-    }
+    });
     {
         ErrorExpectation error(qb::kErrorMalformedPattern);
         EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr); // fine without the flag
@@ -157,9 +139,8 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
     }
     {
         Fault fault(Call::regcomp, 0, 1, ENOMEM);
-        ErrorExpectation error(qb::kErrorMalformedPattern);
-        EXPECT_EQ(expressionOf("memory"), nullptr);
-        EXPECT_EQ(error.values(), "memory Memory exhausted");
+        expectError(qb::kErrorMalformedPattern, "memory Memory exhausted",
+                    [&] { EXPECT_EQ(expressionOf("memory"), nullptr); });
     }
     for (const auto search : {+[] { return expressionOf("a")->matches("a"_ns) != NO; },
                               +[] { return expressionOf("a")->search("a"_ns) != nullptr; }}) {

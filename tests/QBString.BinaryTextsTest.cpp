@@ -1,17 +1,11 @@
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/QBStringAdditions.h>
-
 #include "Text/CpuLevels.h"
-#include "support/ErrorExpectation.h"
+#include "support/Bytes.h"
 #include "support/Locales.h"
 #include "support/PoolFixture.h"
 
 #include <cctype>
 #include <climits>
 #include <random>
-#include <string>
 
 using QBStringBinaryTextsTest = PoolFixture;
 using QBStringURLEscapingTest = PoolFixture;
@@ -21,10 +15,6 @@ namespace {
 
 NSString *string(std::string_view bytes) {
     return NSString::stringWith(bytes);
-}
-
-std::string bytesOf(NSData *data) {
-    return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "nil";
 }
 
 // The classical encoder: sixty characters a line, a backquote for 0.
@@ -83,9 +73,8 @@ TEST_F(QBStringBinaryTextsTest, UuencodedLinesThatAreCutOrMalformed) {
         {{"#0\0%T", 5}, "", "1 3"},
     };
     for (const Row &row : rows) {
-        const ErrorExpectation error(900006);
-        EXPECT_EQ(bytesOf(string(row.text)->uudecode()).substr(0, 3), row.result);
-        EXPECT_EQ(error.values(), row.values);
+        expectError(900006, row.values,
+                    [&] { EXPECT_EQ(bytesOf(string(row.text)->uudecode()).substr(0, 3), row.result); });
     }
 }
 

@@ -1,10 +1,4 @@
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
-
-#include <vector>
 
 using QBStringHTMLEscapingTest = PoolFixture;
 

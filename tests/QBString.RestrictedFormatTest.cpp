@@ -1,10 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/QBNil.h>
-
 #include "Text/RandomText.h"
 #include "support/PoolFixture.h"
 

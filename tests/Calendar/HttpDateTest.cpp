@@ -7,7 +7,7 @@
 using namespace qb::calendar;
 
 TEST(HttpDateTest, FormsAreComparedCharacterByCharacter) {
-    EXPECT_TRUE(hasDateForm("7Zz ~", "#@$~~") == false); // a tilde is no blank and no digit
+    EXPECT_FALSE(hasDateForm("7Zz ~", "#@$~~")); // a tilde is no blank and no digit
     EXPECT_TRUE(hasDateForm("7Zz 5", "#@$~~"));
     EXPECT_TRUE(hasDateForm("aF0", "&&&"));
     EXPECT_FALSE(hasDateForm("g", "&"));

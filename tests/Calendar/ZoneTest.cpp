@@ -113,20 +113,24 @@ TEST(ZoneTest, DaylightSavingAllYearHasNoGap) {
         ASSERT_EQ(zone->offsetAt(time).abbreviation, "EDT") << time;
 }
 
-TEST(ZoneTest, ChangesMayLieInTheNextYear) {
-    const ZoneRef zone = zoneFromRule("AAA0BBB,J364/167,J365/167");
-    ASSERT_TRUE(zone);
-    const ZoneRange range = zone->rangeAt(at(2024, 1, 1));
-    EXPECT_EQ(range.begin, at(2023, 1, 6, 22));
-    EXPECT_EQ(range.end, at(2024, 1, 5, 23));
-    EXPECT_FALSE(range.offset.isDst);
-}
-
-TEST(ZoneTest, RuleWithoutDaysTakesTheUsualOnes) {
-    const ZoneRef zone = zoneFromRule("AAA5BBB");
-    ASSERT_TRUE(zone);
-    EXPECT_EQ(zone->rangeAt(at(2024, 7, 1)).begin, at(2024, 3, 10, 7));
-    EXPECT_EQ(zone->rangeAt(at(2024, 7, 1)).end, at(2024, 11, 3, 6));
+TEST(ZoneTest, RangesOfRulesEndWithTheirChanges) {
+    const struct {
+        const char *rule;
+        std::int64_t asked, begin, end;
+        bool isDst;
+    } rows[] = {
+        {"AAA0BBB,J364/167,J365/167", at(2024, 1, 1), at(2023, 1, 6, 22), at(2024, 1, 5, 23),
+         false},                                                                   // in the next year
+        {"AAA5BBB", at(2024, 7, 1), at(2024, 3, 10, 7), at(2024, 11, 3, 6), true}, // the usual days
+    };
+    for (const auto &row : rows) {
+        const ZoneRef zone = zoneFromRule(row.rule);
+        ASSERT_TRUE(zone) << row.rule;
+        const ZoneRange range = zone->rangeAt(row.asked);
+        EXPECT_EQ(range.begin, row.begin) << row.rule;
+        EXPECT_EQ(range.end, row.end) << row.rule;
+        EXPECT_EQ(range.offset.isDst, row.isDst) << row.rule;
+    }
 }
 
 TEST(ZoneTest, MalformedRulesAreRefused) {

@@ -1,9 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/Runtime/Class.h>
-
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 

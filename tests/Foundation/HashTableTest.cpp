@@ -1,15 +1,12 @@
 #include <QBFoundation/Foundation/HashTable.h>
-#include <QBFoundation/Foundation/NSString.h>
 
 #include "support/PoolFixture.h"
 
 #include <algorithm>
 #include <map>
 #include <random>
-#include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 using HashTableTest = PoolFixture;
 

@@ -1,16 +1,5 @@
-#include <QBFoundation/Foundation/NSArchiver.h>
-
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/Foundation/NSUnarchiver.h>
-#include <QBFoundation/Foundation/NSValue.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "Text/Hex.h"
+#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 #include "support/RandomValues.h"
 #include "support/SmallStack.h"
@@ -19,7 +8,6 @@
 #include <cmath>
 #include <limits>
 #include <random>
-#include <string>
 
 using namespace std::string_literals;
 using NSArchiverTest = PoolFixture;
@@ -64,14 +52,6 @@ Class *TreeNode::cls() {
     return self;
 }
 
-NSData *bytes(std::string_view text) {
-    return NSData::dataWith(std::as_bytes(std::span(text)));
-}
-
-std::string_view textOf(NSData *data) {
-    return {static_cast<const char *>(data->bytes()), data->length()};
-}
-
 NSArray *nodeClasses() {
     NSMutableArray *classes = NSMutableArray::arrayWithArray(NSUnarchiver::valueClasses());
     classes->addObject(TreeNode::cls());
@@ -97,7 +77,7 @@ NSData *archiveOf(std::initializer_list<std::string> names, std::initializer_lis
     archive += static_cast<char>(objects.size());
     for (const std::string &object : objects)
         archive += object.substr(0, 1) + counted(object.substr(1));
-    return bytes(archive + counted(root));
+    return dataOf(archive + counted(root));
 }
 
 } // namespace
@@ -121,13 +101,13 @@ TEST_F(NSArchiverTest, RandomTreesComeBackEqualWithTheirClassesAndSharedObjects)
 TEST_F(NSArchiverTest, BytesAreThoseOfTheFormat) {
     NSNumber *number = NSNumber::numberWithInt(-3);
     NSData *data = NSArchiver::archivedDataWithRootObject(NSArray::arrayWith({number, "ab"_ns, number}));
-    EXPECT_EQ(textOf(data), "QBAR\1"
-                            "\3\7NSArray\10NSNumber\10NSString"
-                            "\3"
-                            "\1\10\3\6\2\1\2\2\2\1"
-                            "\2\4\3\2\3\5"
-                            "\3\4\6\2ab"
-                            "\2\2\0"s);
+    EXPECT_EQ(bytesOf(data), "QBAR\1"
+                             "\3\7NSArray\10NSNumber\10NSString"
+                             "\3"
+                             "\1\10\3\6\2\1\2\2\2\1"
+                             "\2\4\3\2\3\5"
+                             "\3\4\6\2ab"
+                             "\2\2\0"s);
 }
 
 TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
@@ -142,9 +122,10 @@ TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
                 nullptr)
                 << length;
         }
-        ErrorExpectation error(900002);
-        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(bytes(std::string(textOf(data)) + '\0')), nullptr);
-        EXPECT_EQ(error.values(), std::to_string(data->length()) + " something stands behind its end");
+        expectError(900002, std::to_string(data->length()) + " something stands behind its end", [&] {
+            EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(dataOf(std::string(bytesOf(data)) + '\0')),
+                      nullptr);
+        });
     }
 }
 
@@ -154,11 +135,11 @@ TEST_F(NSArchiverTest, ChangedBytesGiveAnObjectOrOneError) {
     for (std::uint32_t i = 0; i < 3000; ++i) {
         NSAutoreleasePool pool;
         RandomValues values(seed + i);
-        std::string archive(textOf(NSArchiver::archivedDataWithRootObject(values.value(3))));
+        std::string archive(bytesOf(NSArchiver::archivedDataWithRootObject(values.value(3))));
         for (int changes = 1 + static_cast<int>(random() % 3); changes > 0; --changes)
             archive[random() % archive.size()] = static_cast<char>(random());
         const std::size_t before = recordingErrorHandler()->raised.size();
-        const id read = NSUnarchiver::unarchiveObjectWithData(bytes(archive));
+        const id read = NSUnarchiver::unarchiveObjectWithData(dataOf(archive));
         const std::size_t raised = recordingErrorHandler()->raised.size() - before;
         ASSERT_LE(raised, read ? 0u : 1u) << "seed " << seed << ", " << i;
         ERRORHANDLER->clearErrorStack();
@@ -172,14 +153,14 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         const char *values;
     } rows[] = {
         {nullptr, "0 it is no archive"},
-        {bytes("QBAX\1"), "0 it is no archive"},
-        {bytes("QBAR\2"), "4 it is of another version"},
-        {bytes("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
+        {dataOf("QBAX\1"), "0 it is no archive"},
+        {dataOf("QBAR\2"), "4 it is of another version"},
+        {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
-        {bytes("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
-        {bytes("QBAR\1\xff\xff\xff\xff\x0f"), "10 it ends within a count"},
-        {bytes("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
-        {bytes("QBAR\1\0\xff\xff\xff\xff\xff\xff\xff\xff\xff\1"s), "16 it ends within a count"},
+        {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
+        {dataOf("QBAR\1\xff\xff\xff\xff\x0f"), "10 it ends within a count"},
+        {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
+        {dataOf("QBAR\1\0\xff\xff\xff\xff\xff\xff\xff\xff\xff\1"s), "16 it ends within a count"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
         {archiveOf({"NSString"}, {"\0\6\1a"s}, one), "16 an object has no class"},
@@ -235,9 +216,9 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
         NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
         for (const unsigned depth : {257u, 1'000'000u}) {
-            ErrorExpectation error(900005);
-            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
-            EXPECT_EQ(error.values(), "objects lie inside each other deeper than 256");
+            expectError(900005, "objects lie inside each other deeper than 256", [&] {
+                EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
+            });
         }
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
@@ -245,9 +226,9 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
                        (i < 128 ? ""s : std::string(1, static_cast<char>(0x80 | i))) +
                        static_cast<char>(i < 128 ? i : i >> 7);
         ErrorExpectation error(900002);
-        EXPECT_EQ(
-            NSUnarchiver::unarchiveObjectWithData(bytes("QBAR\1\1\7NSArray\xad\2" + objects + "\1\0\2\2\0"s)),
-            nullptr);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(
+                      dataOf("QBAR\1\1\7NSArray\xad\2" + objects + "\1\0\2\2\0"s)),
+                  nullptr);
         EXPECT_NE(error.values().find("objects lie inside each other deeper than 256"), std::string::npos)
             << error.values();
     }));
@@ -256,11 +237,8 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
 TEST_F(NSArchiverTest, ContainersThatHoldThemselvesAreRefused) {
     const Ref<NSMutableArray> array = NSMutableArray::init();
     array->addObject(NSDictionary::dictionaryWith({{"array"_ns, array.get()}}));
-    {
-        ErrorExpectation error(900005);
-        EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr);
-        EXPECT_EQ(error.values(), "a container holds itself");
-    }
+    expectError(900005, "a container holds itself",
+                [&] { EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr); });
     array->removeAllObjects();
 }
 
@@ -314,25 +292,34 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
 TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     const Ref<NSMutableData> data = NSMutableData::initWithBytes("x", 1);
     const Ref<NSArchiver> writer = NSArchiver::initForWritingWithMutableData(data);
-    const signed char small = -128;
-    const std::uint64_t large = UINT64_MAX;
-    const long word = -5;
-    const float real = 0.1f;
-    const char *text = "text", *none = nullptr;
-    SEL selector = "encodeObject:forKey:"_sel, noSelector = nullptr;
-    Class *cls = NSArchiver::cls();
+    Ref<NSUnarchiver> reader;
+    const auto goesRound = [&](const char *type, auto value, const char *readType, auto expected) {
+        if (!reader) {
+            writer->encodeValueOfObjCType(type, &value);
+            return;
+        }
+        decltype(expected) read{};
+        reader->decodeValueOfObjCType(readType, &read);
+        EXPECT_EQ(read, expected) << type;
+    };
+    const SEL selector = "encodeObject:forKey:"_sel;
     const std::uint16_t row[] = {1, 65535, 3};
+    // Written first, then read in the same order.
+    const auto all = [&] {
+        goesRound("c", static_cast<signed char>(-128), "q", std::int64_t{-128}); // into a wider one
+        goesRound("Q", UINT64_MAX, "Q", UINT64_MAX);
+        goesRound("l", -5L, "l", -5L);
+        goesRound("f", 0.1f, "d", static_cast<double>(0.1f));
+        goesRound("*", static_cast<const char *>(nullptr), "*", static_cast<const char *>(nullptr));
+        goesRound(":", selector, ":", selector);
+        goesRound(":", SEL{}, ":", SEL{});
+        goesRound("#", NSArchiver::cls(), "#", NSArchiver::cls());
+    };
+    all();
+    const char *text = "text", *readText = nullptr;
     const int number = -7;
     const double fraction = 0.25;
-    writer->encodeValueOfObjCType("c", &small);
-    writer->encodeValueOfObjCType("Q", &large);
-    writer->encodeValueOfObjCType("l", &word);
-    writer->encodeValueOfObjCType("f", &real);
     writer->encodeValueOfObjCType("*", &text);
-    writer->encodeValueOfObjCType("*", &none);
-    writer->encodeValueOfObjCType(":", &selector);
-    writer->encodeValueOfObjCType(":", &noSelector);
-    writer->encodeValueOfObjCType("#", &cls);
     writer->encodeArrayOfObjCType("S", 3, row);
     writer->encodeBytes("a\0b", 3);
     writer->encodeValuesOfObjCTypes("iSd", &number, &row[1], &fraction);
@@ -342,57 +329,31 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     writer->encodeObject(nullptr);
     writer->encodeObject(QBNil::value());
     EXPECT_EQ(writer->archiverData(), data.get());
-    EXPECT_EQ(textOf(data).substr(0, 5), "xQBAR"); // behind what was there
+    EXPECT_EQ(bytesOf(data).substr(0, 5), "xQBAR"); // behind what was there
     EXPECT_THROW(writer->encodeObject(nullptr), InvalidUseOfMethodException);
 
-    NSData *archive = NSData::dataWithBytes(static_cast<const char *>(data->bytes()) + 1, data->length() - 1);
-    const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(archive);
-    std::int64_t wide = 0;
-    std::uint64_t readLarge = 0;
-    long readWord = 0;
-    double readReal = 0;
-    const char *readText = nullptr, *readNone = "";
-    SEL readSelector = nullptr, readNoSelector = selector;
-    Class *readClass = nullptr;
-    std::uint16_t readRow[3] = {};
+    reader = NSUnarchiver::initForReadingWithData(dataOf(bytesOf(data).substr(1)));
+    all();
+    std::uint16_t readRow[3] = {}, readShort = 0;
     std::uint32_t length = 0;
-    reader->decodeValueOfObjCType("q", &wide); // into a wider one
-    reader->decodeValueOfObjCType("Q", &readLarge);
-    reader->decodeValueOfObjCType("l", &readWord);
-    reader->decodeValueOfObjCType("d", &readReal);
-    reader->decodeValueOfObjCType("*", &readText);
-    reader->decodeValueOfObjCType("*", &readNone);
-    reader->decodeValueOfObjCType(":", &readSelector);
-    reader->decodeValueOfObjCType(":", &readNoSelector);
-    reader->decodeValueOfObjCType("#", &readClass);
-    reader->decodeArrayOfObjCType("S", 3, readRow);
-    const void *readBytes = reader->decodeBytesWithReturnedLength(&length);
-    EXPECT_EQ(wide, -128);
-    EXPECT_EQ(readLarge, UINT64_MAX);
-    EXPECT_EQ(readWord, -5);
-    EXPECT_EQ(readReal, static_cast<double>(0.1f));
-    EXPECT_STREQ(readText, "text");
-    EXPECT_EQ(readNone, nullptr);
-    EXPECT_EQ(readSelector, selector);
-    EXPECT_EQ(readNoSelector, nullptr);
-    EXPECT_EQ(readClass, NSArchiver::cls());
-    EXPECT_EQ(readRow[1], 65535);
-    EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
     int readNumber = 0;
-    std::uint16_t readShort = 0;
     double readFraction = 0;
+    reader->decodeValueOfObjCType("*", &readText);
+    EXPECT_STREQ(readText, "text");
+    reader->decodeArrayOfObjCType("S", 3, readRow);
+    EXPECT_TRUE(std::equal(std::begin(row), std::end(row), readRow));
+    const void *readBytes = reader->decodeBytesWithReturnedLength(&length);
+    EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
     reader->decodeValuesOfObjCTypes("iSd", &readNumber, &readShort, &readFraction);
-    EXPECT_EQ(readNumber, -7);
-    EXPECT_EQ(readShort, 65535);
-    EXPECT_EQ(readFraction, 0.25);
-    EXPECT_EQ(textOf(reader->decodeDataObject()), "d");
+    EXPECT_TRUE(readNumber == number && readShort == 65535 && readFraction == fraction);
+    EXPECT_EQ(bytesOf(reader->decodeDataObject()), "d");
     EXPECT_EQ(describe(reader->decodePropertyList()), "p");
     EXPECT_EQ(reader->decodeObject(), nullptr);
     EXPECT_FALSE(reader->isAtEnd());
     EXPECT_EQ(reader->decodeObject(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
-    EXPECT_THROW(reader->decodeValueOfObjCType("z", &wide), InvalidArgumentException);
-    EXPECT_THROW(reader->decodeValueOfObjCType("ii", &wide), InvalidArgumentException);
+    EXPECT_THROW(reader->decodeValueOfObjCType("z", &readNumber), InvalidArgumentException);
+    EXPECT_THROW(reader->decodeValueOfObjCType("ii", &readNumber), InvalidArgumentException);
 }
 
 TEST_F(NSArchiverTest, ValuesThatDoNotFitAreErrorsAndStayZero) {
@@ -465,9 +426,8 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
     EXPECT_THROW(NSArchiver::archivedDataWithRootObject(NSValue::valueWithPointer(nullptr)),
                  InvalidUseOfMethodException);
-    ErrorExpectation error(900005);
-    EXPECT_EQ(writer->archiverData(), nullptr);
-    EXPECT_EQ(error.values(), "an object could not write itself");
+    expectError(900005, "an object could not write itself",
+                [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
 }
 
 TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
@@ -475,14 +435,11 @@ TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
-    {
-        ErrorExpectation error(100039);
-        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr);
-    }
-    {
-        ErrorExpectation error(900005);
+    expectError(100039, directory / "none",
+                [&] { EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr); });
+    expectError(900005, "objects lie inside each other deeper than 256", [&] {
         EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
-    }
+    });
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
     const id data = send(NSKeyedArchiver::cls(), "archivedDataWithRootObject:"_sel, value);
     EXPECT_TRUE(send(NSKeyedUnarchiver::cls(), "unarchiveObjectWithData:"_sel, data)->isEqual(value));

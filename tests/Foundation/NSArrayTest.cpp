@@ -1,16 +1,7 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <algorithm>
 #include <random>
-#include <string>
-#include <vector>
 
 using NSArrayTest = PoolFixture;
 

@@ -1,8 +1,3 @@
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <array>

@@ -1,43 +1,26 @@
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Runtime/Send.h>
-
+#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 using NSDataTest = PoolFixture;
-
-namespace {
-
-NSMutableData *bytes(std::string_view text) {
-    return NSMutableData::dataWithBytes(text.data(), static_cast<std::uint32_t>(text.size()));
-}
-
-std::string text(NSData *data) {
-    return {static_cast<const char *>(data->bytes()), data->length()};
-}
-
-} // namespace
 
 TEST_F(NSDataTest, TakesMemoryOver) {
     void *const memory = ::strdup("text");
     NSData *const data = NSData::dataWithBytesNoCopy(memory, 4);
     EXPECT_EQ(data->bytes(), memory);
-    EXPECT_TRUE(data->isEqualToData(bytes("text")));
+    EXPECT_TRUE(data->isEqualToData(dataOf("text")));
     NSMutableData *const mutableData = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
     mutableData->appendBytes("s", 1);
-    EXPECT_TRUE(mutableData->isEqualToData(bytes("texts")));
+    EXPECT_TRUE(mutableData->isEqualToData(dataOf("texts")));
     EXPECT_EQ(send<NSData *>(NSData::cls(), "dataWithBytesNoCopy:length:"_sel, ::malloc(1), 0u)->bytes(),
               nullptr);
     EXPECT_THROW(NSData::initWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
 }
 
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
-    NSData *const data = bytes("abcdef");
+    NSData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     char buffer[8] = "-------";
     data->getBytes(buffer, 3);
     EXPECT_STREQ(buffer, "abc----");
@@ -45,7 +28,7 @@ TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     EXPECT_STREQ(buffer, "efc----");
     data->getBytes(buffer, 100);
     EXPECT_STREQ(buffer, "abcdef-");
-    EXPECT_EQ(text(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
+    EXPECT_EQ(bytesOf(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
     EXPECT_EQ(data->subdataWithRange(NSMakeRange(6, 0))->length(), 0u);
     EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
                   "NSMutableData getBytes:range: must have a range inside the 6 bytes.");
@@ -70,14 +53,14 @@ TEST_F(NSDataTest, EqualityHashAndDescriptionGoByBytes) {
 }
 
 TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
-    NSMutableData *const data = bytes("abc");
+    NSMutableData *const data = NSMutableData::dataWithData(dataOf("abc"));
     data->setLength(2);
     data->increaseLengthBy(2);
-    EXPECT_EQ(text(data), std::string("ab\0\0", 4));
+    EXPECT_EQ(bytesOf(data), std::string("ab\0\0", 4));
     static_cast<char *>(data->mutableBytes())[3] = 'd';
     data->setLength(4);
-    EXPECT_EQ(text(data), std::string("ab\0d", 4));
-    EXPECT_EQ(text(NSMutableData::dataWithLength(3)), std::string(3, '\0'));
+    EXPECT_EQ(bytesOf(data), std::string("ab\0d", 4));
+    EXPECT_EQ(bytesOf(NSMutableData::dataWithLength(3)), std::string(3, '\0'));
     EXPECT_EQ(NSMutableData::dataWithCapacity(100)->length(), 0u);
     EXPECT_THROW(data->setLength(UINT32_MAX), InvalidArgumentException);
     EXPECT_THROW(data->increaseLengthBy(UINT32_MAX), InvalidArgumentException);
@@ -85,21 +68,21 @@ TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
 }
 
 TEST_F(NSDataTest, BytesAreReplaced) {
-    NSMutableData *const data = bytes("abcdef");
+    NSMutableData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     data->replaceBytesInRange(NSMakeRange(1, 2), "XY");
-    EXPECT_EQ(text(data), "aXYdef");
+    EXPECT_EQ(bytesOf(data), "aXYdef");
     data->replaceBytesInRange(NSMakeRange(5, 3), "123");
-    EXPECT_EQ(text(data), "aXYde123");
+    EXPECT_EQ(bytesOf(data), "aXYde123");
     data->replaceBytesInRange(NSMakeRange(1, 4), "-", 1);
-    EXPECT_EQ(text(data), "a-123");
+    EXPECT_EQ(bytesOf(data), "a-123");
     data->replaceBytesInRange(NSMakeRange(2, 0), data->bytes(), data->length());
-    EXPECT_EQ(text(data), "a-a-123123");
+    EXPECT_EQ(bytesOf(data), "a-a-123123");
     data->resetBytesInRange(NSMakeRange(8, 4));
-    EXPECT_EQ(text(data), std::string("a-a-1231\0\0\0\0", 12));
+    EXPECT_EQ(bytesOf(data), std::string("a-a-1231\0\0\0\0", 12));
     data->appendData(data);
     EXPECT_EQ(data->length(), 24u);
-    data->setData(bytes("x"));
-    EXPECT_EQ(text(data), "x");
+    data->setData(dataOf("x"));
+    EXPECT_EQ(bytesOf(data), "x");
     EXPECT_REASON(
         data->replaceBytesInRange(NSMakeRange(2, 1), "y"),
         "NSMutableData replaceBytesInRange:withBytes:length: must have a range inside the 1 bytes.");
@@ -107,22 +90,22 @@ TEST_F(NSDataTest, BytesAreReplaced) {
     EXPECT_THROW(data->replaceBytesInRange(NSMakeRange(0, 1), nullptr, 1), InvalidArgumentException);
     EXPECT_THROW(data->appendBytes(nullptr, 1), InvalidArgumentException);
     EXPECT_THROW(data->resetBytesInRange(NSMakeRange(2, 1)), NSRangeException);
-    EXPECT_EQ(text(data), "x");
+    EXPECT_EQ(bytesOf(data), "x");
 }
 
 TEST_F(NSDataTest, SelectorsMakeDataOfTheClassAsked) {
-    id made = send<id>(NSMutableData::cls(), "dataWithData:"_sel, bytes("ab"));
+    id made = send<id>(NSMutableData::cls(), "dataWithData:"_sel, dataOf("ab"));
     ASSERT_TRUE(made->isMemberOfClass(NSMutableData::cls()));
     send<void>(made, "increaseLengthBy:"_sel, 1u);
     EXPECT_EQ(send<std::uint32_t>(made, "length"_sel), 3u);
-    EXPECT_EQ(text(send<NSData *>(made, "subdataWithRange:"_sel, NSMakeRange(1, 1))), "b");
+    EXPECT_EQ(bytesOf(send<NSData *>(made, "subdataWithRange:"_sel, NSMakeRange(1, 1))), "b");
 }
 
 TEST_F(NSDataTest, BytesAreFoundInBothDirections) {
     const NSRange nowhere = {NSNotFound, 0};
-    NSData *const data = bytes("abcabc");
+    NSData *const data = dataOf("abcabc");
     const auto find = [&](const char *wanted, std::uint32_t options, NSRange range) {
-        return data->rangeOfData(wanted ? bytes(wanted) : nullptr, options, range);
+        return data->rangeOfData(wanted ? dataOf(wanted) : nullptr, options, range);
     };
     EXPECT_EQ(find("bc", 0, {0, 6}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", 0, {2, 4}), NSMakeRange(4, 2));
@@ -142,7 +125,7 @@ TEST_F(NSDataTest, BytesAreTakenOver) {
     std::memcpy(memory, "abc", 3);
     const Ref<NSData> data = NSData::initWithBytesNoCopy(memory, 3);
     EXPECT_EQ(data->bytes(), memory);
-    EXPECT_EQ(text(data), "abc");
+    EXPECT_EQ(bytesOf(data), "abc");
     EXPECT_EQ(NSData::dataWithBytesNoCopy(nullptr, 0)->length(), 0u);
     EXPECT_THROW(NSData::dataWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
     char kept[1]; // what is refused stays the caller's

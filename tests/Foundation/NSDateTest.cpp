@@ -1,9 +1,3 @@
-#include <QBFoundation/Foundation/NSDate.h>
-
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "System/Clock.h"
 #include "support/PoolFixture.h"
 

@@ -1,10 +1,3 @@
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 using NSDictionaryTest = PoolFixture;

@@ -1,26 +1,17 @@
-#include <QBFoundation/Foundation/NSFileManager.h>
-
-#include <QBFoundation/Foundation/NSDate.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-
-#include "System/Faults.h"
+#include "support/Bytes.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <set>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace std::string_literals;
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 class NSFileManagerTest : public PoolFixture {
 protected:
@@ -38,10 +29,6 @@ protected:
     NSFileManager *manager_ = NSFileManager::defaultManager();
 };
 
-NSData *bytes(std::string_view text) {
-    return NSData::dataWith(std::as_bytes(std::span(text)));
-}
-
 std::set<std::string> setOf(NSArray *array) {
     std::set<std::string> names;
     for (id name : *array)
@@ -56,7 +43,7 @@ unsigned modeOf(NSDictionary *attributes) {
 } // namespace
 
 TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
-    NSData *content = bytes("a\0b"s);
+    NSData *content = dataOf("a\0b"s);
     NSDictionary *attributes = NSDictionary::dictionaryWith(
         {{NSFilePosixPermissions, NSNumber::numberWithInt(0600)},
          {NSFileModificationDate, NSDate::dateWithTimeIntervalSince1970(1000.5)}});
@@ -143,7 +130,7 @@ TEST_F(NSFileManagerTest, FailuresAreAnsweredAndRaiseNothing) {
     makeTree();
     {
         const Fault full(Call::write, 0, 1, ENOSPC);
-        EXPECT_FALSE(manager_->createFileAtPath(path("new"), bytes("abc"), nullptr));
+        EXPECT_FALSE(manager_->createFileAtPath(path("new"), dataOf("abc"), nullptr));
         EXPECT_EQ(errno, ENOSPC);
         EXPECT_FALSE(directory_.has("new"));
     }

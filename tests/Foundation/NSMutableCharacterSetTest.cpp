@@ -1,7 +1,3 @@
-#include <QBFoundation/Foundation/NSCharacterSet.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-
 #include "support/PoolFixture.h"
 
 using NSMutableCharacterSetTest = PoolFixture;

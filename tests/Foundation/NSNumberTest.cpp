@@ -1,14 +1,7 @@
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <cmath>
-#include <cstdint>
 #include <limits>
-#include <vector>
 
 using NSNumberTest = PoolFixture;
 
@@ -29,6 +22,7 @@ TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
         {NSNumber::numberWithUnsignedChar(200), "200", "i"},
         {NSNumber::numberWithShort(-30000), "-30000", "i"},
         {NSNumber::numberWithUnsignedShort(65535), "65535", "i"},
+        {NSNumber::numberWithInt(0), "0", "i"},
         {NSNumber::numberWithInt(INT32_MIN), "-2147483648", "i"},
         {NSNumber::numberWithUnsignedInt(UINT32_MAX), "4294967295", "I"},
         {NSNumber::numberWithLong(INT64_MIN), "-9223372036854775808", "q"},
@@ -46,7 +40,9 @@ TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
     for (const Row &row : rows) {
         EXPECT_EQ(row.number->stringValue()->view(), row.text);
         EXPECT_STREQ(row.number->objCType(), row.type) << row.text;
-        EXPECT_TRUE(row.number->containsData());
+        EXPECT_EQ(send<NSString *>(row.number, "descriptionWithLocale:"_sel, nullptr)->view(), row.text);
+        EXPECT_EQ(send<NSNumber *>(row.number, "asNumber"_sel), row.number);
+        EXPECT_TRUE(send<BOOL>(row.number, "containsData"_sel));
     }
 }
 

@@ -1,14 +1,6 @@
-#include <QBFoundation/Foundation/NSObject.h>
-
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Class.h>
-
 #include "support/PoolFixture.h"
 
 #include <set>
-#include <string>
 
 using NSObjectTest = PoolFixture;
 

@@ -1,14 +1,10 @@
-#include <QBFoundation/Foundation/NSProcessInfo.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <string>
 #include <unistd.h>
 
 using NSProcessInfoTest = PoolFixture;
@@ -42,8 +38,8 @@ TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
     ASSERT_EQ(gethostname(name, sizeof name), 0);
     EXPECT_EQ(info->hostName()->view(), name);
     EXPECT_GT(info->operatingSystemVersionString()->length(), 0u);
-    qb::sys::Fault noName(qb::sys::Call::gethostname, 0, 0, ENAMETOOLONG);
-    qb::sys::Fault noFile(qb::sys::Call::read, 0, 0, EIO);
+    Fault noName(Call::gethostname, 0, 0, ENAMETOOLONG);
+    Fault noFile(Call::read, 0, 0, EIO);
     EXPECT_EQ(info->hostName()->view(), "localhost");
     EXPECT_EQ(info->operatingSystemVersionString()->view(), "");
     EXPECT_EQ(info->operatingSystemName()->view(), "Linux");

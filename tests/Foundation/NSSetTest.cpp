@@ -1,8 +1,3 @@
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 using NSSetTest = PoolFixture;

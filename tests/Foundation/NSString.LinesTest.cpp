@@ -1,10 +1,5 @@
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSString.h>
-
+#include "support/Bytes.h"
 #include "support/PoolFixture.h"
-
-#include <string>
 
 using namespace std::string_literals;
 using NSStringLinesTest = PoolFixture;
@@ -59,9 +54,6 @@ TEST_F(NSStringLinesTest, TextsArePaddedAndCut) {
 }
 
 TEST_F(NSStringLinesTest, EncodingsGoBothWays) {
-    const auto bytesOf = [](NSData *data) {
-        return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "nil"s;
-    };
     const auto textOf = [](const std::string &bytes, std::uint32_t encoding) {
         const Ref<NSString> text =
             NSString::initWithData(NSData::dataWith(std::as_bytes(std::span(bytes))), encoding);

@@ -1,8 +1,3 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
-
 #include "System/Process.h"
 #include "support/PoolFixture.h"
 

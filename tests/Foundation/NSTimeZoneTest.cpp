@@ -1,12 +1,7 @@
-#include <QBFoundation/Foundation/NSTimeZone.h>
-
-#include <QBFoundation/Foundation/NSDate.h>
-
 #include "Calendar/TimeZoneSetting.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>
-#include <string>
 
 using NSTimeZoneTest = PoolFixture;
 

@@ -1,9 +1,3 @@
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Foundation/NSValue.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 using NSValueTest = PoolFixture;

@@ -1,15 +1,6 @@
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -62,72 +53,32 @@ TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
     directory_.write("list", "// a list\n  (a)");
     directory_.write("map", "{}");
     directory_.write("empty", "");
-    directory_.makeDirectory("directory");
-    struct Row {
+    const struct {
         std::string name;
         bool isDictionary;
-        int number;
         std::string values;
+    } rows[] = {
+        {"broken", true, " 3 5 '='"},    {"broken", false, " 3 5 '='"},   {"list", true, " 2 3 a dictionary"},
+        {"map", false, " 1 1 an array"}, {"empty", true, " 1 1 a value"},
     };
-    const Row rows[] = {
-        {"broken", true, 900004, " 3 5 '='"},
-        {"broken", false, 900004, " 3 5 '='"},
-        {"list", true, 900004, " 2 3 a dictionary"},
-        {"map", false, 900004, " 1 1 an array"},
-        {"empty", true, 900004, " 1 1 a value"},
-        {"missing", true, 100039, ""},
-        {"missing/x", false, 100039, ""},
-        {"map/x", false, 100023, " Not a directory"},
-        {"directory", true, 100023, " Is a directory"},
-        {std::string("m\0p", 3), true, 100023, " Invalid argument"},
-    };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         NSString *const path = directory_.string(row.name);
-        ErrorExpectation error(row.number);
-        EXPECT_EQ(row.isDictionary ? static_cast<id>(NSDictionary::dictionaryWithContentsOfFile(path))
-                                   : NSMutableArray::arrayWithContentsOfFile(path),
-                  nullptr);
-        EXPECT_EQ(error.values(), std::string(path->view()) + row.values);
-    }
-    using qb::sys::Call;
-    for (const auto &[call, cause] : {std::pair(Call::open, EACCES), std::pair(Call::read, EIO)}) {
-        qb::sys::Fault fault(call, /*skip=*/0, /*times=*/1, cause);
-        ErrorExpectation error(100023);
-        EXPECT_EQ(NSArray::arrayWithContentsOfFile(directory_.string("list")), nullptr);
-        EXPECT_EQ(error.values(), directory_ / "list" + (" " + std::string(std::strerror(cause))));
+        expectError(900004, describe(path) + row.values, [&] {
+            EXPECT_EQ(row.isDictionary ? static_cast<id>(NSDictionary::dictionaryWithContentsOfFile(path))
+                                       : NSMutableArray::arrayWithContentsOfFile(path),
+                      nullptr);
+        });
     }
 }
 
-TEST_F(PropertyListFileTest, FailedWriteTellsAndLeavesTheOldFile) {
+TEST_F(PropertyListFileTest, TooDeepListIsNotWritten) {
     directory_.write("file", "old");
-    NSString *const path = directory_.string("file");
-    {
-        qb::sys::Fault fault(qb::sys::Call::fwrite, /*skip=*/0, /*times=*/1, ENOSPC);
-        ErrorExpectation error(100024);
-        EXPECT_FALSE(NSArray::arrayWithObject("x"_ns)->writeToFile(path, /*atomically=*/YES));
-    }
     Ref<NSArray> deep = NSArray::init();
     for (int i = 0; i < 512; ++i)
         deep = NSArray::initWith({deep.get()});
-    {
-        ErrorExpectation error(900003);
-        EXPECT_FALSE(deep->writeToFile(path, /*atomically=*/NO));
-    }
+    expectError(900003, "512",
+                [&] { EXPECT_FALSE(deep->writeToFile(directory_.string("file"), /*atomically=*/NO)); });
     EXPECT_EQ(directory_.read("file"), "old");
-    EXPECT_EQ(directory_.names(), std::vector<std::string>{"file"});
-
-    ERRORHANDLER->raiseErrorInFile("test", 1, 990001); // which is none of this operation's
-    EXPECT_TRUE(NSDictionary::dictionary()->writeToFile(path, /*atomically=*/YES));
-    EXPECT_EQ(directory_.read("file"), "{\n}");
-    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(990001)");
-    ERRORHANDLER->clearErrorStack();
-}
-
-TEST_F(PropertyListFileTest, NilPathThrows) {
-    EXPECT_REASON(NSDictionary::dictionaryWithContentsOfFile(nullptr),
-                  "NSDictionary initWithContentsOfFile: must have a path that is not nil.");
-    EXPECT_REASON(NSArray::array()->writeToFile(nullptr, NO),
-                  "NSArray writeToFile:atomically: must have a path that is not nil.");
 }
 
 TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
@@ -144,8 +95,8 @@ TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
          {std::pair("a = 1;\nb", "2 2 '='"), std::pair("a = 1", "1 6 ';' or '}'"),
           std::pair("a = 1; }", "1 8 a key or '}'"),
           std::pair("a; b; a;", "1 7 a key that does not stand in the dictionary already")}) {
-        ErrorExpectation error(900001);
-        EXPECT_EQ(NSString::stringWith(text)->propertyListFromStringsFileFormat(), nullptr);
-        EXPECT_EQ(error.values(), values);
+        expectError(900001, values, [&] {
+            EXPECT_EQ(NSString::stringWith(text)->propertyListFromStringsFileFormat(), nullptr);
+        });
     }
 }

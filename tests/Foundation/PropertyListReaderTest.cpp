@@ -1,10 +1,5 @@
 #include "Foundation/PropertyListReader.h"
 
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 using PropertyListReaderTest = PoolFixture;
@@ -100,9 +95,7 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"(<0f", "1 5 hexadecimal digits in pairs and '>'"},
     };
     for (const auto &[text, expected] : rows) {
-        ErrorExpectation error(900001);
-        EXPECT_EQ(read(text), "nil") << text;
-        EXPECT_EQ(error.values(), expected) << text;
+        expectError(900001, expected, [&] { EXPECT_EQ(read(text), "nil") << text; });
     }
 }
 
@@ -150,7 +143,5 @@ TEST_F(PropertyListReaderTest, DataReadsItsBytesAndTheSelectorReachesBoth) {
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\"\xC3\xA9\")", 8)->propertyList()), "(a, \xC3\xA9)");
     EXPECT_EQ(describe(send<id>("(a)"_ns, "propertyList"_sel)), "(a)");
     EXPECT_EQ(describe(send<id>(NSData::dataWithBytes("(a)", 3), "propertyList"_sel)), "(a)");
-    ErrorExpectation error(900001);
-    EXPECT_EQ(NSData::data()->propertyList(), nullptr);
-    EXPECT_EQ(error.values(), "1 1 a value");
+    expectError(900001, "1 1 a value", [&] { EXPECT_EQ(NSData::data()->propertyList(), nullptr); });
 }

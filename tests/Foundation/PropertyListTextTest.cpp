@@ -1,12 +1,5 @@
 #include "Foundation/PropertyListText.h"
 
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/QBNil.h>
-
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 

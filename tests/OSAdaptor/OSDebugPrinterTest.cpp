@@ -1,13 +1,4 @@
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/OSAdaptor/OSUserIO.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -295,10 +286,9 @@ TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
     EXPECT_EQ(output.text(), std::string("allocating 12 bytes in src/A:34 - return ") + address +
                                  "\nfreeing memory at " + address + " in src/A:35\n");
 
-    ErrorExpectation error(100156);
-    qb::sys::Fault fault(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr);
-    EXPECT_EQ(error.place(), "src/OSAdaptor/OSFilePath:97");
+    Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    expectError(
+        100156, "", [&] { EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr); }, "src/OSAdaptor/OSFilePath:97");
     EXPECT_EQ(output.end(), "allocating 1 bytes in b:2 - return 0x00000000\n");
 }
 

@@ -1,16 +1,10 @@
-#include <QBFoundation/OSAdaptor/OSDynamicLoader.h>
-
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
 #include <dlfcn.h>
 
 using OSDynamicLoaderTest = ServicesFixture;
-using qb::sys::Call;
-using qb::sys::Fault;
 
 namespace {
 

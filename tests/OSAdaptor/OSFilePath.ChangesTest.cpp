@@ -1,8 +1,4 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -12,16 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using qb::sys::Call;
-using qb::sys::Fault;
-
 class OSFilePathChangesTest : public PoolFixture {
 protected:
-    void expectError(int number, const std::string &values, auto operation) {
-        ErrorExpectation error(number);
-        operation();
-        EXPECT_EQ(error.values(), values);
-    }
     struct stat status(std::string_view name) const {
         struct stat status {};
         EXPECT_EQ(::stat((directory_ / name).c_str(), &status), 0) << name;
@@ -179,7 +167,7 @@ TEST_F(OSFilePathChangesTest, RemovalFailuresStopItAndEarlierErrorsStayInFront) 
         const Fault fault(row.call, /*skip=*/0, /*times=*/1, EIO);
         const std::size_t raised = recordingErrorHandler()->raised.size();
         OSFilePath::removePath(directory_.string("tree"));
-        ASSERT_EQ(recordingErrorHandler()->raised.size(), raised + 1) << qb::sys::nameOfCall(row.call);
+        ASSERT_EQ(recordingErrorHandler()->raised.size(), raised + 1) << sys::nameOfCall(row.call);
         EXPECT_EQ(recordingErrorHandler()->raised.back().number, row.number);
         EXPECT_EQ(recordingErrorHandler()->raised.back().values,
                   directory_ / row.path + " Input/output error");

@@ -1,15 +1,8 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
 #include <sys/stat.h>
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 class OSFilePathComparisonTest : public PoolFixture {
 protected:
@@ -41,7 +34,7 @@ TEST_F(OSFilePathComparisonTest, OnlyFilesOfTheSameBytesAreAlike) {
     }
     EXPECT_TRUE(differ("missing", "missing"));
     EXPECT_TRUE(differ("directory", "directory"));
-    const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, qb::sys::ShortTransfer{1000});
+    const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, sys::ShortTransfer{1000});
     EXPECT_FALSE(differ("long", "long too"));
     EXPECT_TRUE(differ("long", "tail"));
 }
@@ -58,10 +51,9 @@ TEST_F(OSFilePathComparisonTest, FailuresAreRaisedAndAnsweredWithNo) {
                 {Call::open, 0, 100023, "one"}, {Call::open, 1, 100023, "two"},
                 {Call::read, 0, 100023, "one"}, {Call::read, 1, 100023, "two"}};
     for (const auto &row : rows) {
-        ErrorExpectation error(row.number);
         const Fault fault(row.call, row.skip, /*times=*/1, EACCES);
-        EXPECT_FALSE(differ("one", "two"));
-        EXPECT_EQ(error.values(), directory_ / row.path + " Permission denied");
+        expectError(row.number, directory_ / row.path + " Permission denied",
+                    [&] { EXPECT_FALSE(differ("one", "two")); });
     }
     ErrorExpectation error(100156);
     NSString *const one = directory_.string("one"), *const two = directory_.string("two");

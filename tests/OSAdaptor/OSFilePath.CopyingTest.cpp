@@ -1,9 +1,5 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
 #include "Text/RandomText.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
@@ -13,19 +9,11 @@
 #include <unistd.h>
 
 namespace fs = std::filesystem;
-using qb::sys::Call;
-using qb::sys::CallCounter;
-using qb::sys::Fault;
 
 class OSFilePathCopyingTest : public PoolFixture {
 protected:
     void copy(std::string_view source, std::string_view target, BOOL renameSource = NO) {
         OSFilePath::copyPath(directory_.string(source), directory_.string(target), renameSource);
-    }
-    void expectError(int number, const std::string &values, auto operation) {
-        ErrorExpectation error(number);
-        operation();
-        EXPECT_EQ(error.values(), values);
     }
     std::string linkText(std::string_view name) const { return fs::read_symlink(directory_ / name); }
     mode_t mode(std::string_view name) const {
@@ -171,7 +159,7 @@ TEST_F(OSFilePathCopyingTest, EachFailedCallHasItsErrorAndPath) {
         fs::remove_all(directory_ / "copy");
         const Fault fault(row.call, row.skip, /*times=*/1, EIO);
         expectError(row.number, row.path + " Input/output error", [&] { copy(row.source, "copy"); });
-        EXPECT_EQ(fault.hits(), 1u) << qb::sys::nameOfCall(row.call);
+        EXPECT_EQ(fault.hits(), 1u) << sys::nameOfCall(row.call);
     }
     expectError(100039, "missing", [&] { _copyFile("missing", "x", nullptr); });
     expectError(100194, "<null> Bad address", [&] { _copyPath(nullptr, "x", NO); });
@@ -186,7 +174,7 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
     const Fault noKernelCopy(Call::copy_file_range, /*skip=*/0, /*times=*/0, EXDEV);
     {
         const Fault interruptions(Call::read, /*skip=*/0, /*times=*/4, EINTR);
-        const Fault pieces(Call::write, /*skip=*/0, /*times=*/0, qb::sys::ShortTransfer{70000});
+        const Fault pieces(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{70000});
         copy("file", "copy");
         EXPECT_EQ(directory_.read("copy/file"), bytes);
     }

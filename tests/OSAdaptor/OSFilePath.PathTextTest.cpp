@@ -1,9 +1,5 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
 #include "Text/RandomText.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <cstdlib>
@@ -142,10 +138,9 @@ TEST_F(OSFilePathTextTest, WithoutMemoryTheCFunctionsRaiseAtTheAllocation) {
     for (char *(*function)(const char *) :
          {+[](const char *path) { return _dirname(path); },
           +[](const char *path) { return _pathRelativeToDir(path, "/"); }}) {
-        ErrorExpectation error(100156);
-        const qb::sys::Fault fault(qb::sys::Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        EXPECT_EQ(function("/a/b"), nullptr);
-        EXPECT_EQ(error.place(), "src/OSAdaptor/OSFilePath:97");
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        expectError(
+            100156, "", [&] { EXPECT_EQ(function("/a/b"), nullptr); }, "src/OSAdaptor/OSFilePath:97");
     }
 }
 

@@ -1,10 +1,4 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -13,9 +7,6 @@
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 class OSFilePathQueriesTest : public PoolFixture {
 protected:
@@ -119,9 +110,7 @@ TEST_F(OSFilePathQueriesTest, OtherStatFailuresAreRaisedWhereThatIsAllowed) {
         {nullptr, "<null> Bad address"},
     };
     for (const auto &[path, values] : rows) {
-        ErrorExpectation error(100194);
-        OSFilePath::fileInfo(&info, path);
-        EXPECT_EQ(error.values(), values);
+        expectError(100194, values, [&] { OSFilePath::fileInfo(&info, path); });
     }
     ErrorExpectation error(100194);
     EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("file/x")));
@@ -139,9 +128,7 @@ TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
     EXPECT_EQ(OSFilePath::symlinkTarget(""_ns), nullptr);
     EXPECT_EQ(OSFilePath::symlinkTarget(nullptr), nullptr);
     const auto expect = [](int number, NSString *path, const std::string &values) {
-        ErrorExpectation error(number);
-        EXPECT_EQ(OSFilePath::symlinkTarget(path), nullptr);
-        EXPECT_EQ(error.values(), values);
+        expectError(number, values, [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path), nullptr); });
     };
     expect(100222, directory_.string("file"), directory_ / "file");
     expect(100194, directory_.string("missing"), directory_ / "missing No such file or directory");
@@ -156,16 +143,13 @@ TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
     EXPECT_EQ(describe(OSFilePath::getcwd()), directory_.path());
     OSFilePath::chdir(before);
     const auto expect = [](NSString *path, const std::string &values) {
-        ErrorExpectation error(100196);
-        OSFilePath::chdir(path);
-        EXPECT_EQ(error.values(), values);
+        expectError(100196, values, [&] { OSFilePath::chdir(path); });
     };
     expect(directory_.string("missing"), "chdir(" + directory_ / "missing" + ") No such file or directory");
     expect(nulPath(), "chdir(a) Invalid argument");
-    ErrorExpectation error(100196);
     const Fault fault(Call::getcwd, /*skip=*/0, /*times=*/1, ERANGE);
-    EXPECT_EQ(OSFilePath::getcwd(), nullptr);
-    EXPECT_EQ(error.values(), "getcwd() Numerical result out of range");
+    expectError(100196, "getcwd() Numerical result out of range",
+                [&] { EXPECT_EQ(OSFilePath::getcwd(), nullptr); });
 }
 
 TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
@@ -184,12 +168,9 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
     EXPECT_EQ(matches(OSFilePath::glob(directory_.string("*1"), ""_ns)), (Names{"/a1", "/b1"}));
     EXPECT_EQ(OSFilePath::glob(directory_.string("z*"))->count(), 0u);
     for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {
-        ErrorExpectation error(number);
         const Fault fault(Call::glob, /*skip=*/0, /*times=*/1, system);
-        EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr);
-        EXPECT_EQ(error.values(), system == ENOMEM ? "" : "* Permission denied");
+        expectError(number, system == ENOMEM ? "" : "* Permission denied",
+                    [&] { EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr); });
     }
-    ErrorExpectation error(100240);
-    EXPECT_EQ(OSFilePath::glob(nulPath()), nullptr);
-    EXPECT_EQ(error.values(), "a Invalid argument");
+    expectError(100240, "a Invalid argument", [&] { EXPECT_EQ(OSFilePath::glob(nulPath()), nullptr); });
 }

@@ -1,9 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -15,8 +9,7 @@ class OSFilePathTraceTest : public ServicesFixture {
 protected:
     // Returns what the operation traces, with "#" for lines, "DIR" for the directory and "N" for descriptors.
     std::string traced(int level, auto operation) {
-        QBFoundationInitializer::initializeDebugAndProfileChannels();
-        OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("fileio"_ns));
+        activateChannel("fileio");
         debug = level;
         CapturedOutput output;
         operation();

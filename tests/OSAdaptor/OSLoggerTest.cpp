@@ -1,10 +1,4 @@
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Runtime/MethodTable.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -254,11 +248,11 @@ TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
     OSLogger::disableDuplicateLogToStderr();
     OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
     {
-        qb::sys::Fault fault(qb::sys::Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
+        Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
         logger->logWithLevelMessage(0, "lost"_ns);
         EXPECT_EQ(fault.hits(), 1u);
     }
-    const qb::sys::Fault storm(qb::sys::Call::write, /*skip=*/0, /*times=*/5, EINTR);
+    const Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
     logger->logWithLevelMessage(0, "kept"_ns);
     EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] kept\n");
 }

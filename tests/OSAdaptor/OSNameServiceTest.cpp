@@ -1,26 +1,13 @@
-#include <QBFoundation/OSAdaptor/OSNameService.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <netdb.h>
 
-namespace {
+using OSNameServiceTest = PoolFixture;
 
-using qb::sys::Call;
-using qb::sys::Fault;
-
-class OSNameServiceTest : public PoolFixture {
-protected:
-    static void expectUnknown(int number, NSString *value, auto act) {
-        ErrorExpectation error(number);
-        EXPECT_TRUE(act());
-        EXPECT_EQ(error.values(), describe(value));
-    }
-};
-
-} // namespace
+static void expectUnknown(int number, NSString *value, auto act) {
+    expectError(number, describe(value), [&] { EXPECT_TRUE(act()); });
+}
 
 TEST_F(OSNameServiceTest, HostsAreFoundByNameAndByAddress) {
     EXPECT_EQ(describe(OSNameService::addressForHost("localhost"_ns)), "127.0.0.1");

@@ -1,9 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSObject.h>
-
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/Runtime/MethodTable.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/PoolFixture.h"
 
 #include <cerrno>

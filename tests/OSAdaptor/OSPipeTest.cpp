@@ -1,18 +1,8 @@
-#include <QBFoundation/OSAdaptor/OSPipe.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
-#include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
-
-namespace sys = qb::sys;
 
 using OSPipeTest = PoolFixture;
 
@@ -42,7 +32,7 @@ TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
         EXPECT_EQ(errno, EBADF);
     }
     EXPECT_FALSE(isOpen(ends[1]));
-    const sys::Fault none(sys::Call::pipe, 0, 1, EMFILE);
+    const Fault none(Call::pipe, 0, 1, EMFILE);
     EXPECT_EQ(OSPipe::pipe(), nullptr);
     EXPECT_EQ(errno, EMFILE);
 }
@@ -51,7 +41,7 @@ TEST_F(OSPipeTest, EndThatFailsToCloseCountsAsOpenAndIsNotClosedAgain) {
     OSPipe *const pipe = OSPipe::pipe();
     const int end = pipe->writeHandle();
     {
-        const sys::Fault fault(sys::Call::close, 0, 1, EIO);
+        const Fault fault(Call::close, 0, 1, EIO);
         EXPECT_EQ(pipe->closeWriteHandle(), -1);
         EXPECT_EQ(errno, EIO);
     }
@@ -71,14 +61,14 @@ TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
     };
     const auto read = [&] { return send<std::int32_t>(pipe, "read:length:"_sel, text, 8u); };
     {
-        const sys::Fault shortly(sys::Call::write, 0, 1, sys::ShortTransfer{4});
+        const Fault shortly(Call::write, 0, 1, sys::ShortTransfer{4});
         EXPECT_EQ(write(), 4);
     }
     EXPECT_EQ(read(), 4);
     EXPECT_STREQ(text, "abcd");
-    for (const sys::Call call : {sys::Call::write, sys::Call::read}) {
-        const sys::Fault signal(call, 0, 1, EINTR);
-        EXPECT_EQ(call == sys::Call::write ? write() : read(), -1);
+    for (const Call call : {Call::write, Call::read}) {
+        const Fault signal(call, 0, 1, EINTR);
+        EXPECT_EQ(call == Call::write ? write() : read(), -1);
         EXPECT_EQ(errno, EINTR);
     }
     EXPECT_EQ(send<std::int32_t>(pipe, "closeWriteHandle"_sel), 0);

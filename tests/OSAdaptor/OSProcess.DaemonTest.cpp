@@ -1,22 +1,13 @@
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
 #include "OSAdaptor/ProcessOutput.h"
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessDaemonTest = ServicesFixture;
 

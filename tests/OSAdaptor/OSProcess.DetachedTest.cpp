@@ -1,22 +1,12 @@
-#include <QBFoundation/OSAdaptor/OSPipeInputStream.h>
-#include <QBFoundation/OSAdaptor/OSPipeOutputStream.h>
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "OSAdaptor/ProcessOutput.h"
-#include "System/Faults.h"
 #include "System/Process.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <regex>
 #include <sys/wait.h>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessDetachedTest = ServicesFixture;
 

@@ -1,18 +1,9 @@
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-
-#include "System/Faults.h"
 #include "System/Process.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
-#include <cerrno>
 #include <regex>
 #include <sys/wait.h>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessExternalCommandTest = ServicesFixture;
 
@@ -66,16 +57,14 @@ TEST_F(OSProcessExternalCommandTest, EarlierErrorsDoNotCountAndStay) {
     run("exit 0");
     EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(990001)");
     run("exit 1");
-    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(990001, 100227)");
-    ERRORHANDLER->clearErrorStack();
+    EXPECT_EQ(takenErrors(), "(990001, 100227)");
 }
 
 TEST_F(OSProcessExternalCommandTest, WithoutPipeOrProcessItIsNotStarted) {
     for (const Call call : {Call::pipe, sys::canShareMemory() ? Call::startSharingMemory : Call::fork}) {
         const Fault fault(call, 0, 1, EMFILE);
-        const ErrorExpectation error(100164);
-        OSProcess::runExternalCmd(nullptr, nullptr, nullptr);
-        EXPECT_EQ(error.values(), "<nil> Too many open files");
+        expectError(100164, "<nil> Too many open files",
+                    [&] { OSProcess::runExternalCmd(nullptr, nullptr, nullptr); });
     }
     const Fault fault(Call::waitpid, 0, 1, ECHILD);
     const ErrorExpectation error(100234);
@@ -85,8 +74,7 @@ TEST_F(OSProcessExternalCommandTest, WithoutPipeOrProcessItIsNotStarted) {
 }
 
 TEST_F(OSProcessExternalCommandTest, CommandIsTracedFromLevel3) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     for (debug = 2; debug <= 3; ++debug) {
         CapturedOutput output;
         run("exit 0");

@@ -1,19 +1,10 @@
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <initializer_list>
 #include <unistd.h>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessSignalsTest = ServicesFixture;
 

@@ -1,25 +1,14 @@
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "OSAdaptor/ProcessOutput.h"
-#include "System/Faults.h"
 #include "System/Process.h"
 #include "support/Allocations.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <set>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessStartingTest = ServicesFixture;
 
@@ -167,9 +156,8 @@ TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
 TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
     const auto expect = [](Call call, NSString *command, const std::string &shown) {
         const Fault fault(call, 0, 1, EAGAIN);
-        const ErrorExpectation error(100164);
-        EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr);
-        EXPECT_EQ(error.values(), shown + " Resource temporarily unavailable");
+        expectError(100164, shown + " Resource temporarily unavailable",
+                    [&] { EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr); });
     };
     if (sys::canShareMemory()) {
         expect(Call::startSharingMemory, "true"_ns, "true");

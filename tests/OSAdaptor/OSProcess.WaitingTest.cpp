@@ -1,20 +1,9 @@
-#include <QBFoundation/OSAdaptor/OSProcess.h>
-
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
-#include <cerrno>
 #include <csignal>
 #include <regex>
 #include <sys/wait.h>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 using OSProcessWaitingTest = ServicesFixture;
 
@@ -52,15 +41,11 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
     OSProcess *const process = start("exit 0");
     const std::string pid = std::to_string(process->pid());
     EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
-    const sys::CallCounter counter;
-    const auto expect = [&](int number, const std::string &text, auto operation) {
-        const ErrorExpectation error(number);
-        operation();
-        EXPECT_EQ(error.values(), pid + " " + text);
-    };
-    expect(100234, "No child processes", [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
-    expect(100232, "No such process", [&] { process->sendTermSignal(); });
-    expect(100233, "No such process", [&] { process->sendKillSignal(); });
+    const CallCounter counter;
+    expectError(100234, pid + " No child processes",
+                [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
+    expectError(100232, pid + " No such process", [&] { process->sendTermSignal(); });
+    expectError(100233, pid + " No such process", [&] { process->sendKillSignal(); });
     EXPECT_FALSE(process->isRunning());
     EXPECT_EQ(counter.calls(Call::kill) + counter.calls(Call::waitpid), 0u);
 }
@@ -70,14 +55,8 @@ TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
     const std::string pid = std::to_string(process->pid());
     {
         const Fault fault(Call::kill, 0, 2, EPERM);
-        {
-            const ErrorExpectation error(100232);
-            process->sendTermSignal();
-            EXPECT_EQ(error.values(), pid + " Operation not permitted");
-        }
-        const ErrorExpectation error(100233);
-        process->sendKillSignal();
-        EXPECT_EQ(error.values(), pid + " Operation not permitted");
+        expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
+        expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
     }
     {
         const Fault fault(Call::kill, 0, 1, ESRCH);
@@ -85,9 +64,8 @@ TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
     }
     {
         const Fault fault(Call::waitpid, 0, 1, EINVAL);
-        const ErrorExpectation error(100234);
-        EXPECT_EQ(process->waitForProcessDoHang(YES), -1);
-        EXPECT_EQ(error.values(), pid + " Invalid argument");
+        expectError(100234, pid + " Invalid argument",
+                    [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
     }
     process->sendKillSignal();
     const Fault storm(Call::waitpid, 0, 3, EINTR);
@@ -120,7 +98,7 @@ TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
     OSProcess *const quick = start("exit 1");
     const pid_t stranger = start("exit 2")->pid();
     EXPECT_EQ(wait(NSArray::arrayWith({slow, quick}), 30, NO), 1);
-    const sys::CallCounter counter;
+    const CallCounter counter;
     EXPECT_FALSE(quick->isRunning());
     EXPECT_EQ(counter.calls(Call::kill), 0u); // a stranger may have its id
     EXPECT_TRUE(slow->isRunning());
@@ -136,8 +114,7 @@ TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
 }
 
 TEST_F(OSProcessWaitingTest, WaitingIsTracedFromLevel3) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("misc"_ns));
+    activateChannel("misc");
     for (debug = 2; debug <= 3; ++debug) {
         CapturedOutput output;
         OSProcess *const process = start("exit 4");

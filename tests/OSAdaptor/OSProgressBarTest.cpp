@@ -1,13 +1,6 @@
-#include <QBFoundation/OSAdaptor/OSProgressBar.h>
-
-#include <QBFoundation/OSAdaptor/OSUserIO.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "support/CapturedOutput.h"
 #include "support/PoolFixture.h"
 #include "support/Terminal.h"
-
-#include <string>
 
 using OSProgressBarTest = PoolFixture;
 

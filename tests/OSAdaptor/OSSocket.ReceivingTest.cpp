@@ -1,21 +1,11 @@
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
-#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "System/Clock.h"
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
-#include <cerrno>
 #include <thread>
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 class OSSocketReceivingTest : public PoolFixture {
 protected:
@@ -56,9 +46,9 @@ TEST_F(OSSocketReceivingTest, ReadsDeliverWhatThereIsUpToTheEnd) {
 }
 
 TEST_F(OSSocketReceivingTest, TimeOutsEndReadsThatAreTriedAgain) {
-    const std::int64_t start = qb::sys::monotonicNanoseconds();
+    const std::int64_t start = sys::monotonicNanoseconds();
     EXPECT_EQ(receive(1, 30), "-1");
-    EXPECT_GE(qb::sys::monotonicNanoseconds() - start, 30'000'000);
+    EXPECT_GE(sys::monotonicNanoseconds() - start, 30'000'000);
     pair_.feed("abcd");
     EXPECT_EQ(read(10, 20), "4 abcd");
     EXPECT_EQ(read(1, 20), "-1");
@@ -200,7 +190,7 @@ TEST_F(OSSocketReceivingTest, StreamsReadAndWriteTheSocket) {
     input->setIsBinary(YES);
     EXPECT_EQ(input->isBinary(), YES);
     {
-        const Fault fault(Call::send, 0, 0, qb::sys::ShortTransfer{3});
+        const Fault fault(Call::send, 0, 0, sys::ShortTransfer{3});
         output->writeObject("\xFFtext"_ns);
         output->writeByte('!');
     }
@@ -233,7 +223,5 @@ TEST_F(OSSocketReceivingTest, StreamsNeedSocketsAndBuffers) {
         pair_.client->getInputStream()->readBuffer(nullptr, 0, 0),
         "OSSocketInputStream readBuffer:length:timeout:performPeek: must have a buffer that is not NULL.");
     pair_.client->close();
-    ErrorExpectation error(100206);
-    pair_.peer->getOutputStream()->writeObject("text"_ns);
-    EXPECT_EQ(error.values(), "Broken pipe");
+    expectError(100206, "Broken pipe", [&] { pair_.peer->getOutputStream()->writeObject("text"_ns); });
 }

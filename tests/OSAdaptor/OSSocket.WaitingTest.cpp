@@ -1,20 +1,10 @@
-#include <QBFoundation/OSAdaptor/OSSocket.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSException.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
-#include <cerrno>
 #include <sys/resource.h>
-#include <vector>
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 constexpr int kPatience = 3;
 int questions = 0;
@@ -79,24 +69,14 @@ TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
         EXPECT_EQ(ready(kWritable, -1), "");
     }
     {
-        ErrorExpectation error(100207);
         const Fault fault(Call::poll, 0, 1, ENOMEM);
-        EXPECT_EQ(ready(kWritable, -1), "nil");
-        EXPECT_EQ(error.values(), "-1");
+        expectError(100207, "-1", [&] { EXPECT_EQ(ready(kWritable, -1), "nil"); });
     }
     const int handle = pair_.client->socketHandle();
     ::close(handle); // behind the socket's back
-    {
-        ErrorExpectation error(100207);
-        EXPECT_EQ(ready(kReadable, -1), "nil");
-        EXPECT_EQ(error.values(), std::to_string(handle));
-    }
+    expectError(100207, std::to_string(handle), [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
     pair_.client->close();
-    {
-        ErrorExpectation error(100207);
-        EXPECT_EQ(ready(kReadable, -1), "nil");
-        EXPECT_EQ(error.values(), "-1");
-    }
+    expectError(100207, "-1", [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
     EXPECT_REASON(
         OSSocket::selectSockets(NSArray::arrayWithObject("text"_ns), kReadable, 0, 0),
         "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must have an array of sockets.");

@@ -1,31 +1,17 @@
-#include <QBFoundation/OSAdaptor/OSSocket.h>
-
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/QBFoundationInitializer.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
+#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 #include "support/SocketPair.h"
 
 #include <arpa/inet.h>
-#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <netinet/in.h>
 #include <regex>
 #include <sys/socket.h>
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 // The address that the socket is bound to, "127.0.0.1", and its port.
 std::pair<std::string, int> boundTo(const OSSocket *socket) {
@@ -51,10 +37,6 @@ int nextDescriptor() {
     const int descriptor = ::dup(STDERR_FILENO);
     ::close(descriptor);
     return descriptor;
-}
-
-std::ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 class OSSocketTest : public ServicesFixture {
@@ -113,9 +95,7 @@ TEST_F(OSSocketTest, NamesOfUnixSocketsAreChecked) {
         {OSSocket::clientSocketWithName, tree, 100090, describe(tree) + " 0 Connection refused"},
     };
     for (const auto &row : rows) {
-        ErrorExpectation error(row.error);
-        EXPECT_EQ(row.make(row.name), nullptr);
-        EXPECT_EQ(error.values(), row.values);
+        expectError(row.error, row.values, [&] { EXPECT_EQ(row.make(row.name), nullptr); });
     }
     EXPECT_TRUE(directory_.has("tree/file")); // a directory isn't replaced
     NSString *const made = OSSocket::makeNameForSocket();
@@ -163,9 +143,7 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
         {OSSocket::serverSocketOnHost, ""_ns, port, 100086, ""},
     };
     for (const auto &row : rows) {
-        ErrorExpectation error(row.error);
-        EXPECT_EQ(row.make(row.host, row.port), nullptr);
-        EXPECT_EQ(error.values(), row.values);
+        expectError(row.error, row.values, [&] { EXPECT_EQ(row.make(row.host, row.port), nullptr); });
     }
 }
 
@@ -211,10 +189,8 @@ TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
     const std::ptrdiff_t before = openDescriptors();
     for (const auto &row : rows) {
         const NSAutoreleasePool pool;
-        ErrorExpectation error(row.number);
         const Fault fault(row.call, /*skip=*/0, /*times=*/1, row.error);
-        EXPECT_FALSE(row.succeeds());
-        EXPECT_EQ(error.values(), row.values);
+        expectError(row.number, row.values, [&] { EXPECT_FALSE(row.succeeds()); });
     }
     EXPECT_EQ(openDescriptors(), before);
     EXPECT_FALSE(directory_.has("socket"));
@@ -293,8 +269,7 @@ TEST_F(OSSocketTest, StateIsWrittenToTheErrorLog) {
 }
 
 TEST_F(OSSocketTest, EachStepIsTraced) {
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(NSArray::arrayWithObject("socket"_ns));
+    activateChannel("socket");
     OSDebugPrinter::globalDebugPrinter()->setProfileChannelsActive(NSArray::arrayWithObject("netio"_ns));
     CapturedOutput output;
     {

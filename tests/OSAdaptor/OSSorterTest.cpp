@@ -1,10 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSSorter.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-#include <QBFoundation/Runtime/Send.h>
-
 #include "Text/RandomText.h"
 #include "support/Locales.h"
 #include "support/PoolFixture.h"
@@ -12,7 +5,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <vector>
 
 namespace {
 

@@ -1,8 +1,3 @@
-#include <QBFoundation/OSAdaptor/OSTime.h>
-
-#include <QBFoundation/Foundation/NSDate.h>
-#include <QBFoundation/Foundation/NSTimeZone.h>
-
 #include "Calendar/TimeZoneSetting.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"

@@ -1,12 +1,4 @@
-#include <QBFoundation/OSAdaptor/OSUserIO.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/OSAdaptor/OSMultipleChoiceDescription.h>
-#include <QBFoundation/QBStringOutputStream.h>
-#include <QBFoundation/Runtime/Send.h>
-
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/Locales.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -17,9 +9,6 @@
 #include <fcntl.h>
 
 namespace {
-
-using qb::sys::Call;
-using qb::sys::Fault;
 
 const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 

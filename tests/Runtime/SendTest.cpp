@@ -1,10 +1,3 @@
-#include <QBFoundation/Runtime/Send.h>
-
-#include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/Foundation/NSInvocation.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/QBNil.h>
-
 #include "support/PoolFixture.h"
 #include "support/QBTally.h"
 

@@ -1,26 +1,5 @@
 #include "support/FaultSweep.h"
 
-#include <QBFoundation/Foundation/NSArchiver.h>
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSUnarchiver.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-#include <QBFoundation/OSAdaptor/OSNameService.h>
-#include <QBFoundation/OSAdaptor/OSSocket.h>
-#include <QBFoundation/OSAdaptor/OSSocketInputStream.h>
-#include <QBFoundation/OSAdaptor/OSSocketOutputStream.h>
-#include <QBFoundation/QBBlowfishOutputFilter.h>
-#include <QBFoundation/QBCopyShop.h>
-#include <QBFoundation/QBDataInputStream.h>
-#include <QBFoundation/QBDataOutputStream.h>
-#include <QBFoundation/QBFileInputStream.h>
-#include <QBFoundation/QBFileOutputStream.h>
-#include <QBFoundation/QBPropertyListOutputStream.h>
-#include <QBFoundation/QBStringOutputStream.h>
-
 #include "OSAdaptor/OSSorter.Passes.h"
 #include "support/ServicesFixture.h"
 
@@ -32,7 +11,6 @@
 #include <unistd.h>
 
 namespace fs = std::filesystem;
-using qb::sys::Call;
 
 namespace {
 

@@ -1,20 +1,15 @@
 #include "System/Process.h"
 
-#include "System/Faults.h"
 #include "System/Files.h"
+#include "support/Faults.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 namespace {
 

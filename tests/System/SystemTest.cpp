@@ -1,5 +1,4 @@
 #include "System/Clock.h"
-#include "System/Faults.h"
 #include "System/Files.h"
 #include "System/Iconv.h"
 #include "System/Library.h"
@@ -7,16 +6,15 @@
 #include "System/Process.h"
 #include "System/Sockets.h"
 #include "System/Stdio.h"
+#include "support/Faults.h"
+#include "support/OpenDescriptors.h"
+#include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <netinet/in.h>
 #include <string>
 #include <sys/time.h>
@@ -24,46 +22,20 @@
 #include <vector>
 
 using namespace std::string_literals;
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 namespace {
 
-// An empty directory for each test, and a check that the test left no descriptor open.
+// Each test has a directory, and leaves no descriptor open.
 class SystemTest : public testing::Test {
 protected:
-    void SetUp() override {
-        descriptorsBefore_ = openDescriptors();
-        std::string path = std::filesystem::temp_directory_path() / "systemXXXXXX";
-        ASSERT_NE(::mkdtemp(path.data()), nullptr);
-        directory_ = path;
-    }
+    ~SystemTest() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
 
-    void TearDown() override {
-        std::filesystem::remove_all(directory_);
-        EXPECT_EQ(openDescriptors(), descriptorsBefore_);
-    }
+    std::string path(const char *name) const { return directory_ / name; }
 
-    std::string path(const char *name) const { return directory_ + "/" + name; }
-
-    std::string content(const char *name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    void store(const char *name, const std::string &text) const {
-        std::ofstream(path(name), std::ios::binary) << text;
-    }
-
-    static std::ptrdiff_t openDescriptors() {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    }
-
-    std::string directory_;
+    const TemporaryDirectory directory_;
 
 private:
-    std::ptrdiff_t descriptorsBefore_ = 0;
+    const std::ptrdiff_t descriptorsBefore_ = openDescriptors();
 };
 
 bool isCloseOnExec(int descriptor) {
@@ -105,7 +77,7 @@ private:
 } // namespace
 
 TEST_F(SystemTest, FaultSkipsStrikesAndEndsWithItsScope) {
-    const sys::CallCounter counter;
+    const CallCounter counter;
     {
         Fault third(Call::access, /*skip=*/2, /*times=*/1, EACCES);
         Fault other(Call::lstat, /*skip=*/0, /*times=*/0, EIO);
@@ -146,17 +118,17 @@ TEST_F(SystemTest, TransfersOutlastSignalsAndShortWrites) {
     const std::string text(1000, 'x');
     const int file = sys::openExclusive(path("all").c_str(), 0600);
     {
-        const sys::CallCounter counter;
+        const CallCounter counter;
         Fault shortly(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{300});
         Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
         EXPECT_EQ(sys::writeAll(file, text.data(), text.size()), 0);
         EXPECT_EQ(counter.calls(Call::write), 9u); // five in vain, 300, 300, 300, 100
     }
-    EXPECT_EQ(content("all"), text);
+    EXPECT_EQ(directory_.read("all"), text);
     std::string back(1200, '-');
     ASSERT_EQ(sys::lseek(file, 0, SEEK_SET), 0);
     {
-        const sys::CallCounter counter;
+        const CallCounter counter;
         Fault shortly(Call::read, /*skip=*/0, /*times=*/3, sys::ShortTransfer{7});
         Fault storm(Call::read, /*skip=*/1, /*times=*/2, EINTR);
         EXPECT_EQ(sys::readAll(file, back.data(), back.size()), 1000);
@@ -173,7 +145,7 @@ TEST_F(SystemTest, TransfersOutlastSignalsAndShortWrites) {
         Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0});
         EXPECT_EQ(sys::writeAll(file, "y", 1), -1); // rather than for ever
     }
-    EXPECT_EQ(content("all"), text);
+    EXPECT_EQ(directory_.read("all"), text);
     sys::close(file);
 }
 
@@ -187,7 +159,7 @@ TEST_F(SystemTest, StreamsWithoutABufferOutlastSignals) {
     EXPECT_EQ(storm.hits(), 5u);
     EXPECT_FALSE(sys::ferror(file));
     EXPECT_EQ(sys::fclose(file), 0);
-    EXPECT_EQ(content("line"), "texabc");
+    EXPECT_EQ(directory_.read("line"), "texabc");
 }
 
 // Started without standard input: what is opened next would take its place.
@@ -206,18 +178,18 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     }
     EXPECT_EQ(sys::fwrite("a", 1, 1, file), 1u);
     EXPECT_EQ(sys::fclose(file), 0);
-    EXPECT_EQ(content("log"), "a");
+    EXPECT_EQ(directory_.read("log"), "a");
     for (const int descriptor : {kept, opened, inside, duplicate})
         sys::close(descriptor);
 }
 
 TEST_F(SystemTest, NewDescriptorsAreCloseOnExec) {
-    store("file", "text");
+    directory_.write("file", "text");
     const Pipe ends;
     std::vector<int> descriptors = {sys::open(path("file").c_str(), O_RDONLY),
                                     sys::openExclusive(path("new").c_str(), 0600), sys::dup(ends.ends[0]),
                                     sys::socket(AF_UNIX, SOCK_STREAM, 0)};
-    DIR *directory = sys::opendir(directory_.c_str());
+    DIR *directory = sys::opendir(directory_.path().c_str());
     std::FILE *file = sys::fopen(path("file").c_str(), "r+b");
     ASSERT_TRUE(directory && file);
     EXPECT_TRUE(isCloseOnExec(ends.ends[0]) && isCloseOnExec(ends.ends[1]));
@@ -236,7 +208,7 @@ TEST_F(SystemTest, NewDescriptorsAreCloseOnExec) {
 }
 
 TEST_F(SystemTest, StandardStreamStaysInheritable) {
-    store("input", "text");
+    directory_.write("input", "text");
     const pid_t child = sys::fork();
     if (child == 0)
         sys::_exit(sys::freopen(path("input").c_str(), "r", stdin) && !isCloseOnExec(0) &&
@@ -249,14 +221,14 @@ TEST_F(SystemTest, StandardStreamStaysInheritable) {
 }
 
 TEST_F(SystemTest, ExclusiveOpenRefusesWhateverIsThere) {
-    store("victim", "precious");
+    directory_.write("victim", "precious");
     ASSERT_EQ(sys::symlink(path("victim").c_str(), path("planted").c_str()), 0);
     ASSERT_EQ(sys::symlink(path("absent").c_str(), path("dangling").c_str()), 0);
     for (const char *name : {"victim", "planted", "dangling"}) {
         EXPECT_EQ(sys::openExclusive(path(name).c_str(), 0600), -1) << name;
         EXPECT_EQ(errno, EEXIST) << name;
     }
-    EXPECT_EQ(content("victim"), "precious");
+    EXPECT_EQ(directory_.read("victim"), "precious");
     EXPECT_EQ(sys::access(path("absent").c_str(), F_OK), -1);
 }
 
@@ -276,22 +248,22 @@ TEST_F(SystemTest, ReleasingCallsReleaseAndReport) {
 }
 
 TEST_F(SystemTest, EveryFailureOfASyncIsReportedAndLeaksNothing) {
-    const sys::CallCounter counter;
-    ASSERT_EQ(sys::syncDirectory(directory_.c_str()), 0);
+    const CallCounter counter;
+    ASSERT_EQ(sys::syncDirectory(directory_.path().c_str()), 0);
     const auto calls = static_cast<unsigned>(counter.calls(Call::any));
     EXPECT_EQ(calls, 3u);
     for (unsigned index = 0; index < calls; ++index) {
         Fault fault(Call::any, index, /*times=*/1, EDQUOT);
-        EXPECT_EQ(sys::syncDirectory(directory_.c_str()), -1) << index;
+        EXPECT_EQ(sys::syncDirectory(directory_.path().c_str()), -1) << index;
         EXPECT_EQ(errno, EDQUOT) << index;
     }
     Fault unable(Call::fsync, 0, 1, EINVAL);
-    EXPECT_EQ(sys::syncDirectory(directory_.c_str()), 0);
+    EXPECT_EQ(sys::syncDirectory(directory_.path().c_str()), 0);
 }
 
 TEST_F(SystemTest, DirectoryReadingTellsTheEndFromAnError) {
-    store("one", "");
-    DIR *directory = sys::opendir(directory_.c_str());
+    directory_.write("one", "");
+    DIR *directory = sys::opendir(directory_.path().c_str());
     ASSERT_NE(directory, nullptr);
     int names = 0;
     {
@@ -329,7 +301,7 @@ TEST_F(SystemTest, UmaskIsOnlyLookedAt) {
 }
 
 TEST_F(SystemTest, StreamFaultsSetTheErrorFlag) {
-    store("file", "abcdef");
+    directory_.write("file", "abcdef");
     std::FILE *file = sys::fopen(path("file").c_str(), "r+");
     ASSERT_NE(file, nullptr);
     char buffer[8] = {};
@@ -371,7 +343,7 @@ TEST_F(SystemTest, StreamWritesReportWhatTheyDidNotTake) {
     Fault full(Call::fflush, 0, 1, ENOSPC);
     EXPECT_EQ(sys::fflush(file), EOF);
     EXPECT_EQ(sys::fclose(file), 0);
-    EXPECT_EQ(content("file"), "abcdabcefg");
+    EXPECT_EQ(directory_.read("file"), "abcdabcefg");
     std::FILE *device = sys::fopen("/dev/full", "w");
     ASSERT_NE(device, nullptr);
     EXPECT_EQ(sys::fputs("lost", device) < 0, false);
@@ -392,7 +364,7 @@ TEST_F(SystemTest, FailedReopenLosesNeitherMemoryNorDescriptor) {
 }
 
 TEST_F(SystemTest, LinesCountEmbeddedNulsAndSurviveASignal) {
-    store("file", "a\0b\n0123456789\nend"s);
+    directory_.write("file", "a\0b\n0123456789\nend"s);
     std::FILE *file = sys::fopen(path("file").c_str(), "r");
     ASSERT_NE(file, nullptr);
     char line[8];

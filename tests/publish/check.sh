@@ -45,6 +45,17 @@ expect_failure() {
     [ "$before" = "$(snapshot)" ] || fail "$what: the old site has changed"
 }
 
+# rows_fail STATUS: the program ends so, and with that text in its messages, for each row ARGUMENTS|TEXT of standard input.
+rows_fail() {
+    local arguments message status
+    while IFS='|' read -r arguments message; do
+        status=0
+        eval "publish $arguments" >/dev/null 2>"$work/stderr" || status=$?
+        [ $status -eq "$1" ] || fail "$arguments: exit status $status"
+        grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
+    done
+}
+
 page() { printf '%s\n---\n%s\n' "$2" "$3" >"$site/pages/$1"; }
 
 new_site() {
@@ -128,10 +139,7 @@ sed -i 's/ {{site.a=b}}/[{{site.new}}]/' "$site/pages/index.html"
 publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out"
 [ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y;' ] || fail "settings: $(cat "$out/index.html")"
 while IFS='|' read -r setting message; do
-    before=$(snapshot)
-    publish --set "$setting" "$site" "$out" >/dev/null 2>"$work/stderr" && fail "--set $setting"
-    grep -qF -- "$message" "$work/stderr" || fail "--set $setting: '$message' is not in: $(cat "$work/stderr")"
-    [ "$before" = "$(snapshot)" ] || fail "--set $setting: the old site has changed"
+    expect_failure "--set $setting" "$message" "$site" "$out" --set "$setting"
 done <<'ROWS'
 none.x=1|'none.x'
 none.x=1|site.plist: the setting 'none.x' can't be replaced.
@@ -425,12 +433,7 @@ with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text
     fail 'index.html.enc does not come back'
 cut=$work/cut.enc
 head -c 23 "$out/index.html.enc" >"$cut"
-while IFS='|' read -r arguments message; do
-    status=0
-    eval "publish $arguments" >/dev/null 2>"$work/stderr" || status=$?
-    [ $status -eq 1 ] || fail "$arguments: exit status $status"
-    grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
-done <<'ROWS'
+rows_fail 1 <<'ROWS'
 "$site" "$out"|[910031] There is no key for '
 --decipher "$out/index.html.enc"|[910031] There is no key for '
 --encipher "$work/key"|[910031] There is no key for '
@@ -550,12 +553,7 @@ has '[start:publish] index.html' --profile publish "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
 [ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
 grep -q 'unchanged' "$work/log" || fail 'the log has no report'
-while IFS='|' read -r arguments message; do
-    status=0
-    eval "publish $arguments" 2>"$work/stderr" || status=$?
-    [ $status -eq 2 ] || fail "$arguments: exit status $status"
-    grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
-done <<'ROWS'
+rows_fail 2 <<'ROWS'
 |The directories SITE and OUT are needed (try --help)
 "$site"|The directories SITE and OUT are needed
 "" "$out"|The directories SITE and OUT are needed

@@ -68,3 +68,9 @@ std::string ErrorExpectation::place() const {
     return raised.size() > before_ ? raised[before_].file + ":" + std::to_string(raised[before_].line)
                                    : "none";
 }
+
+std::string takenErrors() {
+    const std::string numbers = describe(ERRORHANDLER->errorIds());
+    ERRORHANDLER->clearErrorStack();
+    return numbers;
+}

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qb {
@@ -55,6 +56,18 @@ private:
     int number_;
     std::size_t before_;
 };
+
+/// Expects that the operation raises exactly one error, of that number and with those values; at that place,
+/// "src/QBFileOutputStream:183", where one is given.
+inline void expectError(int number, std::string_view values, auto operation, std::string_view place = {}) {
+    const ErrorExpectation error(number);
+    operation();
+    EXPECT_EQ(error.values(), values);
+    EXPECT_EQ(place.empty() ? "" : error.place(), place);
+}
+
+/// The numbers of the errors on the stack, the last one first, "(100024, 100168)"; takes all of them off.
+std::string takenErrors();
 
 /// Expects an exception of class NSException, or a subclass, with that reason.
 #define EXPECT_REASON(expression, text)                                                                      \

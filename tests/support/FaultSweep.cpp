@@ -1,6 +1,7 @@
 #include "support/FaultSweep.h"
 
 #include "support/Allocations.h"
+#include "support/OpenDescriptors.h"
 #include "support/SmallStack.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <csignal>
 #include <exception>
 #include <filesystem>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <sys/fsuid.h>
@@ -17,9 +17,6 @@
 #include <unistd.h>
 
 namespace fs = std::filesystem;
-namespace sys = qb::sys;
-using sys::Call;
-using sys::Fault;
 
 namespace {
 
@@ -76,8 +73,14 @@ private:
     AllocationFault fault_;
 };
 
+/// What strikes no call of its own.
+struct Lasting {
+    unsigned hits() const { return 0; }
+    Call struck() const { return Call::any; }
+};
+
 /// Files can't become longer than so many bytes.
-class SizeLimit {
+class SizeLimit : public Lasting {
 public:
     struct Way {
         const char *name;
@@ -99,8 +102,6 @@ public:
     }
     SizeLimit(const SizeLimit &) = delete;
     SizeLimit &operator=(const SizeLimit &) = delete;
-    unsigned hits() const { return 0; }
-    Call struck() const { return Call::any; }
 
 private:
     void (*signal_)(int);
@@ -108,7 +109,7 @@ private:
 };
 
 /// The directory can't be changed, not even by root, which is nobody to the file system for that time.
-class ReadOnlyDirectory {
+class ReadOnlyDirectory : public Lasting {
 public:
     struct Way {
         const char *name;
@@ -127,8 +128,6 @@ public:
     }
     ReadOnlyDirectory(const ReadOnlyDirectory &) = delete;
     ReadOnlyDirectory &operator=(const ReadOnlyDirectory &) = delete;
-    unsigned hits() const { return 0; }
-    Call struck() const { return Call::any; }
 
 private:
     static constexpr uid_t kNobody = 65534;
@@ -174,10 +173,6 @@ std::map<std::string, std::string> filesIn(const TemporaryDirectory &directory) 
             text += directory.read(name);
     }
     return files;
-}
-
-std::ptrdiff_t openDescriptors() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
 }
 
 void takeErrors(std::string &told) {
@@ -247,12 +242,10 @@ public:
     }
 
 private:
-    struct NoFault {
+    struct NoFault : Lasting {
         struct Way {};
         static constexpr Way kWays[1] = {};
         NoFault(const Way &, unsigned, const TemporaryDirectory &) {}
-        unsigned hits() const { return 0; }
-        Call struck() const { return Call::any; }
     };
     static constexpr unsigned kMostCalls = 100000; // no use makes as many
 

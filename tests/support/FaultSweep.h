@@ -2,15 +2,13 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_FAULTSWEEP_H
 #define QBFOUNDATION_TESTS_SUPPORT_FAULTSWEEP_H
 
-#include "System/Faults.h"
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
 #include <functional>
 #include <iosfwd>
-#include <string>
 #include <type_traits>
-#include <vector>
 
 /// What a failure may leave behind.
 enum class Leaves {
@@ -46,7 +44,7 @@ struct Use {
     Act act;
     Leaves leaves = Leaves::oldOrNew;
     /// Calls whose failure is an answer, so that it need not be told as one; `any`: other faults.
-    std::vector<qb::sys::Call> answering = {};
+    std::vector<sys::Call> answering = {};
     /// Makes what is different each time the same, before it is looked at.
     Act tidyUp = [](const TemporaryDirectory &) {};
     /// Whether allocations are made to fail, too.

@@ -1,8 +1,8 @@
-// What nearly every test needs: a pool and an error handler.
+// What nearly every test needs: the whole library, a pool and an error handler.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 
-#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/QBFoundation.h>
 
 #include "support/Describe.h"
 #include "support/ErrorExpectation.h"

@@ -1,8 +1,5 @@
 #include "support/ServicesFixture.h"
 
-#include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
-#include <QBFoundation/OSAdaptor/OSLogger.h>
-
 #include <cstdio>
 #include <regex>
 #include <sys/wait.h>
@@ -17,6 +14,12 @@ void ServicesFixture::reset() {
     for (int *channel : {&DEBUG_CHANNEL_UTILS, &DEBUG_CHANNEL_MISC, &DEBUG_CHANNEL_PROCESS,
                          &DEBUG_CHANNEL_FILEIO, &DEBUG_CHANNEL_SOCKET, &PROFILE_CHANNEL_NET_IO, &debug})
         *channel = 0;
+}
+
+void ServicesFixture::activateChannel(const char *name) {
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    OSDebugPrinter::globalDebugPrinter()->setDebugChannelsActive(
+        NSArray::arrayWithObject(NSString::stringWithCString(name)));
 }
 
 std::string logLines(const std::string &text, pid_t process) {

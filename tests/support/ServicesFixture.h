@@ -15,6 +15,9 @@ protected:
     ServicesFixture() { reset(); }
     ~ServicesFixture() override { reset(); }
 
+    /// Lets the library's traces on that channel pass, and on no other.
+    static void activateChannel(const char *name);
+
 private:
     static void reset();
 };

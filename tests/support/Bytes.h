@@ -1,0 +1,36 @@
+// Bytes between the standard library and the library's data and streams.
+#ifndef QBFOUNDATION_TESTS_SUPPORT_BYTES_H
+#define QBFOUNDATION_TESTS_SUPPORT_BYTES_H
+
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/QBArrayOutputStream.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Data of those bytes that do not change, autoreleased.
+inline NSData *dataOf(std::string_view bytes) {
+    return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+/// The data's bytes; "nil" for nil.
+inline std::string bytesOf(NSData *data) {
+    return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "nil";
+}
+
+/// Writes the text in one piece.
+inline void write(QBOutputStream *stream, std::string_view text) {
+    stream->writeBuffer(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+/// The writes that have reached a target which tells them apart.
+inline std::vector<std::string> writesOf(QBArrayOutputStream *stream) {
+    std::vector<std::string> writes;
+    for (const id write : *stream->targetArray())
+        writes.push_back(bytesOf(static_cast<NSData *>(write)));
+    return writes;
+}
+
+#endif
