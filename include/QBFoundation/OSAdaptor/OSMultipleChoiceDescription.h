@@ -32,8 +32,8 @@ public:
     virtual BOOL characterHasDescription(char character) const;
     /// Writes the choice's line: the character, " - ", the description. Nothing when there is no such choice.
     virtual void _write(char character, QBOutputStream *on) const;
-    /// Returns the lines of all choices, in the order in which they were added; nil after 100156 when there is
-    /// no memory.
+    /// Returns the lines of all choices, in the order in which they were added; nil after 100156 when there
+    /// is no memory.
     virtual NSString *asFormattedString() const;
 
     /// Returns another description of the same choices.
