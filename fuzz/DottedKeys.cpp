@@ -12,16 +12,22 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
+
+struct Child;
 
 /// A dictionary, an array (whose keys are empty), or a number.
 struct Node {
     enum Kind { kNumber, kDictionary, kArray } kind = kNumber;
     bool isMutable = false;
-    std::vector<std::pair<std::string, Node>> children;
+    std::vector<Child> children;
+};
+
+struct Child {
+    std::string key;
+    Node node;
 };
 
 struct Key {
@@ -45,7 +51,7 @@ std::size_t placeOf(const Node &node, std::string_view key) {
     if (node.kind == Node::kArray)
         return indexFor(key);
     std::size_t place = 0;
-    while (place < node.children.size() && node.children[place].first != key)
+    while (place < node.children.size() && node.children[place].key != key)
         ++place;
     return place;
 }
@@ -55,7 +61,7 @@ const Node *get(const Node &node, std::string_view text) {
     const std::size_t place = placeOf(node, key.first);
     if (place >= node.children.size())
         return nullptr;
-    const Node &child = node.children[place].second;
+    const Node &child = node.children[place].node;
     return key.hasRest ? get(child, key.rest) : &child;
 }
 
@@ -68,15 +74,15 @@ void change(Node &node, std::string_view text, bool isSet) {
     if (key.hasRest) {
         if (!isThere)
             return;
-        Node &child = node.children[place].second;
+        Node &child = node.children[place].node;
         if (node.kind == Node::kDictionary)
             child.isMutable = true;
         change(child, key.rest, isSet);
     } else if (node.kind == Node::kDictionary && isSet) {
         if (isThere)
-            node.children[place].second = Node();
+            node.children[place].node = Node();
         else
-            node.children.emplace_back(key.first, Node());
+            node.children.push_back({std::string(key.first), Node()});
     } else if (isSet && place <= node.children.size()) {
         node.children.insert(node.children.begin() + static_cast<std::ptrdiff_t>(place), {"", Node()});
     } else if (!isSet && isThere) {
@@ -91,7 +97,7 @@ bool isSame(const Node &node, id object) {
         auto *const array = qb::castOrNil<NSArray>(object);
         bool isEqual = array && array->count() == node.children.size();
         for (std::uint32_t i = 0; isEqual && i < array->count(); ++i)
-            isEqual = isSame(node.children[i].second, array->objectAtIndex(i));
+            isEqual = isSame(node.children[i].node, array->objectAtIndex(i));
         return isEqual;
     }
     auto *const dictionary = qb::castOrNil<NSDictionary>(object);

@@ -144,8 +144,8 @@ public:
         steps_.assign(filters_.rbegin(), filters_.rend());
         if (lastIsOfLibrary_)
             steps_.push_back(last);
-        if (origin_ && typeid(*origin_.get()) == typeid(qb::ArrayEnumerator))
-            array_ = static_cast<qb::ArrayEnumerator *>(origin_.get());
+        if (NSObject *const origin = origin_; origin && typeid(*origin) == typeid(qb::ArrayEnumerator))
+            array_ = static_cast<qb::ArrayEnumerator *>(origin);
     }
 
     bool isCurrent() const { return sourceChanges_ == sourceChanges; }

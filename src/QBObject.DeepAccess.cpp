@@ -179,10 +179,10 @@ void raiseWrongKey(NSString *key) {
 // one.
 Ref<NSObject> mutableElementAt(NSMutableArray *array, std::string_view component) {
     static Protocol *const mutableCopying = Protocol::named("NSMutableCopying");
-    const Ref<NSObject> element = elementAt(array, component);
+    Ref<NSObject> element = elementAt(array, component);
     if (!element || element->conformsToProtocol(mutableCopying))
         return element;
-    const Ref<NSObject> changed = element->makeMutable();
+    Ref<NSObject> changed = element->makeMutable();
     if (changed != element)
         array->replaceObjectAtIndex(indexOf(component), changed);
     return changed;
@@ -190,10 +190,10 @@ Ref<NSObject> mutableElementAt(NSMutableArray *array, std::string_view component
 
 // Returns the value of the key on the way to deeper ones, made mutable; what is no value as it is.
 Ref<NSObject> mutableValueAt(id object, NSString *key) {
-    const Ref<NSObject> value = object->objectForKey(key);
+    Ref<NSObject> value = object->objectForKey(key);
     if (IsNil(value))
         return value;
-    const Ref<NSObject> changed = value->makeMutable();
+    Ref<NSObject> changed = value->makeMutable();
     if (changed != value)
         object->setObjectForKey(changed, key);
     return changed;

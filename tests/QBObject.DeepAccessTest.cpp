@@ -150,7 +150,7 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
     } rows[] = {{"none.k", "none.k"}, {"null.k", "null.k"}, {"a.none.k", "none.k"}, {".k", ".k"}};
     for (const auto &[key, value] : rows) {
         NSMutableDictionary *const values = tree();
-        expectError(30010, value, [&] {
+        expectError(30010, value, [values, key = key, value = value] {
             values->setDeepObject("new"_ns, NSString::stringWithCString(key));
             EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
                       "[030010] could not access '" + std::string(value) + "', wrong key");

@@ -95,7 +95,7 @@ TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
          {std::pair("a = 1;\nb", "2 2 '='"), std::pair("a = 1", "1 6 ';' or '}'"),
           std::pair("a = 1; }", "1 8 a key or '}'"),
           std::pair("a; b; a;", "1 7 a key that does not stand in the dictionary already")}) {
-        expectError(900001, values, [&] {
+        expectError(900001, values, [text = text] {
             EXPECT_EQ(NSString::stringWith(text)->propertyListFromStringsFileFormat(), nullptr);
         });
     }

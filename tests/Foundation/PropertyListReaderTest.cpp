@@ -95,7 +95,7 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"(<0f", "1 5 hexadecimal digits in pairs and '>'"},
     };
     for (const auto &[text, expected] : rows) {
-        expectError(900001, expected, [&] { EXPECT_EQ(read(text), "nil") << text; });
+        expectError(900001, expected, [&text = text] { EXPECT_EQ(read(text), "nil") << text; });
     }
 }
 

@@ -110,7 +110,7 @@ TEST_F(OSFilePathQueriesTest, OtherStatFailuresAreRaisedWhereThatIsAllowed) {
         {nullptr, "<null> Bad address"},
     };
     for (const auto &[path, values] : rows) {
-        expectError(100194, values, [&] { OSFilePath::fileInfo(&info, path); });
+        expectError(100194, values, [&info, path = path] { OSFilePath::fileInfo(&info, path); });
     }
     ErrorExpectation error(100194);
     EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("file/x")));
