@@ -171,7 +171,8 @@ TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
     };
     for (const std::uint32_t seed : {1u, 7u, 0xFFFFFFFFu}) {
         std::srand(seed);
-        EXPECT_EQ(headerOf(seed), (Block{seed, static_cast<std::uint32_t>(std::rand())}));
+        const Block expected{seed, static_cast<std::uint32_t>(std::rand())};
+        EXPECT_EQ(headerOf(seed), expected);
     }
     const auto before = static_cast<std::uint32_t>(std::time(nullptr));
     const std::uint32_t time = headerOf(0)[0];
