@@ -56,12 +56,14 @@ inline bool areEqualShortTexts(const NSObject *a, const NSObject *b) {
 
 } // namespace
 
-// The tags of some places of the index.
+// Some places of the index. In a large table it is one cache line, for what is far away is to be fetched
+// once.
 struct alignas(16) HashTable::Group {
     static constexpr std::uint32_t kPlaces = 12;
 
-    std::uint8_t tags[kPlaces]; // 0: free
-    std::uint32_t passedBy;     // how many keys found no free place here and stand in a later group
+    std::uint8_t tags[kPlaces];     // 0: free
+    std::uint32_t passedBy;         // how many keys found no free place here and stand in a later group
+    std::uint32_t indexes[kPlaces]; // the numbers of the entries in the places
 
     // Returns a mask of the places that have that tag.
     std::uint32_t placesWith(std::uint8_t tag) const {
@@ -114,7 +116,7 @@ struct HashTable::ShortText {
 
 // The number of the entry in a place of the group that the hash leads to.
 inline std::uint32_t &HashTable::indexAt(std::uint32_t hash, int place) const {
-    return indexes_[(hash & mask_) * Group::kPlaces + static_cast<std::uint32_t>(place)];
+    return groups_[hash & mask_].indexes[place];
 }
 
 HashTable::~HashTable() {
@@ -317,7 +319,7 @@ void HashTable::removeAll() noexcept {
     Entry *const entries = std::exchange(entries_, nullptr);
     const std::uint32_t used = std::exchange(used_, 0);
     const std::size_t bytes = bytesFor(capacity_, mask_ + 1);
-    hashes_ = indexes_ = nullptr;
+    hashes_ = nullptr;
     texts_ = nullptr;
     groups_ = &noGroup;
     mask_ = capacity_ = count_ = 0;
@@ -334,7 +336,6 @@ void HashTable::removeAll() noexcept {
 void HashTable::swap(HashTable &other) noexcept {
     std::swap(entries_, other.entries_);
     std::swap(hashes_, other.hashes_);
-    std::swap(indexes_, other.indexes_);
     std::swap(texts_, other.texts_);
     std::swap(groups_, other.groups_);
     std::swap(mask_, other.mask_);
@@ -349,9 +350,9 @@ void HashTable::reserve(std::uint32_t count) {
 }
 
 std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t groups) {
-    const std::size_t text = capacity < kLargeCapacity ? 0 : sizeof(ShortText);
-    return capacity * (sizeof(Entry) + sizeof *hashes_ + text) +
-           groups * (sizeof(Group) + Group::kPlaces * sizeof *indexes_);
+    const std::size_t small = capacity * (sizeof(Entry) + sizeof *hashes_) + groups * sizeof(Group);
+    const std::size_t rounding = sizeof(Group) - alignof(Group);
+    return capacity < kLargeCapacity ? small : small + capacity * sizeof(ShortText) + rounding;
 }
 
 // Begins an empty table for `capacity` entries, an even number; the old one's memory is the caller's to free.
@@ -359,11 +360,13 @@ void HashTable::allocate(std::uint32_t capacity) {
     const std::uint32_t groups =
         capacity <= Group::kPlaces ? 1 : std::bit_ceil((capacity + kEntriesAGroup - 1) / kEntriesAGroup);
     entries_ = static_cast<Entry *>(allocateBuffer(bytesFor(capacity, groups)));
-    groups_ = reinterpret_cast<Group *>(entries_ + capacity);
+    auto groupsAt = reinterpret_cast<std::uintptr_t>(entries_ + capacity);
+    if (capacity >= kLargeCapacity)
+        groupsAt = (groupsAt + sizeof(Group) - 1) & ~(sizeof(Group) - 1);
+    groups_ = reinterpret_cast<Group *>(groupsAt);
     texts_ = capacity < kLargeCapacity ? nullptr : reinterpret_cast<ShortText *>(groups_ + groups);
     hashes_ =
         reinterpret_cast<std::uint32_t *>(texts_ ? static_cast<void *>(texts_ + capacity) : groups_ + groups);
-    indexes_ = hashes_ + capacity;
     std::memset(static_cast<void *>(groups_), 0, groups * sizeof(Group));
     mask_ = groups - 1;
     capacity_ = capacity;

@@ -83,9 +83,8 @@ private:
     Entry *entries_ = nullptr;
     std::uint32_t *hashes_ = nullptr; // of the entries' keys, which are dearer to ask
     Group *groups_ = &noGroup;
-    std::uint32_t *indexes_ = nullptr; // the entries in the groups' places
-    ShortText *texts_ = nullptr;       // of the entries' keys, in large tables
-    std::uint32_t mask_ = 0;           // one less than the number of groups
+    ShortText *texts_ = nullptr; // of the entries' keys, in large tables
+    std::uint32_t mask_ = 0;     // one less than the number of groups
     std::uint32_t capacity_ = 0;
     std::uint32_t used_ = 0;
     std::uint32_t count_ = 0;
