@@ -29,12 +29,9 @@ public:
 TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
     const Ref<OSObject> object = OSObject::init();
     for (id receiver : {static_cast<id>(OSProcess::cls()), static_cast<id>(object.get())}) {
-        const SEL code = "getErrorCode"_sel;
-        const SEL text = "errorDescription"_sel;
-        errno = ENOENT;
-        EXPECT_EQ(send<std::uint32_t>(receiver, code), static_cast<std::uint32_t>(ENOENT));
         errno = EACCES;
-        EXPECT_STREQ(send<const char *>(receiver, text), "Permission denied");
+        EXPECT_EQ(send<std::uint32_t>(receiver, "getErrorCode"_sel), static_cast<std::uint32_t>(EACCES));
+        EXPECT_STREQ(send<const char *>(receiver, "errorDescription"_sel), "Permission denied");
     }
     EXPECT_EQ(OSObject::_getWindowsErrorCode(), 0u);
 }
@@ -45,7 +42,6 @@ TEST_F(OSObjectTest, ObjectsAskTheirClass) {
     EXPECT_STREQ(send<const char *>(object.get(), "errorDescription"_sel), "far away");
 }
 
-TEST_F(OSObjectTest, TheProcessKnowsItself) {
-    EXPECT_EQ(OSProcess::getCurrentPid(), ::getpid());
+TEST_F(OSObjectTest, TheProcessKnowsItsSize) {
     EXPECT_EQ(OSProcess::getDataSegmentSize(), reinterpret_cast<std::intptr_t>(::sbrk(0)));
 }
