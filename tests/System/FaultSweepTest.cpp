@@ -1,8 +1,5 @@
 #include "support/FaultSweep.h"
 
-#include "OSAdaptor/OSSorter.Passes.h"
-#include "support/ServicesFixture.h"
-
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -122,16 +119,6 @@ const Use kStreams[] = {
          }
          return blocks;
      }},
-    {"Comparison",
-     [](const Place &place) {
-         longFile(place);
-         place.write("same", longText());
-     },
-     [](const Place &place) {
-         auto *one = QBFileInputStream::streamWithFile(place.string("in"));
-         auto *other = QBFileInputStream::streamWithFile(place.string("same"));
-         return std::string(one && one->providesSameDataAs(other) ? "same" : "other");
-     }},
     {"MemoryStreams", nothing,
      [](const Place &) {
          auto *data = QBDataOutputStream::streamWithCapacity(10);
@@ -193,16 +180,6 @@ const Use kFiles[] = {
      [](const Place &place) { OSFilePath::symlink(place.string("link"), place.string("tree/deep")); }},
     {"Directories", nothing, [](const Place &place) { OSFilePath::makePath(place.string("a/b/c")); },
      Leaves::parts},
-    {"Glob",
-     tree,
-     [](const Place &place) {
-         NSArray *const paths = OSFilePath::glob("tree/*"_ns, place.string("."));
-         return std::to_string(paths ? paths->count() : 0);
-     },
-     Leaves::oldOrNew,
-     {},
-     [](const Place &) {},
-     /*isForMemory=*/false}, // without it, the C library's own glob frees twice
     {"FileComparison",
      [](const Place &place) {
          longFile(place);
@@ -215,29 +192,7 @@ const Use kFiles[] = {
 };
 QB_FAULT_SWEEP(Files, kFiles);
 
-// --- Values in files, logs ---
-
-// A logger whose file can't be opened writes to standard error, and closes it when it goes.
-int keptStandardError = -1;
-
-void prepareLog(const Place &place) {
-    static const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (keptStandardError < 0)
-        keptStandardError = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    ::dup2(nowhere, STDERR_FILENO);
-    place.write("log", "");
-    OSLogger::disableDuplicateLogToStderr();
-}
-
-void writeLogLine(const Place &place) {
-    const auto logger = OSLogger::initWithCategory("web"_ns, 3, nullptr, place.string("log"));
-    logger->logWithLevelFormat(2, "request %d"_ns, 5);
-}
-
-void tidyUpLog(const Place &place) {
-    ::dup2(keptStandardError, STDERR_FILENO);
-    place.write("log", logLines(place.read("log")));
-}
+// --- Values in files ---
 
 const Use kValues[] = {
     {"PropertyListToFile", oldFile,
@@ -260,26 +215,6 @@ const Use kValues[] = {
      [](const Place &place) { return describe(NSUnarchiver::unarchiveObjectWithFile(place.string("in"))); }},
     {"TextFromFile", longFile,
      [](const Place &place) { return describe(NSString::stringWithContentsOfFile(place.string("in"))); }},
-    {"LogLine",
-     prepareLog,
-     writeLogLine,
-     Leaves::parts,
-     {Call::write, Call::fwrite, Call::fflush, Call::fclose,
-      Call::any}, // a line that can't be written is lost
-     tidyUpLog},
-    // Without the setting of the locale, in which the C library itself loses a block.
-    {"SortingByCollation", nothing,
-     [](const Place &) {
-         std::vector<id> numbers;
-         for (int i = 0; i < 300; ++i)
-             numbers.push_back(NSNumber::numberWithInt(i % 70));
-         std::vector<qb::Ranked> ranked = qb::rankedByCollation(numbers);
-         qb::orderTiesByPasses(ranked);
-         std::string indexes;
-         for (const qb::Ranked &item : ranked)
-             indexes += std::to_string(item.index) + " ";
-         return indexes;
-     }},
 };
 QB_FAULT_SWEEP(Values, kValues);
 
@@ -367,14 +302,11 @@ NSString *fullDevice() {
 
 TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
     const Act acts[] = {
-        [](const Place &) { QBFileOutputStream::writeToFile("x"_ns, fullDevice(), NO); },
         [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile(fullDevice())); },
         [](const Place &) {
             QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
         },
         [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile(fullDevice(), NO)); },
-        [](const Place &) { EXPECT_FALSE(NSData::dataWithBytes("x", 1)->writeToFile(fullDevice(), NO)); },
-        [](const Place &) { EXPECT_FALSE(settings()->writeToFile(fullDevice(), NO)); },
         [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
     };
     const TemporaryDirectory directory;
