@@ -92,13 +92,6 @@ TEST_F(OSSocketWaitingTest, DescriptorsMayBeLargerThanSetsHold) {
         EXPECT_EQ(OSSocket::selectSockets(sockets, kReadable, 0, 10)->count(), 0u);
         pair.feed("a");
         EXPECT_EQ(OSSocket::selectSockets(sockets, kReadable, 10, 0)->count(), 1u);
-        fd_set set;
-        FD_ZERO(&set);
-        timeval time{};
-        const int handle = pair.client->socketHandle();
-        expectError(100207, std::to_string(handle), [&] {
-            EXPECT_EQ(OSSocket::selectWithMaxSocket(handle, &set, nullptr, nullptr, &time), -1);
-        });
     }
     for (const int descriptor : used)
         ::close(descriptor);
@@ -118,6 +111,9 @@ TEST_F(OSSocketWaitingTest, SetsOfDescriptorsAreSelected) {
     pair_.feed("a");
     EXPECT_EQ(select(), 1);
     EXPECT_TRUE(FD_ISSET(handle, &set));
+    expectError(100207, std::to_string(FD_SETSIZE), [&] {
+        EXPECT_EQ(OSSocket::selectWithMaxSocket(FD_SETSIZE, &set, nullptr, nullptr, nullptr), -1);
+    });
     const Fault fault(Call::select, 0, 1, EINTR);
     EXPECT_EQ(select(), -1);
 }
@@ -129,8 +125,6 @@ TEST_F(OSSocketWaitingTest, WaitingGoesOnAsLongAsTheCallbackSays) {
     };
     registerAnswer(NO);
     EXPECT_EQ(receive(0), -1); // would wait for ever
-    EXPECT_EQ(questions, 1);
-    EXPECT_EQ(receive(20), -1); // over before it is asked
     EXPECT_EQ(questions, 1);
     const auto interrupted = [&](unsigned times, auto act) {
         const Fault fault(Call::poll, 0, times, EINTR);

@@ -12,19 +12,9 @@ namespace {
 
 const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
-// A conversion from UTF-8, closed at its end.
-class Handle {
-public:
-    explicit Handle(const char *characterSet) : handle_(::iconv_open(characterSet, "UTF-8")) {}
-    ~Handle() { ::iconv_close(handle_); }
-    Handle(const Handle &) = delete;
-    Handle &operator=(const Handle &) = delete;
-
-    operator iconv_t() const { return handle_; }
-
-private:
-    iconv_t handle_;
-};
+// Conversions from UTF-8 that stay open.
+const iconv_t kLatin = ::iconv_open("ISO-8859-1", "UTF-8");
+const iconv_t kJapanese = ::iconv_open("ISO-2022-JP", "UTF-8");
 
 // Texts are printed as UTF-8 unless a test says otherwise.
 class OSUserIOTest : public ServicesFixture {
@@ -51,7 +41,10 @@ TEST_F(OSUserIOTest, PrintsOnBothStreamsWithAndWithoutALineEnd) {
     OSUserIO::printLn("b\xC3\xA4"_ns);
     OSUserIO::print("c"_ns, /*withNewLine=*/YES);
     OSUserIO::printLn();
-    OSUserIO::eprint("d"_ns);
+    {
+        const Fault storm(Call::fwrite, /*skip=*/0, /*times=*/5, EINTR); // standard error has no buffer
+        OSUserIO::eprint("d"_ns);
+    }
     OSUserIO::eprintLn(NSString::stringWith({"e\0f", 3}));
     OSUserIO::eprint(nullptr, /*withNewLine=*/YES);
     OSUserIO::eprintLn();
@@ -62,7 +55,6 @@ TEST_F(OSUserIOTest, PrintsOnBothStreamsWithAndWithoutALineEnd) {
 }
 
 TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
-    const Handle latin("ISO-8859-1");
     const std::pair<std::string, std::string> rows[] = {
         {"gr\xC3\xBC\xC3\x9F", "gr\xFC\xDF"},
         {"a\xFF z", "a\xFF z"},                                 // no UTF-8
@@ -71,24 +63,22 @@ TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
         {std::string(30000, 'x') + "\xC3\xBC", std::string(30000, 'x') + "\xFC"},
     };
     for (const auto &[text, expected] : rows)
-        EXPECT_EQ(converted(latin, text), expected);
+        EXPECT_EQ(converted(kLatin, text), expected);
 }
 
 TEST_F(OSUserIOTest, EachTextLeavesTheShiftStateAsItFoundIt) {
-    const Handle japanese("ISO-2022-JP");
     const std::string once = "\x1B$B$\"\x1B(B";
-    EXPECT_EQ(converted(japanese, "\xE3\x81\x82"), once);
+    EXPECT_EQ(converted(kJapanese, "\xE3\x81\x82"), once);
     {
         Fault fault(Call::iconv, /*skip=*/0, /*times=*/1, EBADF);
-        EXPECT_EQ(converted(japanese, "\xE3\x81\x82"), "\xE3\x81\x82");
+        EXPECT_EQ(converted(kJapanese, "\xE3\x81\x82"), "\xE3\x81\x82");
     }
-    EXPECT_EQ(converted(japanese, "a"), "a");
+    EXPECT_EQ(converted(kJapanese, "a"), "a");
 }
 
 TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     const TemporaryDirectory directory;
-    const Handle latin("ISO-8859-1");
-    _iconvHandle = latin;
+    _iconvHandle = kLatin;
     CapturedOutput error;
     OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F"_ns);
     OSUserIO::setOutputConversionCallback([](iconv_t, NSString *) { return "ignored"_ns; });
@@ -106,7 +96,6 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
         EXPECT_EQ(converted(_iconvHandle, "gr\xC3\xBC"), "gr\xFC");
     }
     setLocale("C");
-    OSUserIO::eprintLn("gr\xC3\xBC"_ns); // ASCII has no such letter
     setLocale("nowhere");
     EXPECT_EQ(_iconvHandle, kNone);
     {
@@ -115,7 +104,6 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
     }
     EXPECT_EQ(_iconvHandle, kNone);
     EXPECT_EQ(error.end(),
-              "gr\xC3\xBC\n"
               "The locale is not specified.\n"
               "Please check the environment variables LANG, LC_CTYPE, or LC_ALL.\n"
               "All terminal output will be UTF-8 encoded.\n"
@@ -185,12 +173,6 @@ TEST_F(OSUserIOTest, AnswersOfAnyLengthAreReadWhole) {
         });
         EXPECT_EQ(written, "A\n> [" + line + "]\nB\n> [last]\n900040: Success\n");
     }
-    EXPECT_EQ(writtenWithInput(directory, "text\n",
-                               [] {
-                                   const Fault fault(Call::fgets, /*skip=*/0, /*times=*/1, EIO);
-                                   ask("A");
-                               }),
-              "A\n> []\n900040: Input/output error\n");
 }
 
 TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
