@@ -82,16 +82,6 @@ const Use kStreams[] = {
          stream->writeObject("new"_ns);
          stream->close();
      }},
-    {"LongestNames", nothing,
-     [](const Place &place) {
-         NSString *const name = place.string(std::string(255, '\xFE'));
-         NSString *const other = place.string(std::string(255, '\xFD'));
-         QBFileOutputStream::writeToFile("text"_ns, name, NO);
-         OSFilePath::renamePath(name, other);
-         auto *stream = QBFileInputStream::streamWithFile(other);
-         return describe(stream ? stream->readLine() : nullptr);
-     },
-     Leaves::anything},
     {"LinesOfAFile",
      [](const Place &place) {
          std::string lines;
@@ -241,34 +231,11 @@ std::string conversation(OSSocket *server, OSSocket *client) {
     return text + std::to_string(peeked) + describe(peer->readBytes(100, kShortTime));
 }
 
-// A name of the directory that is short enough.
-class ShortName {
-public:
-    explicit ShortName(const Place &place) : directory_(::open(place.path().c_str(), O_PATH | O_CLOEXEC)) {}
-    ~ShortName() { ::close(directory_); }
-    ShortName(const ShortName &) = delete;
-    ShortName &operator=(const ShortName &) = delete;
-
-    NSString *of(const char *name) const {
-        return NSString::stringWith("/proc/self/fd/" + std::to_string(directory_) + "/" + name);
-    }
-
-private:
-    int directory_;
-};
-
 // A signal that interrupts receiving ends it without an error; a storm of them may go on until the sockets
 // close.
 const std::vector<Call> kInterruptible = {Call::recv, Call::poll, Call::close};
 
 const Use kSockets[] = {
-    {"UnixSockets", nothing,
-     [](const Place &place) {
-         const ShortName name(place);
-         OSSocket *const server = OSSocket::serverSocketWithName(name.of("out"));
-         return conversation(server, server ? OSSocket::clientSocketWithName(name.of("out")) : nullptr);
-     },
-     Leaves::parts, kInterruptible},
     {"InternetSockets", nothing,
      [](const Place &) {
          OSSocket *const server = OSSocket::serverSocketOnHost("127.0.0.1"_ns, 0);

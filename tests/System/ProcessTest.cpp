@@ -38,18 +38,6 @@ void (*actionOf(int signal))(int) {
 
 } // namespace
 
-TEST(ProcessTest, EachProcessHasItsOwnId) {
-    const auto isOwn = [](void *) { return sys::getpid() == ::getpid() ? 0 : 1; };
-    ASSERT_EQ(isOwn(nullptr), 0);
-    const pid_t copy = ::fork();
-    if (copy == 0)
-        sys::_exit(isOwn(nullptr));
-    for (const pid_t child : {copy, sys::startSharingMemory(isOwn, nullptr)}) {
-        EXPECT_EQ(endOf(child), 0);
-        EXPECT_EQ(isOwn(nullptr), 0);
-    }
-}
-
 TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
     // What the child finds comes back as its exit status: emulators give it a memory of its own.
     const auto child = [](void *context) {
@@ -101,17 +89,5 @@ TEST(ProcessTest, WritingWithoutAReaderIsAnErrorAndNoSignal) {
     EXPECT_EQ(write(), -1);
     EXPECT_EQ(errno, EPIPE);
     EXPECT_FALSE(isBlocked(SIGPIPE));
-    // One that waits already is the caller's.
-    sigset_t set, waiting;
-    sigemptyset(&set);
-    sigaddset(&set, SIGPIPE);
-    ::sigprocmask(SIG_BLOCK, &set, nullptr);
-    ::raise(SIGPIPE);
-    EXPECT_EQ(write(), -1);
-    sigpending(&waiting);
-    EXPECT_EQ(sigismember(&waiting, SIGPIPE), 1);
-    const timespec atOnce{};
-    EXPECT_EQ(::sigtimedwait(&set, nullptr, &atOnce), SIGPIPE);
-    ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
     sys::close(ends[1]);
 }

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <netinet/in.h>
 #include <string>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -68,39 +67,6 @@ private:
 
 } // namespace
 
-TEST_F(SystemTest, TransfersOutlastSignalsAndShortWrites) {
-    const std::string text(1000, 'x');
-    const int file = sys::openExclusive(path("all").c_str(), 0600);
-    {
-        const CallCounter counter;
-        Fault shortly(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{300});
-        Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
-        EXPECT_EQ(sys::writeAll(file, text.data(), text.size()), 0);
-        EXPECT_EQ(counter.calls(Call::write), 9u); // five in vain, 300, 300, 300, 100
-        Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0});
-        EXPECT_EQ(sys::writeAll(file, "y", 1), -1); // rather than for ever
-    }
-    std::string back(1200, '-');
-    ASSERT_EQ(sys::lseek(file, 0, SEEK_SET), 0);
-    Fault shortly(Call::read, /*skip=*/0, /*times=*/3, sys::ShortTransfer{7});
-    Fault storm(Call::read, /*skip=*/1, /*times=*/2, EINTR);
-    EXPECT_EQ(sys::readAll(file, back.data(), back.size()), 1000);
-    EXPECT_EQ(back.substr(0, 1000), text);
-    sys::close(file);
-}
-
-TEST_F(SystemTest, StreamsWithoutABufferOutlastSignals) {
-    std::FILE *const file = sys::fopen(path("line").c_str(), "w");
-    ASSERT_EQ(std::setvbuf(file, nullptr, _IONBF, 0), 0);
-    Fault shortly(Call::fwrite, /*skip=*/0, /*times=*/0, sys::ShortTransfer{3});
-    Fault storm(Call::fwrite, /*skip=*/1, /*times=*/5, EINTR);
-    EXPECT_EQ(sys::fwrite("text", 1, 4, file), 3u);
-    EXPECT_EQ(sys::fwrite("abc", 1, 3, file), 3u);
-    EXPECT_FALSE(sys::ferror(file));
-    EXPECT_EQ(sys::fclose(file), 0);
-    EXPECT_EQ(directory_.read("line"), "texabc");
-}
-
 // Started without standard input: what is opened next would take its place.
 TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     const int kept = sys::dup(0);
@@ -118,22 +84,6 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     EXPECT_EQ(sys::fclose(file), 0);
     for (const int descriptor : {kept, opened, inside, duplicate})
         sys::close(descriptor);
-}
-
-TEST_F(SystemTest, NewDescriptorsAreCloseOnExec) {
-    DIR *directory = sys::opendir(directory_.path().c_str());
-    std::FILE *file = sys::fopen(path("file").c_str(), "w+b");
-    ASSERT_TRUE(directory && file);
-    EXPECT_TRUE(isCloseOnExec(::dirfd(directory)));
-    ASSERT_EQ(sys::freopen(path("file").c_str(), "rb", file), file);
-    EXPECT_TRUE(isCloseOnExec(sys::fileno(file)));
-    const int descriptor = sys::socket(AF_UNIX, SOCK_STREAM, 0);
-    EXPECT_TRUE(isCloseOnExec(descriptor));
-    EXPECT_EQ(sys::dup2(descriptor, descriptor), descriptor); // the way to hand it on to a program
-    EXPECT_EQ(sys::fcntl(descriptor, F_GETFD), 0);
-    EXPECT_EQ(sys::close(descriptor), 0);
-    EXPECT_EQ(sys::closedir(directory), 0);
-    EXPECT_EQ(sys::fclose(file), 0);
 }
 
 TEST_F(SystemTest, StandardStreamStaysInheritable) {
@@ -209,29 +159,4 @@ TEST_F(SystemTest, WaitingEndsAtItsDeadlineDespiteSignals) {
     EXPECT_GE(sys::monotonicNanoseconds() - middle, 40'000'000);
     EXPECT_EQ(sys::Deadline::afterMilliseconds(INT64_MAX).remainingMilliseconds(), -1);
     EXPECT_FALSE(sys::Deadline::afterMilliseconds(INT64_MAX / 1'000'000).hasPassed());
-}
-
-TEST_F(SystemTest, SocketsConnectThroughASignalAndNeverRaiseSigpipe) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    auto *anyAddress = reinterpret_cast<sockaddr *>(&address);
-    socklen_t length = sizeof address;
-    const int listener = sys::socket(AF_INET, SOCK_STREAM, 0);
-    ASSERT_EQ(sys::bind(listener, anyAddress, length), 0);
-    ASSERT_EQ(sys::getsockname(listener, anyAddress, &length), 0);
-    const int refused = sys::socket(AF_INET, SOCK_STREAM, 0);
-    Fault signal(Call::connect, 0, 2, EINTR);
-    EXPECT_EQ(sys::connect(refused, anyAddress, length), -1); // nobody listens yet
-    EXPECT_EQ(errno, ECONNREFUSED);
-    ASSERT_EQ(sys::listen(listener, 1), 0);
-    const int client = sys::socket(AF_INET, SOCK_STREAM, 0);
-    ASSERT_EQ(sys::connect(client, anyAddress, length), 0);
-    const int server = sys::accept(listener, nullptr, nullptr);
-    EXPECT_TRUE(isCloseOnExec(server));
-    ASSERT_EQ(sys::shutdown(client, SHUT_WR), 0);
-    EXPECT_EQ(sys::send(client, "d", 1), -1);
-    EXPECT_EQ(errno, EPIPE);
-    for (const int descriptor : {listener, refused, client, server})
-        sys::close(descriptor);
 }
