@@ -52,19 +52,6 @@ std::string plainlySimplified(const std::string &path) {
 
 } // namespace
 
-TEST_F(OSFilePathTextTest, SimplificationFollowsItsRules) {
-    const std::pair<const char *, const char *> rows[] = {
-        {"a//b/../c", "a/c"}, {"../..", "."},     {"a/../..", ".."},
-        {"/../a", "/../a"},   {"//srv", "//srv"}, {"//srv/../..", "//srv/"},
-        {"///a", "///a"},     {"a//", "a//"},     {"a/b/..", "a/"},
-        {"a/b/../", "a//"},   {"/./", "/"},
-    };
-    for (const auto &[path, result] : rows)
-        EXPECT_EQ(simplified(path), result) << path;
-    EXPECT_EQ(simplified(""), "");
-    EXPECT_EQ(simplified(std::string_view("a/\0/../b", 8)), "a/b");
-}
-
 TEST_F(OSFilePathTextTest, SimplificationOfRandomPathsIsThatOfTheirComponents) {
     Random random;
     const std::string pieces[] = {"/", "/", "/", ".", "..", "a", "bc", "/../", "/./", "\xff"};
@@ -73,6 +60,9 @@ TEST_F(OSFilePathTextTest, SimplificationOfRandomPathsIsThatOfTheirComponents) {
         const std::string result = simplified(path);
         EXPECT_EQ(result, plainlySimplified(path)) << path;
     }
+    EXPECT_EQ(simplified(""), "");
+    EXPECT_EQ(simplified("//srv/../.."), "//srv/");
+    EXPECT_EQ(simplified(std::string_view("a/\0/../b", 8)), "a/b");
 }
 
 TEST_F(OSFilePathTextTest, RelativePathsLeadFromTheDirectoryToThePath) {

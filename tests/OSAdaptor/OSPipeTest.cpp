@@ -21,6 +21,7 @@ TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
         ends[0] = pipe->readHandle();
         ends[1] = pipe->writeHandle();
         EXPECT_EQ(::fcntl(ends[0], F_GETFD) & ::fcntl(ends[1], F_GETFD), FD_CLOEXEC);
+        const Fault signal(Call::close, 0, 1, EINTR); // closed all the same
         EXPECT_EQ(pipe->closeReadHandle(), 0);
         EXPECT_EQ(pipe->closeReadHandle(), 0);
         EXPECT_FALSE(isOpen(ends[0]));
@@ -64,6 +65,9 @@ TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
         EXPECT_EQ(call == Call::write ? pipe->write("a", 1) : pipe->read(text, 1), -1);
         EXPECT_EQ(errno, EINTR);
     }
+    pipe->closeReadHandle();
+    EXPECT_EQ(pipe->write("a", 1), -1); // and no signal
+    EXPECT_EQ(errno, EPIPE);
 }
 
 TEST_F(OSPipeTest, StreamsReadWriteAndClose) {

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <regex>
 #include <sys/wait.h>
@@ -44,12 +45,13 @@ TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal)
         std::string text = ::getsid(0) == ::getpid() ? "leader" : "";
         for (const char *name : {"cwd", "fd/0", "fd/1", "fd/2"})
             text += " " + std::filesystem::read_symlink(std::string("/proc/self/") + name).string();
+        text += ::fcntl(0, F_GETFD) == 0 ? " inherited" : ""; // by programs that are started then
         tell(report, text);
         ::_exit(5); // nobody's affair
     });
     EXPECT_EQ(output.end(), "buffered;");
     EXPECT_EQ(end.status, 0);
-    EXPECT_EQ(end.report, "leader " + directory.path() + " /dev/null /dev/null /dev/null");
+    EXPECT_EQ(end.report, "leader " + directory.path() + " /dev/null /dev/null /dev/null inherited");
 }
 
 TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {

@@ -176,16 +176,6 @@ TEST_F(OSSorterTest, FunctionsAreCalledStepByStepWithTheirContext) {
     }
 }
 
-TEST_F(OSSorterTest, MissingValuesAreSortedAsTheNullObject) {
-    OSSorter *const sorter = OSSorter::sorterForLanguageValueFunction(
-        nullptr, [](id element, void *) { return element->isEqual("none"_ns) ? nullptr : element; });
-    NSArray *const array = NSArray::arrayWithObjects("z"_ns, "none"_ns, "0"_ns);
-    NSArray *const byText = OSSorter::sorterForLanguage(nullptr)->sortArrayAscending(
-        NSArray::arrayWithObjects("z"_ns, QBNil::value(), "0"_ns));
-    EXPECT_EQ(sorter->sortArrayAscending(array)->indexOfObject("none"_ns),
-              byText->indexOfObjectIdenticalTo(QBNil::value()));
-}
-
 TEST_F(OSSorterTest, TheCollationIsThatOfTheEnvironmentAfterwards) {
     NEED_LOCALE("de_DE.UTF-8");
     NSArray *const array = NSArray::arrayWithObjects("b"_ns, "a"_ns);

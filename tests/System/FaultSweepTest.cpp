@@ -82,13 +82,7 @@ const Use kStreams[] = {
          stream->writeObject("new"_ns);
          stream->close();
      }},
-    {"LinesOfAFile",
-     [](const Place &place) {
-         std::string lines;
-         while (lines.size() < 70000)
-             lines += std::string(lines.size() < 2000 ? 900 : 300, 'x') + "\n";
-         place.write("in", lines);
-     },
+    {"LinesOfAFile", longFile,
      [](const Place &place) {
          std::string lines;
          auto *stream = QBFileInputStream::streamWithFile(place.string("in"));
@@ -170,15 +164,6 @@ const Use kFiles[] = {
      [](const Place &place) { OSFilePath::symlink(place.string("link"), place.string("tree/deep")); }},
     {"Directories", nothing, [](const Place &place) { OSFilePath::makePath(place.string("a/b/c")); },
      Leaves::parts},
-    {"FileComparison",
-     [](const Place &place) {
-         longFile(place);
-         place.write("other", longText() + "x");
-     },
-     [](const Place &place) {
-         return std::string(OSFilePath::fileAtPath(place.string("in"), place.string("other")) ? "differ"
-                                                                                              : "same");
-     }},
 };
 QB_FAULT_SWEEP(Files, kFiles);
 
@@ -261,19 +246,15 @@ QB_FAULT_SWEEP(Sockets, kSockets);
 
 using FullDiskTest = PoolFixture;
 
-NSString *fullDevice() {
-    return "/dev/full"_ns;
-}
-
 } // namespace
 
 TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
     const Act acts[] = {
-        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile(fullDevice())); },
+        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile("/dev/full"_ns)); },
         [](const Place &) {
             QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
         },
-        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile("/dev/full"_ns, NO)); },
         [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
     };
     const TemporaryDirectory directory;

@@ -80,14 +80,3 @@ TEST(ProcessTest, ChildSharingMemoryHasAnEnvironmentAndAStackForItself) {
     EXPECT_EQ(endOf(sys::startSharingMemory(child, arguments.data(), arguments.size())), 37);
     EXPECT_EQ(sys::environment(), before);
 }
-
-TEST(ProcessTest, WritingWithoutAReaderIsAnErrorAndNoSignal) {
-    int ends[2];
-    ASSERT_EQ(sys::pipe(ends), 0);
-    sys::close(ends[0]);
-    const auto write = [&] { return sys::writeWithoutSignal(ends[1], "abc", 3, sys::OnSignal::report); };
-    EXPECT_EQ(write(), -1);
-    EXPECT_EQ(errno, EPIPE);
-    EXPECT_FALSE(isBlocked(SIGPIPE));
-    sys::close(ends[1]);
-}

@@ -9,10 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <sys/time.h>
-#include <sys/wait.h>
 
 namespace {
 
@@ -86,39 +84,6 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
         sys::close(descriptor);
 }
 
-TEST_F(SystemTest, StandardStreamStaysInheritable) {
-    directory_.write("input", "text");
-    const pid_t child = sys::fork();
-    if (child == 0)
-        sys::_exit(sys::freopen(path("input").c_str(), "r", stdin) && !isCloseOnExec(0) &&
-                           sys::fgetc(stdin) == 't'
-                       ? 0
-                       : 1);
-    int status = -1;
-    EXPECT_EQ(sys::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-}
-
-TEST_F(SystemTest, ExclusiveOpenRefusesWhateverIsThere) {
-    directory_.write("victim", "precious");
-    ASSERT_EQ(sys::symlink(path("victim").c_str(), path("planted").c_str()), 0);
-    ASSERT_EQ(sys::symlink(path("absent").c_str(), path("dangling").c_str()), 0);
-    for (const char *name : {"victim", "planted", "dangling"}) {
-        EXPECT_EQ(sys::openExclusive(path(name).c_str(), 0600), -1) << name;
-        EXPECT_EQ(errno, EEXIST) << name;
-    }
-    EXPECT_EQ(sys::access(path("absent").c_str(), F_OK), -1);
-}
-
-TEST_F(SystemTest, ReleasingCallsReleaseAndReport) {
-    const Fault faults[] = {
-        {Call::close, 0, 1, EIO}, {Call::close, 1, 1, EINTR}, {Call::closedir, 0, 1, EIO}};
-    EXPECT_EQ(sys::close(sys::open("/", O_RDONLY)), -1);
-    EXPECT_EQ(errno, EIO);
-    EXPECT_EQ(sys::close(sys::open("/", O_RDONLY)), 0); // interrupted, but closed
-    EXPECT_EQ(sys::closedir(sys::opendir("/")), -1);
-}
-
 TEST_F(SystemTest, DirectoriesThatNeedNoSyncAreInSync) {
     const Fault unable(Call::fsync, /*skip=*/0, /*times=*/1, EINVAL);
     EXPECT_EQ(sys::syncDirectory(directory_.path().c_str()), 0);
@@ -151,12 +116,6 @@ TEST_F(SystemTest, WaitingEndsAtItsDeadlineDespiteSignals) {
         EXPECT_EQ(sys::poll(&waiting, 1, 10'000, sys::OnSignal::report), -1);
         EXPECT_EQ(errno, EINTR);
     }
-    const std::int64_t middle = sys::monotonicNanoseconds();
-    {
-        const Alarm alarm(/*milliseconds=*/10, [](int) {});
-        EXPECT_EQ(sys::sleep(40'000'000), 0);
-    }
-    EXPECT_GE(sys::monotonicNanoseconds() - middle, 40'000'000);
     EXPECT_EQ(sys::Deadline::afterMilliseconds(INT64_MAX).remainingMilliseconds(), -1);
     EXPECT_FALSE(sys::Deadline::afterMilliseconds(INT64_MAX / 1'000'000).hasPassed());
 }
