@@ -30,9 +30,7 @@ struct Change {
 const Change kChanges[] = {
     {"overwrite", [] { write(/*atomically=*/NO); }},
     {"replace", [] { write(/*atomically=*/YES); }},
-    {"copy", [] { OSFilePath::copyPath("tree"_ns, "copies"_ns); }},
-    {"remove-tree", [] { OSFilePath::removePath("tree"_ns); }},
-    {"remove-name", [] { OSFilePath::removePath("tree"_ns, "away"_ns); }},
+    {"remove", [] { OSFilePath::removePath("tree"_ns, "away"_ns); }},
 };
 
 } // namespace

@@ -53,13 +53,6 @@ bool runProcesses() {
     output->closeWriteHandle();
     bool isGood = isText(contentOf(output), "b\n") && echo->waitForProcessDoHang(YES) == 1;
 
-    const Ref<OSProcess> missing = OSProcess::initWithCommand("/no/such"_ns, nullptr, nullptr);
-    isGood &= missing->waitForProcessDoHang(YES) == -1 && ERRORHANDLER->clearErrorStack()->count() == 1;
-
-    OSPipe *const written = OSPipe::pipe();
-    OSProcess::createSubProcessWritingToPipe(written, "echo"_ns, NSArray::arrayWith({"c"_ns}), nullptr);
-    isGood &= isText(contentOf(written), "c\n");
-
     OSPipe *const answer = OSPipe::pipe();
     OSPipe *const question = OSPipe::pipe();
     OSProcess::createCoprocessWithPipeForRead(answer, question, "cat"_ns, nullptr, nullptr, nullptr);

@@ -66,19 +66,6 @@ terminal send-keys Ada Enter
 shows 'choices' "What is your name?
 > Ada
 $choices"
-terminal send-keys -l up
-terminal send-keys Enter
-whole="What is your name?
-> Ada
-$choices up
-$(bar 50 10/10)
-Counted to ten.
-Anything else?
->"
-shows 'the last question' "$whole"
-terminal send-keys C-d
-shows 'the end of input' "$whole
-[900040] No answer could be read from standard input: Success"
 
 # A site whose pages are held up until they may go on.
 mkdir -p "$work/site/pages" "$work/site/templates"
