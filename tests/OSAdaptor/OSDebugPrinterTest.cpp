@@ -90,6 +90,8 @@ TEST_F(OSDebugPrinterTest, TracesNameChannelLevelStateAndPlace) {
     qb::trace(channel_, {"src/A", 12, printer(), "b:c:"}, "%s", NSString::stringWith("object"));
     ERRORHANDLER->setErrorState(ERRORSTATE_OK);
     qb::trace(channel_, {"src/A", 13, &OSProcess::cls, "d"}, "class");
+    qb::trace(channel_ + 1, {"src/A", 14, printer(), "e"}, "silent");
+    profile_beginAction(profile_ + 1, "silent");
     EXPECT_EQ(logLines(output.end()), "[T] (P) [] [here(3) OK] a -1c 5 1099511627776   2.2 ff\n"
                                       "[T] (P) [] [here(3) OK] typed-9223372036854775808\n"
                                       "[T] (P) [] [here(3) ERROR] src/A:12(OSDebugPrinter): -b:c: -> object\n"
@@ -110,13 +112,6 @@ TEST_F(OSDebugPrinterTest, TracesOfBadOrMissingFormatsStandAsTheyAreAndReadNothi
                                       "[T] (P) [debug] [here(0) OK] <nil>:1(<nil>): -<nil> -> \n"
                                       "[T] (P) [debug] [here(0) OK] %s\n"
                                       "[T] (P) [debug] [here(0) OK] \n");
-}
-
-TEST_F(OSDebugPrinterTest, SilentChannelsWriteNothing) {
-    CapturedOutput output;
-    qb::trace(channel_ + 1, {"src/A", 1, printer(), "b"}, "x");
-    profile_beginAction(profile_ + 1, "x");
-    EXPECT_EQ(output.end(), "");
 }
 
 TEST_F(OSDebugPrinterTest, ActionsNestAndMeasure) {

@@ -112,17 +112,13 @@ TEST_F(OSLoggerTest, AFileThatCannotBeOpenedIsAnErrorAndStandardErrorTakesTheLin
         logger->logWithLevelMessage(0, "one"_ns);
         logger->logWithLevelMessage(0, "two"_ns); // no further attempt, no further error
         for (const auto &error : recordingErrorHandler()->raised)
-            std::fprintf(stderr, "%s:%d raised %d: %s\n", error.file.c_str(), error.line, error.number,
-                         error.values.c_str());
-        logger->setLogFileName(directory.string("missing/other"));
-        logger->logWithLevelMessage(0, "lost"_ns); // and nothing breaks
+            std::fprintf(stderr, "%d raised %d: %s\n", error.line, error.number, error.values.c_str());
         logger->setLogFileName(directory.string("log"));
         logger->logWithLevelMessage(0, "three"_ns);
     });
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(logLines(end.standardError, end.process),
-              "[T] (P) [] one\n[T] (P) [] two\nsrc/OSAdaptor/OSLogger:236 raised 100024: " + name +
-                  " No such file or directory\n");
+              "[T] (P) [] one\n[T] (P) [] two\n236 raised 100024: " + name + " No such file or directory\n");
     EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] three\n");
 }
 
@@ -167,8 +163,6 @@ TEST_F(OSLoggerTest, WithoutStandardErrorTheFileHasItsLinesOnce) {
         logger->logWithLevelMessage(0, "lost"_ns);
         logger->setLogFileName(directory.string("log"));
         logger->logWithLevelMessage(0, "kept"_ns); // and not for standard error, too
-        logger->setLogFileName("/dev/full"_ns);
-        logger->logWithLevelMessage(0, "lost"_ns);
         ::_exit(ERRORHANDLER->errorState());
     });
     EXPECT_EQ(end.status, ERRORSTATE_OK);
@@ -181,9 +175,8 @@ TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
     OSLogger::disableDuplicateLogToStderr();
     OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
     {
-        Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
+        const Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
         logger->logWithLevelMessage(0, "lost"_ns);
-        EXPECT_EQ(fault.hits(), 1u);
     }
     const Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
     logger->logWithLevelMessage(0, "kept"_ns);

@@ -11,17 +11,13 @@ namespace {
 class Remote : public OSObject {
 public:
     static Class *cls() {
-        static const qb::Method methods[] = {
-            qb::classMethod<"getErrorCode">(&Remote::getErrorCode),
-            qb::classMethod<"errorDescription">(&Remote::errorDescription),
-        };
+        static const qb::Method methods[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
         static Class *const self = new Class("Remote", OSObject::cls(), methods, qb::construct<Remote>);
         return self;
     }
     Class *classObject() const override { return cls(); }
 
     static std::uint32_t getErrorCode() { return 7; }
-    static const char *errorDescription() { return "far away"; }
 };
 
 } // namespace
@@ -39,7 +35,6 @@ TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
 TEST_F(OSObjectTest, ObjectsAskTheirClass) {
     const auto object = Ref<Remote>::adopt(new Remote);
     EXPECT_EQ(send<std::uint32_t>(object.get(), "getErrorCode"_sel), 7u);
-    EXPECT_STREQ(send<const char *>(object.get(), "errorDescription"_sel), "far away");
 }
 
 TEST_F(OSObjectTest, TheProcessKnowsItsSize) {

@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <regex>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using OSProcessDaemonTest = ServicesFixture;

@@ -1,5 +1,4 @@
 #include "OSAdaptor/ProcessOutput.h"
-#include "System/Process.h"
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"

@@ -2,7 +2,7 @@
 #include "support/ServicesFixture.h"
 
 #include <csignal>
-#include <cstdlib>
+#include <cstdio>
 #include <unistd.h>
 
 using OSProcessSignalsTest = ServicesFixture;

@@ -60,6 +60,9 @@ TEST_F(OSSocketReceivingTest, PeeksTakeNothing) {
     EXPECT_EQ(read(1), "1 a");
     pair_.feed("de");
     EXPECT_EQ(peek(9), "4 bcde"); // from both
+    char bytes[] = "......";
+    EXPECT_EQ(pair_.client->_copyBytesFromInternalBufferIntoBuffer(bytes, UINT32_MAX, /*offset=*/3, YES), 2);
+    EXPECT_STREQ(bytes, "...bc.");
     EXPECT_EQ(read(3), "3 bcd");
     EXPECT_EQ(peek(9, 20), "1 e"); // time out
     pair_.feed("f");
@@ -95,15 +98,6 @@ TEST_F(OSSocketReceivingTest, PendingErrorsEndReadsAndBytesStay) {
         EXPECT_EQ(error.values(), std::to_string(pair_.client->socketHandle()));
     }
     EXPECT_EQ(line(), "bc");
-}
-
-TEST_F(OSSocketReceivingTest, BufferedBytesAreCopiedToAnOffset) {
-    pair_.feed("abcd");
-    EXPECT_EQ(read(1), "1 a");
-    char bytes[] = "......";
-    EXPECT_EQ(pair_.client->_copyBytesFromInternalBufferIntoBuffer(bytes, 1, /*offset=*/-5, NO), 1);
-    EXPECT_EQ(pair_.client->_copyBytesFromInternalBufferIntoBuffer(bytes, UINT32_MAX, /*offset=*/3, NO), 2);
-    EXPECT_STREQ(bytes, "b..cd.");
 }
 
 TEST_F(OSSocketReceivingTest, LinesEndAtLineFeedsAndLoseCarriageReturns) {

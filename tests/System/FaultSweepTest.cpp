@@ -1,11 +1,9 @@
 #include "support/FaultSweep.h"
 
 #include <cstdio>
-#include <fcntl.h>
 #include <filesystem>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -72,16 +70,6 @@ const Use kStreams[] = {
          if (auto stream = QBFileOutputStream::initWithFile(place.string("out"), YES))
              stream->writeObject("new"_ns);
      }},
-    {"FileWrittenAnew", oldFile,
-     [](const Place &place) {
-         auto *stream = QBFileOutputStream::streamWithFile(place.string("out"), YES);
-         if (!stream)
-             return;
-         stream->writeObject(NSString::stringWith(longText()));
-         stream->reset();
-         stream->writeObject("new"_ns);
-         stream->close();
-     }},
     {"LinesOfAFile", longFile,
      [](const Place &place) {
          std::string lines;
@@ -102,19 +90,6 @@ const Use kStreams[] = {
              blocks.append(block, static_cast<std::size_t>(count));
          }
          return blocks;
-     }},
-    {"MemoryStreams", nothing,
-     [](const Place &) {
-         auto *data = QBDataOutputStream::streamWithCapacity(10);
-         auto *text = QBStringOutputStream::stream();
-         if (!data || !text)
-             return std::string();
-         data->writeObject(settings());
-         auto *source = QBDataInputStream::streamWithData(data->targetData());
-         char block[1000];
-         for (int count; (count = source->readBuffer(block, sizeof block)) > 0;)
-             text->writeBuffer(block, static_cast<std::uint32_t>(count));
-         return std::string(text->targetString()->view());
      }},
     {"EncipheredFile", longFile,
      [](const Place &place) {

@@ -5,9 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <csignal>
 #include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace sys = qb::sys;
@@ -47,9 +46,7 @@ TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
         for (const int signal : {SIGALRM, SIGUSR1, SIGRTMIN})
             if (isBlocked(signal) || actionOf(signal) != SIG_DFL)
                 return 2;
-        char *const missing[] = {writable("missing"), nullptr};
-        sys::execvp("/no/such/program", missing);
-        return errno == ENOENT ? *static_cast<int *>(context) : 3;
+        return *static_cast<int *>(context);
     };
     const auto alarmBefore = std::signal(SIGALRM, [](int) {});
     const auto userBefore = std::signal(SIGUSR1, SIG_IGN);

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -38,10 +37,6 @@ NSString *contentOf(OSPipe *pipe) {
     return text->targetString();
 }
 
-bool isText(NSString *text, const char *expected) {
-    return text && std::strcmp(text->cString(), expected) == 0;
-}
-
 // One start of each kind, each of which must do what it is to do.
 bool runProcesses() {
     const NSAutoreleasePool pool;
@@ -51,14 +46,14 @@ bool runProcesses() {
         OSProcess::initWithCommand("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $A"_ns}),
                                    NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
     output->closeWriteHandle();
-    bool isGood = isText(contentOf(output), "b\n") && echo->waitForProcessDoHang(YES) == 1;
+    bool isGood = contentOf(output)->isEqualToString("b\n"_ns) && echo->waitForProcessDoHang(YES) == 1;
 
     OSPipe *const answer = OSPipe::pipe();
     OSPipe *const question = OSPipe::pipe();
     OSProcess::createCoprocessWithPipeForRead(answer, question, "cat"_ns, nullptr, nullptr, nullptr);
     question->getOutputStream()->writeObject("d"_ns);
     question->closeWriteHandle();
-    isGood &= isText(contentOf(answer), "d");
+    isGood &= contentOf(answer)->isEqualToString("d"_ns);
 
     OSProcess::runExternalCmd("false"_ns, nullptr, nullptr);
     isGood &= ERRORHANDLER->clearErrorStack()->count() == 1;

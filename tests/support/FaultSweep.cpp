@@ -11,7 +11,6 @@
 #include <map>
 #include <optional>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
