@@ -45,10 +45,6 @@ struct Use {
     Leaves leaves = Leaves::oldOrNew;
     /// Calls whose failure is an answer, so that it need not be told as one; `any`: other faults.
     std::vector<sys::Call> answering = {};
-    /// Makes what is different each time the same, before it is looked at.
-    Act tidyUp = [](const TemporaryDirectory &) {};
-    /// Whether allocations are made to fail, too.
-    bool isForMemory = true;
 };
 
 void PrintTo(const Use &use, std::ostream *stream);
