@@ -112,40 +112,21 @@ TEST_F(QBFileOutputStreamTest, AtomicFileThatIsNewGetsTheModeOfTheUmask) {
     EXPECT_EQ(modeOf(directory_ / "new"), 0640u);
 }
 
-TEST_F(QBFileOutputStreamTest, WritesAnObjectToAFile) {
-    NSArray *array = NSArray::arrayWithObjects("a"_ns, "b"_ns);
-    QBFileOutputStream::writeToFile(array, directory_.string("one"), /*atomically=*/NO);
-    send<void>(QBFileOutputStream::cls(), "write:toFile:atomically:"_sel, array, directory_.string("two"),
-               YES);
-    EXPECT_EQ(describeFiles(), "one: ab\ntwo: ab\n");
-    expectError(100024, values(".", EISDIR),
-                [&] { QBFileOutputStream::writeToFile(array, directory_.string("."), /*atomically=*/NO); });
-}
-
 TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) {
     directory_.write("out", "old");
-    const std::string longest(255, '\xFF');
-    directory_.write(longest, "old");
-    const struct {
-        NSString *path;
-        Call fails; // any: none
-        int error;
-    } rows[] = {
-        {directory_.string("out/below"), Call::any, ENOTDIR},
-        {directory_.string(longest), Call::any, ENAMETOOLONG}, // no room for the temporary name
-        {NSString::stringWith(directory_ / std::string_view("a\0b", 3)), Call::any, EINVAL},
-        {nullptr, Call::any, EFAULT},
-        {directory_.string("out"), Call::open, EPERM},
-        {directory_.string("out"), Call::fchmod, EPERM},
-        {directory_.string("out"), Call::fdopen, EPERM},
-    };
-    for (const auto &row : rows) {
-        const Fault fault(row.fails, row.fails == Call::any ? 1000000 : 0, /*times=*/1, row.error);
+    for (const Call call : {Call::open, Call::fchmod}) {
+        const Fault fault(call, /*skip=*/0, /*times=*/1, EPERM);
         ErrorExpectation error(100024);
-        EXPECT_EQ(QBFileOutputStream::initWithFile(row.path, /*atomically=*/YES), nullptr);
+        EXPECT_EQ(QBFileOutputStream::initWithFile(directory_.string("out"), /*atomically=*/YES), nullptr);
         EXPECT_EQ(error.place(), "src/QBFileOutputStream:183");
-        EXPECT_TRUE(error.values().ends_with(std::string(" ") + std::strerror(row.error))) << error.values();
-        EXPECT_EQ(describeFiles(), "out: old\n" + longest + ": old\n");
+        EXPECT_TRUE(error.values().ends_with(" Operation not permitted")) << error.values();
+        EXPECT_EQ(describeFiles(), "out: old\n");
+    }
+    const std::string longest(255, '\xFF');
+    { // no room for the temporary name
+        ErrorExpectation error(100024);
+        QBFileOutputStream::writeToFile("new"_ns, directory_.string(longest), /*atomically=*/YES);
+        EXPECT_TRUE(error.values().ends_with(" File name too long")) << error.values();
     }
     QBFileOutputStream::writeToFile("new"_ns, directory_.string(longest), /*atomically=*/NO);
     EXPECT_EQ(directory_.read(longest), "new");
@@ -162,14 +143,6 @@ TEST_F(QBFileOutputStreamTest, EarlierErrorGivesNoStreamButAnEmptyFile) {
         EXPECT_EQ(describeFiles(), "out: \n");
         EXPECT_EQ(takenErrors(), "(900999)");
     }
-}
-
-TEST_F(QBFileOutputStreamTest, FileStreamNeedsAFile) {
-    EXPECT_THROW(QBFileOutputStream::stream(), InvalidUseOfMethodException);
-    EXPECT_THROW(send<id>(QBFileOutputStream::cls(), "stream"_sel), InvalidUseOfMethodException);
-    EXPECT_REASON(
-        QBFileOutputStream::initWithFilePointer(nullptr),
-        "QBFileOutputStream initWithFilePointer: must have a file pointer argument that is not NULL.");
 }
 
 // --- Writing ---
@@ -194,27 +167,6 @@ TEST_F(QBFileOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
     }
 }
 
-TEST_F(QBFileOutputStreamTest, SubclassSeesEachWrite) {
-    class Counter : public QBFileOutputStream {
-    public:
-        static Ref<Counter> initWithFile(NSString *file) {
-            return qb::init<Counter>(&Counter::setUpWithFile, file, NO);
-        }
-        void _writeBuffer(const void *buffer, std::uint32_t length) override {
-            ++writes;
-            QBFileOutputStream::_writeBuffer(buffer, length);
-        }
-        int writes = 0;
-    };
-    Ref<Counter> stream = Counter::initWithFile(directory_.string("out"));
-    write(stream, "ab");
-    stream->writeByte('c'); // has its own way to the file
-    write(stream, "d");
-    EXPECT_EQ(stream->writes, 2);
-    stream->close();
-    EXPECT_EQ(directory_.read("out"), "abcd");
-}
-
 TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
     for (BOOL atomically : {NO, YES}) {
         directory_.write("out", "old");
@@ -235,13 +187,13 @@ TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {
         100024, values("out", EBADF), [&] { write(stream, "more"); }, "src/QBFileOutputStream:231");
     expectError(
         100024, values("out", EBADF), [&] { stream->writeByte('x'); }, "src/QBFileOutputStream:246");
-    EXPECT_REASON(stream->flush(), "QBFileOutputStream flush: file is not open");
     try {
         stream->flush();
+        ADD_FAILURE() << "flush throws nothing";
     } catch (const NSFileHandleOperationException &exception) {
         EXPECT_EQ(exception.name()->view(), "NotOpen");
+        EXPECT_STREQ(exception.what(), "QBFileOutputStream flush: file is not open");
     }
-    EXPECT_EQ(directory_.read("out"), "text");
 }
 
 TEST_F(QBFileOutputStreamTest, FilePointerIsWrittenInOrderWithOthersAndClosed) {
@@ -274,60 +226,29 @@ TEST_F(QBFileOutputStreamTest, StandardStreamsAreClosed) {
 
 // --- Failures ---
 
-TEST_F(QBFileOutputStreamTest, ShortWriteIsAFailedWrite) {
-    QBFileOutputStream *stream =
-        QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
-    {
-        Fault fault(Call::fwrite, /*skip=*/0, /*times=*/1, sys::ShortTransfer{5000});
-        ErrorExpectation error(100024);
-        write(stream, randomBytes(5001));
-        EXPECT_EQ(error.place(), "src/QBFileOutputStream:231");
-    }
-    stream->close();
-    EXPECT_EQ(describeFiles(), "");
-}
-
 TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
-    // Short writes are collected; the last one succeeds, which doesn't make it whole.
-    const auto writeOn = [](QBOutputStream *stream, const Fault &fault) {
-        while (fault.hits() == 0)
-            write(stream, "text");
-        write(stream, "text");
-    };
-    const auto writeBytes = [](QBOutputStream *stream, const Fault &fault) {
-        while (fault.hits() == 0)
-            stream->writeByte('x');
-        stream->writeByte('x');
-    };
-    const auto flush = [](QBOutputStream *stream, const Fault &) { stream->flush(); };
-    const auto close = [](QBOutputStream *stream, const Fault &) { stream->close(); };
     const struct {
         Call call;
         int line;
-        void (*act)(QBOutputStream *stream, const Fault &fault);
-    } rows[] = {{Call::fwrite, 231, writeOn}, {Call::fwrite, 246, writeBytes}, {Call::fwrite, 285, flush},
-                {Call::fflush, 285, flush},   {Call::fwrite, 260, close},      {Call::fflush, 260, close},
-                {Call::fsync, 260, close},    {Call::fclose, 260, close}};
+        void (*act)(QBOutputStream *stream);
+    } rows[] = {{Call::fwrite, 231, [](QBOutputStream *stream) { write(stream, randomBytes(100000)); }},
+                {Call::fflush, 285, [](QBOutputStream *stream) { stream->flush(); }},
+                {Call::fsync, 260, [](QBOutputStream *stream) { stream->close(); }}};
     for (const auto &row : rows) {
         directory_.write("out", "old");
         QBFileOutputStream *stream =
             QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
-        write(stream, "new");
         {
             const Fault fault(row.call, /*skip=*/0, /*times=*/1, EIO);
             expectError(
-                100024, describe(stream->tmpFilename()) + " " + std::strerror(EIO),
-                [&] { row.act(stream, fault); }, "src/QBFileOutputStream:" + std::to_string(row.line));
+                100024, describe(stream->tmpFilename()) + " " + std::strerror(EIO), [&] { row.act(stream); },
+                "src/QBFileOutputStream:" + std::to_string(row.line));
         }
+        if (row.call != Call::fsync)
+            write(stream, "text"); // which succeeds, and doesn't make it whole
         stream->close();
-        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(row.call) << " " << row.line;
+        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(row.call);
     }
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
-    const Fault directorySync(Call::fsync, /*skip=*/1, /*times=*/1, EIO); // told, but the new file is there
-    ErrorExpectation error(100024);
-    stream->close();
-    EXPECT_EQ(error.place(), "src/QBFileOutputStream:260");
-    EXPECT_EQ(describeFiles(), "out: \n");
 }
 
 TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
@@ -337,22 +258,6 @@ TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     const std::string temporary(stream->tmpFilename()->view());
     expectError(100202, temporary + " " + values("out", EISDIR), [&] { stream->close(); });
     EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
-}
-
-TEST_F(QBFileOutputStreamTest, FailedResetClosesTheStream) {
-    for (BOOL atomically : {NO, YES}) {
-        directory_.write("out", "old");
-        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
-        {
-            Fault fault(Call::freopen, /*skip=*/0, /*times=*/1, EMFILE);
-            ErrorExpectation error(100024);
-            stream->reset();
-            EXPECT_EQ(error.place(), "src/QBFileOutputStream:303");
-        }
-        EXPECT_THROW(stream->flush(), NSFileHandleOperationException);
-        stream->close();
-        EXPECT_EQ(describeFiles(), atomically ? "out: old\n" : "out: \n");
-    }
 }
 
 TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {
@@ -382,30 +287,4 @@ TEST_F(QBFileOutputStreamTest, SyncingCanBeSwitchedOff) {
         stream->close();
         EXPECT_EQ(counter.calls(Call::fsync), synchronizes ? 2u : 0u); // the file, then its directory
     }
-}
-
-TEST_F(QBFileOutputStreamTest, DeathAtAnyCallLeavesTheOldFileOrTheNewOne) {
-    const std::string oldText = randomBytes(150000), newText = randomBytes(200000);
-    bool isDone = false;
-    unsigned calls = 0;
-    bool sawNew = false;
-    for (; !isDone && calls < 200; ++calls) {
-        directory_.write("out", oldText);
-        const ChildEnd end = runInChild([&] {
-            Fault fault(Call::any, calls, sys::KillProcess());
-            QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
-            write(stream, newText.substr(0, 3000));
-            write(stream, newText.substr(3000, 100000));
-            for (std::size_t i = 103000; i < newText.size(); ++i)
-                stream->writeByte(newText[i]);
-            stream->close();
-        });
-        const std::string text = directory_.read("out");
-        ASSERT_TRUE(text == oldText || text == newText) << "killed at call " << calls;
-        isDone = end.status == 0;
-        sawNew = sawNew || (!isDone && text == newText);
-    }
-    EXPECT_TRUE(isDone);
-    EXPECT_TRUE(sawNew); // there is a call behind the rename, the directory's sync
-    EXPECT_GT(calls, 12u);
 }
