@@ -118,18 +118,12 @@ TEST_F(QBPhpStringTest, EachTypeHasItsText) {
         id value;
         std::string text;
     } rows[] = {
-        {NSNumber::numberWithInt(42), "42"},
         {NSNumber::numberWithLongLong(INT64_MIN), "-9223372036854775808"},
         {"42"_ns, string},
-        {QBNil::value(), string},
         {QBBool::trueBoolean(), string},
-        {NSData::data(), string},
         {NSArray::array(), "array()"},
-        {NSMutableDictionary::dictionary(), "array()"},
-        {numbers, "array(1, 2, 1.5)"},
         {NSArray::arrayWithObjects(numbers, NSArray::array(), "x"_ns),
          "array(array(1, 2, 1.5), array(), " + string + ")"},
-        {NSMutableArray::arrayWithObjects("a"_ns, QBNil::value()), "array(" + string + ", " + string + ")"},
         {NSDictionary::dictionaryWithObjectsAndKeys(numbers, NSNumber::numberWithInt(7),
                                                     NSNumber::numberWithInt(8), "k"_ns),
          "array(7 => array(1, 2, 1.5), " + string + " => 8)"},
