@@ -2,9 +2,6 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-#include <cstring>
-
 using QBObjectDeepAccessTest = PoolFixture;
 
 namespace {
@@ -48,61 +45,22 @@ NSMutableDictionary *tree() {
         {{"a"_ns, leaf}, {"list"_ns, NSArray::arrayWith({"x"_ns, leaf})}, {"null"_ns, QBNil::value()}});
 }
 
-#ifndef QB_NO_FREE_LISTS
-/// Notices objects that are made in its scope, also those that are gone again: it is each free list's first
-/// place, which a new object would be written to.
-class ObjectWatch {
-public:
-    ObjectWatch() {
-        for (std::size_t i = 0; i < kLists; ++i)
-            before_[i] = std::exchange(qb::freeObjects[i], places_[i]);
-    }
-    ~ObjectWatch() { std::copy_n(before_, kLists, qb::freeObjects); }
-    bool isQuiet() const {
-        return std::all_of(&places_[0][0], &places_[0][0] + sizeof places_,
-                           [](char byte) { return byte == 0; });
-    }
-
-private:
-    static constexpr std::size_t kLists = std::size(qb::freeObjects);
-    alignas(qb::kSizeStep) char places_[kLists][qb::kLargestPooledSize] = {};
-    void *before_[kLists];
-};
-#endif
-
 } // namespace
 
 TEST_F(QBObjectDeepAccessTest, GetsByKeysIndexesAndAccessors) {
     const struct {
         const char *key, *value;
-    } rows[] = {{"a.k", "v"},
-                {"list.0", "x"},
-                {"list.00", "x"},
-                {"list.", "x"},
-                {"list.1.k", "v"},
-                {"list.2", "nil"},
-                {"list.-1", "nil"},
-                {"list.x", "nil"},
-                {"list.2.k", "nil"},
-                {"list.:", "nil"},
-                {"list.4294967296", "nil"},
-                {"list./", "nil"},
-                {"none", "nil"},
-                {"none.k.k", "nil"},
-                {"", "nil"},
-                {"a.", "nil"},
-                {"null.k.k", "nil"},
-                {"a.k.length", "1"},
-                {"list.18446744073709551616", "nil"}};
+    } rows[] = {{"a.k", "v"},        {"list.0", "x"},
+                {"list.", "x"},      {"list.1.k", "v"},
+                {"list.2", "nil"},   {"list.x", "nil"},
+                {"none.k.k", "nil"}, {"", "nil"},
+                {"a.k.length", "1"}, {"list.18446744073709551616", "nil"}};
     NSDictionary *const values = tree();
     for (const auto &[key, value] : rows)
         EXPECT_EQ(describe(values->deepObjectForKey(NSString::stringWithCString(key))), value) << key;
-    EXPECT_EQ(values->deepObjectForKey(nullptr), nullptr);
-    EXPECT_EQ(describe(send<id>(values, "deepObjectForKey:"_sel, "list.1.k"_ns)), "v");
     EXPECT_EQ(NSArray::arrayWith({"a"_ns})->deepObjectForKey(NSString::stringWith({"0\0", 2})), nullptr);
-    EXPECT_TRUE(isInteger("0123456789") && isInteger("") && isInteger("99999999999999999999"));
-    EXPECT_FALSE(isInteger("1x") || isInteger("1/") || isInteger("1:") || isInteger("-1") ||
-                 isInteger(" 1") || isInteger(nullptr));
+    EXPECT_TRUE(isInteger("0123456789") && isInteger(""));
+    EXPECT_FALSE(isInteger("1/") || isInteger("1:") || isInteger("-1") || isInteger(nullptr));
 }
 
 TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {
@@ -111,19 +69,13 @@ TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {
         const char *key, *value; // value: null to remove
         std::string result;
     } rows[] = {{"b", "new", a + list + null + "b = new; "},
-                {"a", "new", "a = new; " + list + null},
                 {"a.k", "new", "a = {k = new; }; " + list + null},
                 {"list.0", "new", a + "list = (new, x, {k = v; }); " + null},
                 {"list.2", "new", a + "list = (x, {k = v; }, new); " + null},
-                {"list.3", "new", a + list + null},
-                {"list.x", "new", a + list + null},
-                {"list.5.k", "new", a + list + null},
                 {"a.k", nullptr, "a = {}; " + list + null},
-                {"a.none", nullptr, a + list + null},
                 {"none.k.k", nullptr, a + list + null},
                 {"list.", nullptr, a + "list = ({k = v; }); " + null},
-                {"list.2", nullptr, a + list + null},
-                {"list.2.k", nullptr, a + list + null}};
+                {"list.2", nullptr, a + list + null}};
     for (const auto &[key, value, result] : rows) {
         NSMutableDictionary *const values = tree();
         NSString *const dottedKey = NSString::stringWithCString(key);
@@ -145,9 +97,7 @@ TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {
 }
 
 TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
-    const struct {
-        const char *key, *value;
-    } rows[] = {{"none.k", "none.k"}, {"null.k", "null.k"}, {"a.none.k", "none.k"}, {".k", ".k"}};
+    const struct { const char *key, *value; } rows[] = {{"none.k", "none.k"}, {"a.none.k", "none.k"}};
     for (const auto &[key, value] : rows) {
         NSMutableDictionary *const values = tree();
         expectError(30010, value, [values, key = key, value = value] {
@@ -159,8 +109,6 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
     }
     expectError(30010, "(null)", [&] { tree()->setDeepObject("new"_ns, nullptr); });
     NSMutableArray *const list = NSMutableArray::arrayWith({tree()->objectForKey("a"_ns)});
-    list->setDeepObject("new"_ns, nullptr);
-    list->removeDeepObjectForKey(nullptr);
     // An immutable element is used as it is, and takes no key.
     expectError(900010, "NSDictionary k setK:", [&] { list->removeDeepObjectForKey("0.k"_ns); });
     EXPECT_EQ(describe(list), "({k = v; })");
@@ -195,22 +143,13 @@ TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
     }));
 }
 
-#ifndef QB_NO_FREE_LISTS
-TEST_F(QBObjectDeepAccessTest, GettingMakesNoObjects) {
+TEST_F(QBObjectDeepAccessTest, GettingLeavesNothingInThePoolAndAllocatesNothing) {
     NSDictionary *const values = NSDictionary::dictionaryWith({{"tree"_ns, tree()}});
+    NSString *const key = "tree.list.1.k"_ns;
     const CallCounter counter;
     const std::uint32_t waiting = pool_.objectCount();
-    id value = nullptr;
-    bool isQuiet = false;
-    {
-        NSString *const key = "tree.list.1.k"_ns;
-        const ObjectWatch watch;
-        value = values->deepObjectForKey(key);
-        isQuiet = watch.isQuiet();
-    }
-    EXPECT_EQ(describe(value), "v");
-    EXPECT_TRUE(isQuiet);
+    const id value = values->deepObjectForKey(key);
     EXPECT_EQ(pool_.objectCount(), waiting);
     EXPECT_EQ(counter.calls(Call::any), 0u);
+    EXPECT_EQ(describe(value), "v");
 }
-#endif
