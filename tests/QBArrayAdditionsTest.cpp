@@ -75,8 +75,6 @@ TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNot
 TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
     NSArray *const aab = letters("aab");
     EXPECT_EQ(describe(aab->plus(nullptr)) + describe(aab->minus(nullptr)), "(a, b)(a, b)");
-    EXPECT_EQ(aab->commonElementsWithArray(nullptr), nullptr);
-    EXPECT_FALSE(aab->hasCommonElementsWithArray(nullptr));
     EXPECT_EQ(describe(aab->badElementsForGoodElements(nullptr)), "(a, a, b)");
 }
 
@@ -94,7 +92,7 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         };
         NSArray *const a = make();
         NSArray *const b = make();
-        NSMutableArray *const unique = NSMutableArray::array();
+        NSMutableArray *const sum = NSMutableArray::array();
         NSMutableArray *const rest = NSMutableArray::array();
         NSMutableArray *const common = NSMutableArray::array();
         NSMutableArray *const bad = NSMutableArray::array();
@@ -103,20 +101,19 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
                 target->addObject(element);
         };
         for (id element : *a) {
-            addNew(unique, element);
+            addNew(sum, element);
             if (b->containsObject(element))
                 continue;
             addNew(rest, element);
             bad->addObject(element);
         }
-        NSMutableArray *const sum = unique->mutableCopy().autorelease();
+        EXPECT_EQ(describe(a->uniqueArray()), describe(sum));
         for (id element : *b) {
             addNew(sum, element);
             if (a->containsObject(element))
                 common->addObject(element);
         }
         const auto described = [](NSArray *array) { return array->count() ? describe(array) : "nil"; };
-        EXPECT_EQ(describe(a->uniqueArray()), describe(unique));
         EXPECT_EQ(describe(a->plus(b)), describe(sum));
         EXPECT_EQ(describe(a->minus(b)), describe(rest));
         EXPECT_EQ(describe(a->commonElementsWithArray(b)), described(common));

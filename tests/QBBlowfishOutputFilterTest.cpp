@@ -41,16 +41,14 @@ std::string deciphered(id key, std::string_view bytes, std::size_t piece = SIZE_
     return converted(key, /*decrypt=*/YES, bytes, piece);
 }
 
-id cipher(id key) {
-    return send<id>(Filter::cls(), "streamWithKey:decrypt:target:"_sel, key, BOOL{YES},
-                    QBDataOutputStream::stream());
+Filter *cipher(id key) {
+    return Filter::streamWithKey(key, /*decrypt=*/YES, QBDataOutputStream::stream());
 }
 
-Block convertedBlock(id filter, Block block, SEL operation) {
-    auto *const data = send<std::uint32_t *>(filter, "data"_sel);
-    std::copy(block.begin(), block.end(), data);
+Block convertedBlock(Filter *filter, Block block, SEL operation) {
+    std::copy(block.begin(), block.end(), filter->data());
     send<void>(filter, operation);
-    return {data[0], data[1]};
+    return {filter->data()[0], filter->data()[1]};
 }
 
 // A target that tells its writes and its end apart.
@@ -102,7 +100,7 @@ TEST_F(QBBlowfishOutputFilterTest, BlocksAreThoseOfThePublishedVectors) {
          {0x05044B62, 0xFA52D080}},
     };
     for (const Row &row : rows) {
-        const id filter = cipher(dataOf(fromHex(row.key)));
+        Filter *const filter = cipher(dataOf(fromHex(row.key)));
         EXPECT_EQ(convertedBlock(filter, row.plain, "_blowfishEncryptBlock"_sel), row.cipher) << row.key;
         EXPECT_EQ(convertedBlock(filter, row.cipher, "_blowfishDecryptBlock"_sel), row.plain) << row.key;
     }
@@ -144,11 +142,6 @@ TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlockAndOn
     encoder->close();
     EXPECT_EQ(target->lengths(), (std::vector<std::uint32_t>{8, 8, 8, 8, 8}));
     EXPECT_EQ(target->events, "fc");
-
-    const Ref<Recorder> sink = Ref<Recorder>::adopt(new Recorder);
-    writeAll(Filter::streamWithKey(sixteen(), /*decrypt=*/YES, sink), fromHex(kStream), SIZE_MAX);
-    EXPECT_EQ(sink->lengths(), (std::vector<std::uint32_t>{8, 8, 8, 3}));
-    EXPECT_EQ(sink->events, "c");
 }
 
 TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
@@ -159,11 +152,9 @@ TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
             block[i / 4] = block[i / 4] << 8 | static_cast<unsigned char>(header[i]);
         return convertedBlock(cipher(sixteen()), block, "_blowfishDecryptBlock"_sel);
     };
-    for (const std::uint32_t seed : {1u, 7u, 0xFFFFFFFFu}) {
-        std::srand(seed);
-        const Block expected{seed, static_cast<std::uint32_t>(std::rand())};
-        EXPECT_EQ(headerOf(seed), expected);
-    }
+    std::srand(0xFFFFFFFFu);
+    const Block expected{0xFFFFFFFFu, static_cast<std::uint32_t>(std::rand())};
+    EXPECT_EQ(headerOf(0xFFFFFFFFu), expected);
     const auto before = static_cast<std::uint32_t>(std::time(nullptr));
     const std::uint32_t time = headerOf(0)[0];
     EXPECT_TRUE(before <= time && time <= before + 60) << time;
@@ -201,15 +192,12 @@ TEST_F(QBBlowfishOutputFilterTest, WithoutAKeyOrATargetThereIsNoFilter) {
 }
 
 TEST_F(QBBlowfishOutputFilterTest, AStreamWithoutAnEndIsCorrupt) {
-    const std::string stream = fromHex(kStream);
-    for (std::size_t length = 0; length < 24; ++length) {
-        const Ref<Recorder> target = Ref<Recorder>::adopt(new Recorder);
-        const ErrorExpectation error(100239);
-        writeAll(Filter::streamWithKey(sixteen(), /*decrypt=*/YES, target), stream.substr(0, length), 5);
-        EXPECT_EQ(ERRORHANDLER->errorMessage()->view(), "[100239] The blowfish encrypted data is corrupt.");
-        EXPECT_EQ(target->lengths(), std::vector<std::uint32_t>{});
-        EXPECT_EQ(target->events, "c");
-    }
+    for (std::size_t length = 0; length < 24; ++length)
+        expectError(100239, "", [&] {
+            EXPECT_EQ(deciphered(sixteen(), fromHex(kStream).substr(0, length), 5), "");
+            EXPECT_EQ(ERRORHANDLER->errorMessage()->view(),
+                      "[100239] The blowfish encrypted data is corrupt.");
+        });
 }
 
 TEST_F(QBBlowfishOutputFilterTest, KeyAndBlocksAreWiped) {

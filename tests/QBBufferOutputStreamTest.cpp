@@ -15,18 +15,14 @@ void fill(QBOutputStream *stream, std::uint32_t count) {
 } // namespace
 
 TEST_F(QBBufferOutputStreamTest, GrowsByDoublingThenBySteps) {
-    struct Row {
+    const struct {
         std::uint32_t capacity, used, length, grown;
-    };
-    const Row rows[] = {
-        {10, 0, 10, 10},                          // filled exactly
-        {10, 10, 1, 20},     {100, 90, 200, 300}, // the whole request on top
-        {100, 90, 111, 211}, {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305},
-    };
-    for (const Row &row : rows) {
+    } rows[] = {{10, 0, 10, 10},                          // filled exactly
+                {10, 10, 1, 20},     {100, 90, 200, 300}, // the whole request on top
+                {100, 90, 111, 211}, {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
+    for (const auto &row : rows) {
         QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(row.capacity);
-        if (row.used)
-            fill(stream, row.used);
+        fill(stream, row.used);
         EXPECT_EQ(stream->bufLength(), row.capacity);
         row.length == 1 ? stream->writeByte('b') : fill(stream, row.length);
         EXPECT_EQ(stream->bufLength(), row.grown) << row.capacity << " " << row.used << " " << row.length;

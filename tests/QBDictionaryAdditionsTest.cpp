@@ -150,14 +150,12 @@ TEST_F(QBDictionaryAdditionsTest, ValuesOfListsAreTraced) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
-    struct {
-        const char *list, *values;
-    } const rows[] = {{"a 1 b", "3 a value for the last key"}, {"a 1 b 2 a 3", "4 another key"}};
-    for (const auto &row : rows) {
-        expectError(900020, row.values, [&] {
-            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(row.list), words("m")), nullptr);
+    const std::pair<const char *, const char *> rows[] = {{"a 1 b", "3 a value for the last key"},
+                                                          {"a 1 b 2 a 3", "4 another key"}};
+    for (const auto &[list, values] : rows)
+        expectError(900020, values, [list = list] {
+            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(list), words("m")), nullptr);
         });
-    }
 }
 
 TEST_F(QBDictionaryAdditionsTest, MakersMakeTheClassThatWasAsked) {

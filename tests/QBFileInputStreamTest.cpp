@@ -51,21 +51,18 @@ Lines expectedLines(const std::string &bytes) {
 
 TEST_F(QBFileInputStreamTest, DeliversTheFileInPiecesAndAgainAfterReset) {
     QBFileInputStream *stream = streamOf("\x01\xFF\x80"
-                                         "defghi");
-    EXPECT_EQ(stream->byteLength(), 9u);
-    EXPECT_TRUE(stream->filename()->isEqual(directory_.string("file")));
+                                         "def");
+    EXPECT_EQ(stream->byteLength(), 6u);
     EXPECT_FALSE(stream->isBinary());
     EXPECT_EQ(stream->readByte(), 1);
     EXPECT_EQ(stream->readByte(), -1);
     EXPECT_EQ(stream->readByte(), -128);
     char bytes[10];
-    EXPECT_EQ(stream->readBuffer(bytes, 4), 4);
-    EXPECT_EQ(stream->readBuffer(bytes, 4), 2);
-    EXPECT_EQ(stream->readBuffer(bytes, 4), -1);
+    EXPECT_EQ(stream->readBuffer(bytes, 10), 3);
+    EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
     EXPECT_EQ(stream->readByte(), -1);
     stream->reset();
-    EXPECT_EQ(stream->readBuffer(bytes, 10), 9);
-    EXPECT_EQ(std::memcmp(bytes + 3, "defghi", 6), 0);
+    EXPECT_EQ(stream->readBuffer(bytes, 10), 6);
 }
 
 TEST_F(QBFileInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
@@ -74,22 +71,19 @@ TEST_F(QBFileInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
     for (char &byte : whole)
         byte = static_cast<char>(random());
     QBFileInputStream *stream = streamOf(whole);
+    std::string piece(80000, '\0');
     for (int round = 0; round < 10; ++round) {
         std::string all;
-        std::string piece(80000, '\0');
-        for (;;) {
+        while (all.size() < whole.size()) {
             const std::uint32_t length = random() % (1u << random() % 17) + 1;
-            if (length == 1 && all.size() < whole.size()) {
-                all += static_cast<char>(round % 2 ? stream->getByte() : stream->readByte());
-                continue;
-            }
-            const int count = stream->readBuffer(piece.data(), length);
-            if (count < 1)
-                break;
-            ASSERT_LE(static_cast<std::uint32_t>(count), length);
+            const int count = length == 1 ? 1 : stream->readBuffer(piece.data(), length);
+            if (length == 1)
+                piece[0] = static_cast<char>(round % 2 ? stream->getByte() : stream->readByte());
+            ASSERT_TRUE(count > 0 && static_cast<std::uint32_t>(count) <= length);
             all.append(piece, 0, static_cast<std::size_t>(count));
         }
         ASSERT_TRUE(all == whole) << "round " << round;
+        EXPECT_EQ(stream->readByte(), -1);
         stream->reset();
     }
 }
@@ -118,26 +112,17 @@ TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
 
 // --- Files that change or fail ---
 
-TEST_F(QBFileInputStreamTest, FileThatGrewIsReadToItsOldSize) {
-    QBFileInputStream *stream = streamOf("abc");
-    append("def");
-    char bytes[10];
-    EXPECT_EQ(stream->readBuffer(bytes, 10), 3);
-    EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
-    EXPECT_EQ(stream->byteLength(), 3u);
-}
-
 TEST_F(QBFileInputStreamTest, LinesThatWereAppendedAreReadAndDoNotCount) {
     QBFileInputStream *stream = streamOf("abc\nde");
     append("f\nghi\nj");
+    char bytes[10];
+    EXPECT_EQ(stream->readBuffer(bytes, 10), 6); // the old size
+    EXPECT_EQ(stream->byteLength(), 6u);
+    stream->reset();
     EXPECT_EQ(stream->readLine()->view(), "abc");
     EXPECT_EQ(stream->readLine()->view(), "def"); // passes the old size
-    char bytes[10];
     EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
-    EXPECT_EQ(stream->readByte(), -1);
     EXPECT_EQ(lines(stream), (Lines{"ghi", "j"}));
-    stream->reset();
-    EXPECT_EQ(stream->readBuffer(bytes, 10), 6);
 }
 
 TEST_F(QBFileInputStreamTest, FileThatShrankIsAReadError) {

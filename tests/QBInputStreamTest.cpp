@@ -80,7 +80,6 @@ TEST_F(QBInputStreamTest, ReadingNothingAnswersZeroAndNoBufferThrows) {
     EXPECT_EQ(stream->readBuffer(&byte, 0), 0);
     EXPECT_REASON(stream->readBuffer(nullptr, 0),
                   "QBInputStream readBuffer:length: must have a buffer that is not NULL.");
-    EXPECT_EQ(stream->readByte(), 'a');
 }
 
 TEST_F(QBInputStreamTest, DataThatChangesWhileItIsReadIsReadAsItIs) {
@@ -94,18 +93,14 @@ TEST_F(QBInputStreamTest, DataThatChangesWhileItIsReadIsReadAsItIs) {
 }
 
 TEST_F(QBInputStreamTest, StringGivesBytesInBulkAndCharactersOneByOne) {
-    QBStringInputStream *ascii = QBStringInputStream::streamWithString("abcde"_ns);
-    EXPECT_FALSE(ascii->isBinary());
-    EXPECT_EQ(characters(ascii, 2), (std::vector<int>{'a', 'b'}));
-    EXPECT_EQ(counts(ascii, 2), (std::vector<int>{2, 1, -1}));
-    EXPECT_EQ(ascii->readByte(), -1);
-
     // Umlaut, euro sign, a character of two units, a letter: 10 bytes, 5 units.
     const std::vector<int> expected = {0xE4, 0x20AC, 0xD83D, 0xDE00, 'z', -1, -1};
     NSString *text = NSString::stringWith("\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z");
     QBStringInputStream *stream = QBStringInputStream::streamWithString(text);
     EXPECT_EQ(stream->byteLength(), 10u);
     EXPECT_EQ(characters(stream, 7), expected);
+    stream->reset();
+    EXPECT_EQ(counts(stream, 8), (std::vector<int>{8, 2, -1}));
     stream->reset();
     char bytes[3];
     EXPECT_EQ(stream->readBuffer(bytes, 3), 3);
@@ -170,24 +165,18 @@ TEST_F(QBInputStreamTest, ContentsAreCompared) {
 TEST_F(QBInputStreamTest, ComparisonEndsAtAStreamThatDeliversLessThanItsLength) {
     class Liar : public QBInputStreamWithKnownLength {
     public:
-        explicit Liar(int result) : result_(result) {}
         std::uint32_t byteLength() const override { return 3; }
         void reset() override { ++resets; }
-        std::int32_t _readBuffer(void *, std::uint32_t) override { return result_; }
+        std::int32_t _readBuffer(void *, std::uint32_t) override { return -1; }
         int resets = 0;
-
-    private:
-        int result_;
     };
     auto *stream = QBDataInputStream::streamWithData(dataOf("abc"));
-    for (int result : {0, -1}) {
-        Ref<Liar> liar = Ref<Liar>::adopt(new Liar(result));
-        EXPECT_FALSE(stream->providesSameDataAs(liar));
-        EXPECT_TRUE(liar->providesSameDataAs(stream)); // what ends first is equal so far
-        EXPECT_EQ(liar->resets, 4);
-        EXPECT_FALSE(liar->providesSameDataAs(QBDataInputStream::streamWithData(dataOf("abcd"))));
-        EXPECT_EQ(liar->resets, 4); // other lengths: not touched
-    }
+    Ref<Liar> liar = Ref<Liar>::adopt(new Liar);
+    EXPECT_FALSE(stream->providesSameDataAs(liar));
+    EXPECT_TRUE(liar->providesSameDataAs(stream)); // what ends first is equal so far
+    EXPECT_EQ(liar->resets, 4);
+    EXPECT_FALSE(liar->providesSameDataAs(QBDataInputStream::streamWithData(dataOf("abcd"))));
+    EXPECT_EQ(liar->resets, 4); // other lengths: not touched
 }
 
 TEST_F(QBInputStreamTest, FilterHandsOnAndCloses) {

@@ -19,49 +19,25 @@ NSArray *nested(unsigned depth) {
 }
 
 // Trees of numbers that PHP reads as they are, with keys that it keeps apart.
-class RandomTree {
-public:
-    explicit RandomTree(std::uint32_t seed) : random_(seed) {}
-
-    id value(unsigned depth) {
-        switch (depth == 0 ? below(4) : below(7)) {
-        case 0:
-            return NSNumber::numberWithInt(static_cast<std::int32_t>(random_()));
-        case 1:
-            return NSNumber::numberWithLongLong((std::int64_t{below(1U << 31)} << 32) -
-                                                (std::int64_t{1} << 62));
-        case 2:
-            return NSNumber::numberWithDouble(static_cast<double>(random_()) / 1024 - 1e6);
-        case 3:
-            return NSNumber::numberWithFloat(static_cast<float>(random_()));
-        case 4:
-        case 5:
-            return list(depth - 1);
-        default:
-            return dictionary(depth - 1);
-        }
+id randomTree(std::mt19937 &random, unsigned depth) {
+    const std::uint32_t kind = random() % (depth == 0 ? 4 : 7);
+    if (kind == 0)
+        return NSNumber::numberWithInt(static_cast<std::int32_t>(random()));
+    if (kind == 1)
+        return NSNumber::numberWithLongLong(static_cast<std::int64_t>(std::uint64_t{random()} << 32));
+    if (kind == 2)
+        return NSNumber::numberWithDouble(static_cast<double>(random()) / 1024 - 1e6);
+    if (kind == 3)
+        return NSNumber::numberWithFloat(static_cast<float>(random()));
+    NSMutableArray *const array = NSMutableArray::array();
+    NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();
+    for (std::uint32_t left = random() % 5; left != 0; --left) {
+        array->addObject(randomTree(random, depth - 1));
+        dictionary->setObjectForKey(array->lastObject(),
+                                    NSNumber::numberWithInt(static_cast<std::int32_t>(random())));
     }
-
-private:
-    std::uint32_t below(std::uint32_t end) { return random_() % end; }
-
-    NSArray *list(unsigned depth) {
-        NSMutableArray *const array = NSMutableArray::array();
-        for (std::uint32_t left = below(5); left != 0; --left)
-            array->addObject(value(depth));
-        return array;
-    }
-
-    NSDictionary *dictionary(unsigned depth) {
-        NSMutableDictionary *const result = NSMutableDictionary::dictionary();
-        for (std::uint32_t left = below(5); left != 0; --left)
-            result->setObjectForKey(value(depth),
-                                    NSNumber::numberWithInt(static_cast<std::int32_t>(random_())));
-        return result;
-    }
-
-    std::mt19937 random_;
-};
+    return kind < 6 ? static_cast<id>(array) : dictionary;
+}
 
 // What the program below prints of the value: integers in full, other numbers by their bits, containers with
 // their keys.
@@ -155,7 +131,8 @@ TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
     std::string program = kShowInPhp;
     std::string expected;
     for (std::uint32_t seed = 0; seed < 200; ++seed) {
-        const id tree = RandomTree(seed).value(5);
+        std::mt19937 random(seed);
+        const id tree = randomTree(random, 5);
         program += "echo shown(" + describe(tree->asPhpString()) + "), \"\\n\";\n";
         expected += shown(tree) + "\n";
     }

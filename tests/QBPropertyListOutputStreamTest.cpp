@@ -88,36 +88,22 @@ id randomTree(Random &random, int depth) {
 } // namespace
 
 // How strings and containers stand is PropertyListText's own test; random trees compare with it below.
-TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsAndNumbersAsStrings) {
+TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsNumbersAsStringsAndNilLikeValuesNowhere) {
+    const id null = QBNil::value();
     EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionary()), "{\n}");
     EXPECT_EQ(written(NSNumber::numberWithDouble(1e100)), "\"1e+100\"");
-}
-
-TEST_F(QBPropertyListOutputStreamTest, NilLikeValuesAreLeftOut) {
-    const id null = QBNil::value();
     EXPECT_EQ(written(NSArray::arrayWithObjects(null, "x"_ns, null, "y"_ns, null)), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),
               "{\n  c = d;\n}");
     EXPECT_EQ(written(null), "");
-    QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-    stream->_writeObjectForKey("value"_ns, nullptr);
-    EXPECT_EQ(textIn(*stream), "");
-    stream->_writeEnumerator(nullptr);
-    stream->_writeDictionary(nullptr);
-    EXPECT_EQ(textIn(*stream), "(\n){\n}");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, IndentationEndsAt78Blanks) {
-    QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
     const Ref<NSArray> nested = nestedArrays(40);
-    stream->writeObject(nested);
-    const std::string text = textIn(*stream);
+    const std::string text = written(nested);
     EXPECT_NE(text.find("\n" + std::string(78, ' ') + "x\n"), std::string::npos);
     EXPECT_EQ(text.find(std::string(79, ' ')), std::string::npos);
-    EXPECT_EQ(stream->indent(), 0);
-    stream->writeObject(NSArray::arrayWithObject("y"_ns)); // one stream takes several values
-    EXPECT_EQ(textIn(*stream), text + "(\n  y\n)");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, RandomTreesAreReadBackEqualAndEqualTheirDescription) {
@@ -129,16 +115,11 @@ TEST_F(QBPropertyListOutputStreamTest, RandomTreesAreReadBackEqualAndEqualTheirD
         const id readBack = NSString::stringWith(text)->propertyList();
         ASSERT_NE(readBack, nullptr) << text;
         EXPECT_TRUE(readBack->isEqual(tree)) << text;
-        EXPECT_EQ(written(readBack), text);
         const bool isContainer = qb::castOrNil<NSArray>(tree) || qb::castOrNil<NSDictionary>(tree);
         EXPECT_EQ(isContainer ? tree->description()->view() : text, text);
-
         const Ref<Watcher> watcher = Watcher::init();
         watcher->writeObject(tree);
         EXPECT_EQ(textIn(*watcher), text);
-        QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-        stream->writeObject(tree);
-        EXPECT_EQ(watcher->bufLength(), stream->bufLength());
     }
 }
 

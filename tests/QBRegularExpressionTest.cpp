@@ -67,26 +67,21 @@ TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectT
     expectError(
         qb::kErrorMalformedPattern, "( Unmatched ( or \\(", [&] { EXPECT_EQ(expressionOf("("), nullptr); },
         "src/QBRegularExpression:191");
-    id const cached = QBRegularExpression::regularExpressionWithPattern("("_ns);
-    EXPECT_EQ(cached, QBNil::value());
-    EXPECT_FALSE(send<BOOL>(cached, "matches:"_sel, "("_ns));
-    EXPECT_EQ(send<id>(cached, "search:"_sel, "("_ns), nullptr);
-    expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end", [&] {
-        EXPECT_EQ(QBRegularExpression::initWithPattern("(|)(\\1\\1)*"_ns, 0).get(), nullptr);
-    });
-    {
-        ErrorExpectation error(qb::kErrorMalformedPattern);
-        EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr); // fine without the flag
-        EXPECT_EQ(error.values(), "^(.+)-\\1$ too much of it may vary beside back references");
-    }
+    EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern("("_ns), QBNil::value());
+    EXPECT_FALSE("("_ns->matches("("_ns));
+    expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end",
+                [&] { EXPECT_EQ(expressionOf("(|)(\\1\\1)*"), nullptr); });
+    expectError(qb::kErrorMalformedPattern, "^(.+)-\\1$ too much of it may vary beside back references", [&] {
+        EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr);
+    }); // fine without the flag
     EXPECT_REASON(
-        QBRegularExpression::regularExpressionWithPattern(nullptr),
+        "a"_ns->matches(nullptr),
         "QBRegularExpression regularExpressionWithPattern:flags: must have a string that is not nil.");
 }
 
 TEST_F(QBRegularExpressionTest, HostilePatternsAreRefusedOnASmallStack) {
     const std::string patterns[] = {std::string(15000, '(') + "a" + std::string(15000, ')'),
-                                    "a" + std::string(100'000, '*'), "(|)(\\1\\1)*"};
+                                    "a" + std::string(100'000, '*')};
     EXPECT_TRUE(runOnSmallStack([&patterns] {
         for (const std::string &pattern : patterns) {
             ErrorExpectation error(qb::kErrorMalformedPattern);

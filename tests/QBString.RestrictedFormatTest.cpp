@@ -108,22 +108,20 @@ TEST_F(RestrictedFormatTest, IntegersPrintInFullAndNegativeOnesInTheirOwnWidth) 
 }
 
 TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
-    const char *const none = nullptr;
     EXPECT_EQ(restricted("a%d%s", 1), "a%d%s");
     EXPECT_EQ(restricted("%d", 1.0), "%d");
     EXPECT_EQ(restricted("%d", 'c'), "%d");
     EXPECT_EQ(restricted("%f", 1), "%f");
     EXPECT_EQ(restricted("%c", 1.0), "%c");
     EXPECT_EQ(restricted("%c", 65), "A");
-    EXPECT_EQ(restricted("%s", none), "%s");
+    EXPECT_EQ(restricted("%s", static_cast<const char *>(nullptr)), "%s");
     EXPECT_EQ(restricted("%s", NSNumber::numberWithInt(1)), "%s");
     EXPECT_EQ(restricted("%s|%.1s", "é"_ns, NSMutableString::stringWith("ab")), "é|a");
     EXPECT_EQ(restricted("%d", 1, 2), "1"); // a value too many is left alone
     NSMutableString *const text = NSMutableString::stringWith("-");
     text->appendRestrictedFormat("a%d%q"_ns, 1);
     text->appendRestrictedFormat("b%d%d"_ns, 1);
-    text->appendRestrictedFormat("c%d"_ns, 1);
-    EXPECT_EQ(text->view(), "-a1b%d%dc1"); // the first ends inside a conversion
+    EXPECT_EQ(text->view(), "-a1b%d%d"); // the first ends inside a conversion
 }
 
 TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
@@ -149,10 +147,7 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
     EXPECT_EQ(formatted("%*d", 1.0, 1), "%*d");
     EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
-    EXPECT_EQ(formatted(std::string("a\0%d", 4), 1), std::string("a\0"
-                                                                 "1",
-                                                                 3));
-    NSMutableString *const text = NSMutableString::stringWith("<");
-    text->appendFormat("%d>"_ns, 5);
-    EXPECT_EQ(text->view(), "<5>");
+    EXPECT_EQ(formatted({"a\0%d", 4}, 1), std::string("a\0"
+                                                      "1",
+                                                      3));
 }
