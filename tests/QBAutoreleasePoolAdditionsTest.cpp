@@ -24,7 +24,6 @@ TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
     NSAutoreleasePool outer;
     CapturedOutput output;
     const id object = Ref<NSObject>::adopt(new Undescribed).autorelease();
-    object->retain();
     const std::string address = addressOf(object);
     {
         const NSAutoreleasePool inner;
@@ -32,18 +31,13 @@ TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
         debug = 12;
         outer.description();
         outer.showDescription();
-        NSAutoreleasePool::pool1Special();
     }
     EXPECT_EQ(outer.objectCount(), 1u);
-    object->release();
     const std::string shown = output.end();
-    const std::size_t trace = shown.find("[misc(12) OK] ");
-    const std::size_t place = shown.find("(NSAutoreleasePool): -description -> ");
-    ASSERT_NE(trace, std::string::npos) << shown;
-    EXPECT_EQ(shown.find("src/QBAutoreleasePoolAdditions:", trace), trace + 14);
-    EXPECT_EQ(shown.substr(place), "(NSAutoreleasePool): -description -> NSObject (2): " + address +
-                                       "\npool description:\n  " + address + " (2)\npool description:\n" +
-                                       shown.substr(shown.rfind("pool description:\n") + 18));
+    EXPECT_NE(shown.find("[misc(12) OK] src/QBAutoreleasePoolAdditions:"), std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(shown.find("(NSAuto")),
+              "(NSAutoreleasePool): -description -> NSObject (1): " + address + "\npool description:\n  " +
+                  address + " (1)\n");
 }
 
 TEST_F(QBAutoreleasePoolAdditionsTest, StatisticsGoOverAllPagesFromTheDefaultPoolOutwards) {
@@ -68,21 +62,18 @@ TEST_F(QBAutoreleasePoolAdditionsTest, StatisticsGoOverAllPagesFromTheDefaultPoo
 }
 
 TEST_F(QBAutoreleasePoolAdditionsTest, NewEntriesAreToldFromTheSecondSweepOn) {
-    std::string expected = "new in the pool:\nnew in the pool:\n";
-    const ChildEnd end = runInChild([&] { // in a process where nobody has asked before
+    const ChildEnd end = runInChild([] { // in a process where nobody has asked before
         NSAutoreleasePool pool;
         NSString::stringWith("old");
         pool.showNewEntries();
+        std::string expected = "new in the pool:\nnew in the pool:\n";
         const std::string exact(100, 'x');
-        for (const std::string &text : {std::string("new"), exact, exact + "y"}) {
-            NSString *const string = NSString::stringWith(text);
-            expected += "+ " + addressOf(string) + " NSString:1: '" +
+        for (const std::string &text : {exact, exact + "y"})
+            expected += "+ " + addressOf(NSString::stringWith(text)) + " NSString:1: '" +
                         (text.size() > 100 ? text.substr(0, 95) + " ..." : text) + "'\n";
-        }
         pool.showNewEntries();
         pool.showNewEntries();
-        std::fputs("expected:\n", stderr);
-        std::fputs((expected + "new in the pool:\n").c_str(), stderr);
+        std::fputs(("expected:\n" + expected + "new in the pool:\n").c_str(), stderr);
     });
     EXPECT_EQ(end.status, 0);
     const std::size_t middle = end.standardError.find("expected:\n");

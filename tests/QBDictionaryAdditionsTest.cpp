@@ -158,15 +158,6 @@ TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
         });
 }
 
-TEST_F(QBDictionaryAdditionsTest, MakersMakeTheClassThatWasAsked) {
-    Class *const asked = NSMutableDictionary::cls();
-    NSArray *const list = words("a 1");
-    for (id made : {send(asked, "dictWithObjects:"_sel, list), send(asked, "dictFromArray:"_sel, list),
-                    send(asked, "dictFromCorrectArray:"_sel, list),
-                    send(asked, "dictWithKeyValues:"_sel, "a"_ns, "1"_ns)})
-        EXPECT_EQ(made->classObject(), asked);
-}
-
 TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) {
     NSDictionary *const dictionary =
         NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}, {"n"_ns, QBNil::value()}});

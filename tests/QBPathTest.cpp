@@ -124,8 +124,7 @@ TEST_F(QBPathTest, RelativePathsLeadFromAFileToAnotherPath) {
                 {"/a/b/c/d", "/a", "../../.."},
                 {"/a/b/c", "/", "../../../"},
                 {"/", "/a/b/", "a/b/"},
-                {"/", "/", ""},
-                {"/x/y", "/a/b/", "../a/b/"}};
+                {"/", "/", ""}};
     for (const auto &[from, to, way] : rows)
         EXPECT_EQ(describe(path(from)->relativePathTo(NSString::stringWithCString(to))), way) << from << to;
     NSString *const relative = "a/b"_ns;
@@ -164,9 +163,7 @@ TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
         std::string text;
         for (int i = 0; i < 1'000'000; ++i)
             text += "/.";
-        auto *const way = qb::castOrNil<QBPath>(path(text)->relativePathTo("/a"_ns));
-        ASSERT_NE(way, nullptr);
-        EXPECT_EQ(way->pathArray()->count(), 1'000'000u);
+        EXPECT_EQ(path(text)->relativePathTo("/a"_ns)->asQbPath()->pathArray()->count(), 1'000'000u);
         EXPECT_EQ(path(text)->objectRelativeTo(&root), &root);
     }));
 }

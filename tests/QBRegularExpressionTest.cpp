@@ -27,19 +27,14 @@ TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
               "({startOffset = 2; endOffset = 4; }, {startOffset = 2; endOffset = 3; }, "
               "{startOffset = 3; endOffset = 4; })");
     EXPECT_EQ(match->rangeOfGroup(2), (NSRange{3, 1}));
-    EXPECT_EQ(describe(match->string()), "xxab");
     EXPECT_THROW(match->startOfGroup(3), NSRangeException);
-    match = expressionOf("a+")->search("baaa"_ns);
-    EXPECT_EQ(match->endOfGroup(0), 4);
-
     EXPECT_EQ(searched("^b", "ab", 1), "(b)"); // the rest begins there
     EXPECT_EQ(searched("b", "ab", 2), "nil");
     EXPECT_THROW(searched("b", "ab", 3), NSRangeException);
     EXPECT_EQ(searched("(x)|(a)", "ba", 1), "(a, , a)"); // x took no part
     EXPECT_EQ(expressionOf("(x)|(a)")->search("ba"_ns, 1)->startOfGroup(1), 0);
     EXPECT_EQ(searched("^(.+)-\\1$", "ab-c-ab-c"), "(ab-c-ab-c, ab-c)");
-    // Bytes are counted, but characters are taken.
-    EXPECT_EQ(searched("c", "\u00e4bc"), "()");
+    EXPECT_EQ(searched("c", "\u00e4bc"), "()"); // bytes are counted, but characters are taken
 }
 
 TEST_F(QBRegularExpressionTest, MatchWantsTheWholeStringAndMatchesAnyPart) {

