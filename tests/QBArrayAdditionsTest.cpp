@@ -79,6 +79,14 @@ TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
 }
 
 TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
+    const auto filtered = [](NSArray *array, auto isWanted) {
+        NSMutableArray *const result = NSMutableArray::array();
+        for (id element : *array)
+            if (isWanted(element, result))
+                result->addObject(element);
+        return result;
+    };
+    const auto isNew = [](id element, NSArray *before) { return !before->containsObject(element); };
     std::mt19937 random(5);
     for (unsigned round = 0; round < 60; ++round) {
         SCOPED_TRACE(round);
@@ -92,30 +100,12 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         };
         NSArray *const a = make();
         NSArray *const b = make();
-        NSMutableArray *const sum = NSMutableArray::array();
-        NSMutableArray *const rest = NSMutableArray::array();
-        NSMutableArray *const common = NSMutableArray::array();
-        NSMutableArray *const bad = NSMutableArray::array();
-        const auto addNew = [](NSMutableArray *target, id element) {
-            if (!target->containsObject(element))
-                target->addObject(element);
-        };
-        for (id element : *a) {
-            addNew(sum, element);
-            if (b->containsObject(element))
-                continue;
-            addNew(rest, element);
-            bad->addObject(element);
-        }
-        EXPECT_EQ(describe(a->uniqueArray()), describe(sum));
-        for (id element : *b) {
-            addNew(sum, element);
-            if (a->containsObject(element))
-                common->addObject(element);
-        }
+        NSArray *const bad = filtered(a, [b](id element, id) { return !b->containsObject(element); });
+        NSArray *const common = filtered(b, [a](id element, id) { return a->containsObject(element) != NO; });
         const auto described = [](NSArray *array) { return array->count() ? describe(array) : "nil"; };
-        EXPECT_EQ(describe(a->plus(b)), describe(sum));
-        EXPECT_EQ(describe(a->minus(b)), describe(rest));
+        EXPECT_EQ(describe(a->uniqueArray()), describe(filtered(a, isNew)));
+        EXPECT_EQ(describe(a->plus(b)), describe(filtered(a->arrayByAddingObjectsFromArray(b), isNew)));
+        EXPECT_EQ(describe(a->minus(b)), describe(filtered(bad, isNew)));
         EXPECT_EQ(describe(a->commonElementsWithArray(b)), described(common));
         EXPECT_EQ(a->hasCommonElementsWithArray(b), common->count() > 0);
         EXPECT_EQ(describe(a->badElementsForGoodElements(b)), described(bad));

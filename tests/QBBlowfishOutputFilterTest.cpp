@@ -95,23 +95,14 @@ TEST_F(QBBlowfishOutputFilterTest, AStreamOfAnotherMakerIsDecipheredInPiecesOfAn
         EXPECT_EQ(deciphered(sixteen(), stream, piece), kText) << piece;
 }
 
-TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgain) {
-    std::string text;
-    for (std::size_t length = 0; length <= 200; ++length, text += static_cast<char>(length * 37)) {
+TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgainHoweverItIsWritten) {
+    for (const std::size_t length : {0, 1, 7, 8, 9, 200, 1'000'003}) { // the last in more than one write
+        const std::string text(length, 'x');
         const std::string stream = enciphered(sixteen(), text);
         EXPECT_EQ(stream.size(), 8 * (length / 8 + 3));
-        EXPECT_EQ(deciphered(sixteen(), stream), text) << length;
-        for (const std::size_t piece : {1, 5, 8, 13, 24})
-            EXPECT_EQ(enciphered(sixteen(), text, piece), stream) << length << " in " << piece;
+        EXPECT_TRUE(deciphered(sixteen(), stream) == text) << length;
+        EXPECT_TRUE(enciphered(sixteen(), text, 13) == stream) << length;
     }
-}
-
-// Longer than what is joined into one write.
-TEST_F(QBBlowfishOutputFilterTest, LongWritesAreJoinedWithoutATrace) {
-    const std::string text(1'000'003, 'x');
-    const std::string stream = enciphered(sixteen(), text);
-    EXPECT_TRUE(stream == enciphered(sixteen(), text, 1000));
-    EXPECT_TRUE(deciphered(sixteen(), stream) == text);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {

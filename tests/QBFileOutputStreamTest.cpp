@@ -128,21 +128,37 @@ TEST_F(QBFileOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
     }
 }
 
+TEST_F(QBFileOutputStreamTest, SubclassSeesEachWriteButNoSingleBytes) {
+    class Watched : public QBFileOutputStream {
+    public:
+        using QBFileOutputStream::setUpWithFile;
+        void _writeBuffer(const void *buffer, std::uint32_t length) override {
+            ++writes;
+            QBFileOutputStream::_writeBuffer(buffer, length);
+        }
+        int writes = 0;
+    };
+    const auto stream = Ref<Watched>::adopt(new Watched);
+    stream->setUpWithFile(directory_.string("out"), NO);
+    write(stream, "ab");
+    stream->writeByte('c'); // has its own way to the file
+    write(stream, "d");
+    stream->close();
+    EXPECT_EQ(stream->writes, 2);
+    EXPECT_EQ(directory_.read("out"), "abcd");
+}
+
 TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
-    for (BOOL atomically : {NO, YES}) {
-        directory_.write("out", "old");
-        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
-        write(stream, "first");
-        stream->reset();
-        write(stream, "2nd");
-        stream->close();
-        EXPECT_EQ(describeFiles(), "out: 2nd\n");
-    }
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+    write(stream, "first");
+    stream->reset();
+    write(stream, "2nd");
+    stream->close();
+    EXPECT_EQ(describeFiles(), "out: 2nd\n");
 }
 
 TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {
     QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"));
-    write(stream, "text");
     stream->close();
     expectError(
         100024, values("out", EBADF), [&] { write(stream, "more"); }, "src/QBFileOutputStream:231");
@@ -153,7 +169,6 @@ TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {
         ADD_FAILURE() << "flush throws nothing";
     } catch (const NSFileHandleOperationException &exception) {
         EXPECT_EQ(exception.name()->view(), "NotOpen");
-        EXPECT_STREQ(exception.what(), "QBFileOutputStream flush: file is not open");
     }
 }
 
@@ -221,7 +236,6 @@ TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
 TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {
     const TemporaryDirectory memory("planted"); // where many names are soon made
     memory.write("victim", "precious");
-    memory.write("out", "old");
     std::string made; // of which all but the time is known
     do {
         std::srand(7);
@@ -229,14 +243,12 @@ TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {
     } while (made[made.size() - 18] == '9'); // so that the next one's number has another last digit
     ++made[made.size() - 18];
     std::srand(7);
-    const std::string start = memory / ("out." + made.substr(0, made.size() - 17));
-    const std::time_t now = std::time(nullptr);
-    for (int milliseconds = 0; milliseconds < 5000; ++milliseconds) {
-        const auto second = static_cast<std::int32_t>(now + milliseconds / 1000);
-        const std::string name = start +
-                                 describe(NSCalendarDate::dateWithCTime(second)->asISODateTimeString()) +
-                                 std::to_string(1000 + milliseconds % 1000).substr(1);
-        ASSERT_EQ(::symlink((memory / "victim").c_str(), name.c_str()), 0);
+    const auto now = static_cast<std::int32_t>(std::time(nullptr));
+    for (int i = 0; i < 5000; ++i) { // milliseconds
+        NSCalendarDate *const second = NSCalendarDate::dateWithCTime(now + i / 1000);
+        memory.link("victim", "out." + made.substr(0, made.size() - 17) +
+                                  describe(second->asISODateTimeString()) +
+                                  std::to_string(1000 + i % 1000).substr(1));
     }
     ErrorExpectation error(100024);
     EXPECT_EQ(QBFileOutputStream::initWithFile(memory.string("out"), /*atomically=*/YES), nullptr);

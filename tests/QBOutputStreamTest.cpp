@@ -1,5 +1,4 @@
 #include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
 
 using QBOutputStreamTest = PoolFixture;
 
@@ -22,23 +21,6 @@ public:
 
     std::vector<std::string> writes;
     int flushes = 0;
-};
-
-// A client's stream, which sees each write.
-template <class Stream>
-class Watched : public Stream {
-public:
-    void setUpWith(auto... target) {
-        if constexpr (sizeof...(target) == 0)
-            Stream::setUp();
-        else
-            Stream::setUpWithFile(target...);
-    }
-    void _writeBuffer(const void *buffer, std::uint32_t length) override {
-        ++writes;
-        Stream::_writeBuffer(buffer, length);
-    }
-    int writes = 0;
 };
 
 std::string written(id object) {
@@ -95,25 +77,6 @@ TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
     Ref<Quoter> stream = Ref<Quoter>::adopt(new Quoter);
     stream->writeObject(NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(1), "k"_ns));
     EXPECT_EQ(stream->text(), "\"k\"=\"1\"");
-}
-
-TEST_F(QBOutputStreamTest, SubclassSeesEachWrite) {
-    const TemporaryDirectory directory;
-    const auto datas = Ref<Watched<QBDataOutputStream>>::adopt(new Watched<QBDataOutputStream>);
-    const auto files = Ref<Watched<QBFileOutputStream>>::adopt(new Watched<QBFileOutputStream>);
-    datas->setUpWith();
-    files->setUpWith(directory.string("file"), NO);
-    const auto writes = [](auto &stream) {
-        stream->writeBuffer("ab", 2);
-        stream->putByte('c');
-        stream->writeNL();
-        stream->close();
-        return stream->writes;
-    };
-    EXPECT_EQ(writes(datas), 3);
-    EXPECT_EQ(writes(files), 1); // single bytes have their own way to the file
-    EXPECT_EQ(describe(datas->targetData()), "<6162630a>");
-    EXPECT_EQ(directory.read("file"), "abc\n");
 }
 
 TEST_F(QBOutputStreamTest, ArraySinkKeepsEachWriteAndEachObject) {
