@@ -147,8 +147,7 @@ TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) {
-    NSDictionary *const dictionary =
-        NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}, {"n"_ns, QBNil::value()}});
+    NSDictionary *const dictionary = entries("a 1 b 2 n"); // the last one has the null object
     EXPECT_EQ(describe(dictionary->badKeysForGoodKeys(words("b c"), words("a n x"))), "(a, n, n, x)");
     EXPECT_EQ(describe(dictionary->badKeysForDisallowNilKeys(words("x b"))), "(x)");
     EXPECT_EQ(dictionary->badKeysForGoodKeys(words("n b a"), words("b")), nullptr);

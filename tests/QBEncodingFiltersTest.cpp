@@ -72,14 +72,14 @@ TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {
             50052, "", [&] { EXPECT_EQ(decoded({row.text}), row.result); }, row.place);
 }
 
-TEST_F(QBBase64OutputFilterTest, AnErrorStandsBehindThoseOfTheCallerAndALaterWriteStartsAnew) {
-    ERRORHANDLER->raiseErrorInFile("caller", 1, 100024, "f", "text");
+TEST_F(QBBase64OutputFilterTest, AWriteBehindAMalformedOneStartsAnew) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target, /*decode=*/YES);
+    ERRORHANDLER->raiseErrorInFile("caller", 1, 100024, "f", "text");
     write(filter, "TW!=");
+    EXPECT_EQ(takenErrors(), "(100024, 50052)"); // behind the caller's
     write(filter, "TWFu");
     EXPECT_EQ(bytesOf(target->targetData()), "Man");
-    EXPECT_EQ(takenErrors(), "(100024, 50052)");
 }
 
 namespace {

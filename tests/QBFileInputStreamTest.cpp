@@ -118,12 +118,10 @@ TEST_F(QBFileInputStreamTest, LinesThatWereAppendedAreReadAndDoNotCount) {
     append("f\nghi\nj");
     char bytes[10];
     EXPECT_EQ(stream->readBuffer(bytes, 10), 6); // the old size
-    EXPECT_EQ(stream->byteLength(), 6u);
     stream->reset();
-    EXPECT_EQ(stream->readLine()->view(), "abc");
-    EXPECT_EQ(stream->readLine()->view(), "def"); // passes the old size
+    EXPECT_EQ(lines(stream), (Lines{"abc", "def", "ghi", "j"}));
     EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
-    EXPECT_EQ(lines(stream), (Lines{"ghi", "j"}));
+    EXPECT_EQ(stream->byteLength(), 6u);
 }
 
 TEST_F(QBFileInputStreamTest, FileThatShrankIsAReadError) {
