@@ -73,9 +73,8 @@ TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNot
 }
 
 TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
-    NSArray *const aab = letters("aab");
-    EXPECT_EQ(describe(aab->plus(nullptr)) + describe(aab->minus(nullptr)), "(a, b)(a, b)");
-    EXPECT_EQ(describe(aab->badElementsForGoodElements(nullptr)), "(a, a, b)");
+    EXPECT_EQ(describe(letters("aab")->plus(nullptr)), "(a, b)");
+    EXPECT_EQ(describe(letters("aab")->badElementsForGoodElements(nullptr)), "(a, a, b)");
 }
 
 TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {

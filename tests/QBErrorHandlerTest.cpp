@@ -4,7 +4,7 @@
 
 namespace {
 
-// A handler with texts for two numbers, no message for a third, and trouble with a fourth.
+// A handler with texts for two numbers, and trouble with a third.
 class WordingHandler : public QBErrorHandler {
 public:
     NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override {

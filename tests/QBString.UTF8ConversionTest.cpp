@@ -8,25 +8,11 @@ namespace {
 
 constexpr const char *kPlace = "src/QBStringAdditions:1353";
 
-int lengthAt(const char *bytes, unsigned *codePoint = nullptr) {
-    return _getUtf8CharacterByteLength(reinterpret_cast<const unsigned char *>(bytes), codePoint);
-}
-
 NSString *string(std::string_view bytes) {
     return NSString::stringWith(bytes);
 }
 
 } // namespace
-
-// Which sequences there are is the decoder's own test (tests/Text/Utf8Test.cpp).
-TEST_F(QBStringUTF8ConversionTest, SequencesAreMeasuredWithAndWithoutTheirCodePoint) {
-    unsigned codePoint = 99;
-    EXPECT_EQ(lengthAt("\xC3", &codePoint), -1);
-    EXPECT_EQ(codePoint, 99u);
-    EXPECT_EQ(lengthAt("\xED\xA0\x80", &codePoint), 3); // a surrogate
-    EXPECT_EQ(codePoint, 0xD800u);
-    EXPECT_EQ(lengthAt("\xE2\x82\xAC") + lengthAt(""), 3);
-}
 
 TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstError) {
     const char *const text = "a\xC3\xA9\xE2\x82\xACz";
