@@ -112,12 +112,9 @@ TEST_F(QBMD5OutputStreamTest, ADigestStartsANewOne) {
 
 TEST_F(QBMD5OutputStreamTest, TheFunctionMakesADigestOfItsOwnMemory) {
     unsigned length = 1;
-    unsigned char *digest = md5Hash(reinterpret_cast<const unsigned char *>("a"), &length);
+    unsigned char *const digest = md5Hash(reinterpret_cast<const unsigned char *>("a"), &length);
     EXPECT_EQ(length, 16u);
     EXPECT_EQ(digest[15], 0x61);
-    std::free(digest);
-    digest = md5Hash(nullptr, &length);
-    EXPECT_EQ(std::string(digest, digest + 16), std::string(16, '\0'));
     std::free(digest);
 }
 

@@ -26,7 +26,6 @@ TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstErr
 
 TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
     EXPECT_EQ(string("a\xC3\xA9\xF0\x9F\x98\x80\0z"sv)->utf8CharCount(), 5);
-    EXPECT_EQ(string(std::string(100, 'a') + "\xFC\x84\x80\x80\x80\x80")->utf8CharCount(), 101);
     string("a\xC3\xA9")->verifyUTF8();
     expectError(100231, "3", [&] { EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2); });
     expectError(
@@ -37,7 +36,6 @@ TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {
     NSString *const text = string("a\xC3\xA9\xF0\x9F\x98\x80z\xFF");
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(1, 2)), "\xC3\xA9\xF0\x9F\x98\x80");
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(-5, 2)), "a\xC3\xA9");
-    EXPECT_EQ(describe(text->utf8SubstringFromIndex(99, 0)), "");
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(0, -1)), "");
     EXPECT_EQ(describe(string("\xC3\xA9z")->utf8SubstringFromIndex(1, 100)), "z");
 }

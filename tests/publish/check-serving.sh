@@ -102,9 +102,8 @@ expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
 
 # Many at once, while some clients say nothing and others half of what they want.
-port=${address##*:}
 for i in 1 2 3 4; do
-    exec {silent}<>"/dev/tcp/127.0.0.1/$port"
+    exec {silent}<>"/dev/tcp/127.0.0.1/${address##*:}"
     [ "$i" -gt 2 ] || printf 'GET / HT' >&"$silent"
 done
 descriptors() { find "/proc/$server/fd" -mindepth 1 | wc -l; }
