@@ -245,7 +245,6 @@ pages/long.txt|$(page_of 'a & {{> who}}\n\n\nb\n\n{{page.none}}')|pages/long.txt
 pages/index.txt|$(page_of '')|'index.html' would be written twice.
 pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
-site.plist|{ broken\n|The property list is malformed in line 2, column 1
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
 site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
 ROWS
