@@ -197,24 +197,46 @@ TEST_F(QBFileOutputStreamTest, StandardStreamsAreClosed) {
 // --- Failures ---
 
 TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
+    // Short writes are collected; the last one succeeds, which doesn't make it whole.
+    const auto writeOn = [](QBOutputStream *stream, const Fault &fault) {
+        while (fault.hits() == 0)
+            write(stream, "text");
+        write(stream, "text");
+    };
+    const auto writeBytes = [](QBOutputStream *stream, const Fault &fault) {
+        while (fault.hits() == 0)
+            stream->writeByte('x');
+        stream->writeByte('x');
+    };
+    const auto flush = [](QBOutputStream *stream, const Fault &) { stream->flush(); };
+    const auto close = [](QBOutputStream *stream, const Fault &) { stream->close(); };
     const struct {
         Call call;
         int line;
-        void (QBFileOutputStream::*act)();
-    } rows[] = {{Call::fflush, 285, &QBFileOutputStream::flush},
-                {Call::fsync, 260, &QBFileOutputStream::close}};
+        void (*act)(QBOutputStream *stream, const Fault &fault);
+    } rows[] = {{Call::fwrite, 231, writeOn}, {Call::fwrite, 246, writeBytes}, {Call::fwrite, 285, flush},
+                {Call::fflush, 285, flush},   {Call::fwrite, 260, close},      {Call::fflush, 260, close},
+                {Call::fsync, 260, close},    {Call::fclose, 260, close}};
     for (const auto &row : rows) {
         directory_.write("out", "old");
-        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+        QBFileOutputStream *stream =
+            QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
+        write(stream, "new");
         {
             const Fault fault(row.call, /*skip=*/0, /*times=*/1, EIO);
             expectError(
                 100024, describe(stream->tmpFilename()) + " " + std::strerror(EIO),
-                [&] { (stream->*row.act)(); }, "src/QBFileOutputStream:" + std::to_string(row.line));
+                [&] { row.act(stream, fault); }, "src/QBFileOutputStream:" + std::to_string(row.line));
         }
-        stream->close(); // which succeeds, and doesn't make it whole
-        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(row.call);
+        stream->close();
+        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(row.call) << " " << row.line;
     }
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+    const Fault directorySync(Call::fsync, /*skip=*/1, /*times=*/1, EIO); // told, but the new file is there
+    ErrorExpectation error(100024);
+    stream->close();
+    EXPECT_EQ(error.place(), "src/QBFileOutputStream:260");
+    EXPECT_EQ(describeFiles(), "out: \n");
 }
 
 TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
@@ -257,4 +279,30 @@ TEST_F(QBFileOutputStreamTest, SyncingCanBeSwitchedOff) {
         stream->close();
         EXPECT_EQ(counter.calls(Call::fsync), synchronizes ? 2u : 0u); // the file, then its directory
     }
+}
+
+TEST_F(QBFileOutputStreamTest, DeathAtAnyCallLeavesTheOldFileOrTheNewOne) {
+    const std::string oldText = randomBytes(150000), newText = randomBytes(200000);
+    bool isDone = false;
+    unsigned calls = 0;
+    bool sawNew = false;
+    for (; !isDone && calls < 200; ++calls) {
+        directory_.write("out", oldText);
+        const ChildEnd end = runInChild([&] {
+            Fault fault(Call::any, calls, sys::KillProcess());
+            QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+            write(stream, newText.substr(0, 3000));
+            write(stream, newText.substr(3000, 100000));
+            for (std::size_t i = 103000; i < newText.size(); ++i)
+                stream->writeByte(newText[i]);
+            stream->close();
+        });
+        const std::string text = directory_.read("out");
+        ASSERT_TRUE(text == oldText || text == newText) << "killed at call " << calls;
+        isDone = end.status == 0;
+        sawNew = sawNew || (!isDone && text == newText);
+    }
+    EXPECT_TRUE(isDone);
+    EXPECT_TRUE(sawNew); // there is a call behind the rename, the directory's sync
+    EXPECT_GT(calls, 12u);
 }

@@ -96,6 +96,7 @@ for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets
 done
 expect 'another method' 405 status_of -X DELETE "$address/"
 expect 'a body' 413 status_of -d x "$address/"
+expect 'a long address' 414 status_of "$address/$(printf 'a%.0s' $(seq 3000))"
 expect 'a long head' 431 status_of -H "X: $(printf 'a%.0s' $(seq 9000))" "$address/"
 expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\n\r\n')' | head -1"
 expect 'two requests at once' 2 \
@@ -123,6 +124,8 @@ printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
+expect 'the site while its source is wrong' '<p>changed</p>' \
+    sh -c "curl -s --unix-socket $work/socket http://x/ | grep ."
 stop
 [ ! -e "$work/socket" ] || fail 'the socket is left'
 
