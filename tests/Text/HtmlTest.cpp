@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-using namespace std::string_view_literals;
 namespace text = qb::text;
 
 namespace {
@@ -39,15 +38,6 @@ std::string escaped(ExactCopy &copy, unsigned flags, Length length, Escape escap
     return {target.begin(), target.end()};
 }
 
-std::string unescaped(std::string_view source, unsigned flags, std::size_t expectedCount) {
-    ExactCopy copy(std::string(source), 0);
-    std::string target(source.size(), '?');
-    EXPECT_EQ(text::unescapeHtml(copy.begin(), copy.size(), flags, target.data()), expectedCount) << source;
-    text::unescapeHtml(copy.begin(), copy.size(), flags, copy.begin()); // in place
-    EXPECT_EQ(std::string(copy.begin(), copy.end()), target);
-    return target;
-}
-
 } // namespace
 
 TEST(HtmlTest, PlainAndVectorEscapingEqualReplacementAtEachLengthAndAlignment) {
@@ -76,17 +66,4 @@ TEST(HtmlTest, OnlyTheFourCharactersAreEverTouched) {
                   replaced(source, text::kHtmlAll));
         EXPECT_EQ(escaped(copy, 0, text::escapedHtmlLength, text::escapeHtml), source);
     }
-}
-
-TEST(HtmlTest, UnescapingReplacesOnlyTheAmpersandOfAnEntity) {
-    const unsigned all = text::kHtmlAll;
-    EXPECT_EQ(unescaped("a &lt; b", all, 1), "a <lt; b");
-    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", all, 4), "<lt;>gt;&amp;\"quot;");
-    EXPECT_EQ(unescaped("&amp;lt;", all, 1), "&amp;lt;"); // the "&" is not looked at again
-    EXPECT_EQ(unescaped("&&lt;&", all, 1), "&<lt;&");
-    EXPECT_EQ(unescaped("&lt &l &quot &LT; & ", all, 0), "&lt &l &quot &LT; & ");
-    EXPECT_EQ(unescaped("", all, 0), "");
-    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlQuot, 1), "&lt;&gt;&amp;\"quot;");
-    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlLt | text::kHtmlAmp, 2), "<lt;&gt;&amp;&quot;");
-    EXPECT_EQ(unescaped("&lt;&gt;&amp;&quot;", text::kHtmlGt, 1), "&lt;>gt;&amp;&quot;");
 }

@@ -114,34 +114,26 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     } rows[] = {
         {times(32769, "a"), "it is too long"},
         {nested(201, "a", ""), "its groups are nested too deeply"},
-        {times(15000, "("), "its groups are nested too deeply"},
         {times(1001, "(a)"), "it has too many groups"},
         {"a" + times(9, "*"), "too many repeat operators follow one another"},
-        {"a" + times(9, "{2}"), "too many repeat operators follow one another"},
         {"((a{100}){100}){100}", kRepeats},
-        {"(x{9999}|y{9999}){9}", kRepeats},
         {nested(17, "a", "+"), kEmpty}, // the groups' ends are many before the copies are
         {"((a{200}){200}){0}", kRepeats},
         {times(200, "(a{200}"), kRepeats}, // before it is seen that the ends are missing
-        {"a{0,1001}", kEmpty},
-        {"((a{0,50}){0,50}){0,50}", kEmpty},
         {times(1001, "a*"), kEmpty},
         {"a" + times(1001, "|a"), kEmpty},
         {times(334, "(a|)") + "b", kEmpty},
         {"(a{0,300}b){60}", kEmpty},
         {times(14, "(a*)?") + "(a*)*", kEmpty}, // 2 to the power of 14 ways into the loop
         {times(14, "(^)*"), kEmpty},
-        {times(14, "\\b"), kEmpty},
         {times(400, "^"), kEmpty},
         {times(100, "(b$)*") + times(100, "(b^)*"), kEmpty},
         {"(|)(\\1\\1)*", kEndless},
-        {"(a)\\1+", kEndless},
         {"(a)(b\\1){3,}", kEndless},
         {"(a)((b|\\1c)d)*", kEndless},
         {"(.+)-\\1", kVaries},
         {"^?(.+)-\\1", kVaries},
         {"^a|(.+)-\\1", kVaries},
-        {"(.).*\\1", kVaries},
         {"^(.*).*\\1", kVaries},
         {"([a-z:]+):\\1", kVaries},
         {"([9-A]+):\\1", kVaries}, // which has the colon
@@ -150,7 +142,6 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(.)*\\1", kGroup},
         {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
         {"^(a?)(.?)?\\2\\1", kGroup},
-        {"^.*(.)\\1", kGroup},
         {"(.{0,33})\\1", "it has too many choices beside back references"},
         {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
         {"(a)\\1{65}", "it has too many back references"},
