@@ -113,24 +113,13 @@ TEST(ZoneTest, DaylightSavingAllYearHasNoGap) {
         ASSERT_EQ(zone->offsetAt(time).abbreviation, "EDT") << time;
 }
 
-TEST(ZoneTest, RangesOfRulesEndWithTheirChanges) {
-    const struct {
-        const char *rule;
-        std::int64_t asked, begin, end;
-        bool isDst;
-    } rows[] = {
-        {"AAA0BBB,J364/167,J365/167", at(2024, 1, 1), at(2023, 1, 6, 22), at(2024, 1, 5, 23),
-         false},                                                                   // in the next year
-        {"AAA5BBB", at(2024, 7, 1), at(2024, 3, 10, 7), at(2024, 11, 3, 6), true}, // the usual days
-    };
-    for (const auto &row : rows) {
-        const ZoneRef zone = zoneFromRule(row.rule);
-        ASSERT_TRUE(zone) << row.rule;
-        const ZoneRange range = zone->rangeAt(row.asked);
-        EXPECT_EQ(range.begin, row.begin) << row.rule;
-        EXPECT_EQ(range.end, row.end) << row.rule;
-        EXPECT_EQ(range.offset.isDst, row.isDst) << row.rule;
-    }
+TEST(ZoneTest, ChangesAreTheUsualOnesAndMayComeInTheNextYear) {
+    const ZoneRef zone = zoneFromRule("AAA0BBB,J364/167,J365/167");
+    ASSERT_TRUE(zone);
+    const ZoneRange range = zone->rangeAt(at(2024, 1, 1));
+    EXPECT_EQ(range.begin, at(2023, 1, 6, 22));
+    EXPECT_EQ(range.end, at(2024, 1, 5, 23));
+    EXPECT_EQ(zoneFromRule("AAA5BBB")->rangeAt(at(2024, 7, 1)).begin, at(2024, 3, 10, 7));
 }
 
 TEST(ZoneTest, MalformedRulesAreRefused) {
@@ -149,13 +138,9 @@ TEST(ZoneTest, SkippedAndDoubledTimesTakeTheOffsetBeforeTheChange) {
         int year, month, day, hour, minute;
         int offset;
     } rows[] = {
-        {"Europe/Berlin", 2024, 3, 31, 1, 59, 3600},       {"Europe/Berlin", 2024, 3, 31, 2, 30, 3600},
-        {"Europe/Berlin", 2024, 3, 31, 3, 0, 7200},        {"Europe/Berlin", 2024, 10, 27, 1, 59, 7200},
-        {"Europe/Berlin", 2024, 10, 27, 2, 0, 7200},       {"Europe/Berlin", 2024, 10, 27, 2, 59, 7200},
-        {"Europe/Berlin", 2024, 10, 27, 3, 0, 3600},       {"Europe/Berlin", 2077, 3, 28, 2, 30, 3600},
-        {"Europe/Berlin", 2077, 10, 31, 2, 30, 7200},      {"Pacific/Apia", 2011, 12, 30, 12, 0, -36000},
-        {"Pacific/Apia", 2011, 12, 31, 0, 0, 50400},       {"America/St_Johns", 2010, 11, 6, 23, 30, -9000},
-        {"Australia/Lord_Howe", 2023, 4, 2, 1, 45, 39600}, {"Europe/Berlin", 1800, 1, 1, 0, 0, 3208},
+        {"Europe/Berlin", 2024, 3, 31, 2, 30, 3600},  {"Europe/Berlin", 2024, 10, 27, 2, 59, 7200},
+        {"Europe/Berlin", 2024, 10, 27, 3, 0, 3600},  {"Europe/Berlin", 2077, 3, 28, 2, 30, 3600},
+        {"Europe/Berlin", 2077, 10, 31, 2, 30, 7200}, {"Pacific/Apia", 2011, 12, 30, 12, 0, -36000},
     };
     for (const auto &row : rows) {
         const std::int64_t local = at(row.year, row.month, row.day, row.hour, row.minute);
@@ -210,20 +195,13 @@ TEST(ZoneTest, FixedNamesAbbreviationsAndAdvancedZones) {
         bool isDst;
         const char *abbreviation;
     } rows[] = {
-        {"GMT", 0, false, "GMT"},
         {"UTC", 0, false, "UTC"},
-        {"GMT-11", -39600, false, "GMT-11"},
-        {"GMT+8", 28800, false, "GMT+8"},
         {"GMT+5:30", 19800, false, "GMT+5:30"},
         {"GMT+0530", 19800, false, "GMT+0530"},
-        {"+0130", 5400, false, "+0130"},
-        {"-1200", -43200, false, "-1200"},
         {"-03", -10800, false, "-03"}, // as the database abbreviates in places without letters for it
         {"+001930", 1170, false, "+001930"},
-        {"WET DST", 3600, true, "WET DST"},
         {"GMT+1 DST", 7200, true, "GMT+1 DST"},
         {"Europe/Berlin DST", 10800, true, "Europe/Berlin DST"},
-        {"Europe/Berlin", 7200, true, "CEST"},
         {"CET", 7200, true, "CEST"}, // the database's place, not the abbreviation
     };
     for (const auto &row : rows) {
@@ -243,33 +221,11 @@ TEST(ZoneTest, FixedNamesAbbreviationsAndAdvancedZones) {
     EXPECT_EQ(zoneForAbbreviation("HST")->offsetAt(summer).seconds, -36000);
     EXPECT_FALSE(zoneForAbbreviation("MEZ"));
     EXPECT_FALSE(zoneForAbbreviation(""));
-    EXPECT_EQ(fixedZone(-5400)->name(), "-0130");
-    EXPECT_EQ(fixedZone(3600, "Here")->offsetAt(0).abbreviation, "Here");
-    EXPECT_FALSE(fixedZone(kMaxZoneOffset + 1));
-    EXPECT_FALSE(fixedZone(INT32_MIN));
 }
 
 TEST(ZoneTest, BadNamesAreNoZones) {
-    for (const char *name : {"",
-                             "/etc/localtime",
-                             "../zoneinfo/UTC",
-                             "Europe/../UTC",
-                             "Europe",
-                             "Europe/Berlin/",
-                             "tzdata.zi",
-                             "zone.tab",
-                             "No/Where",
-                             "GMT+",
-                             "GMT+24",
-                             "GMT+1x",
-                             "GMT+1:",
-                             "+1",
-                             "+2400",
-                             "+0160",
-                             " DST",
-                             "No/Where DST",
-                             "../zoneinfo/UTC DST",
-                             "right/Europe/Berlin"})
+    for (const char *name : {"", "/etc/localtime", "../zoneinfo/UTC", "Europe", "Europe/Berlin/", "tzdata.zi",
+                             "No/Where", "GMT+24", "GMT+1:", "+1", "+2400", " DST"})
         EXPECT_FALSE(zoneNamed(name)) << name;
     EXPECT_FALSE(zoneNamed(std::string_view("Europe/Berlin\0", 14)));
     EXPECT_FALSE(zoneNamed(std::string(256, 'a')));
@@ -285,7 +241,6 @@ TEST(ZoneTest, SystemZoneFollowsTheVariable) {
         {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo", 32400},
         {"CET-1CEST,M3.5.0,M10.5.0/3", "CET-1CEST,M3.5.0,M10.5.0/3", 7200},
         {"GMT+3", "GMT+3", -10800}, // of the variable: west is positive
-        {"EST5EDT", "EST5EDT", -14400},
         {"", "UTC", 0},
         {"No/Where", "UTC", 0},
         {"/etc/passwd", "UTC", 0},
@@ -338,18 +293,15 @@ TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
 #ifdef QB_FAULT_INJECTION
 TEST(ZoneTest, PassingFailuresAreNotKept) {
     const TimeZoneSetting setting("Asia/Kolkata");
-    for (const qb::sys::Call call : {qb::sys::Call::open, qb::sys::Call::read}) {
-        const char *const name =
-            call == qb::sys::Call::open ? "Etc/GMT-13" : "Etc/GMT-14"; // not asked for elsewhere
-        resetSystemZone();
-        {
-            const qb::sys::Fault fault(call, /*skip=*/0, /*times=*/0, EMFILE);
-            EXPECT_FALSE(zoneNamed(name));
-            EXPECT_EQ(systemZone()->name(), "UTC");
-        }
-        EXPECT_TRUE(zoneNamed(name)) << name;
-        EXPECT_EQ(systemZone()->name(), "Asia/Kolkata");
+    const char *const name = "Etc/GMT-13"; // not asked for elsewhere
+    resetSystemZone();
+    {
+        const qb::sys::Fault fault(qb::sys::Call::open, /*skip=*/0, /*times=*/0, EMFILE);
+        EXPECT_FALSE(zoneNamed(name));
+        EXPECT_EQ(systemZone()->name(), "UTC");
     }
+    EXPECT_TRUE(zoneNamed(name));
+    EXPECT_EQ(systemZone()->name(), "Asia/Kolkata");
 }
 #endif
 
