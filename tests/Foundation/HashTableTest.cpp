@@ -89,8 +89,11 @@ void compareWithModel(MakeKey makeKey, int keys, int steps) {
 }
 
 Ref<NSObject> stringKey(int number) {
-    return NSString::initWith("key" + std::string(static_cast<std::size_t>(number % 20), 'x') +
-                              std::to_string(number));
+    const std::string text =
+        "key" + std::string(static_cast<std::size_t>(number % 20), 'x') + std::to_string(number);
+    if (number % 3 == 0)
+        return NSMutableString::initWith(text);
+    return NSString::initWith(text);
 }
 
 } // namespace
@@ -98,30 +101,8 @@ Ref<NSObject> stringKey(int number) {
 TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
     compareWithModel(&stringKey, 12, 1000);
     compareWithModel(&stringKey, 40, 5000);
-    compareWithModel(&stringKey, 900, 5000);
+    compareWithModel(&stringKey, 3000, 20000);
     compareWithModel([](int number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);
-}
-
-TEST_F(HashTableTest, LargeTablesFindStringsOfEveryLengthThatMayChangeToo) {
-    constexpr std::size_t kKeys = 20000;
-    const auto textOf = [](std::size_t number, const char *end) {
-        return std::string(number % 23, 'k') + std::to_string(number) + end;
-    };
-    qb::HashTable table;
-    for (std::size_t i = 0; i < kKeys; ++i) {
-        const Ref<NSString> key = NSString::initWith(textOf(i, ""));
-        const Ref<NSObject> entered = i % 3 ? Ref<NSObject>(key) : key->mutableCopyWithZone(nullptr);
-        table.entryFor(entered).value = key->retain();
-    }
-    for (std::size_t i = 0; i < kKeys; i += 2)
-        EXPECT_TRUE(table.remove(NSString::initWith(textOf(i, "")).get()));
-    for (std::size_t i = 0; i < kKeys; ++i) {
-        const Ref<NSString> asked = NSString::initWith(textOf(i, ""));
-        const auto *const found = static_cast<NSString *>(table.valueFor(asked));
-        ASSERT_EQ(found != nullptr, i % 2 == 1) << i;
-        ASSERT_TRUE(!found || found->view() == asked->view());
-        ASSERT_EQ(table.valueFor(NSString::initWith(textOf(i, "x")).get()), nullptr) << i;
-    }
 }
 
 TEST_F(HashTableTest, FindsAllKeysOfOneHash) {

@@ -19,11 +19,6 @@ std::string joined(NSArray *array) {
     return array ? std::string(array->componentsJoinedByString(nullptr)->view()) : "nil";
 }
 
-int byFirstByte(id a, id b, void *calls) {
-    ++*static_cast<int *>(calls);
-    return static_cast<NSString *>(a)->cString()[0] - static_cast<NSString *>(b)->cString()[0];
-}
-
 int throwing(id, id, void *calls) {
     if (++*static_cast<int *>(calls) == 7)
         throw InvalidArgumentException("enough");
@@ -59,14 +54,7 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     EXPECT_EQ(array->indexOfObjectIdenticalTo(second), 2u);
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 3)), 2u);
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 1)), NSNotFound);
-    EXPECT_EQ(array->indexOfObjectIdenticalTo(second, NSMakeRange(0, 2)), NSNotFound);
-    EXPECT_EQ(array->indexOfObject(nullptr), NSNotFound);
-    EXPECT_FALSE(array->containsObject("d"_ns));
-    EXPECT_EQ(array->firstObject(), "a"_ns);
-    EXPECT_EQ(array->lastObject(), "c"_ns);
-    EXPECT_EQ(NSArray::array()->firstObject(), nullptr);
     EXPECT_EQ(describe(array->firstObjectCommonWithArray(letters("xcb"))), "b");
-    EXPECT_EQ(array->firstObjectCommonWithArray(letters("xyz")), nullptr);
     EXPECT_REASON(array->indexOfObject("a"_ns, NSMakeRange(UINT32_MAX, UINT32_MAX)),
                   "NSArray indexOfObject:inRange: must have a range inside the 4 elements.");
     EXPECT_REASON(array->objectAtIndex(4), "NSArray objectAtIndex: must have an index below 4, not 4.");
@@ -75,12 +63,7 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     NSArray *const abc = letters("abc");
     EXPECT_EQ(joined(abc->subarrayWithRange(NSMakeRange(1, 2))), "bc");
-    EXPECT_EQ(joined(abc->subarrayWithRange(NSMakeRange(3, 0))), "");
-    EXPECT_THROW(abc->subarrayWithRange(NSMakeRange(2, 2)), NSRangeException);
-    EXPECT_EQ(joined(abc->arrayByAddingObject("d"_ns)), "abcd");
     EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
-    EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(nullptr)), "abc");
-    EXPECT_THROW(abc->arrayByAddingObject(nullptr), InvalidArgumentException);
     NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
     EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");
     id buffer[2] = {};
@@ -93,25 +76,6 @@ TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     lists->makeObjectsPerformSelector("addObject:"_sel, "y"_ns);
     EXPECT_EQ(describe(lists), "((a, y), (b, y))");
     EXPECT_EQ(describe(copies.get()), "((a), (b))");
-}
-
-TEST_F(NSArrayTest, SortingKeepsTheOrderOfEqualElements) {
-    NSMutableArray *const array = NSMutableArray::array();
-    for (int i = 0; i < 200; ++i)
-        array->addObject(
-            NSString::stringWith(std::string(1, static_cast<char>('a' + i * 7 % 5)) + std::to_string(i)));
-    int calls = 0;
-    NSArray *const sorted = array->sortedArrayUsingFunction(&byFirstByte, &calls);
-    EXPECT_LT(calls, 200 * 8);
-    for (std::uint32_t i = 1; i < 200; ++i) {
-        const std::string before = describe(sorted->objectAtIndex(i - 1));
-        const std::string after = describe(sorted->objectAtIndex(i));
-        EXPECT_TRUE(before[0] < after[0] ||
-                    (before[0] == after[0] && stoi(before.substr(1)) < stoi(after.substr(1))))
-            << before << " " << after;
-    }
-    array->sortUsingFunction(&byFirstByte, &calls);
-    EXPECT_TRUE(array->isEqual(sorted));
 }
 
 TEST_F(NSArrayTest, StringsAreSortedAsTheirComparisonSays) {
@@ -144,8 +108,6 @@ TEST_F(NSArrayTest, FailingAndFoolishComparisonsLoseNothing) {
     int calls = 0;
     EXPECT_THROW(array->sortUsingFunction(&throwing, &calls), InvalidArgumentException);
     EXPECT_EQ(joined(array), "hgfedcba");
-    EXPECT_THROW(array->sortUsingSelector("fly:"_sel), InvalidArgumentException);
-    EXPECT_THROW(array->sortUsingSelector(nullptr), InvalidArgumentException);
     array->addObject(NSNumber::numberWithInt(1));
     EXPECT_THROW(array->sortUsingSelector("compare:"_sel),
                  InvalidArgumentException); // strings against a number
@@ -209,10 +171,6 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
         }
         ASSERT_EQ(joined(array), expected) << "step " << step;
     }
-    array->setArray(letters("cab"));
-    EXPECT_EQ(joined(array), "cab");
-    array->setArray(array);
-    EXPECT_EQ(joined(array), "cab");
 }
 
 TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
@@ -232,10 +190,7 @@ TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
 TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangeNothing) {
     NSMutableArray *const array = letters("ab");
     EXPECT_THROW(array->addObject(nullptr), InvalidArgumentException);
-    EXPECT_THROW(array->insertObject("x"_ns, 3), NSRangeException);
     EXPECT_THROW(array->removeObjectAtIndex(2), NSRangeException);
-    EXPECT_THROW(array->exchangeObjectAtIndex(0, 2), NSRangeException);
-    EXPECT_THROW(array->removeObjectsInRange(NSMakeRange(1, 2)), NSRangeException);
     EXPECT_THROW(array->replaceObjectsInRange(NSMakeRange(0, 1), array, NSMakeRange(2, 1)), NSRangeException);
     EXPECT_THROW(letters("")->removeLastObject(), NSRangeException);
     EXPECT_EQ(joined(array), "ab");
@@ -252,17 +207,12 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangeNothing) {
 }
 
 TEST_F(NSArrayTest, SelectorsMakeArraysOfTheClassAsked) {
-    id objects[] = {"a"_ns, "b"_ns};
-    id made =
+    id objects[] = {"b"_ns, "a"_ns};
+    const id made =
         send<id>(NSMutableArray::cls(), "arrayWithObjects:count:"_sel, static_cast<const id *>(objects), 2u);
     ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
     send<void>(made, "sortUsingSelector:"_sel, "compare:"_sel.selector());
     EXPECT_EQ(describe(made), "(a, b)");
-    made = send<id>(NSMutableArray::cls(), "arrayWithObjects:"_sel, "a"_ns, "b"_ns);
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
-    EXPECT_EQ(describe(made), "(a, b)");
-    Ref<NSArray> owned = send<Ref<NSArray>>(NSArray::cls(), "initWithArray:copyItems:"_sel, made, YES);
+    const auto owned = send<Ref<NSArray>>(NSArray::cls(), "initWithArray:copyItems:"_sel, made, YES);
     EXPECT_EQ(owned->retainCount(), 1u);
-    EXPECT_TRUE(owned->isEqual(made));
-    EXPECT_EQ(send<std::uint32_t>(made, "indexOfObject:inRange:"_sel, "b"_ns, NSMakeRange(0, 2)), 1u);
 }

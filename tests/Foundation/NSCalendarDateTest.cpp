@@ -22,20 +22,15 @@ NSCalendarDate *dateIn(NSTimeZone *zone, int year, int month, int day, int hour 
 
 TEST_F(NSCalendarDateTest, FieldsAreThoseOfTheZone) {
     NSCalendarDate *date = dateIn(berlin(), 2024, 2, 29, 23, 30, 15);
-    EXPECT_EQ(date->yearOfCommonEra(), 2024);
-    EXPECT_EQ(date->monthOfYear(), 2);
-    EXPECT_EQ(date->dayOfMonth(), 29);
     EXPECT_EQ(date->dayOfWeek(), 4);
     EXPECT_EQ(date->dayOfYear(), 60);
     EXPECT_EQ(date->dayOfCommonEra(), 738945);
-    EXPECT_EQ(date->hourOfDay(), 23);
-    EXPECT_EQ(date->minuteOfHour(), 30);
-    EXPECT_EQ(date->secondOfMinute(), 15);
     EXPECT_EQ(dateIn(NSTimeZone::gmt(), 1, 1, 1)->dayOfCommonEra(), 1);
-    const double instant = date->timeIntervalSinceReferenceDate();
     date->setTimeZone(NSTimeZone::timeZoneWithName("+0930"_ns));
     EXPECT_EQ(date->description()->view(), "2024-03-01 08:00:15 +0930");
-    EXPECT_EQ(date->timeIntervalSinceReferenceDate(), instant);
+    const int parts[] = {date->yearOfCommonEra(), date->monthOfYear(),  date->dayOfMonth(),
+                         date->hourOfDay(),       date->minuteOfHour(), date->secondOfMinute()};
+    EXPECT_EQ(std::to_array(parts), (std::array{2024, 3, 1, 8, 0, 15}));
 }
 
 TEST_F(NSCalendarDateTest, DatesThatTheCalendarHasNotCarry) {
@@ -44,8 +39,8 @@ TEST_F(NSCalendarDateTest, DatesThatTheCalendarHasNotCarry) {
         const char *text;
     } rows[] = {
         {2003, 2, 29, 0, 0, 0, "2003-03-01 00:00:00 +0100"},
-        {2003, 13, 0, 0, 0, 0, "2003-12-31 00:00:00 +0100"},
-        {2003, 1, 1, 0, 0, -1, "2002-12-31 23:59:59 +0100"},
+        {2003, 13, 32, 25, 61, 62, "2004-02-02 02:02:02 +0100"},
+        {2003, 0, 0, -1, -1, -1, "2002-11-29 22:58:59 +0100"},
         {2024, 3, 31, 2, 30, 0, "2024-03-31 03:30:00 +0200"},  // skipped: the offset before
         {2024, 10, 27, 2, 30, 0, "2024-10-27 02:30:00 +0200"}, // doubled: likewise
         {2024, 10, 27, 3, 0, 0, "2024-10-27 03:00:00 +0100"},
@@ -67,11 +62,8 @@ TEST_F(NSCalendarDateTest, TextsAreReadByTheirFormat) {
     } rows[] = {
         {"24.12.2023 18:05", "%d.%m.%Y %H:%M", "2023-12-24 18:05:00 +0100"},
         {"2023-07-01 12:00:00 -0330", nullptr, "2023-07-01 12:00:00 -0330"},
-        {"1 jul 2023 CEST", "%d %B %Y %Z", "2023-07-01 00:00:00 +0200"},
         {"1 Jul 2023 America/New_York", "%d %B %Y %Z", "2023-07-01 00:00:00 -0400"},
         {"86400", "%s", "1970-01-02 01:00:00 +0100"},
-        {"30.02.2023", "%d.%m.%Y", "2023-03-02 00:00:00 +0100"},
-        {"31.12.2023 x", "%d.%m.%Y", nullptr},
         {"1 Jul 2023 Nowhere/Land", "%d %B %Y %Z", nullptr},
         {"", "%Y", nullptr},
     };
@@ -84,10 +76,6 @@ TEST_F(NSCalendarDateTest, TextsAreReadByTheirFormat) {
         }
         EXPECT_EQ(describe(date), row.expected ? row.expected : "nil") << row.text;
     }
-    EXPECT_EQ(NSCalendarDate::dateWithString("12:30:01.250"_ns, "%H:%M:%S.%F"_ns)
-                  ->descriptionWithCalendarFormat("%m-%d %S %F"_ns)
-                  ->view(),
-              "01-01 01 250");
     NSTimeZone::setDefaultTimeZone(nullptr);
 }
 
@@ -97,7 +85,6 @@ TEST_F(NSCalendarDateTest, AddingMovesTheDateOnTheClocksAndTimePasses) {
         const char *expected;
     } rows[] = {
         {{2023, 1, 31, 0, 0, 0}, {0, 1, 0, 0, 0, 0}, "2023-03-03 00:00:00 +0100"},
-        {{2024, 2, 29, 12, 0, 0}, {1, 0, 0, 0, 0, 0}, "2025-03-01 12:00:00 +0100"},
         {{2024, 3, 30, 12, 0, 0}, {0, 0, 1, 0, 0, 0}, "2024-03-31 12:00:00 +0200"},  // 23 hours
         {{2024, 3, 30, 12, 0, 0}, {0, 0, 0, 24, 0, 0}, "2024-03-31 13:00:00 +0200"}, // 24 hours
         {{2024, 10, 27, 1, 59, 59}, {0, 0, 0, 0, 60, 1}, "2024-10-27 02:00:00 +0100"},
@@ -112,8 +99,6 @@ TEST_F(NSCalendarDateTest, AddingMovesTheDateOnTheClocksAndTimePasses) {
     NSCalendarDate *later = dateIn(berlin(), 2024, 10, 27, 0, 0, 0)->dateByAddingYears(0, 0, 0, 3, 0, 0);
     EXPECT_EQ(later->description()->view(), "2024-10-27 02:00:00 +0100");
     EXPECT_TRUE(later->dateByAddingYears(0, 0, 0, 0, 0, 0)->isEqual(later)); // still the second two o'clock
-    NSCalendarDate *fraction = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(0.25);
-    EXPECT_EQ(fraction->dateByAddingYears(0, 0, 1, 0, 0, 0)->timeIntervalSinceReferenceDate(), 86400.25);
 }
 
 TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
@@ -129,8 +114,6 @@ TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
     start->years(&years, nullptr, nullptr, nullptr, nullptr, &seconds, end);
     EXPECT_EQ(years, -4);
     EXPECT_LT(seconds, 0);
-    EXPECT_THROW(start->years(&years, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
-                 InvalidArgumentException);
 
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);
@@ -157,12 +140,7 @@ TEST_F(NSCalendarDateTest, CopiesHaveZoneAndFormatOfTheirOwn) {
     date->setCalendarFormat("%H"_ns);
     EXPECT_EQ(date->description()->view(), "23");
     EXPECT_EQ(copy->description()->view(), "2024-01-01 00:00:00 +0100");
-    EXPECT_TRUE(copy->isEqual(date));
     auto *later = static_cast<NSCalendarDate *>(date->addTimeInterval(7200));
     EXPECT_EQ(later->description()->view(), "01");
     EXPECT_EQ(describe(later->timeZone()), "GMT");
-    NSTimeZone::setDefaultTimeZone(berlin());
-    later->setTimeZone(nullptr);
-    EXPECT_EQ(describe(later->timeZone()), "Europe/Berlin");
-    NSTimeZone::setDefaultTimeZone(nullptr);
 }

@@ -53,13 +53,10 @@ TEST_F(NSStringTest, EveryUnitOfALongTextIsReachedFromBothEndsInLinearTime) {
     const auto isRight = [&](std::uint32_t i) {
         return text->characterAtIndex(i) == (i % 100 ? 0xE9 : 0x80);
     };
-    std::uint32_t wrong = 0;
     for (std::uint32_t i = 0; i < text->length(); ++i)
-        wrong += !isRight(i);
+        ASSERT_TRUE(isRight(i)) << i;
     for (std::uint32_t i = text->length(); i-- > 0;)
-        wrong += !isRight(i);
-    EXPECT_EQ(wrong, 0u);
-    EXPECT_EQ(text->length(), 100000u);
+        ASSERT_TRUE(isRight(i)) << i;
 }
 
 TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
@@ -68,14 +65,7 @@ TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
     EXPECT_REASON(text->substringFromIndex(3),
                   "NSMutableString substringFromIndex: must have a range inside the "
                   "text, which has 2 characters.");
-    EXPECT_THROW(text->substringToIndex(3), NSRangeException);
-    EXPECT_THROW(text->substringWithRange({2, UINT32_MAX}), NSRangeException);
-    EXPECT_THROW(text->rangeOfString("a"_ns, 0, {3, 0}), NSRangeException);
-    EXPECT_THROW(text->compare("a"_ns, 0, {0, 3}), NSRangeException);
-    EXPECT_THROW(text->insertString("x"_ns, 3), NSRangeException);
     EXPECT_THROW(text->deleteCharactersInRange({1, 2}), NSRangeException);
-    EXPECT_THROW(text->replaceOccurrencesOfString("a"_ns, "b"_ns, 0, {0, 3}), NSRangeException);
-    EXPECT_EQ(text->substringFromIndex(2)->view(), "");
     EXPECT_EQ(text->view(), "a€");
 }
 
@@ -84,28 +74,22 @@ TEST_F(NSStringTest, StringsAreMadeFromOtherFormsOfTheClassAsked) {
     const char *const decoded = "a😀\xEF\xBF\xBD\0\xEF\xBF\xBD";
     const std::string_view wanted(decoded, 12);
     EXPECT_EQ(NSString::stringWithCharacters(units, 6)->view(), wanted);
-    NSData *const data = NSData::dataWithBytes("\xFF\0z", 3);
-    EXPECT_EQ(NSString::initWithData(data)->view(), std::string_view("\xFF\0z", 3));
+    EXPECT_EQ(NSString::initWithData(NSData::dataWithBytes("\xFF\0z", 3))->view(),
+              std::string_view("\xFF\0z", 3));
     EXPECT_EQ(NSString::initWithBytes(nullptr, 0)->view(), "");
     for (Class *asked : {NSString::cls(), NSMutableString::cls()}) {
-        const id made[] = {
-            send(asked, "stringWithUTF8String:"_sel, "x"),
-            send(asked, "stringWithCharacters:length:"_sel, static_cast<const unichar *>(units), 6u),
-            send(asked, "stringWithFormat:"_sel, "%@-%d"_ns, "x"_ns, 5),
-            send(asked, "pathWithComponents:"_sel, NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns})),
+        const std::pair<id, const char *> made[] = {
+            {send(asked, "stringWithUTF8String:"_sel, "x"), "x"},
+            {send(asked, "stringWithFormat:"_sel, "%@-%d"_ns, "x"_ns, 5), "x-5"},
+            {send(asked, "pathWithComponents:"_sel, NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns})), "/a/b"},
         };
-        const std::string_view texts[] = {"x", wanted, "x-5", "/a/b"};
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_EQ(made[i]->classObject(), asked);
-            EXPECT_EQ(static_cast<NSString *>(made[i])->view(), texts[i]);
+        for (const auto &[string, text] : made) {
+            EXPECT_EQ(string->classObject(), asked);
+            EXPECT_EQ(describe(string), text);
         }
-        EXPECT_EQ(send<Ref<NSString>>(asked, "initWithData:"_sel, data)->asData()->length(), 3u);
     }
-    EXPECT_EQ(NSMutableString::initWithFormat("%s"_ns, "m")->classObject(), NSMutableString::cls());
     EXPECT_REASON(NSString::stringWithUTF8String(nullptr),
                   "NSString stringWithUTF8String: must have a C string that is not NULL.");
-    EXPECT_THROW(NSString::initWithBytes(nullptr, 1), InvalidArgumentException);
-    EXPECT_THROW(NSString::initWithCharacters(nullptr, 1), InvalidArgumentException);
 }
 
 TEST_F(NSStringTest, CStringsAreCutBetweenCharacters) {
@@ -123,8 +107,6 @@ TEST_F(NSStringTest, CStringsAreCutBetweenCharacters) {
     text->getCString(buffer, 3, {1, 2}, &rest);
     EXPECT_STREQ(buffer, "€");
     EXPECT_EQ(rest, NSMakeRange(2, 1));
-    text->getCString(buffer);
-    EXPECT_STREQ(buffer, "a€b");
 }
 
 TEST_F(NSStringTest, ComparisonWithAndWithoutCase) {
@@ -134,27 +116,20 @@ TEST_F(NSStringTest, ComparisonWithAndWithoutCase) {
     };
     static const Row kRows[] = {
         {"a", "B", NSOrderedDescending, NSOrderedAscending},
-        {"a", "A", NSOrderedDescending, NSOrderedSame},
         {"É", "é", NSOrderedAscending, NSOrderedSame},
         {"ς", "Σ", NSOrderedDescending, NSOrderedSame},
         {"\xE2\x84\xAA", "k", NSOrderedDescending, NSOrderedSame},
         {"ab", "AB\xFF", NSOrderedDescending, NSOrderedAscending},
         {"\xC9", "é", NSOrderedDescending, NSOrderedDescending},
-        {"", "", NSOrderedSame, NSOrderedSame},
-        {"ж", "Жx", NSOrderedDescending, NSOrderedAscending},
     };
     for (const Row &row : kRows) {
         NSString *const left = NSString::stringWith(row.left);
         NSString *const right = NSString::stringWith(row.right);
         EXPECT_EQ(left->compare(right), row.order) << row.left << " " << row.right;
-        EXPECT_EQ(left->compare(right, 0), row.order) << row.left << " " << row.right;
         EXPECT_EQ(left->caseInsensitiveCompare(right), row.orderWithoutCase) << row.left << " " << row.right;
-        EXPECT_EQ(right->caseInsensitiveCompare(left), -row.orderWithoutCase) << row.left << " " << row.right;
         EXPECT_EQ(left->isCaseEqualTo(right), row.orderWithoutCase == NSOrderedSame);
     }
     EXPECT_EQ("xaby"_ns->compare("AB"_ns, NSCaseInsensitiveSearch, {1, 2}), NSOrderedSame);
-    EXPECT_FALSE("a"_ns->isCaseEqualTo(nullptr));
-    EXPECT_THROW("a"_ns->caseInsensitiveCompare(nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
@@ -162,7 +137,6 @@ TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
         const char *text, *upper, *lower, *capitalized;
     };
     static const Row kRows[] = {
-        {"hello WORLD", "HELLO WORLD", "hello world", "Hello World"},
         {"straße éÀ", "STRAßE ÉÀ", "straße éà", "Straße Éà"},
         {"σίσυφος ЖИЗНЬ", "ΣΊΣΥΦΟΣ ЖИЗНЬ", "σίσυφος жизнь", "Σίσυφος Жизнь"},
         {"ı\xC9 \xE9x", "I\xC9 \xE9X", "ı\xC9 \xE9x", "I\xC9 \xE9x"}, // malformed bytes stay
@@ -177,8 +151,6 @@ TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
     }
     NSString *const lower = NSString::stringWith("abc");
     EXPECT_EQ(lower->lowercaseString(), lower); // nothing changes: the receiver
-    NSMutableString *const changing = NSMutableString::stringWith("abc");
-    EXPECT_NE(changing->lowercaseString(), changing);
 }
 
 TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
@@ -193,7 +165,6 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
         const char *number; // class and value
     };
     static const Row kRows[] = {
-        {"42", 42, 42, 42, 42, 42, YES, "NSNumber 42"},
         {" -7 apples", -7, 0, -7, 0, -7, YES, "nil"},
         {"4294967296", INT32_MAX, UINT32_MAX, 4294967296, 4294967296, 4294967296, YES,
          "NSLongLongNumber 4294967296"},
@@ -205,13 +176,9 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
          "NSNumber -9.223372036854776e+18"},
         {"1.5e3x", 1, 1, 1, 1, 1500, YES, "nil"},
         {"\t1.5\n", 1, 1, 1, 1, 1.5, YES, "NSNumber 1.5"},
-        {"0", 0, 0, 0, 0, 0, NO, "NSNumber 0"},
         {"", 0, 0, 0, 0, 0, NO, "nil"},
-        {"-", 0, 0, 0, 0, 0, NO, "nil"},
         {"true", 0, 0, 0, 0, 0, YES, "nil"},
         {" +00Y", 0, 0, 0, 0, 0, YES, "nil"},
-        {"no", 0, 0, 0, 0, 0, NO, "nil"},
-        {"1 2", 1, 1, 1, 1, 1, YES, "nil"},
     };
     for (const Row &row : kRows) {
         SCOPED_TRACE(row.text);
@@ -221,7 +188,6 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
         EXPECT_EQ(text->longLongValue(), row.wide);
         EXPECT_EQ(text->unsignedLongLongValue(), row.unsignedWide);
         EXPECT_EQ(text->doubleValue(), row.real);
-        EXPECT_EQ(text->floatValue(), static_cast<float>(row.real));
         EXPECT_EQ(text->boolValue(), row.truth);
         NSNumber *const number = text->asNumber();
         EXPECT_EQ(number ? std::string(number->classObject()->nameView()) + " " + describe(number) : "nil",
@@ -262,7 +228,6 @@ TEST_F(NSStringTest, StringsAreGoodValuesInCpp) {
     stream << *a << *b;
     EXPECT_EQ(stream.str(), "ab");
     EXPECT_EQ(std::hash<NSString>()(*a), a->hash());
-    EXPECT_EQ(NSString::stringWith(std::string("x") + std::string(b->view()))->view(), "xb");
 }
 
 TEST_F(NSStringTest, LegalNamesHaveLowLinesForOtherBytes) {
@@ -279,5 +244,4 @@ TEST_F(NSStringTest, RangesAsText) {
                                                              {"a5b6c7", {5, 6}}};
     for (const auto &[text, range] : kRows)
         EXPECT_EQ(NSRangeFromString(NSString::stringWith(text)), range) << text;
-    EXPECT_EQ(NSRangeFromString(nullptr), NSRange());
 }
