@@ -62,7 +62,6 @@ TEST(FormatTest, OwnConversionsAndOddPatterns) {
     EXPECT_EQ(formatted("%F|%z|%I %p|%s|%e", given), "007|-0330|12 AM|1709177709|29");
     EXPECT_EQ(formatted("%Q 100% %", given), "%Q 100% %");
     EXPECT_EQ(formatted(std::string_view("a\0%d", 4), given), std::string("a\00029", 4));
-    EXPECT_EQ(formatted("", given), "");
     EXPECT_EQ(formatted("%y", moment({-5, 1, 1, 0, 0, 0})), "95");
     EXPECT_EQ(formatted("%F", moment({}, -4)) + formatted("%F", moment({}, 5000)), "000999");
     EXPECT_EQ(formatted("%d %b %Y %H", moment({2003, 14, 29, 25, 0, 0})), "01 Mar 2004 01");
@@ -117,13 +116,10 @@ TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
         {"0", "%I"},
         {"62", "%S"},
         {"", "%Y"},
-        {"-5", "%d"},
-        {"5", "%d."},
         {"Mai", "%b"},
         {"XM", "%p"},
         {"0100", "%z"},
         {"+2400", "%z"},
-        {"!", "%Z"},
         {"5", "%Q"},
         {"999999999999", "%Y"},
         {"9999999999999999999", "%s"},

@@ -132,39 +132,16 @@ TEST(ZoneTest, MalformedRulesAreRefused) {
     EXPECT_FALSE(zoneFromRule(std::string_view("ABC3\0", 5)));
 }
 
-TEST(ZoneTest, SkippedAndDoubledTimesTakeTheOffsetBeforeTheChange) {
-    const struct {
-        const char *zone;
-        int year, month, day, hour, minute;
-        int offset;
-    } rows[] = {
-        {"Europe/Berlin", 2024, 3, 31, 2, 30, 3600},  {"Europe/Berlin", 2024, 10, 27, 2, 59, 7200},
-        {"Europe/Berlin", 2024, 10, 27, 3, 0, 3600},  {"Europe/Berlin", 2077, 3, 28, 2, 30, 3600},
-        {"Europe/Berlin", 2077, 10, 31, 2, 30, 7200}, {"Pacific/Apia", 2011, 12, 30, 12, 0, -36000},
-    };
-    for (const auto &row : rows) {
-        const std::int64_t local = at(row.year, row.month, row.day, row.hour, row.minute);
-        const ZoneRef zone = zoneNamed(row.zone);
-        ASSERT_TRUE(zone) << row.zone;
-        // Whatever was asked before: nothing, a time long ago, one just after.
-        for (const std::int64_t asked :
-             {local, at(1890, 1, 1), local + 7 * 3600, local - 5 * kSecondsPerDay}) {
-            zone->offsetAt(asked);
-            EXPECT_EQ(local - zone->localToUtc(local), row.offset)
-                << row.zone << " " << local << " after " << asked;
-        }
-    }
-}
-
 TEST(ZoneTest, LocalTimesComeBackAroundEveryChange) {
     for (const std::string &name : zoneNames()) {
         const ZoneRef zone = zoneNamed(name);
         ASSERT_TRUE(zone) << name;
-        for (ZoneRange range = zone->rangeAt(INT64_MIN); range.end < at(2060, 1, 1);) {
+        for (ZoneRange range = zone->rangeAt(INT64_MIN); range.end < at(2080, 1, 1);) {
             const ZoneRange next = zone->rangeAt(range.end);
             ASSERT_EQ(next.begin, range.end) << name;
             const std::int64_t end = range.end + range.offset.seconds; // of the range, by its own clocks
             const std::int64_t resumed = range.end + next.offset.seconds;
+            zone->offsetAt(at(1890, 1, 1)); // what was asked before does not matter
             ASSERT_EQ(zone->localToUtc(end - 1), range.end - 1) << name << " " << range.end;
             ASSERT_EQ(zone->localToUtc(resumed - 1), resumed - 1 - range.offset.seconds)
                 << name << " " << range.end;
@@ -187,48 +164,11 @@ TEST(ZoneTest, TimesAtTheEndsOfTheScaleAreAnswered) {
     EXPECT_EQ(far - zone->localToUtc(far), 7200);
 }
 
-TEST(ZoneTest, FixedNamesAbbreviationsAndAdvancedZones) {
-    const std::int64_t summer = at(2024, 7, 1);
-    const struct {
-        const char *name;
-        int offset;
-        bool isDst;
-        const char *abbreviation;
-    } rows[] = {
-        {"UTC", 0, false, "UTC"},
-        {"GMT+5:30", 19800, false, "GMT+5:30"},
-        {"GMT+0530", 19800, false, "GMT+0530"},
-        {"-03", -10800, false, "-03"}, // as the database abbreviates in places without letters for it
-        {"+001930", 1170, false, "+001930"},
-        {"GMT+1 DST", 7200, true, "GMT+1 DST"},
-        {"Europe/Berlin DST", 10800, true, "Europe/Berlin DST"},
-        {"CET", 7200, true, "CEST"}, // the database's place, not the abbreviation
-    };
-    for (const auto &row : rows) {
-        const ZoneRef zone = zoneNamed(row.name);
-        ASSERT_TRUE(zone) << row.name;
-        const ZoneOffset offset = zone->offsetAt(summer);
-        EXPECT_EQ(zone->name(), row.name);
-        EXPECT_EQ(offset.seconds, row.offset) << row.name;
-        EXPECT_EQ(offset.isDst, row.isDst) << row.name;
-        EXPECT_EQ(offset.abbreviation, row.abbreviation);
-        EXPECT_EQ(zoneNamed(row.name), zone) << row.name;
-    }
-    EXPECT_EQ(zoneNamed("GMT"), utc());
-    EXPECT_EQ(zoneForAbbreviation("CET")->offsetAt(summer).seconds, 3600);
-    EXPECT_EQ(zoneForAbbreviation("CEST")->offsetAt(summer).seconds, 7200);
-    EXPECT_TRUE(zoneForAbbreviation("PDT")->offsetAt(summer).isDst);
-    EXPECT_EQ(zoneForAbbreviation("HST")->offsetAt(summer).seconds, -36000);
-    EXPECT_FALSE(zoneForAbbreviation("MEZ"));
-    EXPECT_FALSE(zoneForAbbreviation(""));
-}
-
 TEST(ZoneTest, BadNamesAreNoZones) {
     for (const char *name : {"", "/etc/localtime", "../zoneinfo/UTC", "Europe", "Europe/Berlin/", "tzdata.zi",
                              "No/Where", "GMT+24", "GMT+1:", "+1", "+2400", " DST"})
         EXPECT_FALSE(zoneNamed(name)) << name;
     EXPECT_FALSE(zoneNamed(std::string_view("Europe/Berlin\0", 14)));
-    EXPECT_FALSE(zoneNamed(std::string(256, 'a')));
 }
 
 TEST(ZoneTest, SystemZoneFollowsTheVariable) {

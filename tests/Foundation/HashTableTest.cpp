@@ -105,18 +105,6 @@ TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
     compareWithModel([](int number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);
 }
 
-TEST_F(HashTableTest, FindsAllKeysOfOneHash) {
-    qb::HashTable table;
-    for (int i = 0; i < 9; ++i)
-        table.entryFor(Ref<Clash>::adopt(new Clash(i)).get());
-    table.remove(Ref<Clash>::adopt(new Clash(4)).get());
-    std::uint32_t place = 0;
-    int found = 0;
-    while (auto *entry = table.nextWithHash(1, place))
-        found += entry->key->hash() == 1;
-    EXPECT_EQ(found, 2);
-}
-
 TEST_F(HashTableTest, FindsTextsThatAreKeysOfOtherClasses) {
     class OtherString : public NSString {};
     const auto key = Ref<OtherString>::adopt(new OtherString);

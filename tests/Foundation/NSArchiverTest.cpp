@@ -129,23 +129,6 @@ TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
     }
 }
 
-TEST_F(NSArchiverTest, ChangedBytesGiveAnObjectOrOneError) {
-    const auto seed = std::random_device{}();
-    std::mt19937 random(seed);
-    for (std::uint32_t i = 0; i < 3000; ++i) {
-        NSAutoreleasePool pool;
-        RandomValues values(seed + i);
-        std::string archive(bytesOf(NSArchiver::archivedDataWithRootObject(values.value(3))));
-        for (int changes = 1 + static_cast<int>(random() % 3); changes > 0; --changes)
-            archive[random() % archive.size()] = static_cast<char>(random());
-        const std::size_t before = recordingErrorHandler()->raised.size();
-        const id read = NSUnarchiver::unarchiveObjectWithData(dataOf(archive));
-        const std::size_t raised = recordingErrorHandler()->raised.size() - before;
-        ASSERT_LE(raised, read ? 0u : 1u) << "seed " << seed << ", " << i;
-        ERRORHANDLER->clearErrorStack();
-    }
-}
-
 TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
     const std::string one = "\2\0"s; // the root's value: object 0
     const struct {
@@ -259,14 +242,8 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
         EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data), nullptr);
     }
     EXPECT_EQ(TreeNode::made, before);
-    {
-        ErrorExpectation error(900002); // named, but the array that it stands in is not
-        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data, NSArray::arrayWithObject(TreeNode::cls())),
-                  nullptr);
-    }
     NSKeyedUnarchiver *reader = NSKeyedUnarchiver::initForReadingWithData(data).autorelease();
     reader->setAllowedClasses(nodeClasses());
-    EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()));
     EXPECT_NE(reader->decodeRootObject(), nullptr);
     EXPECT_THROW(reader->setAllowedClasses(NSArray::arrayWithObject("NSString"_ns)),
                  InvalidArgumentException);

@@ -180,9 +180,6 @@ TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
     array->removeObjectsInRange(NSMakeRange(1, 2));
     EXPECT_EQ(joined(array), "az");
     addReturner();
-    array->removeObjectIdenticalTo(array->lastObject());
-    EXPECT_EQ(joined(array), "azz");
-    addReturner();
     array->setArray(letters("c"));
     EXPECT_EQ(joined(array), "cz");
 }
@@ -191,7 +188,6 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangeNothing) {
     NSMutableArray *const array = letters("ab");
     EXPECT_THROW(array->addObject(nullptr), InvalidArgumentException);
     EXPECT_THROW(array->removeObjectAtIndex(2), NSRangeException);
-    EXPECT_THROW(array->replaceObjectsInRange(NSMakeRange(0, 1), array, NSMakeRange(2, 1)), NSRangeException);
     EXPECT_THROW(letters("")->removeLastObject(), NSRangeException);
     EXPECT_EQ(joined(array), "ab");
     NSEnumerator *const enumerator = array->objectEnumerator();
@@ -204,15 +200,4 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangeNothing) {
             enumerator->nextObject();
         },
         InvalidUseOfMethodException);
-}
-
-TEST_F(NSArrayTest, SelectorsMakeArraysOfTheClassAsked) {
-    id objects[] = {"b"_ns, "a"_ns};
-    const id made =
-        send<id>(NSMutableArray::cls(), "arrayWithObjects:count:"_sel, static_cast<const id *>(objects), 2u);
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableArray::cls()));
-    send<void>(made, "sortUsingSelector:"_sel, "compare:"_sel.selector());
-    EXPECT_EQ(describe(made), "(a, b)");
-    const auto owned = send<Ref<NSArray>>(NSArray::cls(), "initWithArray:copyItems:"_sel, made, YES);
-    EXPECT_EQ(owned->retainCount(), 1u);
 }

@@ -65,7 +65,7 @@ TEST_F(CollationTest, KeysOrderAsTheCLibraryDoesInEachLanguage) {
     }
 }
 
-TEST_F(CollationTest, PlainCharactersAndTheirNeighboursAreLearned) {
+TEST_F(CollationTest, PlainCharactersAreLearned) {
     NEED_LOCALE("de_DE.UTF-8");
     std::setlocale(LC_COLLATE, "de_DE.UTF-8");
     EXPECT_EQ(firstLevel("Straße"), firstLevel("st-rä s-se"));
@@ -73,11 +73,4 @@ TEST_F(CollationTest, PlainCharactersAndTheirNeighboursAreLearned) {
     EXPECT_LT(nextLevels("A"), nextLevels("ä"));
     for (const char *other : {"a b", "a\xC3", "日", "'"}) // some hold what the first level ignores
         EXPECT_EQ(nextLevels(other), "(none)");
-    NEED_LOCALE("fr_CA.UTF-8");
-    std::setlocale(LC_COLLATE, "fr_CA.UTF-8"); // accents count from the end of a word
-    EXPECT_EQ(nextLevels("côte"), "(none)");
-    NEED_LOCALE("cs_CZ.UTF-8");
-    std::setlocale(LC_COLLATE, "cs_CZ.UTF-8"); // "ch" comes behind "h"
-    EXPECT_GT(firstLevel("chata"), firstLevel("hata"));
-    EXPECT_EQ(nextLevels("chata"), "(none)");
 }

@@ -3,12 +3,13 @@
 #include "RandomText.h"
 
 #include <bit>
+#include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <vector>
 
-using namespace std::string_view_literals;
 namespace text = qb::text;
 
 namespace {
@@ -56,32 +57,6 @@ TEST(NumbersTest, IntegersOfEachWidthAreWrittenAsTheStandardWritesThem) {
     expectStandardText<std::uint64_t>();
 }
 
-TEST(NumbersTest, LenientIntegersStopAtTheFirstOtherByte) {
-    const struct {
-        std::string_view source;
-        std::int64_t value;
-        std::size_t next;
-        bool isOutOfRange;
-    } rows[] = {
-        {"", 0, 0, false},
-        {"-", 0, 0, false},
-        {"+ 1", 0, 0, false},
-        {" \t\n\v\f\r-0042x", -42, 11, false},
-        {"1\0002"sv, 1, 1, false},
-        {"9223372036854775807", INT64_MAX, 19, false},
-        {"9223372036854775808", INT64_MAX, 19, true},
-        {"-9223372036854775808", INT64_MIN, 20, false},
-        {"-9223372036854775809", INT64_MIN, 20, true},
-        {"99999999999999999999999999 ", INT64_MAX, 26, true},
-    };
-    for (const auto &row : rows) {
-        const text::ParsedInteger parsed = parse(row.source);
-        EXPECT_EQ(parsed.value, row.value) << row.source;
-        EXPECT_EQ(parsed.next, row.source.data() + row.next) << row.source;
-        EXPECT_EQ(parsed.isOutOfRange, row.isOutOfRange) << row.source;
-    }
-}
-
 TEST(NumbersTest, DoublesHaveTheShortestDigitsInTheLayoutOfPrintf) {
     const struct {
         double value;
@@ -121,35 +96,27 @@ TEST(NumbersTest, EveryDoubleReadsBackBitByBit) {
     }
 }
 
-TEST(NumbersTest, LenientDoublesStopAtTheFirstOtherByte) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        std::string_view source;
-        double value;
-        std::size_t next;
-    } rows[] = {
-        {"", 0, 0},
-        {"-", 0, 0},
-        {"+-1", 0, 0},
-        {".", 0, 0},
-        {" \n+1.5x", 1.5, 6},
-        {"-.5", -0.5, 3},
-        {"5.", 5, 2},
-        {"1e+", 1, 1},
-        {"1E3", 1000, 3},
-        {"0x10", 0, 1},
-        {"-Infinity", -infinity, 9},
-        {"1e999", infinity, 5},
-        {"1e-999", 0, 6},
-        {"0.0001e999999999999999999999", infinity, 28},
-        {"1000e-99999999999999999999999", 0, 29},
-    };
-    for (const auto &row : rows) {
-        const text::ParsedDouble parsed = parseReal(row.source);
-        EXPECT_EQ(parsed.value, row.value) << row.source;
-        EXPECT_EQ(parsed.next, row.source.data() + row.next) << row.source;
+TEST(NumbersTest, NumbersAreReadAsTheCLibraryReadsThem) {
+    Random random;
+    const std::string pieces[] = {
+        "0", "1", "25", "9223372036854775807", ".", "-", "+", "e", ",", "E-", "e30", " ", "inf", "\n\v"};
+    for (int i = 0; i < 50000; ++i) {
+        const std::string source = randomText(random, random.below(25), pieces);
+        const char *const text = source.c_str();
+        char *end = nullptr;
+        const double real = std::strtod(text, &end);
+        const text::ParsedDouble parsedReal = parseReal(source);
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(parsedReal.value), std::bit_cast<std::uint64_t>(real))
+            << source;
+        ASSERT_EQ(parsedReal.next - source.data(), end - text) << source;
+        errno = 0;
+        const std::int64_t integer = std::strtoll(text, &end, 10);
+        const text::ParsedInteger parsed = parse(source);
+        ASSERT_EQ(parsed.value, integer) << source;
+        ASSERT_EQ(parsed.next - source.data(), end - text) << source;
+        ASSERT_EQ(parsed.isOutOfRange, errno == ERANGE) << source;
     }
-    EXPECT_EQ(parseReal(std::string(400, '9')).value, infinity);
+    EXPECT_EQ(parseReal("0x10").value, 0); // no digits but decimal ones
+    EXPECT_EQ(parseReal("0.0001e999999999999999999999").value, std::numeric_limits<double>::infinity());
     EXPECT_EQ(parseReal("." + std::string(400, '0') + "1").value, 0);
-    EXPECT_TRUE(std::signbit(parseReal("-1e-999").value));
 }
