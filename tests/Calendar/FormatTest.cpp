@@ -20,7 +20,7 @@ Moment moment(const Fields &fields, int millisecond = 0, std::int32_t offset = 0
 
 TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
     const std::string pattern = "%a %A %b %B %c %d %e %H %I %j %m %M %p %S %w %u %V %G %x %X %y %Y %z %Z %%";
-    for (std::int64_t seconds = -30'610'224'000; seconds < 20'000'000'000; seconds += 86400 * 11 + 4211) {
+    for (std::int64_t seconds = -30'610'224'000; seconds < 20'000'000'000; seconds += 86400 * 5 + 4211) {
         if (static_cast<std::time_t>(seconds) != seconds)
             continue;
         const auto time = static_cast<std::time_t>(seconds);
@@ -28,7 +28,9 @@ TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
         gmtime_r(&time, &parts);
         char expected[512];
         ASSERT_GT(std::strftime(expected, sizeof expected, pattern.c_str(), &parts), 0u);
-        ASSERT_EQ(formatted(pattern, momentAt(seconds, 0, *utc())), expected) << seconds;
+        const Moment given = momentAt(seconds, 0, *utc());
+        ASSERT_EQ(formatted(pattern, given), expected) << seconds;
+        ASSERT_EQ(secondsFromFields(given.fields), seconds);
     }
 }
 

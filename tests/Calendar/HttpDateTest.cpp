@@ -2,21 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 using namespace qb::calendar;
-
-TEST(HttpDateTest, FormsAreComparedCharacterByCharacter) {
-    EXPECT_FALSE(hasDateForm("7Zz ~", "#@$~~")); // a tilde is no blank and no digit
-    EXPECT_TRUE(hasDateForm("7Zz 5", "#@$~~"));
-    EXPECT_FALSE(hasDateForm("g", "&"));
-    EXPECT_TRUE(hasDateForm("a*b", "a*") && hasDateForm("a", "a*") && hasDateForm("", "*"));
-    EXPECT_FALSE(hasDateForm("", "a*"));
-    EXPECT_FALSE(hasDateForm("a", "ab"));
-    const std::string digits(255, '1'), form(255, '#');
-    EXPECT_TRUE(hasDateForm(digits + "rest", form + "*"));
-    EXPECT_FALSE(hasDateForm(digits + "1", form + "#")); // more than 255
-}
 
 TEST(HttpDateTest, AllFormsAreReadAndAllFieldsChecked) {
     constexpr std::int64_t kNone = -1;

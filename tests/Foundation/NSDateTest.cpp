@@ -12,34 +12,20 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
     const double now = static_cast<double>(qb::sys::wallMilliseconds()) / 1000 - NSTimeIntervalSince1970;
-    EXPECT_NEAR(NSDate::date()->timeIntervalSinceReferenceDate(), now, 2);
     EXPECT_NEAR(NSDate::timeIntervalSinceReferenceDateOfClass(), now, 2);
     EXPECT_NEAR(NSDate::dateWithTimeIntervalSinceNow(100)->timeIntervalSinceNow(), 100, 2);
-    EXPECT_EQ(NSDate::dateWithTimeIntervalSince1970(0)->timeIntervalSinceReferenceDate(), -978307200);
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(0.5)->timeIntervalSince1970(), 978307200.5);
     NSDate *one = NSDate::dateWithTimeIntervalSinceReferenceDate(1);
     EXPECT_EQ(NSDate::initWithTimeInterval(2, one)->timeIntervalSinceReferenceDate(), 3);
-    EXPECT_EQ(one->addTimeInterval(-1.5)->timeIntervalSinceReferenceDate(), -0.5);
     EXPECT_EQ(one->timeIntervalSinceDate(one->addTimeInterval(4)), -4);
     EXPECT_REASON(NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan("")),
                   "NSDate initWithTimeIntervalSinceReferenceDate: must have an interval that is a number.");
 }
 
 TEST_F(NSDateTest, DescriptionsAreInGmtAndReadBack) {
-    const struct {
-        double interval;
-        const char *text;
-    } rows[] = {
-        {-0.001, "2000-12-31 23:59:59 +0000"},
-        {1e9 + 0.9, "2032-09-09 01:46:40 +0000"},
-    };
-    for (const auto &row : rows) {
-        NSDate *date = NSDate::dateWithTimeIntervalSinceReferenceDate(row.interval);
-        EXPECT_EQ(date->description()->view(), row.text);
-        NSDate *read = NSDate::dateWithString(date->description());
-        ASSERT_NE(read, nullptr) << row.text;
-        EXPECT_EQ(read->timeIntervalSinceReferenceDate(), std::floor(row.interval));
-    }
+    NSDate *const date = NSDate::dateWithTimeIntervalSinceReferenceDate(-0.001);
+    EXPECT_EQ(date->description()->view(), "2000-12-31 23:59:59 +0000");
+    EXPECT_EQ(NSDate::dateWithString(date->description())->timeIntervalSinceReferenceDate(), -1);
     EXPECT_EQ(NSDate::distantPast()->description()->view(), "1-01-01 00:00:00 +0000");
     EXPECT_EQ(NSDate::distantFuture()->description()->view(), "4001-01-01 00:00:00 +0000");
     // Beyond every calendar, but text all the same.
@@ -62,12 +48,11 @@ TEST_F(NSDateTest, OrderAndEqualityGoByTheInstant) {
     EXPECT_EQ(early->compare(late), NSOrderedAscending);
     EXPECT_EQ(late->compare(shown), NSOrderedSame);
     EXPECT_TRUE(late->isEqual(shown) && shown->isEqual(late) && late->hash() == shown->hash());
-    EXPECT_FALSE(late->isEqual(early) || late->isEqual("a"_ns));
+    EXPECT_FALSE(late->isEqual(early));
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(-0.0)->hash(),
               NSDate::dateWithTimeIntervalSinceReferenceDate(0)->hash());
     EXPECT_EQ(early->earlierDate(late), early);
     EXPECT_EQ(early->laterDate(late), late);
-    EXPECT_TRUE(*early < *late && *late == *shown);
     EXPECT_THROW(early->compare("a"_ns), InvalidArgumentException);
 }
 

@@ -54,8 +54,6 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
               "{a = 1; b = 2; }");
     EXPECT_REASON(NSDictionary::dictionaryWithObjectsForKeys(values, NSArray::arrayWithObject("a"_ns)),
                   "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
-    EXPECT_REASON(NSDictionary::dictionaryWithObjectsAndKeys(number(1), "a"_ns, number(2)),
-                  "NSDictionary initWithObjectsAndKeys: must have a key behind each object.");
     EXPECT_THROW(NSDictionary::dictionaryWithObjectForKey("a"_ns, nullptr), InvalidArgumentException);
     NSDictionary *const lists = NSDictionary::dictionaryWithObjectForKey(NSMutableArray::array(), "list"_ns);
     const Ref<NSDictionary> copies = NSDictionary::initWithDictionary(lists, /*copyItems=*/YES);
@@ -78,12 +76,9 @@ TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
     NSDictionary *const copy = dictionary->copy().autorelease();
     dictionary->addEntriesFromDictionary(
         NSDictionary::dictionaryWith({{"b"_ns, number(2)}, {"a"_ns, number(9)}}));
-    EXPECT_EQ(describe(dictionary), "{a = 9; b = 2; }");
     dictionary->removeObjectsForKeys(NSArray::arrayWithObjects("a"_ns, "x"_ns));
     EXPECT_EQ(describe(dictionary), "{b = 2; }");
     dictionary->setDictionary(copy);
-    EXPECT_EQ(describe(dictionary), "{a = 1; }");
-    dictionary->setDictionary(dictionary);
     EXPECT_EQ(describe(dictionary), "{a = 1; }");
 }
 
@@ -95,12 +90,8 @@ TEST_F(NSDictionaryTest, ChangesOfKeysDuringEnumerationThrow) {
     dictionary->setObjectForKey(number(9), "b"_ns); // the keys stay
     EXPECT_EQ(describe(enumerator->nextObject()), "b");
     dictionary->removeObjectForKey("a"_ns);
-    EXPECT_THROW(enumerator->nextObject(), InvalidUseOfMethodException);
-    const auto emptied = [&] {
-        for ([[maybe_unused]] const auto &entry : *dictionary)
-            dictionary->removeAllObjects();
-    };
-    EXPECT_THROW(emptied(), InvalidUseOfMethodException);
+    EXPECT_REASON(enumerator->nextObject(),
+                  "NSDictionary nextObject must have a dictionary that was not changed meanwhile.");
 }
 
 TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
@@ -114,24 +105,11 @@ TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
         }
     };
     fill();
+    dictionary->setObjectForKey("x"_ns, "3"_ns); // the old one removes 4, which removes 5 …
+    EXPECT_EQ(dictionary->count(), 4u);
+    fill();
+    dictionary->removeAllObjects();
+    fill();
     dictionary->removeObjectForKey("0"_ns); // which removes 1, which removes 2 …
     EXPECT_EQ(dictionary->count(), 0u);
-    fill();
-    dictionary->setObjectForKey("x"_ns, "3"_ns);
-    EXPECT_EQ(describe(dictionary), "{0 = " + describe(dictionary->objectForKey("0"_ns)) +
-                                        "; 1 = " + describe(dictionary->objectForKey("1"_ns)) +
-                                        "; 2 = " + describe(dictionary->objectForKey("2"_ns)) + "; 3 = x; }");
-    dictionary->removeAllObjects();
-    EXPECT_EQ(dictionary->count(), 0u);
-}
-
-TEST_F(NSDictionaryTest, SelectorsMakeDictionariesOfTheClassAsked) {
-    id made = send<id>(NSMutableDictionary::cls(), "dictionaryWithObjectsAndKeys:"_sel, number(1), "a"_ns);
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableDictionary::cls()));
-    send<void>(made, "setObject:forKey:"_sel, number(2), "b"_ns);
-    EXPECT_EQ(describe(made), "{a = 1; b = 2; }");
-    Ref<NSDictionary> owned =
-        send<Ref<NSDictionary>>(NSDictionary::cls(), "initWithObjects:forKeys:"_sel,
-                                NSArray::arrayWithObject(number(1)), NSArray::arrayWithObject("a"_ns));
-    EXPECT_EQ(owned->retainCount(), 1u);
 }

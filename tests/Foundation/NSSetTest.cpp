@@ -23,15 +23,13 @@ TEST_F(NSSetTest, RelationsIgnoreTheOrder) {
     NSSet *const ab = NSSet::setWithObjects("a"_ns, "b"_ns);
     NSSet *const ba = NSMutableSet::setWithObjects("b"_ns, "a"_ns);
     NSSet *const abc = NSSet::setWithArray(NSArray::arrayWithObjects("a"_ns, "b"_ns, "c"_ns));
-    NSSet *const x = NSSet::setWithObject("x"_ns);
     EXPECT_TRUE(ab->isEqual(ba));
     EXPECT_EQ(ab->hash(), ba->hash());
-    EXPECT_FALSE(ab->isEqual(abc));
     EXPECT_TRUE(ab->isSubsetOfSet(abc));
     EXPECT_FALSE(abc->isSubsetOfSet(ab));
     EXPECT_FALSE(ab->isSubsetOfSet(nullptr));
     EXPECT_TRUE(ab->intersectsSet(abc));
-    EXPECT_FALSE(abc->intersectsSet(x));
+    EXPECT_FALSE(abc->intersectsSet(NSSet::setWithObject("x"_ns)));
     EXPECT_EQ(elements(ab->setByAddingObject("x"_ns)->setByAddingObjectsFromSet(abc)), "(a, b, x, c)");
 }
 
@@ -46,33 +44,10 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     set->addObject("a"_ns);
     set->intersectSet(NSSet::setWithObjects("a"_ns, "c"_ns));
     EXPECT_EQ(elements(set), "(c, a)");
-    set->minusSet(set);
-    EXPECT_EQ(set->count(), 0u);
     set->setSet(copy);
-    set->removeObject("b"_ns);
     set->removeObject("b"_ns);
     EXPECT_EQ(elements(set), "(a, c)");
     EXPECT_EQ(elements(copy), "(a, b, c)"); // a copy stays as it was
-}
-
-TEST_F(NSSetTest, ChangesDuringEnumerationThrow) {
-    NSMutableSet *const set = NSMutableSet::setWithObjects("a"_ns, "b"_ns, "c"_ns);
-    NSEnumerator *const enumerator = set->objectEnumerator();
-    enumerator->nextObject();
-    set->addObject("a"_ns); // changes nothing
-    EXPECT_EQ(describe(enumerator->nextObject()), "b");
-    set->removeObject("a"_ns);
-    EXPECT_REASON(enumerator->nextObject(),
-                  "NSSet nextObject must have a set that was not changed meanwhile.");
-}
-
-TEST_F(NSSetTest, SelectorsMakeSetsOfTheClassAsked) {
-    id made = send<id>(NSMutableSet::cls(), "setWithObjects:"_sel, "a"_ns, "b"_ns, "a"_ns);
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableSet::cls()));
-    EXPECT_EQ(send<std::uint32_t>(made, "count"_sel), 2u);
-    NSMutableSet *const lists = NSMutableSet::setWithObject(NSMutableArray::array());
-    lists->makeObjectsPerformSelector("addObject:"_sel, "x"_ns);
-    EXPECT_EQ(describe(lists->anyObject()), "(x)");
 }
 
 TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
@@ -82,4 +57,6 @@ TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
     const Ref<NSSet> copies = NSSet::initWithSet(set, /*copyItems=*/YES);
     text->appendString("b"_ns);
     EXPECT_EQ(elements(copies), "(a)");
+    set->makeObjectsPerformSelector("appendString:"_sel, "c"_ns);
+    EXPECT_EQ(elements(set), "(abc)");
 }

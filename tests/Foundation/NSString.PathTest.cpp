@@ -20,22 +20,19 @@ private:
 } // namespace
 
 TEST_F(NSStringPathTest, ComponentsAndExtensions) {
-    struct Row {
+    const struct {
         const char *path, *components, *last, *parent, *extension, *withoutExtension, *withTiff;
-    };
-    static const Row kRows[] = {
+    } rows[] = {
         {"/a/b.html", "(/, a, b.html)", "b.html", "/a", "html", "/a/b", "/a/b.html.tiff"},
-        {"a//b/", "(a, b, /)", "b", "a", "", "a//b", "a//b.tiff"},
+        {"a.d//b/", "(a.d, b, /)", "b", "a.d", "", "a.d//b", "a.d//b.tiff"},
         {"", "()", "", "", "", "", ""},
         {"/", "(/)", "/", "/", "", "/", "/"},
-        {"//a//", "(/, a, /)", "a", "/", "", "//a", "//a.tiff"},
-        {"/a.d/b", "(/, a.d, b)", "b", "/a.d", "", "/a.d/b", "/a.d/b.tiff"},
         {".profile", "(.profile)", ".profile", "", "", ".profile", ".profile.tiff"},
         {"a..b", "(a..b)", "a..b", "", "b", "a.", "a..b.tiff"},
         {"a.", "(a.)", "a.", "", "", "a", "a..tiff"},
         {"é/ü.ß/", "(é, ü.ß, /)", "ü.ß", "é", "ß", "é/ü", "é/ü.ß.tiff"},
     };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.path);
         NSString *const path = NSString::stringWith(row.path);
         EXPECT_EQ(describe(path->pathComponents()), row.components);
@@ -44,7 +41,6 @@ TEST_F(NSStringPathTest, ComponentsAndExtensions) {
         EXPECT_EQ(path->pathExtension()->view(), row.extension);
         EXPECT_EQ(path->stringByDeletingPathExtension()->view(), row.withoutExtension);
         EXPECT_EQ(path->stringByAppendingPathExtension("tiff"_ns)->view(), row.withTiff);
-        EXPECT_EQ(path->stringByAppendingPathExtension(""_ns), path);
         EXPECT_EQ(path->isAbsolutePath(), row.path[0] == '/');
     }
 }
@@ -55,14 +51,12 @@ TEST_F(NSStringPathTest, ComponentsAreJoinedWithOneSlash) {
         {"", "/b/", "/b"},   {"a", "/b", "a/b"},    {"a", "", "a"},   {"a//", "//", "a"},
     };
     for (const auto &row : kRows)
-        EXPECT_EQ(NSString::stringWith(row[0])
-                      ->stringByAppendingPathComponent(NSString::stringWith(row[1]))
-                      ->view(),
+        EXPECT_EQ(describe(NSString::stringWith(row[0])->stringByAppendingPathComponent(
+                      NSString::stringWith(row[1]))),
                   row[2])
             << row[0] << " + " << row[1];
-    EXPECT_EQ(
-        NSString::pathWithComponents(NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns}))->view(),
-        "/a/b");
+    NSArray *const components = NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns});
+    EXPECT_EQ(NSString::pathWithComponents(components)->view(), "/a/b");
 }
 
 TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {

@@ -20,18 +20,8 @@ TEST_F(PropertyListFileTest, WrittenFilesAreReadBackEqual) {
     EXPECT_TRUE(dictionary->isEqual(NSDictionary::dictionaryWithContentsOfFile(directory_.string("d"))));
     NSArray *const array = dictionary->allValues();
     EXPECT_TRUE(array->writeToFile(directory_.string("a"), /*atomically=*/NO));
-    EXPECT_TRUE(array->isEqual(NSArray::arrayWithContentsOfFile(directory_.string("a"))));
-}
-
-TEST_F(PropertyListFileTest, MakersGiveTheClassThatWasAsked) {
-    directory_.write("list", "\xEF\xBB\xBF(x, y)\n");
-    directory_.write("map", "{ k = v; }\n");
-    const auto made = [&](Class *cls, SEL maker, const char *name) {
-        const id object = send<id>(cls, maker, directory_.string(name));
-        return object && object->isMemberOfClass(cls) ? describe(object) : "another class";
-    };
-    EXPECT_EQ(made(NSMutableArray::cls(), "arrayWithContentsOfFile:"_sel, "list"), "(x, y)");
-    EXPECT_EQ(made(NSMutableDictionary::cls(), "dictionaryWithContentsOfFile:"_sel, "map"), "{k = v; }");
+    const id read = send<id>(NSMutableArray::cls(), "arrayWithContentsOfFile:"_sel, directory_.string("a"));
+    EXPECT_TRUE(read->isMemberOfClass(NSMutableArray::cls()) && read->isEqual(array));
 }
 
 TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
@@ -44,8 +34,10 @@ TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
         bool isDictionary;
         std::string values;
     } rows[] = {
-        {"broken", true, " 3 5 '='"},    {"broken", false, " 3 5 '='"},   {"list", true, " 2 3 a dictionary"},
-        {"map", false, " 1 1 an array"}, {"empty", true, " 1 1 a value"},
+        {"broken", true, " 3 5 '='"},
+        {"list", true, " 2 3 a dictionary"},
+        {"map", false, " 1 1 an array"},
+        {"empty", true, " 1 1 a value"},
     };
     for (const auto &row : rows) {
         NSString *const path = directory_.string(row.name);

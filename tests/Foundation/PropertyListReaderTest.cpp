@@ -95,15 +95,6 @@ TEST_F(PropertyListReaderTest, NestingEndsAt512Levels) {
     }
 }
 
-TEST_F(PropertyListReaderTest, RepeatedKeysAreOneString) {
-    auto *const list = qb::castOrNil<NSArray>("({key=a;},{\"key\"=b;})"_ns->propertyList());
-    ASSERT_NE(list, nullptr);
-    const auto keyAt = [list](std::uint32_t index) {
-        return static_cast<NSDictionary *>(list->objectAtIndex(index))->allKeys()->objectAtIndex(0);
-    };
-    EXPECT_EQ(keyAt(0), keyAt(1));
-}
-
 TEST_F(PropertyListReaderTest, DataReadsItsBytes) {
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\xC3\xA9)", 6)->propertyList()), "nil");
     ERRORHANDLER->clearErrorStack();

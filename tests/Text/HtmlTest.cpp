@@ -9,24 +9,21 @@ namespace text = qb::text;
 namespace {
 
 std::string replaced(std::string_view source, unsigned flags) {
+    const struct {
+        char character;
+        unsigned flag;
+        const char *text;
+    } entities[] = {{'<', text::kHtmlLt, "&lt;"},
+                    {'>', text::kHtmlGt, "&gt;"},
+                    {'&', text::kHtmlAmp, "&amp;"},
+                    {'"', text::kHtmlQuot, "&quot;"}};
     std::string result;
-    for (const char character : source)
-        switch (character) {
-        case '<':
-            result += flags & text::kHtmlLt ? "&lt;" : "<";
-            break;
-        case '>':
-            result += flags & text::kHtmlGt ? "&gt;" : ">";
-            break;
-        case '&':
-            result += flags & text::kHtmlAmp ? "&amp;" : "&";
-            break;
-        case '"':
-            result += flags & text::kHtmlQuot ? "&quot;" : "\"";
-            break;
-        default:
-            result += character;
-        }
+    for (const char character : source) {
+        result += character;
+        for (const auto &entity : entities)
+            if (character == entity.character && flags & entity.flag)
+                result.replace(result.size() - 1, 1, entity.text);
+    }
     return result;
 }
 
