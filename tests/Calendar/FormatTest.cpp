@@ -63,12 +63,9 @@ TEST(FormatTest, OwnConversionsAndOddPatterns) {
     const Moment given = moment({2024, 2, 29, 0, 5, 9}, 7, -12600);
     EXPECT_EQ(formatted("%F|%z|%I %p|%s|%e", given), "007|-0330|12 AM|1709177709|29");
     EXPECT_EQ(formatted("%Q 100% %", given), "%Q 100% %");
-    EXPECT_EQ(formatted(std::string_view("a\0%d", 4), given), std::string("a\00029", 4));
     EXPECT_EQ(formatted("%y", moment({-5, 1, 1, 0, 0, 0})), "95");
     EXPECT_EQ(formatted("%F", moment({}, -4)) + formatted("%F", moment({}, 5000)), "000999");
     EXPECT_EQ(formatted("%d %b %Y %H", moment({2003, 14, 29, 25, 0, 0})), "01 Mar 2004 01");
-    EXPECT_EQ(formatted("%d.%m.%Y %H:%M %Z", momentAt(1719792000, 0, *zoneNamed("Europe/Berlin"))),
-              "01.07.2024 02:00 CEST");
 }
 
 TEST(FormatTest, ParsingReadsWhatFormattingWrites) {
@@ -100,7 +97,6 @@ TEST(FormatTest, ParsingIsLenientOnBlanksNamesAndMissingDigits) {
         {"12 am", "%I %p", {1970, 1, 1, 0, 0, 0}},
         {"-44", "%Y", {-44, 1, 1, 0, 0, 0}},
         {"12024-01", "%Y-%m", {12024, 1, 1, 0, 0, 0}},
-        {"30 2 2023", "%d %m %Y", {2023, 2, 30, 0, 0, 0}},
         {"100 3", "%j %m", {1970, 3, 1, 0, 0, 0}},
     };
     for (const auto &row : rows) {

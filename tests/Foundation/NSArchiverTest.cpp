@@ -110,7 +110,7 @@ TEST_F(NSArchiverTest, BytesAreThoseOfTheFormat) {
                              "\2\2\0"s);
 }
 
-TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
+TEST_F(NSArchiverTest, EveryCutArchiveIsAnError) {
     const id value = NSDictionary::dictionaryWith(
         {{"key"_ns, NSArray::arrayWith({NSNumber::numberWithDouble(0.1), NSDate::distantPast()})}});
     for (NSData *data : {NSArchiver::archivedDataWithRootObject(value),
@@ -122,10 +122,6 @@ TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
                 nullptr)
                 << length;
         }
-        expectError(900002, std::to_string(data->length()) + " something stands behind its end", [&] {
-            EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(dataOf(std::string(bytesOf(data)) + '\0')),
-                      nullptr);
-        });
     }
 }
 
@@ -140,10 +136,10 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
-        {dataOf("QBAR\1\xff\xff\xff\xff\x0f"), "10 it ends within a count"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
+        {dataOf(bytesOf(archiveOf({}, {}, "")) + "x"), "8 something stands behind its end"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\2\1"), "22 an index is too large"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\12"), "22 a value has an unknown type"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\3\0"s), "22 a value has another type than its class reads"},
@@ -187,11 +183,9 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
         NSAutoreleasePool pool;
         NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
-        for (const unsigned depth : {257u, 1'000'000u}) {
-            expectError(900005, "objects lie inside each other deeper than 256", [&] {
-                EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
-            });
-        }
+        expectError(900005, "objects lie inside each other deeper than 256", [&] {
+            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(257)), nullptr);
+        });
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
             objects += "\1"s + (i < 128 ? "\4\3\2\2" : "\5\3\2\2") +
@@ -244,7 +238,7 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
     EXPECT_EQ(TreeNode::made, before);
     NSKeyedUnarchiver *reader = NSKeyedUnarchiver::initForReadingWithData(data).autorelease();
     reader->setAllowedClasses(nodeClasses());
-    EXPECT_NE(reader->decodeRootObject(), nullptr);
+    EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()) && reader->decodeRootObject());
     EXPECT_THROW(reader->setAllowedClasses(NSArray::arrayWithObject("NSString"_ns)),
                  InvalidArgumentException);
     node->number = -1; // which its class refuses
@@ -270,7 +264,7 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     writer->encodeDataObject(NSData::dataWithBytes("d", 1));
     EXPECT_THROW(writer->encodeValuesOfObjCTypes("ii", &tenth), InvalidArgumentException);
     writer->encodeObject(nullptr);
-    writer->encodeObject(QBNil::value());
+    writer->encodePropertyList(QBNil::value());
     EXPECT_EQ(writer->archiverData(), data.get());
     EXPECT_EQ(bytesOf(data).substr(0, 5), "xQBAR"); // behind what was there
     EXPECT_THROW(writer->encodeObject(nullptr), InvalidUseOfMethodException);
@@ -284,12 +278,9 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     Class *readClass = nullptr;
     reader->decodeValuesOfObjCTypes("qQd**:#", &readLeast, &readLargest, &readTenth, &readText, &readNoText,
                                     &readSelector, &readClass);
-    EXPECT_EQ(readLeast, -128);
-    EXPECT_EQ(readLargest, UINT64_MAX);
-    EXPECT_EQ(readTenth, static_cast<double>(0.1f));
+    EXPECT_TRUE(readLeast == -128 && readLargest == UINT64_MAX && readTenth == static_cast<double>(0.1f));
     EXPECT_STREQ(readText, "text");
-    EXPECT_EQ(readNoText, nullptr);
-    EXPECT_TRUE(readSelector == selector && readClass == cls);
+    EXPECT_TRUE(!readNoText && readSelector == selector && readClass == cls);
     std::uint16_t readRow[3] = {};
     reader->decodeArrayOfObjCType("S", 3, readRow);
     EXPECT_TRUE(std::equal(std::begin(row), std::end(row), readRow));
@@ -299,7 +290,7 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_EQ(bytesOf(reader->decodeDataObject()), "d");
     EXPECT_EQ(reader->decodeObject(), nullptr);
     EXPECT_FALSE(reader->isAtEnd());
-    EXPECT_EQ(reader->decodeObject(), QBNil::value());
+    EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
 }
@@ -326,6 +317,7 @@ TEST_F(NSArchiverTest, ValuesThatDoNotFitAreErrorsAndStayZero) {
 TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     const Ref<NSKeyedArchiver> writer = NSKeyedArchiver::init();
     writer->encodeInt(INT32_MIN, "int"_ns);
+    writer->encodeInt64(INT64_MIN, "int64"_ns);
     writer->encodeDouble(0.1, "double"_ns);
     writer->encodeFloat(0.5f, "float"_ns);
     writer->encodeBool(YES, "bool"_ns);
@@ -337,11 +329,8 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
                   "key that the object has not used yet.");
 
     const Ref<NSKeyedUnarchiver> reader = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
-    const id text = reader->decodeObjectForKey("object"_ns);
-    EXPECT_EQ(describe(text), "text");
-    EXPECT_EQ(reader->decodeObjectForKey("object"_ns), text);
+    EXPECT_EQ(describe(reader->decodeObjectForKey("object"_ns)), "text");
     EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
-    EXPECT_FALSE(reader->containsValueForKey("other"_ns));
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
     std::uint32_t length = 0;
     EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "abc", 3), 0);
@@ -350,10 +339,9 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_EQ(reader->decodeFloatForKey("float"_ns), 0.5f);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
-    {
-        ErrorExpectation error(900002);
-        EXPECT_EQ(reader->decodeIntForKey("object"_ns), 0);
-    }
+    EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    ErrorExpectation error(900002);
+    EXPECT_EQ(reader->decodeIntForKey("int64"_ns), 0);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0); // nothing is read after an error
     EXPECT_THROW(NSArchiver::init()->encodeInt(1, "key"_ns), InvalidUseOfMethodException);
 }

@@ -18,6 +18,7 @@ TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
         {NSNumber::numberWithBool(7), "1", "c"},
         {NSNumber::numberWithChar('a'), "97", "i"},
         {NSNumber::numberWithUnsignedChar(200), "200", "i"},
+        {NSNumber::numberWithUnsignedShort(65535), "65535", "i"},
         {NSNumber::numberWithShort(-30000), "-30000", "i"},
         {NSNumber::numberWithUnsignedInt(UINT32_MAX), "4294967295", "I"},
         {NSNumber::numberWithLong(INT64_MIN), "-9223372036854775808", "q"},
@@ -45,7 +46,6 @@ TEST_F(NSNumberTest, ConversionsCutAsTheyAreStated) {
     NSNumber *const real = NSNumber::numberWithDouble(-2.9);
     EXPECT_EQ(real->intValue(), -2);
     EXPECT_EQ(real->unsignedLongLongValue(), static_cast<std::uint64_t>(-2));
-    EXPECT_EQ(NSNumber::numberWithDouble(1e30)->longLongValue(), INT64_MAX);
     EXPECT_EQ(NSNumber::numberWithDouble(1e30)->unsignedLongLongValue(), UINT64_MAX);
     EXPECT_EQ(NSNumber::numberWithDouble(kNan)->intValue(), 0);
     EXPECT_TRUE(NSNumber::numberWithDouble(0.5)->boolValue());

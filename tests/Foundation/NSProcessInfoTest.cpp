@@ -18,6 +18,7 @@ TEST_F(NSProcessInfoTest, ArgumentsAndNameAreThoseOfTheProgram) {
         (joined += describe(argument)).push_back('\0');
     EXPECT_EQ(joined, expected);
     EXPECT_EQ(info->processName()->view(), "qb_tests");
+    EXPECT_EQ(info->processIdentifier(), getpid());
     info->setProcessName("other"_ns);
     info->setProcessName(nullptr);
     EXPECT_EQ(info->processName()->view(), "other");
@@ -40,7 +41,6 @@ TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
     Fault noFile(Call::read, 0, 0, EIO);
     EXPECT_EQ(info->hostName()->view(), "localhost");
     EXPECT_EQ(info->operatingSystemVersionString()->view(), "");
-    EXPECT_EQ(info->operatingSystemName()->view(), "Linux");
 }
 
 TEST_F(NSProcessInfoTest, UniqueStringsAreNeverTheSameAndPrintable) {

@@ -107,18 +107,16 @@ TEST_F(NSStringSearchingTest, SplittingAndReplacingFollowThePlainModel) {
 }
 
 TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
-    struct Row {
+    const struct {
         const char *text, *needle;
         NSRange first, last;
-    };
-    static const Row kRows[] = {
+    } rows[] = {
         {"😀ÉTÉ été", "été", {2, 3}, {6, 3}},
         {"5 \xE2\x84\xAA, 6 k", "K", {2, 1}, {7, 1}}, // the kelvin's sign is three bytes long
         {"ΟΔΟΣ οδος", "ΟΔΟσ", {0, 4}, {5, 4}},
         {"\xC9z", "é", kNowhere, kNowhere}, // a malformed byte is no letter
-        {"aAaA", "aa", {0, 2}, {2, 2}},
     };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         NSString *const text = NSString::stringWith(row.text);
         NSString *const needle = NSString::stringWith(row.needle);
         EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch), row.first) << row.text;
@@ -134,10 +132,9 @@ TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
     EXPECT_EQ(text->view(), "bb--");
     EXPECT_EQ("Straße"_ns->commonPrefixWithString("STRASSE"_ns, NSCaseInsensitiveSearch)->view(), "Stra");
     EXPECT_EQ("a€b"_ns->commonPrefixWithString("a\xE2\x82\xAD"_ns)->view(), "a");
-    EXPECT_EQ("ab"_ns->commonPrefixWithString("abc"_ns), "ab"_ns);
 }
 
-TEST_F(NSStringSearchingTest, NilAndEmptyTexts) {
+TEST_F(NSStringSearchingTest, NilIsRefusedOrNothingAndPiecesMayBeFew) {
     NSString *const text = "abc"_ns;
     EXPECT_REASON(text->hasPrefix(nullptr), "NSString hasPrefix: must have an argument that is not nil.");
     EXPECT_EQ(text->stringByAppendingString(nullptr), text);
@@ -145,9 +142,7 @@ TEST_F(NSStringSearchingTest, NilAndEmptyTexts) {
     const auto split = [](NSString *whole, std::uint32_t count) {
         return describe(send<id>(whole, "componentsSeparatedByString:count:"_sel, "."_ns, count));
     };
-    EXPECT_EQ(split("a.b.c"_ns, 1) + split("a"_ns, 1) + split("a."_ns, 1) + split(""_ns, 1),
-              "(a, b.c)(a)(a, )()");
-    EXPECT_EQ(split("a.b.c"_ns, 0) + split("a.b.c"_ns, 2), "(a.b.c)(a, b, c)");
+    EXPECT_EQ(split("a.b.c"_ns, 0) + split("a.b.c"_ns, 1) + split("a."_ns, 1), "(a.b.c)(a, b.c)(a, )");
 }
 
 // In quadratic time each of these would take minutes.

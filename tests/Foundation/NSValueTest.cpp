@@ -14,7 +14,7 @@ TEST_F(NSValueTest, HoldsRangesAddressesAndObjects) {
     EXPECT_REASON(pointer->rangeValue(), "NSValue rangeValue must have a receiver that holds such a value.");
     EXPECT_TRUE(range->isEqual(NSValue::valueWithRange(NSMakeRange(3, 4))));
     EXPECT_EQ(range->hash(), NSValue::valueWithRange(NSMakeRange(3, 4))->hash());
-    EXPECT_FALSE(range->isEqual(NSValue::valueWithRange(NSMakeRange(3, 5))));
+    EXPECT_FALSE(range->isEqualToValue(NSValue::valueWithRange(NSMakeRange(3, 5))));
     EXPECT_FALSE(NSValue::valueWithPointer(nullptr)->isEqual(NSNumber::numberWithInt(0)));
 }
 
