@@ -295,25 +295,6 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
 }
 
-TEST_F(NSArchiverTest, ValuesThatDoNotFitAreErrorsAndStayZero) {
-    const auto readAs = [](const char *written, const void *value, const char *type) {
-        const Ref<NSArchiver> writer = NSArchiver::init();
-        writer->encodeValueOfObjCType(written, value);
-        const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(writer->archiverData());
-        ErrorExpectation error(900002);
-        char target[8] = {1, 1, 1, 1, 1, 1, 1, 1};
-        reader->decodeValueOfObjCType(type, target);
-        EXPECT_EQ(target[0], 0) << written << type;
-    };
-    const std::int32_t negative = -1;
-    const std::uint64_t large = 1ULL << 63;
-    const double precise = 0.1;
-    readAs("i", &negative, "L");
-    readAs("Q", &large, "q");
-    readAs("d", &precise, "i");
-    readAs("d", &precise, "f");
-}
-
 TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     const Ref<NSKeyedArchiver> writer = NSKeyedArchiver::init();
     writer->encodeInt(INT32_MIN, "int"_ns);
@@ -341,7 +322,9 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
     EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
     ErrorExpectation error(900002);
-    EXPECT_EQ(reader->decodeIntForKey("int64"_ns), 0);
+    float single = 1;
+    reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits
+    EXPECT_EQ(single, 0);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0); // nothing is read after an error
     EXPECT_THROW(NSArchiver::init()->encodeInt(1, "key"_ns), InvalidUseOfMethodException);
 }

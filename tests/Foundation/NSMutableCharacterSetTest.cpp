@@ -20,7 +20,7 @@ TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     std::size_t used = 0;
     EXPECT_TRUE(set->holdsCharacterAt(&malformed, &malformed + 1, used)); // malformed bytes too
     set->formIntersectionWithCharacterSet(NSCharacterSet::letterCharacterSet());
-    EXPECT_TRUE(set->characterIsMember('a') && !set->characterIsMember('1'));
+    EXPECT_TRUE(set->characterIsMember('a') && !set->longCharacterIsMember('1'));
     set->formUnionWithCharacterSet(NSCharacterSet::letterCharacterSet()->invertedSet());
     EXPECT_TRUE(copy->isEqual(set->invertedSet()));
     set->formUnionWithCharacterSet(nullptr);

@@ -15,6 +15,8 @@ TEST_F(PropertyListTextTest, StringsStandBareOrQuoted) {
         {"/", "/"},
         {"\a\b\t\n\v\f\r", "\"\\a\\b\\t\\n\\v\\f\\r\""},
         {"\0\1\x1b\x7f"sv, "\"\\000\\001\\033\\177\""},
+        {"\xC3\xBC\"\xC3\xBC", "\"\xC3\xBC\\\"\xC3\xBC\""},
+        {"\xED\xA0\x80", "\"\\355\\240\\200\""}, // a surrogate
         {"\xC3\xBC\xC3\n\xE2\x82", "\"\xC3\xBC\\303\\n\\342\\202\""},
     };
     for (const auto &[text, expected] : rows) {
@@ -35,22 +37,12 @@ TEST_F(PropertyListTextTest, ContainersAreIndented) {
          {"f"_ns, NSSet::setWithObject(NSDictionary::dictionary())},
          {NSArray::arrayWithObject(QBNil::value()), NSNumber::numberWithInt(7)}});
     EXPECT_EQ(value->description()->view(), "{\n"
-                                            "  a = (\n"
-                                            "    x,\n"
-                                            "    \"y z\"\n"
-                                            "  );\n"
-                                            "  \"b b\" = {\n"
-                                            "    c = -5;\n"
-                                            "  };\n"
+                                            "  a = (\n    x,\n    \"y z\"\n  );\n"
+                                            "  \"b b\" = {\n    c = -5;\n  };\n"
                                             "  d = <0fbd7771 c2>;\n"
-                                            "  e = (\n"
-                                            "  );\n"
-                                            "  f = (\n"
-                                            "    {\n"
-                                            "    }\n"
-                                            "  );\n"
-                                            "  (\n"
-                                            "  ) = 7;\n"
+                                            "  e = (\n  );\n"
+                                            "  f = (\n    {\n    }\n  );\n"
+                                            "  (\n  ) = 7;\n"
                                             "}");
 }
 

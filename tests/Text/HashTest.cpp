@@ -26,9 +26,7 @@ TEST(HashTest, ValuesAreTheSameOnEveryMachine) {
 TEST(HashTest, OnlyTheBytesOfTheTextCount) {
     Random random;
     for (std::size_t length = 0; length <= 100; ++length) {
-        std::string text(length, '\0');
-        for (char &byte : text)
-            byte = static_cast<char>(random.bits());
+        const std::string text = randomBytes(random, length);
         const std::uint32_t expected = hashBytes(text.data(), length);
         for (std::size_t alignment = 0; alignment < 8; ++alignment) {
             ExactCopy copy(text, alignment);

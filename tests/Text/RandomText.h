@@ -31,6 +31,13 @@ private:
     testing::ScopedTrace trace_;
 };
 
+inline std::string randomBytes(Random &random, std::size_t length) {
+    std::string bytes(length, '\0');
+    for (char &byte : bytes)
+        byte = static_cast<char>(random.bits());
+    return bytes;
+}
+
 /// A copy of a text that ends where its allocation ends, so that a checker of addresses sees each byte read
 /// beyond; its beginning has any alignment.
 class ExactCopy {
