@@ -13,18 +13,16 @@ protected:
 const struct {
     std::string name;
     id (*read)(NSString *path);
-    BOOL (*write)(NSString *path, BOOL atomically);
+    BOOL (*write)(NSString *path);
 } kClasses[] = {
     {"NSData", [](NSString *path) -> id { return NSData::dataWithContentsOfFile(path); },
-     [](NSString *path, BOOL atomically) { return dataOf("new")->writeToFile(path, atomically); }},
+     [](NSString *path) { return dataOf("new")->writeToFile(path, /*atomically=*/YES); }},
     {"NSString", [](NSString *path) -> id { return NSString::stringWithContentsOfFile(path); },
-     [](NSString *path, BOOL atomically) { return "new"_ns->writeToFile(path, atomically); }},
+     [](NSString *path) { return "new"_ns->writeToFile(path, /*atomically=*/YES); }},
     {"NSArray", [](NSString *path) -> id { return NSArray::arrayWithContentsOfFile(path); },
-     [](NSString *path, BOOL atomically) { return NSArray::array()->writeToFile(path, atomically); }},
+     [](NSString *path) { return NSArray::array()->writeToFile(path, /*atomically=*/YES); }},
     {"NSDictionary", [](NSString *path) -> id { return NSDictionary::dictionaryWithContentsOfFile(path); },
-     [](NSString *path, BOOL atomically) {
-         return NSDictionary::dictionary()->writeToFile(path, atomically);
-     }},
+     [](NSString *path) { return NSDictionary::dictionary()->writeToFile(path, /*atomically=*/YES); }},
 };
 
 } // namespace
@@ -61,7 +59,7 @@ TEST_F(FileContentsTest, WhatCannotBeReadIsOneErrorAndNil) {
             NSString *const path = directory_.string(row.name);
             expectError(row.number, describe(path) + row.text, [&] { EXPECT_EQ(cls.read(path), nullptr); });
         }
-        EXPECT_REASON(cls.write(nullptr, NO),
+        EXPECT_REASON(cls.write(nullptr),
                       (cls.name + " writeToFile:atomically: must have a path that is not nil.").c_str());
         EXPECT_REASON(cls.read(nullptr),
                       (cls.name + " initWithContentsOfFile: must have a path that is not nil.").c_str());
@@ -73,7 +71,7 @@ TEST_F(FileContentsTest, EarlierErrorsDoNotCountAndStay) {
     for (const auto &cls : kClasses) {
         directory_.write("read", cls.name == "NSDictionary" ? "{}" : "(a)");
         EXPECT_NE(cls.read(directory_.string("read")), nullptr) << cls.name;
-        EXPECT_TRUE(cls.write(directory_.string("file"), YES)) << cls.name;
+        EXPECT_TRUE(cls.write(directory_.string("file"))) << cls.name;
     }
     EXPECT_EQ(directory_.read("file"), "{\n}"); // the last one's
     EXPECT_EQ(takenErrors(), "(990001)");

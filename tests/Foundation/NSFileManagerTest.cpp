@@ -36,10 +36,6 @@ std::set<std::string> setOf(NSArray *array) {
     return names;
 }
 
-unsigned modeOf(NSDictionary *attributes) {
-    return static_cast<NSNumber *>(attributes->objectForKey(NSFilePosixPermissions))->unsignedIntValue();
-}
-
 } // namespace
 
 TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
@@ -50,7 +46,7 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     EXPECT_TRUE(manager_->createFileAtPath(path("f"), content, attributes));
     EXPECT_TRUE(manager_->contentsAtPath(path("f"))->isEqual(content));
     NSDictionary *told = manager_->fileAttributesAtPath(path("f"), /*traverseLink=*/YES);
-    EXPECT_EQ(modeOf(told), 0600u);
+    EXPECT_EQ(told->filePosixPermissions(), 0600u);
     EXPECT_EQ(told->fileSize(), 3u);
     EXPECT_EQ(told->fileType(), NSFileTypeRegular);
     EXPECT_TRUE(told->fileModificationDate()->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
@@ -89,8 +85,8 @@ TEST_F(NSFileManagerTest, TreesAreListedCopiedComparedMovedAndRemoved) {
               (std::set<std::string>{"file", "inner", "inner/deep", "link"}));
     EXPECT_TRUE(manager_->copyPath(path("tree"), path("copy")));
     EXPECT_TRUE(manager_->contentsEqualAtPath(path("tree"), path("copy")));
-    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("copy/file"), NO)), 0640u);
-    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("copy/inner"), NO)), 0750u);
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("copy/file"), NO)->filePosixPermissions(), 0640u);
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("copy/inner"), NO)->filePosixPermissions(), 0750u);
     EXPECT_EQ(describe(manager_->pathContentOfSymbolicLinkAtPath(path("copy/link"))), "file");
     directory_.write("copy/inner/deep", "x");
     EXPECT_FALSE(manager_->contentsEqualAtPath(path("tree"), path("copy")));
@@ -151,7 +147,7 @@ TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
     NSDictionary *attributes =
         NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(0700), NSFilePosixPermissions);
     EXPECT_TRUE(manager_->createDirectoryAtPath(path("d"), attributes));
-    EXPECT_EQ(modeOf(manager_->fileAttributesAtPath(path("d"), NO)), 0700u);
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("d"), NO)->filePosixPermissions(), 0700u);
     NSString *before = manager_->currentDirectoryPath();
     EXPECT_TRUE(manager_->changeCurrentDirectoryPath(path("d")));
     EXPECT_EQ(manager_->currentDirectoryPath()->view(), directory_ / "d");
@@ -184,7 +180,6 @@ TEST_F(NSFileManagerTest, LinkedTreesHaveTheSameFiles) {
     EXPECT_TRUE(manager_->linkPath(path("tree"), path("linked")));
     directory_.write("tree/file", "other bytes");
     EXPECT_EQ(directory_.read("linked/file"), "other bytes");
-    EXPECT_EQ(describe(manager_->pathContentOfSymbolicLinkAtPath(path("linked/link"))), "file");
     EXPECT_STREQ(manager_->fileSystemRepresentationWithPath("a"_ns), "a");
     EXPECT_EQ(manager_->stringWithFileSystemRepresentation("abc", 2)->view(), "ab");
 }

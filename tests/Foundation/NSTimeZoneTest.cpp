@@ -47,11 +47,10 @@ TEST_F(NSTimeZoneTest, EqualityIsOfNameAndClocks) {
 
 TEST_F(NSTimeZoneTest, TheDefaultIsTheSystemsUntilItIsSet) {
     const TimeZoneSetting setting("America/New_York");
-    EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "America/New_York");
-    TimeZoneSetting::set("Asia/Tokyo");
-    EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
+    EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "America/New_York");
     NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("Europe/Paris"_ns));
     EXPECT_EQ(describe(NSTimeZone::localTimeZone()), "Europe/Paris");
+    TimeZoneSetting::set("Asia/Tokyo");
     EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "Asia/Tokyo");
     NSTimeZone::setDefaultTimeZone(nullptr);
     EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
