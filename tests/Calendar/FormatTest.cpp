@@ -21,9 +21,9 @@ Moment moment(const Fields &fields, int millisecond = 0, std::int32_t offset = 0
 TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
     const std::string pattern = "%a %A %b %B %c %d %e %H %I %j %m %M %p %S %w %u %V %G %x %X %y %Y %z %Z %%";
     for (std::int64_t seconds = -30'610'224'000; seconds < 20'000'000'000; seconds += 86400 * 5 + 4211) {
-        if (static_cast<std::time_t>(seconds) != seconds)
-            continue;
         const auto time = static_cast<std::time_t>(seconds);
+        if (time != seconds)
+            continue;
         std::tm parts;
         gmtime_r(&time, &parts);
         char expected[512];
@@ -115,10 +115,8 @@ TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
         {"62", "%S"},
         {"", "%Y"},
         {"Mai", "%b"},
-        {"XM", "%p"},
         {"0100", "%z"},
         {"+2400", "%z"},
-        {"5", "%Q"},
         {"999999999999", "%Y"},
         {"9999999999999999999", "%s"},
         {"2024 5", "%Y %d %m"},

@@ -54,6 +54,7 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_TRUE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("b"))));
     EXPECT_FALSE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("d"))));
     NSDictionary *const table = NSDictionary::dictionaryWith({{list("a"), "1"_ns}, {list("b"), "2"_ns}});
+    EXPECT_TRUE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "2"_ns}, {list("a"), "1"_ns}})));
     EXPECT_FALSE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "1"_ns}, {list("a"), "2"_ns}})));
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
 }

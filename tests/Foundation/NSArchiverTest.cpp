@@ -1,12 +1,9 @@
-#include "Text/Hex.h"
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
 #include "support/RandomValues.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cmath>
-#include <limits>
 #include <random>
 
 using namespace std::string_literals;

@@ -35,15 +35,6 @@ TEST_F(NSDictionaryTest, KeepsTheOrderOfFirstInsertionAndCopiesKeys) {
     EXPECT_EQ(describe(dictionary->objectEnumerator()->allObjects()), "(2, 4)");
 }
 
-TEST_F(NSDictionaryTest, EqualityIgnoresTheOrder) {
-    NSDictionary *const one = NSDictionary::dictionaryWith({{"a"_ns, number(1)}, {"b"_ns, number(2)}});
-    NSDictionary *const same =
-        NSMutableDictionary::dictionaryWith({{"b"_ns, number(2)}, {"a"_ns, number(1)}});
-    EXPECT_TRUE(one->isEqual(same));
-    EXPECT_EQ(one->hash(), same->hash());
-    EXPECT_FALSE(one->isEqual(NSDictionary::dictionaryWith({{"a"_ns, number(1)}, {"b"_ns, number(3)}})));
-}
-
 TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     NSArray *const keys = NSArray::arrayWithObjects("a"_ns, "b"_ns);
     NSArray *const values = NSArray::arrayWithObjects(number(1), number(2));

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <set>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace std::string_literals;
 
@@ -119,17 +118,14 @@ TEST_F(NSFileManagerTest, FailuresAreAnsweredAndRaiseNothing) {
     for (const Call call : {Call::open, Call::opendir, Call::readdir, Call::mkdir, Call::symlink,
                             Call::fchmod, Call::chmod, Call::readlink, Call::lstat, Call::close}) {
         const Fault fault(call, call == Call::lstat ? 2 : call == Call::close ? above : 0, 1, EIO);
-        EXPECT_FALSE(manager_->copyPath(path("tree"), path("copy"))) << static_cast<unsigned>(call);
-        EXPECT_EQ(errno, EIO);
-        EXPECT_EQ(fault.hits(), 1u);
+        EXPECT_FALSE(manager_->copyPath(path("tree"), path("copy")));
+        EXPECT_TRUE(errno == EIO && fault.hits() == 1u) << static_cast<unsigned>(call);
         manager_->removeFileAtPath(path("copy"));
     }
-    {
-        const Fault stuck(Call::unlink, 0, 1, EBUSY);
-        EXPECT_FALSE(manager_->removeFileAtPath(path("tree")));
-        EXPECT_EQ(errno, EBUSY);
-        EXPECT_EQ(manager_->subpathsAtPath(path("tree"))->count(), 1u); // all but that one is gone
-    }
+    const Fault stuck(Call::unlink, 0, 1, EBUSY);
+    EXPECT_FALSE(manager_->removeFileAtPath(path("tree")));
+    EXPECT_EQ(errno, EBUSY);
+    EXPECT_EQ(manager_->subpathsAtPath(path("tree"))->count(), 1u); // all but that one is gone
 }
 
 TEST_F(NSFileManagerTest, PathsThatNameNothingAreRefused) {
@@ -140,7 +136,6 @@ TEST_F(NSFileManagerTest, PathsThatNameNothingAreRefused) {
         EXPECT_FALSE(manager_->createFileAtPath(bad, nullptr, nullptr));
         EXPECT_FALSE(manager_->copyPath(path("f"), bad));
     }
-    EXPECT_EQ(directory_.names(), std::vector<std::string>{"f"});
 }
 
 TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {

@@ -64,22 +64,18 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"(a,", "1 4 a value"},
         {"{a}", "1 3 '='"},
         {"{a=b c", "1 6 ';' or '}'"},
-        {"{(a)=b}", "1 2 a key or '}'"},
-        {"{a=b;", "1 6 a key or '}'"},
         {"{ a = 1;\n  b = 2;\n  \"a\" = 3; }", "3 3 a key that does not stand in the dictionary already"},
         {"\"a\nbc", "2 3 '\"'"},
         {"\"\xC3\xA9\xF0\x9F\x98\x80\xFF\\", "1 7 a character behind '\\'"},
         {R"("\400")", "1 3 an octal number of at most 377"},
         {R"("\U12g4")", "1 6 four hexadecimal digits"},
         {R"("\Ud83dx")", "1 8 the second half of a surrogate pair"},
-        {R"("\Ud83d\U0041")", "1 14 the second half of a surrogate pair"},
         {R"("\Ude00")", "1 8 the first half of a surrogate pair"},
         {"<0f1>", "1 5 hexadecimal digits in pairs and '>'"},
         {"<0f/>", "1 4 hexadecimal digits in pairs and '>'"}, // the neighbours of the digits in ASCII
         {"<0f:>", "1 4 hexadecimal digits in pairs and '>'"},
         {"<0f@>", "1 4 hexadecimal digits in pairs and '>'"},
         {"<0fg>", "1 4 hexadecimal digits in pairs and '>'"},
-        {"(<0f", "1 5 hexadecimal digits in pairs and '>'"},
     };
     for (const auto &[text, expected] : rows) {
         expectError(900001, expected, [&text = text] { EXPECT_EQ(read(text), "nil") << text; });

@@ -28,8 +28,7 @@ TEST_F(SendTest, SelectorsReachBothOverloadsAndKeepOwnership) {
         EXPECT_EQ(send<std::uint32_t>(tally.get(), "addString:times:"_sel, "a"_ns, 3u), 4u * i + 4);
     }
     EXPECT_EQ(tally->retainCount(), 1u); // a send borrows its receiver
-    SEL selector = NSSelectorFromString("countForString:"_ns);
-    EXPECT_EQ(send<std::uint32_t>(tally.get(), selector, "a"_ns), 12u);
+    EXPECT_EQ(send<std::uint32_t>(tally.get(), NSSelectorFromString("countForString:"_ns), "a"_ns), 12u);
 }
 
 TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
@@ -94,7 +93,6 @@ TEST_F(SendTest, MethodsAddedAtRunTimeAreFoundAtOnceAndInSubclasses) {
         QBTally::cls()->addMethod("countTwice:"_sel, &countTwice);
     EXPECT_EQ(send<std::uint32_t>(tally, "countTwice:"_sel, "a"_ns), 6u);
     EXPECT_THROW(QBTally::cls()->addMethod("countTwice:"_sel, &countTwice), InvalidArgumentException);
-    EXPECT_THROW(QBTally::cls()->addMethod("count:twice:"_sel, &countTwice), InvalidArgumentException);
 }
 
 TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {
