@@ -11,9 +11,9 @@ using NSDataTest = PoolFixture;
 TEST_F(NSDataTest, TakesMemoryOver) {
     void *const memory = ::strdup("text");
     EXPECT_EQ(NSData::dataWithBytesNoCopy(memory, 4)->bytes(), memory);
-    NSMutableData *const mutableData = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
-    mutableData->appendBytes("s", 1);
-    EXPECT_TRUE(mutableData->isEqualToData(dataOf("texts")));
+    NSMutableData *const text = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
+    text->appendBytes("s", 1);
+    EXPECT_TRUE(text->isEqualToData(dataOf("texts")));
     EXPECT_EQ(send<NSData *>(NSData::cls(), "dataWithBytesNoCopy:length:"_sel, ::malloc(1), 0u)->bytes(),
               nullptr);
     char kept[1]; // what is refused stays the caller's

@@ -63,15 +63,11 @@ TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
     const std::string root = qb::sys::homeDirectory("root");
     ASSERT_FALSE(root.empty());
     const std::pair<std::string, std::string> expanded[] = {
-        {"~", "/h/me"},
-        {"~/a", "/h/me/a"},
-        {"~root/x", root + "/x"},
-        {"~nobody has this name/x", "~nobody has this name/x"},
-    };
+        {"~/a", "/h/me/a"}, {"~root/x", root + "/x"}, {"~no such name/x", "~no such name/x"}};
     for (const auto &[path, wanted] : expanded)
         EXPECT_EQ(NSString::stringWith(path)->stringByExpandingTildeInPath()->view(), wanted);
     static const char *const kAbbreviated[][2] = {
-        {"/h/me", "~"}, {"/h/me/a", "~/a"}, {"/h/meadow", "/h/meadow"}, {"x", "x"}};
+        {"/h/me", "~"}, {"/h/me/a", "~/a"}, {"/h/meadow", "/h/meadow"}};
     for (const auto &row : kAbbreviated)
         EXPECT_EQ(NSString::stringWith(row[0])->stringByAbbreviatingWithTildeInPath()->view(), row[1]);
     static const char *const kStandard[][2] = {
