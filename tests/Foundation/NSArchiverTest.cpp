@@ -21,19 +21,16 @@ public:
     void encodeWithCoder(NSCoder *coder) const override {
         coder->encodeObject(children, "children"_ns);
         coder->encodeConditionalObject(parent, "parent"_ns);
-        coder->encodeInt(number, "number"_ns);
     }
 
     Ref<NSMutableArray> children = NSMutableArray::init();
     TreeNode *parent = nullptr; // not retained
-    int number = 0;
     static inline int made = 0;
 
     TreeNode() { ++made; }
 
 protected:
     BOOL setUpWithCoder(NSCoder *coder) override {
-        number = coder->decodeIntForKey("number"_ns);
         parent = qb::castOrNil<TreeNode>(coder->decodeObjectForKey("parent"_ns));
         children = qb::castOrNil<NSMutableArray>(coder->decodeObjectForKey("children"_ns));
         return children != nullptr;
@@ -132,7 +129,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
-        {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
@@ -159,8 +155,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"NSValue"}, {"\1\3\20\3\0\3\0"s}, one),
          "17 an object of class 'NSValue' can't have its values"},
         {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\4\3\0\3\2\3\2\3\2"s}, one), // touching ranges
-         "24 an object of class 'NSCharacterSet' can't have its values"},
-        {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\2\3\0\3\0"s}, one), // an empty range
          "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"NSCharacterSet"}, {"\1\3\76\3\0\3\0"s}, one), // a class that is none
          "24 an object of class 'NSCharacterSet' can't have its values"},
@@ -207,14 +201,12 @@ TEST_F(NSArchiverTest, ContainersThatHoldThemselvesAreRefused) {
 
 TEST_F(NSArchiverTest, ObjectsOfClientsMayReferToEachOther) {
     TreeNode *root = TreeNode::node(), *child = TreeNode::node();
-    root->number = 7;
     root->children->addObject(child);
     root->children->addObject(child);
     child->parent = root;
     NSData *data = NSKeyedArchiver::archivedDataWithRootObject(root);
     auto *read = static_cast<TreeNode *>(NSKeyedUnarchiver::unarchiveObjectWithData(data, nodeClasses()));
     ASSERT_NE(read, nullptr);
-    EXPECT_EQ(read->number, 7);
     auto *readChild = static_cast<TreeNode *>(read->children->objectAtIndex(0));
     EXPECT_EQ(readChild, read->children->objectAtIndex(1));
     EXPECT_EQ(readChild->parent, read);

@@ -23,10 +23,8 @@ TEST_F(NSDataTest, TakesMemoryOver) {
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     NSData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     char buffer[8] = "-------";
-    data->getBytes(buffer, 3);
-    EXPECT_STREQ(buffer, "abc----");
     data->getBytes(buffer, NSMakeRange(4, 2));
-    EXPECT_STREQ(buffer, "efc----");
+    EXPECT_STREQ(buffer, "ef-----");
     EXPECT_EQ(bytesOf(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
     EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
                   "NSMutableData getBytes:range: must have a range inside the 6 bytes.");
@@ -96,7 +94,6 @@ TEST_F(NSDataTest, BytesAreFoundInBothDirections) {
     };
     EXPECT_EQ(find("bc", 0, {2, 4}), NSMakeRange(4, 2));
     EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 5}), NSMakeRange(1, 2));
-    EXPECT_EQ(find("bc", NSAnchoredSearch, {0, 6}), nowhere);
     EXPECT_EQ(find("bc", NSAnchoredSearch, {1, 5}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", NSAnchoredSearch | NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
     EXPECT_EQ(find("", 0, {0, 6}), nowhere);

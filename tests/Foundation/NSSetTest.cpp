@@ -33,7 +33,6 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     NSMutableSet *const set = NSMutableSet::setWithCapacity(4);
     set->addObjectsFromArray(NSArray::arrayWithObjects("a"_ns, "b"_ns, "a"_ns));
     set->unionSet(NSSet::setWithObjects("c"_ns, "b"_ns));
-    EXPECT_EQ(elements(set), "(a, b, c)");
     NSSet *const copy = set->copy().autorelease();
     set->minusSet(NSSet::setWithObjects("x"_ns, "a"_ns));
     EXPECT_EQ(elements(set), "(b, c)");

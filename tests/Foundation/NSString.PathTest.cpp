@@ -29,7 +29,6 @@ TEST_F(NSStringPathTest, ComponentsAndExtensions) {
         {"/", "(/)", "/", "/", "", "/", "/"},
         {".profile", "(.profile)", ".profile", "", "", ".profile", ".profile.tiff"},
         {"a..b", "(a..b)", "a..b", "", "b", "a.", "a..b.tiff"},
-        {"a.", "(a.)", "a.", "", "", "a", "a..tiff"},
         {"é/ü.ß/", "(é, ü.ß, /)", "ü.ß", "é", "ß", "é/ü", "é/ü.ß.tiff"},
     };
     for (const auto &row : rows) {
@@ -90,7 +89,6 @@ TEST_F(NSStringPathTest, PathsOfSeveralFilesAndForTheSystem) {
               "(/a/b.html, /a/d.txt)");
 
     char buffer[4] = "???";
-    EXPECT_STREQ("/é"_ns->fileSystemRepresentation(), "/é");
     EXPECT_FALSE("/é"_ns->getFileSystemRepresentation(buffer, 3));
     EXPECT_TRUE("/é"_ns->getFileSystemRepresentation(buffer, 4));
     EXPECT_STREQ(buffer, "/é");

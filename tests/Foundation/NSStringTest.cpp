@@ -154,9 +154,7 @@ TEST_F(NSStringTest, StringsAreGoodValuesInCpp) {
     NSString *const b = "b"_ns;
     EXPECT_TRUE(*a == *NSMutableString::stringWith("a"));
     EXPECT_TRUE(*a < *b && *b >= *a && *a != *b);
-    std::ostringstream stream;
-    stream << *a << *b;
-    EXPECT_EQ(stream.str(), "ab");
+    EXPECT_EQ((std::ostringstream() << *a << *b).str(), "ab");
     EXPECT_EQ(std::hash<NSString>()(*a), a->hash());
 }
 

@@ -14,7 +14,6 @@ TEST_F(PropertyListTextTest, StringsStandBareOrQuoted) {
         {"", "\"\""},
         {"http://x", "\"http://x\""},
         {"a/*", "\"a/*\""},
-        {"/", "/"},
         {"\a\b\t\n\v\f\r", "\"\\a\\b\\t\\n\\v\\f\\r\""},
         {"\0\1\x1b\x7f"sv, "\"\\000\\001\\033\\177\""},
         {"\xED\xA0\x80", "\"\\355\\240\\200\""}, // a surrogate
