@@ -56,21 +56,6 @@ std::string secondsOf(NSDate *date) {
     return date ? std::to_string(static_cast<std::int64_t>(date->timeIntervalSince1970())) : "none";
 }
 
-void compareTexts(const std::string &zone, NSTimeZone *timeZone, const std::vector<std::int64_t> &instants) {
-    constexpr const char *kFormat = "%Y-%m-%d %H:%M:%S %z %Z %a %j";
-    std::vector<std::string> expected = answers(zone, instants, kFormat);
-    for (std::size_t at = 0; at < instants.size(); ++at) {
-        const NSAutoreleasePool pool;
-        // Where the local time is not known, date writes the offset as the C library does not.
-        if (const std::size_t unknown = expected[at].find(" -0000 -00 "); unknown != std::string::npos)
-            expected[at][unknown + 1] = '+';
-        const std::string_view text = NSCalendarDate::dateAt(instants[at], timeZone)
-                                          ->descriptionWithCalendarFormat(NSString::stringWith(kFormat))
-                                          ->view();
-        require(text == expected[at], zone, "text", instants[at], text, expected[at]);
-    }
-}
-
 /// The midnight is the first instant of the day, or the one that 0:00 is; and the day's date, read, is it
 /// too.
 void compareMidnights(const std::string &zone, NSTimeZone *timeZone,
@@ -104,11 +89,11 @@ void compareStamps(const std::vector<std::int64_t> &instants) {
     const std::vector<std::string> stamps = answers("UTC0", instants, "%Y%m%d%H%M%S");
     for (std::size_t at = 0; at < instants.size(); ++at) {
         const NSAutoreleasePool pool;
-        NSString *const stamp = NSString::stringWith(stamps[at]);
-        const std::string read = secondsOf(stamp->asDateFromISODateTimeString());
+        NSCalendarDate *const date = NSString::stringWith(stamps[at])->asDateFromISODateTimeString();
+        const std::string read = secondsOf(date);
         require(read == std::to_string(instants[at]), "UTC", "ISO", instants[at], read, stamps[at]);
-        NSString *const text = NSCalendarDate::dateAt(instants[at], NSTimeZone::gmt())->asISODateTimeString();
-        require(text->view() == stamps[at], "UTC", "ISO", instants[at], text->view(), stamps[at]);
+        const std::string_view text = date->asISODateTimeString()->view();
+        require(text == stamps[at], "UTC", "ISO", instants[at], text, stamps[at]);
     }
 }
 
@@ -120,9 +105,10 @@ void compareHttpDates(const std::vector<std::int64_t> &instants) {
             const NSAutoreleasePool pool;
             const std::int64_t expected = instants[at] >= 0 && instants[at] < kHttpEnd ? instants[at] : 0;
             const std::int32_t read = NSString::stringWith(texts[at])->ctimeFromHTTPDate();
-            const bool hasCentury = std::string_view(format).find("%y") == std::string_view::npos;
-            require(read == expected || (!hasCentury && expected == 0), "UTC", "HTTP", instants[at],
-                    std::to_string(read), texts[at]);
+            const bool isVague =
+                expected == 0 && std::string_view(format).find("%y") != std::string_view::npos;
+            require(read == expected || isVague, "UTC", "HTTP", instants[at], std::to_string(read),
+                    texts[at]);
         }
     }
 }
@@ -143,7 +129,6 @@ int main(int argumentCount, char **arguments) {
             return std::fprintf(stderr, "%s is no zone\n", arguments[at]), 1;
         NSTimeZone::setDefaultTimeZone(timeZone);
         const std::vector<std::int64_t> instants = instantsOf(*rules);
-        compareTexts(zone, timeZone, instants);
         compareMidnights(zone, timeZone, instants);
         if (at == 1) { // these know no zones
             compareStamps(instants);
