@@ -21,8 +21,9 @@ class QBRegularExpressionMatchObject;
 /// A pattern that the platform could not work on without running out of stack or memory is refused like a
 /// malformed one: one of more than 32768 bytes, with more than 1000 groups, or groups nested more than 200
 /// deep, with more than 8 repeat operators in a row, with repeats that multiply to more than 40000 parts,
-/// with too many parts in a row that may match nothing, with more than 64 back references after repeating, or
-/// with a back reference that is repeated without end.
+/// with too many parts in a row that may match nothing, with more than two anchors in a repeat that may match
+/// nothing (a word boundary counts as two), with more than 64 back references after repeating, or with a back
+/// reference that is repeated without end.
 ///
 /// So is one whose back references would take it more than about a second in a text of a few KiB, or make
 /// the result depend on whether groups are wanted. Beside back references, only one thing may be open:

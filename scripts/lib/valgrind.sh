@@ -7,7 +7,9 @@ set -u
 logs=$(mktemp -d)
 trap 'rm -rf "$logs"' EXIT
 
-valgrind --quiet --error-exitcode=99 --leak-check=full --show-leak-kinds=definite --track-fds=yes \
+# What a test sets itself comes after these, and counts.
+export VALGRIND_OPTS="--leak-check=full --show-leak-kinds=definite ${VALGRIND_OPTS:-}"
+valgrind --quiet --error-exitcode=99 --track-fds=yes --suppressions="${0%/*}/valgrind.supp" \
     --log-file="$logs/%p" "$@" <&0 &
 process=$!
 for signal in INT TERM USR1 USR2; do
@@ -21,10 +23,10 @@ while kill -0 "$process" 2>/dev/null; do # a signal has ended the waiting
     status=$?
 done
 
-# The descriptors' part: each has a head, and under it where it was opened or that it is inherited.
-left=$(awk '/inherited from parent/ { head = ""; next }
-            head { print head; head = "" }
-            /Open file descriptor/ { head = $0 }' "$logs/$process" 2>/dev/null)
+# Each descriptor has a head, and under it where it was opened. Log files stay open as long as the process.
+left=$(awk '/Open file descriptor/ { head = $0; next }
+            /inherited from parent|OSLogger::openStream/ { head = "" }
+            /^==[0-9]+== *$/ && head { print head; head = "" }' "$logs/$process" 2>/dev/null)
 [ -z "$left" ] || status=99
 [ "$status" -ne 99 ] || cat "$logs"/* >&2
 exit "$status"

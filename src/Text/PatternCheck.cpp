@@ -25,6 +25,9 @@ constexpr PatternCount kMostNodes = 40000;
 constexpr PatternCount kLongestStretch = 1000;
 constexpr PatternCount kMostLinks = 1'000'000;
 constexpr PatternCount kMostWays = 4096;
+// A word boundary is two. With a few more the compiler takes seconds, with some more than those it does not
+// end.
+constexpr PatternCount kMostLoopedAnchors = 2;
 constexpr unsigned kMostRepeatsInRow = 8;
 // Each one that is met costs the matcher some 600 bytes of stack.
 constexpr PatternCount kMostReferences = 64;
@@ -315,6 +318,8 @@ private:
             fault_ = "it is too large when its repeats are multiplied";
         else if (kLongestStretch < shape.stretch || kMostLinks < shape.links || kMostWays < shape.ways.most)
             fault_ = "too many of its parts in a row may match nothing";
+        else if (kMostLoopedAnchors < shape.loopedAnchors)
+            fault_ = "too many anchors stand in a repeat that may match nothing";
         else if (kMostReferences < shape.references)
             fault_ = "it has too many back references";
         return shape;

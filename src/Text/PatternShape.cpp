@@ -27,6 +27,8 @@ PatternCount linksBetween(const PatternShape &first, const PatternShape &second)
 PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     PatternShape sum;
     sum.nodes = first.nodes + second.nodes;
+    sum.allAnchors = first.allAnchors + second.allAnchors;
+    sum.loopedAnchors = std::max(first.loopedAnchors, second.loopedAnchors);
     sum.links = first.links + second.links;
     sum.references = first.references + second.references;
     sum.captures = first.captures + second.captures;
@@ -61,7 +63,7 @@ PatternShape characterSetShape() {
 
 PatternShape anchorShape() {
     PatternShape shape = freeNode();
-    shape.anchors = shape.copies = 1;
+    shape.anchors = shape.allAnchors = shape.copies = 1;
     shape.links = shape.links + kCopyCost;
     return shape;
 }
@@ -125,6 +127,8 @@ PatternShape loop(const PatternShape &part) {
     shape.links = shape.links + linksBetween(part, shape);
     shape.stretch = std::max(shape.stretch, part.exit + shape.entry);
     shape.ways.most = std::max(shape.ways.most, part.ways.out * part.ways.in);
+    if (part.isNullable)
+        shape.loopedAnchors = part.allAnchors;
     shape.leadsToLoop = part.leadsToLoop || part.isNullable;
     return shape;
 }

@@ -30,7 +30,7 @@ private:
 /// that is, passed without one. The compiler finds for each node all those that lie behind it free of charge,
 /// by recursion, so that long stretches of free nodes cost stack, many links between them memory and time.
 /// It goes over all ways through a stretch that leads to a loop. Behind an anchor, a free node that asks for
-/// a place, it copies the stretch.
+/// a place, it copies the stretch; a loop is copied for all that the anchors in it may ask for together.
 struct PatternShape {
     /// Ways through free nodes: the most that lead from one node to another.
     struct Ways {
@@ -41,16 +41,18 @@ struct PatternShape {
     };
 
     PatternCount nodes;
-    PatternCount entry;      // free nodes that are reached from the beginning
-    PatternCount exit;       // free nodes from which the end is reached
-    PatternCount stretch;    // the most free nodes that are connected
-    PatternCount anchors;    // anchors from which the end is reached
-    PatternCount copies;     // nodes copied for anchors from which the end is reached
-    PatternCount links;      // pairs of connected nodes; a copied node counts for many
-    PatternCount references; // back references
-    PatternCount captures;   // groups that back references name
-    PatternCount choices;    // between branches, and whether a repeat that ends goes on
-    PatternCount openEnds;   // endless repeats of which nothing says where they end
+    PatternCount entry;   // free nodes that are reached from the beginning
+    PatternCount exit;    // free nodes from which the end is reached
+    PatternCount stretch; // the most free nodes that are connected
+    PatternCount anchors; // anchors from which the end is reached
+    PatternCount allAnchors;
+    PatternCount loopedAnchors; // the most in one loop that may be gone through without a character
+    PatternCount copies;        // nodes copied for anchors from which the end is reached
+    PatternCount links;         // pairs of connected nodes; a copied node counts for many
+    PatternCount references;    // back references
+    PatternCount captures;      // groups that back references name
+    PatternCount choices;       // between branches, and whether a repeat that ends goes on
+    PatternCount openEnds;      // endless repeats of which nothing says where they end
     Ways ways;
     bool isNullable = true;   // the end is reached from the beginning
     bool leadsToLoop = false; // a loop that needs no character is reached from the beginning

@@ -108,6 +108,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {times(32769, "a"), "it is too long"},
         {nested(201, "a", ""), "its groups are nested too deeply"},
         {times(1001, "(a)"), "it has too many groups"},
+        {"((^|$)(\\b|^))*", "too many anchors stand in a repeat that may match nothing"},
         {"a" + times(9, "*"), "too many repeat operators follow one another"},
         {"((a{100}){100}){100}", kRepeats},
         {nested(17, "a", "+"), kEmpty}, // the groups' ends are many before the copies are
@@ -130,7 +131,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
 }
 
 TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
-    constexpr std::uint32_t seed = 9; // what takes long with one seed takes long each time
+    constexpr std::uint32_t seed = 11; // what takes long with one seed takes long each time
     PatternMaker maker(seed);
     const std::string limits[] = {nested(200, "a", ""),      times(166, "(a|)"), "a" + times(999, "|a"),
                                   times(999, "a*"),          "a{0,999}",         "(a)\\1{64}",
