@@ -148,15 +148,6 @@ ParsedInteger parseInteger(const char *position, const char *end) {
     return {signedValue, next == digits ? position : next, isOutOfRange};
 }
 
-std::optional<std::int64_t> parseWholeInteger(const char *position, const char *end) {
-    if (position == end || isBlank(*position))
-        return std::nullopt;
-    const ParsedInteger parsed = parseInteger(position, end);
-    if (parsed.next != end || parsed.isOutOfRange)
-        return std::nullopt;
-    return parsed.value;
-}
-
 ParsedDouble parseDouble(const char *position, const char *end) {
     const char *number = skipBlanks(position, end);
     const bool isNegative = readMinus(number, end);

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 namespace qb::text {
 
@@ -38,10 +37,6 @@ struct ParsedInteger {
 
 /// Reads an integer as strtoll does to the base 10: blanks, a sign, digits; whatever follows is left.
 ParsedInteger parseInteger(const char *position, const char *end);
-
-/// Returns the value of a text that is nothing but an integer with an optional sign; nothing for another text
-/// or a value out of range.
-std::optional<std::int64_t> parseWholeInteger(const char *position, const char *end);
 
 /// A floating-point number that was read leniently.
 struct ParsedDouble {
