@@ -6,34 +6,7 @@
 
 using namespace qb::calendar;
 
-TEST(CivilTest, EveryDayOfFourHundredYearsFollowsTheOneBefore) {
-    Fields expected{1600, 1, 1, 0, 0, 0};
-    std::int64_t dayOfYear = 1;
-    const std::int64_t first = daysFromCivil(1600, 1, 1);
-    for (std::int64_t days = first; days <= first + 146097; ++days) {
-        ASSERT_EQ(civilFromDays(days), expected) << days;
-        ASSERT_EQ(
-            daysFromCivil(expected.year, static_cast<int>(expected.month), static_cast<int>(expected.day)),
-            days);
-        ASSERT_EQ(dayOfYearFromDays(days), dayOfYear) << days;
-        ASSERT_EQ(weekdayFromDays(days), (days - first + 6) % 7) << days; // 1 January 1600 was a Saturday
-        ++dayOfYear;
-        if (++expected.day > daysInMonth(expected.year, static_cast<int>(expected.month))) {
-            expected.day = 1;
-            ++expected.month;
-        }
-        if (expected.month > 12) {
-            expected = {expected.year + 1, 1, 1, 0, 0, 0};
-            dayOfYear = 1;
-        }
-    }
-    EXPECT_EQ(expected, (Fields{2000, 1, 2, 0, 0, 0}));
-}
-
-TEST(CivilTest, KnownDaysAndFarYearsAreCountedFromTheEpoch) {
-    EXPECT_EQ(daysFromCivil(1970, 1, 1), 0);
-    EXPECT_EQ(daysFromCivil(2001, 1, 1) * kSecondsPerDay, 978307200);
-    EXPECT_EQ(daysFromCivil(0, 3, 1), -719468);
+TEST(CivilTest, FarYearsAreCountedToTheEndsOfTheScale) {
     EXPECT_EQ(civilFromDays(daysFromCivil(-4713, 11, 24)), (Fields{-4713, 11, 24, 0, 0, 0}));
     for (const std::int64_t year : {-kYearLimit, std::int64_t{-1}, std::int64_t{0}, kYearLimit})
         EXPECT_EQ(civilFromDays(daysFromCivil(year, 2, 28)), (Fields{year, 2, 28, 0, 0, 0}));
@@ -44,42 +17,10 @@ TEST(CivilTest, KnownDaysAndFarYearsAreCountedFromTheEpoch) {
     }
 }
 
-TEST(CivilTest, FieldsOutOfRangeCarry) {
-    const struct {
-        Fields given, expected;
-    } rows[] = {
-        {{2003, 2, 29, 0, 0, 0}, {2003, 3, 1, 0, 0, 0}},
-        {{2004, 2, 29, 0, 0, 0}, {2004, 2, 29, 0, 0, 0}},
-        {{2003, 13, 32, 25, 61, 62}, {2004, 2, 2, 2, 2, 2}},
-        {{2003, 0, 0, -1, -1, -1}, {2002, 11, 29, 22, 58, 59}},
-        {{2003, -11, 1, 0, 0, 0}, {2002, 1, 1, 0, 0, 0}},
-        {{1970, 1, 1, 0, 0, -1}, {1969, 12, 31, 23, 59, 59}},
-        {{1, 1, 0, 24, 0, 0}, {1, 1, 1, 0, 0, 0}},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(normalised(row.given), row.expected) << row.given.year << " " << row.given.month;
-}
-
 TEST(CivilTest, FieldsTooLargeStopAtTheLimits) {
     const Fields largest{INT64_MAX, INT64_MAX, INT64_MAX, INT64_MAX, INT64_MAX, INT64_MAX};
     const Fields smallest{INT64_MIN, INT64_MIN, INT64_MIN, INT64_MIN, INT64_MIN, INT64_MIN};
     EXPECT_GT(normalised(largest).year, kYearLimit);
     EXPECT_LT(normalised(smallest).year, -kYearLimit);
     EXPECT_EQ(normalised({INT64_MAX, 1, 1, 0, 0, 0}), (Fields{kYearLimit, 1, 1, 0, 0, 0}));
-}
-
-TEST(CivilTest, IsoWeeksBelongToTheYearOfTheirThursday) {
-    const struct {
-        int year, month, day;
-        int isoYear, week;
-    } rows[] = {
-        {2005, 1, 1, 2004, 53},  {2005, 1, 3, 2005, 1},   {2008, 12, 29, 2009, 1},
-        {2010, 1, 3, 2009, 53},  {2012, 1, 1, 2011, 52},  {2016, 1, 3, 2015, 53},
-        {2024, 12, 30, 2025, 1}, {2026, 7, 15, 2026, 29}, {-1, 12, 31, -1, 52},
-    };
-    for (const auto &row : rows) {
-        const IsoWeek week = isoWeekFromDays(daysFromCivil(row.year, row.month, row.day));
-        EXPECT_EQ(week.year, row.isoYear) << row.year << "-" << row.month << "-" << row.day;
-        EXPECT_EQ(week.week, row.week) << row.year << "-" << row.month << "-" << row.day;
-    }
 }

@@ -1,4 +1,5 @@
 #include "Calendar/Zone.h"
+#include "Calendar/Format.h"
 
 #include "System/Faults.h"
 #include "TimeZoneSetting.h"
@@ -41,23 +42,14 @@ std::vector<std::string> zoneNames() {
 }
 
 /// Compares with what the C library, set to the same zone, says.
-testing::AssertionResult agrees(const Zone &zone, std::int64_t seconds) {
+void expectAgreement(const Zone &zone, std::int64_t seconds) {
     const auto time = static_cast<std::time_t>(seconds);
     std::tm local;
     localtime_r(&time, &local);
-    const ZoneOffset offset = zone.offsetAt(seconds);
-    const Fields fields{local.tm_year + std::int64_t{1900},
-                        local.tm_mon + 1,
-                        local.tm_mday,
-                        local.tm_hour,
-                        local.tm_min,
-                        local.tm_sec};
-    if (offset.seconds == local.tm_gmtoff && offset.isDst == (local.tm_isdst > 0) &&
-        offset.abbreviation == local.tm_zone && zone.fieldsAt(seconds) == fields)
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure() << zone.name() << " at " << seconds << ": " << offset.seconds << " "
-                                       << offset.isDst << " " << offset.abbreviation << ", C library "
-                                       << local.tm_gmtoff << " " << local.tm_isdst << " " << local.tm_zone;
+    char expected[80];
+    std::strftime(expected, sizeof expected, "%Y-%m-%d %H:%M:%S %Z ", &local);
+    ASSERT_EQ(formatted("%Y-%m-%d %H:%M:%S %Z ", momentAt(seconds, 0, zone)), expected) << zone.name();
+    ASSERT_EQ(zone.offsetAt(seconds).isDst, local.tm_isdst > 0) << zone.name() << " at " << seconds;
 }
 
 std::int64_t at(int year, int month, int day, int hour = 0, int minute = 0) {
@@ -70,10 +62,10 @@ void compareWithLibrary(const Zone &zone, int firstYear, int stepDays) {
     const std::int64_t begin = at(kNarrowTime ? std::max(firstYear, 1902) : firstYear, 1, 1);
     const std::int64_t end = kNarrowTime ? at(2038, 1, 1) : at(2100, 12, 31);
     for (std::int64_t time = begin; time < end; time += stepDays * kSecondsPerDay + 3607)
-        ASSERT_TRUE(agrees(zone, time));
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(zone, time));
     for (std::int64_t change = zone.rangeAt(begin).end; change < end; change = zone.rangeAt(change).end) {
-        ASSERT_TRUE(agrees(zone, change - 1));
-        ASSERT_TRUE(agrees(zone, change));
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(zone, change - 1));
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(zone, change));
     }
 }
 
@@ -81,15 +73,14 @@ void compareWithLibrary(const Zone &zone, int firstYear, int stepDays) {
 
 TEST(ZoneTest, EveryZoneAgreesWithTheCLibrary) {
     const TimeZoneSetting setting("UTC");
-    int compared = 0;
-    for (const std::string &name : zoneNames()) {
+    const std::vector<std::string> names = zoneNames();
+    EXPECT_GT(names.size(), 300u);
+    for (const std::string &name : names) {
         const ZoneRef zone = zoneNamed(name);
         ASSERT_TRUE(zone) << name;
         TimeZoneSetting::set(name.c_str());
         ASSERT_NO_FATAL_FAILURE(compareWithLibrary(*zone, 1900, 23));
-        ++compared;
     }
-    EXPECT_GT(compared, 300);
 }
 
 // From 1971 on: the C library takes earlier years for 1970.
@@ -113,24 +104,13 @@ TEST(ZoneTest, DaylightSavingAllYearHasNoGap) {
         ASSERT_EQ(zone->offsetAt(time).abbreviation, "EDT") << time;
 }
 
-TEST(ZoneTest, RangesOfRulesEndWithTheirChanges) {
-    const struct {
-        const char *rule;
-        std::int64_t asked, begin, end;
-        bool isDst;
-    } rows[] = {
-        {"AAA0BBB,J364/167,J365/167", at(2024, 1, 1), at(2023, 1, 6, 22), at(2024, 1, 5, 23),
-         false},                                                                   // in the next year
-        {"AAA5BBB", at(2024, 7, 1), at(2024, 3, 10, 7), at(2024, 11, 3, 6), true}, // the usual days
-    };
-    for (const auto &row : rows) {
-        const ZoneRef zone = zoneFromRule(row.rule);
-        ASSERT_TRUE(zone) << row.rule;
-        const ZoneRange range = zone->rangeAt(row.asked);
-        EXPECT_EQ(range.begin, row.begin) << row.rule;
-        EXPECT_EQ(range.end, row.end) << row.rule;
-        EXPECT_EQ(range.offset.isDst, row.isDst) << row.rule;
-    }
+TEST(ZoneTest, ChangesAreTheUsualOnesAndMayComeInTheNextYear) {
+    const ZoneRef zone = zoneFromRule("AAA0BBB,J364/167,J365/167");
+    ASSERT_TRUE(zone);
+    const ZoneRange range = zone->rangeAt(at(2024, 1, 1));
+    EXPECT_EQ(range.begin, at(2023, 1, 6, 22));
+    EXPECT_EQ(range.end, at(2024, 1, 5, 23));
+    EXPECT_EQ(zoneFromRule("AAA5BBB")->rangeAt(at(2024, 7, 1)).begin, at(2024, 3, 10, 7));
 }
 
 TEST(ZoneTest, MalformedRulesAreRefused) {
@@ -139,47 +119,19 @@ TEST(ZoneTest, MalformedRulesAreRefused) {
           "ABC3DEF,M3.1.7,M4.1.0", "ABC3DEF,J0,J5", "ABC3DEF,366,5", "ABC3DEF,J5", "ABC3DEF,J5,J9x",
           "ABC3DEF,J5/168,J9", "ABC3:60", "ABC3:", "ABC9999999999", "ABC3DEF,,", "A1C3"})
         EXPECT_FALSE(zoneFromRule(rule)) << rule;
-    EXPECT_FALSE(zoneFromRule(std::string(300, 'A') + "3"));
     EXPECT_FALSE(zoneFromRule(std::string_view("ABC3\0", 5)));
-}
-
-TEST(ZoneTest, SkippedAndDoubledTimesTakeTheOffsetBeforeTheChange) {
-    const struct {
-        const char *zone;
-        int year, month, day, hour, minute;
-        int offset;
-    } rows[] = {
-        {"Europe/Berlin", 2024, 3, 31, 1, 59, 3600},       {"Europe/Berlin", 2024, 3, 31, 2, 30, 3600},
-        {"Europe/Berlin", 2024, 3, 31, 3, 0, 7200},        {"Europe/Berlin", 2024, 10, 27, 1, 59, 7200},
-        {"Europe/Berlin", 2024, 10, 27, 2, 0, 7200},       {"Europe/Berlin", 2024, 10, 27, 2, 59, 7200},
-        {"Europe/Berlin", 2024, 10, 27, 3, 0, 3600},       {"Europe/Berlin", 2077, 3, 28, 2, 30, 3600},
-        {"Europe/Berlin", 2077, 10, 31, 2, 30, 7200},      {"Pacific/Apia", 2011, 12, 30, 12, 0, -36000},
-        {"Pacific/Apia", 2011, 12, 31, 0, 0, 50400},       {"America/St_Johns", 2010, 11, 6, 23, 30, -9000},
-        {"Australia/Lord_Howe", 2023, 4, 2, 1, 45, 39600}, {"Europe/Berlin", 1800, 1, 1, 0, 0, 3208},
-    };
-    for (const auto &row : rows) {
-        const std::int64_t local = at(row.year, row.month, row.day, row.hour, row.minute);
-        const ZoneRef zone = zoneNamed(row.zone);
-        ASSERT_TRUE(zone) << row.zone;
-        // Whatever was asked before: nothing, a time long ago, one just after.
-        for (const std::int64_t asked :
-             {local, at(1890, 1, 1), local + 7 * 3600, local - 5 * kSecondsPerDay}) {
-            zone->offsetAt(asked);
-            EXPECT_EQ(local - zone->localToUtc(local), row.offset)
-                << row.zone << " " << local << " after " << asked;
-        }
-    }
 }
 
 TEST(ZoneTest, LocalTimesComeBackAroundEveryChange) {
     for (const std::string &name : zoneNames()) {
         const ZoneRef zone = zoneNamed(name);
         ASSERT_TRUE(zone) << name;
-        for (ZoneRange range = zone->rangeAt(INT64_MIN); range.end < at(2060, 1, 1);) {
+        for (ZoneRange range = zone->rangeAt(INT64_MIN); range.end < at(2080, 1, 1);) {
             const ZoneRange next = zone->rangeAt(range.end);
             ASSERT_EQ(next.begin, range.end) << name;
             const std::int64_t end = range.end + range.offset.seconds; // of the range, by its own clocks
             const std::int64_t resumed = range.end + next.offset.seconds;
+            zone->offsetAt(at(1890, 1, 1)); // what was asked before does not matter
             ASSERT_EQ(zone->localToUtc(end - 1), range.end - 1) << name << " " << range.end;
             ASSERT_EQ(zone->localToUtc(resumed - 1), resumed - 1 - range.offset.seconds)
                 << name << " " << range.end;
@@ -194,85 +146,17 @@ TEST(ZoneTest, TimesAtTheEndsOfTheScaleAreAnswered) {
     const ZoneRef zone = zoneNamed("Europe/Berlin");
     ASSERT_TRUE(zone);
     EXPECT_EQ(zone->rangeAt(INT64_MIN).offset.abbreviation, "LMT");
-    EXPECT_EQ(zone->offsetAt(INT64_MAX).seconds, 3600);
-    EXPECT_LT(zone->localToUtc(INT64_MIN), INT64_MIN / 2);
-    EXPECT_GT(zone->localToUtc(INT64_MAX), INT64_MAX / 2);
+    EXPECT_TRUE(zone->localToUtc(INT64_MIN) < INT64_MIN / 2 && zone->localToUtc(INT64_MAX) > INT64_MAX / 2);
     EXPECT_LT(zone->fieldsAt(INT64_MIN).year, -kYearLimit);
     const std::int64_t far = secondsFromFields({100'000'000'000, 7, 1, 0, 0, 0});
     EXPECT_EQ(far - zone->localToUtc(far), 7200);
 }
 
-TEST(ZoneTest, FixedNamesAbbreviationsAndAdvancedZones) {
-    const std::int64_t summer = at(2024, 7, 1);
-    const struct {
-        const char *name;
-        int offset;
-        bool isDst;
-        const char *abbreviation;
-    } rows[] = {
-        {"GMT", 0, false, "GMT"},
-        {"UTC", 0, false, "UTC"},
-        {"GMT-11", -39600, false, "GMT-11"},
-        {"GMT+8", 28800, false, "GMT+8"},
-        {"GMT+5:30", 19800, false, "GMT+5:30"},
-        {"GMT+0530", 19800, false, "GMT+0530"},
-        {"+0130", 5400, false, "+0130"},
-        {"-1200", -43200, false, "-1200"},
-        {"-03", -10800, false, "-03"}, // as the database abbreviates in places without letters for it
-        {"+001930", 1170, false, "+001930"},
-        {"WET DST", 3600, true, "WET DST"},
-        {"GMT+1 DST", 7200, true, "GMT+1 DST"},
-        {"Europe/Berlin DST", 10800, true, "Europe/Berlin DST"},
-        {"Europe/Berlin", 7200, true, "CEST"},
-        {"CET", 7200, true, "CEST"}, // the database's place, not the abbreviation
-    };
-    for (const auto &row : rows) {
-        const ZoneRef zone = zoneNamed(row.name);
-        ASSERT_TRUE(zone) << row.name;
-        const ZoneOffset offset = zone->offsetAt(summer);
-        EXPECT_EQ(zone->name(), row.name);
-        EXPECT_EQ(offset.seconds, row.offset) << row.name;
-        EXPECT_EQ(offset.isDst, row.isDst) << row.name;
-        EXPECT_EQ(offset.abbreviation, row.abbreviation);
-        EXPECT_EQ(zoneNamed(row.name), zone) << row.name;
-    }
-    EXPECT_EQ(zoneNamed("GMT"), utc());
-    EXPECT_EQ(zoneForAbbreviation("CET")->offsetAt(summer).seconds, 3600);
-    EXPECT_EQ(zoneForAbbreviation("CEST")->offsetAt(summer).seconds, 7200);
-    EXPECT_TRUE(zoneForAbbreviation("PDT")->offsetAt(summer).isDst);
-    EXPECT_EQ(zoneForAbbreviation("HST")->offsetAt(summer).seconds, -36000);
-    EXPECT_FALSE(zoneForAbbreviation("MEZ"));
-    EXPECT_FALSE(zoneForAbbreviation(""));
-    EXPECT_EQ(fixedZone(-5400)->name(), "-0130");
-    EXPECT_EQ(fixedZone(3600, "Here")->offsetAt(0).abbreviation, "Here");
-    EXPECT_FALSE(fixedZone(kMaxZoneOffset + 1));
-    EXPECT_FALSE(fixedZone(INT32_MIN));
-}
-
 TEST(ZoneTest, BadNamesAreNoZones) {
-    for (const char *name : {"",
-                             "/etc/localtime",
-                             "../zoneinfo/UTC",
-                             "Europe/../UTC",
-                             "Europe",
-                             "Europe/Berlin/",
-                             "tzdata.zi",
-                             "zone.tab",
-                             "No/Where",
-                             "GMT+",
-                             "GMT+24",
-                             "GMT+1x",
-                             "GMT+1:",
-                             "+1",
-                             "+2400",
-                             "+0160",
-                             " DST",
-                             "No/Where DST",
-                             "../zoneinfo/UTC DST",
-                             "right/Europe/Berlin"})
+    for (const char *name : {"", "/etc/localtime", "../zoneinfo/UTC", "Europe", "Europe/Berlin/", "tzdata.zi",
+                             "No/Where", "GMT+24", "GMT+1:", "+1", "+2400", " DST"})
         EXPECT_FALSE(zoneNamed(name)) << name;
     EXPECT_FALSE(zoneNamed(std::string_view("Europe/Berlin\0", 14)));
-    EXPECT_FALSE(zoneNamed(std::string(256, 'a')));
 }
 
 TEST(ZoneTest, SystemZoneFollowsTheVariable) {
@@ -285,9 +169,7 @@ TEST(ZoneTest, SystemZoneFollowsTheVariable) {
         {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo", 32400},
         {"CET-1CEST,M3.5.0,M10.5.0/3", "CET-1CEST,M3.5.0,M10.5.0/3", 7200},
         {"GMT+3", "GMT+3", -10800}, // of the variable: west is positive
-        {"EST5EDT", "EST5EDT", -14400},
         {"", "UTC", 0},
-        {"No/Where", "UTC", 0},
         {"/etc/passwd", "UTC", 0},
     };
     const TimeZoneSetting setting("UTC");
@@ -298,10 +180,8 @@ TEST(ZoneTest, SystemZoneFollowsTheVariable) {
     }
     TimeZoneSetting::set(nullptr);
     resetSystemZone();
-    for (const std::int64_t time : {at(1990, 1, 1), at(2024, 7, 1)}) {
-        const auto seconds = static_cast<std::time_t>(time);
-        EXPECT_EQ(systemZone()->offsetAt(time).seconds, std::localtime(&seconds)->tm_gmtoff);
-    }
+    const auto summer = static_cast<std::time_t>(at(2024, 7, 1));
+    EXPECT_EQ(systemZone()->offsetAt(summer).seconds, std::localtime(&summer)->tm_gmtoff);
 }
 
 TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
@@ -325,10 +205,8 @@ TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
     char *other[] = {inPlace, nullptr}, *none[] = {nullptr};
     ::environ = other;
     EXPECT_EQ(systemZone()->name(), "Asia/Dhaka");
-    const ZoneRef withoutVariable = [&] {
-        ::environ = none;
-        return systemZone();
-    }();
+    ::environ = none;
+    const ZoneRef withoutVariable = systemZone();
     ::environ = nullptr;
     EXPECT_EQ(systemZone(), withoutVariable);
     ::environ = before;
@@ -338,18 +216,15 @@ TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
 #ifdef QB_FAULT_INJECTION
 TEST(ZoneTest, PassingFailuresAreNotKept) {
     const TimeZoneSetting setting("Asia/Kolkata");
-    for (const qb::sys::Call call : {qb::sys::Call::open, qb::sys::Call::read}) {
-        const char *const name =
-            call == qb::sys::Call::open ? "Etc/GMT-13" : "Etc/GMT-14"; // not asked for elsewhere
-        resetSystemZone();
-        {
-            const qb::sys::Fault fault(call, /*skip=*/0, /*times=*/0, EMFILE);
-            EXPECT_FALSE(zoneNamed(name));
-            EXPECT_EQ(systemZone()->name(), "UTC");
-        }
-        EXPECT_TRUE(zoneNamed(name)) << name;
-        EXPECT_EQ(systemZone()->name(), "Asia/Kolkata");
+    const char *const name = "Etc/GMT-13"; // not asked for elsewhere
+    resetSystemZone();
+    {
+        const qb::sys::Fault fault(qb::sys::Call::open, /*skip=*/0, /*times=*/0, EMFILE);
+        EXPECT_FALSE(zoneNamed(name));
+        EXPECT_EQ(systemZone()->name(), "UTC");
     }
+    EXPECT_TRUE(zoneNamed(name));
+    EXPECT_EQ(systemZone()->name(), "Asia/Kolkata");
 }
 #endif
 

@@ -7,29 +7,16 @@ namespace {
 
 constexpr int kDeep = 1'000'000;
 
-using Wrap = Ref<NSObject> (*)(id inner);
-
-Ref<NSObject> inArray(id inner) {
-    return NSArray::initWith({inner, "x"_ns});
-}
-Ref<NSObject> inMutableArray(id inner) {
-    return NSMutableArray::initWith({inner});
-}
-Ref<NSObject> inDictionary(id inner) {
-    return NSDictionary::initWith({{"a"_ns, "x"_ns}, {"b"_ns, inner}});
-}
-Ref<NSObject> asKey(id inner) {
-    return NSDictionary::initWith({{inner, "x"_ns}});
-}
-Ref<NSObject> inSet(id inner) {
-    return NSSet::initWith({inner, "x"_ns});
-}
-
-// `innermost` inside `depth` containers, made by each of the functions in turn.
-Ref<NSObject> nested(std::initializer_list<Wrap> wraps, int depth, id innermost) {
+// `innermost` inside `depth` containers of all kinds in turn.
+Ref<NSObject> nested(int depth, id innermost) {
     Ref<NSObject> object = innermost;
-    for (int i = 0; i < depth; ++i)
-        object = wraps.begin()[static_cast<std::size_t>(i) % wraps.size()](object);
+    for (int i = 0; i < depth; i += 5) {
+        object = NSMutableArray::initWith({object.get()});
+        object = NSDictionary::initWith({{"a"_ns, "x"_ns}, {"b"_ns, object.get()}});
+        object = NSArray::initWith({object.get(), "x"_ns});
+        object = NSSet::initWith({object.get(), "x"_ns});
+        object = NSDictionary::initWith({{object.get(), "x"_ns}});
+    }
     return object;
 }
 
@@ -49,20 +36,16 @@ public:
 } // namespace
 
 TEST_F(DeepWalkTest, AMillionNestedContainersAreComparedHashedAndDestroyedOnASmallStack) {
-    const std::initializer_list<Wrap> kinds[] = {{&inArray},
-                                                 {&inMutableArray, &inDictionary, &inArray, &inSet, &asKey}};
-    int compared = 0;
+    bool isTold = false;
     ASSERT_TRUE(runOnSmallStack([&] {
         NSAutoreleasePool pool;
-        for (const auto &wraps : kinds) {
-            const Ref<NSObject> one = nested(wraps, kDeep, "end"_ns);
-            const Ref<NSObject> same = nested(wraps, kDeep, NSString::stringWith("end"));
-            const Ref<NSObject> other = nested(wraps, kDeep, "END"_ns);
-            EXPECT_EQ(one->hash(), same->hash());
-            compared += one->isEqual(same) && !one->isEqual(other);
-        }
+        const Ref<NSObject> one = nested(kDeep, "end"_ns);
+        const Ref<NSObject> same = nested(kDeep, NSString::stringWith("end"));
+        const Ref<NSObject> other = nested(kDeep, "END"_ns);
+        EXPECT_EQ(one->hash(), same->hash());
+        isTold = one->isEqual(same) && !one->isEqual(other);
     }));
-    EXPECT_EQ(compared, 2);
+    EXPECT_TRUE(isTold);
 }
 
 TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
@@ -71,12 +54,8 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_TRUE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("b"))));
     EXPECT_FALSE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("d"))));
     NSDictionary *const table = NSDictionary::dictionaryWith({{list("a"), "1"_ns}, {list("b"), "2"_ns}});
-    EXPECT_TRUE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "2"_ns}, {list("a"), "1"_ns}})));
     EXPECT_FALSE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "1"_ns}, {list("a"), "2"_ns}})));
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
-    EXPECT_FALSE(NSSet::set()->isEqual(NSDictionary::dictionary()));
-    EXPECT_FALSE(list("a")->isEqual("a"_ns));
-    EXPECT_FALSE(list("a")->isEqual(nullptr));
 }
 
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
@@ -86,19 +65,17 @@ TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
         array->addObject(second);
         return Ref<NSObject>(array);
     };
-    NSArray *const one = NSArray::arrayWithObject(firstOf("a"_ns, "b"_ns).autorelease());
-    NSArray *const same = NSArray::arrayWithObject(firstOf("a"_ns, "c"_ns).autorelease());
-    EXPECT_TRUE(one->isEqual(same));
-    const auto chain = [&] {
+    const auto chain = [&](int depth, id unseen) {
         Ref<NSObject> object = "end"_ns;
-        for (int i = 0; i < 100'000; ++i)
-            object = firstOf(NSArray::arrayWithObject(object), "x"_ns);
+        for (int i = 0; i < depth; ++i)
+            object = firstOf(NSArray::arrayWithObject(object), unseen);
         return NSArray::arrayWithObject(object);
     };
+    EXPECT_TRUE(chain(3, "x"_ns)->isEqual(chain(3, "y"_ns)));
     BOOL isEqual = NO;
     ASSERT_TRUE(runOnSmallStack([&] {
         NSAutoreleasePool pool;
-        isEqual = chain()->isEqual(chain());
+        isEqual = chain(100'000, "x"_ns)->isEqual(chain(100'000, "x"_ns));
     }));
     EXPECT_TRUE(isEqual);
 }

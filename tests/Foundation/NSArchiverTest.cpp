@@ -110,7 +110,7 @@ TEST_F(NSArchiverTest, BytesAreThoseOfTheFormat) {
                              "\2\2\0"s);
 }
 
-TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
+TEST_F(NSArchiverTest, EveryCutArchiveIsAnError) {
     const id value = NSDictionary::dictionaryWith(
         {{"key"_ns, NSArray::arrayWith({NSNumber::numberWithDouble(0.1), NSDate::distantPast()})}});
     for (NSData *data : {NSArchiver::archivedDataWithRootObject(value),
@@ -122,27 +122,6 @@ TEST_F(NSArchiverTest, EveryCutAndEveryLongerArchiveIsAnError) {
                 nullptr)
                 << length;
         }
-        expectError(900002, std::to_string(data->length()) + " something stands behind its end", [&] {
-            EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(dataOf(std::string(bytesOf(data)) + '\0')),
-                      nullptr);
-        });
-    }
-}
-
-TEST_F(NSArchiverTest, ChangedBytesGiveAnObjectOrOneError) {
-    const auto seed = std::random_device{}();
-    std::mt19937 random(seed);
-    for (std::uint32_t i = 0; i < 3000; ++i) {
-        NSAutoreleasePool pool;
-        RandomValues values(seed + i);
-        std::string archive(bytesOf(NSArchiver::archivedDataWithRootObject(values.value(3))));
-        for (int changes = 1 + static_cast<int>(random() % 3); changes > 0; --changes)
-            archive[random() % archive.size()] = static_cast<char>(random());
-        const std::size_t before = recordingErrorHandler()->raised.size();
-        const id read = NSUnarchiver::unarchiveObjectWithData(dataOf(archive));
-        const std::size_t raised = recordingErrorHandler()->raised.size() - before;
-        ASSERT_LE(raised, read ? 0u : 1u) << "seed " << seed << ", " << i;
-        ERRORHANDLER->clearErrorStack();
     }
 }
 
@@ -153,39 +132,29 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         const char *values;
     } rows[] = {
         {nullptr, "0 it is no archive"},
-        {dataOf("QBAX\1"), "0 it is no archive"},
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
-        {dataOf("QBAR\1\xff\xff\xff\xff\x0f"), "10 it ends within a count"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
-        {dataOf("QBAR\1\0\xff\xff\xff\xff\xff\xff\xff\xff\xff\1"s), "16 it ends within a count"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
-        {archiveOf({"NSString"}, {"\0\6\1a"s}, one), "16 an object has no class"},
+        {dataOf(bytesOf(archiveOf({}, {}, "")) + "x"), "8 something stands behind its end"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\2\1"), "22 an index is too large"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\12"), "22 a value has an unknown type"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\3\0"s), "22 a value has another type than its class reads"},
-        {archiveOf({"NSString"}, {"\1\6\2a"}, one), "19 it has less bytes than a length says"},
-        {archiveOf({"NSString"}, {"\1"}, one), "18 an object has less values than its class reads"},
         {archiveOf({"NSString"}, {"\1\6\1a\0"s}, one),
          "21 an object of class 'NSString' has more values than it reads"},
-        {archiveOf({"NSString"}, {"\1\3\2"}, one), "18 a value has another type than its class reads"},
         {archiveOf({"NSDate"}, {"\1\5\0\0\0\0\0\0\xf8\x7f"s}, one),
          "16 an object of class 'NSDate' can't have its values"},
-        {archiveOf({"NSDate"}, {"\1\5\0\0\0\0\0\0\xf8"s}, one), "16 it ends within a value"},
         {archiveOf({"NSArray"}, {"\1\3\4\0"s}, one), "17 an object of class 'NSArray' can't have its values"},
         {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x1f\1"}, one),
          "24 an object has less values than its class reads"},
         {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x7f\1"}, one),
          "17 a value does not fit the type that its class reads"},
         {archiveOf({"NSArray"}, {"\1\3\2\2\0"s}, one), "19 a container holds itself"},
-        {archiveOf({"NSMutableArray", "NSSet"}, {"\1\3\2\2\1", "\2\3\2\2\0"s}, one),
-         "38 a container holds itself"},
         {archiveOf({"NSFileManager"}, {"\1"}, one),
          "24 the class 'NSFileManager' is not among those that are accepted"},
-        {archiveOf({"QBNil"}, {"\1"}, one), "16 the class 'QBNil' is not among those that are accepted"},
         {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
          "24 an object of class 'NSCalendarDate' can't have its values"},
         {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
@@ -200,7 +169,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
          "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
-        {archiveOf({"k"}, {}, "\11\0\0"s), "13 an object has less values than its class reads"},
     };
     for (const auto &row : rows) {
         ErrorExpectation error(900002);
@@ -215,11 +183,9 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
         NSAutoreleasePool pool;
         NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
-        for (const unsigned depth : {257u, 1'000'000u}) {
-            expectError(900005, "objects lie inside each other deeper than 256", [&] {
-                EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(depth)), nullptr);
-            });
-        }
+        expectError(900005, "objects lie inside each other deeper than 256", [&] {
+            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(257)), nullptr);
+        });
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
             objects += "\1"s + (i < 128 ? "\4\3\2\2" : "\5\3\2\2") +
@@ -270,16 +236,9 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
         EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data), nullptr);
     }
     EXPECT_EQ(TreeNode::made, before);
-    {
-        ErrorExpectation error(900002); // named, but the array that it stands in is not
-        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data, NSArray::arrayWithObject(TreeNode::cls())),
-                  nullptr);
-    }
     NSKeyedUnarchiver *reader = NSKeyedUnarchiver::initForReadingWithData(data).autorelease();
     reader->setAllowedClasses(nodeClasses());
-    EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()));
-    EXPECT_NE(reader->decodeRootObject(), nullptr);
-    EXPECT_THROW(reader->setAllowedClasses(nullptr), InvalidArgumentException);
+    EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()) && reader->decodeRootObject());
     EXPECT_THROW(reader->setAllowedClasses(NSArray::arrayWithObject("NSString"_ns)),
                  InvalidArgumentException);
     node->number = -1; // which its class refuses
@@ -292,94 +251,52 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
 TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     const Ref<NSMutableData> data = NSMutableData::initWithBytes("x", 1);
     const Ref<NSArchiver> writer = NSArchiver::initForWritingWithMutableData(data);
-    Ref<NSUnarchiver> reader;
-    const auto goesRound = [&](const char *type, auto value, const char *readType, auto expected) {
-        if (!reader) {
-            writer->encodeValueOfObjCType(type, &value);
-            return;
-        }
-        decltype(expected) read{};
-        reader->decodeValueOfObjCType(readType, &read);
-        EXPECT_EQ(read, expected) << type;
-    };
-    const SEL selector = "encodeObject:forKey:"_sel;
+    const signed char least = -128;
     const std::uint16_t row[] = {1, 65535, 3};
-    // Written first, then read in the same order.
-    const auto all = [&] {
-        goesRound("c", static_cast<signed char>(-128), "q", std::int64_t{-128}); // into a wider one
-        goesRound("Q", UINT64_MAX, "Q", UINT64_MAX);
-        goesRound("l", -5L, "l", -5L);
-        goesRound("f", 0.1f, "d", static_cast<double>(0.1f));
-        goesRound("*", static_cast<const char *>(nullptr), "*", static_cast<const char *>(nullptr));
-        goesRound(":", selector, ":", selector);
-        goesRound(":", SEL{}, ":", SEL{});
-        goesRound("#", NSArchiver::cls(), "#", NSArchiver::cls());
-    };
-    all();
-    const char *text = "text", *readText = nullptr;
-    const int number = -7;
-    const double fraction = 0.25;
-    writer->encodeValueOfObjCType("*", &text);
+    const std::uint64_t largest = UINT64_MAX;
+    const float tenth = 0.1f;
+    const char *text = "text", *noText = nullptr;
+    const SEL selector = "encodeObject:forKey:"_sel;
+    Class *const cls = NSArchiver::cls();
+    writer->encodeValuesOfObjCTypes("cQf**:#", &least, &largest, &tenth, &text, &noText, &selector, &cls);
     writer->encodeArrayOfObjCType("S", 3, row);
     writer->encodeBytes("a\0b", 3);
-    writer->encodeValuesOfObjCTypes("iSd", &number, &row[1], &fraction);
     writer->encodeDataObject(NSData::dataWithBytes("d", 1));
-    writer->encodePropertyList("p"_ns);
-    EXPECT_THROW(writer->encodeValuesOfObjCTypes("ii", &number), InvalidArgumentException);
+    EXPECT_THROW(writer->encodeValuesOfObjCTypes("ii", &tenth), InvalidArgumentException);
     writer->encodeObject(nullptr);
-    writer->encodeObject(QBNil::value());
+    writer->encodePropertyList(QBNil::value());
     EXPECT_EQ(writer->archiverData(), data.get());
     EXPECT_EQ(bytesOf(data).substr(0, 5), "xQBAR"); // behind what was there
     EXPECT_THROW(writer->encodeObject(nullptr), InvalidUseOfMethodException);
 
-    reader = NSUnarchiver::initForReadingWithData(dataOf(bytesOf(data).substr(1)));
-    all();
-    std::uint16_t readRow[3] = {}, readShort = 0;
-    std::uint32_t length = 0;
-    int readNumber = 0;
-    double readFraction = 0;
-    reader->decodeValueOfObjCType("*", &readText);
+    const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(dataOf(bytesOf(data).substr(1)));
+    std::int64_t readLeast = 0; // a wider one
+    std::uint64_t readLargest = 0;
+    double readTenth = 0;
+    const char *readText = nullptr, *readNoText = text;
+    SEL readSelector = nullptr;
+    Class *readClass = nullptr;
+    reader->decodeValuesOfObjCTypes("qQd**:#", &readLeast, &readLargest, &readTenth, &readText, &readNoText,
+                                    &readSelector, &readClass);
+    EXPECT_TRUE(readLeast == -128 && readLargest == UINT64_MAX && readTenth == static_cast<double>(0.1f));
     EXPECT_STREQ(readText, "text");
+    EXPECT_TRUE(!readNoText && readSelector == selector && readClass == cls);
+    std::uint16_t readRow[3] = {};
     reader->decodeArrayOfObjCType("S", 3, readRow);
     EXPECT_TRUE(std::equal(std::begin(row), std::end(row), readRow));
+    std::uint32_t length = 0;
     const void *readBytes = reader->decodeBytesWithReturnedLength(&length);
     EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
-    reader->decodeValuesOfObjCTypes("iSd", &readNumber, &readShort, &readFraction);
-    EXPECT_TRUE(readNumber == number && readShort == 65535 && readFraction == fraction);
     EXPECT_EQ(bytesOf(reader->decodeDataObject()), "d");
-    EXPECT_EQ(describe(reader->decodePropertyList()), "p");
     EXPECT_EQ(reader->decodeObject(), nullptr);
     EXPECT_FALSE(reader->isAtEnd());
-    EXPECT_EQ(reader->decodeObject(), QBNil::value());
+    EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
-    EXPECT_THROW(reader->decodeValueOfObjCType("z", &readNumber), InvalidArgumentException);
-    EXPECT_THROW(reader->decodeValueOfObjCType("ii", &readNumber), InvalidArgumentException);
-}
-
-TEST_F(NSArchiverTest, ValuesThatDoNotFitAreErrorsAndStayZero) {
-    const auto readAs = [](const char *written, const void *value, const char *type) {
-        const Ref<NSArchiver> writer = NSArchiver::init();
-        writer->encodeValueOfObjCType(written, value);
-        const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(writer->archiverData());
-        ErrorExpectation error(900002);
-        char target[8] = {1, 1, 1, 1, 1, 1, 1, 1};
-        reader->decodeValueOfObjCType(type, target);
-        EXPECT_EQ(target[0], 0) << written << type;
-    };
-    const std::int32_t wide = 128, negative = -1;
-    const std::uint64_t large = 1ULL << 63;
-    const double precise = 0.1;
-    readAs("i", &wide, "c");
-    readAs("i", &negative, "L");
-    readAs("Q", &large, "q");
-    readAs("d", &precise, "f");
-    readAs("d", &precise, "i");
-    readAs("i", &wide, "d");
+    EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
 }
 
 TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     const Ref<NSKeyedArchiver> writer = NSKeyedArchiver::init();
-    SEL selector = "length"_sel;
     writer->encodeInt(INT32_MIN, "int"_ns);
     writer->encodeInt64(INT64_MIN, "int64"_ns);
     writer->encodeDouble(0.1, "double"_ns);
@@ -388,18 +305,13 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     writer->encodeBytes("abc", 3, "bytes"_ns);
     writer->encodeObject("text"_ns, "object"_ns);
     writer->encodeObject(nullptr, "nil"_ns);
-    writer->encodeValueOfObjCType(":", &selector, "selector"_ns);
     EXPECT_REASON(writer->encodeInt(1, "int"_ns),
                   "NSKeyedArchiver encodeValueOfObjCType:at:forKey: must have a "
                   "key that the object has not used yet.");
-    EXPECT_THROW(writer->encodeObject(nullptr, nullptr), InvalidArgumentException);
 
     const Ref<NSKeyedUnarchiver> reader = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     EXPECT_EQ(describe(reader->decodeObjectForKey("object"_ns)), "text");
-    EXPECT_EQ(reader->decodeObjectForKey("object"_ns), reader->decodeObjectForKey("object"_ns));
     EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
-    EXPECT_FALSE(reader->containsValueForKey("other"_ns));
-    EXPECT_EQ(reader->decodeObjectForKey("other"_ns), nullptr);
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
     std::uint32_t length = 0;
     EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "abc", 3), 0);
@@ -407,15 +319,12 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_EQ(reader->decodeBoolForKey("bool"_ns), YES);
     EXPECT_EQ(reader->decodeFloatForKey("float"_ns), 0.5f);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
-    EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
-    SEL read = nullptr;
-    reader->decodeValueOfObjCType(":", &read, "selector"_ns);
-    EXPECT_EQ(read, selector);
-    {
-        ErrorExpectation error(900002);
-        EXPECT_EQ(reader->decodeIntForKey("int64"_ns), 0);
-    }
+    EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    ErrorExpectation error(900002);
+    float single = 1;
+    reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits
+    EXPECT_EQ(single, 0);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0); // nothing is read after an error
     EXPECT_THROW(NSArchiver::init()->encodeInt(1, "key"_ns), InvalidUseOfMethodException);
 }
@@ -424,25 +333,17 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
-    EXPECT_THROW(NSArchiver::archivedDataWithRootObject(NSValue::valueWithPointer(nullptr)),
-                 InvalidUseOfMethodException);
     expectError(900005, "an object could not write itself",
                 [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
 }
 
-TEST_F(NSArchiverTest, FilesAndSelectorsServeTheClassAsked) {
+TEST_F(NSArchiverTest, FilesKeepTheirOldArchiveWhenANewOneCannotBeMade) {
     TemporaryDirectory directory;
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
-    expectError(100039, directory / "none",
-                [&] { EXPECT_EQ(NSUnarchiver::unarchiveObjectWithFile(directory.string("none")), nullptr); });
     expectError(900005, "objects lie inside each other deeper than 256", [&] {
         EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
     });
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
-    const id data = send(NSKeyedArchiver::cls(), "archivedDataWithRootObject:"_sel, value);
-    EXPECT_TRUE(send(NSKeyedUnarchiver::cls(), "unarchiveObjectWithData:"_sel, data)->isEqual(value));
-    EXPECT_TRUE(value->respondsToSelector("encodeWithCoder:"_sel));
-    EXPECT_FALSE(QBNil::value()->respondsToSelector("encodeWithCoder:"_sel));
 }

@@ -1,6 +1,8 @@
+#include "Text/RandomText.h"
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -8,15 +10,14 @@ using NSDataTest = PoolFixture;
 
 TEST_F(NSDataTest, TakesMemoryOver) {
     void *const memory = ::strdup("text");
-    NSData *const data = NSData::dataWithBytesNoCopy(memory, 4);
-    EXPECT_EQ(data->bytes(), memory);
-    EXPECT_TRUE(data->isEqualToData(dataOf("text")));
+    EXPECT_EQ(NSData::dataWithBytesNoCopy(memory, 4)->bytes(), memory);
     NSMutableData *const mutableData = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
     mutableData->appendBytes("s", 1);
     EXPECT_TRUE(mutableData->isEqualToData(dataOf("texts")));
     EXPECT_EQ(send<NSData *>(NSData::cls(), "dataWithBytesNoCopy:length:"_sel, ::malloc(1), 0u)->bytes(),
               nullptr);
-    EXPECT_THROW(NSData::initWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
+    char kept[1]; // what is refused stays the caller's
+    EXPECT_THROW(NSData::dataWithBytesNoCopy(kept, UINT32_MAX), InvalidArgumentException);
 }
 
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
@@ -26,30 +27,34 @@ TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     EXPECT_STREQ(buffer, "abc----");
     data->getBytes(buffer, NSMakeRange(4, 2));
     EXPECT_STREQ(buffer, "efc----");
-    data->getBytes(buffer, 100);
-    EXPECT_STREQ(buffer, "abcdef-");
     EXPECT_EQ(bytesOf(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
-    EXPECT_EQ(data->subdataWithRange(NSMakeRange(6, 0))->length(), 0u);
     EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
                   "NSMutableData getBytes:range: must have a range inside the 6 bytes.");
-    EXPECT_THROW(data->subdataWithRange(NSMakeRange(1, UINT32_MAX)), NSRangeException);
-    EXPECT_THROW(data->getBytes(nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSDataTest, EqualityHashAndDescriptionGoByBytes) {
-    NSData *const data = NSData::dataWithBytes("\x0F\xBD\x77\x71\xC2\x73\x5A\xE0", 8);
-    EXPECT_EQ(data->description()->view(), "<0fbd7771 c2735ae0>");
-    EXPECT_EQ(NSData::data()->description()->view(), "<>");
+    Random random;
+    for (std::size_t length = 0; length < 70; ++length) {
+        const std::string bytes = randomBytes(random, length);
+        std::string digits;
+        for (std::size_t i = 0; i < length; ++i) {
+            char pair[4];
+            std::snprintf(pair, sizeof pair, i % 4 == 0 && i > 0 ? " %02x" : "%02x", bytes[i] & 0xFF);
+            digits += pair;
+        }
+        NSData *const data = dataOf(bytes);
+        ASSERT_EQ(data->description()->view(), "<" + digits + ">");
+        ASSERT_TRUE(data->isEqual(data->description()->propertyList()));
+    }
+    NSData *const data = dataOf("abc");
     const Ref<NSMutableData> same = data->mutableCopy();
     EXPECT_TRUE(data->isEqual(same));
     EXPECT_EQ(data->hash(), same->hash());
     same->appendBytes("", 1);
     EXPECT_FALSE(data->isEqual(same));
-    EXPECT_FALSE(data->isEqual("x"_ns));
-    EXPECT_TRUE(data->isEqualToData(same->subdataWithRange(NSMakeRange(0, 8))));
     const Ref<NSData> copy = same->copy();
     same->setLength(0);
-    EXPECT_EQ(copy->length(), 9u);
+    EXPECT_EQ(copy->length(), 4u);
 }
 
 TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
@@ -61,18 +66,13 @@ TEST_F(NSDataTest, LengthsGrowByZeroBytes) {
     data->setLength(4);
     EXPECT_EQ(bytesOf(data), std::string("ab\0d", 4));
     EXPECT_EQ(bytesOf(NSMutableData::dataWithLength(3)), std::string(3, '\0'));
-    EXPECT_EQ(NSMutableData::dataWithCapacity(100)->length(), 0u);
-    EXPECT_THROW(data->setLength(UINT32_MAX), InvalidArgumentException);
     EXPECT_THROW(data->increaseLengthBy(UINT32_MAX), InvalidArgumentException);
-    EXPECT_EQ(data->length(), 4u);
 }
 
 TEST_F(NSDataTest, BytesAreReplaced) {
     NSMutableData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
-    data->replaceBytesInRange(NSMakeRange(1, 2), "XY");
-    EXPECT_EQ(bytesOf(data), "aXYdef");
     data->replaceBytesInRange(NSMakeRange(5, 3), "123");
-    EXPECT_EQ(bytesOf(data), "aXYde123");
+    EXPECT_EQ(bytesOf(data), "abcde123");
     data->replaceBytesInRange(NSMakeRange(1, 4), "-", 1);
     EXPECT_EQ(bytesOf(data), "a-123");
     data->replaceBytesInRange(NSMakeRange(2, 0), data->bytes(), data->length());
@@ -80,54 +80,24 @@ TEST_F(NSDataTest, BytesAreReplaced) {
     data->resetBytesInRange(NSMakeRange(8, 4));
     EXPECT_EQ(bytesOf(data), std::string("a-a-1231\0\0\0\0", 12));
     data->appendData(data);
-    EXPECT_EQ(data->length(), 24u);
+    EXPECT_EQ(bytesOf(data), std::string("a-a-1231\0\0\0\0a-a-1231\0\0\0\0", 24));
     data->setData(dataOf("x"));
     EXPECT_EQ(bytesOf(data), "x");
     EXPECT_REASON(
         data->replaceBytesInRange(NSMakeRange(2, 1), "y"),
         "NSMutableData replaceBytesInRange:withBytes:length: must have a range inside the 1 bytes.");
-    EXPECT_THROW(data->replaceBytesInRange(NSMakeRange(0, 2), "y", 1), NSRangeException);
-    EXPECT_THROW(data->replaceBytesInRange(NSMakeRange(0, 1), nullptr, 1), InvalidArgumentException);
-    EXPECT_THROW(data->appendBytes(nullptr, 1), InvalidArgumentException);
-    EXPECT_THROW(data->resetBytesInRange(NSMakeRange(2, 1)), NSRangeException);
-    EXPECT_EQ(bytesOf(data), "x");
-}
-
-TEST_F(NSDataTest, SelectorsMakeDataOfTheClassAsked) {
-    id made = send<id>(NSMutableData::cls(), "dataWithData:"_sel, dataOf("ab"));
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableData::cls()));
-    send<void>(made, "increaseLengthBy:"_sel, 1u);
-    EXPECT_EQ(send<std::uint32_t>(made, "length"_sel), 3u);
-    EXPECT_EQ(bytesOf(send<NSData *>(made, "subdataWithRange:"_sel, NSMakeRange(1, 1))), "b");
 }
 
 TEST_F(NSDataTest, BytesAreFoundInBothDirections) {
     const NSRange nowhere = {NSNotFound, 0};
     NSData *const data = dataOf("abcabc");
     const auto find = [&](const char *wanted, std::uint32_t options, NSRange range) {
-        return data->rangeOfData(wanted ? dataOf(wanted) : nullptr, options, range);
+        return data->rangeOfData(dataOf(wanted), options, range);
     };
-    EXPECT_EQ(find("bc", 0, {0, 6}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", 0, {2, 4}), NSMakeRange(4, 2));
-    EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
     EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 5}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", NSAnchoredSearch, {0, 6}), nowhere);
     EXPECT_EQ(find("bc", NSAnchoredSearch, {1, 5}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", NSAnchoredSearch | NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
-    EXPECT_EQ(find("abcabca", 0, {0, 6}), nowhere);
     EXPECT_EQ(find("", 0, {0, 6}), nowhere);
-    EXPECT_EQ(find(nullptr, 0, {0, 6}), nowhere);
-    EXPECT_THROW(find("a", 0, {3, 4}), NSRangeException);
-}
-
-TEST_F(NSDataTest, BytesAreTakenOver) {
-    auto *const memory = static_cast<char *>(std::malloc(3));
-    std::memcpy(memory, "abc", 3);
-    const Ref<NSData> data = NSData::initWithBytesNoCopy(memory, 3);
-    EXPECT_EQ(data->bytes(), memory);
-    EXPECT_EQ(bytesOf(data), "abc");
-    EXPECT_EQ(NSData::dataWithBytesNoCopy(nullptr, 0)->length(), 0u);
-    EXPECT_THROW(NSData::dataWithBytesNoCopy(nullptr, 1), InvalidArgumentException);
-    char kept[1]; // what is refused stays the caller's
-    EXPECT_THROW(NSData::dataWithBytesNoCopy(kept, UINT32_MAX), InvalidArgumentException);
 }

@@ -12,44 +12,22 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
     const double now = static_cast<double>(qb::sys::wallMilliseconds()) / 1000 - NSTimeIntervalSince1970;
-    EXPECT_NEAR(NSDate::date()->timeIntervalSinceReferenceDate(), now, 2);
     EXPECT_NEAR(NSDate::timeIntervalSinceReferenceDateOfClass(), now, 2);
-    EXPECT_NEAR(NSDate::dateWithTimeIntervalSinceNow(-100)->timeIntervalSinceReferenceDate(), now - 100, 2);
     EXPECT_NEAR(NSDate::dateWithTimeIntervalSinceNow(100)->timeIntervalSinceNow(), 100, 2);
-    EXPECT_EQ(NSDate::dateWithTimeIntervalSince1970(0)->timeIntervalSinceReferenceDate(), -978307200);
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(0.5)->timeIntervalSince1970(), 978307200.5);
     NSDate *one = NSDate::dateWithTimeIntervalSinceReferenceDate(1);
     EXPECT_EQ(NSDate::initWithTimeInterval(2, one)->timeIntervalSinceReferenceDate(), 3);
-    EXPECT_EQ(one->addTimeInterval(-1.5)->timeIntervalSinceReferenceDate(), -0.5);
     EXPECT_EQ(one->timeIntervalSinceDate(one->addTimeInterval(4)), -4);
-    EXPECT_THROW(one->timeIntervalSinceDate(nullptr), InvalidArgumentException);
     EXPECT_REASON(NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan("")),
                   "NSDate initWithTimeIntervalSinceReferenceDate: must have an interval that is a number.");
 }
 
 TEST_F(NSDateTest, DescriptionsAreInGmtAndReadBack) {
-    const struct {
-        double interval;
-        const char *text;
-    } rows[] = {
-        {0, "2001-01-01 00:00:00 +0000"},
-        {-0.001, "2000-12-31 23:59:59 +0000"},
-        {-978307200, "1970-01-01 00:00:00 +0000"},
-        {1e9 + 0.9, "2032-09-09 01:46:40 +0000"},
-    };
-    for (const auto &row : rows) {
-        NSDate *date = NSDate::dateWithTimeIntervalSinceReferenceDate(row.interval);
-        EXPECT_EQ(date->description()->view(), row.text);
-        NSDate *read = NSDate::dateWithString(date->description());
-        ASSERT_NE(read, nullptr) << row.text;
-        EXPECT_EQ(read->timeIntervalSinceReferenceDate(), std::floor(row.interval));
-    }
+    NSDate *const date = NSDate::dateWithTimeIntervalSinceReferenceDate(-0.001);
+    EXPECT_EQ(date->description()->view(), "2000-12-31 23:59:59 +0000");
+    EXPECT_EQ(NSDate::dateWithString(date->description())->timeIntervalSinceReferenceDate(), -1);
     EXPECT_EQ(NSDate::distantPast()->description()->view(), "1-01-01 00:00:00 +0000");
     EXPECT_EQ(NSDate::distantFuture()->description()->view(), "4001-01-01 00:00:00 +0000");
-    EXPECT_EQ(NSDate::dateWithString("yesterday"_ns), nullptr);
-    EXPECT_EQ(NSDate::dateWithString(nullptr), nullptr);
-    EXPECT_EQ(NSDate::dateWithString("2001-01-01 01:00:00 +0130"_ns)->timeIntervalSinceReferenceDate(),
-              -1800);
     // Beyond every calendar, but text all the same.
     EXPECT_GT(NSDate::dateWithTimeIntervalSinceReferenceDate(kInfinity)->description()->length(), 20u);
 }
@@ -59,11 +37,8 @@ TEST_F(NSDateTest, FormatAndZoneAreAsked) {
     NSTimeZone *zone = NSTimeZone::timeZoneForSecondsFromGMT(3600);
     EXPECT_EQ(date->descriptionWithCalendarFormat("%d.%m.%Y %H:%M:%S,%F"_ns, zone, nullptr)->view(),
               "01.01.2001 01:00:00,123");
-    EXPECT_EQ(date->descriptionWithCalendarFormat(nullptr, zone, nullptr)->view(),
-              "2001-01-01 01:00:00 +0100");
     NSCalendarDate *shown = date->dateWithCalendarFormat("%H %z"_ns, zone);
     EXPECT_EQ(shown->description()->view(), "01 +0100");
-    EXPECT_TRUE(shown->isEqual(date));
 }
 
 TEST_F(NSDateTest, OrderAndEqualityGoByTheInstant) {
@@ -71,19 +46,14 @@ TEST_F(NSDateTest, OrderAndEqualityGoByTheInstant) {
     NSDate *late = NSDate::dateWithTimeIntervalSinceReferenceDate(1.5);
     NSDate *shown = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(1.5);
     EXPECT_EQ(early->compare(late), NSOrderedAscending);
-    EXPECT_EQ(late->compare(early), NSOrderedDescending);
     EXPECT_EQ(late->compare(shown), NSOrderedSame);
     EXPECT_TRUE(late->isEqual(shown) && shown->isEqual(late) && late->hash() == shown->hash());
-    EXPECT_FALSE(late->isEqual(early) || late->isEqual("a"_ns) || late->isEqual(nullptr));
+    EXPECT_FALSE(late->isEqual(early));
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(-0.0)->hash(),
               NSDate::dateWithTimeIntervalSinceReferenceDate(0)->hash());
     EXPECT_EQ(early->earlierDate(late), early);
     EXPECT_EQ(early->laterDate(late), late);
-    EXPECT_EQ(late->laterDate(shown), late);
-    EXPECT_EQ(late->laterDate(nullptr), late);
-    EXPECT_TRUE(*early < *late && *late == *shown);
     EXPECT_THROW(early->compare("a"_ns), InvalidArgumentException);
-    EXPECT_EQ(early->copy().get(), early);
 }
 
 TEST_F(NSDateTest, TimePointsOfTheClockGoBothWaysAndStopAtItsEnds) {
@@ -96,11 +66,4 @@ TEST_F(NSDateTest, TimePointsOfTheClockGoBothWaysAndStopAtItsEnds) {
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(kInfinity)->timePoint(),
               NSDate::TimePoint::max());
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(-1e30)->timePoint(), NSDate::TimePoint::min());
-}
-
-TEST_F(NSDateTest, ClassOperationsMakeObjectsOfTheClassAsked) {
-    id made = send<id>(NSCalendarDate::cls(), "dateWithTimeIntervalSince1970:"_sel, 0.0);
-    EXPECT_TRUE(made->isMemberOfClass(NSCalendarDate::cls()));
-    EXPECT_TRUE(send<id>(NSCalendarDate::cls(), "distantPast"_sel)->isKindOfClass(NSCalendarDate::cls()));
-    EXPECT_TRUE(send<id>(NSDate::cls(), "date"_sel)->isMemberOfClass(NSDate::cls()));
 }

@@ -31,12 +31,8 @@ TEST_F(NSDictionaryTest, KeepsTheOrderOfFirstInsertionAndCopiesKeys) {
     EXPECT_EQ(describe(dictionary), "{b = 3; a = 2; }");
     dictionary->removeObjectForKey("b"_ns);
     dictionary->setObjectForKey(number(4), "b"_ns);
-    EXPECT_EQ(describe(dictionary->allKeys()), "(a, b)");
-    EXPECT_EQ(describe(dictionary->allValues()), "(2, 4)");
     EXPECT_EQ(describe(dictionary->keyEnumerator()->allObjects()), "(a, b)");
     EXPECT_EQ(describe(dictionary->objectEnumerator()->allObjects()), "(2, 4)");
-    EXPECT_EQ(dictionary->objectForKey(nullptr), nullptr);
-    EXPECT_EQ(dictionary->objectForKey("c"_ns), nullptr);
 }
 
 TEST_F(NSDictionaryTest, EqualityIgnoresTheOrder) {
@@ -46,25 +42,18 @@ TEST_F(NSDictionaryTest, EqualityIgnoresTheOrder) {
     EXPECT_TRUE(one->isEqual(same));
     EXPECT_EQ(one->hash(), same->hash());
     EXPECT_FALSE(one->isEqual(NSDictionary::dictionaryWith({{"a"_ns, number(1)}, {"b"_ns, number(3)}})));
-    EXPECT_FALSE(one->isEqual(NSDictionary::dictionaryWith({{"a"_ns, number(1)}, {"c"_ns, number(2)}})));
-    EXPECT_FALSE(one->isEqual(NSDictionary::dictionaryWith({{"a"_ns, number(1)}})));
-    EXPECT_FALSE(one->isEqual(one->allKeys()));
 }
 
 TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     NSArray *const keys = NSArray::arrayWithObjects("a"_ns, "b"_ns);
     NSArray *const values = NSArray::arrayWithObjects(number(1), number(2));
-    EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(values, keys)), "{a = 1; b = 2; }");
-    EXPECT_EQ(
-        describe(NSDictionary::dictionaryWithObjectsForKeys(values->view().data(), keys->view().data(), 2)),
-        "{a = 1; b = 2; }");
+    id objects[2] = {}, words[2] = {};
+    NSDictionary::dictionaryWithObjectsForKeys(values, keys)->getObjects(objects, words);
+    EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(objects, words, 2)), "{a = 1; b = 2; }");
     EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsAndKeys(number(1), "a"_ns, number(2), "b"_ns)),
               "{a = 1; b = 2; }");
     EXPECT_REASON(NSDictionary::dictionaryWithObjectsForKeys(values, NSArray::arrayWithObject("a"_ns)),
                   "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
-    EXPECT_REASON(NSDictionary::dictionaryWithObjectsAndKeys(number(1), "a"_ns, number(2)),
-                  "NSDictionary initWithObjectsAndKeys: must have a key behind each object.");
-    EXPECT_THROW(NSDictionary::dictionaryWithObjectForKey(nullptr, "a"_ns), InvalidArgumentException);
     EXPECT_THROW(NSDictionary::dictionaryWithObjectForKey("a"_ns, nullptr), InvalidArgumentException);
     NSDictionary *const lists = NSDictionary::dictionaryWithObjectForKey(NSMutableArray::array(), "list"_ns);
     const Ref<NSDictionary> copies = NSDictionary::initWithDictionary(lists, /*copyItems=*/YES);
@@ -76,11 +65,9 @@ TEST_F(NSDictionaryTest, KeysAreFoundByTheirValues) {
     NSDictionary *const dictionary = NSDictionary::dictionaryWith(
         {{"a"_ns, number(3)}, {"b"_ns, number(1)}, {"c"_ns, number(3)}, {"d"_ns, number(2)}});
     EXPECT_EQ(describe(dictionary->allKeysForObject(NSNumber::numberWithDouble(3))), "(a, c)");
-    EXPECT_EQ(describe(dictionary->allKeysForObject(nullptr)), "()");
     EXPECT_EQ(describe(dictionary->keysSortedByValueUsingSelector("compare:"_sel)), "(b, d, a, c)");
     NSArray *const keys = NSArray::arrayWithObjects("d"_ns, "x"_ns);
     EXPECT_EQ(describe(dictionary->objectsForKeys(keys, "none"_ns)), "(2, none)");
-    EXPECT_THROW(dictionary->objectsForKeys(keys, nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
@@ -89,17 +76,10 @@ TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
     NSDictionary *const copy = dictionary->copy().autorelease();
     dictionary->addEntriesFromDictionary(
         NSDictionary::dictionaryWith({{"b"_ns, number(2)}, {"a"_ns, number(9)}}));
-    dictionary->addEntriesFromDictionary(dictionary);
-    dictionary->addEntriesFromDictionary(nullptr);
-    EXPECT_EQ(describe(dictionary), "{a = 9; b = 2; }");
     dictionary->removeObjectsForKeys(NSArray::arrayWithObjects("a"_ns, "x"_ns));
     EXPECT_EQ(describe(dictionary), "{b = 2; }");
     dictionary->setDictionary(copy);
     EXPECT_EQ(describe(dictionary), "{a = 1; }");
-    dictionary->setDictionary(dictionary);
-    EXPECT_EQ(describe(dictionary), "{a = 1; }");
-    dictionary->setDictionary(nullptr);
-    EXPECT_FALSE(dictionary->containsData());
 }
 
 TEST_F(NSDictionaryTest, ChangesOfKeysDuringEnumerationThrow) {
@@ -110,12 +90,8 @@ TEST_F(NSDictionaryTest, ChangesOfKeysDuringEnumerationThrow) {
     dictionary->setObjectForKey(number(9), "b"_ns); // the keys stay
     EXPECT_EQ(describe(enumerator->nextObject()), "b");
     dictionary->removeObjectForKey("a"_ns);
-    EXPECT_THROW(enumerator->nextObject(), InvalidUseOfMethodException);
-    const auto emptied = [&] {
-        for ([[maybe_unused]] const auto &entry : *dictionary)
-            dictionary->removeAllObjects();
-    };
-    EXPECT_THROW(emptied(), InvalidUseOfMethodException);
+    EXPECT_REASON(enumerator->nextObject(),
+                  "NSDictionary nextObject must have a dictionary that was not changed meanwhile.");
 }
 
 TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
@@ -129,32 +105,11 @@ TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
         }
     };
     fill();
+    dictionary->setObjectForKey("x"_ns, "3"_ns); // the old one removes 4, which removes 5 …
+    EXPECT_EQ(dictionary->count(), 4u);
+    fill();
+    dictionary->removeAllObjects();
+    fill();
     dictionary->removeObjectForKey("0"_ns); // which removes 1, which removes 2 …
     EXPECT_EQ(dictionary->count(), 0u);
-    fill();
-    dictionary->setObjectForKey("x"_ns, "3"_ns);
-    EXPECT_EQ(describe(dictionary), "{0 = " + describe(dictionary->objectForKey("0"_ns)) +
-                                        "; 1 = " + describe(dictionary->objectForKey("1"_ns)) +
-                                        "; 2 = " + describe(dictionary->objectForKey("2"_ns)) + "; 3 = x; }");
-    dictionary->removeAllObjects();
-    EXPECT_EQ(dictionary->count(), 0u);
-}
-
-TEST_F(NSDictionaryTest, SelectorsMakeDictionariesOfTheClassAsked) {
-    id made = send<id>(NSMutableDictionary::cls(), "dictionaryWithObjectsAndKeys:"_sel, number(1), "a"_ns);
-    ASSERT_TRUE(made->isMemberOfClass(NSMutableDictionary::cls()));
-    send<void>(made, "setObject:forKey:"_sel, number(2), "b"_ns);
-    EXPECT_EQ(describe(made), "{a = 1; b = 2; }");
-    Ref<NSDictionary> owned =
-        send<Ref<NSDictionary>>(NSDictionary::cls(), "initWithObjects:forKeys:"_sel,
-                                NSArray::arrayWithObject(number(1)), NSArray::arrayWithObject("a"_ns));
-    EXPECT_EQ(owned->retainCount(), 1u);
-}
-
-TEST_F(NSDictionaryTest, ObjectsAndKeysAreCopiedToBuffers) {
-    NSDictionary *const dictionary = NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}});
-    id objects[2] = {}, keys[2] = {};
-    dictionary->getObjects(objects, keys);
-    EXPECT_EQ(describe(keys[0]) + describe(objects[0]) + describe(keys[1]) + describe(objects[1]), "a1b2");
-    dictionary->getObjects(nullptr, keys);
 }

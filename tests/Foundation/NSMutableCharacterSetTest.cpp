@@ -2,58 +2,39 @@
 
 using NSMutableCharacterSetTest = PoolFixture;
 
-namespace {
-
-// Which of these the set holds; "?" is a byte that is no valid UTF-8.
-std::string membersOf(NSCharacterSet *set) {
-    std::string members;
-    for (const char character : std::string_view("abcdefé-1"))
-        if (set->longCharacterIsMember(static_cast<unsigned char>(character)) && character > 0)
-            members += character;
-    const char malformed = '\xFF';
-    std::size_t used = 0;
-    return set->holdsCharacterAt(&malformed, &malformed + 1, used) ? members + "?" : members;
-}
-
-} // namespace
-
 TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     const Ref<NSMutableCharacterSet> set = NSMutableCharacterSet::init();
+    const auto holds = [&set](NSString *characters) {
+        return set->isEqual(NSCharacterSet::characterSetWithCharactersInString(characters));
+    };
     set->addCharactersInString("bd"_ns);
     set->addCharactersInRange({'c', 3});
-    EXPECT_EQ(membersOf(set), "bcde");
+    EXPECT_TRUE(holds("bcde"_ns));
     set->removeCharactersInRange({'a', 2});
     set->removeCharactersInString("d"_ns);
-    EXPECT_EQ(membersOf(set), "ce");
+    EXPECT_TRUE(holds("ce"_ns));
     const Ref<NSObject> copy = set->copy();
     EXPECT_TRUE(copy->isMemberOfClass(NSCharacterSet::cls()));
     set->invert();
-    EXPECT_EQ(membersOf(set), "abdf-1?");
+    const char malformed = '\xFF';
+    std::size_t used = 0;
+    EXPECT_TRUE(set->holdsCharacterAt(&malformed, &malformed + 1, used)); // malformed bytes too
     set->formIntersectionWithCharacterSet(NSCharacterSet::letterCharacterSet());
-    EXPECT_EQ(membersOf(set), "abdf");
-    EXPECT_TRUE(set->longCharacterIsMember(0x416));
+    EXPECT_TRUE(set->characterIsMember('a') && !set->longCharacterIsMember('1'));
     set->formUnionWithCharacterSet(NSCharacterSet::letterCharacterSet()->invertedSet());
-    EXPECT_EQ(membersOf(set), "abdf-1?");
     EXPECT_TRUE(copy->isEqual(set->invertedSet()));
-    EXPECT_EQ(copy->hash(), set->invertedSet()->hash());
     set->formUnionWithCharacterSet(nullptr);
     set->formIntersectionWithCharacterSet(nullptr);
-    EXPECT_EQ(membersOf(set), "");
+    EXPECT_TRUE(holds(""_ns));
     EXPECT_THROW(set->addCharactersInRange({0x10FFFF, 2}), InvalidArgumentException);
-    EXPECT_THROW(set->addCharactersInString(nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSMutableCharacterSetTest, SetsAreSupersetsOfTheirParts) {
     NSCharacterSet *const letters = NSCharacterSet::letterCharacterSet();
-    EXPECT_TRUE(NSCharacterSet::alphanumericCharacterSet()->isSupersetOfSet(letters));
-    EXPECT_FALSE(letters->isSupersetOfSet(NSCharacterSet::alphanumericCharacterSet()));
     EXPECT_TRUE(letters->isSupersetOfSet(letters) && letters->isSupersetOfSet(nullptr));
-    EXPECT_FALSE(
-        NSCharacterSet::characterSetWithRange({0, 0x110000})->isSupersetOfSet(letters->invertedSet()));
     const Ref<NSMutableCharacterSet> more = letters->mutableCopy();
     more->addCharactersInString("1"_ns);
-    EXPECT_TRUE(more->isSupersetOfSet(letters));
-    EXPECT_FALSE(letters->longCharacterIsMember('1'));
+    EXPECT_TRUE(more->isSupersetOfSet(letters) && !letters->isSupersetOfSet(more));
 }
 
 TEST_F(NSMutableCharacterSetTest, BitmapsHoldAPlaneEach) {
@@ -70,14 +51,8 @@ TEST_F(NSMutableCharacterSetTest, BitmapsHoldAPlaneEach) {
     EXPECT_TRUE(NSCharacterSet::characterSetWithBitmapRepresentation(bitmap)->isEqual(set));
     EXPECT_TRUE(set->hasMemberInPlane(1) && !set->hasMemberInPlane(2) && !set->hasMemberInPlane(200));
     EXPECT_EQ(NSMutableCharacterSet::init()->bitmapRepresentation()->length(), 8192u);
-    NSCharacterSet *const empty = NSCharacterSet::characterSetWithBitmapRepresentation(nullptr);
-    const Ref<NSMutableCharacterSet> none = NSMutableCharacterSet::init();
-    EXPECT_TRUE(empty->isEqual(none));
-    for (const std::uint32_t length : {1u, 8191u, 8193u, 16384u})
-        EXPECT_THROW(
-            NSCharacterSet::characterSetWithBitmapRepresentation(bitmap->subdataWithRange({0, length})),
-            InvalidArgumentException)
-            << length;
+    EXPECT_THROW(NSCharacterSet::characterSetWithBitmapRepresentation(bitmap->subdataWithRange({0, 8193})),
+                 InvalidArgumentException);
     NSMutableData *const wrong = NSMutableData::dataWithData(bitmap);
     static_cast<unsigned char *>(wrong->mutableBytes())[8192] = 17;
     EXPECT_THROW(NSCharacterSet::characterSetWithBitmapRepresentation(wrong), InvalidArgumentException);

@@ -11,38 +11,27 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 } // namespace
 
 TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
-    struct Row {
+    const struct {
         NSNumber *number;
-        const char *text;
-        const char *type;
-    };
-    const Row rows[] = {
+        const char *text, *type;
+    } rows[] = {
         {NSNumber::numberWithBool(7), "1", "c"},
         {NSNumber::numberWithChar('a'), "97", "i"},
         {NSNumber::numberWithUnsignedChar(200), "200", "i"},
-        {NSNumber::numberWithShort(-30000), "-30000", "i"},
         {NSNumber::numberWithUnsignedShort(65535), "65535", "i"},
-        {NSNumber::numberWithInt(0), "0", "i"},
-        {NSNumber::numberWithInt(INT32_MIN), "-2147483648", "i"},
+        {NSNumber::numberWithShort(-30000), "-30000", "i"},
         {NSNumber::numberWithUnsignedInt(UINT32_MAX), "4294967295", "I"},
         {NSNumber::numberWithLong(INT64_MIN), "-9223372036854775808", "q"},
         {NSNumber::numberWithUnsignedLong(UINT64_MAX), "18446744073709551615", "Q"},
-        {NSNumber::numberWithLongLong(5), "5", "q"},
         {NSNumber::numberWithFloat(0.1f), "0.1", "f"},
-        {NSNumber::numberWithFloat(16777216.0f), "16777216", "f"},
-        {NSNumber::numberWithFloat(-1e-30f), "-1e-30", "f"},
-        {NSNumber::numberWithDouble(0.1), "0.1", "d"},
         {NSNumber::numberWithDouble(static_cast<double>(0.1f)), "0.10000000149011612", "d"},
-        {NSNumber::numberWithDouble(5), "5", "d"},
         {NSNumber::numberWithDouble(-kInfinity), "-inf", "d"},
-        {NSNumber::numberWithDouble(kNan), "nan", "d"},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         EXPECT_EQ(row.number->stringValue()->view(), row.text);
         EXPECT_STREQ(row.number->objCType(), row.type) << row.text;
         EXPECT_EQ(send<NSString *>(row.number, "descriptionWithLocale:"_sel, nullptr)->view(), row.text);
         EXPECT_EQ(send<NSNumber *>(row.number, "asNumber"_sel), row.number);
-        EXPECT_TRUE(send<BOOL>(row.number, "containsData"_sel));
     }
 }
 
@@ -54,17 +43,14 @@ TEST_F(NSNumberTest, ConversionsCutAsTheyAreStated) {
     EXPECT_EQ(wide->unsignedShortValue(), 0xFF85);
     EXPECT_EQ(wide->intValue(), static_cast<std::int32_t>(0x8000FF85));
     EXPECT_EQ(wide->unsignedIntValue(), 0x8000FF85U);
-    EXPECT_EQ(wide->longValue(), 0x1'8000'FF85);
-    EXPECT_EQ(wide->doubleValue(), 6442516357.0);
     NSNumber *const real = NSNumber::numberWithDouble(-2.9);
     EXPECT_EQ(real->intValue(), -2);
     EXPECT_EQ(real->unsignedLongLongValue(), static_cast<std::uint64_t>(-2));
-    EXPECT_EQ(NSNumber::numberWithDouble(1e30)->longLongValue(), INT64_MAX);
     EXPECT_EQ(NSNumber::numberWithDouble(1e30)->unsignedLongLongValue(), UINT64_MAX);
     EXPECT_EQ(NSNumber::numberWithDouble(kNan)->intValue(), 0);
     EXPECT_TRUE(NSNumber::numberWithDouble(0.5)->boolValue());
-    EXPECT_FALSE(NSNumber::numberWithFloat(0)->boolValue());
     EXPECT_EQ(NSNumber::numberWithUnsignedLongLong(UINT64_MAX)->doubleValue(), 0x1p64);
+    EXPECT_EQ(NSNumber::numberWithInt(5), NSNumber::numberWithUnsignedInt(5)); // small ones are shared
 }
 
 TEST_F(NSNumberTest, OrderAndEqualityGoByValueWhateverTheType) {
@@ -73,11 +59,9 @@ TEST_F(NSNumberTest, OrderAndEqualityGoByValueWhateverTheType) {
         {NSNumber::numberWithDouble(kNan), NSNumber::numberWithFloat(NAN)},
         {NSNumber::numberWithDouble(-kInfinity)},
         {NSNumber::numberWithLongLong(INT64_MIN), NSNumber::numberWithDouble(-0x1p63)},
-        {NSNumber::numberWithInt(-1), NSNumber::numberWithLongLong(-1), NSNumber::numberWithFloat(-1)},
         {NSNumber::numberWithInt(0), NSNumber::numberWithBool(NO), NSNumber::numberWithDouble(-0.0)},
         {NSNumber::numberWithDouble(0.1)},
         {NSNumber::numberWithFloat(0.1f), NSNumber::numberWithDouble(static_cast<double>(0.1f))},
-        {NSNumber::numberWithBool(YES), NSNumber::numberWithUnsignedInt(1)},
         {NSNumber::numberWithDouble(0x1p53), NSNumber::numberWithLongLong(1LL << 53)},
         {NSNumber::numberWithLongLong((1LL << 53) + 1)},
         {NSNumber::numberWithLongLong(INT64_MAX), NSNumber::numberWithUnsignedLongLong(INT64_MAX)},
@@ -97,20 +81,5 @@ TEST_F(NSNumberTest, OrderAndEqualityGoByValueWhateverTheType) {
                         EXPECT_EQ(a->hash(), b->hash()) << *a;
                     }
                 }
-    EXPECT_FALSE(rows[0][0]->isEqual("nan"_ns));
     EXPECT_THROW(rows[0][0]->compare("nan"_ns), InvalidArgumentException);
-}
-
-TEST_F(NSNumberTest, SelectorsTakeEachType) {
-    EXPECT_EQ(describe(send(NSNumber::cls(), "numberWithChar:"_sel, 'a')), "97");
-    EXPECT_EQ(describe(send(NSNumber::cls(), "numberWithFloat:"_sel, 0.1f)), "0.1");
-    EXPECT_EQ(describe(send(NSNumber::cls(), "numberWithUnsignedLongLong:"_sel, UINT64_MAX)),
-              "18446744073709551615");
-    EXPECT_THROW(send(NSNumber::cls(), "numberWithShort:"_sel, 40000), InvalidArgumentException);
-    Ref<NSNumber> owned = send<Ref<NSNumber>>(NSNumber::cls(), "initWithInt:"_sel, 5000);
-    EXPECT_EQ(owned->retainCount(), 1u);
-    Ref<NSNumber> wide = send<Ref<NSNumber>>(NSNumber::cls(), "initWithLongLong:"_sel, 5);
-    EXPECT_TRUE(wide->isMemberOfClass(NSLongLongNumber::cls()));
-    EXPECT_TRUE(wide->isKindOfClass(NSValue::cls()));
-    EXPECT_EQ(NSNumber::numberWithInt(5), NSNumber::numberWithUnsignedInt(5)); // small ones are shared
 }

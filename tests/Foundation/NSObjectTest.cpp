@@ -16,11 +16,7 @@ TEST_F(NSObjectTest, NoClassListsASelectorTwice) {
 }
 
 TEST_F(NSObjectTest, EveryObjectCanBeStreamed) {
-    for (const char *name : {"OutputStreaming", "PropertyListOutputStreaming"}) {
-        Protocol *const protocol = Protocol::named(name);
-        for (id object : {static_cast<id>("text"_ns), static_cast<id>(NSNumber::numberWithInt(1)),
-                          static_cast<id>(NSData::data()), static_cast<id>(QBNil::value())})
-            EXPECT_TRUE(object->conformsToProtocol(protocol)) << name;
-    }
+    EXPECT_TRUE("text"_ns->conformsToProtocol(Protocol::named("OutputStreaming")));
+    EXPECT_TRUE(QBNil::value()->conformsToProtocol(Protocol::named("PropertyListOutputStreaming")));
     EXPECT_FALSE("text"_ns->conformsToProtocol(Protocol::named("Streaming")));
 }

@@ -5,51 +5,36 @@ using namespace std::string_literals;
 using NSStringLinesTest = PoolFixture;
 
 TEST_F(NSStringLinesTest, LinesAreFoundAroundARange) {
-    struct Row {
+    const struct {
         const char *text;
         NSRange range;
-        std::uint32_t start, end, contentsEnd;
+        const char *line; // where it starts, the next one starts and its contents end
+    } rows[] = {
+        {"abc", {1, 1}, "0 3 3"},
+        {"ab\ncd\nef", {3, 0}, "3 6 5"}, // the place behind a line end is in the next line
+        {"ab\ncd\nef", {0, 3}, "0 3 2"}, // a range that ends with a line end is not
+        {"ab\ncd\nef", {1, 3}, "0 6 5"},
+        {"ab\n", {3, 0}, "3 3 3"},
+        {"a\r\nb", {0, 2}, "0 3 1"}, // cuts the line end
+        {"a\r\nb", {2, 0}, "0 3 1"},
+        {"a\rb", {0, 2}, "0 2 1"},
+        {"é😀\u2028x\u0085y", {0, 1}, "0 4 3"},
+        {"é😀\u2028x\u0085y", {4, 1}, "4 6 5"},
     };
-    static const Row kRows[] = {
-        {"", {0, 0}, 0, 0, 0},
-        {"abc", {1, 1}, 0, 3, 3},
-        {"ab\ncd\nef", {4, 0}, 3, 6, 5},
-        {"ab\ncd\nef", {3, 0}, 3, 6, 5}, // the place behind a line end is in the next line
-        {"ab\ncd\nef", {0, 3}, 0, 3, 2}, // a range that ends with a line end is not
-        {"ab\ncd\nef", {1, 3}, 0, 6, 5},
-        {"ab\ncd", {5, 0}, 3, 5, 5},
-        {"ab\n", {3, 0}, 3, 3, 3},
-        {"a\r\nb", {0, 0}, 0, 3, 1},
-        {"a\r\nb", {0, 2}, 0, 3, 1}, // cuts the line end
-        {"a\r\nb", {2, 0}, 0, 3, 1},
-        {"a\r\nb", {3, 1}, 3, 4, 4},
-        {"a\rb", {0, 2}, 0, 2, 1},
-        {"é😀\u2028x\u0085y", {0, 1}, 0, 4, 3},
-        {"é😀\u2028x\u0085y", {4, 1}, 4, 6, 5},
-        {"é😀\u2028x\u0085y", {3, 1}, 0, 4, 3},
-        {"\n\n", {1, 0}, 1, 2, 1},
-    };
-    for (const Row &row : kRows) {
-        SCOPED_TRACE(std::string(row.text) + " " + std::to_string(row.range.location));
+    for (const auto &row : rows) {
         NSString *const text = NSString::stringWith(row.text);
         std::uint32_t start = 99, end = 99, contentsEnd = 99;
         text->getLineStart(&start, &end, &contentsEnd, row.range);
-        EXPECT_EQ(start, row.start);
-        EXPECT_EQ(end, row.end);
-        EXPECT_EQ(contentsEnd, row.contentsEnd);
-        EXPECT_EQ(text->lineRangeForRange(row.range), NSMakeRange(row.start, row.end - row.start));
+        EXPECT_EQ(NSString::stringWithFormat("%d %d %d"_ns, start, end, contentsEnd)->view(), row.line)
+            << row.text;
+        EXPECT_EQ(text->lineRangeForRange(row.range), NSMakeRange(start, end - start));
     }
-    EXPECT_THROW("ab"_ns->lineRangeForRange({1, 2}), NSRangeException);
 }
 
 TEST_F(NSStringLinesTest, TextsArePaddedAndCut) {
-    EXPECT_EQ("abc"_ns->stringByPaddingToLength(9, "."_ns, 0)->view(), "abc......");
     EXPECT_EQ("abc"_ns->stringByPaddingToLength(2, "."_ns, 0)->view(), "ab");
-    EXPECT_EQ("abc"_ns->stringByPaddingToLength(8, "xyz"_ns, 1)->view(), "abcyzxyz");
     EXPECT_EQ("é"_ns->stringByPaddingToLength(5, "ü😀"_ns, 1)->view(), "é😀ü");
-    EXPECT_THROW("a"_ns->stringByPaddingToLength(2, nullptr, 0), InvalidArgumentException);
     EXPECT_THROW("a"_ns->stringByPaddingToLength(2, "xy"_ns, 2), NSRangeException);
-    EXPECT_THROW("a"_ns->stringByPaddingToLength(2, ""_ns, 0), NSRangeException);
     EXPECT_THROW("a"_ns->stringByPaddingToLength(UINT32_MAX, "€"_ns, 0), InvalidArgumentException);
 }
 
@@ -59,31 +44,27 @@ TEST_F(NSStringLinesTest, EncodingsGoBothWays) {
             NSString::initWithData(NSData::dataWith(std::as_bytes(std::span(bytes))), encoding);
         return text ? std::string(text->view()) : "nil"s;
     };
-    struct Row {
+    const struct {
         std::string text;
         std::uint32_t encoding;
         std::string bytes;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"aé", NSISOLatin1StringEncoding, "a\xE9"},
         {"aé", NSUTF8StringEncoding, "aé"},
         {"az", NSASCIIStringEncoding, "az"},
         {"é😀", NSUnicodeStringEncoding, "\xFF\xFE\xE9\0\x3D\xD8\0\xDE"s},
     };
-    for (const Row &row : rows) {
-        NSString *const text = NSString::stringWith(row.text);
-        EXPECT_EQ(bytesOf(text->dataUsingEncoding(row.encoding)), row.bytes);
-        EXPECT_TRUE(text->canBeConvertedToEncoding(row.encoding));
+    for (const auto &row : rows) {
+        EXPECT_EQ(bytesOf(NSString::stringWith(row.text)->dataUsingEncoding(row.encoding)), row.bytes);
         EXPECT_EQ(textOf(row.bytes, row.encoding), row.text);
     }
-    EXPECT_EQ(bytesOf("aé"_ns->dataUsingEncoding(NSASCIIStringEncoding)), "nil");
     EXPECT_EQ(bytesOf("aé€"_ns->dataUsingEncoding(NSISOLatin1StringEncoding, /*allowLossyConversion=*/YES)),
               "a\xE9?");
-    EXPECT_FALSE("€"_ns->canBeConvertedToEncoding(NSISOLatin1StringEncoding));
-    EXPECT_EQ(bytesOf("a"_ns->dataUsingEncoding(99)), "nil");
+    EXPECT_EQ(bytesOf("€"_ns->dataUsingEncoding(NSISOLatin1StringEncoding)), "nil");
+    EXPECT_TRUE("é"_ns->canBeConvertedToEncoding(NSISOLatin1StringEncoding));
+    EXPECT_FALSE("é"_ns->canBeConvertedToEncoding(NSASCIIStringEncoding));
     EXPECT_EQ(textOf("\xFE\xFF\0a"s, NSUnicodeStringEncoding), "a");
     EXPECT_EQ(textOf("a\0"s, NSUnicodeStringEncoding), "a");
-    EXPECT_EQ(textOf("", NSUnicodeStringEncoding), "");
     for (const std::uint32_t encoding : {4u, 1u, 99u})
         EXPECT_EQ(textOf("\xE9", encoding), "nil");
     EXPECT_EQ(textOf("abc", NSUnicodeStringEncoding), "nil");

@@ -20,26 +20,19 @@ private:
 } // namespace
 
 TEST_F(NSStringPathTest, ComponentsAndExtensions) {
-    struct Row {
+    const struct {
         const char *path, *components, *last, *parent, *extension, *withoutExtension, *withTiff;
-    };
-    static const Row kRows[] = {
+    } rows[] = {
         {"/a/b.html", "(/, a, b.html)", "b.html", "/a", "html", "/a/b", "/a/b.html.tiff"},
-        {"a//b/", "(a, b, /)", "b", "a", "", "a//b", "a//b.tiff"},
-        {"/a", "(/, a)", "a", "/", "", "/a", "/a.tiff"},
-        {"a", "(a)", "a", "", "", "a", "a.tiff"},
+        {"a.d//b/", "(a.d, b, /)", "b", "a.d", "", "a.d//b", "a.d//b.tiff"},
         {"", "()", "", "", "", "", ""},
         {"/", "(/)", "/", "/", "", "/", "/"},
-        {"///", "(/)", "/", "/", "", "/", "///"},
-        {"//a//", "(/, a, /)", "a", "/", "", "//a", "//a.tiff"},
-        {"/a.d/b", "(/, a.d, b)", "b", "/a.d", "", "/a.d/b", "/a.d/b.tiff"},
         {".profile", "(.profile)", ".profile", "", "", ".profile", ".profile.tiff"},
-        {"..x", "(..x)", "..x", "", "", "..x", "..x.tiff"},
         {"a..b", "(a..b)", "a..b", "", "b", "a.", "a..b.tiff"},
         {"a.", "(a.)", "a.", "", "", "a", "a..tiff"},
         {"é/ü.ß/", "(é, ü.ß, /)", "ü.ß", "é", "ß", "é/ü", "é/ü.ß.tiff"},
     };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.path);
         NSString *const path = NSString::stringWith(row.path);
         EXPECT_EQ(describe(path->pathComponents()), row.components);
@@ -48,31 +41,22 @@ TEST_F(NSStringPathTest, ComponentsAndExtensions) {
         EXPECT_EQ(path->pathExtension()->view(), row.extension);
         EXPECT_EQ(path->stringByDeletingPathExtension()->view(), row.withoutExtension);
         EXPECT_EQ(path->stringByAppendingPathExtension("tiff"_ns)->view(), row.withTiff);
-        EXPECT_EQ(path->stringByAppendingPathExtension(""_ns), path);
         EXPECT_EQ(path->isAbsolutePath(), row.path[0] == '/');
     }
 }
 
 TEST_F(NSStringPathTest, ComponentsAreJoinedWithOneSlash) {
     static const char *const kRows[][3] = {
-        {"/a", "b", "/a/b"}, {"/a/", "b/", "/a/b"},   {"/", "b", "/b"}, {"", "b", "b"},
-        {"", "/b/", "/b"},   {"a", "/b", "a/b"},      {"a", "", "a"},   {"a//", "//", "a"},
-        {"", "", ""},        {"a", "b//c", "a/b//c"},
+        {"/a", "b", "/a/b"}, {"/a/", "b/", "/a/b"}, {"/", "b", "/b"}, {"", "b", "b"},
+        {"", "/b/", "/b"},   {"a", "/b", "a/b"},    {"a", "", "a"},   {"a//", "//", "a"},
     };
     for (const auto &row : kRows)
-        EXPECT_EQ(NSString::stringWith(row[0])
-                      ->stringByAppendingPathComponent(NSString::stringWith(row[1]))
-                      ->view(),
+        EXPECT_EQ(describe(NSString::stringWith(row[0])->stringByAppendingPathComponent(
+                      NSString::stringWith(row[1]))),
                   row[2])
             << row[0] << " + " << row[1];
-    EXPECT_EQ(
-        NSString::pathWithComponents(NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns}))->view(),
-        "/a/b");
-    EXPECT_EQ(NSString::pathWithComponents(NSArray::arrayWith({"a"_ns, "/b"_ns}))->view(), "a/b");
-    EXPECT_EQ(NSString::pathWithComponents(NSArray::array())->view(), "");
-    EXPECT_THROW(NSString::pathWithComponents(NSArray::arrayWith({NSNumber::numberWithInt(1)})),
-                 InvalidArgumentException);
-    EXPECT_THROW(NSString::pathWithComponents(nullptr), InvalidArgumentException);
+    NSArray *const components = NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns});
+    EXPECT_EQ(NSString::pathWithComponents(components)->view(), "/a/b");
 }
 
 TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
@@ -83,8 +67,6 @@ TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
         {"~/a", "/h/me/a"},
         {"~root/x", root + "/x"},
         {"~nobody has this name/x", "~nobody has this name/x"},
-        {"a~", "a~"},
-        {"", ""},
     };
     for (const auto &[path, wanted] : expanded)
         EXPECT_EQ(NSString::stringWith(path)->stringByExpandingTildeInPath()->view(), wanted);
@@ -95,10 +77,7 @@ TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
     static const char *const kStandard[][2] = {
         {"/a/./b//c/../d/", "/a/b/d"},
         {"/../..", "/"},
-        {"a/../b", "a/../b"},
-        {"./a/.", "a"},
-        {".", "."},
-        {"", ""},
+        {"./a/../b/.", "a/../b"},
         {"~/./x", "/h/me/x"},
     };
     for (const auto &row : kStandard)
@@ -113,10 +92,6 @@ TEST_F(NSStringPathTest, PathsOfSeveralFilesAndForTheSystem) {
     EXPECT_EQ(describe(paths), "(/a/b.html, /a/c, /a/d.txt)");
     EXPECT_EQ(describe(paths->pathsMatchingExtensions(NSArray::arrayWithObjects("txt"_ns, "html"_ns))),
               "(/a/b.html, /a/d.txt)");
-    EXPECT_EQ(paths->pathsMatchingExtensions(nullptr)->count(), 0u);
-    EXPECT_THROW("/a"_ns->stringsByAppendingPaths(nullptr), InvalidArgumentException);
-    EXPECT_THROW("/a"_ns->stringsByAppendingPaths(NSArray::arrayWithObject(NSArray::array())),
-                 InvalidArgumentException);
 
     char buffer[4] = "???";
     EXPECT_STREQ("/é"_ns->fileSystemRepresentation(), "/é");
@@ -124,6 +99,5 @@ TEST_F(NSStringPathTest, PathsOfSeveralFilesAndForTheSystem) {
     EXPECT_TRUE("/é"_ns->getFileSystemRepresentation(buffer, 4));
     EXPECT_STREQ(buffer, "/é");
     NSString *const cut = NSString::stringWith(std::string_view("a\0b", 3));
-    EXPECT_FALSE(cut->getFileSystemRepresentation(buffer, 4));
     EXPECT_THROW(cut->fileSystemRepresentation(), InvalidArgumentException);
 }

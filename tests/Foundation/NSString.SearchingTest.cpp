@@ -1,8 +1,6 @@
 #include "Foundation/UnitModel.h"
 #include "support/PoolFixture.h"
 
-#include <functional>
-
 using NSStringSearchingTest = PoolFixture;
 
 namespace {
@@ -61,19 +59,19 @@ NSString *repeated(const std::string &piece, std::size_t times) {
 
 } // namespace
 
-TEST_F(NSStringSearchingTest, FindsWhatAPlainModelFinds) {
+TEST_F(NSStringSearchingTest, FindingSplittingAndReplacingFollowAPlainModel) {
     Random random;
     for (int round = 0; round < 3000; ++round) {
         const std::string bytes = UnitModel::randomText(random, 60);
         const std::string wanted = UnitModel::randomText(random, 1 + random.below(6));
-        const UnitModel text(bytes);
-        const UnitModel needle(wanted);
+        SCOPED_TRACE(testing::PrintToString(bytes) + " " + testing::PrintToString(wanted));
+        const UnitModel text(bytes), needle(wanted);
         NSString *const string = NSString::stringWith(bytes);
         NSString *const target = NSString::stringWith(wanted);
         for (std::uint32_t options : {0, 4, 8, 12})
             ASSERT_EQ(string->rangeOfString(target, options | NSLiteralSearch),
                       plainRange(text, needle, options))
-                << options << " " << testing::PrintToString(bytes) << " " << testing::PrintToString(wanted);
+                << options;
         const std::size_t from = random.below(text.count() + 1);
         const std::size_t end = from + random.below(text.count() - from + 1);
         NSRange inside = plainRange(UnitModel(text.bytes(from, end)), needle, 0);
@@ -84,18 +82,8 @@ TEST_F(NSStringSearchingTest, FindsWhatAPlainModelFinds) {
         ASSERT_EQ(string->hasPrefix(target), text.holds(needle, 0));
         ASSERT_EQ(string->hasSuffix(target),
                   needle.count() <= text.count() && text.holds(needle, text.count() - needle.count()));
-        ASSERT_EQ(string->containsString(target), wanted.empty() || plainRange(text, needle, 0).length != 0);
-    }
-}
-
-TEST_F(NSStringSearchingTest, SplittingAndReplacingFollowThePlainModel) {
-    Random random;
-    for (int round = 0; round < 2000; ++round) {
-        const std::string bytes = UnitModel::randomText(random, 60);
-        const std::string wanted = UnitModel::randomText(random, 1 + random.below(4));
-        const std::vector<std::string> pieces = plainPieces(UnitModel(bytes), UnitModel(wanted));
-        NSString *const string = NSString::stringWith(bytes);
-        NSString *const target = NSString::stringWith(wanted);
+        const std::vector<std::string> pieces = plainPieces(text, needle);
+        ASSERT_EQ(string->containsString(target), wanted.empty() || pieces.size() > 1);
         ASSERT_EQ(textsOf(string->componentsSeparatedByString(target)), pieces);
         ASSERT_EQ(string->stringByReplacingOccurrencesOfString(target, "<é>"_ns)->view(),
                   joined(pieces, "<é>"));
@@ -109,20 +97,16 @@ TEST_F(NSStringSearchingTest, SplittingAndReplacingFollowThePlainModel) {
 }
 
 TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
-    struct Row {
+    const struct {
         const char *text, *needle;
         NSRange first, last;
-    };
-    static const Row kRows[] = {
-        {"xABcabC", "abc", {1, 3}, {4, 3}},
+    } rows[] = {
         {"😀ÉTÉ été", "été", {2, 3}, {6, 3}},
         {"5 \xE2\x84\xAA, 6 k", "K", {2, 1}, {7, 1}}, // the kelvin's sign is three bytes long
-        {"ΟΔΟΣ οδος", "οδός", kNowhere, kNowhere},
         {"ΟΔΟΣ οδος", "ΟΔΟσ", {0, 4}, {5, 4}},
         {"\xC9z", "é", kNowhere, kNowhere}, // a malformed byte is no letter
-        {"aAaA", "aa", {0, 2}, {2, 2}},
     };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         NSString *const text = NSString::stringWith(row.text);
         NSString *const needle = NSString::stringWith(row.needle);
         EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch), row.first) << row.text;
@@ -131,47 +115,24 @@ TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
     }
     EXPECT_EQ("Übung"_ns->rangeOfString("üB"_ns, NSCaseInsensitiveSearch | NSAnchoredSearch),
               NSMakeRange(0, 2));
-    EXPECT_EQ("eÜB"_ns->rangeOfString("üb"_ns, 1 | 4 | 8), NSMakeRange(1, 2));
     NSMutableString *const text = NSMutableString::stringWith("aAaAa");
     EXPECT_EQ(text->replaceOccurrencesOfString("AA"_ns, "-"_ns, 1 | 4, {0, 5}), 2u);
     EXPECT_EQ(text->view(), "a--"); // from the back
     EXPECT_EQ(text->replaceOccurrencesOfString("a"_ns, "bb"_ns, NSAnchoredSearch, {0, 3}), 1u);
-    EXPECT_EQ(text->replaceOccurrencesOfString(""_ns, "x"_ns, 0, {0, 4}), 0u);
     EXPECT_EQ(text->view(), "bb--");
     EXPECT_EQ("Straße"_ns->commonPrefixWithString("STRASSE"_ns, NSCaseInsensitiveSearch)->view(), "Stra");
     EXPECT_EQ("a€b"_ns->commonPrefixWithString("a\xE2\x82\xAD"_ns)->view(), "a");
-    EXPECT_EQ("ab"_ns->commonPrefixWithString("abc"_ns), "ab"_ns);
 }
 
-TEST_F(NSStringSearchingTest, NilAndEmptyTexts) {
+TEST_F(NSStringSearchingTest, NilIsRefusedOrNothingAndPiecesMayBeFew) {
     NSString *const text = "abc"_ns;
-    for (const auto &call : std::initializer_list<std::function<void()>>{
-             [&] { text->rangeOfString(nullptr); },
-             [&] { text->hasPrefix(nullptr); },
-             [&] { text->hasSuffix(nullptr); },
-             [&] { text->containsString(nullptr); },
-             [&] { text->componentsSeparatedByString(nullptr); },
-             [&] { text->componentsSeparatedByCharactersInSet(nullptr); },
-             [&] { text->rangeOfCharacterFromSet(nullptr); },
-             [&] { text->stringByTrimmingCharactersInSet(nullptr); },
-             [&] { text->stringByReplacingSubstring(nullptr, text); },
-             [&] { text->commonPrefixWithString(nullptr); },
-             [&] { text->stringByAppendingPathComponent(nullptr); },
-         })
-        EXPECT_THROW(call(), InvalidArgumentException);
     EXPECT_REASON(text->hasPrefix(nullptr), "NSString hasPrefix: must have an argument that is not nil.");
     EXPECT_EQ(text->stringByAppendingString(nullptr), text);
-    EXPECT_EQ(text->stringByAppendingString("é"_ns)->view(), "abcé");
     EXPECT_EQ(text->stringByAppendingFormat("-%d"_ns, 1)->view(), "abc-1");
-    EXPECT_EQ(text->rangeOfString(""_ns), kNowhere);
-    EXPECT_EQ(text->stringByReplacingSubstring(""_ns, "x"_ns), text);
-    EXPECT_EQ(textsOf(text->componentsSeparatedByString(""_ns)), std::vector<std::string>{"abc"});
     const auto split = [](NSString *whole, std::uint32_t count) {
         return describe(send<id>(whole, "componentsSeparatedByString:count:"_sel, "."_ns, count));
     };
-    EXPECT_EQ(split("a.b.c"_ns, 1) + split("a"_ns, 1) + split("a."_ns, 1) + split(""_ns, 1),
-              "(a, b.c)(a)(a, )()");
-    EXPECT_EQ(split("a.b.c"_ns, 0) + split("a.b.c"_ns, 2), "(a.b.c)(a, b, c)");
+    EXPECT_EQ(split("a.b.c"_ns, 0) + split("a.b.c"_ns, 1) + split("a."_ns, 1), "(a.b.c)(a, b.c)(a, )");
 }
 
 // In quadratic time each of these would take minutes.
@@ -179,15 +140,18 @@ TEST_F(NSStringSearchingTest, NoTextMakesSearchesSlow) {
     const std::string cut = "\xC2\x80";
     NSString *const many = repeated("ab, é", 400000);
     EXPECT_EQ(many->componentsSeparatedByString(", "_ns)->count(), 400001u);
-    EXPECT_EQ(many->stringByReplacingSubstring("é"_ns, "e"_ns)->length(), 2000000u);
     NSString *const periodic = repeated("a", 500000);
     NSString *const nearly = NSString::stringWith(std::string(20000, 'a') + "b");
     EXPECT_EQ(periodic->rangeOfString(nearly), kNowhere);
     EXPECT_EQ(periodic->rangeOfString(nearly, NSBackwardsSearch), kNowhere);
-    EXPECT_EQ(periodic->rangeOfString(nearly, NSCaseInsensitiveSearch), kNowhere);
     // Bytes that match everywhere, but always across a character.
     NSString *const halves = NSString::stringWith(std::string(repeated(cut, 10000)->view()) + "\xC2");
     EXPECT_EQ(repeated(cut, 500000)->rangeOfString(halves), kNowhere);
+    NSString *const units = repeated("é\x80", 50000);
+    for (std::uint32_t i = 0; i < 100000; ++i)
+        ASSERT_EQ(units->characterAtIndex(i), i % 2 ? 0x80 : 0xE9);
+    for (std::uint32_t i = 100000; i-- > 0;)
+        ASSERT_EQ(units->characterAtIndex(i), i % 2 ? 0x80 : 0xE9);
     NSMutableString *const grown = NSMutableString::string();
     for (int i = 0; i < 200000; ++i) {
         grown->appendString("ab"_ns);
@@ -204,11 +168,8 @@ TEST_F(NSStringSearchingTest, CharacterSetsFindSplitAndTrim) {
     EXPECT_EQ(text->rangeOfCharacterFromSet(some), NSMakeRange(1, 1));
     EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSBackwardsSearch), NSMakeRange(6, 1));
     EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSBackwardsSearch, {0, 5}), NSMakeRange(3, 2));
-    EXPECT_EQ(text->rangeOfCharacterFromSet(some, NSAnchoredSearch), kNowhere);
     EXPECT_EQ(text->rangeOfCharacterFromSet(some->invertedSet(), NSAnchoredSearch), NSMakeRange(0, 1));
-    EXPECT_EQ(text->rangeOfCharacterFromSet(NSCharacterSet::decimalDigitCharacterSet()), kNowhere);
     EXPECT_EQ(" \t\u00A0x y\r\n\u2028"_ns->stringByTrimmingCharactersInSet(blanks)->view(), "x y");
-    EXPECT_EQ(" \u3000 "_ns->stringByTrimmingCharactersInSet(blanks)->view(), "");
     EXPECT_EQ("x"_ns->stringByTrimmingCharactersInSet(blanks), "x"_ns);
     EXPECT_EQ("\xA0x\x85"_ns->stringByTrimmingCharactersInSet(blanks)->view(),
               "\xA0x\x85"); // malformed: in no set
@@ -216,49 +177,35 @@ TEST_F(NSStringSearchingTest, CharacterSetsFindSplitAndTrim) {
 }
 
 TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
-    struct Row {
+    const auto setOf = [](const char *characters) {
+        return NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith(characters));
+    };
+    const struct {
         NSCharacterSet *set;
-        std::vector<std::uint32_t> members, others;
+        const char *members, *others;
+    } rows[] = {
+        {NSCharacterSet::whitespaceCharacterSet(), " \t\u3000", "\na\u200B"},
+        {NSCharacterSet::newlineCharacterSet(), "\v\f\r\n\u0085\u2029\u2028", " \u0084"},
+        {NSCharacterSet::decimalDigitCharacterSet(), "09\u0663", "a\u00B2/:"},
+        {NSCharacterSet::letterCharacterSet(), "aZéЖ中\u0301\U00020000", "1_×@"},
+        {NSCharacterSet::alphanumericCharacterSet(), "a5½α", "- \u2028"},
+        {NSCharacterSet::uppercaseLetterCharacterSet(), "AÉЖ\u01C4", "aß1中"},
+        {NSCharacterSet::lowercaseLetterCharacterSet(), "zßς\u01C6", "A!中"},
+        {NSCharacterSet::punctuationCharacterSet(), "!_¿\u3001", "+$a"},
+        {NSCharacterSet::symbolCharacterSet(), "+$€", "!a"},
+        {NSCharacterSet::controlCharacterSet(), "\n\x7F\u200D", " a"},
+        {NSCharacterSet::nonBaseCharacterSet(), "\u0301", "aé"},
+        {NSCharacterSet::capitalizedLetterCharacterSet(), "\u01C5", "A\u01C4"},
+        {NSCharacterSet::characterSetWithRange({0x60, 3}), "`b", "_c"},
+        {setOf("caab€"), "abc€", "d\u20AB\u20AD"},
     };
-    const Row rows[] = {
-        {NSCharacterSet::whitespaceCharacterSet(), {' ', '\t', 0x3000}, {'\n', 'a', 0x200B}},
-        {NSCharacterSet::newlineCharacterSet(), {'\n', '\r', 0x2028}, {' ', 0x84}},
-        {NSCharacterSet::decimalDigitCharacterSet(), {'0', '9', 0x0663}, {'a', 0xB2, '/', ':'}},
-        {NSCharacterSet::letterCharacterSet(),
-         {'a', 'Z', 0xE9, 0x416, 0x4E2D, 0x301, 0x20000},
-         {'1', '_', 0xD7, '@'}},
-        {NSCharacterSet::alphanumericCharacterSet(), {'a', '5', 0xBD, 0x3B1}, {'-', ' ', 0x2028}},
-        {NSCharacterSet::uppercaseLetterCharacterSet(), {'A', 0xC9, 0x416, 0x1C4}, {'a', 0xDF, '1', 0x4E2D}},
-        {NSCharacterSet::lowercaseLetterCharacterSet(), {'z', 0xDF, 0x3C2, 0x1C4 + 2}, {'A', '!', 0x4E2D}},
-        {NSCharacterSet::punctuationCharacterSet(), {'!', '_', 0xBF, 0x3001}, {'+', '$', 'a'}},
-        {NSCharacterSet::symbolCharacterSet(), {'+', '$', 0x20AC}, {'!', 'a'}},
-        {NSCharacterSet::controlCharacterSet(), {'\n', 0x7F, 0x200D}, {' ', 'a'}},
-        {NSCharacterSet::nonBaseCharacterSet(), {0x301}, {'a', 0xE9}},
-        {NSCharacterSet::capitalizedLetterCharacterSet(), {0x1C5}, {'A', 0x1C4}},
-        {NSCharacterSet::characterSetWithRange({0x60, 3}), {0x60, 0x62}, {0x5F, 0x63}},
-        {NSCharacterSet::characterSetWithRange({5, 0}), {}, {4, 5, 6}},
-        {NSCharacterSet::characterSetWithCharactersInString("caab€"_ns),
-         {'a', 'b', 'c', 0x20AC},
-         {'d', 0x20AB, 0x20AD}},
-    };
-    for (const Row &row : rows) {
-        NSCharacterSet *const inverted = row.set->invertedSet();
-        for (const std::uint32_t member : row.members)
-            EXPECT_TRUE(row.set->longCharacterIsMember(member) && !inverted->longCharacterIsMember(member))
-                << member;
-        for (const std::uint32_t other : row.others)
-            EXPECT_TRUE(!row.set->longCharacterIsMember(other) && inverted->longCharacterIsMember(other))
-                << other;
+    for (const auto &row : rows) {
+        EXPECT_TRUE(row.set->isSupersetOfSet(setOf(row.members))) << row.members;
+        EXPECT_TRUE(row.set->invertedSet()->isSupersetOfSet(setOf(row.others))) << row.members;
     }
-    EXPECT_TRUE(NSCharacterSet::letterCharacterSet()->characterIsMember(0x416));
-    EXPECT_EQ(NSCharacterSet::letterCharacterSet(), NSCharacterSet::letterCharacterSet());
-    NSCharacterSet *const newlines =
-        NSCharacterSet::characterSetWithCharactersInString("\v\f\r\n\u0085\u2029\u2028"_ns);
-    EXPECT_TRUE(newlines->isEqual(NSCharacterSet::newlineCharacterSet()));
-    EXPECT_EQ(newlines->hash(), NSCharacterSet::newlineCharacterSet()->hash());
-    EXPECT_FALSE(newlines->isEqual(NSCharacterSet::characterSetWithCharactersInString("\v\f\r\n\u2029"_ns)));
-    EXPECT_FALSE(newlines->isEqual(newlines->invertedSet()));
-    EXPECT_FALSE(newlines->isEqual("\n"_ns));
+    NSCharacterSet *const newlines = NSCharacterSet::newlineCharacterSet();
+    EXPECT_TRUE(setOf("\v\f\r\n\u0085\u2029\u2028")->isEqual(newlines));
+    EXPECT_EQ(setOf("\v\f\r\n\u0085\u2029\u2028")->hash(), newlines->hash());
+    EXPECT_FALSE(setOf("\v\f\r\n\u2029")->isEqual(newlines));
     EXPECT_THROW(NSCharacterSet::characterSetWithRange({0x110000, 1}), InvalidArgumentException);
-    EXPECT_THROW(NSCharacterSet::characterSetWithCharactersInString(nullptr), InvalidArgumentException);
 }

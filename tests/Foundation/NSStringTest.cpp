@@ -1,6 +1,7 @@
 #include "Foundation/UnitModel.h"
 #include "support/PoolFixture.h"
 
+#include <iomanip>
 #include <sstream>
 #include <unordered_set>
 
@@ -25,6 +26,9 @@ TEST_F(NSStringTest, PositionsAreThoseOfAPlainModelInAnyOrderOfAsking) {
             ASSERT_EQ(text->substringWithRange({from, end - from})->view(), model.bytes(first, last));
             ASSERT_EQ(text->substringFromIndex(from)->view(), model.bytes(first, model.count()));
             ASSERT_EQ(text->substringToIndex(end)->view(), model.bytes(0, last));
+            std::u16string units(end - from + 1, u'#'); // which may cut pairs
+            text->getCharacters(reinterpret_cast<unichar *>(units.data()), {from, end - from});
+            ASSERT_EQ(units, model.units.substr(from, end - from) + u'#');
             if (random.below(4) == 0) {
                 ASSERT_EQ(other->characterAtIndex(other->length() - 1), 0x20AC);
             }
@@ -35,47 +39,14 @@ TEST_F(NSStringTest, PositionsAreThoseOfAPlainModelInAnyOrderOfAsking) {
     }
 }
 
-TEST_F(NSStringTest, UnitsOfARangeMayCutAPair) {
-    NSString *const text = "x😀y"_ns;
-    for (std::uint32_t from = 0; from <= 4; ++from)
-        for (std::uint32_t end = from; end <= 4; ++end) {
-            std::u16string units(end - from + 1, u'#');
-            text->getCharacters(reinterpret_cast<unichar *>(units.data()), {from, end - from});
-            EXPECT_EQ(units, std::u16string(u"x\xD83D\xDE00y").substr(from, end - from) + u'#');
-        }
-}
-
-TEST_F(NSStringTest, EveryUnitOfALongTextIsReachedFromBothEndsInLinearTime) {
-    std::string bytes;
-    for (int i = 0; i < 100000; ++i)
-        bytes += i % 100 ? "é" : "\x80";
-    NSString *const text = NSString::stringWith(bytes);
-    const auto isRight = [&](std::uint32_t i) {
-        return text->characterAtIndex(i) == (i % 100 ? 0xE9 : 0x80);
-    };
-    std::uint32_t wrong = 0;
-    for (std::uint32_t i = 0; i < text->length(); ++i)
-        wrong += !isRight(i);
-    for (std::uint32_t i = text->length(); i-- > 0;)
-        wrong += !isRight(i);
-    EXPECT_EQ(wrong, 0u);
-    EXPECT_EQ(text->length(), 100000u);
-}
-
 TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
     NSMutableString *const text = NSMutableString::stringWith("a€"); // two characters
     EXPECT_REASON(text->characterAtIndex(2), "NSString characterAtIndex: must have an index below 2.");
     EXPECT_REASON(text->substringFromIndex(3),
                   "NSMutableString substringFromIndex: must have a range inside the "
                   "text, which has 2 characters.");
-    EXPECT_THROW(text->substringToIndex(3), NSRangeException);
-    EXPECT_THROW(text->substringWithRange({2, UINT32_MAX}), NSRangeException);
-    EXPECT_THROW(text->rangeOfString("a"_ns, 0, {3, 0}), NSRangeException);
-    EXPECT_THROW(text->compare("a"_ns, 0, {0, 3}), NSRangeException);
-    EXPECT_THROW(text->insertString("x"_ns, 3), NSRangeException);
     EXPECT_THROW(text->deleteCharactersInRange({1, 2}), NSRangeException);
-    EXPECT_THROW(text->replaceOccurrencesOfString("a"_ns, "b"_ns, 0, {0, 3}), NSRangeException);
-    EXPECT_EQ(text->substringFromIndex(2)->view(), "");
+    EXPECT_THROW(text->insertString("x"_ns, 3), NSRangeException);
     EXPECT_EQ(text->view(), "a€");
 }
 
@@ -84,92 +55,67 @@ TEST_F(NSStringTest, StringsAreMadeFromOtherFormsOfTheClassAsked) {
     const char *const decoded = "a😀\xEF\xBF\xBD\0\xEF\xBF\xBD";
     const std::string_view wanted(decoded, 12);
     EXPECT_EQ(NSString::stringWithCharacters(units, 6)->view(), wanted);
-    NSData *const data = NSData::dataWithBytes("\xFF\0z", 3);
-    EXPECT_EQ(NSString::initWithData(data)->view(), std::string_view("\xFF\0z", 3));
-    EXPECT_EQ(NSString::initWithBytes(nullptr, 0)->view(), "");
+    EXPECT_EQ(NSString::initWithData(NSData::dataWithBytes("\xFF\0z", 3))->view(),
+              std::string_view("\xFF\0z", 3));
     for (Class *asked : {NSString::cls(), NSMutableString::cls()}) {
-        const id made[] = {
-            send(asked, "stringWithUTF8String:"_sel, "x"),
-            send(asked, "stringWithCharacters:length:"_sel, static_cast<const unichar *>(units), 6u),
-            send(asked, "stringWithFormat:"_sel, "%@-%d"_ns, "x"_ns, 5),
-            send(asked, "pathWithComponents:"_sel, NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns})),
+        const std::pair<id, const char *> made[] = {
+            {send(asked, "stringWithUTF8String:"_sel, "x"), "x"},
+            {send(asked, "stringWithFormat:"_sel, "%@-%d"_ns, "x"_ns, 5), "x-5"},
+            {send(asked, "pathWithComponents:"_sel, NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns})), "/a/b"},
         };
-        const std::string_view texts[] = {"x", wanted, "x-5", "/a/b"};
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_EQ(made[i]->classObject(), asked);
-            EXPECT_EQ(static_cast<NSString *>(made[i])->view(), texts[i]);
+        for (const auto &[string, text] : made) {
+            EXPECT_EQ(string->classObject(), asked);
+            EXPECT_EQ(describe(string), text);
         }
-        EXPECT_EQ(send<Ref<NSString>>(asked, "initWithData:"_sel, data)->asData()->length(), 3u);
     }
-    EXPECT_EQ(NSMutableString::initWithFormat("%s"_ns, "m")->classObject(), NSMutableString::cls());
     EXPECT_REASON(NSString::stringWithUTF8String(nullptr),
                   "NSString stringWithUTF8String: must have a C string that is not NULL.");
-    EXPECT_THROW(NSString::initWithBytes(nullptr, 1), InvalidArgumentException);
-    EXPECT_THROW(NSString::initWithCharacters(nullptr, 1), InvalidArgumentException);
 }
 
 TEST_F(NSStringTest, CStringsAreCutBetweenCharacters) {
     NSString *const text = "a€b"_ns;
     const std::string_view cut[] = {"", "a", "a", "a", "a€", "a€b", "a€b"};
+    char buffer[8];
     for (std::uint32_t most = 0; most < 7; ++most) {
-        char buffer[8];
         std::memset(buffer, '#', sizeof buffer);
         text->getCString(buffer, most);
         EXPECT_EQ(std::string_view(buffer), cut[most]);
         EXPECT_EQ(buffer[cut[most].size() + 1], '#');
     }
-    char buffer[8];
     NSRange rest;
     text->getCString(buffer, 3, {1, 2}, &rest);
     EXPECT_STREQ(buffer, "€");
     EXPECT_EQ(rest, NSMakeRange(2, 1));
-    text->getCString(buffer);
-    EXPECT_STREQ(buffer, "a€b");
 }
 
 TEST_F(NSStringTest, ComparisonWithAndWithoutCase) {
-    struct Row {
+    const struct {
         const char *left, *right;
-        NSComparisonResult order, orderWithoutCase;
+        int order, orderWithoutCase;
+    } rows[] = {
+        {"a", "B", 1, -1},           {"É", "é", -1, 0},       {"ς", "Σ", 1, 0},
+        {"\xE2\x84\xAA", "k", 1, 0}, {"ab", "AB\xFF", 1, -1}, {"\xC9", "é", 1, 1},
     };
-    static const Row kRows[] = {
-        {"a", "B", NSOrderedDescending, NSOrderedAscending},
-        {"a", "A", NSOrderedDescending, NSOrderedSame},
-        {"É", "é", NSOrderedAscending, NSOrderedSame},
-        {"ς", "Σ", NSOrderedDescending, NSOrderedSame},
-        {"\xE2\x84\xAA", "k", NSOrderedDescending, NSOrderedSame},
-        {"ab", "AB\xFF", NSOrderedDescending, NSOrderedAscending},
-        {"\xC9", "é", NSOrderedDescending, NSOrderedDescending},
-        {"", "", NSOrderedSame, NSOrderedSame},
-        {"ж", "Жx", NSOrderedDescending, NSOrderedAscending},
-    };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         NSString *const left = NSString::stringWith(row.left);
         NSString *const right = NSString::stringWith(row.right);
-        EXPECT_EQ(left->compare(right), row.order) << row.left << " " << row.right;
-        EXPECT_EQ(left->compare(right, 0), row.order) << row.left << " " << row.right;
-        EXPECT_EQ(left->caseInsensitiveCompare(right), row.orderWithoutCase) << row.left << " " << row.right;
-        EXPECT_EQ(right->caseInsensitiveCompare(left), -row.orderWithoutCase) << row.left << " " << row.right;
-        EXPECT_EQ(left->isCaseEqualTo(right), row.orderWithoutCase == NSOrderedSame);
+        EXPECT_EQ(left->compare(right), row.order) << row.left;
+        EXPECT_EQ(left->caseInsensitiveCompare(right), row.orderWithoutCase) << row.left;
+        EXPECT_EQ(left->isCaseEqualTo(right), row.orderWithoutCase == 0) << row.left;
     }
     EXPECT_EQ("xaby"_ns->compare("AB"_ns, NSCaseInsensitiveSearch, {1, 2}), NSOrderedSame);
-    EXPECT_FALSE("a"_ns->isCaseEqualTo(nullptr));
-    EXPECT_THROW("a"_ns->caseInsensitiveCompare(nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
-    struct Row {
+    const struct {
         const char *text, *upper, *lower, *capitalized;
-    };
-    static const Row kRows[] = {
-        {"hello WORLD", "HELLO WORLD", "hello world", "Hello World"},
+    } rows[] = {
         {"straße éÀ", "STRAßE ÉÀ", "straße éà", "Straße Éà"},
         {"σίσυφος ЖИЗНЬ", "ΣΊΣΥΦΟΣ ЖИЗНЬ", "σίσυφος жизнь", "Σίσυφος Жизнь"},
         {"ı\xC9 \xE9x", "I\xC9 \xE9X", "ı\xC9 \xE9x", "I\xC9 \xE9x"}, // malformed bytes stay
-        {"@[`{ aZ", "@[`{ AZ", "@[`{ az", "@[`{ Az"},
         {"a\tb\nc-d", "A\tB\nC-D", "a\tb\nc-d", "A\tB\nC-d"},
     };
-    for (const Row &row : kRows) {
+    for (const auto &row : rows) {
         NSString *const text = NSString::stringWith(row.text);
         EXPECT_EQ(text->uppercaseString()->view(), row.upper);
         EXPECT_EQ(text->lowercaseString()->view(), row.lower);
@@ -177,80 +123,37 @@ TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
     }
     NSString *const lower = NSString::stringWith("abc");
     EXPECT_EQ(lower->lowercaseString(), lower); // nothing changes: the receiver
-    NSMutableString *const changing = NSMutableString::stringWith("abc");
-    EXPECT_NE(changing->lowercaseString(), changing);
 }
 
 TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
-    struct Row {
-        const char *text;
-        std::int32_t integer;
-        std::uint32_t unsignedInteger;
-        std::int64_t wide;
-        std::uint64_t unsignedWide;
-        double real;
-        BOOL truth;
-        const char *number; // class and value
+    // The int, unsigned int, long long, unsigned long long, double and bool, and the number's class.
+    static const char *const kRows[][2] = {
+        {" -7 apples", "-7 0 -7 0 -7 1 nil"},
+        {"4294967296", "2147483647 4294967295 4294967296 4294967296 4294967296 1 NSLongLongNumber"},
+        {"18446744073709551615", "2147483647 4294967295 9223372036854775807 18446744073709551615 "
+                                 "18446744073709551616 1 NSLongLongNumber"},
+        {" +18446744073709551616 ", "2147483647 4294967295 9223372036854775807 18446744073709551615 "
+                                    "18446744073709551616 1 NSNumber"},
+        {"-9223372036854775809", "-2147483648 0 -9223372036854775808 0 -9223372036854775808 1 NSNumber"},
+        {"1.5e3x", "1 1 1 1 1500 1 nil"},
+        {"\t1.5\n", "1 1 1 1 1.5 1 NSNumber"},
+        {"", "0 0 0 0 0 0 nil"},
+        {"nan", "0 0 0 0 nan 0 nil"},
+        {"true", "0 0 0 0 0 1 nil"},
+        {" +00Y", "0 0 0 0 0 1 nil"},
     };
-    static const Row kRows[] = {
-        {"42", 42, 42, 42, 42, 42, YES, "NSNumber 42"},
-        {" -7 apples", -7, 0, -7, 0, -7, YES, "nil"},
-        {"4294967296", INT32_MAX, UINT32_MAX, 4294967296, 4294967296, 4294967296, YES,
-         "NSLongLongNumber 4294967296"},
-        {"18446744073709551615", INT32_MAX, UINT32_MAX, INT64_MAX, UINT64_MAX, 18446744073709551615.0, YES,
-         "NSLongLongNumber 18446744073709551615"},
-        {" +18446744073709551616 ", INT32_MAX, UINT32_MAX, INT64_MAX, UINT64_MAX, 18446744073709551616.0, YES,
-         "NSNumber 1.8446744073709552e+19"},
-        {"-9223372036854775809", INT32_MIN, 0, INT64_MIN, 0, -9223372036854775808.0, YES,
-         "NSNumber -9.223372036854776e+18"},
-        {"1.5e3x", 1, 1, 1, 1, 1500, YES, "nil"},
-        {"\t1.5\n", 1, 1, 1, 1, 1.5, YES, "NSNumber 1.5"},
-        {"0", 0, 0, 0, 0, 0, NO, "NSNumber 0"},
-        {"", 0, 0, 0, 0, 0, NO, "nil"},
-        {"-", 0, 0, 0, 0, 0, NO, "nil"},
-        {"true", 0, 0, 0, 0, 0, YES, "nil"},
-        {" +00Y", 0, 0, 0, 0, 0, YES, "nil"},
-        {"no", 0, 0, 0, 0, 0, NO, "nil"},
-        {"1 2", 1, 1, 1, 1, 1, YES, "nil"},
-    };
-    for (const Row &row : kRows) {
-        SCOPED_TRACE(row.text);
-        NSString *const text = NSString::stringWith(row.text);
-        EXPECT_EQ(text->intValue(), row.integer);
-        EXPECT_EQ(text->unsignedIntValue(), row.unsignedInteger);
-        EXPECT_EQ(text->longLongValue(), row.wide);
-        EXPECT_EQ(text->unsignedLongLongValue(), row.unsignedWide);
-        EXPECT_EQ(text->doubleValue(), row.real);
-        EXPECT_EQ(text->floatValue(), static_cast<float>(row.real));
-        EXPECT_EQ(text->boolValue(), row.truth);
-        NSNumber *const number = text->asNumber();
-        EXPECT_EQ(number ? std::string(number->classObject()->nameView()) + " " + describe(number) : "nil",
-                  row.number);
+    for (const auto &[text, wanted] : kRows) {
+        NSString *const string = NSString::stringWith(text);
+        NSNumber *const number = string->asNumber();
+        std::ostringstream told;
+        told << string->intValue() << ' ' << string->unsignedIntValue() << ' ' << string->longLongValue()
+             << ' ' << string->unsignedLongLongValue() << ' ' << std::setprecision(20)
+             << string->doubleValue() << ' ' << int{string->boolValue()} << ' '
+             << (number ? describe(number->classObject()->name()) : "nil");
+        EXPECT_EQ(told.str(), wanted) << text;
     }
-    EXPECT_EQ("nan"_ns->asNumber(), nullptr);
+    EXPECT_EQ(describe("18446744073709551615"_ns->asNumber()), "18446744073709551615");
     EXPECT_EQ(NSString::stringWith(std::string_view("1\0", 2))->asNumber(), nullptr);
-}
-
-TEST_F(NSStringTest, RepresentationsOfRandomTextsStandByteForByteAsTheRulesSay) {
-    Random random;
-    static const std::string kPieces[] = {"a",    "\"",   "\\",   "\n",           "é",
-                                          "\xC3", "\x80", "\x01", "plain words ", "€"};
-    for (int round = 0; round < 500; ++round) {
-        const std::string bytes = " " + randomText(random, random.below(200), kPieces);
-        std::string wanted = "\"";
-        for (const std::string &character : UnitModel(bytes).characters) {
-            const auto byte = static_cast<unsigned char>(character[0]);
-            char octal[5];
-            std::snprintf(octal, sizeof octal, "\\%03o", byte);
-            if (byte == '"' || byte == '\\')
-                wanted += '\\' + character;
-            else if (byte == '\n')
-                wanted += "\\n";
-            else
-                wanted += byte < 0x20 || (byte >= 0x80 && character.size() == 1) ? octal : character;
-        }
-        ASSERT_EQ(NSString::stringWith(bytes)->stringRepresentation()->view(), wanted + '"');
-    }
 }
 
 TEST_F(NSStringTest, StringsAreGoodValuesInCpp) {
@@ -262,12 +165,12 @@ TEST_F(NSStringTest, StringsAreGoodValuesInCpp) {
     stream << *a << *b;
     EXPECT_EQ(stream.str(), "ab");
     EXPECT_EQ(std::hash<NSString>()(*a), a->hash());
-    EXPECT_EQ(NSString::stringWith(std::string("x") + std::string(b->view()))->view(), "xb");
 }
 
-TEST_F(NSStringTest, LegalNamesHaveLowLinesForOtherBytes) {
+TEST_F(NSStringTest, RepresentationsAreThoseOfPropertyListsAndLegalNamesHaveLowLines) {
+    EXPECT_EQ("a \"b\"\n"_ns->stringRepresentation()->view(), "\"a \\\"b\\\"\\n\"");
+    EXPECT_EQ("ab"_ns->stringRepresentation(), "ab"_ns);
     EXPECT_EQ("A-b.9ß_"_ns->asLegalNameString()->view(), "A_b_9___");
-    EXPECT_EQ("9lives"_ns->asLegalNameString(), "9lives"_ns);
 }
 
 TEST_F(NSStringTest, RangesAsText) {
@@ -279,5 +182,4 @@ TEST_F(NSStringTest, RangesAsText) {
                                                              {"a5b6c7", {5, 6}}};
     for (const auto &[text, range] : kRows)
         EXPECT_EQ(NSRangeFromString(NSString::stringWith(text)), range) << text;
-    EXPECT_EQ(NSRangeFromString(nullptr), NSRange());
 }

@@ -1,78 +1,56 @@
 #include "Calendar/TimeZoneSetting.h"
 #include "support/PoolFixture.h"
 
-#include <algorithm>
-
 using NSTimeZoneTest = PoolFixture;
 
-namespace {
-
-NSDate *winter() {
-    return NSDate::dateWithString("2024-01-15 12:00:00 +0000"_ns);
-}
-NSDate *summer() {
-    return NSDate::dateWithString("2024-07-15 12:00:00 +0000"_ns);
-}
-
-} // namespace
-
 TEST_F(NSTimeZoneTest, NamesAbbreviationsAndOffsetsFindZones) {
-    const struct {
-        NSTimeZone *zone;
-        const char *name;
-        int winter, summer; // seconds
-        const char *summerName;
-        bool isSummerTime;
-    } rows[] = {
-        {NSTimeZone::timeZoneWithName("Europe/Berlin"_ns), "Europe/Berlin", 3600, 7200, "CEST", true},
-        {NSTimeZone::timeZoneWithName("GMT-11"_ns), "GMT-11", -39600, -39600, "GMT-11", false},
-        {NSTimeZone::timeZoneWithName("+0130"_ns), "+0130", 5400, 5400, "+0130", false},
-        {NSTimeZone::timeZoneWithName("CET DST"_ns), "CET DST", 7200, 7200, "CET DST", true},
-        {NSTimeZone::timeZoneWithAbbreviation("CEST"_ns), "CEST", 7200, 7200, "CEST", true},
-        {NSTimeZone::timeZoneWithAbbreviation("Asia/Kathmandu"_ns), "Asia/Kathmandu", 20700, 20700, "+0545",
-         false},
-        {NSTimeZone::timeZoneForSecondsFromGMT(-5400), "-0130", -5400, -5400, "-0130", false},
-        {NSTimeZone::timeZoneForSecondsFromGMT(0), "GMT", 0, 0, "GMT", false},
-        {NSTimeZone::gmt(), "GMT", 0, 0, "GMT", false},
+    const std::pair<NSTimeZone *, const char *> rows[] = {
+        // The name, the seconds in winter and summer, the summer's name and whether it is summer time.
+        {NSTimeZone::timeZoneWithName("Europe/Berlin"_ns), "Europe/Berlin 3600 7200 CEST 1"},
+        {NSTimeZone::timeZoneWithName("CET"_ns), "CET 3600 7200 CEST 1"}, // a place of that name
+        {NSTimeZone::timeZoneWithName("GMT-11"_ns), "GMT-11 -39600 -39600 GMT-11 0"},
+        {NSTimeZone::timeZoneWithName("GMT+5:30"_ns), "GMT+5:30 19800 19800 GMT+5:30 0"},
+        {NSTimeZone::timeZoneWithName("-03"_ns), "-03 -10800 -10800 -03 0"},
+        {NSTimeZone::timeZoneWithName("+001930"_ns), "+001930 1170 1170 +001930 0"},
+        {NSTimeZone::timeZoneWithName("CET DST"_ns), "CET DST 7200 7200 CET DST 1"},
+        {NSTimeZone::timeZoneWithName("GMT+1 DST"_ns), "GMT+1 DST 7200 7200 GMT+1 DST 1"},
+        {NSTimeZone::timeZoneWithName("Asia/Tokyo DST"_ns), "Asia/Tokyo DST 36000 36000 Asia/Tokyo DST 1"},
+        {NSTimeZone::timeZoneWithAbbreviation("CET"_ns), "CET 3600 3600 CET 0"},
+        {NSTimeZone::timeZoneWithAbbreviation("CEST"_ns), "CEST 7200 7200 CEST 1"},
+        {NSTimeZone::timeZoneWithAbbreviation("Asia/Tokyo"_ns), "Asia/Tokyo 32400 32400 JST 0"},
+        {NSTimeZone::timeZoneForSecondsFromGMT(-5400), "-0130 -5400 -5400 -0130 0"},
     };
-    for (const auto &row : rows) {
-        ASSERT_NE(row.zone, nullptr) << row.name;
-        EXPECT_EQ(row.zone->name()->view(), row.name);
-        EXPECT_EQ(row.zone->description()->view(), row.name);
-        EXPECT_EQ(row.zone->secondsFromGMTForDate(winter()), row.winter) << row.name;
-        EXPECT_EQ(row.zone->secondsFromGMTForDate(summer()), row.summer) << row.name;
-        EXPECT_EQ(row.zone->abbreviationForDate(summer())->view(), row.summerName);
-        EXPECT_EQ(row.zone->isDaylightSavingTimeForDate(summer()), row.isSummerTime) << row.name;
-        EXPECT_EQ(row.zone->secondsFromGMT(), row.zone->secondsFromGMTForDate(NSDate::date()));
+    NSDate *const winter = NSDate::dateWithString("2024-01-15 12:00:00 +0000"_ns);
+    NSDate *const summer = NSDate::dateWithString("2024-07-15 12:00:00 +0000"_ns);
+    for (const auto &[zone, told] : rows) {
+        ASSERT_NE(zone, nullptr) << told;
+        EXPECT_EQ(
+            NSString::stringWithFormat("%@ %d %d %@ %d"_ns, zone->name(), zone->secondsFromGMTForDate(winter),
+                                       zone->secondsFromGMTForDate(summer), zone->abbreviationForDate(summer),
+                                       zone->isDaylightSavingTimeForDate(summer))
+                ->view(),
+            told);
+        EXPECT_EQ(zone->secondsFromGMT(), zone->secondsFromGMTForDate(NSDate::date()));
     }
     EXPECT_EQ(NSTimeZone::timeZoneWithName("Nowhere/Land"_ns), nullptr);
-    EXPECT_EQ(NSTimeZone::timeZoneWithName("../../../etc/passwd"_ns), nullptr);
-    EXPECT_EQ(NSTimeZone::timeZoneWithName(nullptr), nullptr);
-    EXPECT_EQ(NSTimeZone::timeZoneWithAbbreviation(nullptr), nullptr);
     EXPECT_EQ(NSTimeZone::timeZoneForSecondsFromGMT(27 * 3600), nullptr);
 }
 
 TEST_F(NSTimeZoneTest, EqualityIsOfNameAndClocks) {
-    NSTimeZone *berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
-    EXPECT_TRUE(berlin->isEqual(NSTimeZone::timeZoneWithName("Europe/Berlin"_ns)));
-    EXPECT_EQ(berlin->hash(), NSTimeZone::timeZoneWithName("Europe/Berlin"_ns)->hash());
-    EXPECT_TRUE(NSTimeZone::timeZoneForSecondsFromGMT(60)->isEqual(NSTimeZone::timeZoneWithName("+0001"_ns)));
-    EXPECT_FALSE(berlin->isEqual(NSTimeZone::timeZoneWithName("Europe/Paris"_ns)));
-    EXPECT_FALSE(berlin->isEqual("Europe/Berlin"_ns));
-    // A place under the name of an abbreviation is not the abbreviation.
-    EXPECT_FALSE(
-        NSTimeZone::timeZoneWithName("CET"_ns)->isEqual(NSTimeZone::timeZoneWithAbbreviation("CET"_ns)));
-    EXPECT_EQ(berlin->copy().get(), berlin);
+    NSTimeZone *const minute = NSTimeZone::timeZoneForSecondsFromGMT(60);
+    EXPECT_TRUE(minute->isEqual(NSTimeZone::timeZoneWithName("+0001"_ns)));
+    EXPECT_EQ(minute->hash(), NSTimeZone::timeZoneWithName("+0001"_ns)->hash());
+    NSTimeZone *const place = NSTimeZone::timeZoneWithName("CET"_ns);
+    EXPECT_FALSE(place->isEqual(NSTimeZone::timeZoneWithAbbreviation("CET"_ns)));
+    EXPECT_FALSE(place->isEqual(NSTimeZone::timeZoneWithName("Europe/Berlin"_ns)));
 }
 
 TEST_F(NSTimeZoneTest, TheDefaultIsTheSystemsUntilItIsSet) {
     const TimeZoneSetting setting("America/New_York");
-    EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "America/New_York");
-    EXPECT_EQ(NSTimeZone::systemTimeZone(), NSTimeZone::systemTimeZone());
-    TimeZoneSetting::set("Asia/Tokyo");
-    EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
+    EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "America/New_York");
     NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("Europe/Paris"_ns));
     EXPECT_EQ(describe(NSTimeZone::localTimeZone()), "Europe/Paris");
+    TimeZoneSetting::set("Asia/Tokyo");
     EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "Asia/Tokyo");
     NSTimeZone::setDefaultTimeZone(nullptr);
     EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
@@ -82,8 +60,6 @@ TEST_F(NSTimeZoneTest, EveryKnownNameFindsItsZone) {
     std::string before;
     NSArray *names = NSTimeZone::knownTimeZoneNames();
     EXPECT_GT(names->count(), 300u);
-    EXPECT_TRUE(names->containsObject("GMT"_ns));
-    EXPECT_TRUE(names->containsObject("America/Argentina/Buenos_Aires"_ns));
     for (id name : *names) {
         EXPECT_LT(before, describe(name));
         before = describe(name);

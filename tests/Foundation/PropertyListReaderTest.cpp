@@ -20,19 +20,13 @@ std::string nested(unsigned depth) {
 
 TEST_F(PropertyListReaderTest, ReadsEachKindOfValue) {
     const std::pair<std::string_view, std::string_view> rows[] = {
-        {"a", "a"},
         {" \t\r\n\v\fa\n", "a"},
         {"\xEF\xBB\xBF/usr/lib-1.2:$x_y", "/usr/lib-1.2:$x_y"},
-        {"-5.5", "-5.5"},
         {"\"\"", ""},
         {"\"a b=c;\"", "a b=c;"},
-        {"<>", "<>"},
         {"< 0fBD7771 c2 >", "<0fbd7771 c2>"},
-        {"()", "()"},
         {"(\n\n)", "()"},
-        {"(a, (b, \"c d\"), <00>, {})", "(a, (b, c d), <00>, {})"},
-        {"(a,b,)", "(a, b)"},
-        {"{}", "{}"},
+        {"(a, (b, \"c d\"), <>, {}, )", "(a, (b, c d), <>, {})"},
         {"{b=1;a=2;}", "{b = 1; a = 2; }"},
         {"{ \"k k\" = {c = (d)}; e = f }", "{k k = {c = (d); }; e = f; }"},
         {"/* one */ ( // two\na, /* , b */ c // three\n)", "(a, c)"},
@@ -63,22 +57,13 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
     const std::pair<std::string_view, std::string_view> rows[] = {
         {"", "1 1 a value"},
         {"\xEF\xBB\xBF \n ", "2 2 a value"},
-        {"a b", "1 3 the end of the text"},
         {"\"a\"b", "1 4 the end of the text"},
         {"a\0"sv, "1 2 the end of the text"},
-        {"=", "1 1 a value"},
         {"a/*", "1 2 a comment that is closed"},
         {"(a,\n  b c)", "2 5 ',' or ')'"},
-        {"(a", "1 3 ',' or ')'"},
         {"(a,", "1 4 a value"},
-        {"(,)", "1 2 a value"},
-        {"(a,,b)", "1 4 a value"},
-        {"(})", "1 2 a value"},
         {"{a}", "1 3 '='"},
-        {"{a=}", "1 4 a value"},
-        {"{a=b", "1 5 ';' or '}'"},
         {"{a=b c", "1 6 ';' or '}'"},
-        {"{a=b;;}", "1 6 a key or '}'"},
         {"{(a)=b}", "1 2 a key or '}'"},
         {"{a=b;", "1 6 a key or '}'"},
         {"{ a = 1;\n  b = 2;\n  \"a\" = 3; }", "3 3 a key that does not stand in the dictionary already"},
@@ -86,12 +71,14 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"\"\xC3\xA9\xF0\x9F\x98\x80\xFF\\", "1 7 a character behind '\\'"},
         {R"("\400")", "1 3 an octal number of at most 377"},
         {R"("\U12g4")", "1 6 four hexadecimal digits"},
-        {R"("\U12)", "1 6 four hexadecimal digits"},
         {R"("\Ud83dx")", "1 8 the second half of a surrogate pair"},
         {R"("\Ud83d\U0041")", "1 14 the second half of a surrogate pair"},
         {R"("\Ude00")", "1 8 the first half of a surrogate pair"},
         {"<0f1>", "1 5 hexadecimal digits in pairs and '>'"},
-        {"<0fx0>", "1 4 hexadecimal digits in pairs and '>'"},
+        {"<0f/>", "1 4 hexadecimal digits in pairs and '>'"}, // the neighbours of the digits in ASCII
+        {"<0f:>", "1 4 hexadecimal digits in pairs and '>'"},
+        {"<0f@>", "1 4 hexadecimal digits in pairs and '>'"},
+        {"<0fg>", "1 4 hexadecimal digits in pairs and '>'"},
         {"(<0f", "1 5 hexadecimal digits in pairs and '>'"},
     };
     for (const auto &[text, expected] : rows) {
@@ -103,45 +90,14 @@ TEST_F(PropertyListReaderTest, NestingEndsAt512Levels) {
     const unsigned deepest = qb::PropertyListReader::kDeepestNesting;
     EXPECT_EQ(deepest, 512u);
     EXPECT_EQ(read(nested(deepest)), nested(deepest));
-    for (const std::string &tooDeep :
-         {nested(deepest + 1), std::string(1'000'000, '{'), std::string(1'000'000, '(')}) {
-        ErrorExpectation error(900001);
-        EXPECT_EQ(read(tooDeep), "nil");
-        const bool isDictionary = tooDeep.front() == '{';
-        EXPECT_EQ(error.values(), isDictionary ? "1 2 a key or '}'" : "1 513 less deep nesting");
+    for (const std::string &tooDeep : {nested(deepest + 1), std::string(1'000'000, '(')}) {
+        expectError(900001, "1 513 less deep nesting", [&] { EXPECT_EQ(read(tooDeep), "nil"); });
     }
 }
 
-TEST_F(PropertyListReaderTest, ContainersOfAnySizeKeepTheirOrder) {
-    std::string list = "(", dictionary = "{";
-    std::string expectedList = "(", expectedDictionary = "{";
-    for (int i = 0; i < 3'000; ++i) {
-        const std::string number = std::to_string(i);
-        list += number + ",";
-        dictionary += "key" + number + "=" + number + ";";
-        expectedList += (i ? ", " : "") + number;
-        expectedDictionary += "key" + number + " = " + number + "; ";
-    }
-    EXPECT_EQ(read(list + ")"), expectedList + ")");
-    EXPECT_EQ(read(dictionary + "}"), expectedDictionary + "}");
-    const id value = NSString::stringWith(dictionary + "}")->propertyList();
-    EXPECT_EQ(describe(qb::castOrNil<NSDictionary>(value)->objectForKey("key2999"_ns)), "2999");
-}
-
-TEST_F(PropertyListReaderTest, RepeatedKeysAreOneString) {
-    auto *const list = qb::castOrNil<NSArray>("({key=a;},{\"key\"=b;})"_ns->propertyList());
-    ASSERT_NE(list, nullptr);
-    const auto keyAt = [list](std::uint32_t index) {
-        return static_cast<NSDictionary *>(list->objectAtIndex(index))->allKeys()->objectAtIndex(0);
-    };
-    EXPECT_EQ(keyAt(0), keyAt(1));
-}
-
-TEST_F(PropertyListReaderTest, DataReadsItsBytesAndTheSelectorReachesBoth) {
+TEST_F(PropertyListReaderTest, DataReadsItsBytes) {
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\xC3\xA9)", 6)->propertyList()), "nil");
     ERRORHANDLER->clearErrorStack();
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\"\xC3\xA9\")", 8)->propertyList()), "(a, \xC3\xA9)");
-    EXPECT_EQ(describe(send<id>("(a)"_ns, "propertyList"_sel)), "(a)");
-    EXPECT_EQ(describe(send<id>(NSData::dataWithBytes("(a)", 3), "propertyList"_sel)), "(a)");
     expectError(900001, "1 1 a value", [&] { EXPECT_EQ(NSData::data()->propertyList(), nullptr); });
 }

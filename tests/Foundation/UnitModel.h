@@ -4,9 +4,9 @@
 
 #include "Text/RandomText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 /// A text decoded leniently: the bytes of each character, and the UTF-16 units of all.
@@ -14,7 +14,8 @@ class UnitModel {
 public:
     explicit UnitModel(const std::string &text) {
         for (std::size_t position = 0; position < text.size();) {
-            const std::string character = text.substr(position, lengthAt(text, position));
+            const std::string character =
+                text.substr(position, std::max<std::size_t>(wellFormedLength(text, position), 1));
             characters.push_back(character);
             addUnits(character);
             position += character.size();
@@ -59,31 +60,6 @@ public:
     std::u16string units;
 
 private:
-    // RFC 3629, section 4, row by row.
-    static std::size_t lengthAt(const std::string &text, std::size_t position) {
-        struct Row {
-            unsigned char first, last, secondFirst, secondLast;
-            std::size_t length;
-        };
-        static constexpr Row kRows[] = {{0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
-                                        {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3},
-                                        {0xEE, 0xEF, 0x80, 0xBF, 3}, {0xF0, 0xF0, 0x90, 0xBF, 4},
-                                        {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4}};
-        const auto isIn = [&](std::size_t at, unsigned char first, unsigned char last) {
-            return at < text.size() && static_cast<unsigned char>(text[at]) >= first &&
-                   static_cast<unsigned char>(text[at]) <= last;
-        };
-        for (const Row &row : kRows) {
-            bool matches =
-                isIn(position, row.first, row.last) && isIn(position + 1, row.secondFirst, row.secondLast);
-            for (std::size_t i = 2; i < row.length; ++i)
-                matches = matches && isIn(position + i, 0x80, 0xBF);
-            if (matches)
-                return row.length;
-        }
-        return 1;
-    }
-
     void addUnits(const std::string &character) {
         starts.push_back(static_cast<std::uint32_t>(units.size()));
         std::uint32_t value = static_cast<unsigned char>(character[0]);

@@ -30,7 +30,6 @@ TEST_F(SendTest, SelectorsReachBothOverloadsAndKeepOwnership) {
     EXPECT_EQ(tally->retainCount(), 1u); // a send borrows its receiver
     SEL selector = NSSelectorFromString("countForString:"_ns);
     EXPECT_EQ(send<std::uint32_t>(tally.get(), selector, "a"_ns), 12u);
-    EXPECT_EQ(describe(send(tally.get(), "allStrings"_sel)), "(a)");
 }
 
 TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
@@ -39,11 +38,7 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     EXPECT_EQ(send<std::uint8_t>(tally, "addString:times:"_sel, "a"_ns, static_cast<signed char>(1)), 4u);
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:times:"_sel, "a"_ns, -1),
                   "QBTally addString:times: must have an argument 2 that is a uint32_t.");
-    EXPECT_REASON(send<std::uint32_t>(tally, "addString:times:"_sel, "a"_ns, 1.0),
-                  "QBTally addString:times: must have an argument 2 that is a uint32_t.");
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel, NSNumber::numberWithInt(1)),
-                  "QBTally addString: must have an argument 1 that is a NSString *.");
-    EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel, "a"),
                   "QBTally addString: must have an argument 1 that is a NSString *.");
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel), "QBTally addString: must have 1 argument.");
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
@@ -58,8 +53,6 @@ TEST_F(SendTest, NilAnswersZeroAndUnknownSelectorsThrowOrAreForwarded) {
     auto proxy = Ref<Proxy>::adopt(new Proxy(tally));
     EXPECT_EQ(send<std::uint32_t>(proxy.get(), "addString:times:"_sel, "a"_ns, 7u), 7u);
     EXPECT_EQ(send<std::uint32_t>(QBNil::value(), "addString:times:"_sel, "a"_ns, 7u), 0u);
-    EXPECT_EQ(send(QBNil::value(), "anything"_sel), nullptr);
-    EXPECT_EQ(QBNil::value(), QBNil::new_());
 }
 
 TEST_F(SendTest, MakersMakeObjectsOfTheClassAsked) {
@@ -67,12 +60,7 @@ TEST_F(SendTest, MakersMakeObjectsOfTheClassAsked) {
     EXPECT_TRUE(made->isMemberOfClass(SharedTally::cls()));
     Ref<QBTally> owned = send<Ref<QBTally>>(NSClassFromString("SharedTally"_ns), "initWithLimit:"_sel, 2u);
     EXPECT_EQ(owned->retainCount(), 1u);
-    id raw = send<id>(QBTally::cls(), "initWithLimit:"_sel, 2); // an int, converted on the way
-    EXPECT_EQ(raw->retainCount(), 1u);
-    raw->release();
     EXPECT_EQ(send<id>(SharedTally::cls(), "initWithLimit:"_sel, UINT32_MAX), nullptr);
-    SharedTally *typed = SharedTally::tallyWithLimit(3);
-    EXPECT_EQ(typed->classObject()->name()->view(), "SharedTally");
 }
 
 TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
@@ -81,8 +69,6 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
     invocation->setArguments({"a"_ns, std::uint8_t{200}});
     invocation->invoke();
     EXPECT_EQ(invocation->returnValue().as<std::uint32_t>(), 200u);
-    EXPECT_FALSE(invocation->returnValue().isSigned());
-    EXPECT_EQ(invocation->returnValue().width(), 32u);
     EXPECT_THROW(static_cast<void>(invocation->returnValue().as<std::int8_t>()), InvalidArgumentException);
 
     NSInvocation *init = NSInvocation::invocationWithTarget(QBTally::cls(), "initWithLimit:"_sel);
@@ -93,12 +79,11 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
 }
 
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {
+    Class *const strings = NSString::cls();
+    EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b")), "1b");
     const qb::Value both[] = {1, "b"};
-    EXPECT_EQ(send<NSString *>(NSString::cls(), "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b")->view(),
-              "1b");
-    EXPECT_EQ(send<NSString *>(NSString::cls(), "stringWithRestrictedFormat:andArglist:"_sel, "%d%s"_ns,
-                               qb::ArgList(both, 2))
-                  ->view(),
+    EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:andArglist:"_sel, "%d%s"_ns,
+                            qb::ArgList(both, 2))),
               "1b");
 }
 
@@ -125,13 +110,10 @@ TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {
                       "-addString:times: uint32_t (NSString *, uint32_t)\n"
                       "-countForString: uint32_t (NSString *)\n"
                       "-allStrings NSArray * ()\n");
-    EXPECT_EQ(NSStringFromSelector("addString:times:"_sel)->view(), "addString:times:");
-    EXPECT_EQ("addString:"_sel.selector(), NSSelectorFromString("addString:"_ns));
     EXPECT_THROW(new Class("QBTally", NSObject::cls(), {}), InvalidArgumentException);
 }
 
 TEST_F(SendTest, OnlyAStatedOrderIsListedAlthoughTheRootHasTheMember) {
     EXPECT_FALSE(QBTally::tallyWithLimit(0)->respondsToSelector("compare:"_sel));
     EXPECT_THROW(QBTally::tallyWithLimit(0)->compare("a"_ns), InvalidArgumentException);
-    EXPECT_EQ(send<NSComparisonResult>("a"_ns, "compare:"_sel, "b"_ns), NSOrderedAscending);
 }

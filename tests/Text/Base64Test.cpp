@@ -25,13 +25,6 @@ std::string encodedBitwise(std::string_view bytes) {
     return result.append((4 - result.size() % 4) % 4, '=');
 }
 
-std::string randomBytes(Random &random, std::size_t length) {
-    std::string bytes(length, '\0');
-    for (char &byte : bytes)
-        byte = static_cast<char>(random.bits());
-    return bytes;
-}
-
 std::string encoded(ExactCopy &bytes) {
     const std::size_t rest = bytes.size() % 3;
     const std::size_t whole = bytes.size() - rest;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 
 /// Random numbers whose seed stands in the message of whatever fails in their scope.
 class Random {
@@ -30,6 +31,13 @@ private:
     testing::ScopedTrace trace_;
 };
 
+inline std::string randomBytes(Random &random, std::size_t length) {
+    std::string bytes(length, '\0');
+    for (char &byte : bytes)
+        byte = static_cast<char>(random.bits());
+    return bytes;
+}
+
 /// A copy of a text that ends where its allocation ends, so that a checker of addresses sees each byte read
 /// beyond; its beginning has any alignment.
 class ExactCopy {
@@ -49,6 +57,32 @@ private:
     std::size_t offset_;
     std::size_t length_;
 };
+
+/// The length of the well-formed character at that place, 0 when there is none: the table of RFC 3629,
+/// section 4, row by row.
+inline std::size_t wellFormedLength(std::string_view text, std::size_t position) {
+    struct Row {
+        unsigned char first, last, secondFirst, secondLast;
+        std::size_t length;
+    };
+    static constexpr Row kRows[] = {{0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
+                                    {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3},
+                                    {0xEE, 0xEF, 0x80, 0xBF, 3}, {0xF0, 0xF0, 0x90, 0xBF, 4},
+                                    {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4}};
+    const auto isIn = [&](std::size_t at, unsigned char first, unsigned char last) {
+        return at < text.size() && static_cast<unsigned char>(text[at]) >= first &&
+               static_cast<unsigned char>(text[at]) <= last;
+    };
+    for (const Row &row : kRows) {
+        bool matches =
+            isIn(position, row.first, row.last) && isIn(position + 1, row.secondFirst, row.secondLast);
+        for (std::size_t i = 2; i < row.length; ++i)
+            matches = matches && isIn(position + i, 0x80, 0xBF);
+        if (matches)
+            return row.length;
+    }
+    return isIn(position, 0, 0x7F) ? 1 : 0;
+}
 
 /// Returns `length` bytes made of pieces of `pieces`, the last one cut.
 template <std::size_t count>
