@@ -17,7 +17,6 @@ protected:
     }
 
     TemporaryDirectory directory_;
-    NSString *const nulPath_ = NSString::stringWith(std::string_view("a\0b", 3));
 };
 
 TEST_F(OSFilePathChangesTest, MakePathCreatesEachMissingDirectory) {
@@ -25,59 +24,39 @@ TEST_F(OSFilePathChangesTest, MakePathCreatesEachMissingDirectory) {
     OSFilePath::makePath(directory_.string("a/b//c/"));
     ::umask(mask);
     EXPECT_EQ(status("a/b/c").st_mode, 040750u);
-    OSFilePath::makePath(directory_.string("a/b/c")); // once more: nothing to do
     OSFilePath::makePath(directory_.string("a/new/../d"));
     EXPECT_TRUE(directory_.has("a/new") && directory_.has("a/d"));
     OSFilePath::makePath(""_ns);
-    OSFilePath::makePath(nullptr);
-    OSFilePath::makePath("/"_ns);
     directory_.write("file", "");
     OSFilePath::makePath(directory_.string("file")); // not looked at
-}
-
-TEST_F(OSFilePathChangesTest, MakePathStopsAtTheFirstFailure) {
-    directory_.write("file", "");
     expectError(100168, directory_ / "file/x Not a directory",
                 [&] { OSFilePath::makePath(directory_.string("file/x/y")); });
-    expectError(100168, "a Invalid argument", [&] { OSFilePath::makePath(nulPath_); });
-    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    NSString *const path = directory_.string("new/one");
-    expectError(100156, "", [&] { OSFilePath::makePath(path); });
-    EXPECT_FALSE(directory_.has("new"));
-    ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
-    OSFilePath::makePath(path);
-    EXPECT_FALSE(directory_.has("new"));
-    ERRORHANDLER->clearErrorStack();
+    NSString *const nulPath = NSString::stringWith(std::string_view("a\0b", 3));
+    expectError(100168, "a Invalid argument", [&] { OSFilePath::makePath(nulPath); });
 }
 
 TEST_F(OSFilePathChangesTest, RenameReplacesAndReportsBothNames) {
     directory_.write("old", "1");
     directory_.write("new", "2");
-    send<void>(OSFilePath::cls(), "renamePath:to:"_sel, directory_.string("old"), directory_.string("new"));
+    OSFilePath::renamePath(directory_.string("old"), directory_.string("new"));
     EXPECT_EQ(directory_.read("new"), "1");
     EXPECT_FALSE(directory_.has("old"));
     expectError(100202, directory_ / "old " + directory_ / "x" + " No such file or directory",
                 [&] { OSFilePath::renamePath(directory_.string("old"), directory_.string("x")); });
-    expectError(100202, "x a Invalid argument", [&] { OSFilePath::renamePath("x"_ns, nulPath_); });
     expectError(100202, "<null> x Bad address", [&] { OSFilePath::renamePath(nullptr, "x"_ns); });
 }
 
 TEST_F(OSFilePathChangesTest, TouchCreatesFilesAndSetsBothTimes) {
-    OSFilePath::touchFileAtPath(directory_.string("new"), 1000000000);
-    EXPECT_EQ(status("new").st_mtime, 1000000000);
-    EXPECT_EQ(status("new").st_atime, 1000000000);
     OSFilePath::touchFileAtPath(directory_.string("new"), std::int64_t{1} << 32);
     EXPECT_EQ(status("new").st_mtime, std::int64_t{1} << 32);
+    EXPECT_EQ(status("new").st_atime, std::int64_t{1} << 32);
     directory_.write("full", "abc");
     OSFilePath::touchFileAtPath(directory_.string("full"), 5);
     OSFilePath::touchFileAtPath(directory_.string("full"));
     EXPECT_LE(std::time(nullptr) - status("full").st_mtime, 60);
     EXPECT_EQ(directory_.read("full"), "abc");
-    expectError(100024, directory_ / "no/file No such file or directory",
-                [&] { OSFilePath::touchFileAtPath(directory_.string("no/file")); });
     expectError(100235, directory_ / "full/x Not a directory",
                 [&] { OSFilePath::touchFileAtPath(directory_.string("full/x")); });
-    expectError(100235, "a Invalid argument", [&] { OSFilePath::touchFileAtPath(nulPath_); });
     const Fault fault(Call::close, /*skip=*/0, /*times=*/1, ENOSPC);
     expectError(100024, directory_ / "late No space left on device",
                 [&] { OSFilePath::touchFileAtPath(directory_.string("late")); });
@@ -90,15 +69,10 @@ TEST_F(OSFilePathChangesTest, LinkIsReplacedInOneStep) {
     OSFilePath::symlink(directory_.string("link"), directory_.string("two"));
     EXPECT_EQ(std::filesystem::read_symlink(directory_ / "link"), directory_ / "two");
     directory_.write("file", "");
-    OSFilePath::symlink(directory_.string("link"), nullptr);
-    OSFilePath::symlink(nullptr, directory_.string("one"));
     expectError(100170, directory_ / "file",
                 [&] { OSFilePath::symlink(directory_.string("link"), directory_.string("file")); });
     expectError(100199, directory_ / "one " + directory_ / "two Is a directory",
                 [&] { OSFilePath::symlink(directory_.string("two"), directory_.string("one")); });
-    const Fault fault(Call::symlink, /*skip=*/0, /*times=*/1, EROFS);
-    expectError(100199, directory_ / "one " + directory_ / "link Read-only file system",
-                [&] { OSFilePath::symlink(directory_.string("link"), directory_.string("one")); });
     EXPECT_EQ(directory_.names(),
               (std::vector<std::string>{"file", "link", "one", "two"})); // nothing left over
 }
@@ -110,21 +84,17 @@ TEST_F(OSFilePathChangesTest, DescriptorsOpenWithStdioModesAndStayWithUs) {
     EXPECT_EQ(::write(writer, "abc", 3), 3);
     EXPECT_EQ(OSFilePath::closeFile(writer), 0);
     EXPECT_EQ(OSFilePath::closeFile(writer), -1);
-    const std::int32_t appender =
-        send<std::int32_t>(OSFilePath::cls(), "openFile:mode:"_sel, directory_.string("file"), "a");
+    const std::int32_t appender = OSFilePath::openFile(directory_.string("file"), "a");
     EXPECT_EQ(::write(appender, "d", 1), 1);
     OSFilePath::closeFile(appender);
     EXPECT_EQ(directory_.read("file"), "abcd");
     EXPECT_EQ(OSFilePath::openFile(directory_.string("missing"), "r"), -1);
-    EXPECT_EQ(OSFilePath::openFile(nulPath_, "r"), -1);
-    EXPECT_EQ(OSFilePath::openFile(directory_.string("file"), nullptr), -1);
 }
 
 // --- Removal ---
 
 TEST_F(OSFilePathChangesTest, RemovalTakesFilesAndWholeTrees) {
     directory_.write("tree/a/b/\xff\n", "1");
-    directory_.write("tree/a/" + std::string(255, 'n'), "2");
     directory_.write("other/kept", "3");
     directory_.link("../other/kept", "tree/link");
     for (const char *name : {"1", "2", "3", "4"}) {
@@ -151,43 +121,24 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
     EXPECT_TRUE(directory_.has("loop/a/up"));
 }
 
-TEST_F(OSFilePathChangesTest, RemovalFailuresStopItAndEarlierErrorsStayInFront) {
+TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront) {
     directory_.write("tree/file", "");
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
-    const struct {
-        Call call;
-        int number;
-        const char *path;
-    } rows[] = {{Call::stat, 100194, "tree"},
-                {Call::opendir, 100203, "tree"},
-                {Call::readdir, 100198, "tree"},
-                {Call::unlink, 100203, "tree/file"},
-                {Call::rmdir, 100203, "tree"}};
-    for (const auto &row : rows) {
-        const Fault fault(row.call, /*skip=*/0, /*times=*/1, EIO);
-        const std::size_t raised = recordingErrorHandler()->raised.size();
+    {
+        const Fault fault(Call::readdir, /*skip=*/0, /*times=*/1, EIO);
         OSFilePath::removePath(directory_.string("tree"));
-        ASSERT_EQ(recordingErrorHandler()->raised.size(), raised + 1) << sys::nameOfCall(row.call);
-        EXPECT_EQ(recordingErrorHandler()->raised.back().number, row.number);
-        EXPECT_EQ(recordingErrorHandler()->raised.back().values,
-                  directory_ / row.path + " Input/output error");
-        EXPECT_EQ(describe(ERRORHANDLER->errorId()), "31999");
     }
-    ERRORHANDLER->clearErrorStack();
-    expectError(100203, "a Invalid argument", [&] { OSFilePath::removePath(nulPath_); });
+    EXPECT_EQ(recordingErrorHandler()->raised.back().values, directory_ / "tree Input/output error");
+    OSFilePath::removePath(directory_.string("tree"));
+    EXPECT_FALSE(directory_.has("tree"));
+    EXPECT_EQ(takenErrors(), "(31999, 100198)");
 }
 
 TEST_F(OSFilePathChangesTest, RemovalThroughAnotherDirectoryMovesFirst) {
     directory_.write("tree/file", "");
     directory_.makeDirectory("tmp");
-    {
-        const Fault fault(Call::unlink, /*skip=*/0, /*times=*/1, EIO);
-        expectError(100203, directory_ / "tmp/tree/file Input/output error",
-                    [&] { OSFilePath::removePath(directory_.string("tree/"), directory_.string("tmp")); });
-    }
-    EXPECT_FALSE(directory_.has("tree"));
-    OSFilePath::removePath(directory_.string("tmp/tree"), directory_.string("."));
-    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"tmp"}));
+    OSFilePath::removePath(directory_.string("tree/"), directory_.string("tmp"));
+    EXPECT_FALSE(directory_.has("tree") || directory_.has("tmp/tree"));
     OSFilePath::removePath(directory_.string("tree"), directory_.string("nowhere")); // there is none
     directory_.write("file", "");
     expectError(100202, directory_ / "file " + directory_ / "nowhere/file No such file or directory",

@@ -28,7 +28,7 @@ protected:
 TEST_F(OSFilePathCopyingTest, FileKeepsItsBytesAndPermissions) {
     const std::string bytes(300000, 'x');
     directory_.write("file", bytes);
-    for (const unsigned bits : {0644u, 0400u, 04755u, 0777u, 0600u}) {
+    for (const unsigned bits : {0400u, 04755u, 0777u}) {
         ASSERT_EQ(::chmod((directory_ / "file").c_str(), bits), 0);
         const std::string target = "new/" + std::to_string(bits);
         copy("file", target + "/here");
@@ -36,14 +36,8 @@ TEST_F(OSFilePathCopyingTest, FileKeepsItsBytesAndPermissions) {
         EXPECT_EQ(mode(target + "/here/file"), bits);
     }
     directory_.write("new/old", std::string(400000, 'y'));
-    copy("file", "new");
-    send<void>(OSFilePath::cls(), "copyPath:toPath:renameSource:"_sel, directory_.string("file"),
-               directory_.string("other/name"), YES);
-    EXPECT_EQ(directory_.read("other/name"), bytes);
     _copyFile((directory_ / "file").c_str(), (directory_ / "new").c_str(), "old"); // a longer file is there
     EXPECT_EQ(directory_.read("new/old"), bytes);
-    _copyFile((directory_ / "file").c_str(), (directory_ / "other").c_str(), nullptr);
-    EXPECT_EQ(directory_.read("other/file"), bytes);
 }
 
 TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
@@ -60,24 +54,18 @@ TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
 TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
     directory_.write("file", "1");
     directory_.write("taken", "2");
-    expectError(100195, directory_ / "file " + directory_ / "taken", [&] { copy("file", "taken", YES); });
-    EXPECT_EQ(directory_.read("taken"), "2");
     expectError(100170, directory_ / "taken", [&] { copy("file", "taken"); });
     expectError(100170, directory_ / "taken", [&] { copy("file", "taken/x", YES); });
     directory_.write("tree/entry", "");
     directory_.write("place/tree", "a file where the directory should be");
     expectError(100170, directory_ / "place/tree", [&] { copy("tree", "place"); });
-    ErrorExpectation error(100195);
-    copy("file", "taken", YES);
-    EXPECT_EQ(describe(ERRORHANDLER->errorMessage()),
-              "[100195] The file or directory '" + directory_ / "file" + "' could not be copied to '" +
-                  directory_ / "taken" + "' because the destination already exists.");
+    expectError(100195, directory_ / "file " + directory_ / "taken", [&] { copy("file", "taken", YES); });
+    EXPECT_EQ(directory_.read("taken"), "2");
 }
 
 TEST_F(OSFilePathCopyingTest, LinksInsideStayLinksAndOthersBecomeCopies) {
     directory_.write("tree/d/file", "inside");
     directory_.write("outside/file", "outside");
-    directory_.link("../file", "outside/more/up");
     directory_.link("../d/file", "tree/e/relative");
     directory_.link(directory_ / "tree/d", "tree/absolute");
     directory_.link("../outside/file", "tree/copied");
@@ -87,14 +75,12 @@ TEST_F(OSFilePathCopyingTest, LinksInsideStayLinksAndOthersBecomeCopies) {
     EXPECT_EQ(linkText("new/name/e/relative"), "../d/file");
     EXPECT_EQ(linkText("new/name/absolute"), "d");
     EXPECT_EQ(linkText("new/name/alias"), "copied");
-    for (const char *file : {"copied", "e/whole/file", "e/whole/more/up"}) {
+    for (const char *file : {"copied", "e/whole/file"}) {
         EXPECT_FALSE(fs::is_symlink(directory_ / (std::string("new/name/") + file))) << file;
         EXPECT_EQ(directory_.read(std::string("new/name/") + file), "outside") << file;
     }
     _copyLink((directory_ / "tree/copied").c_str(), (directory_ / "new").c_str(), nullptr);
     EXPECT_EQ(directory_.read("new/file"), "outside"); // under the name of what it points to
-    _copyLink((directory_ / "tree/copied").c_str(), (directory_ / "new").c_str(), "named");
-    EXPECT_EQ(directory_.read("new/named"), "outside");
 }
 
 TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
@@ -127,45 +113,6 @@ TEST_F(OSFilePathCopyingTest, NamesAreLimitedAndNeedNotBeUtf8) {
     for (const char *tree : {"long", "directory", "link"})
         expectError(100197, tooLong, [&] { copy(tree, "copy"); });
     expectError(100197, tooLong, [&] { _copyDir("x", "y", tooLong.c_str()); });
-    expectError(100197, tooLong, [&] { _copyFile("x", "y", tooLong.c_str()); });
-}
-
-TEST_F(OSFilePathCopyingTest, EachFailedCallHasItsErrorAndPath) {
-    directory_.write("tree/file", "abc");
-    directory_.write("tree/sub/other", "abc");
-    directory_.link("file", "tree/link");
-    const std::string file = directory_ / "tree/file", copied = directory_ / "copy/file";
-    const struct {
-        Call call;
-        unsigned skip;
-        std::string source;
-        int number;
-        std::string path;
-    } rows[] = {
-        {Call::lstat, 0, "tree/file", 100194, file},
-        {Call::stat, 0, "tree/file", 100194, directory_ / "copy"},
-        {Call::mkdir, 0, "tree/file", 100168,
-         "/" + directory_.path().substr(1, directory_.path().find('/', 1) - 1)},
-        {Call::open, 0, "tree/file", 100023, file},
-        {Call::open, 1, "tree/file", 100024, copied},
-        {Call::fchmod, 0, "tree/file", 100024, copied},
-        {Call::close, 0, "tree/file", 100024, copied},
-        {Call::opendir, 0, "tree", 100196, directory_ / "tree"},
-        {Call::readdir, 0, "tree", 100198, directory_ / "tree"},
-        {Call::readlink, 0, "tree", 100023, directory_ / "tree/link"},
-        {Call::symlink, 0, "tree", 100199, "file " + directory_ / "copy/tree/link"},
-    };
-    for (const auto &row : rows) {
-        fs::remove_all(directory_ / "copy");
-        const Fault fault(row.call, row.skip, /*times=*/1, EIO);
-        expectError(row.number, row.path + " Input/output error", [&] { copy(row.source, "copy"); });
-        EXPECT_EQ(fault.hits(), 1u) << sys::nameOfCall(row.call);
-    }
-    expectError(100039, "missing", [&] { _copyFile("missing", "x", nullptr); });
-    expectError(100194, "<null> Bad address", [&] { _copyPath(nullptr, "x", NO); });
-    expectError(100194, "a Invalid argument",
-                [&] { OSFilePath::copyPath(NSString::stringWith(std::string_view("a\0b", 3)), "x"_ns); });
-    expectError(100222, file, [&] { _copyLink(file.c_str(), "x", nullptr); });
 }
 
 TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
@@ -178,29 +125,27 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
         copy("file", "copy");
         EXPECT_EQ(directory_.read("copy/file"), bytes);
     }
-    const struct {
-        Call call;
-        int number;
-        std::string values;
-    } rows[] = {
-        {Call::read, 100023, directory_ / "file No space left on device"},
-        {Call::write, 100024, directory_ / "copy/file No space left on device"},
-        {Call::allocate, 100156, ""},
-    };
-    for (const auto &row : rows) {
-        NSString *const source = directory_.string("file"), *const target = directory_.string("copy");
-        const Fault fault(row.call, /*skip=*/0, /*times=*/1, ENOSPC);
-        expectError(row.number, row.values, [&] { OSFilePath::copyPath(source, target); });
+    {
+        const Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0}); // not for ever
+        expectError(100024, directory_ / "copy/file Input/output error", [&] { copy("file", "copy"); });
     }
+    const std::tuple<Call, int, std::string> rows[] = {{Call::read, 100023, directory_ / "file"},
+                                                       {Call::write, 100024, directory_ / "copy/file"},
+                                                       {Call::close, 100024, directory_ / "copy/file"}};
+    for (const auto &[call, number, path] : rows) {
+        const Fault fault(call, /*skip=*/0, /*times=*/1, ENOSPC);
+        expectError(number, path + " No space left on device", [&] { copy("file", "copy"); });
+    }
+    expectError(100039, "missing", [] { _copyFile("missing", "x", nullptr); });
 }
 
 TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {
     directory_.write("file", "");
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
     copy("file", "copy", YES);
-    EXPECT_FALSE(directory_.has("copy"));
-    EXPECT_EQ(recordingErrorHandler()->raised.size(), 1u);
-    ERRORHANDLER->clearErrorStack();
+    copy("file", "new/copy", YES);
+    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"file"}));
+    EXPECT_EQ(takenErrors(), "(31999)");
 }
 
 TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
@@ -217,16 +162,6 @@ TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
     ASSERT_TRUE(runOnSmallStack([&] { OSFilePath::removePath(source); }));
     OSFilePath::removePath(copied);
     EXPECT_TRUE(directory_.names().empty());
-}
-
-TEST_F(OSFilePathCopyingTest, PlainFilesOfATreeCostFewCalls) {
-    for (int i = 0; i < 100; ++i)
-        directory_.write("tree/" + std::to_string(i), "abc");
-    NSString *const source = directory_.string("tree"), *const target = directory_.string("copy");
-    const CallCounter counter;
-    OSFilePath::copyPath(source, target);
-    EXPECT_LE(counter.calls(Call::any), 100u * 7 + 30); // two opens, fstat, the copy, two closes, readdir
-    EXPECT_EQ(directory_.names("copy/tree").size(), 100u);
 }
 
 // --- Random trees ---

@@ -20,12 +20,10 @@ TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
         const Ref<OSPipe> pipe = OSPipe::init();
         ends[0] = pipe->readHandle();
         ends[1] = pipe->writeHandle();
-        EXPECT_TRUE(pipe->_isReadHandleOpen() && pipe->_isWriteHandleOpen());
         EXPECT_EQ(::fcntl(ends[0], F_GETFD) & ::fcntl(ends[1], F_GETFD), FD_CLOEXEC);
-        EXPECT_EQ(pipe->makeReadHandleUninheritable() + pipe->makeWriteHandleUninheritable(), 0);
+        const Fault signal(Call::close, 0, 1, EINTR); // closed all the same
         EXPECT_EQ(pipe->closeReadHandle(), 0);
         EXPECT_EQ(pipe->closeReadHandle(), 0);
-        EXPECT_FALSE(pipe->_isReadHandleOpen());
         EXPECT_FALSE(isOpen(ends[0]));
         char byte;
         EXPECT_EQ(pipe->read(&byte, 1), -1);
@@ -54,25 +52,22 @@ TEST_F(OSPipeTest, EndThatFailsToCloseCountsAsOpenAndIsNotClosedAgain) {
 }
 
 TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
-    const id pipe = OSPipe::pipe();
+    OSPipe *const pipe = OSPipe::pipe();
     char text[8] = "";
-    const auto write = [&] {
-        return send<std::int32_t>(pipe, "write:length:"_sel, static_cast<const void *>("abcdef"), 6u);
-    };
-    const auto read = [&] { return send<std::int32_t>(pipe, "read:length:"_sel, text, 8u); };
     {
         const Fault shortly(Call::write, 0, 1, sys::ShortTransfer{4});
-        EXPECT_EQ(write(), 4);
+        EXPECT_EQ(pipe->write("abcdef", 6), 4);
     }
-    EXPECT_EQ(read(), 4);
+    EXPECT_EQ(pipe->read(text, 8), 4);
     EXPECT_STREQ(text, "abcd");
     for (const Call call : {Call::write, Call::read}) {
         const Fault signal(call, 0, 1, EINTR);
-        EXPECT_EQ(call == Call::write ? write() : read(), -1);
+        EXPECT_EQ(call == Call::write ? pipe->write("a", 1) : pipe->read(text, 1), -1);
         EXPECT_EQ(errno, EINTR);
     }
-    EXPECT_EQ(send<std::int32_t>(pipe, "closeWriteHandle"_sel), 0);
-    EXPECT_EQ(read(), 0);
+    pipe->closeReadHandle();
+    EXPECT_EQ(pipe->write("a", 1), -1); // and no signal
+    EXPECT_EQ(errno, EPIPE);
 }
 
 TEST_F(OSPipeTest, StreamsReadWriteAndClose) {
@@ -88,15 +83,9 @@ TEST_F(OSPipeTest, StreamsReadWriteAndClose) {
     target->close();
     target->writeByte('x'); // to nowhere
     EXPECT_FALSE(pipe->_isWriteHandleOpen());
-    EXPECT_EQ(source->readBuffer(text, 4), 0);
     EXPECT_EQ(source->readByte(), -1);
-    EXPECT_FALSE(source->isBinary());
-    source->setIsBinary(YES);
-    EXPECT_TRUE(source->isBinary());
     source->close();
     EXPECT_FALSE(pipe->_isReadHandleOpen());
-    EXPECT_EQ(source->readBuffer(text, 4), -1);
-    EXPECT_EQ(source->readByte(), -1);
 }
 
 TEST_F(OSPipeTest, StreamsNeedAnOpenEnd) {
@@ -104,12 +93,8 @@ TEST_F(OSPipeTest, StreamsNeedAnOpenEnd) {
     pipe->closeReadHandle();
     pipe->closeWriteHandle();
     const auto count = pipe->retainCount();
-    for (OSPipe *const none : {pipe, static_cast<OSPipe *>(nullptr)}) {
-        EXPECT_THROW(OSPipeInputStream::initWithPipe(none), InternalInconsistencyException);
-        EXPECT_THROW(OSPipeOutputStream::initWithPipe(none), InternalInconsistencyException);
-    }
+    EXPECT_THROW(OSPipeInputStream::initWithPipe(pipe), InternalInconsistencyException);
+    EXPECT_THROW(OSPipeOutputStream::initWithPipe(pipe), InternalInconsistencyException);
     EXPECT_EQ(pipe->retainCount(), count);
     EXPECT_THROW(send<id>(OSPipeOutputStream::cls(), "stream"_sel), InvalidUseOfMethodException);
-    const Ref<OSPipeInputStream> bare = send<Ref<OSPipeInputStream>>(OSPipeInputStream::cls(), "init"_sel);
-    EXPECT_EQ(bare->readByte(), -1);
 }

@@ -1,8 +1,6 @@
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
-#include <csignal>
-#include <regex>
 #include <sys/wait.h>
 
 using OSProcessWaitingTest = ServicesFixture;
@@ -28,7 +26,8 @@ TEST_F(OSProcessWaitingTest, ExitCodeIsThatOfTheProgramAnd0AfterASignal) {
     EXPECT_EQ(process->waitForProcessDoHang(NO), 2);
     EXPECT_TRUE(process->isRunning());
     process->sendTermSignal();
-    EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:exitCode:"_sel, YES, &code), 1);
+    const Fault storm(Call::waitpid, 0, 3, EINTR);
+    EXPECT_EQ(process->waitForProcessDoHang(YES, &code), 1);
     EXPECT_EQ(code, 0);
     OSProcess *const reserved = start("exit 17");
     const ErrorExpectation error(100228);
@@ -50,29 +49,6 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
     EXPECT_EQ(counter.calls(Call::kill) + counter.calls(Call::waitpid), 0u);
 }
 
-TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
-    OSProcess *const process = sleeper();
-    const std::string pid = std::to_string(process->pid());
-    {
-        const Fault fault(Call::kill, 0, 2, EPERM);
-        expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
-        expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
-    }
-    {
-        const Fault fault(Call::kill, 0, 1, ESRCH);
-        EXPECT_FALSE(process->isRunning());
-    }
-    {
-        const Fault fault(Call::waitpid, 0, 1, EINVAL);
-        expectError(100234, pid + " Invalid argument",
-                    [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
-    }
-    process->sendKillSignal();
-    const Fault storm(Call::waitpid, 0, 3, EINTR);
-    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
-    EXPECT_EQ(storm.hits(), 3u);
-}
-
 TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
     OSProcess *const process = sleeper();
     const ChildEnd end = runInChild([&] {
@@ -88,12 +64,7 @@ TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
 }
 
 TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
-    const auto wait = [](NSArray *processes, std::int32_t timeout, BOOL waitForAll) {
-        return send<std::int32_t>(OSProcess::cls(), "waitForProcesses:timeout:waitForAll:"_sel, processes,
-                                  timeout, waitForAll);
-    };
-    EXPECT_EQ(wait(NSArray::array(), 0, YES), 1);
-    EXPECT_EQ(wait(nullptr, 0, NO), 1);
+    const auto wait = &OSProcess::waitForProcesses;
     OSProcess *const slow = sleeper();
     OSProcess *const quick = start("exit 1");
     const pid_t stranger = start("exit 2")->pid();
@@ -113,27 +84,10 @@ TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-TEST_F(OSProcessWaitingTest, WaitingIsTracedFromLevel3) {
-    activateChannel("misc");
-    for (debug = 2; debug <= 3; ++debug) {
-        CapturedOutput output;
-        OSProcess *const process = start("exit 4");
-        process->waitForProcessDoHang(YES);
-        std::string text = logLines(output.end());
-        text = std::regex_replace(text, std::regex("OSProcess:\\d+"), "OSProcess:#");
-        const std::string place = "[T] (P) [] [misc(3) OK] src/OSAdaptor/OSProcess:#(OSProcess): "
-                                  "-waitForProcessDoHang:exitCode: -> ";
-        EXPECT_EQ(text, debug < 3 ? ""
-                                  : place + "waitpid() returned " + std::to_string(process->pid()) + "\n" +
-                                        place + "exit code is 4\n");
-    }
-}
-
 TEST_F(OSProcessWaitingTest, ProcessesAreEqualByTheirIds) {
     OSProcess *const one = start("exit 0");
     OSProcess *const other = start("exit 0");
-    EXPECT_TRUE(one->isEqual(one));
-    EXPECT_FALSE(one->isEqual(other) || one->isEqual("x"_ns) || one->isEqual(nullptr));
+    EXPECT_FALSE(one->isEqual(other));
     const auto none = send<Ref<OSProcess>>(OSProcess::cls(), "init"_sel);
     EXPECT_EQ(none->pid(), 0);
     EXPECT_FALSE(none->isRunning()); // nor signalled: 0 would mean the whole group
@@ -142,8 +96,8 @@ TEST_F(OSProcessWaitingTest, ProcessesAreEqualByTheirIds) {
 
 TEST_F(OSProcessWaitingTest, SleepIsForSecondsAboveZero) {
     const Fault fault(Call::sleep, 0, 1, EINVAL);
-    for (const std::int32_t seconds : {0, -5})
-        send<void>(OSProcess::cls(), "sleep:"_sel, seconds);
+    OSProcess::sleep(0);
+    OSProcess::sleep(-5);
     EXPECT_EQ(fault.hits(), 0u);
     OSProcess::sleep(7200);
     EXPECT_EQ(fault.hits(), 1u);

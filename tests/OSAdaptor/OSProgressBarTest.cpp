@@ -29,8 +29,7 @@ TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
         for (int i = 0; i < 11; ++i)
             progress->increment();
         progress->finish();
-        progress->update(); // nothing
-        progress->finish();
+        progress->finish(); // nothing
         OSUserIO::print("behind"_ns);
     });
     Screens expected;
@@ -44,33 +43,21 @@ TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
 TEST_F(OSProgressBarTest, ABarGoesToTheValueThatItIsGiven) {
     const Screens screens = shown([] {
         const Ref<OSProgressBar> progress = OSProgressBar::initWithStart(100, 107);
-        for (std::uint32_t value : {101u, 103u, 3u, 107u, 108u, 99u, 0u, 100u, 4294967295u})
+        for (std::uint32_t value : {103u, 3u, 108u, 99u, 0u, 4294967295u})
             progress->setCurrent(value);
         progress->initializeWithStart(5, 3); // there is nothing to do
         progress->initializeWithStart(0, 4294967294u);
-        progress->setCurrent(3000000000u);
         progress->incrementBy(4294967295u);
-        progress->incrementBy(1); // full
-        progress->finish();
-        send<void>(progress.get(), "initializeWithStart:andEnd:"_sel, 0u, 3u);
-        progress->incrementBy(2);
     }); // which finishes it
     EXPECT_EQ(screens, (Screens{
                            bar(0, "0/7"),
-                           bar(7, "1/7"),
                            bar(21, "3/7"), // then 3, which is the number of units done, draws nothing
                            bar(50, "7/7"),
-                           bar(50, "7/7"),
-                           bar(0, "0/7"),
-                           bar(0, "0/7"), // 100; 0 draws nothing
+                           bar(0, "0/7"), // 99; 0 draws nothing
                            bar(50, "7/7"),
                            bar(50, "0/0"),
                            bar(0, "0/4294967294"),
-                           bar(34, "3000000000/4294967294"),
                            bar(50, "4294967294/4294967294"),
-                           "",
-                           bar(0, "0/3"),
-                           bar(33, "2/3"),
                            "",
                        }));
 }

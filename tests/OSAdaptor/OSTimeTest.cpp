@@ -36,57 +36,14 @@ TEST_F(OSTimeTest, MillisecondsCountFromTheEpoch) {
 }
 
 TEST_F(OSTimeTest, AliasesStandForOtherZones) {
-    const struct {
-        const char *alias, *name;
-        int summer, winter; // hours ahead of Greenwich
-    } rows[] = {
-        {"TAI", "GMT", 0, 0},
-        {"UT", "GMT", 0, 0},
-        {"Z", "GMT", 0, 0},
-        {"IST", "GB-Eire", 1, 0},
-        {"WEST", "WET DST", 1, 1},
-        {"WAT", "GMT-1", -1, -1},
-        {"AT", "GMT-2", -2, -2},
-        {"MT", "MST", -7, -7},
-        {"PT", "PST", -8, -8},
-        {"CAT", "HST", -10, -10},
-        {"AHST", "HST", -10, -10},
-        {"AKST", "HST", -10, -10},
-        {"AKDT", "HDT", -9, -9},
-        {"CCT", "GMT+8", 8, 8},
-        {"EAST", "EST", -5, -5},
-        {"EADT", "EDT", -4, -4},
-        {"NT", "GMT-11", -11, -11},
-        {"IDLW", "GMT-12", -12, -12},
-        {"FWT", "CET", 1, 1},
-        {"FST", "CET", 1, 1},
-        {"MEZ", "CET", 1, 1},
-        {"MESZ", "CEST", 2, 2},
-        {"MEST", "CEST", 2, 2},
-        {"MEWT", "CET", 1, 1},
-        {"SWT", "CET", 1, 1},
-        {"EEST", "EET DST", 3, 3},
-        {"BT", "GMT+3", 3, 3},
-        {"MSK", "W-SU", 3, 3},
-        {"WAST", "Australia/West", 8, 8},
-        {"WADT", "Australia/West", 8, 8},
-        {"GST", "GMT+10", 10, 10},
-        {"IDLE", "GMT+12", 12, 12},
-        // no aliases
-        {"CEST", "CEST", 2, 2},
-        {"Europe/Berlin", "Europe/Berlin", 2, 1},
-        {"GMT+5", "GMT+5", 5, 5},
+    const std::pair<const char *, const char *> rows[] = {
+        {"IST", "GB-Eire"},         {"WEST", "WET DST"},
+        {"MESZ", "CEST"},           {"EAST", "EST"},
+        {"IDLE", "GMT+12"},         {"Europe/Berlin", "Europe/Berlin"}, // no alias
+        {"WAST", "Australia/West"},
     };
-    NSDate *const summer = NSDate::dateWithString("2024-07-15 12:00:00 +0000"_ns);
-    NSDate *const winter = NSDate::dateWithString("2024-01-15 12:00:00 +0000"_ns);
-    for (const auto &row : rows) {
-        NSTimeZone *const zone = OSTime::timeZoneWithName(NSString::stringWith(row.alias));
-        ASSERT_NE(zone, nullptr) << row.alias;
-        EXPECT_EQ(describe(zone), row.name);
-        EXPECT_EQ(zone->secondsFromGMTForDate(summer), row.summer * 3600) << row.alias;
-        EXPECT_EQ(zone->secondsFromGMTForDate(winter), row.winter * 3600) << row.alias;
-    }
-    EXPECT_EQ(OSTime::timeZoneWithName(""_ns), nullptr);
+    for (const auto &[alias, name] : rows)
+        EXPECT_EQ(describe(OSTime::timeZoneWithName(NSString::stringWith(alias))), name);
     EXPECT_EQ(OSTime::timeZoneWithName(NSString::stringWith({"MEZ\0", 4})), nullptr);
     EXPECT_EQ(OSTime::timeZoneWithName(nullptr), NSTimeZone::defaultTimeZone());
 }

@@ -6,25 +6,12 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <fcntl.h>
 
 namespace {
 
 const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
-// A conversion from UTF-8, closed at its end.
-class Handle {
-public:
-    explicit Handle(const char *characterSet) : handle_(::iconv_open(characterSet, "UTF-8")) {}
-    ~Handle() { ::iconv_close(handle_); }
-    Handle(const Handle &) = delete;
-    Handle &operator=(const Handle &) = delete;
-
-    operator iconv_t() const { return handle_; }
-
-private:
-    iconv_t handle_;
-};
+const iconv_t kLatin = ::iconv_open("ISO-8859-1", "UTF-8"); // stays open
 
 // Texts are printed as UTF-8 unless a test says otherwise.
 class OSUserIOTest : public ServicesFixture {
@@ -51,22 +38,21 @@ TEST_F(OSUserIOTest, PrintsOnBothStreamsWithAndWithoutALineEnd) {
     OSUserIO::printLn("b\xC3\xA4"_ns);
     OSUserIO::print("c"_ns, /*withNewLine=*/YES);
     OSUserIO::printLn();
-    OSUserIO::print(nullptr);
-    OSUserIO::eprint("d"_ns);
+    {
+        const Fault storm(Call::fwrite, /*skip=*/0, /*times=*/5, EINTR); // standard error has no buffer
+        OSUserIO::eprint("d"_ns);
+    }
     OSUserIO::eprintLn(NSString::stringWith({"e\0f", 3}));
     OSUserIO::eprint(nullptr, /*withNewLine=*/YES);
     OSUserIO::eprintLn();
-    const std::string printed = output.end();
-    EXPECT_EQ(printed, "ab\xC3\xA4\nc\n\n");
+    EXPECT_EQ(output.end(), "ab\xC3\xA4\nc\n\n");
     EXPECT_EQ(error.end(), "de\n\n\n");
     EXPECT_REASON(OSUserIO::printOn("a"_ns, nullptr, /*withNewLine=*/NO),
                   "OSUserIO print:on:withNewLine: must have a file that is not NULL.");
 }
 
 TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
-    const Handle latin("ISO-8859-1");
     const std::pair<std::string, std::string> rows[] = {
-        {"", ""},
         {"gr\xC3\xBC\xC3\x9F", "gr\xFC\xDF"},
         {"a\xFF z", "a\xFF z"},                                 // no UTF-8
         {"\xC4\x80-\xE2\x82\xAC-e", "\xC4\x80-\xE2\x82\xAC-e"}, // not in the character set
@@ -74,27 +60,12 @@ TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
         {std::string(30000, 'x') + "\xC3\xBC", std::string(30000, 'x') + "\xFC"},
     };
     for (const auto &[text, expected] : rows)
-        EXPECT_EQ(converted(latin, text), expected);
-    EXPECT_EQ(converted(kNone, "gr\xC3\xBC"), "gr\xC3\xBC");
-    EXPECT_EQ(defaultConversionCallback(latin, nullptr), nullptr);
-}
-
-TEST_F(OSUserIOTest, EachTextLeavesTheShiftStateAsItFoundIt) {
-    const Handle japanese("ISO-2022-JP");
-    const std::string once = "\x1B$B$\"\x1B(B";
-    EXPECT_EQ(converted(japanese, "\xE3\x81\x82"), once);
-    EXPECT_EQ(converted(japanese, "\xE3\x81\x82"), once);
-    {
-        Fault fault(Call::iconv, /*skip=*/0, /*times=*/1, EBADF);
-        EXPECT_EQ(converted(japanese, "\xE3\x81\x82"), "\xE3\x81\x82");
-    }
-    EXPECT_EQ(converted(japanese, "a"), "a");
+        EXPECT_EQ(converted(kLatin, text), expected);
 }
 
 TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     const TemporaryDirectory directory;
-    const Handle latin("ISO-8859-1");
-    _iconvHandle = latin;
+    _iconvHandle = kLatin;
     CapturedOutput error;
     OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F"_ns);
     OSUserIO::setOutputConversionCallback([](iconv_t, NSString *) { return "ignored"_ns; });
@@ -105,31 +76,13 @@ TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] \xFC\n");
 }
 
-TEST_F(OSUserIOTest, TextsAreConvertedForTheTerminalsLocale) {
-    for (const auto &[locale, expected] : {std::pair("C.UTF-8", "Stra\xC3\x9F"
-                                                                "e \xE2\x82\xAC\n"),
-                                           {"de_DE.UTF-8", "Stra\xC3\x9F"
-                                                           "e \xE2\x82\xAC\n"},
-                                           {"de_DE.ISO-8859-1", "Stra\xDF"
-                                                                "e \xE2\x82\xAC\n"},
-                                           {"C", "Stra\xC3\x9F"
-                                                 "e \xE2\x82\xAC\n"}}) {
-        NEED_LOCALE(locale);
-        Terminal terminal([name = locale] {
-            setLocale(name);
-            OSUserIO::printLn("Straße €"_ns);
-        });
-        EXPECT_EQ(terminal.end(), expected) << locale;
-    }
-}
-
 TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
     CapturedOutput error;
-    setLocale("C.UTF-8");
-    EXPECT_EQ(_iconvHandle, kNone);
+    if (haveLocale("de_DE.ISO-8859-1")) {
+        setLocale("de_DE.ISO-8859-1");
+        EXPECT_EQ(converted(_iconvHandle, "gr\xC3\xBC"), "gr\xFC");
+    }
     setLocale("C");
-    EXPECT_NE(_iconvHandle, kNone);
-    OSUserIO::eprintLn("gr\xC3\xBC"_ns); // ASCII has no such letter
     setLocale("nowhere");
     EXPECT_EQ(_iconvHandle, kNone);
     {
@@ -138,7 +91,6 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
     }
     EXPECT_EQ(_iconvHandle, kNone);
     EXPECT_EQ(error.end(),
-              "gr\xC3\xBC\n"
               "The locale is not specified.\n"
               "Please check the environment variables LANG, LC_CTYPE, or LC_ALL.\n"
               "All terminal output will be UTF-8 encoded.\n"
@@ -171,58 +123,26 @@ void ask(const char *question) {
     printErrors();
 }
 
-// What a program writes that reads a file as its standard input.
-std::string writtenWithInput(const TemporaryDirectory &directory, const std::string &input,
-                             const std::function<void()> &work) {
-    directory.write("in", input);
-    CapturedOutput output(STDOUT_FILENO);
-    runInChild([&] {
-        ::dup2(::open((directory / "in").c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO);
-        work();
-    });
-    return output.end();
-}
-
 } // namespace
 
 TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
-    Terminal terminal([] {
-        ask("Name?");
-        ask("");
+    const std::string answers[] = {"Ada Gr\xC3\xBC\xC3\x9F", std::string(999, 'x'), std::string(1000, 'x'),
+                                   ""};
+    Terminal terminal([&] {
+        for ([[maybe_unused]] const std::string &answer : answers)
+            ask("Name?");
         ask("End?");
         ask("Again?");
     });
-    EXPECT_TRUE(terminal.answer("> ", "Ada Gr\xC3\xBC\xC3\x9F\n"));
-    EXPECT_TRUE(terminal.answer("> ", "\n"));
-    EXPECT_TRUE(terminal.answer("> ", Terminal::kEnd));
-    EXPECT_TRUE(terminal.answer("> ", "here\n")); // the end was that of one answer
-    EXPECT_EQ(terminal.end(),
-              "Name?\n> [Ada Gr\xC3\xBC\xC3\x9F]\n\n> []\nEnd?\n> []\n900040: Success\nAgain?\n> [here]\n");
-}
-
-TEST_F(OSUserIOTest, AnswersOfAnyLengthAreReadWhole) {
-    const TemporaryDirectory directory;
-    for (std::size_t length : {998, 999, 1000, 1998, 1999, 50000}) {
-        const std::string line(length, 'x');
-        const std::string written = writtenWithInput(directory, line + "\nlast", [] {
-            ask("A");
-            ask("B");
-        });
-        EXPECT_EQ(written, "A\n> [" + line + "]\nB\n> [last]\n900040: Success\n");
+    std::string expected;
+    for (const std::string &answer : answers) {
+        EXPECT_TRUE(terminal.answer("> ", answer + "\n"));
+        expected += "Name?\n> [" + answer + "]\n";
     }
-    EXPECT_EQ(writtenWithInput(directory, std::string("a\0b\n", 4),
-                               [] {
-                                   NSString *const answer = OSUserIO::askUserForStringWithQuestion("A"_ns);
-                                   OSUserIO::print(
-                                       NSString::stringWith(std::to_string(answer->view().size())));
-                               }),
-              "A\n> 3");
-    EXPECT_EQ(writtenWithInput(directory, "text\n",
-                               [] {
-                                   const Fault fault(Call::fgets, /*skip=*/0, /*times=*/1, EIO);
-                                   ask("A");
-                               }),
-              "A\n> []\n900040: Input/output error\n");
+    EXPECT_TRUE(terminal.answer("> ", Terminal::kEnd));
+    EXPECT_TRUE(
+        terminal.answer("> ", std::string("here") + Terminal::kEnd + Terminal::kEnd)); // without a line end
+    EXPECT_EQ(terminal.end(), expected + "End?\n> []\n900040: Success\nAgain?\n> [here]\n900040: Success\n");
 }
 
 TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
@@ -235,37 +155,25 @@ TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
         choose("Sure?"_ns);
         choose(nullptr);
         choose("End?"_ns);
-        choose("Again?"_ns);
-        EXPECT_EQ(OSUserIO::askMultipleChoice(nullptr, "No choice"_ns), 0);
     });
-    for (const char *answer : {"x\n", "\n", "yes\n", "ny\n", Terminal::kEnd, "n\n"})
+    for (const char *answer : {"x\n", "\n", "yes\n", "ny\n", Terminal::kEnd})
         EXPECT_TRUE(terminal.answer("> ", answer));
     const std::string choices = "y - Yes\nn - No\n> ";
     EXPECT_EQ(terminal.end(), "Sure?\n" + choices + "Sure?\n" + choices + "Sure?\n" + choices + "[y]\n" +
                                   "Choose one of the following options!\n" + choices + "[n]\n" + "End?\n" +
-                                  choices + "[0]\n900040: Success\n" + "Again?\n" + choices + "[n]\n");
+                                  choices + "[0]\n900040: Success\n");
 }
 
 TEST_F(OSUserIOTest, ADescriptionKeepsItsChoicesInOrder) {
     OSMultipleChoiceDescription *const choices = yesOrNo();
-    EXPECT_EQ(describe(choices->asFormattedString()), "y - Yes\nn - No\n");
     const Ref<OSMultipleChoiceDescription> copy = choices->copy();
     choices->setDescriptionString("Never"_ns, 'n');
     choices->setDescriptionString("Other"_ns, '\xFE');
     choices->setDescriptionString(nullptr, 'y');
     EXPECT_EQ(describe(choices->asFormattedString()), "n - Never\n\xFE - Other\n");
-    choices->setDescriptionString("At last"_ns, 'y');
-    EXPECT_EQ(describe(choices->asFormattedString()), "n - Never\n\xFE - Other\ny - At last\n");
     EXPECT_EQ(describe(copy->asFormattedString()), "y - Yes\nn - No\n");
-    EXPECT_TRUE(copy->characterHasDescription('y'));
-    EXPECT_FALSE(copy->characterHasDescription('Y'));
-    EXPECT_FALSE(copy->characterHasDescription('\xFF'));
     EXPECT_REASON(
         choices->setDescriptionString("x"_ns, '\xFF'),
         "OSMultipleChoiceDescription setDescriptionString:forCharacter: must have a character with a code "
         "below 255.");
-    QBStringOutputStream *const stream = QBStringOutputStream::stream();
-    for (char character : {'x', 'n'})
-        send<void>(copy.get(), "_write:on:"_sel, character, stream);
-    EXPECT_EQ(describe(stream->targetString()), "n - No\n");
 }

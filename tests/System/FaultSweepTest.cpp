@@ -1,14 +1,9 @@
 #include "support/FaultSweep.h"
 
-#include "OSAdaptor/OSSorter.Passes.h"
-#include "support/ServicesFixture.h"
-
 #include <cstdio>
-#include <fcntl.h>
 #include <filesystem>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -75,33 +70,7 @@ const Use kStreams[] = {
          if (auto stream = QBFileOutputStream::initWithFile(place.string("out"), YES))
              stream->writeObject("new"_ns);
      }},
-    {"FileWrittenAnew", oldFile,
-     [](const Place &place) {
-         auto *stream = QBFileOutputStream::streamWithFile(place.string("out"), YES);
-         if (!stream)
-             return;
-         stream->writeObject(NSString::stringWith(longText()));
-         stream->reset();
-         stream->writeObject("new"_ns);
-         stream->close();
-     }},
-    {"LongestNames", nothing,
-     [](const Place &place) {
-         NSString *const name = place.string(std::string(255, '\xFE'));
-         NSString *const other = place.string(std::string(255, '\xFD'));
-         QBFileOutputStream::writeToFile("text"_ns, name, NO);
-         OSFilePath::renamePath(name, other);
-         auto *stream = QBFileInputStream::streamWithFile(other);
-         return describe(stream ? stream->readLine() : nullptr);
-     },
-     Leaves::anything},
-    {"LinesOfAFile",
-     [](const Place &place) {
-         std::string lines;
-         while (lines.size() < 70000)
-             lines += std::string(lines.size() < 2000 ? 900 : 300, 'x') + "\n";
-         place.write("in", lines);
-     },
+    {"LinesOfAFile", longFile,
      [](const Place &place) {
          std::string lines;
          auto *stream = QBFileInputStream::streamWithFile(place.string("in"));
@@ -121,29 +90,6 @@ const Use kStreams[] = {
              blocks.append(block, static_cast<std::size_t>(count));
          }
          return blocks;
-     }},
-    {"Comparison",
-     [](const Place &place) {
-         longFile(place);
-         place.write("same", longText());
-     },
-     [](const Place &place) {
-         auto *one = QBFileInputStream::streamWithFile(place.string("in"));
-         auto *other = QBFileInputStream::streamWithFile(place.string("same"));
-         return std::string(one && one->providesSameDataAs(other) ? "same" : "other");
-     }},
-    {"MemoryStreams", nothing,
-     [](const Place &) {
-         auto *data = QBDataOutputStream::streamWithCapacity(10);
-         auto *text = QBStringOutputStream::stream();
-         if (!data || !text)
-             return std::string();
-         data->writeObject(settings());
-         auto *source = QBDataInputStream::streamWithData(data->targetData());
-         char block[1000];
-         for (int count; (count = source->readBuffer(block, sizeof block)) > 0;)
-             text->writeBuffer(block, static_cast<std::uint32_t>(count));
-         return std::string(text->targetString()->view());
      }},
     {"EncipheredFile", longFile,
      [](const Place &place) {
@@ -193,51 +139,10 @@ const Use kFiles[] = {
      [](const Place &place) { OSFilePath::symlink(place.string("link"), place.string("tree/deep")); }},
     {"Directories", nothing, [](const Place &place) { OSFilePath::makePath(place.string("a/b/c")); },
      Leaves::parts},
-    {"Glob",
-     tree,
-     [](const Place &place) {
-         NSArray *const paths = OSFilePath::glob("tree/*"_ns, place.string("."));
-         return std::to_string(paths ? paths->count() : 0);
-     },
-     Leaves::oldOrNew,
-     {},
-     [](const Place &) {},
-     /*isForMemory=*/false}, // without it, the C library's own glob frees twice
-    {"FileComparison",
-     [](const Place &place) {
-         longFile(place);
-         place.write("other", longText() + "x");
-     },
-     [](const Place &place) {
-         return std::string(OSFilePath::fileAtPath(place.string("in"), place.string("other")) ? "differ"
-                                                                                              : "same");
-     }},
 };
 QB_FAULT_SWEEP(Files, kFiles);
 
-// --- Values in files, logs ---
-
-// A logger whose file can't be opened writes to standard error, and closes it when it goes.
-int keptStandardError = -1;
-
-void prepareLog(const Place &place) {
-    static const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (keptStandardError < 0)
-        keptStandardError = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    ::dup2(nowhere, STDERR_FILENO);
-    place.write("log", "");
-    OSLogger::disableDuplicateLogToStderr();
-}
-
-void writeLogLine(const Place &place) {
-    const auto logger = OSLogger::initWithCategory("web"_ns, 3, nullptr, place.string("log"));
-    logger->logWithLevelFormat(2, "request %d"_ns, 5);
-}
-
-void tidyUpLog(const Place &place) {
-    ::dup2(keptStandardError, STDERR_FILENO);
-    place.write("log", logLines(place.read("log")));
-}
+// --- Values in files ---
 
 const Use kValues[] = {
     {"PropertyListToFile", oldFile,
@@ -260,26 +165,6 @@ const Use kValues[] = {
      [](const Place &place) { return describe(NSUnarchiver::unarchiveObjectWithFile(place.string("in"))); }},
     {"TextFromFile", longFile,
      [](const Place &place) { return describe(NSString::stringWithContentsOfFile(place.string("in"))); }},
-    {"LogLine",
-     prepareLog,
-     writeLogLine,
-     Leaves::parts,
-     {Call::write, Call::fwrite, Call::fflush, Call::fclose,
-      Call::any}, // a line that can't be written is lost
-     tidyUpLog},
-    // Without the setting of the locale, in which the C library itself loses a block.
-    {"SortingByCollation", nothing,
-     [](const Place &) {
-         std::vector<id> numbers;
-         for (int i = 0; i < 300; ++i)
-             numbers.push_back(NSNumber::numberWithInt(i % 70));
-         std::vector<qb::Ranked> ranked = qb::rankedByCollation(numbers);
-         qb::orderTiesByPasses(ranked);
-         std::string indexes;
-         for (const qb::Ranked &item : ranked)
-             indexes += std::to_string(item.index) + " ";
-         return indexes;
-     }},
 };
 QB_FAULT_SWEEP(Values, kValues);
 
@@ -306,34 +191,11 @@ std::string conversation(OSSocket *server, OSSocket *client) {
     return text + std::to_string(peeked) + describe(peer->readBytes(100, kShortTime));
 }
 
-// A name of the directory that is short enough.
-class ShortName {
-public:
-    explicit ShortName(const Place &place) : directory_(::open(place.path().c_str(), O_PATH | O_CLOEXEC)) {}
-    ~ShortName() { ::close(directory_); }
-    ShortName(const ShortName &) = delete;
-    ShortName &operator=(const ShortName &) = delete;
-
-    NSString *of(const char *name) const {
-        return NSString::stringWith("/proc/self/fd/" + std::to_string(directory_) + "/" + name);
-    }
-
-private:
-    int directory_;
-};
-
 // A signal that interrupts receiving ends it without an error; a storm of them may go on until the sockets
 // close.
 const std::vector<Call> kInterruptible = {Call::recv, Call::poll, Call::close};
 
 const Use kSockets[] = {
-    {"UnixSockets", nothing,
-     [](const Place &place) {
-         const ShortName name(place);
-         OSSocket *const server = OSSocket::serverSocketWithName(name.of("out"));
-         return conversation(server, server ? OSSocket::clientSocketWithName(name.of("out")) : nullptr);
-     },
-     Leaves::parts, kInterruptible},
     {"InternetSockets", nothing,
      [](const Place &) {
          OSSocket *const server = OSSocket::serverSocketOnHost("127.0.0.1"_ns, 0);
@@ -359,22 +221,15 @@ QB_FAULT_SWEEP(Sockets, kSockets);
 
 using FullDiskTest = PoolFixture;
 
-NSString *fullDevice() {
-    return "/dev/full"_ns;
-}
-
 } // namespace
 
 TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
     const Act acts[] = {
-        [](const Place &) { QBFileOutputStream::writeToFile("x"_ns, fullDevice(), NO); },
-        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile(fullDevice())); },
+        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile("/dev/full"_ns)); },
         [](const Place &) {
             QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
         },
-        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile(fullDevice(), NO)); },
-        [](const Place &) { EXPECT_FALSE(NSData::dataWithBytes("x", 1)->writeToFile(fullDevice(), NO)); },
-        [](const Place &) { EXPECT_FALSE(settings()->writeToFile(fullDevice(), NO)); },
+        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile("/dev/full"_ns, NO)); },
         [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
     };
     const TemporaryDirectory directory;

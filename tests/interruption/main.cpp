@@ -30,10 +30,7 @@ struct Change {
 const Change kChanges[] = {
     {"overwrite", [] { write(/*atomically=*/NO); }},
     {"replace", [] { write(/*atomically=*/YES); }},
-    {"copy-file", [] { OSFilePath::copyPath("new"_ns, "copies"_ns); }},
-    {"copy-tree", [] { OSFilePath::copyPath("tree"_ns, "copies"_ns); }},
-    {"remove-tree", [] { OSFilePath::removePath("tree"_ns); }},
-    {"remove-name", [] { OSFilePath::removePath("tree"_ns, "away"_ns); }},
+    {"remove", [] { OSFilePath::removePath("tree"_ns, "away"_ns); }},
 };
 
 } // namespace

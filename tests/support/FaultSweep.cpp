@@ -6,15 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <sys/fsuid.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -43,7 +39,7 @@ public:
                std::ranges::find(kLasting, call) != std::end(kLasting);
     }
 
-    CallFault(const Way &way, unsigned index, const TemporaryDirectory &) {
+    CallFault(const Way &way, unsigned index) {
         if (way.error)
             fault_.emplace(Call::any, index, way.times, way.error);
         else
@@ -65,73 +61,12 @@ public:
     };
     static constexpr Way kWays[] = {{"no block", 1}, {"no more blocks", 0}};
 
-    MemoryFault(const Way &way, unsigned index, const TemporaryDirectory &) : fault_(index, way.times) {}
+    MemoryFault(const Way &way, unsigned index) : fault_(index, way.times) {}
     unsigned hits() const { return fault_.hits(); }
     Call struck() const { return Call::any; }
 
 private:
     AllocationFault fault_;
-};
-
-/// What strikes no call of its own.
-struct Lasting {
-    unsigned hits() const { return 0; }
-    Call struck() const { return Call::any; }
-};
-
-/// Files can't become longer than so many bytes.
-class SizeLimit : public Lasting {
-public:
-    struct Way {
-        const char *name;
-        rlim_t bytes;
-    };
-    static constexpr Way kWays[] = {{"files of 0 bytes", 0},
-                                    {"files of 1 byte", 1},
-                                    {"files of 1000 bytes", 1000},
-                                    {"files of 70000 bytes", 70000}};
-
-    SizeLimit(const Way &way, unsigned, const TemporaryDirectory &) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit{way.bytes, old_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &old_);
-        std::signal(SIGXFSZ, signal_);
-    }
-    SizeLimit(const SizeLimit &) = delete;
-    SizeLimit &operator=(const SizeLimit &) = delete;
-
-private:
-    void (*signal_)(int);
-    rlimit old_;
-};
-
-/// The directory can't be changed, not even by root, which is nobody to the file system for that time.
-class ReadOnlyDirectory : public Lasting {
-public:
-    struct Way {
-        const char *name;
-    };
-    static constexpr Way kWays[] = {{"read-only directory"}};
-
-    ReadOnlyDirectory(const Way &, unsigned, const TemporaryDirectory &directory) : path_(directory.path()) {
-        fs::permissions(fs::path(path_).parent_path(), fs::perms(0711));
-        fs::permissions(path_, fs::perms(0555));
-        if (::geteuid() == 0)
-            ::setfsuid(kNobody);
-    }
-    ~ReadOnlyDirectory() {
-        ::setfsuid(::geteuid());
-        fs::permissions(path_, fs::perms(0755));
-    }
-    ReadOnlyDirectory(const ReadOnlyDirectory &) = delete;
-    ReadOnlyDirectory &operator=(const ReadOnlyDirectory &) = delete;
-
-private:
-    static constexpr uid_t kNobody = 65534;
-    std::string path_;
 };
 
 // --- What came of a use ---
@@ -187,7 +122,7 @@ void act(const Use &use, const TemporaryDirectory &directory, const typename Kin
          Outcome &outcome) {
     std::exception_ptr thrown;
     {
-        const Kind fault(way, index, directory);
+        const Kind fault(way, index);
         try {
             const NSAutoreleasePool pool;
             outcome.delivered += use.act(directory);
@@ -204,7 +139,6 @@ void act(const Use &use, const TemporaryDirectory &directory, const typename Kin
         outcome.told += exception.what();
     }
     takeErrors(outcome.told);
-    use.tidyUp(directory);
 }
 
 template <class Kind>
@@ -235,17 +169,16 @@ public:
         EXPECT_EQ(whole_.told, "") << "without a fault";
         expectFaultless(perform<NoFault>(NoFault::kWays[0], 0), "without a fault");
         runAll<CallFault>();
-        if (use_.isForMemory)
-            runAll<MemoryFault>();
-        runAll<SizeLimit>();
-        runAll<ReadOnlyDirectory>();
+        runAll<MemoryFault>();
     }
 
 private:
-    struct NoFault : Lasting {
+    struct NoFault {
         struct Way {};
         static constexpr Way kWays[1] = {};
-        NoFault(const Way &, unsigned, const TemporaryDirectory &) {}
+        NoFault(const Way &, unsigned) {}
+        unsigned hits() const { return 0; }
+        Call struck() const { return Call::any; }
     };
     static constexpr unsigned kMostCalls = 100000; // no use makes as many
 
@@ -294,8 +227,7 @@ private:
     void expectFaultless(const Outcome &outcome, const std::string &fault) const {
         if (!isTold(outcome)) {
             EXPECT_EQ(outcome.delivered, whole_.delivered) << "and nothing was told: " << fault;
-            EXPECT_TRUE(outcome.files == whole_.files)
-                << describeDifference(outcome.files) << "and nothing was told: " << fault;
+            EXPECT_TRUE(outcome.files == whole_.files) << "and nothing was told: " << fault;
         }
         EXPECT_LE(outcome.leakedBlocks, 0) << fault << ", told " << outcome.told;
         EXPECT_EQ(outcome.leakedDescriptors, 0) << fault << ", told " << outcome.told;
@@ -314,18 +246,6 @@ private:
         return isIn(before_) || isIn(whole_.files) ||
                (use_.leaves == Leaves::parts && whole_.files.contains(name)) ||
                use_.leaves == Leaves::anything;
-    }
-
-    std::string describeDifference(const std::map<std::string, std::string> &files) const {
-        std::string text;
-        for (const auto &[name, content] : whole_.files)
-            if (const auto found = files.find(name); found == files.end() || found->second != content)
-                text += name + " is " + (found == files.end() ? "missing" : found->second.substr(0, 80)) +
-                        " instead of " + content.substr(0, 80) + "\n";
-        for (const auto &[name, content] : files)
-            if (!whole_.files.contains(name))
-                text += name + " is there\n";
-        return text;
     }
 
     const Use &use_;

@@ -45,17 +45,12 @@ struct Use {
     Leaves leaves = Leaves::oldOrNew;
     /// Calls whose failure is an answer, so that it need not be told as one; `any`: other faults.
     std::vector<sys::Call> answering = {};
-    /// Makes what is different each time the same, before it is looked at.
-    Act tidyUp = [](const TemporaryDirectory &) {};
-    /// Whether allocations are made to fail, too.
-    bool isForMemory = true;
 };
 
 void PrintTo(const Use &use, std::ostream *stream);
 
 /// Makes each use once without a fault, then again and again: each call to the system fails in turn, each in
-/// several ways, each allocation fails in turn, alone and with all after it, files may grow no further than
-/// that many bytes, and the directory can't be changed.
+/// several ways, and each allocation fails in turn, alone and with all after it.
 ///
 /// Each time the use must do all that it does without a fault, or else raise an error or throw. It must not
 /// crash, nor leave an object, a block, a descriptor, a file or a part of a file behind. All of this happens

@@ -1,13 +1,9 @@
 #include "support/QBTally.h"
 
 #include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
-
-#include <algorithm>
 
 Class *QBTally::cls() {
     using Count = std::uint32_t;
@@ -27,23 +23,13 @@ QBTally::QBTally() : counts_(NSMutableDictionary::init()) {}
 QBTally::~QBTally() = default;
 
 BOOL QBTally::setUpWithLimit(std::uint32_t limit) {
-    limit_ = limit;
     return limit != UINT32_MAX;
 }
 
 std::uint32_t QBTally::addString(NSString *string, std::uint32_t times) {
-    if (!string)
-        throw InvalidArgumentException("QBTally addString:times: must have a string that is not nil.");
-    const std::uint32_t before = countForString(string);
-    if (times == 0)
-        return before;
-    if (before == 0 && limit_ != 0 && counts_->count() >= limit_) {
-        ERRORHANDLER->raiseErrorInFile("src/QBTally", __LINE__, 990001, limit_, string);
-        return 0;
-    }
-    const std::uint32_t after = before + std::min(times, UINT32_MAX - before);
-    counts_->setObjectForKey(NSNumber::numberWithUnsignedInt(after), string);
-    return after;
+    const std::uint32_t count = countForString(string) + times;
+    counts_->setObjectForKey(NSNumber::numberWithUnsignedInt(count), string);
+    return count;
 }
 
 std::uint32_t QBTally::countForString(NSString *string) const {

@@ -11,7 +11,7 @@ class NSArray;
 class NSMutableDictionary;
 class NSString;
 
-/// Counts how often each string has been added, for a bounded number of different strings.
+/// Counts how often each string has been added.
 class QBTally : public NSObject {
 public:
     QBTally();
@@ -26,7 +26,6 @@ public:
     }
 
     std::uint32_t addString(NSString *string) { return addString(string, 1); }
-    /// Raises 990001 (limit, string) when a new string would pass the limit.
     virtual std::uint32_t addString(NSString *string, std::uint32_t times);
     virtual std::uint32_t countForString(NSString *string) const;
     virtual NSArray *allStrings() const;
@@ -36,7 +35,6 @@ protected:
     virtual BOOL setUpWithLimit(std::uint32_t limit);
 
 private:
-    std::uint32_t limit_ = 0;
     Ref<NSMutableDictionary> counts_;
 };
 

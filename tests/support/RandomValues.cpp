@@ -42,57 +42,39 @@ id RandomValues::leaf() {
 }
 
 id RandomValues::range() {
-    const NSRange range = NSMakeRange(upTo(0x10FFFF), upTo(1));
-    NSCharacterSet *const sets[] = {
-        NSCharacterSet::letterCharacterSet(), NSCharacterSet::characterSetWithRange(range),
-        NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith("ac€😀\xFF"))};
-    switch (upTo(3)) {
-    case 0:
-        return NSValue::valueWithRange({range.location, upTo(UINT32_MAX)});
-    case 1:
-        return sets[upTo(2)];
-    case 2:
-        return sets[upTo(2)]->mutableCopy().autorelease();
-    default:
-        return sets[upTo(2)]->invertedSet();
-    }
+    const NSRange range = NSMakeRange(upTo(0x10FFFF), upTo(UINT32_MAX));
+    NSCharacterSet *const set =
+        upTo(1) ? NSCharacterSet::letterCharacterSet()
+                : NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith("ac€😀\xFF"));
+    const id ranges[] = {NSValue::valueWithRange(range), set, set->mutableCopy().autorelease(),
+                         set->invertedSet()};
+    return ranges[upTo(3)];
 }
 
 id RandomValues::number() {
     static constexpr std::int64_t kEdges[] = {0,         1,          -1,        INT32_MIN,
                                               INT32_MAX, UINT32_MAX, INT64_MIN, INT64_MAX};
     const std::int64_t edge = kEdges[upTo(7)];
-    switch (upTo(5)) {
-    case 0:
-        return NSNumber::numberWithBool(upTo(1) != 0);
-    case 1:
-        return NSNumber::numberWithInt(static_cast<std::int32_t>(edge));
-    case 2:
-        return NSNumber::numberWithUnsignedInt(static_cast<std::uint32_t>(edge));
-    case 3:
-        return NSNumber::numberWithLongLong(edge);
-    case 4:
-        return NSNumber::numberWithUnsignedLongLong(static_cast<std::uint64_t>(edge));
-    default:
-        return NSNumber::numberWithDouble(upTo(9) ? std::ldexp(upTo(1000), static_cast<int>(upTo(60)) - 30)
-                                                  : std::numeric_limits<double>::infinity());
-    }
+    const double real = upTo(9) ? std::ldexp(upTo(1000), static_cast<int>(upTo(60)) - 30)
+                                : std::numeric_limits<double>::infinity();
+    const id numbers[] = {NSNumber::numberWithBool(edge != 0),
+                          NSNumber::numberWithInt(static_cast<std::int32_t>(edge)),
+                          NSNumber::numberWithUnsignedInt(static_cast<std::uint32_t>(edge)),
+                          NSNumber::numberWithLongLong(edge),
+                          NSNumber::numberWithUnsignedLongLong(static_cast<std::uint64_t>(edge)),
+                          NSNumber::numberWithDouble(real)};
+    return numbers[upTo(5)];
 }
 
 id RandomValues::text() {
     std::string bytes(upTo(2) ? upTo(12) : upTo(700), '\0');
     for (char &byte : bytes)
         byte = static_cast<char>(upTo(255));
-    switch (upTo(3)) {
-    case 0:
-        return NSMutableString::stringWithString(NSString::stringWith(bytes));
-    case 1:
-        return NSData::dataWith(std::as_bytes(std::span(bytes)));
-    case 2:
-        return NSMutableData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    default:
-        return NSString::stringWith(bytes);
-    }
+    NSString *const string = NSString::stringWith(bytes);
+    NSData *const data = NSData::dataWith(std::as_bytes(std::span(bytes)));
+    const id texts[] = {string, NSMutableString::stringWithString(string), data,
+                        data->mutableCopy().autorelease()};
+    return texts[upTo(3)];
 }
 
 id RandomValues::date() {
@@ -102,41 +84,25 @@ id RandomValues::date() {
                                  NSTimeZone::timeZoneWithName("EST DST"_ns)};
     NSTimeZone *const zone = zones[upTo(4)];
     const double interval = std::ldexp(upTo(UINT32_MAX), -2) - 5e8;
-    switch (upTo(2)) {
-    case 0:
-        return zone;
-    case 1:
-        return NSDate::dateWithTimeIntervalSinceReferenceDate(interval);
-    default: {
-        NSCalendarDate *const shown = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(interval);
-        shown->setTimeZone(zone);
-        shown->setCalendarFormat(upTo(1) ? "%H:%M"_ns : nullptr);
-        return shown;
-    }
-    }
+    NSCalendarDate *const shown = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(interval);
+    shown->setTimeZone(zone);
+    shown->setCalendarFormat(upTo(1) ? "%H:%M"_ns : nullptr);
+    const id dates[] = {zone, NSDate::dateWithTimeIntervalSinceReferenceDate(interval), shown};
+    return dates[upTo(2)];
 }
 
 id RandomValues::container(unsigned depth) {
     NSMutableArray *const elements = NSMutableArray::array();
     for (std::uint32_t count = upTo(5); count > 0; --count)
         elements->addObject(value(depth - 1));
-    switch (upTo(5)) {
-    case 0:
-        return NSArray::arrayWithArray(elements);
-    case 1:
-        return NSSet::setWithArray(elements);
-    case 2:
-        return NSMutableSet::setWithArray(elements);
-    case 3:
-    case 4: {
-        NSMutableDictionary *const entries = NSMutableDictionary::dictionary();
-        for (id element : *elements) {
-            const id key = leaf();
-            entries->setObjectForKey(element, key);
-        }
-        return upTo(1) ? entries : NSDictionary::dictionaryWithDictionary(entries);
-    }
-    default:
-        return elements;
-    }
+    NSMutableDictionary *const entries = NSMutableDictionary::dictionary();
+    for (id element : *elements)
+        entries->setObjectForKey(element, leaf());
+    const id containers[] = {elements,
+                             NSArray::arrayWithArray(elements),
+                             NSSet::setWithArray(elements),
+                             NSMutableSet::setWithArray(elements),
+                             entries,
+                             NSDictionary::dictionaryWithDictionary(entries)};
+    return containers[upTo(5)];
 }

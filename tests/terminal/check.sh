@@ -66,45 +66,22 @@ terminal send-keys Ada Enter
 shows 'choices' "What is your name?
 > Ada
 $choices"
-terminal send-keys x Enter
-shows 'choices again' "What is your name?
-> Ada
-$choices x
-$choices"
-terminal send-keys -l up
-terminal send-keys Enter
-whole="What is your name?
-> Ada
-$choices x
-$choices up
-$(bar 50 10/10)
-Counted to ten.
-Anything else?
->"
-shows 'the last question' "$whole"
-terminal send-keys C-d
-shows 'the end of input' "$whole
-[900040] No answer could be read from standard input: Success"
 
 # A site whose pages are held up until they may go on.
 mkdir -p "$work/site/pages" "$work/site/templates"
 echo '{ title = T; }' >"$work/site/site.plist"
 printf '{{{body}}}' >"$work/site/templates/page.html"
-for page in 1 2 3 4; do
+for page in 1 2; do
     printf '{ title = T; }\n---\n' >"$work/site/pages/$page.html"
 done
 # shellcheck disable=SC2016
 filter='until [ -e "$WORK/$PUBLISH_PAGE" ]; do sleep 0.02; done; cat'
 start "export WORK='$work'; $launcher $publish --filter '$filter' '$work/site' '$work/out'"
-for page in 1 2 3 4; do
-    shows "before page $page" "$(bar $(((page - 1) * 50 / 4)) $((page - 1))/4)"
+for page in 1 2; do
+    shows "before page $page" "$(bar $(((page - 1) * 25)) $((page - 1))/2)"
     touch "$work/$page.html"
 done
-shows 'the report' "$(bar 50 4/4)
-$work/out: 4 written, 0 unchanged, 0 removed"
-start "$launcher $publish --quiet '$work/site' '$work/out'; echo done"
-shows 'a quiet run' 'done'
-[ "$($launcher "$publish" "$work/site" "$work/out")" = "$work/out: 0 written, 4 unchanged, 0 removed" ] ||
-    fail 'something was drawn without a terminal'
+shows 'the report' "$(bar 50 2/2)
+$work/out: 2 written, 0 unchanged, 0 removed"
 
 [ $failures -eq 0 ] && echo 'terminal: all is well'
