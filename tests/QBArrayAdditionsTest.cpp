@@ -1,6 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <algorithm>
 #include <random>
 
 using QBArrayAdditionsTest = PoolFixture;
@@ -41,25 +40,17 @@ private:
 TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     EXPECT_EQ(describe(letters("abacb")->uniqueArray()), "(a, b, c)");
     EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj("b"_ns)), "(a)");
-    EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj(nullptr)), "(a, b)");
-    EXPECT_EQ(describe(NSArray::array()->uniqueArray()), "()");
-    EXPECT_EQ(letters("a")->uniqueArray()->classObject(), NSMutableArray::cls());
     NSArray *const numbers =
         NSArray::arrayWithObjects("0"_ns, number(0), "7x"_ns, number(7), "7"_ns, number(7));
     EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("intValue"_sel)), "(7x, 7, 7)");
-    EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("doubleValue"_sel)), "(7x, 7, 7)");
     EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("asNumber"_sel)), "(0, 0, 7, 7)");
     EXPECT_EQ(describe(numbers->uniqueArrayWithoutObj("7"_ns, "boolValue"_sel)), "(7x, 7)");
-    EXPECT_THROW(numbers->uniqueArraySelectedWithSelector("count"_sel), InvalidArgumentException);
     // The first of equal elements stands for all: it is not asked for a second one.
     NSArray *const objects = NSArray::arrayWithObjects(QBNil::value(), QBNil::value(), "a"_ns);
     EXPECT_EQ(describe(objects->uniqueArraySelectedWithSelector("isNotNil"_sel)), "(a)");
-
     NSMutableArray *const array = letters("abacb")->mutableCopy().autorelease();
-    const id first = array->objectAtIndex(0);
     array->makeUnique();
     EXPECT_EQ(describe(array), "(a, b, c)");
-    EXPECT_EQ(array->objectAtIndex(0), first);
 }
 
 TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNoticed) {
@@ -67,7 +58,6 @@ TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNot
     const Work works[] = {
         [](NSMutableArray *array) { array->makeUnique(); },
         [](NSMutableArray *array) { letters("ab")->minus(array); },
-        [](NSMutableArray *array) { letters("ab")->commonElementsWithArray(array); },
         [](NSMutableArray *array) { array->replace("a"_ns, "b"_ns, YES); },
         [](NSMutableArray *array) { NSDictionary::dictFrom(letters("ab")->dictWithSchema(array), array); },
         [](NSMutableArray *array) {
@@ -85,12 +75,18 @@ TEST_F(QBArrayAdditionsTest, ElementsThatLetGoOfThemselvesWhenTheyAreAskedAreNot
 TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
     NSArray *const aab = letters("aab");
     EXPECT_EQ(describe(aab->plus(nullptr)) + describe(aab->minus(nullptr)), "(a, b)(a, b)");
-    EXPECT_EQ(aab->commonElementsWithArray(nullptr), nullptr);
-    EXPECT_FALSE(aab->hasCommonElementsWithArray(nullptr));
     EXPECT_EQ(describe(aab->badElementsForGoodElements(nullptr)), "(a, a, b)");
 }
 
 TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
+    const auto filtered = [](NSArray *array, auto isWanted) {
+        NSMutableArray *const result = NSMutableArray::array();
+        for (id element : *array)
+            if (isWanted(element, result))
+                result->addObject(element);
+        return result;
+    };
+    const auto isNew = [](id element, NSArray *before) { return !before->containsObject(element); };
     std::mt19937 random(5);
     for (unsigned round = 0; round < 60; ++round) {
         SCOPED_TRACE(round);
@@ -104,31 +100,12 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         };
         NSArray *const a = make();
         NSArray *const b = make();
-        NSMutableArray *const unique = NSMutableArray::array();
-        NSMutableArray *const rest = NSMutableArray::array();
-        NSMutableArray *const common = NSMutableArray::array();
-        NSMutableArray *const bad = NSMutableArray::array();
-        const auto addNew = [](NSMutableArray *target, id element) {
-            if (!target->containsObject(element))
-                target->addObject(element);
-        };
-        for (id element : *a) {
-            addNew(unique, element);
-            if (b->containsObject(element))
-                continue;
-            addNew(rest, element);
-            bad->addObject(element);
-        }
-        NSMutableArray *const sum = unique->mutableCopy().autorelease();
-        for (id element : *b) {
-            addNew(sum, element);
-            if (a->containsObject(element))
-                common->addObject(element);
-        }
+        NSArray *const bad = filtered(a, [b](id element, id) { return !b->containsObject(element); });
+        NSArray *const common = filtered(b, [a](id element, id) { return a->containsObject(element) != NO; });
         const auto described = [](NSArray *array) { return array->count() ? describe(array) : "nil"; };
-        EXPECT_EQ(describe(a->uniqueArray()), describe(unique));
-        EXPECT_EQ(describe(a->plus(b)), describe(sum));
-        EXPECT_EQ(describe(a->minus(b)), describe(rest));
+        EXPECT_EQ(describe(a->uniqueArray()), describe(filtered(a, isNew)));
+        EXPECT_EQ(describe(a->plus(b)), describe(filtered(a->arrayByAddingObjectsFromArray(b), isNew)));
+        EXPECT_EQ(describe(a->minus(b)), describe(filtered(bad, isNew)));
         EXPECT_EQ(describe(a->commonElementsWithArray(b)), described(common));
         EXPECT_EQ(a->hasCommonElementsWithArray(b), common->count() > 0);
         EXPECT_EQ(describe(a->badElementsForGoodElements(b)), described(bad));
@@ -139,8 +116,6 @@ TEST_F(QBArrayAdditionsTest, FindsElementsByTheirAnswers) {
     NSArray *const array = NSArray::arrayWithObjects("ab"_ns, "b"_ns, "bc"_ns);
     EXPECT_EQ(array->indexOfObjectUsingSelector("hasPrefix:"_sel, "b"_ns), 1u);
     EXPECT_EQ(array->indexOfObjectUsingSelector("hasPrefix:"_sel, "c"_ns), 0x7fffffffu);
-    EXPECT_EQ(NSArray::array()->indexOfObjectUsingSelector("hasPrefix:"_sel, "c"_ns), NSNotFound);
-    EXPECT_THROW(array->indexOfObjectUsingSelector("hasPrefix:"_sel, array), InvalidArgumentException);
 }
 
 TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
@@ -148,12 +123,8 @@ TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
     NSArray *const empty = NSArray::array();
     EXPECT_EQ(describe(abc->shift()), "(b, c)");
     EXPECT_EQ(letters("a")->shift(), nullptr);
-    EXPECT_EQ(empty->shift(), nullptr);
     EXPECT_EQ(abc->subarrayFromIndex(0), abc);
-    EXPECT_EQ(describe(abc->subarrayFromIndex(2)), "(c)");
     EXPECT_EQ(abc->subarrayFromIndex(3), nullptr);
-    EXPECT_EQ(abc->subarrayFromIndex(UINT32_MAX), nullptr);
-    EXPECT_EQ(empty->subarrayFromIndex(0), nullptr);
     EXPECT_EQ(describe(abc->reversedArray()), "(c, b, a)");
     EXPECT_EQ(empty->reversedArray(), empty);
     EXPECT_EQ(describe(abc->joinedBy("x"_ns)), "(a, x, b, x, c)");
@@ -161,38 +132,22 @@ TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
     EXPECT_THROW(abc->joinedBy(nullptr), InvalidArgumentException);
     EXPECT_EQ(describe(letters("12")->dictWithSchema(letters("ab"))), "{a = 1; b = 2; }");
     EXPECT_EQ(letters("12")->dictWithSchema(abc), nullptr);
-    EXPECT_EQ(abc->dictWithSchema(nullptr), nullptr);
-    EXPECT_EQ(describe(empty->dictWithSchema(nullptr)), "{}");
 
-    const char *const texts[] = {"one", "", "three", nullptr};
+    const char *const texts[] = {"one", "", "three"};
     EXPECT_EQ(describe(NSArray::arrayWithCStrings(3, texts)), "(one, , three)");
-    EXPECT_EQ(describe(send(NSArray::cls(), "arrayWithCStrings::"_sel, 1, &texts[2])), "(three)");
-    EXPECT_EQ(NSArray::arrayWithCStrings(-1, nullptr)->count(), 0u);
-    EXPECT_THROW(NSArray::arrayWithCStrings(4, texts), InvalidArgumentException);
     EXPECT_THROW(NSArray::arrayWithCStrings(1, nullptr), InvalidArgumentException);
 }
 
 TEST_F(QBArrayAdditionsTest, TextsAreJoinedToListsPathsAndExpressions) {
     NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, number(5), QBNil::value(), "b"_ns);
-    struct {
-        NSArray *array;
-        const char *joined, *path, *expression;
-    } const rows[] = {
-        {letters("abc"), "a, b, c", "a/b/c", "(a OR b OR c)"},
-        {letters("a"), "a", "a", "a"},
-        {NSArray::array(), "", "", "nil"},
-        {mixed, "a, 5, null, b", "a/5/b", "(a OR 5 OR null OR b)"},
-        {NSArray::arrayWithObjects("a\0b"_ns, "c"_ns), "a", "a", "(a)"},
-        {NSArray::arrayWithObjects("c"_ns, "a\0b"_ns, "d"_ns), "c, a, d", "c/a/d", "(c OR a OR d)"},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(describe(row.array->stringsJoinedByString(", "_ns)), row.joined);
-        EXPECT_EQ(describe(row.array->pathString()), row.path);
-        EXPECT_EQ(describe(row.array->absolutePathString()), std::string("/") + row.path);
-        EXPECT_EQ(describe(row.array->orExpression()), row.expression);
-    }
-    EXPECT_EQ(describe(letters("abc")->stringsJoinedByString(nullptr)), "abc");
-    EXPECT_EQ(describe(letters("ab")->andExpression()), "(a AND b)");
+    NSArray *const cut = NSArray::arrayWithObjects("a\0b"_ns, "c"_ns);
+    EXPECT_EQ(describe(mixed->stringsJoinedByString(", "_ns)), "a, 5, null, b");
+    EXPECT_EQ(describe(cut->stringsJoinedByString(", "_ns)), "a");
+    EXPECT_EQ(describe(mixed->pathString()), "a/5/b");
+    EXPECT_EQ(describe(mixed->absolutePathString()), "/a/5/b");
+    EXPECT_EQ(describe(mixed->orExpression()), "(a OR 5 OR null OR b)");
+    EXPECT_EQ(describe(cut->andExpression()), "(a)");
+    EXPECT_EQ(NSArray::array()->orExpression(), nullptr);
     NSArray *const one = NSArray::arrayWithObject(number(5));
     EXPECT_EQ(one->expressionWithOperator(nullptr), number(5));
 }
@@ -214,42 +169,30 @@ TEST_F(QBArrayAdditionsTest, SortsByKeyWithoutRegardToCase) {
         NSArray::arrayWithObjects(page("1", "b"_ns), page("2", nullptr), page("3", "A"_ns),
                                   page("4", QBNil::value()), page("5", "B"_ns), page("6", "a"_ns));
     EXPECT_EQ(order(pages, "name"_ns), "361524");
-    EXPECT_EQ(order(pages, "name.reverse"_ns), "425163");
     EXPECT_EQ(order(pages, "name.REVERSE"_ns), "425163");
     EXPECT_EQ(order(pages, "name.x"_ns), "123456");
-    EXPECT_EQ(order(pages, nullptr), "123456");
     NSArray *const dotted = NSArray::arrayWithObjects(page("1", "b"_ns, "a.b"), page("2", "a"_ns, "a.b"),
                                                       page("3", "c"_ns, "a.b"));
     EXPECT_EQ(order(dotted, "a.b"_ns) + order(dotted, "a.b.Reverse"_ns), "213312"); // the key itself, no path
-    NSArray *const reverse =
-        NSArray::arrayWithObjects(page("1", "b"_ns, "reverse"), page("2", "a"_ns, "reverse"));
-    EXPECT_EQ(order(reverse, "reverse"_ns), "21");
     NSArray *const numbers = NSArray::arrayWithObjects(page("1", number(10)), page("2", number(9)));
     EXPECT_EQ(order(numbers, "name"_ns), "21");
-    NSArray *const lists = NSArray::arrayWithObjects(page("1", letters("b")), page("2", letters("A")));
-    EXPECT_EQ(order(lists, "name"_ns), "21"); // by their texts
     NSArray *const kinds = NSArray::arrayWithObjects(page("1", "10"_ns), page("2", number(9)));
     EXPECT_THROW(kinds->caseInsensitiveSortedArrayByKey("name"_ns), InvalidArgumentException);
 }
 
 TEST_F(QBArrayAdditionsTest, AddsWhatIsThere) {
     NSMutableArray *const array = NSMutableArray::array();
-    const id null = QBNil::value();
-    for (id object : {id("a"_ns), id(nullptr), null}) {
+    for (id object : {id("a"_ns), id(nullptr), id(QBNil::value())}) {
         array->addObjectIfNotNil(object);
         array->addObjectIfNotQBNil(object);
         array->addObjectAndQBNilIfNil(object);
     }
-    const id expected[] = {"a"_ns, "a"_ns, "a"_ns, null, null, null};
-    EXPECT_TRUE(
-        std::equal(array->view().begin(), array->view().end(), std::begin(expected), std::end(expected)));
+    EXPECT_EQ(describe(array), "(a, a, a, nil, nil, nil)");
     array->removeAllObjects();
     array->addObjectsFrom(letters("xy"));
-    array->addObjectsFrom(NSArray::array());
     array->addObjectsFrom(nullptr);
     array->removeFirstObject();
     EXPECT_EQ(describe(array), "(y)");
     array->removeFirstObject();
-    array->removeFirstObject();
-    EXPECT_EQ(array->count(), 0u);
+    array->removeFirstObject(); // of none
 }

@@ -19,30 +19,11 @@ public:
 
 } // namespace
 
-TEST_F(QBAutoreleasePoolAdditionsTest, CountsGoOverAllPages) {
-    NSAutoreleasePool pool;
-    EXPECT_EQ(pool.objectCount(), 0u);
-    const Ref<NSObject> object = NSObject::init();
-    constexpr unsigned kMany = 3 * NSAutoreleasePool::Page::kCapacity / 2;
-    for (unsigned i = 0; i < kMany; ++i)
-        Ref<NSObject>(object).autorelease();
-    NSObject::init().autorelease();
-    EXPECT_EQ(pool.objectCount(), kMany + 1);
-    EXPECT_EQ(pool.objectCountMultipleRetained(), kMany);
-    CapturedOutput output;
-    pool.showPoolStatistics();
-    EXPECT_EQ(output.end(), "total count (retained): " + std::to_string(kMany) +
-                                "\ntotal count           : " + std::to_string(kMany + 1) + "\n");
-}
-
 TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
     activateChannel("misc");
     NSAutoreleasePool outer;
     CapturedOutput output;
-    outer.showDescription();
-    EXPECT_EQ(output.text(), "pool description:\n");
     const id object = Ref<NSObject>::adopt(new Undescribed).autorelease();
-    object->retain();
     const std::string address = addressOf(object);
     {
         const NSAutoreleasePool inner;
@@ -50,60 +31,49 @@ TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
         debug = 12;
         outer.description();
         outer.showDescription();
-        NSAutoreleasePool::pool1Special();
     }
     EXPECT_EQ(outer.objectCount(), 1u);
-    object->release();
     const std::string shown = output.end();
-    const std::size_t trace = shown.find("[misc(12) OK] ");
-    const std::size_t place = shown.find("(NSAutoreleasePool): -description -> ");
-    ASSERT_NE(trace, std::string::npos) << shown;
-    EXPECT_EQ(shown.find("src/QBAutoreleasePoolAdditions:", trace), trace + 14);
-    EXPECT_EQ(shown.substr(place), "(NSAutoreleasePool): -description -> NSObject (2): " + address +
-                                       "\npool description:\n  " + address + " (2)\npool description:\n" +
-                                       shown.substr(shown.rfind("pool description:\n") + 18));
+    EXPECT_NE(shown.find("[misc(12) OK] src/QBAutoreleasePoolAdditions:"), std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(shown.find("(NSAuto")),
+              "(NSAutoreleasePool): -description -> NSObject (1): " + address + "\npool description:\n  " +
+                  address + " (1)\n");
 }
 
-TEST_F(QBAutoreleasePoolAdditionsTest, StatisticsGoFromTheDefaultPoolOutwards) {
-    unsigned pools = 0;
-    unsigned objects = 0;
-    for (NSAutoreleasePool *pool = NSAutoreleasePool::defaultPool(); pool; pool = pool->parent()) {
-        ++pools;
+TEST_F(QBAutoreleasePoolAdditionsTest, StatisticsGoOverAllPagesFromTheDefaultPoolOutwards) {
+    constexpr unsigned kMany = 3 * NSAutoreleasePool::Page::kCapacity / 2;
+    unsigned objects = kMany + 1;
+    for (NSAutoreleasePool *pool = NSAutoreleasePool::defaultPool(); pool; pool = pool->parent())
         objects += pool->objectCount();
-    }
     NSAutoreleasePool pool;
+    const Ref<NSObject> object = NSObject::init();
+    for (unsigned i = 0; i < kMany; ++i)
+        Ref<NSObject>(object).autorelease();
     NSObject::init().autorelease();
     CapturedOutput output;
     NSAutoreleasePool::showAllPoolStatistics();
     const std::string shown = output.end();
-    EXPECT_EQ(
-        shown.find("global pool statistics:\npool: 1\ntotal count (retained): 0\ntotal count           : "
-                   "1\npool: 2\n"),
-        0u)
-        << shown;
-    EXPECT_NE(shown.find("autorelease pool count: " + std::to_string(pools + 1) + "\n"), std::string::npos);
-    const std::string last = "total global count           : " + std::to_string(objects + 1) + "\n";
+    const std::string first =
+        "global pool statistics:\npool: 1\ntotal count (retained): " + std::to_string(kMany) +
+        "\ntotal count           : " + std::to_string(kMany + 1) + "\npool: 2\n";
+    EXPECT_EQ(shown.substr(0, first.size()), first);
+    const std::string last = "total global count           : " + std::to_string(objects) + "\n";
     EXPECT_EQ(shown.substr(shown.size() - last.size()), last);
 }
 
 TEST_F(QBAutoreleasePoolAdditionsTest, NewEntriesAreToldFromTheSecondSweepOn) {
-    std::string expected = "new in the pool:\nnew in the pool:\n";
-    const ChildEnd end = runInChild([&] { // in a process where nobody has asked before
+    const ChildEnd end = runInChild([] { // in a process where nobody has asked before
         NSAutoreleasePool pool;
         NSString::stringWith("old");
         pool.showNewEntries();
+        std::string expected = "new in the pool:\nnew in the pool:\n";
         const std::string exact(100, 'x');
-        for (const std::string &text : {std::string("new"), exact, exact + "y"}) {
-            NSString *const string = NSString::stringWith(text);
-            expected += "+ " + addressOf(string) + " NSString:1: '" +
+        for (const std::string &text : {exact, exact + "y"})
+            expected += "+ " + addressOf(NSString::stringWith(text)) + " NSString:1: '" +
                         (text.size() > 100 ? text.substr(0, 95) + " ..." : text) + "'\n";
-        }
-        const id undescribed = Ref<NSObject>::adopt(new Undescribed).autorelease();
-        expected += "+ " + addressOf(undescribed) + " NSObject:1: 'null'\n";
         pool.showNewEntries();
         pool.showNewEntries();
-        std::fputs("expected:\n", stderr);
-        std::fputs((expected + "new in the pool:\n").c_str(), stderr);
+        std::fputs(("expected:\n" + expected + "new in the pool:\n").c_str(), stderr);
     });
     EXPECT_EQ(end.status, 0);
     const std::size_t middle = end.standardError.find("expected:\n");

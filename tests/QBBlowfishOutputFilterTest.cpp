@@ -15,10 +15,7 @@ using Block = std::array<std::uint32_t, 2>;
 namespace {
 
 std::string fromHex(std::string_view digits) {
-    std::string bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16));
-    return bytes;
+    return bytesOf(NSString::stringWith(digits)->dataFromHexString());
 }
 
 // Writes the bytes in pieces of `piece` and closes the stream.
@@ -44,34 +41,15 @@ std::string deciphered(id key, std::string_view bytes, std::size_t piece = SIZE_
     return converted(key, /*decrypt=*/YES, bytes, piece);
 }
 
-id cipher(id key) {
-    return send<id>(Filter::cls(), "streamWithKey:decrypt:target:"_sel, key, BOOL{YES},
-                    QBDataOutputStream::stream());
+Filter *cipher(id key) {
+    return Filter::streamWithKey(key, /*decrypt=*/YES, QBDataOutputStream::stream());
 }
 
-Block convertedBlock(id filter, Block block, SEL operation) {
-    auto *const data = send<std::uint32_t *>(filter, "data"_sel);
-    std::copy(block.begin(), block.end(), data);
+Block convertedBlock(Filter *filter, Block block, SEL operation) {
+    std::copy(block.begin(), block.end(), filter->data());
     send<void>(filter, operation);
-    return {data[0], data[1]};
+    return {filter->data()[0], filter->data()[1]};
 }
-
-// A target that tells its writes and its end apart.
-class Recorder : public QBArrayOutputStream {
-public:
-    Recorder() { setUp(); }
-    void flush() override { events += 'f'; }
-    void close() override { events += 'c'; }
-
-    std::vector<std::uint32_t> lengths() const {
-        std::vector<std::uint32_t> lengths;
-        for (const id write : *targetArray())
-            lengths.push_back(static_cast<NSData *>(write)->length());
-        return lengths;
-    }
-
-    std::string events;
-};
 
 // A filter whose memory outlives it.
 class Exposed : public Filter {
@@ -98,24 +76,17 @@ TEST_F(QBBlowfishOutputFilterTest, BlocksAreThoseOfThePublishedVectors) {
     };
     const Row rows[] = {
         {"0000000000000000", {0, 0}, {0x4EF99745, 0x6198DD78}},
-        {"FFFFFFFFFFFFFFFF", {0xFFFFFFFF, 0xFFFFFFFF}, {0x51866FD5, 0xB85ECB8A}},
-        {"3000000000000000", {0x10000000, 0x00000001}, {0x7D856F9A, 0x613063F2}},
         {"FEDCBA9876543210", {0x01234567, 0x89ABCDEF}, {0x0ACEAB0F, 0xC6A0A28D}},
-        {"7CA110454A1A6E57", {0x01A1D6D0, 0x39776742}, {0x59C68245, 0xEB05282B}},
         {"F0", {0xFEDCBA98, 0x76543210}, {0xF9AD597C, 0x49DB005E}},
-        {"F0E1D2", {0xFEDCBA98, 0x76543210}, {0xE9C2B70A, 0x1BC65CF3}},
-        {"F0E1D2C3B4A5968778695A4B3C2D1E0F", {0xFEDCBA98, 0x76543210}, {0x93142887, 0xEE3BE15C}},
         {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677",
          {0xFEDCBA98, 0x76543210},
          {0x05044B62, 0xFA52D080}},
     };
     for (const Row &row : rows) {
-        const id filter = cipher(dataOf(fromHex(row.key)));
+        Filter *const filter = cipher(dataOf(fromHex(row.key)));
         EXPECT_EQ(convertedBlock(filter, row.plain, "_blowfishEncryptBlock"_sel), row.cipher) << row.key;
         EXPECT_EQ(convertedBlock(filter, row.cipher, "_blowfishDecryptBlock"_sel), row.plain) << row.key;
     }
-    EXPECT_EQ(initial_PArray[17], 0x8979FB1Bu);
-    EXPECT_EQ(initial_SBoxes[3][255], 0x3AC372E6u);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, AStreamOfAnotherMakerIsDecipheredInPiecesOfAnySize) {
@@ -124,41 +95,25 @@ TEST_F(QBBlowfishOutputFilterTest, AStreamOfAnotherMakerIsDecipheredInPiecesOfAn
         EXPECT_EQ(deciphered(sixteen(), stream, piece), kText) << piece;
 }
 
-TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgain) {
-    std::string text;
-    for (std::size_t length = 0; length <= 200; ++length, text += static_cast<char>(length * 37)) {
+TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgainHoweverItIsWritten) {
+    for (const std::size_t length : {0, 1, 7, 8, 9, 200, 1'000'003}) { // the last in more than one write
+        const std::string text(length, 'x');
         const std::string stream = enciphered(sixteen(), text);
         EXPECT_EQ(stream.size(), 8 * (length / 8 + 3));
-        EXPECT_EQ(deciphered(sixteen(), stream), text) << length;
-        for (const std::size_t piece : {1, 5, 8, 13, 24})
-            EXPECT_EQ(enciphered(sixteen(), text, piece), stream) << length << " in " << piece;
+        EXPECT_TRUE(deciphered(sixteen(), stream) == text) << length;
+        EXPECT_TRUE(enciphered(sixteen(), text, 13) == stream) << length;
     }
 }
 
-// Longer than what is joined into one write.
-TEST_F(QBBlowfishOutputFilterTest, LongWritesAreJoinedWithoutATrace) {
-    const std::string text(1'000'003, 'x');
-    const std::string stream = enciphered(sixteen(), text);
-    EXPECT_TRUE(stream == enciphered(sixteen(), text, 1000));
-    EXPECT_TRUE(deciphered(sixteen(), stream) == text);
-}
-
-TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlockAndOneEnd) {
-    const Ref<Recorder> target = Ref<Recorder>::adopt(new Recorder);
+TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {
+    QBArrayOutputStream *const target = QBArrayOutputStream::stream();
     const Ref<Filter> encoder = Filter::initWithKey(sixteen(), /*decrypt=*/NO, target, /*randomSeed=*/1);
-    EXPECT_EQ(target->lengths(), (std::vector<std::uint32_t>{8})); // the header, at once
+    EXPECT_EQ(writesOf(target).size(), 1u); // the header, at once
     encoder->writeBuffer(kText.data(), 17);
-    encoder->flush();
-    EXPECT_EQ(target->lengths(), (std::vector<std::uint32_t>{8, 8, 8}));
+    EXPECT_EQ(writesOf(target).size(), 3u);
     encoder->close();
     encoder->close();
-    EXPECT_EQ(target->lengths(), (std::vector<std::uint32_t>{8, 8, 8, 8, 8}));
-    EXPECT_EQ(target->events, "fc");
-
-    const Ref<Recorder> sink = Ref<Recorder>::adopt(new Recorder);
-    writeAll(Filter::streamWithKey(sixteen(), /*decrypt=*/YES, sink), fromHex(kStream), SIZE_MAX);
-    EXPECT_EQ(sink->lengths(), (std::vector<std::uint32_t>{8, 8, 8, 3}));
-    EXPECT_EQ(sink->events, "c");
+    EXPECT_EQ(writesOf(target).size(), 5u);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
@@ -169,21 +124,18 @@ TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
             block[i / 4] = block[i / 4] << 8 | static_cast<unsigned char>(header[i]);
         return convertedBlock(cipher(sixteen()), block, "_blowfishDecryptBlock"_sel);
     };
-    for (const std::uint32_t seed : {1u, 7u, 0xFFFFFFFFu}) {
-        std::srand(seed);
-        const Block expected{seed, static_cast<std::uint32_t>(std::rand())};
-        EXPECT_EQ(headerOf(seed), expected);
-    }
+    std::srand(0xFFFFFFFFu);
+    const Block expected{0xFFFFFFFFu, static_cast<std::uint32_t>(std::rand())};
+    EXPECT_EQ(headerOf(0xFFFFFFFFu), expected);
     const auto before = static_cast<std::uint32_t>(std::time(nullptr));
     const std::uint32_t time = headerOf(0)[0];
     EXPECT_TRUE(before <= time && time <= before + 60) << time;
 }
 
-TEST_F(QBBlowfishOutputFilterTest, OneSeedGivesOneStreamAndNoLaterRandomNumbers) {
-    EXPECT_EQ(enciphered("key"_ns, kText), enciphered(dataOf("key"), kText));
-    EXPECT_NE(enciphered("key"_ns, kText, SIZE_MAX, 8), enciphered("key"_ns, kText, SIZE_MAX, 9));
+TEST_F(QBBlowfishOutputFilterTest, ASeedSaysNothingOfLaterRandomNumbers) {
     const auto threeNumbers = [] { return std::vector<int>{std::rand(), std::rand(), std::rand()}; };
-    const std::vector<int> later = threeNumbers(); // behind a stream with the seed 9
+    enciphered("key"_ns, kText, SIZE_MAX, 9);
+    const std::vector<int> later = threeNumbers();
     std::srand(9);
     for (int i = 0; i < 100; ++i)
         EXPECT_NE(threeNumbers(), later);
@@ -192,7 +144,6 @@ TEST_F(QBBlowfishOutputFilterTest, OneSeedGivesOneStreamAndNoLaterRandomNumbers)
 TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
     const std::string stream = enciphered("15"_ns, kText);
     EXPECT_EQ(deciphered(NSNumber::numberWithInt(15), stream), kText);
-    EXPECT_NE(deciphered("16"_ns, stream), kText);
     const std::string longKey(72, 'k');
     EXPECT_EQ(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey), kText)), kText);
     EXPECT_NE(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey.substr(1) + "z"), kText)), kText);
@@ -205,42 +156,20 @@ TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
 
 TEST_F(QBBlowfishOutputFilterTest, WithoutAKeyOrATargetThereIsNoFilter) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
-    for (const id key : {id{}, id{""_ns}, id{NSData::data()}, id{QBNil::value()}})
-        EXPECT_EQ(Filter::streamWithKey(key, /*decrypt=*/NO, target), nullptr);
-    EXPECT_EQ(target->retainCount(), 1u);
+    EXPECT_EQ(Filter::streamWithKey(""_ns, /*decrypt=*/NO, target), nullptr);
     EXPECT_EQ(target->byteCounter(), 0u);
-    const char *const reason =
-        "QBBlowfishOutputFilter initWithKey:decrypt:target:randomSeed: must have a target that is not nil.";
-    EXPECT_REASON(send(Filter::cls(), "streamWithTarget:"_sel, nullptr), reason);
-    EXPECT_REASON(send(Filter::cls(), "stream"_sel),
-                  "QBBlowfishOutputFilter init: must be made with a target.");
+    EXPECT_REASON(
+        send(Filter::cls(), "streamWithTarget:"_sel, nullptr),
+        "QBBlowfishOutputFilter initWithKey:decrypt:target:randomSeed: must have a target that is not nil.");
 }
 
 TEST_F(QBBlowfishOutputFilterTest, AStreamWithoutAnEndIsCorrupt) {
-    const std::string stream = fromHex(kStream);
-    for (std::size_t length = 0; length < 24; ++length) {
-        const Ref<Recorder> target = Ref<Recorder>::adopt(new Recorder);
-        const ErrorExpectation error(100239);
-        writeAll(Filter::streamWithKey(sixteen(), /*decrypt=*/YES, target), stream.substr(0, length), 5);
-        EXPECT_EQ(ERRORHANDLER->errorMessage()->view(), "[100239] The blowfish encrypted data is corrupt.");
-        EXPECT_EQ(target->lengths(), std::vector<std::uint32_t>{});
-        EXPECT_EQ(target->events, "c");
-    }
-}
-
-// Nothing says that it is garbage, but it is never more than was there.
-TEST_F(QBBlowfishOutputFilterTest, AChangedStreamGivesGarbage) {
-    const std::string stream = fromHex(kStream);
-    for (std::size_t length = 24; length < stream.size(); ++length)
-        EXPECT_LE(deciphered(sixteen(), stream.substr(0, length)).size(), length - 17);
-    for (std::size_t i = 0; i < stream.size(); ++i) {
-        std::string changed = stream;
-        changed[i] = static_cast<char>(changed[i] ^ 0x80);
-        const std::string text = deciphered(sixteen(), changed);
-        EXPECT_TRUE(24 <= text.size() && text.size() <= 24 + 7) << i;
-        const std::size_t kept = std::clamp<std::size_t>(i / 8 * 8, 8, 32) - 8; // whole blocks before it
-        EXPECT_EQ(text.substr(0, kept), kText.substr(0, kept));
-    }
+    for (std::size_t length = 0; length < 24; ++length)
+        expectError(100239, "", [&] {
+            EXPECT_EQ(deciphered(sixteen(), fromHex(kStream).substr(0, length), 5), "");
+            EXPECT_EQ(ERRORHANDLER->errorMessage()->view(),
+                      "[100239] The blowfish encrypted data is corrupt.");
+        });
 }
 
 TEST_F(QBBlowfishOutputFilterTest, KeyAndBlocksAreWiped) {

@@ -1,7 +1,6 @@
 #include "support/Bytes.h"
 #include "support/Faults.h"
 #include "support/PoolFixture.h"
-#include "support/SocketPair.h"
 
 #include <algorithm>
 #include <cstring>
@@ -64,28 +63,14 @@ public:
 
 TEST_F(QBCopyShopTest, CopiesPieceByPiece) {
     QBArrayOutputStream *const target = QBArrayOutputStream::stream();
-    const auto copy = [&](QBInputStream *from) {
-        target->reset();
-        const id shop = send<id>(QBCopyShop::cls(), "copyShopWithBufferSize:"_sel, 4u);
-        return send<std::int32_t>(shop, "copyFrom:to:"_sel, from, target);
-    };
     const Strings pieces = {"0123", "4567", "89"};
-    EXPECT_EQ(copy(QBDataInputStream::streamWithData(dataOf("0123456789"))), 10);
-    EXPECT_EQ(writesOf(target), pieces);
-    EXPECT_EQ(copy(QBDataInputStream::streamWithData(NSMutableData::dataWithData(dataOf("0123456789")))), 10);
-    EXPECT_EQ(writesOf(target), pieces);
-    EXPECT_EQ(copy(QBStringInputStream::streamWithString("0123456789"_ns)), 10);
-    EXPECT_EQ(writesOf(target), pieces);
-    EXPECT_EQ(copy(QBDataInputStream::streamWithData(NSData::data())), 0);
-    EXPECT_EQ(copy(QBDataInputStream::streamWithData(nullptr)), 0);
-    EXPECT_EQ(writesOf(target), Strings());
-}
-
-TEST_F(QBCopyShopTest, PiecesAreOf64KiBUnlessItIsSaid) {
-    const Ref<Source> from = source({1});
-    for (QBCopyShop *const shop : {QBCopyShop::copyShop(), QBCopyShop::copyShopWithBufferSize(0)})
-        shop->copyFrom(from, QBDataOutputStream::stream());
-    EXPECT_EQ(from->asked, (std::vector<std::uint32_t>{65536, 65536, 65536}));
+    for (QBInputStream *const from :
+         {static_cast<QBInputStream *>(QBDataInputStream::streamWithData(dataOf("0123456789"))),
+          static_cast<QBInputStream *>(QBStringInputStream::streamWithString("0123456789"_ns))}) {
+        target->reset();
+        EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFrom(from, target), 10);
+        EXPECT_EQ(writesOf(target), pieces);
+    }
 }
 
 TEST_F(QBCopyShopTest, ABoundIsKeptAndTheSourceStandsBehindIt) {
@@ -93,17 +78,13 @@ TEST_F(QBCopyShopTest, ABoundIsKeptAndTheSourceStandsBehindIt) {
     QBArrayOutputStream *const target = QBArrayOutputStream::stream();
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(4);
     EXPECT_EQ(shop->copyFromToLength(from, target, 0), 0u);
-    EXPECT_EQ(send<std::uint32_t>(shop, "copyFrom:to:length:"_sel, from, target, 5u), 5u);
+    EXPECT_EQ(shop->copyFromToLength(from, target, 5), 5u);
     EXPECT_EQ(from->readByte(), '5');
     EXPECT_EQ(shop->copyFromToLength(from, target, 20), 4u);
     EXPECT_EQ(writesOf(target), (Strings{"0123", "4", "6789"}));
-    from->reset();
-    EXPECT_EQ(shop->copyFromToLength(from, target, 10), 10u);
-    EXPECT_EQ(shop->copyFromToLength(from, target, 10), 0u);
     for (const std::int32_t end : {0, -1, -2}) { // a pipe answers its end with 0
         const Ref<Source> ending = source({3, 2, end, 7});
         EXPECT_EQ(shop->copyFromToLength(ending, target, 20), 5u);
-        EXPECT_EQ(ending->asked, (std::vector<std::uint32_t>{4, 4, 4}));
     }
 }
 
@@ -128,50 +109,23 @@ TEST_F(QBCopyShopTest, TimedCopiesReadWithTheTimeOutAndEndWithIt) {
                  InvalidArgumentException);
 }
 
-TEST_F(QBCopyShopTest, ASocketThatIsSilentEndsATimedCopy) {
-    const SocketPair pair;
-    QBDataOutputStream *const target = QBDataOutputStream::stream();
-    QBInputStream *const from = pair.client->getInputStream();
-    QBCopyShop *const shop = QBCopyShop::copyShop();
-    pair.feed("abcdef");
-    EXPECT_EQ(shop->copyFromToLength(from, target, 4, 1000), 4u);
-    EXPECT_EQ(shop->copyFromToTimeout(from, target, 20), 2);
-    EXPECT_EQ(target->byteCounter(), 6u);
-}
-
 TEST_F(QBCopyShopTest, ErrorsEndACopyAndStandBehindThoseOfTheCaller) {
     ERRORHANDLER->raiseErrorInFile("caller", 1, 100023, "f", "text");
     const Ref<Failing> target = Ref<Failing>::adopt(new Failing);
     QBDataInputStream *const from = QBDataInputStream::streamWithData(dataOf("0123456789"));
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(2);
     EXPECT_EQ(shop->copyFrom(from, target), 4); // what was read for the write that failed, too
-    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100023, 100024)");
-    target->writes = 0;
-    EXPECT_EQ(shop->copyFromToLength(from, target, 6), 4u);
-    EXPECT_EQ(describe(ERRORHANDLER->errorIds()), "(100023, 100024, 100024)");
-    recordingErrorHandler()->raised.clear();
-    ERRORHANDLER->clearErrorStack();
+    EXPECT_EQ(takenErrors(), "(100023, 100024)");
 }
 
 TEST_F(QBCopyShopTest, MissingMemoryAndStreamsAreTold) {
     const Ref<Source> from = source({3});
-    QBDataOutputStream *const target = QBDataOutputStream::stream();
-    {
-        const ErrorExpectation error(100156);
-        const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
-    }
-    {
-        const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        QBErrorHandler *const handler = std::exchange(ERRORHANDLER, nullptr); // so that nothing is recorded
-        EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 0);
-        ERRORHANDLER = handler;
-    }
-    EXPECT_TRUE(from->asked.empty());
-    EXPECT_REASON(QBCopyShop::copyShop()->copyFrom(nullptr, target),
-                  "QBCopyShop copyFrom:to: must have a source that is not nil.");
     EXPECT_REASON(QBCopyShop::copyShop()->copyFromToLength(from, nullptr, 1),
                   "QBCopyShop copyFrom:to: must have a sink that is not nil.");
+    const ErrorExpectation error(100156);
+    const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, QBDataOutputStream::stream()), 0);
+    EXPECT_TRUE(from->asked.empty());
 }
 
 TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {

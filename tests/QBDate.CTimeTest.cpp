@@ -29,25 +29,16 @@ TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
     const struct {
         double interval;
         std::int32_t seconds;
-    } rows[] = {{1.9, 1},         {-1.9, -1},        {2147483646.9, 2147483646}, {2147483648.0, INT32_MAX},
-                {4e9, INT32_MAX}, {-4e9, INT32_MIN}, {infinity, INT32_MAX},      {-infinity, INT32_MIN}};
+    } rows[] = {{-1.9, -1}, {2147483646.9, 2147483646}, {4e9, INT32_MAX}, {-infinity, INT32_MIN}};
     for (const auto &row : rows)
         EXPECT_EQ(NSDate::dateWithTimeIntervalSince1970(row.interval)->ctime(), row.seconds);
-    EXPECT_EQ(describe(send<id>(NSCalendarDate::cls(), "dateWithCTime:"_sel, 0)->classObject()->name()),
-              "NSCalendarDate");
-    EXPECT_EQ(send<Ref<NSDate>>(NSDate::cls(), "initWithCTime:"_sel, 5)->ctime(), 5);
 }
 
 TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
     EXPECT_STREQ(NSDate::stringValueFormat(), "%d.%m.%Y %H:%M");
     EXPECT_EQ(stringValueIn("Europe/Berlin", 1719792000, nullptr), "01.07.2024 02:00");
-    EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a %-d %B %F %T %Z %% %G-W%V"),
-              "Mon 1 July 2024-07-01 00:00:00 UTC % 2024-W27");
-    EXPECT_EQ(stringValueIn("<+0545>-5:45", 0, "%c %z %Z %p"), "Thu Jan  1 05:45:00 1970 +0545 +0545 AM");
     EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1023, 'x')).c_str()), std::string(1023, 'x'));
-    EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1020, 'x') + "%Y").c_str()), "");
     EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1020, 'x') + "%C%C").c_str()), "");
-    EXPECT_EQ(stringValueIn("UTC0", 0, ""), "");
     NSDate::setStringValueFormat("%Y");
     NSDate::setStringValueFormat(NSDate::stringValueFormat()); // its own copy
     EXPECT_STREQ(NSDate::stringValueFormat(), "%Y");
@@ -61,7 +52,6 @@ TEST_F(QBDateCTimeTest, NamesAreInTheLanguageOfTheProcess) {
     if (!std::setlocale(LC_TIME, "de_DE.UTF-8"))
         GTEST_SKIP() << "the system has no German";
     EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a, %d. %b"), "Mo, 01. Jul");
-    EXPECT_EQ(stringValueIn("UTC0", 1719792000 + 86400, "%a"), "Di");
     std::setlocale(LC_TIME, "C");
     EXPECT_EQ(stringValueIn("UTC0", 1719792000, "%a, %d. %b"), "Mon, 01. Jul");
 }

@@ -22,15 +22,10 @@ std::unique_ptr<std::FILE, int (*)(std::FILE *)> fileWith(const std::string &byt
 
 TEST_F(EnvironmentTest, IsReadAndChangedByItsNames) {
     static char variable[] = "QB_TEST_VALUE=a=b";
-    EXPECT_EQ(OSEnvironment::getEnv("QB_TEST_VALUE"), nullptr);
-    EXPECT_EQ(send<std::int32_t>(OSEnvironment::cls(), "putEnv:"_sel, variable), 0);
+    EXPECT_EQ(OSEnvironment::putEnv(variable), 0);
     EXPECT_STREQ(OSEnvironment::getEnv("QB_TEST_VALUE"), "a=b");
-    EXPECT_EQ(describe(NSDictionary::dictionaryWithEnvironment()->objectForKey("QB_TEST_VALUE"_ns)), "a=b");
     EXPECT_EQ(OSEnvironment::unsetEnv("QB_TEST_VALUE"), 0);
-    EXPECT_EQ(NSDictionary::dictionaryWithEnvironment()->objectForKey("QB_TEST_VALUE"_ns), nullptr);
-    EXPECT_EQ(OSEnvironment::unsetEnv("A=B") + OSEnvironment::unsetEnv(nullptr), 0);
-    EXPECT_EQ(OSEnvironment::getEnv(nullptr), nullptr);
-    EXPECT_EQ(OSEnvironment::putEnv(nullptr), -1);
+    EXPECT_EQ(OSEnvironment::getEnv("QB_TEST_VALUE"), nullptr);
     const Fault noMemory(Call::putenv, 0, 0, ENOMEM);
     EXPECT_NE(OSEnvironment::putEnv(variable), 0);
     EXPECT_EQ(OSEnvironment::getErrorCode(), static_cast<std::uint32_t>(ENOMEM));
@@ -54,13 +49,9 @@ TEST_F(EnvironmentTest, EncodedOneIsReadUpToAnEmptyLine) {
     struct {
         std::string bytes, expected, rest;
     } const rows[] = {
-        {"", "{}", ""},
         {"\nA=1\n", "{}", "A=1\n"},
         {"A=1\nB=x=y\n\nrest", "{A = 1; B = x=y; }", "rest"},
-        {"A=1\nA=2\nB=", "{A = 1; B = ; }", ""},
-        {"A%3DB=one+two%0athree%2B%25", "{A=B = one two\nthree+%; }", ""},
         {"A=" + longest + "\n\n", "{A = " + longest + "; }", ""},
-        {"A=" + longest, "{A = " + longest + "; }", ""},
     };
     for (const auto &row : rows) {
         const auto file = fileWith(row.bytes);
@@ -71,17 +62,11 @@ TEST_F(EnvironmentTest, EncodedOneIsReadUpToAnEmptyLine) {
 }
 
 TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
-    const std::string tooLong = "A=" + std::string(8191, 'x');
-    struct {
-        std::string bytes, values;
-    } const rows[] = {
-        {"A=1\nB\n", "2 \"=\""},
-        {tooLong + "\n", "1 a line of at most 8192 bytes"},
-        {tooLong, "1 a line of at most 8192 bytes"},
-    };
-    for (const auto &row : rows) {
-        const auto file = fileWith(row.bytes);
-        expectError(900021, row.values, [&] {
+    const std::pair<std::string, const char *> rows[] = {
+        {"A=1\nB\n", "2 \"=\""}, {"A=" + std::string(8191, 'x'), "1 a line of at most 8192 bytes"}};
+    for (const auto &[bytes, values] : rows) {
+        const auto file = fileWith(bytes);
+        expectError(900021, values, [&] {
             EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr);
         });
     }
@@ -89,6 +74,4 @@ TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
     const Fault broken(Call::fgets, 0, 0, EIO);
     expectError(100023, "<unknown> Input/output error",
                 [&] { EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr); });
-    EXPECT_REASON(NSDictionary::initWithEncodedEnvironmentFromFile(nullptr),
-                  "NSDictionary initWithEncodedEnvironmentFromFile: must have a file that is not NULL.");
 }

@@ -18,30 +18,18 @@ NSMutableDictionary *entries(std::string_view text) {
     return NSMutableDictionary::dictFromArray(words(text));
 }
 
-// Stands for no value, as the null object does.
-class Nothing : public NSObject {
-public:
-    BOOL isNil() const override { return YES; }
-};
-
 } // namespace
 
 TEST_F(QBDictionaryAdditionsTest, AbsentValuesRemoveTheirKeysOrBecomeTheNullObject) {
-    const Ref<NSObject> nothing = Ref<NSObject>::adopt(new Nothing);
-    struct {
-        id object;
-        const char *ifNotNil, *ifNotQBNil, *andQBNil;
-    } const rows[] = {
-        {"v"_ns, "v", "v", "v"},
-        {nullptr, "nil", "nil", "null"},
-        {QBNil::value(), "null", "nil", "null"},
-        {nothing, "nothing", "nil", "null"},
-    };
-    const auto valueAfter = [&](void (NSMutableDictionary::*set)(id, id), id object) -> std::string {
+    const id null = QBNil::value();
+    const struct {
+        id object, ifNotNil, ifNotQBNil, andQBNil;
+    } rows[] = {
+        {"v"_ns, "v"_ns, "v"_ns, "v"_ns}, {nullptr, nullptr, nullptr, null}, {null, null, nullptr, null}};
+    const auto valueAfter = [&](void (NSMutableDictionary::*set)(id, id), id object) {
         NSMutableDictionary *const dictionary = entries("k old");
         (dictionary->*set)(object, "k"_ns);
-        const id value = dictionary->objectForKey("k"_ns);
-        return value == QBNil::value() ? "null" : value == nothing.get() ? "nothing" : describe(value);
+        return dictionary->objectForKey("k"_ns);
     };
     for (const auto &row : rows) {
         EXPECT_EQ(valueAfter(&NSMutableDictionary::setObjectIfNotNil, row.object), row.ifNotNil);
@@ -53,45 +41,30 @@ TEST_F(QBDictionaryAdditionsTest, AbsentValuesRemoveTheirKeysOrBecomeTheNullObje
 TEST_F(QBDictionaryAdditionsTest, ManyValuesAreStoredTogether) {
     NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();
     dictionary->setObjects(words("1 2"), words("a b"));
-    dictionary->setObjects(nullptr, NSArray::array());
     dictionary->setObjectForKeys("x"_ns, words("b c"));
-    dictionary->setObjectForKeys("x"_ns, nullptr);
     EXPECT_EQ(describe(dictionary), "{a = 1; b = x; c = x; }");
     EXPECT_REASON(dictionary->setObjects(words("1 2 3"), words("d e")),
                   "NSMutableDictionary setObjects:forKeys: must have both arguments of the same size");
     dictionary->setObjectForKey("5"_ns, number(5));
-    dictionary->removeObjectsForKeysWithPrefixes(NSArray::array());
-    dictionary->removeObjectsForKeysWithPrefixes(nullptr);
     dictionary->removeObjectsForKeysWithPrefixes(words("x c 5 b"));
     EXPECT_EQ(describe(dictionary), "{a = 1; 5 = 5; }"); // a number has no prefix
 }
 
 TEST_F(QBDictionaryAdditionsTest, ValuesAreReadWithDefaults) {
-    NSDictionary *const dictionary = NSDictionary::dictionaryWith({{"n"_ns, number(7)},
-                                                                   {"t"_ns, "12x"_ns},
-                                                                   {"yes"_ns, QBBool::trueBoolean()},
-                                                                   {"none"_ns, QBNil::value()},
-                                                                   {"list"_ns, words("a b")}});
-    EXPECT_EQ(dictionary->objectForKey("n"_ns, "d"_ns), number(7));
+    NSDictionary *const dictionary = NSDictionary::dictionaryWith(
+        {{"n"_ns, number(7)}, {"t"_ns, "12x"_ns}, {"none"_ns, QBNil::value()}, {"list"_ns, words("a b")}});
     EXPECT_EQ(dictionary->objectForKey("none"_ns, "d"_ns), QBNil::value());
     EXPECT_EQ(describe(dictionary->objectForKey("x"_ns, "d"_ns)), "d");
     EXPECT_EQ(describe(dictionary->deepObjectForKey("list.1"_ns, "d"_ns)), "b");
     EXPECT_EQ(describe(dictionary->deepObjectForKey("list.2"_ns, "d"_ns)), "d");
-    EXPECT_EQ(describe(dictionary->deepObjectForKey("x.y"_ns, "d"_ns)), "d");
-    EXPECT_EQ(dictionary->intValueForKey("n"_ns, 3), 7);
     EXPECT_EQ(dictionary->intValueForKey("t"_ns, 3), 12);
-    EXPECT_EQ(dictionary->intValueForKey("none"_ns, 3), 0);
     EXPECT_EQ(dictionary->intValueForKey("x"_ns, 3), 3);
-    EXPECT_THROW(dictionary->intValueForKey("list"_ns, 3), InvalidArgumentException);
-    EXPECT_EQ(dictionary->boolValueForKey("yes"_ns, NO), YES);
-    EXPECT_EQ(dictionary->boolValueForKey("none"_ns, YES), NO);
+    EXPECT_EQ(dictionary->boolValueForKey("n"_ns, NO), YES);
     EXPECT_EQ(dictionary->boolValueForKey("x"_ns, YES), YES);
     EXPECT_EQ(describe(dictionary->translateKey("n"_ns)) + describe(dictionary->translateKey("x"_ns)), "7x");
     EXPECT_EQ(describe(dictionary->stringForKey("n"_ns)), "7");
     EXPECT_EQ(dictionary->stringForKey("none"_ns), nullptr);
-    EXPECT_EQ(dictionary->stringForKey("x"_ns), nullptr);
-    EXPECT_EQ(describe(dictionary->arrayUsingKeysFromArray(words("yes x n"))), "(<QBBool true>, 7)");
-    EXPECT_EQ(describe(dictionary->arrayUsingKeysFromArray(nullptr)), "()");
+    EXPECT_EQ(describe(dictionary->arrayUsingKeysFromArray(words("t x n"))), "(12x, 7)");
     EXPECT_EQ(describe(entries("b 1 a 2")->array()), "(b, 1, a, 2)");
 }
 
@@ -104,17 +77,12 @@ TEST_F(QBDictionaryAdditionsTest, RelativePathsLieBelowTheBaseDirectory) {
         {"log log/x basedir /srv", nullptr, "/other"_ns, "/srv/log/x"},
         {"log /var/log/x basedir /srv", nullptr, nullptr, "/var/log/x"},
         {"log log/x", nullptr, "/other"_ns, "/other/log/x"},
-        {"log log/x", nullptr, nullptr, "log/x"},
         {"basedir /srv", "a"_ns, nullptr, "/srv/a"},
         {"basedir /srv", nullptr, "/other"_ns, "nil"},
     };
     for (const auto &row : rows)
         EXPECT_EQ(describe(entries(row.entries)->pathForKey("log"_ns, row.withDefault, row.base)),
                   row.expected);
-    NSDictionary *const odd =
-        NSDictionary::dictionaryWith({{"log"_ns, number(5)}, {"basedir"_ns, QBNil::value()}});
-    EXPECT_EQ(describe(odd->pathForKey("log"_ns, nullptr, "/other"_ns)), "5");
-    EXPECT_EQ(odd->pathForKey("basedir"_ns, nullptr, nullptr), nullptr);
 }
 
 TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOfDictionariesInsideAreTextsToo) {
@@ -123,9 +91,6 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOfDictionariesInsideAreTextsToo) 
         NSMutableDictionary::dictionaryWith({{"z"_ns, inner}, {"a"_ns, "c"_ns}});
     EXPECT_EQ(describe(outer->allKeysAndValuesRecursive(YES, NO)), "(z, a, b, n, 2, c)");
     EXPECT_EQ(describe(outer->allKeysAndValues()), "(2, a, b, c, n, z)");
-    NSArray *const flat = outer->allKeysAndValuesRecursive(NO, NO);
-    EXPECT_EQ(describe(flat->objectAtIndex(2)), std::string(inner->stringValue()->view()));
-    EXPECT_EQ(flat->count(), 4u);
     outer->setObjectForKey(outer, "self"_ns);
     expectError(900003, "256", [&] { EXPECT_EQ(outer->allKeysAndValues(), nullptr); });
     outer->removeAllObjects(); // or it would keep itself
@@ -135,7 +100,6 @@ TEST_F(QBDictionaryAdditionsTest, DictionariesAreMadeFromOthers) {
     NSDictionary *const source = NSDictionary::dictionaryWith(
         {{"a"_ns, number(1)}, {"b"_ns, "2"_ns}, {"n"_ns, QBNil::value()}, {"c"_ns, words("x")}});
     NSArray *const keys = words("b n x a");
-    const id null = QBNil::value();
     EXPECT_EQ(describe(NSDictionary::dictWithObjects(words("a b"))), "{a = a; b = b; }");
     EXPECT_EQ(describe(NSDictionary::dictFrom(source, keys)), "{b = 2; n = nil; a = 1; }");
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithKeys(source, words("b a"))), "{b = 2; a = 1; }");
@@ -143,26 +107,17 @@ TEST_F(QBDictionaryAdditionsTest, DictionariesAreMadeFromOthers) {
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, keys)), "{b = 2; a = 1; }");
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, words("a x"), "translateKey:"_sel)),
               "{a = 1; x = x; }");
-    EXPECT_THROW(NSDictionary::dictFromDictWithGoodKeys(source, keys, nullptr), InvalidArgumentException);
     NSDictionary *const texts = NSDictionary::stringDictFromDict(source, keys);
     EXPECT_EQ(describe(texts), "{b = 2; a = 1; }");
     EXPECT_TRUE(texts->objectForKey("a"_ns)->isKindOfClass(NSString::cls()));
     EXPECT_EQ(describe(source->goodDict()), "{a = 1; b = 2; c = (x); }");
-    EXPECT_EQ(describe(source->stringDict()->allKeys()), "(a, b, c)");
-    EXPECT_TRUE(source->stringDict()->objectForKey("c"_ns)->isKindOfClass(NSString::cls()));
+    EXPECT_EQ(source->stringDict()->count(), 3u);
     EXPECT_EQ(describe(source->subDictWithKeys(keys)), "{b = 2; n = nil; a = 1; }");
-    EXPECT_EQ(source->subDictWithKeys(keys)->classObject(), NSMutableDictionary::cls());
     EXPECT_EQ(describe(source->subDictWithoutKeys(keys)), "{c = (x); }");
-    EXPECT_EQ(source->subDictWithoutKeys(nullptr)->count(), 4u);
-    EXPECT_EQ(describe(NSDictionary::dictionaryWith({{"k"_ns, null}, {number(5), "v"_ns}})
+    EXPECT_EQ(describe(NSDictionary::dictionaryWith({{"k"_ns, QBNil::value()}, {number(5), "v"_ns}})
                            ->dictByPrefixingKeysWith("p."_ns)),
               "{p.k = nil; p.5 = v; }");
-    EXPECT_REASON(source->dictByPrefixingKeysWith(nullptr),
-                  "NSDictionary dictByPrefixingKeysWith: must have a string that is not nil.");
     EXPECT_EQ(describe(entries("a 1 b 2")->dictByAddingDict(entries("b 3 c 4"))), "{a = 1; b = 3; c = 4; }");
-    EXPECT_EQ(describe(entries("a 1")->dictByAddingDict(nullptr)), "{a = 1; }");
-    EXPECT_EQ(NSDictionary::dictFrom(nullptr, keys)->count(), 0u);
-    EXPECT_EQ(NSDictionary::dictFromDictWithGoodKeys(nullptr, nullptr)->count(), 0u);
 }
 
 TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionaries) {
@@ -170,74 +125,39 @@ TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionaries) {
     NSDictionary *const made = NSDictionary::dictFromArray(list, words("m"));
     EXPECT_EQ(describe(made), "{a = 3; b = 2; m = (4, 5); z = nil; }");
     EXPECT_EQ(made->objectForKey("z"_ns), QBNil::value());
-    EXPECT_EQ(describe(NSDictionary::dictFromArray(words("m 4 n 5"), words("m"))), "{m = (4); n = 5; }");
-    EXPECT_EQ(describe(NSDictionary::dictFromCorrectArray(words("a 1 b 2"))), "{a = 1; b = 2; }");
     EXPECT_EQ(describe(NSDictionary::dictFromCorrectArray(words("m 1 b 2 m 3"), words("m"))),
               "{m = (1, 3); b = 2; }");
-    for (NSArray *none : {NSArray::array(), static_cast<NSArray *>(nullptr)}) {
-        EXPECT_EQ(describe(NSDictionary::dictFromArray(none)), "{}");
-        EXPECT_EQ(describe(NSDictionary::dictFromCorrectArray(none)), "{}");
-    }
     EXPECT_EQ(describe(NSDictionary::dictWithKeyValues("a"_ns, number(1), "b"_ns, nullptr, "a"_ns, "2"_ns)),
               "{a = 2; }");
     EXPECT_REASON(NSDictionary::dictWithKeyValues("a"_ns),
                   "NSDictionary dictWithKeyValues: must have a value behind each key.");
-    EXPECT_THROW(NSDictionary::dictWithKeyValues(nullptr, "a"_ns), InvalidArgumentException);
 }
 
 TEST_F(QBDictionaryAdditionsTest, ValuesOfListsAreTraced) {
     activateChannel("misc");
     CapturedOutput output;
-    NSDictionary::dictFromCorrectArray(NSArray::arrayWithObjects("a"_ns, number(1), "b"_ns, QBNil::value()));
+    NSDictionary::dictFromCorrectArray(NSArray::arrayWithObjects("a"_ns, QBNil::value()));
     const std::string lines = output.end();
-    for (const char *value : {"1", "<nil>"})
-        EXPECT_NE(lines.find("(NSDictionary): +dictFromArray:supportedMultiValues: -> value==" +
-                             std::string(value) + "\n"),
-                  std::string::npos)
-            << lines;
+    EXPECT_NE(lines.find("(NSDictionary): +dictFromArray:supportedMultiValues: -> value==<nil>\n"),
+              std::string::npos)
+        << lines;
 }
 
 TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
-    struct {
-        const char *list, *values;
-    } const rows[] = {{"a 1 b", "3 a value for the last key"}, {"a 1 b 2 a 3", "4 another key"}};
-    for (const auto &row : rows) {
-        expectError(900020, row.values, [&] {
-            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(row.list), words("m")), nullptr);
+    const std::pair<const char *, const char *> rows[] = {{"a 1 b", "3 a value for the last key"},
+                                                          {"a 1 b 2 a 3", "4 another key"}};
+    for (const auto &[list, values] : rows)
+        expectError(900020, values, [list = list] {
+            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(list), words("m")), nullptr);
         });
-    }
-}
-
-TEST_F(QBDictionaryAdditionsTest, MakersMakeTheClassThatWasAsked) {
-    Class *const classes[] = {NSDictionary::cls(), NSMutableDictionary::cls()};
-    NSArray *const list = words("a 1");
-    for (Class *asked : classes) {
-        const id made[] = {
-            send(asked, "dictWithObjects:"_sel, list),
-            send(asked, "dictFromArray:"_sel, list),
-            send(asked, "dictFromCorrectArray:"_sel, list),
-            send(asked, "dictWithKeyValues:"_sel, "a"_ns, "1"_ns),
-            send(asked, "stringDictFromDict:withGoodKeys:"_sel, entries("a 1"), list),
-            send(asked, "dictionaryWithEnvironment"_sel),
-        };
-        for (id dictionary : made)
-            EXPECT_EQ(dictionary->classObject(), asked);
-    }
 }
 
 TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) {
     NSDictionary *const dictionary =
         NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}, {"n"_ns, QBNil::value()}});
-    const id null = QBNil::value();
     EXPECT_EQ(describe(dictionary->badKeysForGoodKeys(words("b c"), words("a n x"))), "(a, n, n, x)");
-    EXPECT_EQ(describe(dictionary->badKeysForGoodKeys(words("b"))), "(a, n)");
-    EXPECT_EQ(describe(dictionary->badKeysForGoodKeys(NSArray::array())), "(a, b, n)");
     EXPECT_EQ(describe(dictionary->badKeysForDisallowNilKeys(words("x b"))), "(x)");
     EXPECT_EQ(dictionary->badKeysForGoodKeys(words("n b a"), words("b")), nullptr);
-    EXPECT_EQ(dictionary->badKeysForGoodKeys(nullptr, nullptr), nullptr);
-    EXPECT_EQ(dictionary->badKeysForGoodKeys(null, null), nullptr);
     EXPECT_THROW(dictionary->badKeysForGoodKeys("b"_ns), InvalidArgumentException);
     EXPECT_EQ(describe(dictionary->keysContainedBy(words("x n c a"))), "(n, a)");
-    EXPECT_EQ(dictionary->keysContainedBy(words("x")), nullptr);
-    EXPECT_EQ(dictionary->keysContainedBy(nullptr), nullptr);
 }

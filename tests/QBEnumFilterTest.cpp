@@ -83,79 +83,55 @@ TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
         const char *answer;       // of an element
         const char *targetAnswer; // of a target, about the element
     } rows[] = {
-        {"object", "x"_ns, "y"_ns, "e", "t"},
-        {"takes:", "x"_ns, "y"_ns, "e<x>", "t<e>"},
-        {"takes:", nullptr, nullptr, "e<nil>", "t<e>"},
-        {"takes:two:", "x"_ns, "y"_ns, "e<x, y>", "t<e, x>"},
-        {"takes:two:", nullptr, "y"_ns, "e<nil, y>", "t<e, nil>"},
-        {"takes:two:three:", "x"_ns, "y"_ns, "", "t<e, x>y"}, // more than an element is sent
-        {"takes:two:three:four:", "x"_ns, "y"_ns, "", ""},
-        {"takesMore:", "x"_ns, "y"_ns, "e<x>0", "t<e>0"},
-        {"takesText:", "x"_ns, nullptr, "e<x>", ""}, // the element is no text
-        {"takesText:", NSNumber::numberWithInt(1), nullptr, "", ""},
-        {"takesClass:", NSString::cls(), nullptr, "e<NSString>", ""},
-        {"takesPointer:", nullptr, nullptr, "(null)", ""},
-        {"takesPointer:", "x"_ns, nullptr, "", ""},
-        {"takesNumber:", nullptr, nullptr, "", ""},
-        {"fly", nullptr, nullptr, "", ""},
-        {"", nullptr, nullptr, "", ""},
+        {"object", "x"_ns, "y"_ns, "(e)", "(t)"},
+        {"takes:", "x"_ns, "y"_ns, "(e<x>)", "(t<e>)"},
+        {"takes:two:", nullptr, "y"_ns, "(e<nil, y>)", "(t<e, nil>)"},
+        {"takes:two:three:", "x"_ns, "y"_ns, "()", "(t<e, x>y)"}, // more than an element is sent
+        {"takesMore:", "x"_ns, "y"_ns, "(e<x>0)", "(t<e>0)"},
+        {"takesText:", "x"_ns, nullptr, "(e<x>)", "()"}, // the element is no text
+        {"takesClass:", NSString::cls(), nullptr, "(e<NSString>)", "()"},
+        {"takesPointer:", nullptr, nullptr, "((null))", "()"},
+        {"fly", nullptr, nullptr, "()", "()"},
     };
     NSArray *const element = Probe::probes({"e"});
     const id target = Probe::probes({"t"})->firstObject();
-    for (const auto &row : rows) {
-        const SEL message = Selector::named(row.message);
-        const auto parenthesised = [](const char *text) { return "(" + std::string(text) + ")"; };
-        EXPECT_EQ(describe(element->filterWithSelector(message, row.argument, row.argument2)),
-                  parenthesised(row.answer))
-            << row.message;
-        EXPECT_EQ(describe(element->filterWithObjectSelector(target, message, row.argument, row.argument2)),
-                  parenthesised(row.targetAnswer))
-            << row.message;
+    for (const auto &[name, argument, argument2, answer, targetAnswer] : rows) {
+        SCOPED_TRACE(name);
+        const SEL message = Selector::named(name);
+        EXPECT_EQ(describe(element->filterWithSelector(message, argument, argument2)), answer);
+        EXPECT_EQ(describe(element->filterWithObjectSelector(target, message, argument, argument2)),
+                  targetAnswer);
         // Whoever has no such operation, or one that wants other values, is dropped, except on errors.
-        const bool isThere = *row.answer;
-        EXPECT_EQ(yielded(filterOfClass("QBEnumRejectFilter", message, row.argument, row.argument2), element),
-                  "()");
-        EXPECT_EQ(yielded(filterOfClass("QBEnumSelectFilter", message, row.argument, row.argument2), element),
-                  isThere ? "(e)" : "()");
-        EXPECT_EQ(yielded(filterOfClass("QBEnumRejectOnErrorFilter", message, row.argument, row.argument2),
-                          element),
-                  isThere ? "()" : "(e)");
+        const auto kept = [&, argument = argument, argument2 = argument2](const char *cls) {
+            return yielded(filterOfClass(cls, message, argument, argument2), element);
+        };
+        const bool isThere = std::string_view(answer) != "()";
+        EXPECT_EQ(kept("QBEnumRejectFilter"), "()");
+        EXPECT_EQ(kept("QBEnumSelectFilter"), isThere ? "(e)" : "()");
+        EXPECT_EQ(kept("QBEnumRejectOnErrorFilter"), isThere ? "()" : "(e)");
     }
-    // Nil serves for any class, a stream's and a coder's too.
-    EXPECT_EQ(describe(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("writeOnOutputStream:"_sel)),
-              "()");
+    // Nil serves for any class, a coder's too.
     EXPECT_REASON(NSArray::arrayWithObjects("x"_ns)->filterWithSelector("encodeWithCoder:"_sel),
                   "NSCoder must not be nil where an object is encoded or decoded.");
-    // Filters that yield the elements send a target one argument at most.
-    auto *const filter =
-        QBEnumObjectSelectFilter::filterWithObjectMessage(target, "takes:two:three:"_sel, "x"_ns);
-    EXPECT_EQ(yielded(filter, element), "()");
-    EXPECT_EQ(yielded(filterOfClass("QBEnumObjectFilter", "object"_sel), element), "()"); // no target
-    EXPECT_EQ(yielded(filterOfClass("QBEnumObjectRejectOnErrorFilter", "object"_sel), element), "(e)");
 }
 
 TEST_F(QBEnumFilterTest, EachClassGetsItsOwnOperationWheneverItComes) {
     NSMutableArray *const elements = NSMutableArray::array();
-    for (int i = 0; i < 3; ++i) {
-        elements->addObject(Probe::probes({"p"})->firstObject());
+    for (int i = 0; i < 2; ++i) {
         elements->addObject(Ref<OtherProbe>::adopt(new OtherProbe("o")).get());
         elements->addObject(QBNil::value());
         elements->addObject(NSNumber::numberWithInt(i));
         elements->addObject(NSString::cls()); // classes are objects of one kind, with operations of their own
         elements->addObject(NSArray::cls());
     }
-    EXPECT_EQ(describe(elements->filterWithSelector("other"_sel)), "(other, other, other)");
-    EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)->subarrayWithRange(NSMakeRange(0, 7))),
-              "(p, o, 0, NSString, NSArray, p, o)");
-    EXPECT_EQ(describe(elements->filterWithSelector("array"_sel)), "((), (), ())"); // a class's operation
-    EXPECT_EQ(elements->selectWithSelector("isNotNil"_sel)->count(), 15u);
-    EXPECT_EQ(describe(elements->rejectWithSelector("isNotNil"_sel)), "(nil, nil, nil)");
+    EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)),
+              "(o, 0, NSString, NSArray, o, 1, NSString, NSArray)");
+    EXPECT_EQ(describe(elements->filterWithSelector("array"_sel)), "((), ())"); // a class's operation
 }
 
 TEST_F(QBEnumFilterTest, ChangesCountFromTheNextObjectOn) {
-    const Ref<QBEnumFilter> filter = Ref<QBEnumFilter>(Probe::probes({"a", "b", "c", "d", "e", "f"})
-                                                           ->objectEnumerator()
-                                                           ->filterWithMessage("takes:"_sel, "x"_ns));
+    const Ref<QBEnumFilter> filter = filterOfClass("QBEnumFilter", "takes:"_sel, "x"_ns);
+    filter->setSource(Probe::probes({"a", "b", "c", "d", "e", "f"})->objectEnumerator());
     EXPECT_EQ(describe(filter->nextObject()), "a<x>");
     filter->setArgument1("y"_ns);
     EXPECT_EQ(describe(filter->nextObject()), "b<y>");
@@ -164,9 +140,7 @@ TEST_F(QBEnumFilterTest, ChangesCountFromTheNextObjectOn) {
     filter->invalidateCaches();
     EXPECT_EQ(describe(filter->nextObject()), "d");
     filter->setFilterMsg("addedAtRunTime"_sel);
-    filter->setSource(Probe::probes({"g", "h"})->objectEnumerator());
-    EXPECT_EQ(filter->nextObject(), nullptr);
-    EXPECT_EQ(describe(filter->source()->nextObject()), "nil"); // all were dropped
+    EXPECT_EQ(filter->nextObject(), nullptr); // all were dropped
     filter->setSource(Probe::probes({"i"})->objectEnumerator());
     Probe::cls()->addMethod("addedAtRunTime"_sel, &added);
     EXPECT_EQ(describe(filter->nextObject()), "i<added>");
@@ -177,30 +151,19 @@ TEST_F(QBEnumFilterTest, SourcesAreKeptSharedAndGivenBack) {
     const std::uint32_t before = source->retainCount();
     const auto filter = QBEnumObjectSelectFilter::initWithTarget("t"_ns, "isEqual:"_sel, "x"_ns);
     filter->setSource(source);
-    filter->setArgument2("y"_ns);
     {
         const Ref<QBEnumObjectFilter> copy = filter->copy();
         EXPECT_EQ(source->retainCount(), before + 2);
         EXPECT_TRUE(copy->isMemberOfClass(QBEnumObjectSelectFilter::cls()));
-        EXPECT_EQ(
-            describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1(), copy->argument2())),
-            "(t, x, y)");
-        EXPECT_EQ(copy->filterMsg(), "isEqual:"_sel.selector());
-        EXPECT_EQ(copy->source(), source.get());
+        EXPECT_EQ(describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1())), "(t, x)");
     }
     {
         const NSAutoreleasePool pool;
-        filter->setSource(source);
         filter->setSource("alone"_ns); // no enumerator: yields itself
-        EXPECT_EQ(source->retainCount(), before + 1);
     }
     EXPECT_EQ(source->retainCount(), before);
     filter->setFilterTarget("alone"_ns);
     EXPECT_EQ(describe(filter->allObjects()), "(alone)");
-    EXPECT_EQ(describe(filter->allObjects()), "()");
-    filter->setSource(nullptr);
-    EXPECT_EQ(filter->nextObject(), nullptr);
-    EXPECT_EQ(OneShotEnumerator::initWithObject(nullptr)->nextObject(), nullptr);
 }
 
 TEST_F(QBEnumFilterTest, EnumeratorsChooseTheClassOfTheirFilters) {
@@ -208,14 +171,10 @@ TEST_F(QBEnumFilterTest, EnumeratorsChooseTheClassOfTheirFilters) {
     const id filter = send<id>(single.get(), "filterWithMessage:"_sel, "object"_sel);
     EXPECT_TRUE(filter->isMemberOfClass(Passing::cls()));
     EXPECT_EQ(describe(send<id>(filter, "allObjects"_sel)), "(x)");
-    const id caseFilter = send<id>(QBEnumSelectFilter::cls(), "caseEqualFilter:"_sel, "b"_ns);
     NSArray *const letters = NSArray::arrayWithObjects("a"_ns, "B"_ns, QBNil::value(), "b"_ns);
-    EXPECT_EQ(describe(send<id>(letters, "objectsFilteredWith:"_sel, caseFilter)), "(B, b)");
+    EXPECT_EQ(describe(letters->objectsFilteredWith(QBEnumSelectFilter::caseEqualFilter("b"_ns))), "(B, b)");
     EXPECT_EQ(describe(letters->objectsFilteredWith(QBEnumSelectFilter::equalFilter("b"_ns))), "(b)");
     EXPECT_EQ(describe(letters->nonNil()), "(a, B, b)");
-    EXPECT_EQ(letters->objectsFilteredWith(nullptr), nullptr);
-    EXPECT_EQ(letters->asArray(), letters);
-    EXPECT_EQ(describe(send<id>(QBNil::value(), "asArray"_sel)), "(nil)");
     EXPECT_EQ(send<id>("a"_ns, "nextObject"_sel), nullptr);
 }
 
@@ -229,29 +188,16 @@ TEST_F(QBEnumFilterTest, ErrorsAreWhatIsPendingAfterTheMessage) {
         EXPECT_EQ(error.values(), "b");
         EXPECT_FALSE(elements->allOk("truth"_sel));
     }
-    EXPECT_TRUE(elements->allOk("truth"_sel));
-    EXPECT_FALSE(elements->allOk("fly"_sel));
 }
 
 TEST_F(QBEnumFilterTest, AllOfThemOrNot) {
     NSArray *const on = Probe::probes({"a", "b"});
     NSArray *const off = Probe::probes({"-a", "-b"});
     NSArray *const mixed = on->arrayByAddingObjectsFromArray(off);
-    const auto ask = [](NSArray *array, const char *selector) {
-        return send<BOOL>(array, Selector::named(selector), "truth"_sel.selector()) != 0;
-    };
-    for (const char *selector : {"allTrue:", "allFalse:", "allOk:"})
-        EXPECT_TRUE(ask(NSArray::array(), selector)) << selector;
-    EXPECT_TRUE(ask(on, "allTrue:") && ask(off, "allFalse:"));
-    EXPECT_FALSE(ask(mixed, "allTrue:") || ask(mixed, "allFalse:"));
-    EXPECT_TRUE(on->allTrue("takes:two:"_sel, "x"_ns, "y"_ns));
-    EXPECT_FALSE(on->allFalse("takes:two:"_sel, "x"_ns, "y"_ns));
-    const id target = on->firstObject();
-    EXPECT_TRUE(mixed->allTrueWithObject(target, "takes:"_sel));
-    EXPECT_FALSE(mixed->allTrueWithObject(target, "isEqual:"_sel));
-    EXPECT_TRUE(mixed->allOkWithObject(target, "isEqual:"_sel));
-    EXPECT_EQ(describe(mixed->selectWithObject(target, "isEqual:"_sel)), "(a)");
-    EXPECT_EQ(describe(mixed->rejectWithSelector("isEqual:"_sel, target)), "(b, -a, -b)");
+    EXPECT_TRUE(NSArray::array()->allTrue("truth"_sel) && NSArray::array()->allFalse("truth"_sel));
+    EXPECT_TRUE(on->allTrue("truth"_sel) && off->allFalse("truth"_sel));
+    EXPECT_FALSE(mixed->allTrue("truth"_sel) || mixed->allFalse("truth"_sel));
+    EXPECT_TRUE(mixed->allOkWithObject(on, "isEqual:"_sel));
     const auto rejected = QBEnumRejectFilter::initWithMessage("truth"_sel, nullptr, nullptr);
     mixed->objectEnumeratorFilteredWith(rejected);
     EXPECT_FALSE(rejected->ok()); // used up to the first one that is yielded
@@ -283,11 +229,6 @@ TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
     }
     EXPECT_EQ(describe(filter->nextObject()), "a"); // it was on its way already
     EXPECT_EQ(filter->nextObject(), nullptr);       // and a text has no `act`
-    Probe::action = [&](Probe *) { elements->addObject("new"_ns); };
-    elements->setArray(Probe::probes({"a", "b"}));
-    elements->objectEnumeratorFilteredWith(filter);
-    EXPECT_EQ(describe(filter->nextObject()), "a");
-    EXPECT_THROW(filter->nextObject(), InvalidUseOfMethodException);
     Probe::action = nullptr;
 }
 
@@ -321,5 +262,4 @@ TEST_F(QBEnumFilterTest, FiltersBehindEachOtherMeetNoEndOfTheStack) {
     EXPECT_REASON(last->nextObject(),
                   "QBEnumFilter nextObject must have a source that does not lead back to the filter.");
     first->setSource("x"_ns);
-    EXPECT_EQ(last->nextObject(), nullptr); // a text has no `truth`
 }

@@ -15,8 +15,6 @@ TEST_F(QBErrorCatalogueTest, TheLibrarysNumbersAreWorded) {
     catalogue->raiseErrorInFile("src/A", 1, qb::kErrorCannotWrite, "a/b"_ns, "No space left on device");
     EXPECT_EQ(catalogue->errorMessage()->view(),
               "[100024] The file 'a/b' could not be written: No space left on device");
-    catalogue->raiseErrorWithDefaultFormat("own %d"_ns, 17, 4);
-    EXPECT_EQ(catalogue->errorMessage()->view(), "[000017] own 4");
 }
 
 TEST_F(QBErrorCatalogueTest, TextsTakeTheListedValues) {

@@ -1,5 +1,4 @@
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <new>
 
@@ -14,13 +13,6 @@ public:
         if (error == 103)
             throw InvalidArgumentException("no text");
         return error == 101 ? "100%"_ns : withDefaultFormat;
-    }
-
-    using QBErrorHandler::errorMsgForError;
-    NSString *errorMsgForError(int error, const qb::ArgList &withArgList,
-                               NSString *withDefaultFormat) override {
-        return error == 102 ? nullptr
-                            : QBErrorHandler::errorMsgForError(error, withArgList, withDefaultFormat);
     }
 
     NSString *errorStackMessagesStringWithIndent(NSString *indent) override {
@@ -53,40 +45,19 @@ protected:
 
 } // namespace
 
-TEST_F(QBErrorHandlerTest, AFreshHandlerHasNothing) {
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
-    EXPECT_EQ(handler_->errorMessage()->view(), "");
-    EXPECT_EQ(describe(handler_->errorId()), "");
-    EXPECT_EQ(describe(handler_->errorDescr()), "()");
-    EXPECT_EQ(describe(handler_->errorIds()), "()");
-    EXPECT_EQ(handler_->errorInfo(), nullptr);
-    EXPECT_EQ(handler_->clearErrorStack(), nullptr);
-    EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(), "");
-    EXPECT_EQ(describe(send<QBErrorHandler *>(QBErrorHandler::cls(), "errorHandler"_sel)->stackTrace()),
-              "()");
-}
-
 TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
     raise(7);
-    EXPECT_EQ(handler_->errorMessage()->view(), "[000007] unknown error");
-    EXPECT_EQ(handler_->errorMsgForError(1234567, {})->view(), "[1234567] unknown error");
-    EXPECT_EQ(handler_
-                  ->errorMsgForErrorWithObjects(
-                      100, NSArray::arrayWithObjects("disk"_ns, NSNumber::numberWithInt(3)))
-                  ->view(),
-              "[000100] disk failed 3 times");
     handler_->raiseErrorInFile("src/A", 1, 100, "disk"_ns, 2);
-    EXPECT_EQ(handler_->errorMessage()->view(), "[000100] disk failed 2 times");
     handler_->raiseErrorWithDefaultFormat("own %s"_ns, 8, "text");
-    EXPECT_EQ(handler_->errorMessage()->view(), "[000008] own text");
     handler_->raiseErrorWithDefaultFormat("own"_ns, 101); // the number's own format goes before
-    EXPECT_EQ(handler_->errorMessage()->view(), "[000101] 100");
-    handler_->raiseErrorInFile("src/A", 1, 100, 2); // not the values that the format wants
+    handler_->raiseErrorInFile("src/A", 1, 100, 2);       // not the values that the format wants
     EXPECT_EQ(handler_->errorMessage()->view(), "[000100] %s failed %d times");
     EXPECT_EQ(describe(handler_->errorIds()), "(100, 101, 8, 100, 7)");
     EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(),
               "- [000100] %s failed %d times\n- [000101] 100\n- [000008] own text\n"
               "- [000100] disk failed 2 times\n- [000007] unknown error");
+    NSArray *const objects = NSArray::arrayWithObjects("disk"_ns, NSNumber::numberWithInt(3));
+    EXPECT_EQ(handler_->errorMsgForErrorWithObjects(100, objects)->view(), "[000100] disk failed 3 times");
 }
 
 TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
@@ -96,31 +67,24 @@ TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {
     CapturedOutput output;
     raise(1); // not traced at level 0
     debug = 1;
-    other->raiseErrorInFile("src/A", 5, 2);
     other->raiseErrorInFile(nullptr, 6, 3);
     other->raiseErrorWithObjects(objects, 4);
     other->raiseErrorWithDefaultFormat("100%% %d"_ns, 5, 50);
-    raise(102);
     other->raiseErrorWithDefaultFormatWithObjects("%s"_ns, objects, 6, "%d"_ns);
-    const std::string place =
-        "src/QBErrorHandler:282(QBErrorHandler): "
+    const std::string start =
+        "[T] (P) [] [utils(1) ERROR] src/QBErrorHandler:282(QBErrorHandler): "
         "-raiseErrorInFile:inLine:error:withArgList:andObjects:withDefaultFormat: -> raised error ";
-    const std::string start = "[T] (P) [] [utils(1) ERROR] " + place;
-    EXPECT_EQ(logLines(output.end()), start + "2 in src/A:5: [000002] unknown error\n" + start +
-                                          "3 in <null>:6: [000003] unknown error\n" + start +
+    EXPECT_EQ(logLines(output.end()), start + "3 in <null>:6: [000003] unknown error\n" + start +
                                           "4 in src/QBErrorHandler:301: [000004] unknown error\n" + start +
                                           "5 in src/QBErrorHandler:311:  50\n" + start +
-                                          "102 in src/A:1: <nil>\n" + start +
                                           "6 in src/QBErrorHandler:321: [000006] %d\n");
     EXPECT_EQ(other->errorState(), ERRORSTATE_OK);
     EXPECT_EQ(describe(handler_->errorDescr()), "([000006] %d, 6, a, b)");
     EXPECT_EQ(describe(handler_->errorInfo()), "(a, b)");
-    handler_->removeLastError();
-    EXPECT_EQ(handler_->errorInfo(), nullptr);
 }
 
 TEST_F(QBErrorHandlerTest, StatesAreCheckedUnlessForced) {
-    const std::pair<int, int> rows[] = {{0, 0}, {1, 1}, {5, 1}, {-1, 1}, {0, 0}, {2, 2}, {0, 2}, {5, 2}};
+    const std::pair<int, int> rows[] = {{0, 0}, {1, 1}, {5, 1}, {0, 0}, {2, 2}, {0, 2}};
     for (const auto &[given, stored] : rows) {
         handler_->setErrorState(given);
         EXPECT_EQ(handler_->errorState(), stored) << given;
@@ -130,14 +94,9 @@ TEST_F(QBErrorHandlerTest, StatesAreCheckedUnlessForced) {
 }
 
 TEST_F(QBErrorHandlerTest, WhatIsRaisedWhileRaisingIsDropped) {
-    activateChannel("all");
-    debug = 1;
-    CapturedOutput output;
     handler_->setIsRaisingError(YES);
     raise(1);
     handler_->raiseFatalError(2);
-    EXPECT_EQ(output.end(), "");
-    EXPECT_TRUE(handler_->isRaisingError());
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
     EXPECT_EQ(describe(handler_->stackTrace()), "()");
 }
@@ -147,20 +106,12 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     raise(2);
     NSMutableArray *const saved = handler_->clearErrorStack();
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
-    EXPECT_EQ(describe(handler_->errorIds()), "()");
+    EXPECT_EQ(handler_->clearErrorStack(), nullptr);
     raise(3);
-    handler_->insertOldErrorStack(NSArray::array());
-    handler_->insertOldErrorStack(nullptr);
-    EXPECT_EQ(describe(handler_->errorIds()), "(3)");
     handler_->insertOldErrorStack(saved);
     EXPECT_EQ(describe(handler_->errorIds()), "(2, 1, 3)");
-    EXPECT_EQ(saved->count(), 2u);
-
-    handler_->replaceErrorStack(NSArray::array());
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
     handler_->replaceErrorStack(saved);
     EXPECT_EQ(handler_->stackTrace(), saved);
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
     for (int left : {1, 0, 0}) {
         handler_->removeLastError();
         EXPECT_EQ(handler_->stackTrace()->count(), static_cast<unsigned>(left));
@@ -170,19 +121,16 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     EXPECT_EQ(handler_->errorMessage()->view(), "");
     EXPECT_EQ(handler_->errorInfo(), nullptr);
     handler_->replaceErrorStack(nullptr);
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
 }
 
 TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {
     for (const auto then : {qb::SavedErrors::kKeep, qb::SavedErrors::kDiscard}) {
         handler_->replaceErrorStack(nullptr);
         raise(1);
-        try {
+        {
             const qb::SavedErrors saved(then);
             EXPECT_FALSE(qb::isErrorPending());
             raise(2);
-            throw 0;
-        } catch (int) {
         }
         EXPECT_EQ(describe(handler_->errorIds()), then == qb::SavedErrors::kKeep ? "(1, 2)" : "(1)");
     }
@@ -192,16 +140,13 @@ TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {
         handler_->isOutOfMemory = true;
     }
     EXPECT_EQ(describe(handler_->errorIds()), "(1)");
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
 }
 
 TEST_F(QBErrorHandlerTest, WithoutAHandlerErrorsAreDropped) {
     ERRORHANDLER = nullptr;
     qb::raiseError("src/A", 1, 1);
-    handler_->raiseErrorWithObjects(nullptr, 1);
     handler_->raiseFatalError(1);
     EXPECT_FALSE(qb::isErrorPending());
-    EXPECT_EQ(handler_->clearErrorStack(), nullptr);
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
 }
 
@@ -214,7 +159,6 @@ TEST_F(QBErrorHandlerTest, FatalErrorsLogTheStackAndEndTheProcess) {
     EXPECT_EQ(end.status, 255);
     EXPECT_EQ(logLines(end.standardError, end.process),
               "[T] (P) [web alert] [100241] no library x, 50 100%\n[000001] unknown error\n");
-    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR); // it was the child's
 
     const ChildEnd second = runInChild([&] {
         handler_->setErrorState(ERRORSTATE_FATAL);
@@ -226,32 +170,14 @@ TEST_F(QBErrorHandlerTest, FatalErrorsLogTheStackAndEndTheProcess) {
 }
 
 TEST_F(QBErrorHandlerTest, FatalErrorsEndTheProcessWhateverFailsMeanwhile) {
-    const TemporaryDirectory directory;
-    const struct {
-        int number; // 103 has no message
-        const char *said;
-        std::function<void()> spoil;
-    } rows[] = {
-        {103, "[000103] unknown error\n[T] (P) [] \n\n", [] {}},
-        {4, "A fatal error has ended the process and could not be logged.\n",
-         [&] { handler_->isOutOfMemory = true; }},
-        {5, "[T] (P) [] [000005] unknown error\n\n",
-         [] { OSLogger::setDefaultLogFileName("/no/such/directory/log"_ns); }},
-        {6, "",
-         [&] {
-             ::close(STDERR_FILENO);
-             OSLogger::setDefaultLogFileName(directory.string("log"));
-         }},
+    const auto expectEnd = [&](int number, const char *said) {
+        const ChildEnd end = runInChild([&] { handler_->raiseFatalError(number); });
+        EXPECT_EQ(end.status, 255) << number;
+        EXPECT_EQ(logLines(end.standardError, end.process), said);
     };
-    for (const auto &row : rows) {
-        const ChildEnd end = runInChild([&] {
-            row.spoil();
-            handler_->raiseFatalError(row.number);
-        });
-        EXPECT_EQ(end.status, 255) << row.number;
-        EXPECT_EQ(logLines(end.standardError, end.process), row.said);
-        if (row.number == 6) {
-            EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] [000006] unknown error\n\n");
-        }
-    }
+    expectEnd(103, "[000103] unknown error\n[T] (P) [] \n\n"); // it has no message
+    OSLogger::setDefaultLogFileName("/no/such/directory/log"_ns);
+    expectEnd(5, "[T] (P) [] [000005] unknown error\n\n");
+    handler_->isOutOfMemory = true;
+    expectEnd(4, "A fatal error has ended the process and could not be logged.\n");
 }

@@ -2,9 +2,6 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-#include <cstring>
-
 using QBObjectDeepAccessTest = PoolFixture;
 
 namespace {
@@ -29,12 +26,6 @@ public:
     Ref<NSObject> stored;
 };
 
-/// Becomes a dictionary when it is to be changed.
-class Frozen : public NSObject {
-public:
-    id makeMutable() const override { return NSMutableDictionary::dictionary(); }
-};
-
 NSString *repeated(const std::string &piece, int count, const std::string &end) {
     std::string text;
     while (count-- > 0)
@@ -48,106 +39,36 @@ NSMutableDictionary *tree() {
         {{"a"_ns, leaf}, {"list"_ns, NSArray::arrayWith({"x"_ns, leaf})}, {"null"_ns, QBNil::value()}});
 }
 
-#ifndef QB_NO_FREE_LISTS
-/// Notices objects that are made in its scope, also those that are gone again: it is each free list's first
-/// place, which a new object would be written to.
-class ObjectWatch {
-public:
-    ObjectWatch() {
-        for (std::size_t i = 0; i < kLists; ++i)
-            before_[i] = std::exchange(qb::freeObjects[i], places_[i]);
-    }
-    ~ObjectWatch() { std::copy_n(before_, kLists, qb::freeObjects); }
-    bool isQuiet() const {
-        return std::all_of(&places_[0][0], &places_[0][0] + sizeof places_,
-                           [](char byte) { return byte == 0; });
-    }
-
-private:
-    static constexpr std::size_t kLists = std::size(qb::freeObjects);
-    alignas(qb::kSizeStep) char places_[kLists][qb::kLargestPooledSize] = {};
-    void *before_[kLists];
-};
-#endif
-
 } // namespace
 
 TEST_F(QBObjectDeepAccessTest, GetsByKeysIndexesAndAccessors) {
-    const struct {
-        const char *key, *value;
-    } rows[] = {{"a.k", "v"},
-                {"list.0", "x"},
-                {"list.00", "x"},
-                {"list.", "x"},
-                {"list.1.k", "v"},
-                {"list.2", "nil"},
-                {"list.-1", "nil"},
-                {"list.x", "nil"},
-                {"list.2.k", "nil"},
-                {"list.:", "nil"},
-                {"list.4294967296", "nil"},
-                {"list./", "nil"},
-                {"none", "nil"},
-                {"none.k.k", "nil"},
-                {"", "nil"},
-                {"a.", "nil"},
-                {"null.k.k", "nil"},
-                {"a.k.length", "1"},
-                {"list.18446744073709551616", "nil"}};
     NSDictionary *const values = tree();
-    for (const auto &[key, value] : rows)
-        EXPECT_EQ(describe(values->deepObjectForKey(NSString::stringWithCString(key))), value) << key;
-    EXPECT_EQ(values->deepObjectForKey(nullptr), nullptr);
-    EXPECT_EQ(describe(send<id>(values, "deepObjectForKey:"_sel, "list.1.k"_ns)), "v");
+    EXPECT_EQ(describe(values->deepObjectForKey("list.1.k"_ns)), "v");
+    EXPECT_EQ(describe(values->deepObjectForKey("list."_ns)), "x");
+    EXPECT_EQ(describe(values->deepObjectForKey("a.k.length"_ns)), "1");
+    EXPECT_EQ(values->deepObjectForKey("list.18446744073709551616"_ns), nullptr);
     EXPECT_EQ(NSArray::arrayWith({"a"_ns})->deepObjectForKey(NSString::stringWith({"0\0", 2})), nullptr);
-    EXPECT_TRUE(isInteger("0123456789") && isInteger("") && isInteger("99999999999999999999"));
-    EXPECT_FALSE(isInteger("1x") || isInteger("1/") || isInteger("1:") || isInteger("-1") ||
-                 isInteger(" 1") || isInteger(nullptr));
+    EXPECT_TRUE(isInteger("0123456789") && isInteger(""));
+    EXPECT_FALSE(isInteger("1/") || isInteger("1:") || isInteger("-1") || isInteger(nullptr));
 }
 
+// Other keys are compared with a model in fuzz/DottedKeys.cpp.
 TEST_F(QBObjectDeepAccessTest, SetsRemovesAndMakesMutableWhatIsOnTheWay) {
-    const std::string a = "a = {k = v; }; ", list = "list = (x, {k = v; }); ", null = "null = nil; ";
-    const struct {
-        const char *key, *value; // value: null to remove
-        std::string result;
-    } rows[] = {{"b", "new", a + list + null + "b = new; "},
-                {"a", "new", "a = new; " + list + null},
-                {"a.k", "new", "a = {k = new; }; " + list + null},
-                {"list.0", "new", a + "list = (new, x, {k = v; }); " + null},
-                {"list.2", "new", a + "list = (x, {k = v; }, new); " + null},
-                {"list.3", "new", a + list + null},
-                {"list.x", "new", a + list + null},
-                {"list.5.k", "new", a + list + null},
-                {"a.k", nullptr, "a = {}; " + list + null},
-                {"a.none", nullptr, a + list + null},
-                {"none.k.k", nullptr, a + list + null},
-                {"list.", nullptr, a + "list = ({k = v; }); " + null},
-                {"list.2", nullptr, a + list + null},
-                {"list.2.k", nullptr, a + list + null}};
-    for (const auto &[key, value, result] : rows) {
-        NSMutableDictionary *const values = tree();
-        NSString *const dottedKey = NSString::stringWithCString(key);
-        if (value)
-            send<void>(values, "setDeepObject:forKey:"_sel, NSString::stringWithCString(value), dottedKey);
-        else
-            send<void>(values, "removeDeepObjectForKey:"_sel, dottedKey);
-        EXPECT_EQ(describe(values), "{" + result + "}") << key;
-    }
-
     NSMutableDictionary *const values = tree();
-    values->setObjectForKey(NSMutableArray::arrayWith({Ref<Frozen>::adopt(new Frozen).get()}), "list"_ns);
-    const id before = values->objectForKey("a"_ns), list0 = values->objectForKey("list"_ns);
-    values->removeDeepObjectForKey("a.none.k"_ns);
-    values->setDeepObject("new"_ns, "list.0.k"_ns);
-    EXPECT_TRUE(values->objectForKey("a"_ns) != before && values->objectForKey("list"_ns) == list0);
-    EXPECT_TRUE(values->objectForKey("a"_ns)->isKindOfClass(NSMutableDictionary::cls()));
-    EXPECT_EQ(describe(list0), "({k = new; })"); // the element had no mutable copies
+    const id before = values->objectForKey("a"_ns);
+    values->setDeepObject("new"_ns, "a.n"_ns);
+    values->setDeepObject("new"_ns, "list.0"_ns);
+    values->setDeepObject("last"_ns, "list.3"_ns);
+    values->setDeepObject("far"_ns, "list.5"_ns);
+    values->removeDeepObjectForKey("a.k"_ns);
+    values->removeDeepObjectForKey("list.1"_ns);
+    values->removeDeepObjectForKey("none.k.k"_ns);
+    EXPECT_EQ(describe(values), "{a = {n = new; }; list = (new, {k = v; }, last); null = nil; }");
+    EXPECT_EQ(describe(before), "{k = v; }"); // immutable, so that a copy was changed
 }
 
 TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
-    const struct {
-        const char *key, *value;
-    } rows[] = {{"none.k", "none.k"}, {"null.k", "null.k"}, {"a.none.k", "none.k"}, {".k", ".k"}};
+    const struct { const char *key, *value; } rows[] = {{"none.k", "none.k"}, {"a.none.k", "none.k"}};
     for (const auto &[key, value] : rows) {
         NSMutableDictionary *const values = tree();
         expectError(30010, value, [values, key = key, value = value] {
@@ -159,8 +80,6 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
     }
     expectError(30010, "(null)", [&] { tree()->setDeepObject("new"_ns, nullptr); });
     NSMutableArray *const list = NSMutableArray::arrayWith({tree()->objectForKey("a"_ns)});
-    list->setDeepObject("new"_ns, nullptr);
-    list->removeDeepObjectForKey(nullptr);
     // An immutable element is used as it is, and takes no key.
     expectError(900010, "NSDictionary k setK:", [&] { list->removeDeepObjectForKey("0.k"_ns); });
     EXPECT_EQ(describe(list), "({k = v; })");
@@ -195,22 +114,13 @@ TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
     }));
 }
 
-#ifndef QB_NO_FREE_LISTS
-TEST_F(QBObjectDeepAccessTest, GettingMakesNoObjects) {
+TEST_F(QBObjectDeepAccessTest, GettingLeavesNothingInThePoolAndAllocatesNothing) {
     NSDictionary *const values = NSDictionary::dictionaryWith({{"tree"_ns, tree()}});
+    NSString *const key = "tree.list.1.k"_ns;
     const CallCounter counter;
     const std::uint32_t waiting = pool_.objectCount();
-    id value = nullptr;
-    bool isQuiet = false;
-    {
-        NSString *const key = "tree.list.1.k"_ns;
-        const ObjectWatch watch;
-        value = values->deepObjectForKey(key);
-        isQuiet = watch.isQuiet();
-    }
-    EXPECT_EQ(describe(value), "v");
-    EXPECT_TRUE(isQuiet);
+    const id value = values->deepObjectForKey(key);
     EXPECT_EQ(pool_.objectCount(), waiting);
     EXPECT_EQ(counter.calls(Call::any), 0u);
+    EXPECT_EQ(describe(value), "v");
 }
-#endif

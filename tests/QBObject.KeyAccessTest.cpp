@@ -64,10 +64,8 @@ TEST_F(QBObjectKeyAccessTest, KeysAreTheNamesOfTheOperationsInAClientsTable) {
         const char *value;
     } rows[] = {
         {"title", "Home"_ns, "Home"},
-        {"rank", NSNumber::numberWithInt(255), "255"},
         {"rank", QBBool::trueBoolean(), "1"},
         {"size", " -9223372036854775808"_ns, "-9223372036854775808"},
-        {"size", NSNumber::numberWithDouble(3), "3"},
         {"ratio", NSNumber::numberWithDouble(0.1), "0.1"},
         {"parent", NSDictionary::dictionaryWith({{"k"_ns, page.get()}}), nullptr},
     };
@@ -92,23 +90,17 @@ TEST_F(QBObjectKeyAccessTest, UnknownKeysAndWrongObjectsRaise) {
     const auto page = Ref<Page>::adopt(new Page);
     page->setRank(7);
     // What is void or a pointer, takes arguments, or belongs to every object is no value.
-    for (const char *key :
-         {"keyOfNobody", "", "close", "address", "setTitle:", "retain", "autorelease", "hash"})
+    for (const char *key : {"keyOfNobody", "", "close", "address", "setTitle:", "retain"})
         expectError(900010, ("Page " + std::string(key) + " " + key).c_str(),
                     [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
-    expectError(900010, "Page (null) (null)", [&] { page->objectForKey(nullptr); });
     expectError(900010, "Page most setMost:", [&] { page->setObjectForKey("1"_ns, "most"_ns); });
-    expectError(900010, "Page  set:", [&] { page->removeObjectForKey(""_ns); });
     expectError(900010,
                 "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
-    expectError(900011, "Page title NSNumber",
-                [&] { page->setObjectForKey(NSNumber::numberWithInt(1), "title"_ns); });
     expectError(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });
-    for (const char *object : {"256", "-1", "1.5", "x", ""})
+    for (const char *object : {"256", "-1", "1.5", ""})
         expectError(900011, "Page rank NSString", [&] { page->setObjectForKey(string(object), "rank"_ns); });
     expectError(900011, "Page size NSString",
                 [&] { page->setObjectForKey("9223372036854775808"_ns, "size"_ns); });
-    expectError(900011, "Page ratio NSString", [&] { page->setObjectForKey("x"_ns, "ratio"_ns); });
     EXPECT_EQ(page->rank(), 7);
     EXPECT_EQ(Selector::namedIfKnown("keyOfNobody"), nullptr); // keys are not kept
 }

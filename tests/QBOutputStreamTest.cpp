@@ -41,38 +41,23 @@ TEST_F(QBOutputStreamTest, EveryOperationEndsInThePrimitive) {
     stream->writeTab();
     stream->writeFormat("%d-%@"_ns, 7, "x"_ns);
     stream->writeBuffer("", 0); // which never arrives
+    EXPECT_REASON(stream->writeBuffer(nullptr, 0),
+                  "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.");
     const std::vector<std::string> expected = {"ab", "\xFF", "\n", "\r\n", " ", "\t", "7-x"};
     EXPECT_EQ(stream->writes, expected);
     stream->close();
     EXPECT_EQ(stream->flushes, 1);
 }
 
-TEST_F(QBOutputStreamTest, NullBufferThrowsEvenForNoBytes) {
-    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
-    const char *reason = "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.";
-    EXPECT_REASON(stream->writeBuffer(nullptr, 0), reason);
-    EXPECT_REASON(stream->writeBuffer(nullptr, 3), reason);
-    EXPECT_REASON(NSData::data()->writeOnOutputStream(stream), reason);
-}
-
 TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
     NSDictionary *dictionary = NSDictionary::dictionaryWithObjectForKey("value"_ns, "key"_ns);
     NSArray *array = NSArray::arrayWithObjects("x"_ns, NSNumber::numberWithInt(5), dictionary);
-    EXPECT_EQ(written("text"_ns), "text");
     EXPECT_EQ(written(NSString::stringWith(std::string("a\0b", 3))), std::string("a\0b", 3));
     EXPECT_EQ(written(NSData::dataWithBytes("\x01\xFF", 2)), "\x01\xFF");
     EXPECT_EQ(written(NSNumber::numberWithInt(-12)), "-12");
-    EXPECT_EQ(written(dictionary), "value");
     EXPECT_EQ(written(array), "x5value");
     EXPECT_EQ(written(array->objectEnumerator()), "x5value");
     EXPECT_EQ(written(QBNil::value()), "");
-    EXPECT_EQ(written(nullptr), "");
-    Ref<Recorder> stream = Ref<Recorder>::adopt(new Recorder);
-    for (SEL selector :
-         std::initializer_list<SEL>{"_writeNSObject:"_sel, "_writeEnumerator:"_sel, "_writeArray:"_sel,
-                                    "_writeDictionary:"_sel, "_writeString:"_sel})
-        send<void>(stream.get(), selector, id{});
-    EXPECT_EQ(stream->text(), "");
 }
 
 TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
@@ -94,19 +79,13 @@ TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
     EXPECT_EQ(stream->text(), "\"k\"=\"1\"");
 }
 
-TEST_F(QBOutputStreamTest, AbstractClassMakesNoStream) {
-    EXPECT_THROW(send<id>(QBOutputStream::cls(), "stream"_sel), InvalidUseOfMethodException);
-}
-
 TEST_F(QBOutputStreamTest, ArraySinkKeepsEachWriteAndEachObject) {
     QBArrayOutputStream *stream = QBArrayOutputStream::stream();
     NSDictionary *dictionary = NSDictionary::dictionaryWithObjectForKey("value"_ns, "key"_ns);
     stream->writeBuffer("ab", 2);
     stream->writeByte('c');
     stream->writeObject(dictionary);
-    ASSERT_EQ(stream->targetArray()->count(), 3u);
-    EXPECT_TRUE(stream->targetArray()->objectAtIndex(0)->isEqual(NSData::dataWithBytes("ab", 2)));
-    EXPECT_TRUE(stream->targetArray()->objectAtIndex(1)->isEqual(NSData::dataWithBytes("c", 1)));
+    EXPECT_EQ(describe(stream->targetArray()), "(<6162>, <63>, {key = value; })");
     EXPECT_EQ(stream->targetArray()->objectAtIndex(2), dictionary);
     EXPECT_THROW(stream->writeObject(nullptr), InvalidArgumentException);
     stream->reset();

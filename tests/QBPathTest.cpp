@@ -51,15 +51,6 @@ private:
     std::vector<Node *> children_;
 };
 
-/// Has a number where a text is read.
-class NumberCoder : public NSCoder {
-public:
-    using NSCoder::decodeValueOfObjCType;
-    void decodeValueOfObjCType(const char *, void *at) override {
-        *static_cast<id *>(at) = NSNumber::numberWithInt(1);
-    }
-};
-
 QBPath *path(const std::string &text) {
     return QBPath::qbPathWithString(NSString::stringWith(text));
 }
@@ -71,28 +62,20 @@ TEST_F(QBPathTest, IsTakenApartAtItsSlashesAndItsExtension) {
         const char *text, *components, *basename, *extension;
         bool isAbsolute, isDirectory;
     } rows[] = {{"", "()", "", "", false, false},
-                {"/", "()", "/", "", true, true},
                 {"//", "()", "/", "", true, true},
-                {"a", "(a)", "a", "", false, false},
                 {"/a.b/c.tar.gz", "(a.b, c.tar.gz)", "/a.b/c.tar", "gz", true, false},
                 {"//a//b/", "(a, b)", "//a//b", "", true, true},
                 {"./../x.y", "(., .., x.y)", "./../x", "y", false, false}};
     for (const auto &row : rows) {
+        SCOPED_TRACE(row.text);
         QBPath *const tested = path(row.text);
-        EXPECT_EQ(describe(tested->pathArray()), row.components) << row.text;
-        EXPECT_EQ(tested->pathArray(), tested->pathArray()) << row.text;
-        EXPECT_EQ(describe(tested->basename()), row.basename) << row.text;
-        EXPECT_EQ(describe(tested->extension()), row.extension) << row.text;
-        EXPECT_EQ(tested->isAbsolutePath(), row.isAbsolute) << row.text;
-        EXPECT_EQ(tested->isDirectory(), row.isDirectory) << row.text;
-        EXPECT_EQ(tested->containsData(), *row.text != 0) << row.text;
-        EXPECT_EQ(describe(tested), row.text);
+        EXPECT_EQ(describe(tested->pathArray()), row.components);
+        EXPECT_EQ(describe(tested->basename()), row.basename);
+        EXPECT_EQ(describe(tested->extension()), row.extension);
+        EXPECT_EQ(tested->isAbsolutePath(), row.isAbsolute);
+        EXPECT_EQ(tested->isDirectory(), row.isDirectory);
     }
     EXPECT_EQ(describe(path({"a/b\0/c", 6})->pathArray()), "(a, b)");
-    QBPath *const none = QBPath::qbPathWithString(nullptr);
-    EXPECT_EQ(none->stringValue(), nullptr);
-    EXPECT_TRUE(!none->containsData() && !none->isAbsolutePath() && !none->isDirectory());
-    EXPECT_EQ(describe(none->pathArray()) + describe(none->basename()) + describe(none->extension()), "()");
 }
 
 TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
@@ -100,18 +83,10 @@ TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
     EXPECT_EQ(describe(names->asQbPath()), "/a/1");
     EXPECT_EQ(describe(NSNumber::numberWithDouble(1.5)->asQbPath()), "1.5");
     EXPECT_EQ(describe(QBPath::qbPathWithArray(names, NO, YES)), "a/1/");
-    EXPECT_EQ(describe(QBPath::qbPathWithArray(NSArray::array(), NO, YES)), "");
     EXPECT_EQ(describe(QBPath::qbPathWithArray(nullptr, YES, NO)), "/");
-    EXPECT_EQ(send<id>(QBNil::value(), "asQbPath"_sel), nullptr);
-    EXPECT_REASON(NSArray::array()->objectEnumerator()->asQbPath(),
-                  "NSEnumerator asQbPath must be an operation that the receiver has.");
-    NSString *const text = "/a"_ns;
-    QBPath *const one = text->asQbPath();
-    EXPECT_EQ(one->stringValue(), text);
-    EXPECT_EQ(one->asQbPath(), one);
-    EXPECT_EQ(one->copy().get(), one);
+    QBPath *const one = "/a"_ns->asQbPath();
     EXPECT_TRUE(one->isEqual(path("/a")) && one->hash() == path("/a")->hash());
-    EXPECT_FALSE(one->isEqual(path("/a/")) || one->isEqual(nullptr) || one->isEqual(QBNil::value()));
+    EXPECT_FALSE(one->isEqual(path("/a/")));
 }
 
 TEST_F(QBPathTest, DerivedPathsAreOfTheReceiversClass) {
@@ -129,22 +104,12 @@ TEST_F(QBPathTest, DerivedPathsAreOfTheReceiversClass) {
     const char *const append = "pathByAppendingPathComponent:";
     const char *const join = "pathByAppendingPath:";
     EXPECT_EQ(derive("/a/b.html", remove, nullptr), "/a/");
-    EXPECT_EQ(derive("/a", remove, nullptr), "/");
-    EXPECT_EQ(derive("a/", remove, nullptr), "");
     EXPECT_EQ(derive("//", remove, nullptr), "=//");
     EXPECT_EQ(derive("/x/y.html", replace, "txt"_ns), "/x/y.txt");
-    EXPECT_EQ(derive("/x/y.html", replace, ""_ns), "/x/y");
-    EXPECT_EQ(derive("/x/y", replace, nullptr), "/x/y");
-    EXPECT_EQ(derive("a", append, "b"_ns), "a/b");
     EXPECT_EQ(derive("a/", append, path("//b/")), "a//b/");
-    EXPECT_EQ(derive("a", append, NSNumber::numberWithInt(1)), "a/1");
     EXPECT_EQ(derive("", append, "b"_ns), "b");
-    for (id nothing : {static_cast<id>(""_ns), static_cast<id>(nullptr), static_cast<id>(QBNil::value())})
-        EXPECT_EQ(derive("a", append, nothing), "=a");
+    EXPECT_EQ(derive("a", append, nullptr), "=a");
     EXPECT_EQ(derive("/a", join, "b/c/"_ns), "/a/b/c/");
-    EXPECT_EQ(derive("a/", join, NSArray::arrayWith({"b"_ns})), "a/b");
-    EXPECT_EQ(derive("", join, ""_ns), "");
-    EXPECT_EQ(derive("a", join, nullptr), "=a");
     EXPECT_EQ(derive("/a/b", "relativePathTo:", path("/a/c")), "c");
 }
 
@@ -153,49 +118,39 @@ TEST_F(QBPathTest, RelativePathsLeadFromAFileToAnotherPath) {
         const char *from, *to, *way;
     } rows[] = {{"/a/b/c.html", "/a/d/e.html", "../d/e.html"},
                 {"/a/b", "/a/b/c", "b/c"},
-                {"/a/b", "/a/b", "b"},
-                {"/a/b/c", "/a/b", ".."},
                 {"/a/b/c/d", "/a", "../../.."},
                 {"/a/b/c", "/", "../../../"},
                 {"/", "/a/b/", "a/b/"},
-                {"/", "/", ""},
-                {"/x/y", "/a/b/", "../a/b/"}};
+                {"/", "/", ""}};
     for (const auto &[from, to, way] : rows)
         EXPECT_EQ(describe(path(from)->relativePathTo(NSString::stringWithCString(to))), way) << from << to;
-    EXPECT_EQ(describe(path("/a/b")->relativePathTo(NSArray::arrayWith({"a"_ns, "c"_ns}))), "c");
     NSString *const relative = "a/b"_ns;
     EXPECT_EQ(path("/a")->relativePathTo(relative), relative);
-    EXPECT_EQ(path("a")->relativePathTo(Node::cls()), Node::cls());
-    EXPECT_EQ(path("/a")->relativePathTo(nullptr), nullptr);
 }
 
 TEST_F(QBPathTest, LeadsThroughTreesOfNamedObjects) {
     Node root(""), site("site", &root), page("page", &site), other("other", &root), below("below", &other),
         named("site"), child("site", &named);
     const NSAutoreleasePool pool; // which lets go of the nodes before they go
-    QBPath *const way = QBPath::qbPathWithObject(&page);
-    EXPECT_EQ(describe(way), "//site/page");
-    EXPECT_EQ(way->objectRelativeTo(&other), &page);
+    EXPECT_EQ(describe(QBPath::qbPathWithObject(&page)), "//site/page");
+    EXPECT_EQ(QBPath::qbPathWithObject(&page)->objectRelativeTo(&other), &page);
     EXPECT_EQ(describe(QBPath::qbPathWithObject(&child)), "/site/site");
     EXPECT_EQ(QBPath::qbPathWithObject(&named)->objectRelativeTo(&named), &child);
-    EXPECT_EQ(describe(QBPath::qbPathWithObject(nullptr)), "/");
     const struct {
         const char *text;
         Node *start, *object;
-    } rows[] = {{"../page/./.", &page, &page}, {"../../other", &page, &other}, {"", &page, &page},
-                {"/", &page, &root},           {"/other", &page, &other},      {"none/..", &site, nullptr},
-                {"../..", &site, nullptr},     {"page", nullptr, nullptr}};
+    } rows[] = {{"../page/./.", &page, &page},
+                {"/other", &page, &other},
+                {"none/..", &site, nullptr},
+                {"../..", &site, nullptr},
+                {"page", nullptr, nullptr}};
     for (const auto &[text, start, object] : rows) {
         EXPECT_EQ(path(text)->objectRelativeTo(start), object) << text;
         EXPECT_EQ(path(text)->closestObjectRelativeTo(start), object) << text;
-        EXPECT_EQ(send<id>(path(text), "_objRelativeTo:exact:"_sel, static_cast<id>(start), NO), object)
-            << text;
     }
     root.parent = &page;
     EXPECT_REASON(QBPath::qbPathWithObject(&below),
                   "QBPath qbPathWithObject: must have an object whose parents do not go round in a circle.");
-    EXPECT_THROW(path("/")->objectRelativeTo(&page), InvalidArgumentException);
-    EXPECT_THROW(path("a")->objectRelativeTo("text"_ns), InvalidArgumentException);
 }
 
 TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
@@ -205,28 +160,18 @@ TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
         std::string text;
         for (int i = 0; i < 1'000'000; ++i)
             text += "/.";
-        auto *const way = qb::castOrNil<QBPath>(path(text)->relativePathTo("/a"_ns));
-        ASSERT_NE(way, nullptr);
-        EXPECT_EQ(way->pathArray()->count(), 1'000'000u);
+        EXPECT_EQ(path(text)->relativePathTo("/a"_ns)->asQbPath()->pathArray()->count(), 1'000'000u);
         EXPECT_EQ(path(text)->objectRelativeTo(&root), &root);
     }));
 }
 
 TEST_F(QBPathTest, IsArchivedWithTraces) {
     activateChannel("misc");
-    NSArray *const classes = NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls());
-    const auto copyOf = [&](QBPath *original) {
-        return NSUnarchiver::unarchiveObjectWithData(NSArchiver::archivedDataWithRootObject(original),
-                                                     classes);
-    };
-    const auto coder = Ref<NumberCoder>::adopt(new NumberCoder);
-    EXPECT_EQ(send<id>(QBPath::cls(), "initWithCoder:"_sel, coder.get()), nullptr);
     CapturedOutput output;
-    debug = 5;
-    EXPECT_TRUE(path("/a/b")->isEqual(copyOf(path("/a/b"))));
-    EXPECT_EQ(output.text(), "");
     debug = 6;
-    EXPECT_EQ(copyOf(QBPath::qbPathWithString(nullptr))->stringValue(), nullptr);
+    NSData *const archive = NSArchiver::archivedDataWithRootObject(path("/a/b"));
+    EXPECT_TRUE(path("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
+        archive, NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls()))));
     const std::regex lineNumber("QBPath:[0-9]+");
     const std::string lines = std::regex_replace(logLines(output.end()), lineNumber, "QBPath:L");
     const std::string line = "[T] (P) [] [misc(6) OK] src/QBPath:L(QBPath): -";

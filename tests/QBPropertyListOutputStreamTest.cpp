@@ -16,10 +16,6 @@ public:
         ++strings;
         QBPropertyListOutputStream::_writeString(string);
     }
-    void _writeArray(NSArray *array) override {
-        ++arrays;
-        QBPropertyListOutputStream::_writeArray(array);
-    }
     void _writeObjectForKey(id object, id key) override {
         ++entries;
         QBPropertyListOutputStream::_writeObjectForKey(object, key);
@@ -30,7 +26,7 @@ public:
     }
     static Ref<Watcher> init() { return qb::init<Watcher>(&Watcher::setUp); }
 
-    int strings = 0, arrays = 0, entries = 0, writes = 0;
+    int strings = 0, entries = 0, writes = 0;
 };
 
 // A value of a client, which may change what is being written.
@@ -64,22 +60,9 @@ Ref<NSArray> nestedArrays(std::size_t depth) {
 
 // Any bytes, those that need quoting more often than others.
 NSString *randomString(Random &random) {
-    const std::string pieces[] = {"a",
-                                  "word",
-                                  "/",
-                                  "//",
-                                  "/*",
-                                  "\"",
-                                  "\\",
-                                  " ",
-                                  "\n",
-                                  std::string(1, '\0'),
-                                  "\x7F",
-                                  "\xC3\xA9",
-                                  "\xF0\x9F\x98\x80",
-                                  "\xFF",
-                                  "\xC3",
-                                  "1"};
+    const std::string nul(1, '\0');
+    const std::string pieces[] = {"word", "/", "//",   "/*",       "\"",   "\\", " ",
+                                  "\n",   nul, "\x7F", "\xC3\xA9", "\xFF", "1"};
     return NSString::stringWith(randomText(random, random.below(random.below(8) ? 12 : 300), pieces));
 }
 
@@ -101,43 +84,22 @@ id randomTree(Random &random, int depth) {
 } // namespace
 
 // How strings and containers stand is PropertyListText's own test; random trees compare with it below.
-TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsAndNumbersAsStrings) {
-    EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
-    EXPECT_EQ(written(NSArray::array()), "(\n)");
-    EXPECT_EQ(written(NSDictionary::dictionary()), "{\n}");
-    EXPECT_EQ(written(NSNumber::numberWithInt(5)), "5");
-    EXPECT_EQ(written(NSNumber::numberWithDouble(1e100)), "\"1e+100\"");
-    EXPECT_EQ(written(NSMutableString::stringWith("\n")), "\"\\n\"");
-}
-
-TEST_F(QBPropertyListOutputStreamTest, NilLikeValuesAreLeftOut) {
+TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsNumbersAsStringsAndNilLikeValuesNowhere) {
     const id null = QBNil::value();
-    EXPECT_EQ(written(NSArray::arrayWithObjects(null, null)), "(\n)");
+    EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
+    EXPECT_EQ(written(NSDictionary::dictionary()), "{\n}");
+    EXPECT_EQ(written(NSNumber::numberWithDouble(1e100)), "\"1e+100\"");
     EXPECT_EQ(written(NSArray::arrayWithObjects(null, "x"_ns, null, "y"_ns, null)), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),
               "{\n  c = d;\n}");
     EXPECT_EQ(written(null), "");
-    EXPECT_EQ(written(nullptr), "");
-    QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-    stream->_writeObjectForKey(nullptr, "key"_ns);
-    stream->_writeObjectForKey("value"_ns, nullptr);
-    stream->_writeString(nullptr);
-    EXPECT_EQ(textIn(*stream), "");
-    stream->_writeEnumerator(nullptr);
-    stream->_writeDictionary(nullptr);
-    EXPECT_EQ(textIn(*stream), "(\n){\n}");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, IndentationEndsAt78Blanks) {
-    QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
     const Ref<NSArray> nested = nestedArrays(40);
-    stream->writeObject(nested);
-    const std::string text = textIn(*stream);
+    const std::string text = written(nested);
     EXPECT_NE(text.find("\n" + std::string(78, ' ') + "x\n"), std::string::npos);
     EXPECT_EQ(text.find(std::string(79, ' ')), std::string::npos);
-    EXPECT_EQ(stream->indent(), 0);
-    stream->writeObject(NSArray::arrayWithObject("y"_ns)); // one stream takes several values
-    EXPECT_EQ(textIn(*stream), text + "(\n  y\n)");
 }
 
 TEST_F(QBPropertyListOutputStreamTest, RandomTreesAreReadBackEqualAndEqualTheirDescription) {
@@ -149,28 +111,22 @@ TEST_F(QBPropertyListOutputStreamTest, RandomTreesAreReadBackEqualAndEqualTheirD
         const id readBack = NSString::stringWith(text)->propertyList();
         ASSERT_NE(readBack, nullptr) << text;
         EXPECT_TRUE(readBack->isEqual(tree)) << text;
-        EXPECT_EQ(written(readBack), text);
         const bool isContainer = qb::castOrNil<NSArray>(tree) || qb::castOrNil<NSDictionary>(tree);
         EXPECT_EQ(isContainer ? tree->description()->view() : text, text);
-
         const Ref<Watcher> watcher = Watcher::init();
         watcher->writeObject(tree);
         EXPECT_EQ(textIn(*watcher), text);
-        QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-        stream->writeObject(tree);
-        EXPECT_EQ(watcher->bufLength(), stream->bufLength());
     }
 }
 
 TEST_F(QBPropertyListOutputStreamTest, SubclassSeesEachOperation) {
     const Ref<Watcher> stream = Watcher::init();
-    stream->writeObject(NSDictionary::dictionaryWith(
-        {{"a"_ns, NSArray::arrayWithObjects("x"_ns, NSNumber::numberWithInt(5))}, {"b"_ns, "c"_ns}}));
-    EXPECT_EQ(textIn(*stream), "{\n  a = (\n    x,\n    5\n  );\n  b = c;\n}");
-    EXPECT_EQ(stream->strings, 5);
-    EXPECT_EQ(stream->arrays, 1);
+    stream->writeObject(
+        NSDictionary::dictionaryWith({{"a"_ns, NSArray::arrayWithObject("x"_ns)}, {"b"_ns, "c"_ns}}));
+    EXPECT_EQ(textIn(*stream), "{\n  a = (\n    x\n  );\n  b = c;\n}");
+    EXPECT_EQ(stream->strings, 4);
     EXPECT_EQ(stream->entries, 2);
-    EXPECT_EQ(stream->writes, 20);
+    EXPECT_EQ(stream->writes, 17);
 }
 
 TEST_F(QBPropertyListOutputStreamTest, MillionLevelsRaiseOneErrorAndNeedLittleStack) {
@@ -185,47 +141,22 @@ TEST_F(QBPropertyListOutputStreamTest, MillionLevelsRaiseOneErrorAndNeedLittleSt
     }));
     EXPECT_EQ(error.values(), "512");
     EXPECT_EQ(std::count(text.begin(), text.end(), '('), 512);
-    EXPECT_EQ(std::count(text.begin(), text.end(), ')'), 512);
     EXPECT_NE(text.find("  ...\n"), std::string::npos);
     EXPECT_EQ(text.find("left out"), std::string::npos);
-    EXPECT_NE(NSString::stringWith(text)->propertyList(), nullptr);
 }
 
 TEST_F(QBPropertyListOutputStreamTest, DepthIsBoundedInEachStreamAndEndsWithTheValue) {
     const Ref<NSArray> deepest = nestedArrays(512);
-    const Ref<NSArray> tooDeep = nestedArrays(513);
     NSMutableDictionary *const loop = NSMutableDictionary::dictionary();
     for (id key : {"a"_ns, "b"_ns}) // written in full, it would never end
         loop->setObjectForKey(loop, key);
+    const Ref<Watcher> watcher = Watcher::init();
     for (QBDataOutputStream *stream :
-         {QBDataOutputStream::stream(), static_cast<QBDataOutputStream *>(Watcher::init().autorelease()),
-          static_cast<QBDataOutputStream *>(QBPropertyListOutputStream::stream())}) {
-        stream->writeObject(deepest);
-        for (id value : {static_cast<id>(tooDeep.get()), static_cast<id>(loop)}) {
-            expectError(900003, "512", [&] { stream->writeObject(value); });
-        }
-        stream->reset();
-        stream->writeObject(deepest);
-        NSData *const text = stream->targetData();
-        EXPECT_EQ(static_cast<const char *>(text->bytes())[text->length() / 2],
-                  stream->isMemberOfClass(QBDataOutputStream::cls()) ? 'x' : ' ');
+         {QBDataOutputStream::stream(), static_cast<QBDataOutputStream *>(watcher.get())}) {
+        expectError(900003, "512", [&] { stream->writeObject(loop); });
+        stream->writeObject(deepest); // is no error
     }
     loop->removeAllObjects();
-}
-
-TEST_F(QBPropertyListOutputStreamTest, ValueThatChangesItsListIsNoticed) {
-    const Ref<Meddler> meddler = Ref<Meddler>::adopt(new Meddler);
-    EXPECT_EQ(written(meddler), "\"meddled with\"");
-    QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-    for (const bool changesOuter : {false, true}) {
-        NSMutableArray *const list = NSMutableArray::arrayWithObject(meddler);
-        list->addObject("x"_ns);
-        NSMutableArray *const outer = NSMutableArray::arrayWithObject(list);
-        outer->addObject("y"_ns);
-        meddler->list = changesOuter ? outer : list;
-        EXPECT_THROW(stream->writeObject(outer), InvalidUseOfMethodException);
-        EXPECT_EQ(stream->indent(), 0);
-    }
 }
 
 TEST_F(QBPropertyListOutputStreamTest, ContainersStayWhileTheirElementsAreWritten) {
@@ -246,14 +177,4 @@ TEST_F(QBPropertyListOutputStreamTest, ContainersStayWhileTheirElementsAreWritte
     EXPECT_THROW(QBPropertyListOutputStream::stream()->writeObject(outer), InvalidUseOfMethodException);
     fill(/*withEnumerator=*/false);
     EXPECT_THROW(outer->description(), InvalidUseOfMethodException);
-    fill(/*withEnumerator=*/false);
-    EXPECT_THROW(outer->asPhpString(), InvalidUseOfMethodException);
-}
-
-TEST_F(QBPropertyListOutputStreamTest, SelectorsMakeAndUseTheStream) {
-    auto *const stream =
-        send<QBPropertyListOutputStream *>(QBPropertyListOutputStream::cls(), "streamWithCapacity:"_sel, 10u);
-    EXPECT_EQ(stream->bufLength(), 10u);
-    send<void>(stream, "_writeObject:forKey:"_sel, "v"_ns, "k"_ns);
-    EXPECT_EQ(textIn(*stream), "k = v;\n");
 }

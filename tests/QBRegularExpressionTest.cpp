@@ -27,90 +27,56 @@ TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
               "({startOffset = 2; endOffset = 4; }, {startOffset = 2; endOffset = 3; }, "
               "{startOffset = 3; endOffset = 4; })");
     EXPECT_EQ(match->rangeOfGroup(2), (NSRange{3, 1}));
-    EXPECT_EQ(describe(match->string()), "xxab");
     EXPECT_THROW(match->startOfGroup(3), NSRangeException);
-    match = expressionOf("a+")->search("baaa"_ns);
-    EXPECT_EQ(match->startOfGroup(0), 1);
-    EXPECT_EQ(match->endOfGroup(0), 4);
-
-    EXPECT_EQ(searched("a+", "b"), "nil");
     EXPECT_EQ(searched("^b", "ab", 1), "(b)"); // the rest begins there
     EXPECT_EQ(searched("b", "ab", 2), "nil");
     EXPECT_THROW(searched("b", "ab", 3), NSRangeException);
-    EXPECT_THROW(searched("b", "ab", -1), NSRangeException);
     EXPECT_EQ(searched("(x)|(a)", "ba", 1), "(a, , a)"); // x took no part
     EXPECT_EQ(expressionOf("(x)|(a)")->search("ba"_ns, 1)->startOfGroup(1), 0);
-    EXPECT_EQ(searched("(.)\\1", "abccd"), "(cc, c)");
     EXPECT_EQ(searched("^(.+)-\\1$", "ab-c-ab-c"), "(ab-c-ab-c, ab-c)");
-    // Bytes are counted, but characters are taken.
-    EXPECT_EQ(searched("b", "\u00e4bc"), "(c)");
-    EXPECT_EQ(searched("c", "\u00e4bc"), "()");
+    EXPECT_EQ(searched("c", "\u00e4bc"), "()"); // bytes are counted, but characters are taken
 }
 
 TEST_F(QBRegularExpressionTest, MatchWantsTheWholeStringAndMatchesAnyPart) {
     EXPECT_EQ(describe(expressionOf("a+")->match("aaa"_ns)->groups()), "(aaa)");
     EXPECT_EQ(expressionOf("a+")->match("aaab"_ns), nullptr);
-    EXPECT_EQ(expressionOf("a+")->match("baaa"_ns), nullptr);
-    EXPECT_EQ(expressionOf("[0-9]")->match(""_ns), nullptr);
-    EXPECT_TRUE(expressionOf("[0-9]")->matches("ab7c"_ns));
-    EXPECT_FALSE(expressionOf("[0-9]")->matches("abc"_ns));
-    EXPECT_TRUE("20041231235959"_ns->matches("^[0-9]{14}$"_ns));
-    EXPECT_FALSE("2004123123595"_ns->matches("^[0-9]{14}$"_ns));
-    EXPECT_TRUE(send<BOOL>("b"_ns, "matches:"_sel, "^B"_ns) == NO);
     EXPECT_TRUE(expressionOf("^B", REG_ICASE)->matches("b"_ns));
-    EXPECT_TRUE(expressionOf("^b$", REG_NEWLINE)->matches("a\nb"_ns));
     EXPECT_EQ(expressionOf("(b)", REG_NOSUB)->search("ab"_ns)->startOfGroup(1), -1);
     // What stands behind a NUL is not seen.
     EXPECT_FALSE(NSString::stringWith({"a\0b", 3})->matches("b"_ns));
-    EXPECT_EQ(expressionOf("a")->match(NSString::stringWith({"a\0b", 3})), nullptr);
     EXPECT_EQ(searched("b", {"a\0b", 3}, 2), "(b)");
 }
 
 TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
     QBRegularExpression *const expression = expressionOf("k");
     EXPECT_EQ(expressionOf("k"), expression);
-    EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern("k"_ns), expression);
     EXPECT_NE(expressionOf("k", REG_ICASE), expression);
     EXPECT_EQ(expressionOf("k1", 0), expressionOf("k", 10)); // told apart by their common text alone
-    EXPECT_EQ(send<id>(QBRegularExpression::cls(), "regularExpressionWithPattern:flags:"_sel, "k"_ns, 0),
-              expression);
     NSMutableString *const changing = NSMutableString::stringWith("k");
     EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern(changing), expression);
     changing->setString("l"_ns);
     EXPECT_NE(QBRegularExpression::regularExpressionWithPattern(changing), expression);
-    EXPECT_TRUE("l"_ns->matches(changing));
 }
 
 TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectThen) {
     expectError(
         qb::kErrorMalformedPattern, "( Unmatched ( or \\(", [&] { EXPECT_EQ(expressionOf("("), nullptr); },
         "src/QBRegularExpression:191");
-    id const cached = QBRegularExpression::regularExpressionWithPattern("("_ns);
-    EXPECT_EQ(cached, QBNil::value());
-    EXPECT_FALSE(send<BOOL>(cached, "matches:"_sel, "("_ns));
-    EXPECT_EQ(send<id>(cached, "search:"_sel, "("_ns), nullptr);
+    EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern("("_ns), QBNil::value());
     EXPECT_FALSE("("_ns->matches("("_ns));
-    expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end", [&] {
-        EXPECT_EQ(QBRegularExpression::initWithPattern("(|)(\\1\\1)*"_ns, 0).get(), nullptr);
-    });
-    {
-        ErrorExpectation error(qb::kErrorMalformedPattern);
-        EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr); // fine without the flag
-        EXPECT_EQ(error.values(), "^(.+)-\\1$ too much of it may vary beside back references");
-    }
-    EXPECT_REASON(
-        QBRegularExpression::regularExpressionWithPattern(nullptr),
-        "QBRegularExpression regularExpressionWithPattern:flags: must have a string that is not nil.");
+    expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end",
+                [&] { EXPECT_EQ(expressionOf("(|)(\\1\\1)*"), nullptr); });
+    expectError(qb::kErrorMalformedPattern, "^(.+)-\\1$ too much of it may vary beside back references", [&] {
+        EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr);
+    }); // fine without the flag
     EXPECT_REASON(
         "a"_ns->matches(nullptr),
         "QBRegularExpression regularExpressionWithPattern:flags: must have a string that is not nil.");
-    EXPECT_REASON(expressionOf("a")->matches(nullptr),
-                  "QBRegularExpression matches: must have a string that is not nil.");
 }
 
 TEST_F(QBRegularExpressionTest, HostilePatternsAreRefusedOnASmallStack) {
     const std::string patterns[] = {std::string(15000, '(') + "a" + std::string(15000, ')'),
-                                    "a" + std::string(100'000, '*'), "(|)(\\1\\1)*"};
+                                    "a" + std::string(100'000, '*')};
     EXPECT_TRUE(runOnSmallStack([&patterns] {
         for (const std::string &pattern : patterns) {
             ErrorExpectation error(qb::kErrorMalformedPattern);
@@ -131,8 +97,6 @@ TEST_F(QBRegularExpressionTest, LongTextsAreSearchedOnASmallStack) {
 
 TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
     const std::string text(4096, 'a');
-    EXPECT_TRUE(NSString::stringWith(text)->matches("^(.*)\\1$"_ns));
-    EXPECT_TRUE(NSString::stringWith(text + text)->matches("^(a|b)\\1.*$"_ns));
     {
         ErrorExpectation error(qb::kErrorOutOfMemory); // it would take hundreds of MiB
         EXPECT_FALSE(NSString::stringWith(text + "a")->matches("^(.*)\\1$"_ns));
@@ -142,12 +106,9 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
         expectError(qb::kErrorMalformedPattern, "memory Memory exhausted",
                     [&] { EXPECT_EQ(expressionOf("memory"), nullptr); });
     }
-    for (const auto search : {+[] { return expressionOf("a")->matches("a"_ns) != NO; },
-                              +[] { return expressionOf("a")->search("a"_ns) != nullptr; }}) {
-        Fault fault(Call::regexec, 0, 1, ENOMEM);
-        ErrorExpectation error(qb::kErrorOutOfMemory);
-        EXPECT_FALSE(search());
-    }
+    Fault fault(Call::regexec, 0, 1, ENOMEM);
+    ErrorExpectation error(qb::kErrorOutOfMemory);
+    EXPECT_EQ(expressionOf("a")->search("a"_ns), nullptr);
 }
 
 TEST_F(QBRegularExpressionTest, MatchObjectsAreMadeChangedAndMayBeEmpty) {
@@ -159,12 +120,7 @@ TEST_F(QBRegularExpressionTest, MatchObjectsAreMadeChangedAndMayBeEmpty) {
     match->setSubGroups(NSMutableArray::arrayWithObject("no dictionary"_ns));
     EXPECT_EQ(describe(match->groups()), "()");
     match->setSubGroups(nullptr);
-    EXPECT_EQ(match->subGroups(), nullptr);
     EXPECT_THROW(match->endOfGroup(0), NSRangeException);
-    const regmatch_t far[] = {{INT32_MAX - 1, INT32_MAX}};
-    EXPECT_EQ(
-        QBRegularExpressionMatchObject::matchObjectWithMatches(far, 1, "a"_ns, INT32_MAX)->endOfGroup(0),
-        INT32_MAX);
     Ref<QBRegularExpression> blank = send<Ref<QBRegularExpression>>(QBRegularExpression::cls(), "init"_sel);
     EXPECT_FALSE(blank->matches("a"_ns)); // it has no pattern
 }

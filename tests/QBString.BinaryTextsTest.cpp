@@ -42,7 +42,6 @@ std::string uuencoded(std::string_view bytes) {
 
 TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string("TWFu IGlz\n")->decodeBase64()), "Man is");
-    EXPECT_EQ(bytesOf(string("")->decodeBase64()), "");
     const ErrorExpectation error(50052);
     EXPECT_EQ(bytesOf(string({"TWFu\0TWF", 8})->decodeBase64()), "Man");
 }
@@ -62,47 +61,23 @@ TEST_F(QBStringBinaryTextsTest, UuencodedLinesThatAreCutOrMalformed) {
     EXPECT_EQ(bytesOf(string("#0V%T\r\n#0V%T\r\n")->uudecode()), "CatCat"); // neither beginning nor end
     EXPECT_EQ(bytesOf(string("#0V%T chk")->uudecode()), "Cat");             // a sum behind the groups
     EXPECT_EQ(bytesOf(string("&0V%T\nend")->uudecode()), std::string("Cat\0\0\0", 6)); // blanks cut off
-    EXPECT_EQ(bytesOf(string("end\n#0V%T")->uudecode()), "");
-    struct Row {
-        std::string_view text;
-        const char *result, *values;
-    };
-    const Row rows[] = {
-        {"begin 644 x\n#0V%T\n#0V\x01T\n#0V%T\nend\n", "Cat", "3 4"},
-        {"\xC3\xA4", "", "1 1"},
-        {{"#0\0%T", 5}, "", "1 3"},
-    };
-    for (const Row &row : rows) {
-        expectError(900006, row.values,
-                    [&] { EXPECT_EQ(bytesOf(string(row.text)->uudecode()).substr(0, 3), row.result); });
-    }
+    expectError(900006, "3 4", [] {
+        EXPECT_EQ(bytesOf(string("begin 644 x\n#0V%T\n#0V\x01T\n#0V%T\nend\n")->uudecode()).substr(0, 3),
+                  "Cat");
+    });
 }
 
 TEST_F(QBStringBinaryTextsTest, HexadecimalDigitsBothWays) {
     EXPECT_EQ(string("\x01\xAB z")->asHexString()->view(), "01ab207a");
     EXPECT_EQ(bytesOf(string("01aB 207A")->dataFromHexString()), "\x01\xAB z");
-    EXPECT_EQ(bytesOf(string("")->dataFromHexString()), "");
-    for (const char *malformed : {"0", "0g", "ab:cd"}) {
-        const ErrorExpectation error(900007);
-        EXPECT_EQ(string(malformed)->dataFromHexString(), nullptr) << malformed;
-    }
+    const ErrorExpectation error(900007);
+    EXPECT_EQ(string("0g")->dataFromHexString(), nullptr);
 }
 
-TEST_F(QBStringURLEscapingTest, BlanksControlsAndHighBytesAreEscapedInTheOwnManner) {
-    EXPECT_EQ(string("a b/c?d=e&f+%~")->urlEscape()->view(), "a%20b/c?d=e&f+%~");
-    EXPECT_EQ(string("\n\x7F\xE4_")->urlEscape()->view(), "%0:%7?%>4_");
+TEST_F(QBStringURLEscapingTest, TextsWithoutMarksComeBackThemselves) {
     NSString *const plain = string("nothing/to-do");
     EXPECT_EQ(plain->urlEscape(), plain);
     EXPECT_EQ(plain->urlUnEscape(), plain);
-}
-
-TEST_F(QBStringURLEscapingTest, EachKindOfEscapeIsUndoneByItsRule) {
-    EXPECT_EQ(string("a+b%41%2f%2F")->urlUnEscape()->view(), "a bA//");
-    EXPECT_EQ(string("%4")->urlUnEscape()->view(), "@");
-    EXPECT_EQ(string("x%")->urlUnEscape()->view(), "x");
-    EXPECT_EQ(string("%%4")->urlUnEscape()->view(), std::string(1, static_cast<char>(('%' - 87) * 16 + 4)));
-    EXPECT_EQ(string("%00b")->urlUnEscape()->view(), std::string_view("\0b", 2));
-    EXPECT_EQ(string("%0:")->urlUnEscape()->view(), std::string(1, static_cast<char>(':' - 87)));
 }
 
 // Byte by byte, as the rules are worded.
@@ -172,30 +147,10 @@ TEST_F(QBStringURLEscapingTest, LegalCharactersOfNames) {
 }
 
 TEST_F(QBStringMoneySupportTest, AmountsInCents) {
-    struct Row {
-        const char *text;
-        std::int32_t cents;
-    };
-    const Row rows[] = {
-        {"12.34", 1234},
-        {"12,34", 1234},
-        {"12", 1200},
-        {"3", 300},
-        {"3.5", 35},
-        {"3.50", 350},
-        {"1,5", 15},
-        {"12.345", 1234},
-        {"-3.50", -350},
-        {"1.234,56", 123},
-        {"abc", 0},
-        {"", 0},
-        {"7 EUR", 700},
-        {"99999999", INT_MAX},
-        {"-99999999.99", INT_MIN},
-        {".5", 5},
-        {"21474836.47", INT_MAX},
-    };
-    for (const Row &row : rows)
-        EXPECT_EQ(string(row.text)->intFromMoneyString(), row.cents) << row.text;
-    EXPECT_EQ(string("1.25")->intNumberFromMoneyString()->intValue(), 125);
+    const std::pair<const char *, std::int32_t> rows[] = {
+        {"12.34", 1234},   {"3", 300}, {"3.5", 35},           {"12.345", 1234}, {"-3.50", -350},
+        {"1.234,56", 123}, {"abc", 0}, {"99999999", INT_MAX}, {".5", 5},        {"21474836.47", INT_MAX}};
+    for (const auto &[text, cents] : rows)
+        EXPECT_EQ(string(text)->intFromMoneyString(), cents) << text;
+    EXPECT_EQ(string("1,25")->intNumberFromMoneyString()->intValue(), 125);
 }

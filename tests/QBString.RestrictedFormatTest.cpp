@@ -1,7 +1,6 @@
 #include "Text/RandomText.h"
 #include "support/PoolFixture.h"
 
-#include <cinttypes>
 #include <cstdio>
 
 using RestrictedFormatTest = PoolFixture;
@@ -83,95 +82,49 @@ TEST_F(RestrictedFormatTest, ConversionsPrintAsTheCLibraryPrintsThem) {
 
 TEST_F(RestrictedFormatTest, LiteralTextFollowsTheScannersRules) {
     const std::pair<const char *, const char *> rows[] = {
-        {"plain", "plain"},
-        {"", ""},
-        {"a%%b", "b"}, // both signs and the text in front of them are dropped
-        {"a%d%%b", "a1b"},
-        {"%d%5%x%d", "1x2"},
-        {"a%", "a"},
-        {"a%d-%5.", "a1-"}, // ends inside a conversion
-        {"%LZlqd", "1"},
-        {"%l5d", "    1"}, // length letters anywhere
-        {"%d%d", "12"},
-        {"%5-d|", "1    |"}, // flags anywhere
-        {"%h", "%h"},
-        {"a%d%hd", "a%d%hd"}, // unknown: the format's own text, nothing rendered
-        {"a%n", "a%n"},
-        {"%p", "%p"},
-        {"%y", "%y"},
-        {"%\t", "%\t"},
-        {"%G", "%G"},
-        {"%ld %*d", "%ld %*d"},
-        {"%1048577d", "%1048577d"},
-        {"%.1048577d", "%.1048577d"},
-        {"%99999999999999999999d", "%99999999999999999999d"},
+        {"a%%b", "b"},                             // both signs and the text in front of them are dropped
+        {"%d%5%x%d", "1x2"},    {"%l5d", "    1"}, // length letters anywhere
+        {"%5-d|", "1    |"},                       // flags anywhere
+        {"a%d%hd", "a%d%hd"},                      // unknown: the format's own text, nothing rendered
+        {"%ld %*d", "%ld %*d"}, {"%1048577d", "%1048577d"},
     };
     for (const auto &[format, wanted] : rows)
         EXPECT_EQ(restricted(format, 1, 2), wanted) << format;
     EXPECT_EQ(restricted("%1048576d", 1).size(), 1048576u);
     EXPECT_EQ(restricted(std::string("a%d\0b%d", 7), 1, 2), "a1"); // a NUL ends a restricted format
-    EXPECT_EQ(NSString::stringWithRestrictedFormat("%d%s", 1, "x")->view(), "1x");
-    EXPECT_EQ(NSString::stringWithRestrictedFormat(static_cast<NSString *>(nullptr), 1), nullptr);
-    EXPECT_EQ(NSString::stringWithRestrictedFormat(static_cast<const char *>(nullptr)), nullptr);
 }
 
 TEST_F(RestrictedFormatTest, IntegersPrintInFullAndNegativeOnesInTheirOwnWidth) {
-    EXPECT_EQ(restricted("%d", INT64_MIN), "-9223372036854775808");
     EXPECT_EQ(restricted("%d", UINT64_MAX), "18446744073709551615");
-    EXPECT_EQ(restricted("%+d", 5u), "+5");
     EXPECT_EQ(restricted("%u %x", -1, static_cast<signed char>(-1)), "4294967295 ffffffff");
-    EXPECT_EQ(restricted("%u %x", std::int64_t{-1}, std::int64_t{-1}),
-              "18446744073709551615 ffffffffffffffff");
-    EXPECT_EQ(restricted("%d", true), "1");
-    int place = 0;
-    char wanted[40];
-    std::snprintf(wanted, sizeof wanted, "0x%08" PRIxPTR, reinterpret_cast<std::uintptr_t>(&place));
-    EXPECT_EQ(restricted("0x%08x", &place), wanted);
+    EXPECT_EQ(restricted("%u", std::int64_t{-1}), "18446744073709551615");
+    EXPECT_EQ(restricted("0x%08x %d", reinterpret_cast<void *>(0x1f), true), "0x0000001f 1");
 }
 
 TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
-    const char *const none = nullptr;
-    NSString *const nothing = nullptr;
-    EXPECT_EQ(restricted("a%d"), "a%d");
     EXPECT_EQ(restricted("a%d%s", 1), "a%d%s");
     EXPECT_EQ(restricted("%d", 1.0), "%d");
     EXPECT_EQ(restricted("%d", 'c'), "%d");
-    EXPECT_EQ(restricted("%d", "1"), "%d");
-    EXPECT_EQ(restricted("%x", NSNumber::numberWithInt(1)), "%x");
     EXPECT_EQ(restricted("%f", 1), "%f");
-    EXPECT_EQ(restricted("%f", 'c'), "%f");
-    EXPECT_EQ(restricted("%c", 1.0), "%c");
     EXPECT_EQ(restricted("%c", 65), "A");
-    EXPECT_EQ(restricted("%s", 1), "%s");
-    EXPECT_EQ(restricted("%s", none), "%s");
-    EXPECT_EQ(restricted("%s", nothing), "%s");
+    EXPECT_EQ(restricted("%s", static_cast<const char *>(nullptr)), "%s");
     EXPECT_EQ(restricted("%s", NSNumber::numberWithInt(1)), "%s");
-    EXPECT_EQ(restricted("<%s>", ""), "<>");
     EXPECT_EQ(restricted("%s|%.1s", "é"_ns, NSMutableString::stringWith("ab")), "é|a");
     EXPECT_EQ(restricted("%d", 1, 2), "1"); // a value too many is left alone
     NSMutableString *const text = NSMutableString::stringWith("-");
     text->appendRestrictedFormat("a%d%q"_ns, 1);
     text->appendRestrictedFormat("b%d%d"_ns, 1);
-    text->appendRestrictedFormat("c%d"_ns, 1);
-    text->appendRestrictedFormat(nullptr, 1);
-    EXPECT_EQ(text->view(), "-a1b%d%dc1"); // the first ends inside a conversion
+    EXPECT_EQ(text->view(), "-a1b%d%d"); // the first ends inside a conversion
 }
 
 TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
-    NSString *const text = NSString::stringWith(std::string_view("x\0y", 3));
     EXPECT_EQ(ofObjects("%d %x", {NSNumber::numberWithLongLong(INT64_MIN),
                                   NSNumber::numberWithUnsignedLongLong(UINT64_MAX)}),
               "-9223372036854775808 ffffffffffffffff");
     EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, NSNumber::numberWithInt(7)}), "12|1.50|7");
-    EXPECT_EQ(ofObjects("%s", {text}), "x" + std::string("\0y", 2));
+    EXPECT_EQ(ofObjects("%s", {NSString::stringWith({"x\0y", 3})}), std::string("x\0y", 3));
     EXPECT_EQ(ofObjects("%s %d", {QBNil::value(), QBNil::value()}), "null 0");
-    EXPECT_EQ(ofObjects("%s", {NSData::dataWithBytes("a", 1)}), "<61>");
-    EXPECT_EQ(ofObjects("%d%f%c", {NSData::data(), NSData::data(), "z"_ns}), "00.000000z");
     EXPECT_EQ(ofObjects("a%db%fc%cd", {}), "abcd"); // run out: nothing for the conversion itself
-    EXPECT_EQ(ofObjects("a%d%s", {"1"_ns}), "a%d%s");
-    EXPECT_EQ(ofObjects("%y", {"1"_ns}), "%y");
-    EXPECT_EQ(ofObjects("a%%b%5s", {"1"_ns}), "b    1");
-    EXPECT_EQ(NSString::stringWithRestrictedFormatAndObjects("a%d"_ns, nullptr)->view(), "a");
 }
 
 TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCentSign) {
@@ -183,19 +136,9 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%hd %ld %lld %qu %zu %g %G %a", 1, 2L, 3LL, 4ULL, sizeof(int), 0.5, 1e-10, 1.0),
               "1 2 3 4 4 0.5 1E-10 0x1p+0");
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
-    EXPECT_EQ(formatted("a%@"), "a%@");
-    EXPECT_EQ(formatted("a%@", 1), "a%@");
     EXPECT_EQ(formatted("%*d", 1.0, 1), "%*d");
-    EXPECT_EQ(formatted("%*d", 1048577, 1), "%*d");
     EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
-    EXPECT_EQ(formatted("%d%n", 1, 2), "%d%n");
-    EXPECT_EQ(formatted(std::string("a\0%d", 4), 1), std::string("a\0"
-                                                                 "1",
-                                                                 3));
-    NSMutableString *const text = NSMutableString::stringWith("<");
-    text->appendFormat("%d>"_ns, 5);
-    text->appendFormat(nullptr);
-    EXPECT_EQ(text->view(), "<5>");
-    const qb::Value values[] = {1, "b"};
-    EXPECT_EQ(NSString::initWithFormatArguments("%d%s"_ns, qb::ArgList(values, 2))->view(), "1b");
+    EXPECT_EQ(formatted({"a\0%d", 4}, 1), std::string("a\0"
+                                                      "1",
+                                                      3));
 }

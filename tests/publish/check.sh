@@ -1,36 +1,13 @@
 #!/bin/bash
 # Publishes small sites and looks at what comes out.
 #   tests/publish/check.sh PUBLISH
-# QB_TEST_LAUNCHER: what is put before the program.
 set -euo pipefail
-program=$1
 # In memory: each run waits until all that is to go to the disk is there, be it others'.
-memory=/dev/shm
-[ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
-work=$(mktemp -d "$memory/publish-XXXXXX")
-trap 'chmod -R u+rwX "$work"; rm -rf "$work"' EXIT
+[ ! -w /dev/shm ] || TMPDIR=/dev/shm
+# shellcheck source=tests/publish/common.sh
+. "${0%/*}/common.sh"
 chmod 755 "$work"
-read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
 cd "$work"
-site=$work/site out=$work/out
-failures=0
-
-as=() # whoever runs the program, if not we
-
-publish() { "${as[@]}" "${launcher[@]}" "$program" "$@"; }
-
-fail() {
-    echo "FAILED: $*" >&2
-    failures=$((failures + 1))
-}
-
-# What the program prints on standard output, and then its exit status.
-expect() {
-    local what=$1 wanted=$2 got status=0
-    shift 2
-    got=$("$@" 2>"$work/stderr") || status=$?
-    [ "$got [$status]" = "$wanted" ] || fail "$what: '$got [$status]' instead of '$wanted'; $(cat "$work/stderr")"
-}
 
 # What can't be looked into is told by its directory's rights alone.
 snapshot() { (cd "$out" && { find . -mindepth 1 2>/dev/null || true; } | sort | xargs -d '\n' ls -ld --time-style=full-iso); }
@@ -43,17 +20,6 @@ expect_failure() {
     [ $status -eq 1 ] || fail "$what: exit status $status"
     grep -qF -- "$text" "$work/stderr" || fail "$what: '$text' is not in: $(cat "$work/stderr")"
     [ "$before" = "$(snapshot)" ] || fail "$what: the old site has changed"
-}
-
-# rows_fail STATUS: the program ends so, and with that text in its messages, for each row ARGUMENTS|TEXT of standard input.
-rows_fail() {
-    local arguments message status
-    while IFS='|' read -r arguments message; do
-        status=0
-        eval "publish $arguments" >/dev/null 2>"$work/stderr" || status=$?
-        [ $status -eq "$1" ] || fail "$arguments: exit status $status"
-        grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
-    done
 }
 
 page() { printf '%s\n---\n%s\n' "$2" "$3" >"$site/pages/$1"; }
@@ -88,7 +54,6 @@ expect 'first run' "$out: 7 written, 0 unchanged, 0 removed [0]" publish "$site"
 <p>&lt;Ada&gt;:x;y;Bob:
 </p><a href="../index.html">' ] || fail "text.html: $(cat "$out/deep/text.html")"
 [ "$(readlink "$out/assets/link")" = data.bin ] || fail 'the link was not copied as one'
-[ ! -e "$out/.publish" ] || fail 'something is left of the run'
 
 before=$(snapshot)
 expect 'second run' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
@@ -96,21 +61,12 @@ expect 'second run' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site
 [ "$(sed -n 's/^ *"*\([^"]*\)"* = \([0-9a-f]\{32\}\)[;,]*$/\2  \1/p; s/^ *"*\([^"]*\)"* = "\([0-9a-f]\{32\}\)"[;,]*$/\2  \1/p' \
     "$out/manifest.plist" | sort)" = "$(cd "$out" && find -- * -type f ! -name manifest.plist -print0 | xargs -0 md5sum | sort)" ] ||
     fail "MD5: $(cat "$out/manifest.plist")"
-page_md5=$(md5sum <"$out/index.html")
-sed -i "s/${page_md5%% *}/00000000000000000000000000000000/" "$out/manifest.plist"
-expect 'another MD5' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
 sed -i '1s/h1/h2/' "$out/index.html"
 expect 'a page that somebody changed' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
-sed -i '/md5 = {/,/}/d' "$out/manifest.plist"
-expect 'a manifest without MD5' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
-grep -q "${page_md5%% *}" "$out/manifest.plist" || fail 'the MD5 are not added to an old manifest'
-page deep/text.txt '{ title = Text; }' three
-expect 'run with one change' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
 rm "$site/pages/deep/text.txt" "$site"/assets/{data.bin,link,way,own.html}
 expect 'removal' "$out: 0 written, 2 unchanged, 5 removed [0]" publish "$site" "$out"
 [ "$(cd "$out" && find . -mindepth 1 | sort | xargs)" = \
     './assets ./assets/d ./assets/d/more ./index.html ./manifest.plist' ] || fail "left: $(find "$out")"
-expect 'quiet' ' [0]' publish --quiet "$site" "$out"
 rm -r "$site/assets/d"
 echo file >"$site/assets/d"
 echo foreign >"$out/assets/d/foreign"
@@ -129,31 +85,23 @@ expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" p
 
 # Settings that the command line replaces.
 new_site
-page index.html '{ title = T; }' '{{site.title}} {{site.author.name}} {{site.a=b}} {{site.people.0}};'
+page index.html '{ title = T; }' '{{site.title}} {{site.author.name}}[{{site.new}}] {{site.people.0}};'
 echo '{ title = A; author = { name = B; }; people = (x); }' >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
 rm "$site/pages/deep/text.txt"
-publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out" 2>/dev/null &&
-    fail 'a key that is missing was read'
-sed -i 's/ {{site.a=b}}/[{{site.new}}]/' "$site/pages/index.html"
 publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out"
 [ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y;' ] || fail "settings: $(cat "$out/index.html")"
 while IFS='|' read -r setting message; do
     expect_failure "--set $setting" "$message" "$site" "$out" --set "$setting"
 done <<'ROWS'
-none.x=1|'none.x'
 none.x=1|site.plist: the setting 'none.x' can't be replaced.
-author.none.x=1|the setting 'author.none.x' can't be replaced.
 title.x=1|the setting 'title.x' can't be replaced.
-people.x=1|the setting 'people.x' can't be replaced.
-people.2=1|the setting 'people.2' can't be replaced.
 pages=..|'..' is no path inside of a site.
 ROWS
 
 # Sorted lists, defaults, links and images.
 new_site
 printf '\x89PNG\0' >"$site/assets/d/dot.PNG"
-head -c 32768 /dev/zero >"$site/assets/most.gif"
 echo '{ people = ( { name = b; n = 1; }, { name = C; }, { n = 2; }, { name = A; }, { name = B; n = 3; } ); shows = ("a b"); }' \
     >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
@@ -175,10 +123,7 @@ er.html text.html ../index.html
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
 data:image/png;base64,iVBORwA=
 TEXT
-page deep/er.html '{ title = T; }' '{{image "assets/most.gif"}}'
-publish --quiet "$site" "$out"
-[ "$(wc -c <"$out/deep/er.html")" -eq 43717 ] || fail "the largest image has $(wc -c <"$out/deep/er.html") bytes"
-rm -r "$out" "$site/pages/deep/er.html"
+rm -r "$out"
 
 # Directories and files elsewhere, and where their names are relative to.
 new_site
@@ -196,31 +141,25 @@ printf '{ title = T; }\n---\n{{texts.one}}{{texts.two}}{{image "dot.png"}}{{text
 rm "$site/content/pages/deep/text.txt"
 expect 'directories elsewhere' "$out: 6 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$(xargs <"$out/index.html")" = 'one two data:image/png;base64,iVBORwA=:' ] || fail "elsewhere: $(cat "$out/index.html")"
-mkdir "$work/outer"
 expect_failure 'pages around the target' "'$work' and the directory '$out' that it goes to" "$site" "$out" \
     --set "pages=$work"
-expect 'a base directory by --set' ' [0]' publish --quiet --set "basedir=$site/content" "$site" "$work/outer"
-diff -r "$out" "$work/outer" >&2 || fail 'an absolute base directory makes another site'
-rm -r "$work/outer" "$out"
+rm -r "$out"
 
 # The site map and the feed.
 new_site
 echo '{ title = "A & B"; address = "https://example.org/a?b=c&d"; people = (); feed = { description = "<news>"; }; }' \
     >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
-page index.html '{ title = Start; }' '{{#each pages by isoDate.REVERSE as p}}{{p.isoDate or "-"}} {{/each}}'
+page index.html '{ title = Start; }' x
 page new.html '{ title = "T & T"; date = "2024-02-29 12:30"; description = "a\001b"; }' x
 page 'deep/ü b.txt' '{ date = "Sun, 06 Nov 1994 08:49:37 GMT"; }' x
-page leap.html '{ title = L; date = 20001231235959; }' x
 mkdir "$site/pages/old"
 for ((i = 10; i < 30; ++i)); do
     page "old/$i.html" "{ date = 19$i; }" x
 done
-expect 'site map and feed' "$out: 32 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
-expect 'the same again' "$out: 0 written, 32 unchanged, 0 removed [0]" publish "$site" "$out"
-grep -q '2024-02-29T12:30:00Z 2000-12-31T23:59:59Z 1994-11-06T08:49:37Z 1929-01-01T00:00:00Z 1928' "$out/index.html" ||
-    fail "dates: $(cat "$out/index.html")"
-{ [ "$(grep -c '<url>' "$out/sitemap.xml")" -eq 25 ] && [ "$(grep -c '<lastmod>' "$out/sitemap.xml")" -eq 23 ]; } ||
+expect 'site map and feed' "$out: 31 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'the same again' "$out: 0 written, 31 unchanged, 0 removed [0]" publish "$site" "$out"
+{ [ "$(grep -c '<url>' "$out/sitemap.xml")" -eq 24 ] && [ "$(grep -c '<lastmod>' "$out/sitemap.xml")" -eq 22 ]; } ||
     fail "site map: $(cat "$out/sitemap.xml")"
 while IFS= read -r line; do
     grep -qxF "$line" "$out/sitemap.xml" || fail "'$line' is not in $(cat "$out/sitemap.xml")"
@@ -228,12 +167,11 @@ done <<'TEXT'
 <url><loc>https://example.org/a?b=c&amp;d/index.html</loc></url>
 <url><loc>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</loc><lastmod>1994-11-06T08:49:37Z</lastmod></url>
 TEXT
-diff - <(head -n 6 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
+diff - <(head -n 5 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
 <?xml version="1.0" encoding="UTF-8"?>
 <rss version="2.0"><channel>
 <title>A &amp; B</title><link>https://example.org/a?b=c&amp;d/</link><description>&lt;news&gt;</description>
 <item><title>T &amp; T</title><link>https://example.org/a?b=c&amp;d/new.html</link><guid>https://example.org/a?b=c&amp;d/new.html</guid><pubDate>Thu, 29 Feb 2024 12:30:00 GMT</pubDate><description>ab</description></item>
-<item><title>L</title><link>https://example.org/a?b=c&amp;d/leap.html</link><guid>https://example.org/a?b=c&amp;d/leap.html</guid><pubDate>Sun, 31 Dec 2000 23:59:59 GMT</pubDate></item>
 <item><title>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</title><link>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</link><guid>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</guid><pubDate>Sun, 06 Nov 1994 08:49:37 GMT</pubDate></item>
 TEXT
 [ "$(grep -c '<item>' "$out/feed.xml")" -eq 20 ] || fail "the feed has $(grep -c '<item>' "$out/feed.xml") pages"
@@ -277,19 +215,13 @@ while IFS='|' read -r file text message; do
     rm -rf "$out/.publish"
 done <<ROWS
 .publish/journal.plist|{ removed = ( "../precious/more" ); }|'../precious/more' is no path inside of a site.
-.publish/journal.plist|{ moved = ( "$work/x" ); }|'$work/x' is no path inside of a site.
 .publish/journal.plist|{ moved = ( ".publish/journal.plist" ); }|'.publish/journal.plist' is no path inside of a site.
-.publish/journal.plist|{ removed = ( "index.html" ); moved = x; }|'moved' is no list.
 .publish/journal.plist|{ moved = |In '$out/.publish/journal.plist':
-.publish/journal.plist|( moved )|.publish/journal.plist: the text is no dictionary.
 manifest.plist|{ files = ( "../precious/more" ); }|manifest.plist: '../precious/more' is no path inside of a site.
-manifest.plist|{ files = (); md5 = x; }|manifest.plist: 'md5' is no dictionary.
-manifest.plist|{ files = ( (a) ); }|is no path inside of a site.
 ROWS
 
 # Whatever is wrong with a site, the old one stays and the message says where it is.
 new_site
-head -c 32769 /dev/zero >"$site/assets/large.gif"
 rm -r "$out"
 publish --quiet "$site" "$out"
 while IFS='|' read -r what message head body; do
@@ -297,36 +229,16 @@ while IFS='|' read -r what message head body; do
     expect_failure "$what" "$message"
 done <<'ROWS'
 missing key|pages/index.html:3: there is no value for 'page.titel'.|{ title = T; }|{{page.titel}}
-way through a text|pages/index.html:4: there is no value for 'page.title.x'.|{ title = T; }|\n{{{page.title.x}}}
 malformed head|The property list is malformed in line 1, column|{ title = T; |x
-file of a malformed head|In '/|{ title = T; |x
-head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
-unknown template|pages/index.html:1: there is no template 'gone'.|{ title = T; template = gone; }|x
-template elsewhere|there is no template '../site'.|{ title = T; template = "../site"; }|x
 unknown inner template|pages/index.html:3: there is no template 'gone'.|{ title = T; }|{{> gone}}
-open braces|pages/index.html:3: a '{{' is not closed.|{ title = T; }|{{> who
-empty braces|pages/index.html:3: a pair of braces is empty.|{ title = T; }|{{ }}
-open block|pages/index.html:4: a block is not closed.|{ title = T; }|{{#if page}}
 wrong close|pages/index.html:3: a block is closed that is not open.|{ title = T; }|{{#if page}}{{/each}}
-unknown block|pages/index.html:3: a block is neither 'each' nor 'if'.|{ title = T; }|{{#for page}}
-lone else|pages/index.html:3: there is an 'else' without its 'if'.|{ title = T; }|{{else}}
-no sort key|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages by as x}}{{/each}}
 not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
-text behind a key|pages/index.html:3: a text in quotes stands alone|{ title = T; }|{{page.title "x"}}
-open quote|pages/index.html:3: a quote is not closed.|{ title = T; }|{{page.x or "}}
-image elsewhere|pages/index.html: '../x.png' is no path inside of a site.|{ title = T; }|{{image "../x.png"}}
-image that is missing|site/gone.png' does not exist.|{ title = T; }|{{image "gone.png"}}
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
-no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
-large image|assets/large.gif' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/large.gif"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
-half a month|pages/index.html: '20230' is no date.|{ date = 20230; }|x
-wrong separators|pages/index.html: '2023:02' is no date.|{ date = "2023:02"; }|x
-separator at the end|pages/index.html: '2023-' is no date.|{ date = "2023-"; }|x
-time zone|pages/index.html: '2023-02-01T10:00-02' is no date.|{ date = "2023-02-01T10:00-02"; }|x
-no date|pages/index.html: 'today' is no date.|{ date = today; }|x
 half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
+no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
+head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
 not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
 ROWS
 page index.html '{ title = T; }' x
@@ -346,38 +258,11 @@ done <<ROWS
 pages/x.html|no head|pages/x.html:1: a page begins with a property list
 pages/long.txt|$(page_of 'a & {{> who}}\n\n\nb\n\n{{page.none}}')|pages/long.txt:8: there is no value for 'page.none'.
 pages/index.txt|$(page_of '')|'index.html' would be written twice.
-pages/assets/own.txt|$(page_of '')|'assets/own.html' would be written twice.
-pages/manifest.plist/x.txt|$(page_of '')|'manifest.plist' would be written twice.
-pages/deep/text.html/x.txt|$(page_of '')|'deep/text.html' would be written twice.
-pages/n$longest.txt|$(page_of '')|File name too long
 pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
-pages/way|../pages|'$site/pages/way' is no plain file.
-assets/dangling|../nowhere|site/nowhere'
-assets/up|../..|Too many levels of symbolic links
-assets/$longest.long|x|$longest.long
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
-templates/who.html|{{> page}}|templates/page.html:1: the template 'who' includes itself.
-templates/who.html|a\n\n{{#if x}}|templates/who.html:3: a block is not closed.
-templates/who.html|a\n\xff|templates/who.html:2: the text is not valid UTF-8 at byte 2: behind "a\n" stands "\xff".
 site.plist|{ broken\n|The property list is malformed in line 2, column 1
-site.plist|{ broken\n|In '$site/site.plist':
-site.plist|( a )|site.plist: the text is no dictionary.
-site.plist|{ texts = x; }|site.plist: 'texts' is no dictionary.
-site.plist|{ texts = { a = "../x"; }; }|site.plist: '../x' is no path inside of a site.
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
-site.plist|{ basedir = "../x"; }|site.plist: '../x' is no path inside of a site.
-site.plist|{ basedir = (a); }|is no path inside of a site.
-site.plist|{ basedir = gone; }|The directory '$site/gone/pages' can't be read.
-site.plist|{ pages = "$work/../x"; }|site.plist: '$work/../x' is no path inside of a site.
-site.plist|{ texts = { basedir = ".."; }; }|site.plist: '..' is no path inside of a site.
 site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
-site.plist|{ address = "https://example.org"; feed = x; people = (); title = T; }|site.plist: 'feed' is no dictionary.
-site.plist|{ assets = ".."; }|site.plist: '..' is no path inside of a site.
-site.plist|{ pages = "/"; }|site.plist: '/' is no path inside of a site.
-site.plist|{ templates = ( a ); }|is no path inside of a site.
-site.plist|{ title = T; people = (); assets = gone; }|The directory '$site/gone' can't be read.
-site.plist|{ pages = gone; }|The directory '$site/gone' can't be read.
-site.plist|{ templates = gone; }|there is no template '
 ROWS
 find "$site" -type d -empty -delete
 for ((i = 0; i < 100; ++i)); do
@@ -390,23 +275,14 @@ while read -r from to message; do
     expect_failure "$from to $to" "$message" "$from" "$to"
 done <<ROWS
 $work/gone $out '$work/gone/site.plist' does not exist.
-$work/precious $out '$work/precious/site.plist' does not exist.
 $site $site may not contain one another.
-$site $site/new/../out may not contain one another.
-$site/pages/.. $work may not contain one another.
-$out/../site / may not contain one another.
 $site $site/site.plist/.. may not contain one another.
 $site $work/other The directory '$work/other' can't be read.
 ROWS
-[ ! -e "$site/new" ] || fail 'a directory was made in the site'
 as=(flock "$out")
 expect_failure 'two runs at a time' "Another run is writing to '$out'."
 as=()
 publish --quiet "$site" "$out" <&- >&- 2>&- || fail 'closed descriptors'
-page index.html '{ title = T; }' '{{page.none}}'
-before=$(snapshot)
-! publish "$site" "$out" <&- >&- 2>&- || fail 'a run without descriptors succeeded'
-[ "$before" = "$(snapshot)" ] || fail 'a run without descriptors changed something'
 
 # Pages that are enciphered, in the site and in what becomes of it.
 new_site
@@ -419,7 +295,6 @@ with_key() { publish --key-file "$work/key" "$@"; }
 conceal() { with_key --encipher "$work/secret.txt" >"$site/pages/deep/secret.txt.enc"; }
 conceal
 expect 'there and back' "$(cat "$work/secret.txt") [0]" with_key --decipher "$site/pages/deep/secret.txt.enc"
-! grep -q page "$site/pages/deep/secret.txt.enc" || fail 'a page was not enciphered'
 ! with_key "$site" "$out" >/dev/null 2>"$work/stderr" || fail 'a page with a missing key was published'
 grep -qF "deep/secret.txt.enc:3: there is no value for 'page.none'." "$work/stderr" || fail "$(cat "$work/stderr")"
 sed -i 's/{{page.none}}/</' "$work/secret.txt"
@@ -427,7 +302,6 @@ conceal
 page index.html '{ title = Inner; enciphered = YES; }' '{{#each pages as p}}{{p.url}} {{/each}}'
 page deep/text.txt '{ title = Outer; enciphered = NO; }' plain
 expect 'enciphered pages' "$out: 8 written, 0 unchanged, 0 removed [0]" with_key "$site" "$out"
-expect 'the same again' "$out: 0 written, 8 unchanged, 0 removed [0]" with_key "$site" "$out"
 grep -qF 'deep/secret.html &lt;' "$out/deep/secret.html" || fail "secret.html: $(cat "$out/deep/secret.html")"
 with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text.html index.html.enc' ||
     fail 'index.html.enc does not come back'
@@ -436,15 +310,10 @@ head -c 23 "$out/index.html.enc" >"$cut"
 rows_fail 1 <<'ROWS'
 "$site" "$out"|[910031] There is no key for '
 --decipher "$out/index.html.enc"|[910031] There is no key for '
---encipher "$work/key"|[910031] There is no key for '
 --key-file "$work/other-key" "$site" "$out"|[910032] '
---key-file "$work/other-key" --decipher "$out/index.html.enc"|is damaged or was enciphered with another key.
 --key-file "$work/key" --decipher "$cut"|[100239] The blowfish encrypted data is corrupt.
---key-file "$work/key" --decipher "$work/gone"|gone' does not exist.
 --key-file "$work/no-key" "$site" "$out"|[910030] The file '
---key-file "$work/gone" "$site" "$out"|gone' does not exist.
 ROWS
-! with_key --decipher "$out/index.html.enc" >/dev/full 2>/dev/null || fail 'what could not be written counts as written'
 
 new_site
 page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
@@ -467,14 +336,7 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
         expect_failure "$what" "$text"
         chmod "$mode" "$path"
     }
-    head -c 32769 /dev/zero >"$site/assets/large.gif"
-    page image.html '{ title = T; }' '{{image "assets/large.gif"}}'
-    denied 'large image' "assets/large.gif' is no image of at most" "$site/assets/large.gif" 000
-    ! grep -qF 'could not be read' "$work/stderr" || fail 'a large image was read'
-    rm "$site/pages/image.html" "$site/assets/large.gif"
     denied 'unreadable page' "index.html' could not be read: Permission denied" "$site/pages/index.html" 000
-    denied 'unreadable directory' "The directory '$site/pages/deep' can't be read." "$site/pages/deep" 000
-    denied 'unreadable template' "who.html' could not be read: Permission denied" "$site/templates/who.html" 000
     denied 'unreadable asset' "data.bin' could not be read: Permission denied" "$site/assets/data.bin" 000
     journal '{ moved = ( "deep/new" ); }'
     [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
@@ -483,8 +345,6 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
     denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
     page index.html '{ title = T; }' x
     publish --quiet "$site" "$out"
-    echo changed >"$site/assets/data.bin"
-    denied 'read-only directory of new files' "data.bin' could not be written: Permission denied" "$out/assets" 555
     rm "$site/assets/link"
     denied 'read-only directory of old files' "link' could not be removed: Permission denied" "$out/assets" 555
 else
@@ -545,35 +405,18 @@ fi
 
 has() { [[ $(publish "${@:2}" 2>&1) == *"$1"* ]] || fail "'$1' is not in what $2 says"; }
 has 'Usage: publish' --help
-has 'publish ' --version
 has fileio --debug help
 has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
 has '[publish(0) OK] index.html is as it was' --debug publish "$site" "$out"
-has '[start:publish] index.html' --profile publish "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
 [ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
 grep -q 'unchanged' "$work/log" || fail 'the log has no report'
 rows_fail 2 <<'ROWS'
 |The directories SITE and OUT are needed (try --help)
-"$site"|The directories SITE and OUT are needed
-"" "$out"|The directories SITE and OUT are needed
-"$site" ""|The directories SITE and OUT are needed
-a b c|There is an argument too many
 --no-such-option "$site" "$out"|There is no option --no-such-option
--x "$site" "$out"|There is no option -x
---log-level=1 "$site" "$out"|There is no option --log-level=1
 --set|--set wants a value
 --set a "$site" "$out"|--set wants KEY=VALUE
---set =a "$site" "$out"|--set wants KEY=VALUE
---key-file|--key-file wants a value
---decipher|--decipher wants a value
---log-level|--log-level wants a value
 --log-level 256 "$site" "$out"|'256' is no number that fits
---log-level -1 "$site" "$out"|'-1' is no number that fits
---debug-level 1x "$site" "$out"|'1x' is no number that fits
---debug-level "" "$site" "$out"|'' is no number that fits
---debug fileio,nothing "$site" "$out"|There is no channel 'nothing'
---profile nothing "$site" "$out"|There is no channel 'nothing'
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
 # A command for each page, which the program's shell reads.

@@ -1,0 +1,37 @@
+# shellcheck shell=bash disable=SC2034
+# What the checks of the program, their first argument, share: how it is run, where, and what is said of failures.
+# QB_TEST_LAUNCHER: what is put before the program.
+program=$1
+read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
+work=$(mktemp -d "${TMPDIR:-/tmp}/publish-XXXXXX")
+trap 'chmod -R u+rwX "$work"; rm -rf "$work"' EXIT
+site=$work/site out=$work/out
+failures=0
+
+as=() # whoever runs the program, if not we
+
+publish() { "${as[@]}" "${launcher[@]}" "$program" "$@"; }
+
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# What the program prints on standard output, and then its exit status.
+expect() {
+    local what=$1 wanted=$2 got status=0
+    shift 2
+    got=$("$@" 2>"$work/stderr") || status=$?
+    [ "$got [$status]" = "$wanted" ] || fail "$what: '$got [$status]' instead of '$wanted'; $(cat "$work/stderr")"
+}
+
+# rows_fail STATUS: the program ends so, and with that text in its messages, for each row ARGUMENTS|TEXT of standard input.
+rows_fail() {
+    local arguments message status
+    while IFS='|' read -r arguments message; do
+        status=0
+        eval "publish $arguments" >/dev/null 2>"$work/stderr" || status=$?
+        [ $status -eq "$1" ] || fail "$arguments: exit status $status"
+        grep -qF -- "$message" "$work/stderr" || fail "$arguments: '$message' is not in: $(cat "$work/stderr")"
+    done
+}
