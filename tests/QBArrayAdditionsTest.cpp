@@ -120,22 +120,18 @@ TEST_F(QBArrayAdditionsTest, FindsElementsByTheirAnswers) {
 
 TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
     NSArray *const abc = letters("abc");
-    NSArray *const empty = NSArray::array();
     EXPECT_EQ(describe(abc->shift()), "(b, c)");
     EXPECT_EQ(letters("a")->shift(), nullptr);
     EXPECT_EQ(abc->subarrayFromIndex(0), abc);
     EXPECT_EQ(abc->subarrayFromIndex(3), nullptr);
     EXPECT_EQ(describe(abc->reversedArray()), "(c, b, a)");
-    EXPECT_EQ(empty->reversedArray(), empty);
     EXPECT_EQ(describe(abc->joinedBy("x"_ns)), "(a, x, b, x, c)");
-    EXPECT_EQ(describe(empty->joinedBy("x"_ns)) + describe(letters("a")->joinedBy(nullptr)), "()(a)");
     EXPECT_THROW(abc->joinedBy(nullptr), InvalidArgumentException);
     EXPECT_EQ(describe(letters("12")->dictWithSchema(letters("ab"))), "{a = 1; b = 2; }");
     EXPECT_EQ(letters("12")->dictWithSchema(abc), nullptr);
 
     const char *const texts[] = {"one", "", "three"};
     EXPECT_EQ(describe(NSArray::arrayWithCStrings(3, texts)), "(one, , three)");
-    EXPECT_THROW(NSArray::arrayWithCStrings(1, nullptr), InvalidArgumentException);
 }
 
 TEST_F(QBArrayAdditionsTest, TextsAreJoinedToListsPathsAndExpressions) {
@@ -174,8 +170,6 @@ TEST_F(QBArrayAdditionsTest, SortsByKeyWithoutRegardToCase) {
     NSArray *const dotted = NSArray::arrayWithObjects(page("1", "b"_ns, "a.b"), page("2", "a"_ns, "a.b"),
                                                       page("3", "c"_ns, "a.b"));
     EXPECT_EQ(order(dotted, "a.b"_ns) + order(dotted, "a.b.Reverse"_ns), "213312"); // the key itself, no path
-    NSArray *const numbers = NSArray::arrayWithObjects(page("1", number(10)), page("2", number(9)));
-    EXPECT_EQ(order(numbers, "name"_ns), "21");
     NSArray *const kinds = NSArray::arrayWithObjects(page("1", "10"_ns), page("2", number(9)));
     EXPECT_THROW(kinds->caseInsensitiveSortedArrayByKey("name"_ns), InvalidArgumentException);
 }

@@ -69,20 +69,14 @@ TEST_F(QBDictionaryAdditionsTest, ValuesAreReadWithDefaults) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, RelativePathsLieBelowTheBaseDirectory) {
-    struct {
-        const char *entries;
-        NSString *withDefault, *base;
-        const char *expected;
-    } const rows[] = {
-        {"log log/x basedir /srv", nullptr, "/other"_ns, "/srv/log/x"},
-        {"log /var/log/x basedir /srv", nullptr, nullptr, "/var/log/x"},
-        {"log log/x", nullptr, "/other"_ns, "/other/log/x"},
-        {"basedir /srv", "a"_ns, nullptr, "/srv/a"},
-        {"basedir /srv", nullptr, "/other"_ns, "nil"},
+    const auto pathIn = [](const char *text, NSString *withDefault, NSString *base) {
+        return describe(entries(text)->pathForKey("log"_ns, withDefault, base));
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(describe(entries(row.entries)->pathForKey("log"_ns, row.withDefault, row.base)),
-                  row.expected);
+    EXPECT_EQ(pathIn("log log/x basedir /srv", nullptr, "/other"_ns), "/srv/log/x");
+    EXPECT_EQ(pathIn("log /var/log/x basedir /srv", nullptr, nullptr), "/var/log/x");
+    EXPECT_EQ(pathIn("log log/x", nullptr, "/other"_ns), "/other/log/x");
+    EXPECT_EQ(pathIn("basedir /srv", "a"_ns, nullptr), "/srv/a");
+    EXPECT_EQ(pathIn("basedir /srv", nullptr, "/other"_ns), "nil");
 }
 
 TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOfDictionariesInsideAreTextsToo) {

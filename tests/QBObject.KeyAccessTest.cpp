@@ -18,8 +18,6 @@ public:
     void setRank(std::uint8_t rank) { rank_ = rank; }
     std::int64_t size() const { return size_; }
     void setSize(std::int64_t size) { size_ = size; }
-    float ratio() const { return ratio_; }
-    void setRatio(float ratio) { ratio_ = ratio; }
     std::uint64_t most() const { return UINT64_MAX; }
     const char *path() const { return title_ ? "/p" : nullptr; }
     void *address() const { return nullptr; }
@@ -31,7 +29,6 @@ private:
     id parent_ = nullptr;
     std::uint8_t rank_ = 0;
     std::int64_t size_ = 0;
-    float ratio_ = 0;
 };
 
 Class *Page::cls() {
@@ -40,7 +37,6 @@ Class *Page::cls() {
         qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
         qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
         qb::method<"size">(&Page::size),       qb::method<"setSize:">(&Page::setSize),
-        qb::method<"ratio">(&Page::ratio),     qb::method<"setRatio:">(&Page::setRatio),
         qb::method<"path">(&Page::path),       qb::method<"most">(&Page::most),
         qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
         qb::method<"close">(&Page::close),
@@ -66,7 +62,6 @@ TEST_F(QBObjectKeyAccessTest, KeysAreTheNamesOfTheOperationsInAClientsTable) {
         {"title", "Home"_ns, "Home"},
         {"rank", QBBool::trueBoolean(), "1"},
         {"size", " -9223372036854775808"_ns, "-9223372036854775808"},
-        {"ratio", NSNumber::numberWithDouble(0.1), "0.1"},
         {"parent", NSDictionary::dictionaryWith({{"k"_ns, page.get()}}), nullptr},
     };
     for (const auto &[key, object, value] : rows) {

@@ -131,15 +131,13 @@ TEST_F(QBPropertyListOutputStreamTest, SubclassSeesEachOperation) {
 
 TEST_F(QBPropertyListOutputStreamTest, MillionLevelsRaiseOneErrorAndNeedLittleStack) {
     std::string text;
-    ErrorExpectation error(900003);
-    ASSERT_TRUE(runOnSmallStack([&] {
-        const NSAutoreleasePool pool;
-        const Ref<NSArray> deep = nestedArrays(1'000'000);
-        QBPropertyListOutputStream *const stream = QBPropertyListOutputStream::stream();
-        stream->writeObject(NSArray::arrayWithObjects("first"_ns, deep.get(), "left out"_ns));
-        text = textIn(*stream);
-    }));
-    EXPECT_EQ(error.values(), "512");
+    expectError(900003, "512", [&text] {
+        ASSERT_TRUE(runOnSmallStack([&text] {
+            const NSAutoreleasePool pool;
+            const Ref<NSArray> deep = nestedArrays(1'000'000);
+            text = written(NSArray::arrayWithObjects("first"_ns, deep.get(), "left out"_ns));
+        }));
+    });
     EXPECT_EQ(std::count(text.begin(), text.end(), '('), 512);
     EXPECT_NE(text.find("  ...\n"), std::string::npos);
     EXPECT_EQ(text.find("left out"), std::string::npos);

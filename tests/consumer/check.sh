@@ -11,10 +11,7 @@ rm -rf "$work"
 mkdir -p "$work"
 
 # Every client prints what it should, whatever it was built with.
-run_client() {
-    "${launcher[@]}" "$@" >"$work/output.txt"
-    diff -u "$here/expected.txt" "$work/output.txt"
-}
+run_client() { [ "$("${launcher[@]}" "$1")" = client ]; }
 
 # Sets `shared` and `static` to the options that a client needs for either library.
 ask_pkg_config() {

@@ -1,4 +1,4 @@
-// A client of the installed library: what it prints is compared with expected.txt.
+// A client of the installed library: check.sh looks at what it prints.
 #include <QBFoundation/QBFoundation.h>
 
 #include <cstdio>

@@ -73,16 +73,13 @@ case $address in http://127.0.0.1:*) ;; *) fail "the address is $address" ;; esa
 expect 'the start page' '<p>start</p>' sh -c "curl -s $address/ | grep ."
 expect 'a page of a directory' '<p>deep</p>' sh -c "curl -s $address/deep/?x=1 | grep ."
 expect 'an escaped name' '<p>plus</p>' sh -c "curl -s $address/a+b%20c.html | grep ."
-curl -s "$address/assets/data.bin" | cmp - "$site/assets/data.bin" || fail 'data.bin came back changed'
 curl -s "$address/assets/inside" | cmp - "$site/assets/data.bin" || fail 'a link inside of the site is not followed'
 expect 'a directory without its slash' '/deep/' header_of Location "$address/deep"
-expect 'the type of a page' 'text/html; charset=utf-8' header_of Content-Type "$address/"
 expect 'the length for HEAD' 300000 header_of Content-Length -I "$address/assets/data.bin"
 
 modified=$(header_of Last-Modified "$address/")
 expect 'the date of a page' "$(LC_ALL=C TZ=UTC date -r "$out/index.html" '+%a, %d %b %Y %H:%M:%S GMT')" echo "$modified"
 expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$address/"
-expect 'a malformed date' 200 status_of -H 'If-Modified-Since: yesterday' "$address/"
 
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
     /.publish '/index.html%00'; do

@@ -73,15 +73,12 @@ echo foreign >"$out/assets/d/foreign"
 expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
 rm "$out/assets/d/foreign"
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed [0]" publish "$site" "$out"
-longest=$(printf 'n%.0s' {1..250})
-page "$longest.txt" '{ title = T; }' x
 echo other >"$work/other"
 ln -s "$work/other" "$site/assets/outside"
 ln -s "$site/assets/d" "$site/assets/absolute"
-echo hidden >"$site/assets/.hidden"
-expect 'unusual names and links' "$out: 4 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
-{ [ -f "$out/$longest.html" ] && [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
-    [ "$(cat "$out/assets/outside")" = other ]; } || fail "unusual names and links: $(ls -l "$out" "$out/assets")"
+expect 'links that lead out' "$out: 2 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
+{ [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
+    [ "$(cat "$out/assets/outside")" = other ]; } || fail "links that lead out: $(ls -l "$out/assets")"
 
 # Settings that the command line replaces.
 new_site
@@ -132,15 +129,13 @@ mv "$site"/{pages,templates,assets} "$site/content"
 mv "$site/content/templates" "$work/shared/frames"
 echo one >"$site/content/parts/one"
 echo two >"$work/two"
-printf '\x89PNG\0' >"$site/content/dot.png"
-cat >"$site/site.plist" <<TEXT
-{ basedir = content; templates = "$work/shared/frames"; texts = { basedir = parts; one = one; two = "$work/two"; }; }
-TEXT
+echo "{ basedir = content; templates = '$work/shared/frames'; texts = { basedir = parts; one = one; two = '$work/two'; }; }" |
+    tr "'" '"' >"$site/site.plist"
 printf '{{{body}}}' >"$work/shared/frames/page.html"
-printf '{ title = T; }\n---\n{{texts.one}}{{texts.two}}{{image "dot.png"}}{{texts.basedir or ":"}}' >"$site/content/pages/index.html"
+printf '{ title = T; }\n---\n{{texts.one}}{{texts.two}}' >"$site/content/pages/index.html"
 rm "$site/content/pages/deep/text.txt"
-expect 'directories elsewhere' "$out: 6 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
-[ "$(xargs <"$out/index.html")" = 'one two data:image/png;base64,iVBORwA=:' ] || fail "elsewhere: $(cat "$out/index.html")"
+publish --quiet "$site" "$out"
+[ "$(xargs <"$out/index.html")" = 'one two' ] || fail "elsewhere: $(cat "$out/index.html")"
 expect_failure 'pages around the target' "'$work' and the directory '$out' that it goes to" "$site" "$out" \
     --set "pages=$work"
 rm -r "$out"
@@ -158,7 +153,6 @@ for ((i = 10; i < 30; ++i)); do
     page "old/$i.html" "{ date = 19$i; }" x
 done
 expect 'site map and feed' "$out: 31 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
-expect 'the same again' "$out: 0 written, 31 unchanged, 0 removed [0]" publish "$site" "$out"
 { [ "$(grep -c '<url>' "$out/sitemap.xml")" -eq 24 ] && [ "$(grep -c '<lastmod>' "$out/sitemap.xml")" -eq 22 ]; } ||
     fail "site map: $(cat "$out/sitemap.xml")"
 while IFS= read -r line; do
@@ -337,11 +331,6 @@ if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.pli
         chmod "$mode" "$path"
     }
     denied 'unreadable page' "index.html' could not be read: Permission denied" "$site/pages/index.html" 000
-    denied 'unreadable asset' "data.bin' could not be read: Permission denied" "$site/assets/data.bin" 000
-    journal '{ moved = ( "deep/new" ); }'
-    [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
-    denied 'staged files out of sight' "deep/new' could not be read: Permission denied" "$out/.publish/files" 000
-    rm -r "$out/.publish"
     denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
     page index.html '{ title = T; }' x
     publish --quiet "$site" "$out"
