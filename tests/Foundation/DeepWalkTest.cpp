@@ -54,21 +54,19 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_TRUE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("b"))));
     EXPECT_FALSE(set->isEqual(NSSet::setWithObjects(list("c"), list("a"), list("d"))));
     NSDictionary *const table = NSDictionary::dictionaryWith({{list("a"), "1"_ns}, {list("b"), "2"_ns}});
+    EXPECT_TRUE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "2"_ns}, {list("a"), "1"_ns}})));
     EXPECT_FALSE(table->isEqual(NSDictionary::dictionaryWith({{list("b"), "1"_ns}, {list("a"), "2"_ns}})));
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
 }
 
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
-    const auto firstOf = [](id first, id second) {
-        auto array = Ref<FirstArray>::adopt(new FirstArray);
-        array->addObject(first);
-        array->addObject(second);
-        return Ref<NSObject>(array);
-    };
-    const auto chain = [&](int depth, id unseen) {
+    const auto chain = [](int depth, id unseen) {
         Ref<NSObject> object = "end"_ns;
-        for (int i = 0; i < depth; ++i)
-            object = firstOf(NSArray::arrayWithObject(object), unseen);
+        for (int i = 0; i < depth; ++i) {
+            const auto array = Ref<FirstArray>::adopt(new FirstArray);
+            array->setArray(NSArray::arrayWithObjects(NSArray::arrayWithObject(object), unseen));
+            object = array;
+        }
         return NSArray::arrayWithObject(object);
     };
     EXPECT_TRUE(chain(3, "x"_ns)->isEqual(chain(3, "y"_ns)));

@@ -84,7 +84,6 @@ Ref<NSObject> stringKey(unsigned number) {
 
 TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
     compareWithList(&stringKey, 12, 1000);
-    compareWithList(&stringKey, 40, 5000);
     compareWithList(&stringKey, 3000, 20000);
     compareWithList([](unsigned number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);
 }
@@ -113,8 +112,7 @@ TEST_F(HashTableTest, TellsTextsOfOneHashApart) {
 }
 
 TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {
-    Ref<NSString> key = NSString::initWith("key");
-    Ref<NSString> value = NSString::initWith("value");
+    const Ref<NSString> key = NSString::initWith("key"), value = NSString::initWith("value");
     {
         qb::HashTable table;
         table.reserve(100);
@@ -122,7 +120,6 @@ TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {
         table.entryFor(NSString::initWith("key").get());
         EXPECT_EQ(key->retainCount(), 2u);
         EXPECT_TRUE(table.remove(NSString::initWith("key").get()));
-        EXPECT_FALSE(table.remove(key));
         EXPECT_EQ(key->retainCount() + value->retainCount(), 2u);
         table.entryFor(key).value = value->retain();
     }

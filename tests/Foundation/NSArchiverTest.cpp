@@ -1,12 +1,9 @@
-#include "Text/Hex.h"
 #include "support/Bytes.h"
 #include "support/PoolFixture.h"
 #include "support/RandomValues.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cmath>
-#include <limits>
 #include <random>
 
 using namespace std::string_literals;
@@ -24,22 +21,19 @@ public:
     void encodeWithCoder(NSCoder *coder) const override {
         coder->encodeObject(children, "children"_ns);
         coder->encodeConditionalObject(parent, "parent"_ns);
-        coder->encodeInt(number, "number"_ns);
     }
 
     Ref<NSMutableArray> children = NSMutableArray::init();
     TreeNode *parent = nullptr; // not retained
-    int number = 0;
     static inline int made = 0;
 
     TreeNode() { ++made; }
 
 protected:
     BOOL setUpWithCoder(NSCoder *coder) override {
-        number = coder->decodeIntForKey("number"_ns);
         parent = qb::castOrNil<TreeNode>(coder->decodeObjectForKey("parent"_ns));
         children = qb::castOrNil<NSMutableArray>(coder->decodeObjectForKey("children"_ns));
-        return children != nullptr && number >= 0;
+        return children != nullptr;
     }
 };
 
@@ -135,7 +129,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
-        {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
@@ -162,8 +155,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"NSValue"}, {"\1\3\20\3\0\3\0"s}, one),
          "17 an object of class 'NSValue' can't have its values"},
         {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\4\3\0\3\2\3\2\3\2"s}, one), // touching ranges
-         "24 an object of class 'NSCharacterSet' can't have its values"},
-        {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\2\3\0\3\0"s}, one), // an empty range
          "24 an object of class 'NSCharacterSet' can't have its values"},
         {archiveOf({"NSCharacterSet"}, {"\1\3\76\3\0\3\0"s}, one), // a class that is none
          "24 an object of class 'NSCharacterSet' can't have its values"},
@@ -210,14 +201,12 @@ TEST_F(NSArchiverTest, ContainersThatHoldThemselvesAreRefused) {
 
 TEST_F(NSArchiverTest, ObjectsOfClientsMayReferToEachOther) {
     TreeNode *root = TreeNode::node(), *child = TreeNode::node();
-    root->number = 7;
     root->children->addObject(child);
     root->children->addObject(child);
     child->parent = root;
     NSData *data = NSKeyedArchiver::archivedDataWithRootObject(root);
     auto *read = static_cast<TreeNode *>(NSKeyedUnarchiver::unarchiveObjectWithData(data, nodeClasses()));
     ASSERT_NE(read, nullptr);
-    EXPECT_EQ(read->number, 7);
     auto *readChild = static_cast<TreeNode *>(read->children->objectAtIndex(0));
     EXPECT_EQ(readChild, read->children->objectAtIndex(1));
     EXPECT_EQ(readChild->parent, read);
@@ -228,8 +217,8 @@ TEST_F(NSArchiverTest, ObjectsOfClientsMayReferToEachOther) {
 }
 
 TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
-    TreeNode *node = TreeNode::node();
-    NSData *data = NSKeyedArchiver::archivedDataWithRootObject(NSArray::arrayWithObject(node));
+    NSArray *const nodes = NSArray::arrayWithObject(TreeNode::node());
+    NSData *const data = NSKeyedArchiver::archivedDataWithRootObject(nodes);
     const int before = TreeNode::made;
     {
         ErrorExpectation error(900002);
@@ -241,11 +230,6 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
     EXPECT_TRUE(reader->allowedClasses()->containsObject(TreeNode::cls()) && reader->decodeRootObject());
     EXPECT_THROW(reader->setAllowedClasses(NSArray::arrayWithObject("NSString"_ns)),
                  InvalidArgumentException);
-    node->number = -1; // which its class refuses
-    ErrorExpectation error(900002);
-    EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(NSKeyedArchiver::archivedDataWithRootObject(node),
-                                                         nodeClasses()),
-              nullptr);
 }
 
 TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
@@ -289,7 +273,6 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
     EXPECT_EQ(bytesOf(reader->decodeDataObject()), "d");
     EXPECT_EQ(reader->decodeObject(), nullptr);
-    EXPECT_FALSE(reader->isAtEnd());
     EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);

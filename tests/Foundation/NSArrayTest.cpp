@@ -62,7 +62,6 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
 
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     NSArray *const abc = letters("abc");
-    EXPECT_EQ(joined(abc->subarrayWithRange(NSMakeRange(1, 2))), "bc");
     EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
     NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
     EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");

@@ -11,9 +11,9 @@ using NSDataTest = PoolFixture;
 TEST_F(NSDataTest, TakesMemoryOver) {
     void *const memory = ::strdup("text");
     EXPECT_EQ(NSData::dataWithBytesNoCopy(memory, 4)->bytes(), memory);
-    NSMutableData *const mutableData = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
-    mutableData->appendBytes("s", 1);
-    EXPECT_TRUE(mutableData->isEqualToData(dataOf("texts")));
+    NSMutableData *const text = NSMutableData::dataWithBytesNoCopy(::strdup("text"), 4);
+    text->appendBytes("s", 1);
+    EXPECT_TRUE(text->isEqualToData(dataOf("texts")));
     EXPECT_EQ(send<NSData *>(NSData::cls(), "dataWithBytesNoCopy:length:"_sel, ::malloc(1), 0u)->bytes(),
               nullptr);
     char kept[1]; // what is refused stays the caller's
@@ -23,10 +23,8 @@ TEST_F(NSDataTest, TakesMemoryOver) {
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     NSData *const data = NSMutableData::dataWithData(dataOf("abcdef"));
     char buffer[8] = "-------";
-    data->getBytes(buffer, 3);
-    EXPECT_STREQ(buffer, "abc----");
     data->getBytes(buffer, NSMakeRange(4, 2));
-    EXPECT_STREQ(buffer, "efc----");
+    EXPECT_STREQ(buffer, "ef-----");
     EXPECT_EQ(bytesOf(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
     EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
                   "NSMutableData getBytes:range: must have a range inside the 6 bytes.");
@@ -96,7 +94,6 @@ TEST_F(NSDataTest, BytesAreFoundInBothDirections) {
     };
     EXPECT_EQ(find("bc", 0, {2, 4}), NSMakeRange(4, 2));
     EXPECT_EQ(find("bc", NSBackwardsSearch, {0, 5}), NSMakeRange(1, 2));
-    EXPECT_EQ(find("bc", NSAnchoredSearch, {0, 6}), nowhere);
     EXPECT_EQ(find("bc", NSAnchoredSearch, {1, 5}), NSMakeRange(1, 2));
     EXPECT_EQ(find("bc", NSAnchoredSearch | NSBackwardsSearch, {0, 6}), NSMakeRange(4, 2));
     EXPECT_EQ(find("", 0, {0, 6}), nowhere);

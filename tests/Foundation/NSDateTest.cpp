@@ -49,10 +49,9 @@ TEST_F(NSDateTest, OrderAndEqualityGoByTheInstant) {
     EXPECT_EQ(late->compare(shown), NSOrderedSame);
     EXPECT_TRUE(late->isEqual(shown) && shown->isEqual(late) && late->hash() == shown->hash());
     EXPECT_FALSE(late->isEqual(early));
+    EXPECT_TRUE(early->earlierDate(late) == early && early->laterDate(late) == late);
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(-0.0)->hash(),
               NSDate::dateWithTimeIntervalSinceReferenceDate(0)->hash());
-    EXPECT_EQ(early->earlierDate(late), early);
-    EXPECT_EQ(early->laterDate(late), late);
     EXPECT_THROW(early->compare("a"_ns), InvalidArgumentException);
 }
 

@@ -45,12 +45,10 @@ TEST_F(NSMutableCharacterSetTest, BitmapsHoldAPlaneEach) {
     EXPECT_EQ(bitmap->length(), 8192u + 1 + 8192);
     const auto *const bits = static_cast<const unsigned char *>(bitmap->bytes());
     EXPECT_EQ(bits['a' / 8], 1 << ('a' % 8));
-    EXPECT_EQ(bits[8191], 0xC0);
+    EXPECT_TRUE(bits[8191] == 0xC0 && bits[8193] == 3);
     EXPECT_EQ(bits[8192], 1); // the plane's number
-    EXPECT_EQ(bits[8193], 3);
     EXPECT_TRUE(NSCharacterSet::characterSetWithBitmapRepresentation(bitmap)->isEqual(set));
     EXPECT_TRUE(set->hasMemberInPlane(1) && !set->hasMemberInPlane(2) && !set->hasMemberInPlane(200));
-    EXPECT_EQ(NSMutableCharacterSet::init()->bitmapRepresentation()->length(), 8192u);
     EXPECT_THROW(NSCharacterSet::characterSetWithBitmapRepresentation(bitmap->subdataWithRange({0, 8193})),
                  InvalidArgumentException);
     NSMutableData *const wrong = NSMutableData::dataWithData(bitmap);

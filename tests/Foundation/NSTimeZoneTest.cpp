@@ -8,7 +8,6 @@ TEST_F(NSTimeZoneTest, NamesAbbreviationsAndOffsetsFindZones) {
         // The name, the seconds in winter and summer, the summer's name and whether it is summer time.
         {NSTimeZone::timeZoneWithName("Europe/Berlin"_ns), "Europe/Berlin 3600 7200 CEST 1"},
         {NSTimeZone::timeZoneWithName("CET"_ns), "CET 3600 7200 CEST 1"}, // a place of that name
-        {NSTimeZone::timeZoneWithName("GMT-11"_ns), "GMT-11 -39600 -39600 GMT-11 0"},
         {NSTimeZone::timeZoneWithName("GMT+5:30"_ns), "GMT+5:30 19800 19800 GMT+5:30 0"},
         {NSTimeZone::timeZoneWithName("-03"_ns), "-03 -10800 -10800 -03 0"},
         {NSTimeZone::timeZoneWithName("+001930"_ns), "+001930 1170 1170 +001930 0"},
@@ -57,12 +56,11 @@ TEST_F(NSTimeZoneTest, TheDefaultIsTheSystemsUntilItIsSet) {
 }
 
 TEST_F(NSTimeZoneTest, EveryKnownNameFindsItsZone) {
-    std::string before;
     NSArray *names = NSTimeZone::knownTimeZoneNames();
     EXPECT_GT(names->count(), 300u);
+    EXPECT_TRUE(names->containsObject("GMT"_ns));
+    EXPECT_TRUE(names->isEqual(names->sortedArrayUsingSelector("compare:"_sel)));
     for (id name : *names) {
-        EXPECT_LT(before, describe(name));
-        before = describe(name);
-        EXPECT_NE(NSTimeZone::timeZoneWithName(static_cast<NSString *>(name)), nullptr) << before;
+        EXPECT_NE(NSTimeZone::timeZoneWithName(static_cast<NSString *>(name)), nullptr) << describe(name);
     }
 }

@@ -30,10 +30,8 @@ TEST_F(NSValueTest, ValuesOfEveryTypeGoInAndOut) {
         return made;
     };
     goesRound(std::int32_t{-5}, "i", "i");
-    goesRound(UINT64_MAX, "Q", "Q");
     goesRound(0.1f, "f", "f");
     goesRound(NSMakeRange(1, 2), "{_NSRange=II}", "{_NSRange=II}");
-    goesRound(static_cast<const void *>("x"), "^v", "^v");
     goesRound(static_cast<id>("x"_ns), "@", "@");
     EXPECT_EQ(describe(goesRound(std::int16_t{-300}, "s", "i")), "-300");
     EXPECT_EQ(describe(goesRound(true, "B", "c")), "1");

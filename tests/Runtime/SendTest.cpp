@@ -28,14 +28,12 @@ TEST_F(SendTest, SelectorsReachBothOverloadsAndKeepOwnership) {
         EXPECT_EQ(send<std::uint32_t>(tally.get(), "addString:times:"_sel, "a"_ns, 3u), 4u * i + 4);
     }
     EXPECT_EQ(tally->retainCount(), 1u); // a send borrows its receiver
-    SEL selector = NSSelectorFromString("countForString:"_ns);
-    EXPECT_EQ(send<std::uint32_t>(tally.get(), selector, "a"_ns), 12u);
+    EXPECT_EQ(send<std::uint32_t>(tally.get(), NSSelectorFromString("countForString:"_ns), "a"_ns), 12u);
 }
 
 TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     QBTally *tally = QBTally::tallyWithLimit(0);
     EXPECT_EQ(send<std::int64_t>(tally, "addString:times:"_sel, "a"_ns, std::int64_t{3}), 3);
-    EXPECT_EQ(send<std::uint8_t>(tally, "addString:times:"_sel, "a"_ns, static_cast<signed char>(1)), 4u);
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:times:"_sel, "a"_ns, -1),
                   "QBTally addString:times: must have an argument 2 that is a uint32_t.");
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel, NSNumber::numberWithInt(1)),
@@ -43,7 +41,7 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     EXPECT_REASON(send<std::uint32_t>(tally, "addString:"_sel), "QBTally addString: must have 1 argument.");
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
                   "QBTally allStrings must have a result that is a NSString *.");
-    EXPECT_EQ(tally->countForString("a"_ns), 4u);
+    EXPECT_EQ(tally->countForString("a"_ns), 3u);
 }
 
 TEST_F(SendTest, NilAnswersZeroAndUnknownSelectorsThrowOrAreForwarded) {
@@ -94,7 +92,6 @@ TEST_F(SendTest, MethodsAddedAtRunTimeAreFoundAtOnceAndInSubclasses) {
         QBTally::cls()->addMethod("countTwice:"_sel, &countTwice);
     EXPECT_EQ(send<std::uint32_t>(tally, "countTwice:"_sel, "a"_ns), 6u);
     EXPECT_THROW(QBTally::cls()->addMethod("countTwice:"_sel, &countTwice), InvalidArgumentException);
-    EXPECT_THROW(QBTally::cls()->addMethod("count:twice:"_sel, &countTwice), InvalidArgumentException);
 }
 
 TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {

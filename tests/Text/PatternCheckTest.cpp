@@ -115,14 +115,9 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {times(200, "(a{200}"), kRepeats}, // before it is seen that the ends are missing
         {times(1001, "a*"), kEmpty},
         {times(14, "(a*)?") + "(a*)*", kEmpty}, // 2 to the power of 14 ways into the loop
-        {times(14, "(^)*"), kEmpty},
-        {times(100, "(b$)*") + times(100, "(b^)*"), kEmpty},
         {"(|)(\\1\\1)*", kEndless},
-        {"(a)((b|\\1c)d)*", kEndless},
         {"(.+)-\\1", kVaries},
         {"([a-z:]+):\\1", kVaries},
-        {"([9-A]+):\\1", kVaries}, // which has the colon
-        {"([^[:alpha:]]+):\\1", kVaries},
         {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
         {"^(a?)(.?)?\\2\\1", kGroup},
         {"(.{0,33})\\1", "it has too many choices beside back references"},

@@ -31,14 +31,8 @@ int structuralLength(std::string_view bytes, std::uint32_t *codePoint = nullptr)
 
 const std::string kValid[] = {"a", "plain ascii text, ", "ü",          "ß",      "ऄ",     "語", "\uFFFD",
                               "𝄞", "\U0010FFFF",         "\U00010000", "\u0800", "\u0080"};
-const std::string kFaults[] = {"\xFF",
-                               "\x80",
-                               "\xC0\x80",
-                               "\xE4\xBA",
-                               "\xED\xA0\x80",
-                               "\xF4\x90\x80\x80",
-                               "\xF8\x88\x80\x80\x80",
-                               "\xFC\x84\x80\x80\x80\x80"};
+const std::string kFaults[] = {
+    "\xFF", "\x80", "\xC0\x80", "\xE4\xBA", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80"};
 
 std::string randomUtf8(Random &random, std::size_t length) {
     std::string text = randomText(random, length, kValid);
@@ -99,7 +93,6 @@ TEST(Utf8Test, StructuralSequencesAndTheirCodePoints) {
         std::uint32_t codePoint;
     } rows[] = {
         {"\0a"sv, 0, 0},
-        {"a", 1, 'a'},
         {"\xC3\xA9", 2, 0xE9},
         {"\xC0\x80", 2, 0},          // overlong
         {"\xED\xA0\x80", 3, 0xD800}, // surrogate
