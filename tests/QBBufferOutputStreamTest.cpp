@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <random>
@@ -38,19 +37,6 @@ TEST_F(QBBufferOutputStreamTest, ResetReturnsToTheDefaultCapacity) {
     EXPECT_EQ(QBBufferOutputStream::stream()->bufLength(), 1024u);
 }
 
-TEST_F(QBBufferOutputStreamTest, MissingMemoryForGrowthDropsWhatWasWritten) {
-    QBStringOutputStream *stream = QBStringOutputStream::streamWithCapacity(4);
-    stream->writeBuffer("abcd", 4);
-    {
-        Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        expectError(
-            100156, "", [&] { stream->writeByte('e'); }, "src/QBBufferOutputStream:117");
-    }
-    EXPECT_EQ(stream->byteCounter(), 0u);
-    stream->writeBuffer("xyz", 3);
-    EXPECT_EQ(stream->targetString()->view(), "xyz");
-}
-
 TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
     if (sizeof(void *) == 4)
         GTEST_SKIP() << "needs 4 GiB of address space";
@@ -58,11 +44,12 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
     if (!stream)
         GTEST_SKIP() << "needs 4 GiB of address space";
     stream->writeByte('a');
-    ErrorExpectation error(100156);
     // The range is never read: a write that does not fit is refused before anything is copied.
-    stream->writeBuffer(stream, UINT32_MAX);
-    EXPECT_EQ(error.place(), "src/QBBufferOutputStream:117");
-    EXPECT_EQ(stream->byteCounter(), 0u);
+    expectError(
+        100156, "", [&] { stream->writeBuffer(stream, UINT32_MAX); }, "src/QBBufferOutputStream:117");
+    EXPECT_EQ(stream->byteCounter(), 0u); // what was written before is gone, too
+    fill(stream, 3);
+    EXPECT_EQ(stream->byteCounter(), 3u);
 }
 
 TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {

@@ -41,21 +41,16 @@ TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
 }
 
 TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
-    const bool isRun = runOnSmallStack([] {
+    EXPECT_TRUE(runOnSmallStack([] {
         const NSAutoreleasePool pool;
-        EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr);
         expectError(900003, "256", [&] { EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
-    });
-    EXPECT_TRUE(isRun);
-
+        EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr); // nothing is left of the failure
+    }));
     // Each level would hold twice as many values as the one above it.
     NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});
     own->setObjectForKey(own, "b"_ns);
     own->setObjectForKey(own, "c"_ns);
     expectError(900003, "256", [&] { own->replace("x"_ns, "y"_ns, YES); });
     EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
-    EXPECT_EQ(own->objectForKey("b"_ns), own);
-    EXPECT_EQ(describe(nested(2)->asArrayWith("x"_ns, "y"_ns)),
-              "((y))"); // and nothing is left of the failure
     own->removeAllObjects();
 }

@@ -63,14 +63,9 @@ public:
 
 TEST_F(QBCopyShopTest, CopiesPieceByPiece) {
     QBArrayOutputStream *const target = QBArrayOutputStream::stream();
-    const Strings pieces = {"0123", "4567", "89"};
-    for (QBInputStream *const from :
-         {static_cast<QBInputStream *>(QBDataInputStream::streamWithData(dataOf("0123456789"))),
-          static_cast<QBInputStream *>(QBStringInputStream::streamWithString("0123456789"_ns))}) {
-        target->reset();
-        EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFrom(from, target), 10);
-        EXPECT_EQ(writesOf(target), pieces);
-    }
+    QBInputStream *const from = QBStringInputStream::streamWithString("0123456789"_ns);
+    EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFrom(from, target), 10);
+    EXPECT_EQ(writesOf(target), (Strings{"0123", "4567", "89"}));
 }
 
 TEST_F(QBCopyShopTest, ABoundIsKeptAndTheSourceStandsBehindIt) {

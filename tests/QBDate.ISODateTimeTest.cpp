@@ -5,10 +5,6 @@ using namespace std::string_view_literals;
 
 namespace {
 
-NSCalendarDate *gmtDate(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-    return NSCalendarDate::dateWithYear(year, month, day, hour, minute, second, NSTimeZone::gmt());
-}
-
 /// The text of the date that the digits are; "nil" when they are none.
 std::string dateOf(std::string_view digits) {
     NSCalendarDate *const date = NSString::stringWith(digits)->asDateFromISODateTimeString();
@@ -18,15 +14,14 @@ std::string dateOf(std::string_view digits) {
 } // namespace
 
 TEST_F(QBDateISODateTimeTest, TextIsInGmtWithFourDigitsOfTheYear) {
-    const struct {
-        int year;
-        const char *text;
-    } rows[] = {{9, "00090304120509"}, {12345, "123450304120509"}, {-5, "000-50304120509"}};
-    for (const auto &row : rows)
-        EXPECT_EQ(gmtDate(row.year, 3, 4, 12, 5, 9)->asISODateTimeString()->view(), row.text);
     NSTimeZone *const berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
-    NSCalendarDate *const date = NSCalendarDate::dateWithYear(2024, 1, 1, 0, 0, 0, berlin);
-    EXPECT_EQ(send<NSString *>(date, "asISODateTimeString"_sel)->view(), "20231231230000");
+    const auto textIn = [berlin](int year) {
+        return describe(NSCalendarDate::dateWithYear(year, 7, 1, 0, 0, 0, berlin)->asISODateTimeString());
+    };
+    EXPECT_EQ(textIn(2024), "20240630220000");
+    EXPECT_EQ(textIn(12345), "123450630220000");
+    EXPECT_EQ(textIn(-5).substr(0, 7), "000-506");
+    EXPECT_EQ(textIn(9).substr(0, 6), "000906");
 }
 
 TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
@@ -34,7 +29,6 @@ TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
     const struct {
         std::string digits, expected;
     } rows[] = {
-        {"20041231235959", "2004-12-31 23:59:59 +0000"},
         {"20030231000000", "2003-03-01 00:00:00 +0000"}, // 29 February there
         {"20040431246099", "2004-04-30 23:59:59 +0000"},
         {"20040000000000", "2004-01-01 00:00:00 +0000"},

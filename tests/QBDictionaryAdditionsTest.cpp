@@ -21,21 +21,16 @@ NSMutableDictionary *entries(std::string_view text) {
 } // namespace
 
 TEST_F(QBDictionaryAdditionsTest, AbsentValuesRemoveTheirKeysOrBecomeTheNullObject) {
-    const id null = QBNil::value();
-    const struct {
-        id object, ifNotNil, ifNotQBNil, andQBNil;
-    } rows[] = {
-        {"v"_ns, "v"_ns, "v"_ns, "v"_ns}, {nullptr, nullptr, nullptr, null}, {null, null, nullptr, null}};
-    const auto valueAfter = [&](void (NSMutableDictionary::*set)(id, id), id object) {
-        NSMutableDictionary *const dictionary = entries("k old");
-        (dictionary->*set)(object, "k"_ns);
-        return dictionary->objectForKey("k"_ns);
+    const auto after = [](void (NSMutableDictionary::*set)(id, id)) {
+        NSMutableDictionary *const dictionary = entries("a old b old c old");
+        (dictionary->*set)("v"_ns, "a"_ns);
+        (dictionary->*set)(nullptr, "b"_ns);
+        (dictionary->*set)(QBNil::value(), "c"_ns);
+        return describe(dictionary);
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(valueAfter(&NSMutableDictionary::setObjectIfNotNil, row.object), row.ifNotNil);
-        EXPECT_EQ(valueAfter(&NSMutableDictionary::setObjectIfNotQBNil, row.object), row.ifNotQBNil);
-        EXPECT_EQ(valueAfter(&NSMutableDictionary::setObjectAndQBNilIfIsNil, row.object), row.andQBNil);
-    }
+    EXPECT_EQ(after(&NSMutableDictionary::setObjectIfNotNil), "{a = v; c = nil; }");
+    EXPECT_EQ(after(&NSMutableDictionary::setObjectIfNotQBNil), "{a = v; }");
+    EXPECT_EQ(after(&NSMutableDictionary::setObjectAndQBNilIfIsNil), "{a = v; b = nil; c = nil; }");
 }
 
 TEST_F(QBDictionaryAdditionsTest, ManyValuesAreStoredTogether) {
@@ -147,8 +142,7 @@ TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) {
-    NSDictionary *const dictionary =
-        NSDictionary::dictionaryWith({{"a"_ns, "1"_ns}, {"b"_ns, "2"_ns}, {"n"_ns, QBNil::value()}});
+    NSDictionary *const dictionary = entries("a 1 b 2 n"); // the last one has the null object
     EXPECT_EQ(describe(dictionary->badKeysForGoodKeys(words("b c"), words("a n x"))), "(a, n, n, x)");
     EXPECT_EQ(describe(dictionary->badKeysForDisallowNilKeys(words("x b"))), "(x)");
     EXPECT_EQ(dictionary->badKeysForGoodKeys(words("n b a"), words("b")), nullptr);

@@ -72,14 +72,14 @@ TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {
             50052, "", [&] { EXPECT_EQ(decoded({row.text}), row.result); }, row.place);
 }
 
-TEST_F(QBBase64OutputFilterTest, AnErrorStandsBehindThoseOfTheCallerAndALaterWriteStartsAnew) {
-    ERRORHANDLER->raiseErrorInFile("caller", 1, 100024, "f", "text");
+TEST_F(QBBase64OutputFilterTest, AWriteBehindAMalformedOneStartsAnew) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target, /*decode=*/YES);
+    ERRORHANDLER->raiseErrorInFile("caller", 1, 100024, "f", "text");
     write(filter, "TW!=");
+    EXPECT_EQ(takenErrors(), "(100024, 50052)"); // behind the caller's
     write(filter, "TWFu");
     EXPECT_EQ(bytesOf(target->targetData()), "Man");
-    EXPECT_EQ(takenErrors(), "(100024, 50052)");
 }
 
 namespace {
@@ -112,12 +112,9 @@ TEST_F(QBMD5OutputStreamTest, ADigestStartsANewOne) {
 
 TEST_F(QBMD5OutputStreamTest, TheFunctionMakesADigestOfItsOwnMemory) {
     unsigned length = 1;
-    unsigned char *digest = md5Hash(reinterpret_cast<const unsigned char *>("a"), &length);
+    unsigned char *const digest = md5Hash(reinterpret_cast<const unsigned char *>("a"), &length);
     EXPECT_EQ(length, 16u);
     EXPECT_EQ(digest[15], 0x61);
-    std::free(digest);
-    digest = md5Hash(nullptr, &length);
-    EXPECT_EQ(std::string(digest, digest + 16), std::string(16, '\0'));
     std::free(digest);
 }
 

@@ -66,12 +66,9 @@ TEST_F(QBEnumFilterTest, AnswersOfAllKindsAreZeroOrNot) {
         EXPECT_EQ(yieldedBy("QBEnumRejectOnFalseFilter", message), "(a, c)") << message;
         EXPECT_EQ(yieldedBy("QBEnumRejectFilter", message), "(-b)") << message;
     }
-    EXPECT_EQ(yieldedBy("QBEnumSelectFilter", "nothing"), "()");
     EXPECT_EQ(yieldedBy("QBEnumRejectFilter", "nothing"), "(a, -b, c)");
     // Only objects are answers of a mapping filter.
-    EXPECT_EQ(yieldedBy("QBEnumFilter", "object"), "(a, c)");
     EXPECT_EQ(yieldedBy("QBEnumFilter", "made"), "(a, c)");
-    EXPECT_EQ(yieldedBy("QBEnumFilter", "kind"), "(Probe, Probe)");
     for (const char *message : {"truth", "big", "text", "nothing"})
         EXPECT_EQ(yieldedBy("QBEnumFilter", message), "()") << message;
 }
@@ -206,12 +203,11 @@ TEST_F(QBEnumFilterTest, AllOfThemOrNot) {
 
 TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
     const Ref<NSMutableArray> elements(static_cast<NSMutableArray *>(Probe::probes({"a", "b", "c"})));
-    const auto actFilter = [&] { return filterOfClass("QBEnumSelectFilter", "act"_sel); };
     Probe::action = [](Probe *probe) {
         if (describe(probe) == "b")
             throw InvalidArgumentException("b");
     };
-    const Ref<QBEnumFilter> filter = actFilter();
+    const Ref<QBEnumFilter> filter = filterOfClass("QBEnumSelectFilter", "act"_sel);
     elements->objectEnumeratorFilteredWith(filter);
     EXPECT_EQ(describe(filter->nextObject()), "a");
     EXPECT_REASON(filter->nextObject(), "b");
@@ -222,11 +218,7 @@ TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
         filter->setSource("other"_ns);
         elements->removeAllObjects();
     };
-    {
-        const Ref<QBEnumFilter> inner = actFilter();
-        inner->setSource(elements->objectEnumerator());
-        filter->setSource(inner);
-    }
+    filter->setSource(elements->objectEnumerator());
     EXPECT_EQ(describe(filter->nextObject()), "a"); // it was on its way already
     EXPECT_EQ(filter->nextObject(), nullptr);       // and a text has no `act`
     Probe::action = nullptr;

@@ -93,14 +93,11 @@ TEST_F(QBFileInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
 
 TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
     directory_.write("file", "x");
-    directory_.write("long", "");
-    ASSERT_EQ(::truncate((directory_ / "long").c_str(), off_t{3} << 30), 0); // beyond the fields
     const auto open = [&](const char *name) {
         EXPECT_EQ(QBFileInputStream::initWithFile(directory_.string(name)), nullptr);
     };
     expectError(
         100039, directory_ / "none", [&] { open("none"); }, "src/QBFileInputStream:78");
-    expectError(100194, directory_ / "long Value too large for defined data type", [&] { open("long"); });
     {
         const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
         expectError(
@@ -118,12 +115,10 @@ TEST_F(QBFileInputStreamTest, LinesThatWereAppendedAreReadAndDoNotCount) {
     append("f\nghi\nj");
     char bytes[10];
     EXPECT_EQ(stream->readBuffer(bytes, 10), 6); // the old size
-    EXPECT_EQ(stream->byteLength(), 6u);
     stream->reset();
-    EXPECT_EQ(stream->readLine()->view(), "abc");
-    EXPECT_EQ(stream->readLine()->view(), "def"); // passes the old size
+    EXPECT_EQ(lines(stream), (Lines{"abc", "def", "ghi", "j"}));
     EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
-    EXPECT_EQ(lines(stream), (Lines{"ghi", "j"}));
+    EXPECT_EQ(stream->byteLength(), 6u);
 }
 
 TEST_F(QBFileInputStreamTest, FileThatShrankIsAReadError) {

@@ -60,7 +60,6 @@ TEST_F(QBObjectKeyAccessTest, KeysAreTheNamesOfTheOperationsInAClientsTable) {
         const char *value;
     } rows[] = {
         {"title", "Home"_ns, "Home"},
-        {"rank", QBBool::trueBoolean(), "1"},
         {"size", " -9223372036854775808"_ns, "-9223372036854775808"},
         {"parent", NSDictionary::dictionaryWith({{"k"_ns, page.get()}}), nullptr},
     };
@@ -88,7 +87,6 @@ TEST_F(QBObjectKeyAccessTest, UnknownKeysAndWrongObjectsRaise) {
     for (const char *key : {"keyOfNobody", "", "close", "address", "setTitle:", "retain"})
         expectError(900010, ("Page " + std::string(key) + " " + key).c_str(),
                     [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
-    expectError(900010, "Page most setMost:", [&] { page->setObjectForKey("1"_ns, "most"_ns); });
     expectError(900010,
                 "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
     expectError(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });

@@ -29,7 +29,6 @@ TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
     EXPECT_EQ(match->rangeOfGroup(2), (NSRange{3, 1}));
     EXPECT_THROW(match->startOfGroup(3), NSRangeException);
     EXPECT_EQ(searched("^b", "ab", 1), "(b)"); // the rest begins there
-    EXPECT_EQ(searched("b", "ab", 2), "nil");
     EXPECT_THROW(searched("b", "ab", 3), NSRangeException);
     EXPECT_EQ(searched("(x)|(a)", "ba", 1), "(a, , a)"); // x took no part
     EXPECT_EQ(expressionOf("(x)|(a)")->search("ba"_ns, 1)->startOfGroup(1), 0);
@@ -74,24 +73,17 @@ TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectT
         "QBRegularExpression regularExpressionWithPattern:flags: must have a string that is not nil.");
 }
 
-TEST_F(QBRegularExpressionTest, HostilePatternsAreRefusedOnASmallStack) {
-    const std::string patterns[] = {std::string(15000, '(') + "a" + std::string(15000, ')'),
-                                    "a" + std::string(100'000, '*')};
-    EXPECT_TRUE(runOnSmallStack([&patterns] {
-        for (const std::string &pattern : patterns) {
+TEST_F(QBRegularExpressionTest, HostilePatternsAndLongTextsNeedASmallStack) {
+    EXPECT_TRUE(runOnSmallStack([] {
+        for (const std::string &pattern :
+             {std::string(15000, '(') + "a" + std::string(15000, ')'), "a" + std::string(100'000, '*')}) {
             ErrorExpectation error(qb::kErrorMalformedPattern);
             EXPECT_FALSE("0"_ns->matches(NSString::stringWith(pattern)));
         }
-    }));
-}
-
-TEST_F(QBRegularExpressionTest, LongTextsAreSearchedOnASmallStack) {
-    std::string text(300'000, 'a');
-    text += "b";
-    EXPECT_TRUE(runOnSmallStack([&text] {
-        EXPECT_TRUE(NSString::stringWith(text)->matches("^(a|x)*b$"_ns));
-        EXPECT_EQ(expressionOf("(a*)(a|b)*$")->search(NSString::stringWith(text))->endOfGroup(1), 300'000);
-        EXPECT_FALSE(NSString::stringWith(text)->matches("(.)\\1x"_ns));
+        NSString *const text = NSString::stringWith(std::string(300'000, 'a') + "b");
+        EXPECT_TRUE(text->matches("^(a|x)*b$"_ns));
+        EXPECT_EQ(expressionOf("(a*)(a|b)*$")->search(text)->endOfGroup(1), 300'000);
+        EXPECT_FALSE(text->matches("(.)\\1x"_ns));
     }));
 }
 

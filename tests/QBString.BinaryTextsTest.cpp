@@ -20,18 +20,17 @@ NSString *string(std::string_view bytes) {
 // The classical encoder: sixty characters a line, a backquote for 0.
 std::string uuencoded(std::string_view bytes) {
     std::string text = "junk\nbegin 644 name\n";
-    const auto put = [&text](unsigned value) {
-        text += value % 64 == 0 ? '`' : static_cast<char>(' ' + value % 64);
+    const auto digit = [](std::size_t value) {
+        return value % 64 == 0 ? '`' : static_cast<char>(' ' + value % 64);
     };
     for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(45, bytes.size()))) {
-        std::string line(bytes.substr(0, 45));
-        put(static_cast<unsigned>(line.size()));
-        line.resize((line.size() + 2) / 3 * 3);
-        for (std::size_t i = 0; i < line.size(); i += 3) {
-            const auto at = [&](std::size_t k) { return static_cast<unsigned char>(line[i + k]); };
-            const unsigned group = static_cast<unsigned>(at(0) << 16 | at(1) << 8 | at(2));
-            for (const int shift : {18, 12, 6, 0})
-                put(group >> shift);
+        const std::string_view line = bytes.substr(0, 45);
+        text += digit(line.size());
+        for (std::size_t i = 0; i < (line.size() + 2) / 3 * 4; ++i) { // six bits each
+            std::size_t pair = 0;
+            for (std::size_t at : {i * 6 / 8, i * 6 / 8 + 1})
+                pair = pair << 8 | (at < line.size() ? static_cast<unsigned char>(line[at]) : 0U);
+            text += digit(pair >> (10 - i * 6 % 8));
         }
         text += '\n';
     }

@@ -104,7 +104,6 @@ TEST_F(RestrictedFormatTest, IntegersPrintInFullAndNegativeOnesInTheirOwnWidth) 
 TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
     EXPECT_EQ(restricted("a%d%s", 1), "a%d%s");
     EXPECT_EQ(restricted("%d", 1.0), "%d");
-    EXPECT_EQ(restricted("%d", 'c'), "%d");
     EXPECT_EQ(restricted("%f", 1), "%f");
     EXPECT_EQ(restricted("%c", 65), "A");
     EXPECT_EQ(restricted("%s", static_cast<const char *>(nullptr)), "%s");
@@ -123,7 +122,6 @@ TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
               "-9223372036854775808 ffffffffffffffff");
     EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, NSNumber::numberWithInt(7)}), "12|1.50|7");
     EXPECT_EQ(ofObjects("%s", {NSString::stringWith({"x\0y", 3})}), std::string("x\0y", 3));
-    EXPECT_EQ(ofObjects("%s %d", {QBNil::value(), QBNil::value()}), "null 0");
     EXPECT_EQ(ofObjects("a%db%fc%cd", {}), "abcd"); // run out: nothing for the conversion itself
 }
 
@@ -136,7 +134,6 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%hd %ld %lld %qu %zu %g %G %a", 1, 2L, 3LL, 4ULL, sizeof(int), 0.5, 1e-10, 1.0),
               "1 2 3 4 4 0.5 1E-10 0x1p+0");
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
-    EXPECT_EQ(formatted("%*d", 1.0, 1), "%*d");
     EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
     EXPECT_EQ(formatted({"a\0%d", 4}, 1), std::string("a\0"
                                                       "1",

@@ -21,6 +21,15 @@ expect() {
     [ "$got" = "$wanted" ] || fail "$what: '$got' instead of '$wanted'"
 }
 
+# wait_for TEXT COMMAND...: until the command prints it.
+wait_for() {
+    for _ in $(seq 100); do
+        ! "${@:2}" | grep -q "$1" || return 0
+        sleep 0.2
+    done
+    fail "'$1' never comes: $(cat "$work/stderr")"
+}
+
 # start OPTION...: serves in the background, and sets `address`.
 start() {
     "${launcher[@]}" "$program" "$@" "$site" "$out" >"$work/stdout" 2>"$work/stderr" &
@@ -93,9 +102,8 @@ expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
 
 # Many at once, while some clients say nothing and others half of what they want.
-port=${address##*:}
 for i in 1 2 3 4; do
-    exec {silent}<>"/dev/tcp/127.0.0.1/$port"
+    exec {silent}<>"/dev/tcp/127.0.0.1/${address##*:}"
     [ "$i" -gt 2 ] || printf 'GET / HT' >&"$silent"
 done
 descriptors() { find "/proc/$server/fd" -mindepth 1 | wc -l; }
@@ -113,17 +121,9 @@ expect 'what is said at the end' '' cat "$work/stderr"
 start --serve-socket "$work/socket" --watch
 expect 'a page by a socket with a name' '<p>start</p>' sh -c "curl -s --unix-socket $work/socket http://x/ | grep ."
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
-for _ in $(seq 100); do
-    curl -s --unix-socket "$work/socket" http://x/ | grep -q changed && break
-    sleep 0.2
-done
-expect 'a page that has changed' '<p>changed</p>' sh -c "curl -s --unix-socket $work/socket http://x/ | grep ."
+wait_for changed curl -s --unix-socket "$work/socket" http://x/
 printf 'no head\n' >"$site/pages/index.html"
-for _ in $(seq 100); do
-    grep -q 'a page begins with' "$work/stderr" && break
-    sleep 0.2
-done
-grep -q 'a page begins with' "$work/stderr" || fail "the fault was not said: $(cat "$work/stderr")"
+wait_for 'a page begins with' cat "$work/stderr"
 stop
 [ ! -e "$work/socket" ] || fail 'the socket is left'
 

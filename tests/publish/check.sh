@@ -122,20 +122,13 @@ data:image/png;base64,iVBORwA=
 TEXT
 rm -r "$out"
 
-# Directories and files elsewhere, and where their names are relative to.
+# Directories elsewhere, and where their names are relative to.
 new_site
-mkdir -p "$site/content/parts" "$work/shared"
-mv "$site"/{pages,templates,assets} "$site/content"
-mv "$site/content/templates" "$work/shared/frames"
-echo one >"$site/content/parts/one"
-echo two >"$work/two"
-echo "{ basedir = content; templates = '$work/shared/frames'; texts = { basedir = parts; one = one; two = '$work/two'; }; }" |
-    tr "'" '"' >"$site/site.plist"
-printf '{{{body}}}' >"$work/shared/frames/page.html"
-printf '{ title = T; }\n---\n{{texts.one}}{{texts.two}}' >"$site/content/pages/index.html"
-rm "$site/content/pages/deep/text.txt"
-publish --quiet "$site" "$out"
-[ "$(xargs <"$out/index.html")" = 'one two' ] || fail "elsewhere: $(cat "$out/index.html")"
+mkdir "$site/content"
+mv "$site"/{pages,assets} "$site/content"
+mv "$site/templates" "$work/frames"
+echo "{ basedir = content; templates = \"$work/frames\"; title = T; people = (); }" >"$site/site.plist"
+expect 'directories elsewhere' "$out: 7 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
 expect_failure 'pages around the target' "'$work' and the directory '$out' that it goes to" "$site" "$out" \
     --set "pages=$work"
 rm -r "$out"
@@ -153,8 +146,6 @@ for ((i = 10; i < 30; ++i)); do
     page "old/$i.html" "{ date = 19$i; }" x
 done
 expect 'site map and feed' "$out: 31 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
-{ [ "$(grep -c '<url>' "$out/sitemap.xml")" -eq 24 ] && [ "$(grep -c '<lastmod>' "$out/sitemap.xml")" -eq 22 ]; } ||
-    fail "site map: $(cat "$out/sitemap.xml")"
 while IFS= read -r line; do
     grep -qxF "$line" "$out/sitemap.xml" || fail "'$line' is not in $(cat "$out/sitemap.xml")"
 done <<'TEXT'
@@ -265,13 +256,10 @@ done
 page index.html '{ title = T; template = t0; }' x
 expect_failure 'a long way of templates' 't63.html:1: templates include each other too deeply.'
 page index.html '{ title = T; }' x
-while read -r from to message; do
-    expect_failure "$from to $to" "$message" "$from" "$to"
-done <<ROWS
-$work/gone $out '$work/gone/site.plist' does not exist.
-$site $site may not contain one another.
-$site $site/site.plist/.. may not contain one another.
-$site $work/other The directory '$work/other' can't be read.
+rows_fail 1 <<'ROWS'
+"$work/gone" "$out"|/gone/site.plist' does not exist.
+"$site" "$site/site.plist/.."|may not contain one another.
+"$site" "$work/other"|/other' can't be read.
 ROWS
 as=(flock "$out")
 expect_failure 'two runs at a time' "Another run is writing to '$out'."
@@ -284,28 +272,21 @@ rm -r "$out"
 printf 'open sesame\r\n' >"$work/key"
 echo wrong >"$work/other-key"
 printf '\n' >"$work/no-key"
-printf '{ title = T; }\n---\n{{page.url}} {{page.none}}' >"$work/secret.txt"
+printf '{ title = T; }\n---\n{{page.url}} <' >"$work/secret.txt"
 with_key() { publish --key-file "$work/key" "$@"; }
-conceal() { with_key --encipher "$work/secret.txt" >"$site/pages/deep/secret.txt.enc"; }
-conceal
+with_key --encipher "$work/secret.txt" >"$site/pages/deep/secret.txt.enc"
 expect 'there and back' "$(cat "$work/secret.txt") [0]" with_key --decipher "$site/pages/deep/secret.txt.enc"
-! with_key "$site" "$out" >/dev/null 2>"$work/stderr" || fail 'a page with a missing key was published'
-grep -qF "deep/secret.txt.enc:3: there is no value for 'page.none'." "$work/stderr" || fail "$(cat "$work/stderr")"
-sed -i 's/{{page.none}}/</' "$work/secret.txt"
-conceal
 page index.html '{ title = Inner; enciphered = YES; }' '{{#each pages as p}}{{p.url}} {{/each}}'
 page deep/text.txt '{ title = Outer; enciphered = NO; }' plain
 expect 'enciphered pages' "$out: 8 written, 0 unchanged, 0 removed [0]" with_key "$site" "$out"
 grep -qF 'deep/secret.html &lt;' "$out/deep/secret.html" || fail "secret.html: $(cat "$out/deep/secret.html")"
 with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text.html index.html.enc' ||
     fail 'index.html.enc does not come back'
-cut=$work/cut.enc
-head -c 23 "$out/index.html.enc" >"$cut"
+head -c 23 "$out/index.html.enc" >"$work/cut.enc"
 rows_fail 1 <<'ROWS'
 "$site" "$out"|[910031] There is no key for '
---decipher "$out/index.html.enc"|[910031] There is no key for '
 --key-file "$work/other-key" "$site" "$out"|[910032] '
---key-file "$work/key" --decipher "$cut"|[100239] The blowfish encrypted data is corrupt.
+--key-file "$work/key" --decipher "$work/cut.enc"|[100239] The blowfish encrypted data is corrupt.
 --key-file "$work/no-key" "$site" "$out"|[910030] The file '
 ROWS
 
@@ -394,16 +375,13 @@ fi
 
 has() { [[ $(publish "${@:2}" 2>&1) == *"$1"* ]] || fail "'$1' is not in what $2 says"; }
 has 'Usage: publish' --help
-has fileio --debug help
 has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
-has '[publish(0) OK] index.html is as it was' --debug publish "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
 [ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
 grep -q 'unchanged' "$work/log" || fail 'the log has no report'
 rows_fail 2 <<'ROWS'
 |The directories SITE and OUT are needed (try --help)
 --no-such-option "$site" "$out"|There is no option --no-such-option
---set|--set wants a value
 --set a "$site" "$out"|--set wants KEY=VALUE
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
@@ -414,14 +392,7 @@ new_site
 publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 [ "$(tail -1 "$out/deep/text.html")" = '</P><A HREF="../INDEX.HTML">(deep/text.html)' ] ||
     fail "a filtered page: $(cat "$out/deep/text.html")"
-before=$(snapshot)
-for command in 'cat >/dev/null; echo far >&2; exit 3' 'kill -9 $$' 'if'; do
-    ! publish --filter "$command" "$site" "$out" 2>"$work/stderr" || fail "'$command' counts as done"
-    grep -qF '[100227]' "$work/stderr" || fail "'$command': $(cat "$work/stderr")"
-    [ "$before" = "$(snapshot)" ] || fail "'$command': the old site has changed"
-done
-publish --filter 'echo far >&2; false' "$site" "$out" 2>"$work/stderr" || true
-grep -q 'exit code 1: far' "$work/stderr" || fail "the command's words: $(cat "$work/stderr")"
+expect_failure 'a command that fails' 'exit code 3: far' "$site" "$out" --filter 'cat >/dev/null; echo far >&2; exit 3'
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"
