@@ -59,6 +59,8 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     EXPECT_EQ(stream->targetString(), string);
     stream->writeByte('c');
     EXPECT_EQ(stream->targetString()->view(), "abc");
+    stream->reset();
+    EXPECT_EQ(stream->targetString()->view(), "");
     EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
 }
 
@@ -73,6 +75,7 @@ TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
         EXPECT_EQ(stream->bufLength(), isFull ? capacity + 32768 : capacity);
         NSData *const more = stream->targetData();
         stream->reset();
+        EXPECT_EQ(stream->targetData()->length(), 0u);
         stream->writeByte('a');
         EXPECT_EQ(stream->targetData()->length(), 1u);
         EXPECT_TRUE(data->isEqualToData(NSData::dataWithBytes(bytes.data(), 100000)));
