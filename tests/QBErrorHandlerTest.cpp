@@ -53,6 +53,7 @@ TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
     handler_->raiseErrorInFile("src/A", 1, 100, 2);       // not the values that the format wants
     EXPECT_EQ(handler_->errorMessage()->view(), "[000100] %s failed %d times");
     EXPECT_EQ(describe(handler_->errorIds()), "(100, 101, 8, 100, 7)");
+    EXPECT_EQ(handler_->errorInfo(), nullptr);
     EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(),
               "- [000100] %s failed %d times\n- [000101] 100\n- [000008] own text\n"
               "- [000100] disk failed 2 times\n- [000007] unknown error");
