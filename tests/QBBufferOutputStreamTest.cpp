@@ -16,9 +16,10 @@ void fill(QBOutputStream *stream, std::uint32_t count) {
 TEST_F(QBBufferOutputStreamTest, GrowsByDoublingThenBySteps) {
     const struct {
         std::uint32_t capacity, used, length, grown;
-    } rows[] = {{10, 0, 10, 10},                          // filled exactly
-                {10, 10, 1, 20},     {100, 90, 200, 300}, // the whole request on top
-                {100, 90, 111, 211}, {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
+    } rows[] = {{10, 0, 10, 10},                               // filled exactly
+                {10, 10, 1, 20},          {100, 90, 200, 300}, // the whole request on top
+                {100, 90, 110, 200},      {100, 90, 111, 211},
+                {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
     for (const auto &row : rows) {
         QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(row.capacity);
         fill(stream, row.used);

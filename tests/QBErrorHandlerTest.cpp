@@ -121,7 +121,8 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     handler_->replaceErrorStack(NSArray::arrayWithObjects("no description"_ns)); // queries survive it
     EXPECT_EQ(handler_->errorMessage()->view(), "");
     EXPECT_EQ(handler_->errorInfo(), nullptr);
-    handler_->replaceErrorStack(nullptr);
+    handler_->replaceErrorStack(NSArray::array());
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
 }
 
 TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {
