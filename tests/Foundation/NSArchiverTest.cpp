@@ -4,6 +4,7 @@
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
+#include <cmath>
 #include <random>
 
 using namespace std::string_literals;
@@ -286,7 +287,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     writer->encodeDouble(0.1, "double"_ns);
     writer->encodeFloat(0.5f, "float"_ns);
     writer->encodeBool(YES, "bool"_ns);
-    writer->encodeBytes("abc", 3, "bytes"_ns);
+    writer->encodeBytes("a\0c", 3, "bytes"_ns);
     writer->encodeObject("text"_ns, "object"_ns);
     writer->encodeObject(nullptr, "nil"_ns);
     EXPECT_REASON(writer->encodeInt(1, "int"_ns),
@@ -298,13 +299,20 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
     std::uint32_t length = 0;
-    EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "abc", 3), 0);
+    EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "a\0c", 3), 0);
     EXPECT_EQ(length, 3u);
     EXPECT_EQ(reader->decodeBoolForKey("bool"_ns), YES);
     EXPECT_EQ(reader->decodeFloatForKey("float"_ns), 0.5f);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
     EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    const Ref<NSKeyedUnarchiver> other = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
+    const char *text = "";
+    {
+        const ErrorExpectation hasNul(900002);
+        other->decodeValueOfObjCType("*", &text, "bytes"_ns);
+        EXPECT_EQ(text, nullptr);
+    }
     ErrorExpectation error(900002);
     float single = 1;
     reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits

@@ -89,6 +89,8 @@ TEST_F(NSCalendarDateTest, AddingMovesTheDateOnTheClocksAndTimePasses) {
     NSCalendarDate *later = dateIn(berlin(), 2024, 10, 27, 0, 0, 0)->dateByAddingYears(0, 0, 0, 3, 0, 0);
     EXPECT_EQ(later->description()->view(), "2024-10-27 02:00:00 +0100");
     EXPECT_TRUE(later->dateByAddingYears(0, 0, 0, 0, 0, 0)->isEqual(later)); // still the second two o'clock
+    later = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(-0.25);
+    EXPECT_TRUE(later->dateByAddingYears(0, 0, 0, 0, 0, 0)->isEqual(later));
 }
 
 TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
