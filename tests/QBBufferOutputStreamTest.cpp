@@ -16,9 +16,10 @@ void fill(QBOutputStream *stream, std::uint32_t count) {
 TEST_F(QBBufferOutputStreamTest, GrowsByDoublingThenBySteps) {
     const struct {
         std::uint32_t capacity, used, length, grown;
-    } rows[] = {{10, 0, 10, 10},                          // filled exactly
-                {10, 10, 1, 20},     {100, 90, 200, 300}, // the whole request on top
-                {100, 90, 111, 211}, {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
+    } rows[] = {{10, 0, 10, 10},                               // filled exactly
+                {10, 10, 1, 20},          {100, 90, 200, 300}, // the whole request on top
+                {100, 90, 110, 200},      {100, 90, 111, 211},
+                {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
     for (const auto &row : rows) {
         QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(row.capacity);
         fill(stream, row.used);
@@ -59,6 +60,8 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     EXPECT_EQ(stream->targetString(), string);
     stream->writeByte('c');
     EXPECT_EQ(stream->targetString()->view(), "abc");
+    stream->reset();
+    EXPECT_EQ(stream->targetString()->view(), "");
     EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
 }
 
@@ -73,6 +76,7 @@ TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
         EXPECT_EQ(stream->bufLength(), isFull ? capacity + 32768 : capacity);
         NSData *const more = stream->targetData();
         stream->reset();
+        EXPECT_EQ(stream->targetData()->length(), 0u);
         stream->writeByte('a');
         EXPECT_EQ(stream->targetData()->length(), 1u);
         EXPECT_TRUE(data->isEqualToData(NSData::dataWithBytes(bytes.data(), 100000)));

@@ -99,6 +99,7 @@ TEST_F(QBMD5OutputStreamTest, DigestsAreThoseOfTheRfcHoweverTheBytesCome) {
     for (std::size_t cut = 1; cut < digits.size(); ++cut)
         EXPECT_EQ(md5({digits.substr(0, cut), digits.substr(cut)}), "57edf4a22be3c955ac49da2e2107b67a")
             << cut;
+    EXPECT_EQ(md5({std::string(55, 'a')}), "ef1772b6dff9a122358552954ad0df65"); // the most for one block
 }
 
 TEST_F(QBMD5OutputStreamTest, ADigestStartsANewOne) {
@@ -124,7 +125,7 @@ TEST_F(QBValidCharFilterTest, InvalidBytesAreRemovedAndLoggedWithTheirPlace) {
     CapturedOutput log(2);
     write(filter, "all\t\r\n\x7F\xE9 valid");
     EXPECT_EQ(log.text(), "");
-    write(filter, {"a\x01z\0\x1F", 5});
+    write(filter, {"a\x01z\0\x1F\v\f", 7});
     filter->writeByte('\xE9');
     filter->writeByte('c');
     EXPECT_EQ(writesOf(target), (Strings{"all\t\r\n\x7F\xE9 valid", "az", "c"}));

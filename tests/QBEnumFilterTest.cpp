@@ -148,11 +148,14 @@ TEST_F(QBEnumFilterTest, SourcesAreKeptSharedAndGivenBack) {
     const std::uint32_t before = source->retainCount();
     const auto filter = QBEnumObjectSelectFilter::initWithTarget("t"_ns, "isEqual:"_sel, "x"_ns);
     filter->setSource(source);
+    filter->setArgument2("y"_ns);
     {
         const Ref<QBEnumObjectFilter> copy = filter->copy();
         EXPECT_EQ(source->retainCount(), before + 2);
         EXPECT_TRUE(copy->isMemberOfClass(QBEnumObjectSelectFilter::cls()));
-        EXPECT_EQ(describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1())), "(t, x)");
+        EXPECT_EQ(
+            describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1(), copy->argument2())),
+            "(t, x, y)");
     }
     {
         const NSAutoreleasePool pool;

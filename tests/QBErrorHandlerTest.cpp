@@ -53,6 +53,7 @@ TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
     handler_->raiseErrorInFile("src/A", 1, 100, 2);       // not the values that the format wants
     EXPECT_EQ(handler_->errorMessage()->view(), "[000100] %s failed %d times");
     EXPECT_EQ(describe(handler_->errorIds()), "(100, 101, 8, 100, 7)");
+    EXPECT_EQ(handler_->errorInfo(), nullptr);
     EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(),
               "- [000100] %s failed %d times\n- [000101] 100\n- [000008] own text\n"
               "- [000100] disk failed 2 times\n- [000007] unknown error");
@@ -120,7 +121,8 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     handler_->replaceErrorStack(NSArray::arrayWithObjects("no description"_ns)); // queries survive it
     EXPECT_EQ(handler_->errorMessage()->view(), "");
     EXPECT_EQ(handler_->errorInfo(), nullptr);
-    handler_->replaceErrorStack(nullptr);
+    handler_->replaceErrorStack(NSArray::array());
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
 }
 
 TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {

@@ -148,10 +148,22 @@ TEST_F(QBFileOutputStreamTest, SubclassSeesEachWriteButNoSingleBytes) {
 TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
     QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
     write(stream, "first");
-    stream->reset();
+    {
+        const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
+        const ErrorExpectation error(100024);
+        stream->reset(); // nothing is missing after it
+    }
     write(stream, "2nd");
     stream->close();
     EXPECT_EQ(describeFiles(), "out: 2nd\n");
+}
+
+TEST_F(QBFileOutputStreamTest, FileMayHaveANameOnly) {
+    NSString *const before = OSFilePath::getcwd();
+    OSFilePath::chdir(directory_.string("."));
+    QBFileOutputStream::streamWithFile("out"_ns, /*atomically=*/YES)->close();
+    OSFilePath::chdir(before);
+    EXPECT_EQ(describeFiles(), "out: \n");
 }
 
 TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {

@@ -4,6 +4,7 @@
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
+#include <cmath>
 #include <random>
 
 using namespace std::string_literals;
@@ -129,6 +130,7 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
          "5 a count is not in its shortest form, or larger than 64 bits"},
+        {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
         {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
@@ -285,7 +287,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     writer->encodeDouble(0.1, "double"_ns);
     writer->encodeFloat(0.5f, "float"_ns);
     writer->encodeBool(YES, "bool"_ns);
-    writer->encodeBytes("abc", 3, "bytes"_ns);
+    writer->encodeBytes("a\0c", 3, "bytes"_ns);
     writer->encodeObject("text"_ns, "object"_ns);
     writer->encodeObject(nullptr, "nil"_ns);
     EXPECT_REASON(writer->encodeInt(1, "int"_ns),
@@ -297,13 +299,20 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
     std::uint32_t length = 0;
-    EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "abc", 3), 0);
+    EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "a\0c", 3), 0);
     EXPECT_EQ(length, 3u);
     EXPECT_EQ(reader->decodeBoolForKey("bool"_ns), YES);
     EXPECT_EQ(reader->decodeFloatForKey("float"_ns), 0.5f);
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
     EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    const Ref<NSKeyedUnarchiver> other = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
+    const char *text = "";
+    {
+        const ErrorExpectation hasNul(900002);
+        other->decodeValueOfObjCType("*", &text, "bytes"_ns);
+        EXPECT_EQ(text, nullptr);
+    }
     ErrorExpectation error(900002);
     float single = 1;
     reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits
@@ -322,7 +331,7 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
 
 TEST_F(NSArchiverTest, FilesKeepTheirOldArchiveWhenANewOneCannotBeMade) {
     TemporaryDirectory directory;
-    const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
+    const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithFloat(HUGE_VALF)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
     expectError(900005, "objects lie inside each other deeper than 256", [&] {

@@ -52,6 +52,7 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     NSArray *const array = NSArray::arrayWithObjects("a"_ns, "b"_ns, second, "c"_ns);
     EXPECT_EQ(array->indexOfObject(second), 0u);
     EXPECT_EQ(array->indexOfObjectIdenticalTo(second), 2u);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo(second, NSMakeRange(1, 2)), 2u);
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 3)), 2u);
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 1)), NSNotFound);
     EXPECT_EQ(describe(array->firstObjectCommonWithArray(letters("xcb"))), "b");
@@ -176,6 +177,7 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangesDoWhileEnumerating) {
     NSMutableArray *const array = letters("ab");
     EXPECT_THROW(array->addObject(nullptr), InvalidArgumentException);
     EXPECT_THROW(array->removeObjectAtIndex(2), NSRangeException);
+    EXPECT_THROW(array->exchangeObjectAtIndex(0, 2), NSRangeException);
     EXPECT_EQ(joined(array), "ab");
     array->exchangeObjectAtIndex(0, 1);
     array->replaceObjectsInRange(NSMakeRange(1, 0), letters("xyz"), NSMakeRange(1, 2));

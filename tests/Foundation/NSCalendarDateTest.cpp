@@ -88,6 +88,8 @@ TEST_F(NSCalendarDateTest, AddingMovesTheDateOnTheClocksAndTimePasses) {
     NSCalendarDate *later = dateIn(berlin(), 2024, 10, 27, 0, 0, 0)->dateByAddingYears(0, 0, 0, 3, 0, 0);
     EXPECT_EQ(later->description()->view(), "2024-10-27 02:00:00 +0100");
     EXPECT_TRUE(later->dateByAddingYears(0, 0, 0, 0, 0, 0)->isEqual(later)); // still the second two o'clock
+    later = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(-0.25);
+    EXPECT_TRUE(later->dateByAddingYears(0, 0, 0, 0, 0, 0)->isEqual(later));
 }
 
 TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
@@ -100,6 +102,9 @@ TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
     end->years(nullptr, &months, nullptr, &hours, nullptr, nullptr, start);
     EXPECT_EQ(months, 49);
     EXPECT_EQ(hours, 70); // three days, less half an hour and the hour that the clocks went ahead
+    dateIn(berlin(), 2024, 4, 1)
+        ->years(nullptr, nullptr, &days, &hours, nullptr, nullptr, dateIn(berlin(), 2024, 3, 31));
+    EXPECT_EQ(days * 100 + hours, 100); // a day, though of 23 hours
 
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);

@@ -79,6 +79,8 @@ TEST_F(NSDataTest, BytesAreReplaced) {
     EXPECT_EQ(bytesOf(data), std::string("a-a-1231\0\0\0\0", 12));
     data->appendData(data);
     EXPECT_EQ(bytesOf(data), std::string("a-a-1231\0\0\0\0a-a-1231\0\0\0\0", 24));
+    data->resetBytesInRange(NSMakeRange(24, 1)); // behind the last byte
+    EXPECT_EQ(data->length(), 25u);
     data->setData(dataOf("x"));
     EXPECT_EQ(bytesOf(data), "x");
     EXPECT_REASON(

@@ -33,10 +33,10 @@ TEST_F(NSDateTest, DescriptionsAreInGmtAndReadBack) {
 }
 
 TEST_F(NSDateTest, FormatAndZoneAreAsked) {
-    NSDate *date = NSDate::dateWithTimeIntervalSinceReferenceDate(0.123);
+    NSDate *date = NSDate::dateWithTimeIntervalSinceReferenceDate(1.001);
     NSTimeZone *zone = NSTimeZone::timeZoneForSecondsFromGMT(3600);
     EXPECT_EQ(date->descriptionWithCalendarFormat("%d.%m.%Y %H:%M:%S,%F"_ns, zone, nullptr)->view(),
-              "01.01.2001 01:00:00,123");
+              "01.01.2001 01:00:01,001"); // of 0.99999 milliseconds
     NSCalendarDate *shown = date->dateWithCalendarFormat("%H %z"_ns, zone);
     EXPECT_EQ(shown->description()->view(), "01 +0100");
 }

@@ -69,6 +69,7 @@ TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
     dictionary->removeObjectsForKeys(NSArray::arrayWithObjects("a"_ns, "x"_ns));
     EXPECT_EQ(describe(dictionary), "{b = 2; }");
     dictionary->setDictionary(copy);
+    dictionary->setDictionary(dictionary);
     EXPECT_EQ(describe(dictionary), "{a = 1; }");
 }
 

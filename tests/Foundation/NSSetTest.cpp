@@ -24,7 +24,7 @@ TEST_F(NSSetTest, RelationsAndHashIgnoreTheOrder) {
     NSSet *const abc = NSSet::setWithArray(NSArray::arrayWithObjects("a"_ns, "b"_ns, "c"_ns));
     EXPECT_EQ(ab->hash(), NSMutableSet::setWithObjects("b"_ns, "a"_ns)->hash());
     EXPECT_TRUE(ab->isSubsetOfSet(abc) && !abc->isSubsetOfSet(ab) && !ab->isSubsetOfSet(nullptr));
-    EXPECT_TRUE(ab->intersectsSet(abc));
+    EXPECT_TRUE(ab->intersectsSet(abc) && NSSet::set()->isSubsetOfSet(nullptr));
     EXPECT_FALSE(abc->intersectsSet(NSSet::setWithObject("x"_ns)));
     EXPECT_EQ(elements(ab->setByAddingObject("x"_ns)->setByAddingObjectsFromSet(abc)), "(a, b, x, c)");
 }
@@ -42,6 +42,8 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     set->setSet(copy);
     set->removeObject("b"_ns);
     EXPECT_EQ(elements(set), "(a, c)");
+    set->minusSet(set);
+    EXPECT_EQ(elements(set), "()");
     EXPECT_EQ(elements(copy), "(a, b, c)"); // a copy stays as it was
 }
 

@@ -77,6 +77,8 @@ TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
     };
     for (const auto &row : kStandard)
         EXPECT_EQ(NSString::stringWith(row[0])->stringByStandardizingPath()->view(), row[1]);
+    ::setenv("HOME", "/", 1);
+    EXPECT_EQ("~/a"_ns->stringByExpandingTildeInPath()->view(), "/a");
     ::setenv("HOME", "", 1); // then the user database answers
     EXPECT_EQ("~"_ns->stringByExpandingTildeInPath()->view(), qb::sys::homeDirectory(nullptr));
 }

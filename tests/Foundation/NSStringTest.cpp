@@ -146,6 +146,7 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
         EXPECT_EQ(told.str(), wanted) << text;
     }
     EXPECT_EQ(describe("18446744073709551615"_ns->asNumber()), "18446744073709551615");
+    EXPECT_EQ("7"_ns->asNumber()->type(), NSNumber::Type::int32);
     EXPECT_EQ(NSString::stringWith(std::string_view("1\0", 2))->asNumber(), nullptr);
 }
 

@@ -48,7 +48,7 @@ TEST_F(PropertyListFileTest, TooDeepListIsNotWritten) {
 }
 
 TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
-    NSDictionary *const read = "/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y);"_ns
+    NSDictionary *const read = "\xEF\xBB\xBF/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y);"_ns
                                    ->propertyListFromStringsFileFormat();
     EXPECT_EQ(describe(read), "{hello = Guten Tag; a b = a b; list = (x, y); }");
     NSDictionary *const texts =

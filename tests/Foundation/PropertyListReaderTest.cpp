@@ -66,6 +66,7 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {R"("\400")", "1 3 an octal number of at most 377"},
         {R"("\U12g4")", "1 6 four hexadecimal digits"},
         {R"("\Ud83dx")", "1 8 the second half of a surrogate pair"},
+        {R"("\Ud83d\Ue000")", "1 14 the second half of a surrogate pair"},
         {R"("\Ude00")", "1 8 the first half of a surrogate pair"},
         {"<0f1>", "1 5 hexadecimal digits in pairs and '>'"},
         {"<0f/>", "1 4 hexadecimal digits in pairs and '>'"}, // the neighbours of the digits in ASCII

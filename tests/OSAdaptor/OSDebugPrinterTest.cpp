@@ -140,6 +140,7 @@ TEST_F(OSDebugPrinterTest, UnbalancedActionsAreToldAndClosed) {
     profile_beginAction(profile_, "b");
     profile_endAction(profile_, "c");
     profile_endAction(other, "a");
+    printer()->setProfileStackLevel(-1);
     profile_endAction(profile_, "d");
     EXPECT_EQ(printer()->profileStackLevel(), 0);
     printer()->setProfileStackLevel(PROFILE_STACK_SIZE);

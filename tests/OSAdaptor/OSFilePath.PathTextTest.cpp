@@ -1,3 +1,4 @@
+#include "OSAdaptor/OSFilePath.Support.h"
 #include "Text/RandomText.h"
 #include "support/PoolFixture.h"
 
@@ -81,6 +82,7 @@ TEST_F(OSFilePathTextTest, CFunctionsSplitAtTheLastSeparator) {
         EXPECT_STREQ(_basename(path), base);
         EXPECT_EQ(takeText(_dirname(path)), directory) << path;
     }
+    EXPECT_EQ(qb::files::directoryOf("/a"), "/"); // unlike _dirname
     EXPECT_EQ(_basename(nullptr), nullptr);
     EXPECT_EQ(_dirname(nullptr), nullptr);
     EXPECT_EQ(_pathRelativeToDir(nullptr, "/"), nullptr);

@@ -123,6 +123,16 @@ TEST_F(OSLoggerTest, AFileThatCannotBeOpenedIsAnErrorAndStandardErrorTakesTheLin
     EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] three\n");
 }
 
+TEST_F(OSLoggerTest, AFileNameWithANulNamesNoFile) {
+    const TemporaryDirectory directory;
+    const ChildEnd end = runInChild([&] {
+        OSLogger::setDefaultLogFileName(directory.string({"log\0x", 5}));
+        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
+    });
+    EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] one\n");
+    EXPECT_FALSE(directory.has("log"));
+}
+
 namespace {
 
 // Turns to another log file when the one that it has can't be opened.
