@@ -26,7 +26,6 @@ TEST_F(NSCalendarDateTest, FieldsAreThoseOfTheZone) {
     EXPECT_EQ(date->dayOfCommonEra(), 738945);
     EXPECT_EQ(dateIn(NSTimeZone::gmt(), 1, 1, 1)->dayOfCommonEra(), 1);
     date->setTimeZone(NSTimeZone::timeZoneWithName("+0930"_ns));
-    EXPECT_EQ(date->description()->view(), "2024-03-01 08:00:15 +0930");
     const int parts[] = {date->yearOfCommonEra(), date->monthOfYear(),  date->dayOfMonth(),
                          date->hourOfDay(),       date->minuteOfHour(), date->secondOfMinute()};
     EXPECT_EQ(std::to_array(parts), (std::array{2024, 3, 1, 8, 0, 15}));

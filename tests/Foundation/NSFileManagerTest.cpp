@@ -137,7 +137,10 @@ TEST_F(NSFileManagerTest, PathsThatNameNothingAreRefused) {
 }
 
 TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
-    EXPECT_TRUE(manager_->createDirectoryAtPath(path("d"), nullptr));
+    NSDictionary *attributes =
+        NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(0700), NSFilePosixPermissions);
+    EXPECT_TRUE(manager_->createDirectoryAtPath(path("d"), attributes));
+    EXPECT_EQ(manager_->fileAttributesAtPath(path("d"), NO)->filePosixPermissions(), 0700u);
     NSString *before = manager_->currentDirectoryPath();
     EXPECT_TRUE(manager_->changeCurrentDirectoryPath(path("d")));
     EXPECT_EQ(manager_->currentDirectoryPath()->view(), directory_ / "d");

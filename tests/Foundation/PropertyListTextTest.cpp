@@ -33,14 +33,12 @@ TEST_F(PropertyListTextTest, ContainersAreIndented) {
          {"gone"_ns, QBNil::value()},
          {QBNil::value(), "gone"_ns},
          {"d"_ns, NSData::dataWithBytes("\x0F\xBD\x77\x71\xC2", 5)},
-         {"e"_ns, NSArray::array()},
          {"f"_ns, NSSet::setWithObject(NSDictionary::dictionary())},
          {NSArray::arrayWithObject(QBNil::value()), NSNumber::numberWithInt(7)}});
     EXPECT_EQ(value->description()->view(), "{\n"
                                             "  a = (\n    x,\n    \"y z\"\n  );\n"
                                             "  \"b b\" = {\n    c = -5;\n  };\n"
                                             "  d = <0fbd7771 c2>;\n"
-                                            "  e = (\n  );\n"
                                             "  f = (\n    {\n    }\n  );\n"
                                             "  (\n  ) = 7;\n"
                                             "}");
