@@ -9,7 +9,6 @@ using OSLoggerTest = ServicesFixture;
 TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
     OSLogger *const logger = OSLogger::loggerForCategory("alert"_ns);
     EXPECT_EQ(OSLogger::loggerForCategory(""_ns), logger);
-    EXPECT_EQ(OSLogger::loggerForCategory(nullptr), logger);
     EXPECT_EQ(describe(OSLogger::_loggers()->allKeys()), "()");
     OSLogger::createLoggerForCategory("alert"_ns);
     OSLogger *const alert = OSLogger::loggerForCategory("alert"_ns);
@@ -113,6 +112,8 @@ TEST_F(OSLoggerTest, AFileThatCannotBeOpenedIsAnErrorAndStandardErrorTakesTheLin
         logger->logWithLevelMessage(0, "two"_ns); // no further attempt, no further error
         for (const auto &error : recordingErrorHandler()->raised)
             std::fprintf(stderr, "%d raised %d: %s\n", error.line, error.number, error.values.c_str());
+        logger->setLogFileName(directory.string("missing/other"));
+        logger->logWithLevelMessage(0, "lost"_ns); // and nothing breaks
         logger->setLogFileName(directory.string("log"));
         logger->logWithLevelMessage(0, "three"_ns);
     });

@@ -1,4 +1,5 @@
 #include "OSAdaptor/ProcessOutput.h"
+#include "System/Process.h"
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -38,9 +39,12 @@ TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {
     OSPipe *const errors = OSPipe::pipe();
     const std::int32_t out = output->writeHandle();
     const std::int32_t err = errors->writeHandle();
+    const SEL start =
+        "createSubProcessReadingFromPipe:withCommand:withArgs:withEnv:stdoutHandle:stderrHandle:"_sel;
     NSDictionary *const env = NSDictionary::dictionaryWith({{"QB_END"_ns, "ended"_ns}});
-    EXPECT_TRUE(OSProcess::createSubProcessReadingFromPipe(
-        input, "sh"_ns, script("echo $PPID; cat; echo $QB_END; echo /proc/self/fd/* >&2"), env, &out, &err));
+    EXPECT_EQ(send<BOOL>(OSProcess::cls(), start, input, "sh"_ns,
+                         script("echo $PPID; cat; echo $QB_END; echo /proc/self/fd/* >&2"), env, &out, &err),
+              YES);
     EXPECT_FALSE(input->_isReadHandleOpen());
     EXPECT_TRUE(hasNoChild());
     output->closeWriteHandle();
@@ -62,43 +66,106 @@ TEST_F(OSProcessDetachedTest, ProgramWritesToThePipe) {
     EXPECT_FALSE(pipe->_isWriteHandleOpen());
     EXPECT_EQ(contentOf(pipe), "text");
     ::close(in);
+    OSPipe *const other = OSPipe::pipe();
+    EXPECT_TRUE(OSProcess::createSubProcessWritingToPipe(other, "echo"_ns, NSArray::arrayWithObject("x"_ns),
+                                                         nullptr));
+    EXPECT_EQ(contentOf(other), "x\n");
+    OSPipe *const third = OSPipe::pipe();
+    EXPECT_TRUE(OSProcess::createSubProcessReadingFromPipe(third, "true"_ns, nullptr, nullptr));
+    EXPECT_FALSE(third->_isReadHandleOpen());
 }
 
-TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNo) {
+TEST_F(OSProcessDetachedTest, FailuresOfTheProgramAreLogged) {
+    const auto reading = [](OSPipe *pipe, NSString *command, const std::int32_t *out) {
+        return [=](OSPipe *held) {
+            const std::int32_t end = held->writeHandle();
+            EXPECT_TRUE(
+                OSProcess::createSubProcessReadingFromPipe(pipe, command, nullptr, nullptr, out, &end));
+        };
+    };
+    const auto writing = [](OSPipe *pipe, NSString *command, const std::int32_t *err) {
+        return [=](OSPipe *held) {
+            const std::int32_t end = held->writeHandle();
+            EXPECT_TRUE(OSProcess::createSubProcessWritingToPipe(pipe, command, nullptr, nullptr, &end, err));
+        };
+    };
     OSPipe *const pipe = OSPipe::pipe();
-    const Fault first(Call::fork, 0, 1, EAGAIN);
-    EXPECT_FALSE(OSProcess::createSubProcessReadingFromPipe(pipe, "true"_ns, nullptr, nullptr));
-    EXPECT_EQ(errno, EAGAIN);
-    EXPECT_TRUE(pipe->_isReadHandleOpen());
+    const std::int32_t none = 999;
+    EXPECT_EQ(logOf(writing(pipe, "/no/such"_ns, nullptr)),
+              "execvp() for '/no/such' failed: No such file or directory!\n\n");
+    EXPECT_EQ(logOf(writing(pipe, "true"_ns, nullptr)),
+              "could not reset stdout for 'true'\n\n"); // closed already
+    EXPECT_EQ(logOf(writing(OSPipe::pipe(), "true"_ns, &none)), "could not reset stderr for 'true'\n\n");
+    EXPECT_EQ(logOf(reading(nullptr, "true"_ns, nullptr)), "could not reset stdin for 'true'\n\n");
+    EXPECT_EQ(logOf(reading(OSPipe::pipe(), "true"_ns, &none)), "could not reset stdout for 'true'\n\n");
+    EXPECT_TRUE(hasNoChild());
+}
+
+TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNoWhereverThatIsFoundOut) {
+    OSPipe *const pipe = OSPipe::pipe();
+    const auto start = [&] {
+        return OSProcess::createSubProcessReadingFromPipe(pipe, "true"_ns, nullptr, nullptr);
+    };
+    {
+        const Fault first(Call::fork, 0, 1, EAGAIN);
+        EXPECT_FALSE(start());
+        EXPECT_EQ(errno, EAGAIN);
+        EXPECT_TRUE(pipe->_isReadHandleOpen());
+    }
+    OSPipe *const report = OSPipe::pipe();
+    const pid_t self = ::getpid();
+    {
+        const Fault second(Call::fork, 1, 1, EAGAIN);
+        const BOOL answer = start();
+        if (::getpid() != self) { // the process in between
+            report->write(answer ? "YES" : "NO", 2);
+            ::_exit(0);
+        }
+        EXPECT_TRUE(answer);
+    }
+    report->closeWriteHandle();
+    EXPECT_EQ(contentOf(report), "NO");
+    EXPECT_TRUE(hasNoChild());
 }
 
 TEST_F(OSProcessDetachedTest, CoprocessAnswersWhatItIsAsked) {
     OSPipe *const output = OSPipe::pipe();
     OSPipe *const input = OSPipe::pipe();
-    OSProcess::createCoprocessWithPipeForRead(output, input, "sh"_ns, script("read a; echo \"<$a$QB>\""),
+    OSProcess::createCoprocessWithPipeForRead(output, input, "sh"_ns,
+                                              script("read a; echo \"<$a$QB>\"; echo /proc/self/fd/*"),
                                               NSDictionary::dictionaryWith({{"QB"_ns, "!"_ns}}), nullptr);
     EXPECT_FALSE(output->_isWriteHandleOpen() || input->_isReadHandleOpen());
     EXPECT_TRUE(hasNoChild());
     input->getOutputStream()->writeObject("hello\n"_ns);
-    EXPECT_EQ(contentOf(output), "<hello!>\n");
+    EXPECT_EQ(contentOf(output),
+              "<hello!>\n/proc/self/fd/0 /proc/self/fd/1 /proc/self/fd/2 /proc/self/fd/3\n");
 }
 
 TEST_F(OSProcessDetachedTest, FailuresOfTheCoprocessAreLoggedOrRaised) {
-    const auto start = [](OSPipe *output, OSPipe *input) {
+    const std::int32_t none = 999;
+    const auto start = [](OSPipe *output, OSPipe *input, NSString *command,
+                          const std::int32_t *err = nullptr) {
         return [=](OSPipe *held) {
             const std::int32_t end = held->writeHandle();
-            OSProcess::createCoprocessWithPipeForRead(output, input, "cat"_ns, nullptr, nullptr, &end);
+            OSProcess::createCoprocessWithPipeForRead(output, input, command, nullptr, nullptr,
+                                                      err ? err : &end);
         };
     };
-    EXPECT_EQ(logOf(start(OSPipe::pipe(), nullptr)), "could not reset stdin for 'cat'\n\n");
+    EXPECT_EQ(logOf(start(nullptr, nullptr, "cat"_ns)), "could not reset stdout for 'cat'\n\n");
+    EXPECT_EQ(logOf(start(OSPipe::pipe(), nullptr, "cat"_ns)), "could not reset stdin for 'cat'\n\n");
+    EXPECT_EQ(logOf(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns, &none)),
+              "could not reset stderr for 'cat'\n\n");
+    const std::int32_t err = STDERR_FILENO;
+    EXPECT_EQ(logOf(start(OSPipe::pipe(), OSPipe::pipe(), "/no/such"_ns, &err)),
+              "execvp() for '/no/such' failed: No such file or directory!\n\n");
     {
         const Fault second(Call::fork, 1, 1, EAGAIN);
-        EXPECT_EQ(logOf(start(OSPipe::pipe(), OSPipe::pipe())), "fork for 'cat' failed!\n\n");
+        EXPECT_EQ(logOf(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns)), "fork for 'cat' failed!\n\n");
     }
     const Fault first(Call::fork, 0, 1, EAGAIN);
     const ErrorExpectation error(100164);
     OSPipe *const output = OSPipe::pipe();
-    start(output, OSPipe::pipe())(OSPipe::pipe());
+    start(output, OSPipe::pipe(), "cat"_ns)(OSPipe::pipe());
     EXPECT_EQ(error.values(), "cat Resource temporarily unavailable");
     EXPECT_TRUE(output->_isWriteHandleOpen());
     EXPECT_TRUE(hasNoChild());

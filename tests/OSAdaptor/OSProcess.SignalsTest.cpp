@@ -21,7 +21,7 @@ public:
 class Broken : public OSLogger {
 public:
     void logWithLevelFormatAndArglist(std::int32_t, NSString *, const qb::ArgList &) override {
-        ::raise(::alarm(0) > 0 ? SIGALRM : SIGKILL); // as if that time had passed
+        ::raise(::alarm(0) <= 2 ? SIGALRM : SIGKILL); // as if that time had passed
     }
 };
 

@@ -1,5 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
+#include "support/Allocations.h"
 #include "support/Faults.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
@@ -7,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <set>
 
 using OSProcessStartingTest = ServicesFixture;
 
@@ -29,14 +31,22 @@ std::string outputOf(NSString *command, NSArray *args, NSDictionary *env = nullp
 
 /// The log lines of a start that fails in the child; waiting raises 100228.
 std::string failureOf(NSString *command, NSArray *args = nullptr, NSDictionary *env = nullptr,
+                      const std::int32_t *in = nullptr, const std::int32_t *out = nullptr,
                       const std::int32_t *err = nullptr) {
     CapturedOutput output;
-    const Ref<OSProcess> process = OSProcess::initWithCommand(command, args, env, nullptr, nullptr, err);
+    const Ref<OSProcess> process = OSProcess::initWithCommand(command, args, env, in, out, err);
     const ErrorExpectation error(100228);
     std::int32_t code = -1;
     EXPECT_EQ(process->waitForProcessDoHang(YES, &code), -1);
     EXPECT_EQ(code, 17);
     return logLines(output.end(), process->pid());
+}
+
+bool canAllocationsFail() {
+    const AllocationFault fault(0, 1);
+    void *const volatile memory = std::malloc(1);
+    std::free(memory);
+    return fault.hits() > 0;
 }
 
 } // namespace
@@ -52,6 +62,7 @@ TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditi
     const auto args = NSArray::arrayWith({"a b*"_ns, NSNumber::numberWithInt(5)});
     EXPECT_EQ(outputOf("qb tool"_ns, args, env),
               directory / "/qb tool|a b*|5|2|after=1|7|" + ::getenv("HOME") + "\n");
+    EXPECT_STREQ(::getenv("QB_OLD"), "before");
     EXPECT_EQ(::getenv("QB_NEW"), nullptr);
     EXPECT_EQ(outputOf("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $QB_OLD"_ns})), "before\n");
     ::unsetenv("QB_OLD");
@@ -88,8 +99,10 @@ TEST_F(OSProcessStartingTest, OneDescriptorMayServeTwoStreams) {
     OSPipe *const pipe = OSPipe::pipe();
     const std::int32_t end = pipe->writeHandle();
     const auto args = NSArray::arrayWith({"-c"_ns, "echo out; echo err >&2"_ns});
-    OSProcess *const process = OSProcess::subProcessWithCommand("sh"_ns, args, nullptr, nullptr, &end, &end);
-    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
+    const id process = send<id>(
+        OSProcess::cls(), "subProcessWithCommand:withArgs:withEnv:stdinHandle:stdoutHandle:stderrHandle:"_sel,
+        "sh"_ns, args, nullptr, nullptr, &end, &end);
+    EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:"_sel, YES), 1);
     pipe->closeWriteHandle();
     EXPECT_EQ(contentOf(pipe), "out\nerr\n");
 }
@@ -104,7 +117,40 @@ TEST_F(OSProcessStartingTest, ChildThatCantBecomeTheProgramTellsWhyAndEndsWith17
               line("execvp() for 'true' failed: Invalid argument!"));
     EXPECT_EQ(failureOf("true"_ns, nullptr, NSDictionary::dictionaryWith({{"key"_ns, nul}})),
               line("environment setting for 'true' failed: Invalid argument!"));
-    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, &none), line("could not reset stderr for 'true'"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, &none), line("could not reset stdin for 'true'"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, &none),
+              line("could not reset stdout for 'true'"));
+    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, nullptr, &none),
+              line("could not reset stderr for 'true'"));
+}
+
+TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
+    if (!canAllocationsFail())
+        GTEST_SKIP() << "allocations do not fail in this build";
+    const auto args = NSArray::arrayWithObject("x"_ns);
+    const auto env =
+        NSDictionary::dictionaryWith({{"A"_ns, "a text that is too long to stand in its object"_ns}});
+    std::set<std::string> lines;
+    for (unsigned skip = 0;; ++skip) {
+        CapturedOutput output;
+        Ref<OSProcess> process;
+        unsigned hits = 0;
+        try {
+            const AllocationFault fault(skip, 1);
+            process = OSProcess::initWithCommand("true"_ns, args, env);
+            hits = fault.hits();
+        } catch (const std::bad_alloc &) {
+            continue;
+        }
+        if (hits == 0)
+            break;
+        process->waitForProcessDoHang(YES);
+        lines.insert(logLines(output.end(), process->pid()));
+        ERRORHANDLER->clearErrorStack();
+    }
+    EXPECT_EQ(lines, std::set<std::string>(
+                         {"[T] (P) [] malloc() failed!\n",
+                          "[T] (P) [] environment setting for 'true' failed: Cannot allocate memory!\n\n"}));
 }
 
 TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
@@ -113,8 +159,10 @@ TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
         expectError(100164, shown + " Resource temporarily unavailable",
                     [&] { EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr); });
     };
-    if (sys::canShareMemory())
+    if (sys::canShareMemory()) {
+        expect(Call::startSharingMemory, "true"_ns, "true");
         expect(Call::startSharingMemory, nullptr, "<nil>");
+    }
     expect(Call::fork, "/no/such"_ns, "/no/such"); // for the one that is to tell of it
 }
 
@@ -136,8 +184,18 @@ TEST_F(OSProcessStartingTest, NoChildWritesWhatTheParentHasBuffered) {
         std::fputs("once\n", stderr);
         const OSProcess *const process = OSProcess::subProcessWithCommand("/no/such"_ns, nullptr, nullptr);
         ::waitpid(process->pid(), nullptr, 0);
+        std::fputs("again\n", stderr);
+        OSPipe *const pipe = OSPipe::pipe();
+        const std::int32_t held = pipe->writeHandle(); // as long as there is a child
+        OSProcess::createSubProcessWritingToPipe(OSPipe::pipe(), "/no/such"_ns, nullptr, nullptr, &held,
+                                                 nullptr);
+        pipe->closeWriteHandle();
+        contentOf(pipe); // until it has ended
     });
-    const std::size_t first = child.standardError.find("once\n");
-    ASSERT_NE(first, std::string::npos);
-    EXPECT_EQ(child.standardError.find("once\n", first + 1), std::string::npos) << child.standardError;
+    std::string text = child.standardError;
+    for (const char *word : {"once\n", "again\n"}) {
+        ASSERT_NE(text.find(word), std::string::npos);
+        text.erase(text.find(word), std::strlen(word));
+        EXPECT_EQ(text.find(word), std::string::npos) << child.standardError;
+    }
 }

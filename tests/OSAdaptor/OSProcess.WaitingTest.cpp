@@ -26,7 +26,6 @@ TEST_F(OSProcessWaitingTest, ExitCodeIsThatOfTheProgramAnd0AfterASignal) {
     EXPECT_EQ(process->waitForProcessDoHang(NO), 2);
     EXPECT_TRUE(process->isRunning());
     process->sendTermSignal();
-    const Fault storm(Call::waitpid, 0, 3, EINTR);
     EXPECT_EQ(process->waitForProcessDoHang(YES, &code), 1);
     EXPECT_EQ(code, 0);
     OSProcess *const reserved = start("exit 17");
@@ -47,6 +46,29 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
     expectError(100233, pid + " No such process", [&] { process->sendKillSignal(); });
     EXPECT_FALSE(process->isRunning());
     EXPECT_EQ(counter.calls(Call::kill) + counter.calls(Call::waitpid), 0u);
+}
+
+TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
+    OSProcess *const process = sleeper();
+    const std::string pid = std::to_string(process->pid());
+    {
+        const Fault fault(Call::kill, 0, 2, EPERM);
+        expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
+        expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
+    }
+    {
+        const Fault fault(Call::kill, 0, 1, ESRCH);
+        EXPECT_FALSE(process->isRunning());
+    }
+    {
+        const Fault fault(Call::waitpid, 0, 1, EINVAL);
+        expectError(100234, pid + " Invalid argument",
+                    [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
+    }
+    process->sendKillSignal();
+    const Fault storm(Call::waitpid, 0, 3, EINTR);
+    EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
+    EXPECT_EQ(storm.hits(), 3u);
 }
 
 TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {

@@ -56,8 +56,6 @@ TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
     EXPECT_FALSE(client->isEqual(accepted));
     server->setNonBlocking();
     EXPECT_EQ(OSSocket::acceptSocketFromListener(server), nullptr); // nobody is waiting
-    EXPECT_REASON(OSSocket::acceptSocketFromListener(nullptr),
-                  "OSSocket initAcceptSocketFromListener: must have a listener that is not nil.");
 }
 
 TEST_F(OSSocketTest, NamesOfUnixSocketsAreChecked) {
@@ -85,6 +83,7 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
         ASSERT_TRUE(server);
         EXPECT_EQ(boundTo(server).first, address);
         EXPECT_EQ(optionOf(server, SO_REUSEADDR), 1);
+        const Fault signal(Call::connect, /*skip=*/0, /*times=*/1, EINTR); // the kernel goes on connecting
         OSSocket *const client = OSSocket::clientSocketToHost(host, boundTo(server).second);
         ASSERT_TRUE(client);
         OSSocket *const accepted = OSSocket::acceptSocketFromListener(server);
@@ -95,7 +94,6 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
                     [&] { OSSocket::serverSocketOnHost(nullptr, boundTo(server).second); });
     }
     expectError(100087, "nil 65536 Invalid argument", [] { OSSocket::serverSocketOnHost(nullptr, 65536); });
-    const Fault signal(Call::connect, /*skip=*/0, /*times=*/1, EINTR); // the kernel goes on connecting
     expectError(100090, "127.1 1 Connection refused", [] { OSSocket::clientSocketToHost("127.1"_ns, 1); });
     expectError(100086, "no such host", [] { OSSocket::clientSocketToHost("no such host"_ns, 1); });
 }

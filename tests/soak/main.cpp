@@ -1,10 +1,12 @@
 // Does the same over and over, and looks whether memory and descriptors stay as they are.
-//   qb_soak CYCLES
+//   qb_soak processes|sockets CYCLES
 #include <QBFoundation/QBFoundation.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -37,6 +39,10 @@ NSString *contentOf(OSPipe *pipe) {
     return text->targetString();
 }
 
+bool isText(NSString *text, const char *expected) {
+    return text && std::strcmp(text->cString(), expected) == 0;
+}
+
 // One start of each kind, each of which must do what it is to do.
 bool runProcesses() {
     const NSAutoreleasePool pool;
@@ -46,14 +52,21 @@ bool runProcesses() {
         OSProcess::initWithCommand("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $A"_ns}),
                                    NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
     output->closeWriteHandle();
-    bool isGood = contentOf(output)->isEqualToString("b\n"_ns) && echo->waitForProcessDoHang(YES) == 1;
+    bool isGood = isText(contentOf(output), "b\n") && echo->waitForProcessDoHang(YES) == 1;
+
+    const Ref<OSProcess> missing = OSProcess::initWithCommand("/no/such"_ns, nullptr, nullptr);
+    isGood &= missing->waitForProcessDoHang(YES) == -1 && ERRORHANDLER->clearErrorStack()->count() == 1;
+
+    OSPipe *const written = OSPipe::pipe();
+    OSProcess::createSubProcessWritingToPipe(written, "echo"_ns, NSArray::arrayWith({"c"_ns}), nullptr);
+    isGood &= isText(contentOf(written), "c\n");
 
     OSPipe *const answer = OSPipe::pipe();
     OSPipe *const question = OSPipe::pipe();
     OSProcess::createCoprocessWithPipeForRead(answer, question, "cat"_ns, nullptr, nullptr, nullptr);
     question->getOutputStream()->writeObject("d"_ns);
     question->closeWriteHandle();
-    isGood &= contentOf(answer)->isEqualToString("d"_ns);
+    isGood &= isText(contentOf(answer), "d");
 
     OSProcess::runExternalCmd("false"_ns, nullptr, nullptr);
     isGood &= ERRORHANDLER->clearErrorStack()->count() == 1;
@@ -67,12 +80,44 @@ bool runProcesses() {
     return isGood;
 }
 
+// A conversation between a client and a server, and what goes wrong with each.
+bool runSockets() {
+    const NSAutoreleasePool pool;
+    NSString *const name = OSSocket::makeNameForSocket();
+    OSSocket *const server = OSSocket::serverSocketWithName(name);
+    OSSocket *const client = OSSocket::clientSocketWithName(name);
+    NSArray *const waiting = OSSocket::selectSockets(NSArray::arrayWith({server}), OSSocket::kReadable, 9, 0);
+    OSSocket *const peer = OSSocket::acceptSocketFromListener(server);
+    OSFilePath::removePath(name);
+    if (!client || !peer || waiting->count() != 1)
+        return false;
+    client->writeLine("a question"_ns);
+    bool isGood = isText(peer->readLineWithTimeout(9000), "a question");
+    peer->getOutputStream()->writeObject("answer"_ns);
+    peer->close();
+    isGood &= client->readBytes(100)->length() == 6 && client->getInputStream()->readByte() == -1;
+
+    client->writeLine("more"_ns);
+    OSSocket::clientSocketWithName("/no/such/socket"_ns);
+    OSSocket::clientSocketToHost(nullptr, /*port=*/0);
+    return isGood && ERRORHANDLER->clearErrorStack()->count() == 3;
+}
+
+struct Kind {
+    const char *name;
+    bool (*run)();
+};
+constexpr Kind kKinds[] = {{"processes", runProcesses}, {"sockets", runSockets}};
+
 } // namespace
 
 int main(int argumentCount, char **arguments) {
-    const long cycles = argumentCount == 2 ? std::atol(arguments[1]) : 0;
-    if (cycles < 20)
-        return std::fputs("usage: qb_soak CYCLES (at least 20)\n", stderr), 2;
+    const long cycles = argumentCount == 3 ? std::atol(arguments[2]) : 0;
+    const auto *const kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind &one) {
+        return argumentCount == 3 && std::strcmp(arguments[1], one.name) == 0;
+    });
+    if (cycles < 20 || kind == std::end(kKinds))
+        return std::fputs("usage: qb_soak processes|sockets CYCLES (at least 20)\n", stderr), 2;
     const NSAutoreleasePool pool;
     ERRORHANDLER = QBErrorCatalogue::init().detach();
     OSLogger::setDefaultLogFileName("/dev/null"_ns);
@@ -80,7 +125,7 @@ int main(int argumentCount, char **arguments) {
 
     State first{};
     for (long cycle = 1; cycle <= cycles; ++cycle) {
-        if (!runProcesses())
+        if (!kind->run())
             return std::fprintf(stderr, "cycle %ld went wrong\n", cycle), 1;
         if (cycle % (cycles / 10) != 0)
             continue;

@@ -6,11 +6,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <sys/fsuid.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -39,7 +43,7 @@ public:
                std::ranges::find(kLasting, call) != std::end(kLasting);
     }
 
-    CallFault(const Way &way, unsigned index) {
+    CallFault(const Way &way, unsigned index, const TemporaryDirectory &) {
         if (way.error)
             fault_.emplace(Call::any, index, way.times, way.error);
         else
@@ -61,12 +65,73 @@ public:
     };
     static constexpr Way kWays[] = {{"no block", 1}, {"no more blocks", 0}};
 
-    MemoryFault(const Way &way, unsigned index) : fault_(index, way.times) {}
+    MemoryFault(const Way &way, unsigned index, const TemporaryDirectory &) : fault_(index, way.times) {}
     unsigned hits() const { return fault_.hits(); }
     Call struck() const { return Call::any; }
 
 private:
     AllocationFault fault_;
+};
+
+/// What strikes no call of its own.
+struct Lasting {
+    unsigned hits() const { return 0; }
+    Call struck() const { return Call::any; }
+};
+
+/// Files can't become longer than so many bytes.
+class SizeLimit : public Lasting {
+public:
+    struct Way {
+        const char *name;
+        rlim_t bytes;
+    };
+    static constexpr Way kWays[] = {{"files of 0 bytes", 0},
+                                    {"files of 1 byte", 1},
+                                    {"files of 1000 bytes", 1000},
+                                    {"files of 70000 bytes", 70000}};
+
+    SizeLimit(const Way &way, unsigned, const TemporaryDirectory &) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &old_);
+        const rlimit limit{way.bytes, old_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, signal_);
+    }
+    SizeLimit(const SizeLimit &) = delete;
+    SizeLimit &operator=(const SizeLimit &) = delete;
+
+private:
+    void (*signal_)(int);
+    rlimit old_;
+};
+
+/// The directory can't be changed, not even by root, which is nobody to the file system for that time.
+class ReadOnlyDirectory : public Lasting {
+public:
+    struct Way {
+        const char *name;
+    };
+    static constexpr Way kWays[] = {{"read-only directory"}};
+
+    ReadOnlyDirectory(const Way &, unsigned, const TemporaryDirectory &directory) : path_(directory.path()) {
+        fs::permissions(fs::path(path_).parent_path(), fs::perms(0711));
+        fs::permissions(path_, fs::perms(0555));
+        if (::geteuid() == 0)
+            ::setfsuid(kNobody);
+    }
+    ~ReadOnlyDirectory() {
+        ::setfsuid(::geteuid());
+        fs::permissions(path_, fs::perms(0755));
+    }
+    ReadOnlyDirectory(const ReadOnlyDirectory &) = delete;
+    ReadOnlyDirectory &operator=(const ReadOnlyDirectory &) = delete;
+
+private:
+    static constexpr uid_t kNobody = 65534;
+    std::string path_;
 };
 
 // --- What came of a use ---
@@ -122,7 +187,7 @@ void act(const Use &use, const TemporaryDirectory &directory, const typename Kin
          Outcome &outcome) {
     std::exception_ptr thrown;
     {
-        const Kind fault(way, index);
+        const Kind fault(way, index, directory);
         try {
             const NSAutoreleasePool pool;
             outcome.delivered += use.act(directory);
@@ -170,15 +235,15 @@ public:
         expectFaultless(perform<NoFault>(NoFault::kWays[0], 0), "without a fault");
         runAll<CallFault>();
         runAll<MemoryFault>();
+        runAll<SizeLimit>();
+        runAll<ReadOnlyDirectory>();
     }
 
 private:
-    struct NoFault {
+    struct NoFault : Lasting {
         struct Way {};
         static constexpr Way kWays[1] = {};
-        NoFault(const Way &, unsigned) {}
-        unsigned hits() const { return 0; }
-        Call struck() const { return Call::any; }
+        NoFault(const Way &, unsigned, const TemporaryDirectory &) {}
     };
     static constexpr unsigned kMostCalls = 100000; // no use makes as many
 

@@ -50,7 +50,8 @@ struct Use {
 void PrintTo(const Use &use, std::ostream *stream);
 
 /// Makes each use once without a fault, then again and again: each call to the system fails in turn, each in
-/// several ways, and each allocation fails in turn, alone and with all after it.
+/// several ways, each allocation fails in turn, alone and with all after it, files may grow no further than
+/// that many bytes, and the directory can't be changed.
 ///
 /// Each time the use must do all that it does without a fault, or else raise an error or throw. It must not
 /// crash, nor leave an object, a block, a descriptor, a file or a part of a file behind. All of this happens
