@@ -155,9 +155,7 @@ TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
 }
 
 TEST_F(QBBlowfishOutputFilterTest, WithoutAKeyThereIsNoFilter) {
-    QBDataOutputStream *const target = QBDataOutputStream::stream();
-    EXPECT_EQ(Filter::streamWithKey(""_ns, /*decrypt=*/NO, target), nullptr);
-    EXPECT_EQ(target->byteCounter(), 0u);
+    EXPECT_EQ(Filter::streamWithKey(""_ns, /*decrypt=*/NO, QBDataOutputStream::stream()), nullptr);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, AStreamWithoutAnEndIsCorrupt) {

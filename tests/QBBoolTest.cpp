@@ -9,7 +9,7 @@ TEST_F(QBBoolTest, ValuesStayWhatTheyAre) {
     EXPECT_EQ(two->stringValue()->view(), "true");
     EXPECT_EQ(two->description()->view(), "<QBBool true>");
     EXPECT_EQ(QBBool::booleanWithValue(NO)->intValue(), 0);
-    EXPECT_EQ(QBBool::booleanWithValue(NO)->description()->view(), "<QBBool false>");
+    EXPECT_EQ(QBBool::falseBoolean()->description()->view(), "<QBBool false>");
 }
 
 TEST_F(QBBoolTest, OneTrueAndOneFalseAreKept) {

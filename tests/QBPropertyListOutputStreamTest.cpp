@@ -33,8 +33,7 @@ public:
 class Meddler : public NSObject {
 public:
     NSString *stringValue() const override {
-        if (list)
-            list->removeAllObjects();
+        list->removeAllObjects();
         return "meddled with"_ns;
     }
     NSMutableArray *list = nullptr;
@@ -87,7 +86,6 @@ id randomTree(Random &random, int depth) {
 TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsNumbersAsStringsAndNilLikeValuesNowhere) {
     const id null = QBNil::value();
     EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
-    EXPECT_EQ(written(NSDictionary::dictionary()), "{\n}");
     EXPECT_EQ(written(NSNumber::numberWithDouble(1e100)), "\"1e+100\"");
     EXPECT_EQ(written(NSArray::arrayWithObjects(null, "x"_ns, null, "y"_ns, null)), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),

@@ -35,7 +35,6 @@ TEST_F(QBStringHTMLEscapingTest, EachFormReplacesItsCharacters) {
     EXPECT_EQ(describe(text->stringWithEscapedHtml()), "a&lt;b&gt; &amp; &quot;c&quot;");
     EXPECT_EQ(describe(text->stringWithEscapedHtmlLTandGTandAMP()), "a&lt;b&gt; &amp; \"c\"");
     EXPECT_EQ(describe(text->stringWithEscapedHtmlQuotes()), "a<b> & &quot;c&quot;");
-    EXPECT_EQ(describe(text->stringWithEscapedHtmlLT(YES, NO, NO, NO, nullptr, 0)), "a&lt;b> & \"c\"");
 }
 
 TEST_F(QBStringHTMLEscapingTest, UnescapingLeavesTheRestOfTheEntity) {

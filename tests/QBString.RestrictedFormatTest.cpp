@@ -113,7 +113,8 @@ TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
     NSMutableString *const text = NSMutableString::stringWith("-");
     text->appendRestrictedFormat("a%d%q"_ns, 1);
     text->appendRestrictedFormat("b%d%d"_ns, 1);
-    EXPECT_EQ(text->view(), "-a1b%d%d"); // the first ends inside a conversion
+    text->appendFormat("|%d%%"_ns, 5);
+    EXPECT_EQ(text->view(), "-a1b%d%d|5%"); // the first ends inside a conversion
 }
 
 TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {

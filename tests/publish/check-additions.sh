@@ -37,7 +37,6 @@ sorted() { # SETTINGS: the list both ways
     tail -1 "$out/index.html"
 }
 plain='Ufer uhr zwei Zwei über - | - über Zwei zwei uhr Ufer'
-[ "$(sorted '')" = "$plain" ] || fail "without a language: $(sorted '')"
 [ "$(sorted 'language = xx;')" = "$plain" ] || fail "without a locale: $(sorted 'language = xx;')"
 if [ -n "$(LC_ALL=de_DE.utf-8 locale 2>&1 >/dev/null)" ]; then
     echo 'Lists in the order of a language are not checked: there is no locale de_DE.UTF-8.'

@@ -119,7 +119,6 @@ stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
 start --serve-socket "$work/socket" --watch
-expect 'a page by a socket with a name' '<p>start</p>' sh -c "curl -s --unix-socket $work/socket http://x/ | grep ."
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
 printf 'no head\n' >"$site/pages/index.html"

@@ -92,7 +92,6 @@ while IFS='|' read -r setting message; do
     expect_failure "--set $setting" "$message" "$site" "$out" --set "$setting"
 done <<'ROWS'
 none.x=1|site.plist: the setting 'none.x' can't be replaced.
-title.x=1|the setting 'title.x' can't be replaced.
 pages=..|'..' is no path inside of a site.
 ROWS
 
@@ -220,7 +219,6 @@ wrong close|pages/index.html:3: a block is closed that is not open.|{ title = T;
 not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
-half a loop|pages/index.html:3: a block begins as|{ title = T; }|{{#each pages as}}{{/each}}
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
 no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
 head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
@@ -245,7 +243,6 @@ pages/long.txt|$(page_of 'a & {{> who}}\n\n\nb\n\n{{page.none}}')|pages/long.txt
 pages/index.txt|$(page_of '')|'index.html' would be written twice.
 pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
-site.plist|{ broken\n|The property list is malformed in line 2, column 1
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
 site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
 ROWS
