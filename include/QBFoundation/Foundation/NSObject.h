@@ -171,8 +171,8 @@ public:
     /// Returns the value as the text of a PHP literal, autoreleased: numbers as they are, arrays and
     /// dictionaries as "array(…)" with their elements in order.
     ///
-    /// Nothing else has such a text: strings, and all objects by way of theirs, are "not implemented
-    /// correctly". Returns nil after 900003 (depth) when containers are nested more than 512 levels deep.
+    /// All else has none: strings, and objects by way of theirs, are "not implemented correctly".
+    /// Returns nil after 900003 (depth) when containers are nested more than 512 levels deep.
     virtual NSString *asPhpString() const;
 
     // --- Key access ---
