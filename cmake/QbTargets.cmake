@@ -84,12 +84,21 @@ function(qb_link_internals target)
     qb_set_warnings(${target})
 endfunction()
 
+# Where a program or plug-in looks for the library, installed or built; the directories are relative to the two roots.
+# A path that is replaced on installation would have an empty entry until then, which is the current directory.
+function(qb_set_library_path target installed built)
+    file(RELATIVE_PATH to_installed /${installed} /${CMAKE_INSTALL_LIBDIR})
+    file(RELATIVE_PATH to_built /${built} /lib)
+    set_target_properties(${target} PROPERTIES
+        BUILD_WITH_INSTALL_RPATH ON
+        INSTALL_RPATH "$ORIGIN/${to_installed};$ORIGIN/${to_built}")
+endfunction()
+
 # A program that uses the shared library as a client does, and is installed beside it.
 function(qb_add_program name)
     add_executable(${name} ${ARGN})
     target_link_libraries(${name} PRIVATE QBFoundation)
     qb_set_warnings(${name})
-    file(RELATIVE_PATH to_library /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-    set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN/${to_library}")
+    qb_set_library_path(${name} ${CMAKE_INSTALL_BINDIR} bin)
     install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()

@@ -12,10 +12,8 @@ NSDictionary *operation(const qb::Method &method) {
     });
 }
 
-} // namespace
-
-NSArray *referenceOfClasses() {
-    NSMutableArray *const classes = NSMutableArray::array();
+Ref<NSArray> makeClasses() {
+    auto classes = NSMutableArray::init();
     for (Class *cls : qb::allClasses()) {
         NSMutableArray *const operations = NSMutableArray::array();
         for (const auto &method : cls->ownMethods())
@@ -29,8 +27,8 @@ NSArray *referenceOfClasses() {
     return classes;
 }
 
-NSArray *referenceOfErrors() {
-    NSMutableArray *const errors = NSMutableArray::array();
+Ref<NSArray> makeErrors() {
+    auto errors = NSMutableArray::init();
     for (const qb::ErrorNumber &error : qb::kErrorNumbers)
         errors->addObject(NSDictionary::dictionaryWith({
             {"number"_ns, NSString::stringWithRestrictedFormat("%06d", error.number)},
@@ -38,6 +36,24 @@ NSArray *referenceOfErrors() {
             {"text"_ns, NSString::stringWith(error.format)},
         }));
     return errors;
+}
+
+// The list that is kept in `kept`, from the first time on.
+NSArray *once(Ref<NSArray> &kept, Ref<NSArray> (*make)()) {
+    if (!kept) {
+        const NSAutoreleasePool pool;
+        kept = make();
+    }
+    return kept;
+}
+
+} // namespace
+
+NSArray *referenceFor(NSString *key) {
+    static Ref<NSArray> classes, errors;
+    if (key->view() == "classes")
+        return once(classes, makeClasses);
+    return key->view() == "errors" ? once(errors, makeErrors) : nullptr;
 }
 
 } // namespace publish

@@ -6,12 +6,13 @@
 
 namespace publish {
 
-/// The classes, each a dictionary: name, superclass (missing for the root), and operations, a list of
-/// dictionaries with kind ("+" or "-"), selector and signature.
-NSArray *referenceOfClasses();
-
-/// The error numbers, each a dictionary: number, values, text.
-NSArray *referenceOfErrors();
+/// Returns what a template gets under the key; nil under any other than these:
+/// - "classes": each a dictionary of name, superclass (missing for the root), and operations, a list of
+///   dictionaries with kind ("+" or "-"), selector and signature
+/// - "errors": the error numbers, each a dictionary of number, values, text
+///
+/// It is made when it is first asked for, as few sites do, and kept.
+NSArray *referenceFor(NSString *key);
 
 } // namespace publish
 

@@ -3,7 +3,6 @@
 #include "Channels.h"
 #include "Interruption.h"
 #include "Messages.h"
-#include "Reference.h"
 
 #include <algorithm>
 #include <utility>
@@ -34,8 +33,6 @@ Renderer::Renderer(const Site &site, Publication &publication, PageFilter filter
     shared_->setObjectForKey(site.settings, "site"_ns);
     shared_->setObjectForKey(site.texts, "texts"_ns);
     shared_->setObjectForKey(pages, "pages"_ns);
-    shared_->setObjectForKey(referenceOfClasses(), "classes"_ns);
-    shared_->setObjectForKey(referenceOfErrors(), "errors"_ns);
 }
 
 Ref<NSMutableDictionary> Renderer::valuesFor(const Page &page) const {

@@ -1,5 +1,7 @@
 #include "Values.h"
 
+#include "Reference.h"
+
 #include <algorithm>
 
 namespace publish {
@@ -15,7 +17,10 @@ KeyPath keyPathOf(std::string_view text) {
 id Values::firstValue(NSString *key) const {
     const auto found = std::find_if(elements_.rbegin(), elements_.rend(),
                                     [&](const Element &element) { return element.name == key->view(); });
-    return found != elements_.rend() ? found->value : page_->objectForKey(key);
+    if (found != elements_.rend())
+        return found->value;
+    const id value = page_->objectForKey(key);
+    return value ? value : referenceFor(key);
 }
 
 id Values::valueAt(const KeyPath &path) const {

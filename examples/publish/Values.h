@@ -31,8 +31,9 @@ public:
     NSString *language() const;
 
     /// Returns the value of a dotted key: the first component is the name of a loop's element, the innermost
-    /// first, or a key of the page's values; the rest is a dotted key of the value there, as
-    /// `deepObjectForKey:` takes it. nil when there is no value, also where a value on the way has no keys.
+    /// first, or a key of the page's values or of the library's reference; the rest is a dotted key of the
+    /// value there, as `deepObjectForKey:` takes it. nil when there is no value, also where a value on the
+    /// way has no keys.
     id valueAt(const KeyPath &path) const;
 
     /// Makes `element` known as `name` until `leave`.

@@ -41,7 +41,7 @@ bool copyBytes(int source, int target) {
     if (count == 0 && sys::lseek(source, 0, SEEK_CUR) > 0)
         return true;
     // File systems that can't do it, and files of /proc, which seem empty to it.
-    const auto block = std::make_unique<char[]>(kBlockSize);
+    const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
     while ((count = sys::read(source, block.get(), kBlockSize)) > 0)
         if (sys::writeAll(target, block.get(), static_cast<std::size_t>(count)) != 0)
             return false;
@@ -156,7 +156,7 @@ bool haveEqualBytes(const std::string &a, const std::string &b) {
     const sys::Descriptor one(sys::open(a.c_str(), O_RDONLY)), other(sys::open(b.c_str(), O_RDONLY));
     if (!one || !other)
         return false;
-    const auto block = std::make_unique<char[]>(2 * kBlockSize);
+    const auto block = std::make_unique_for_overwrite<char[]>(2 * kBlockSize);
     for (;;) {
         const ssize_t count = sys::readAll(one.get(), block.get(), kBlockSize);
         const ssize_t otherCount = sys::readAll(other.get(), block.get() + kBlockSize, kBlockSize);
