@@ -78,6 +78,25 @@ struct alignas(16) HashTable::Group {
         return places;
 #endif
     }
+
+    std::uint32_t taken() const {
+        return placesWith(0) ^ ((1U << kPlaces) - 1);
+    }
+
+    // Writes the tag of a free place. The tags are written as a whole, as they are read: the processor makes
+    // a read of many bytes wait when a part of them was written just before.
+    void take(int place, std::uint8_t tag) {
+#ifdef __SSE2__
+        static constexpr std::uint8_t kOneByte[2 * 16 - 1] = {0, 0, 0, 0, 0, 0, 0, 0,
+                                                              0, 0, 0, 0, 0, 0, 0, 0xff};
+        auto *const line = reinterpret_cast<__m128i *>(this);
+        const __m128i at = _mm_loadu_si128(reinterpret_cast<const __m128i *>(kOneByte + 15 - place));
+        const __m128i everywhere = _mm_set1_epi32(static_cast<int>(tag * 0x01010101U));
+        _mm_store_si128(line, _mm_or_si128(_mm_load_si128(line), _mm_and_si128(at, everywhere)));
+#else
+        tags[place] = tag;
+#endif
+    }
 };
 
 constinit HashTable::Group HashTable::noGroup{};
@@ -252,7 +271,7 @@ void HashTable::enter(std::uint32_t hash, std::uint32_t index) noexcept {
             continue;
         }
         const int place = std::countr_zero(free);
-        group.tags[place] = tagOf(hash);
+        group.take(place, tagOf(hash));
         indexAt(i, place) = index;
         return;
     }
