@@ -94,8 +94,8 @@ for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets
     /.publish '/index.html%00'; do
     expect "$path" 404 status_of "$address$path"
 done
-expect 'another method' 405 status_of -X DELETE "$address/"
-expect 'a body' 413 status_of -d x "$address/"
+expect 'another method' 405 status_of -d x "$address/"
+expect 'a body' 413 status_of -X GET -d x "$address/"
 expect 'a long address' 414 status_of "$address/$(printf 'a%.0s' $(seq 3000))"
 expect 'a long head' 431 status_of -H "X: $(printf 'a%.0s' $(seq 9000))" "$address/"
 expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\n\r\n')' | head -1"

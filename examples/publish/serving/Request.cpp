@@ -174,12 +174,10 @@ Request readHead(std::string_view head) {
     if (fields.hosts > 1 || (isNew && fields.hosts == 0))
         return request.status = Status::badRequest, request;
     // A body is not read, so that nothing behind it can be told apart from it.
-    if (fields.hasBody)
-        return request.status = Status::contentTooLarge, request;
-    request.keepsConnection = !fields.closes && (isNew || fields.keepsAlive);
+    request.keepsConnection = !fields.hasBody && !fields.closes && (isNew || fields.keepsAlive);
     request.status = statusOfMethod(method);
     if (request.status == Status::ok)
-        request.status = readTarget(target, request);
+        request.status = fields.hasBody ? Status::contentTooLarge : readTarget(target, request);
     return request;
 }
 
