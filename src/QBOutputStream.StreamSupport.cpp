@@ -6,7 +6,6 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
-#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -33,11 +32,6 @@ void NSArray::writeOnOutputStream(QBOutputStream *stream) {
 void NSDictionary::writeOnOutputStream(QBOutputStream *stream) {
     if (stream)
         stream->_writeDictionary(this);
-}
-
-void NSSet::writeOnOutputStream(QBOutputStream *stream) {
-    if (stream)
-        stream->writeObject(objectEnumerator());
 }
 
 void NSString::writeOnOutputStream(QBOutputStream *stream) {

@@ -28,6 +28,7 @@ TEST_F(QBNilTest, EveryObjectsOperationsAnswerNothing) {
         null->release();
     EXPECT_EQ(null->copy().get(), null);
     EXPECT_EQ(null->makeMutable(), null);
+    EXPECT_NO_THROW(null->subclassResponsibility("copy"_sel));
 }
 
 TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {

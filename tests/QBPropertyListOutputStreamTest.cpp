@@ -87,6 +87,7 @@ TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsNumbersAsStringsAn
     const id null = QBNil::value();
     EXPECT_EQ(written(NSArray::arrayWithObjects("x"_ns, "y"_ns)->objectEnumerator()), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSNumber::numberWithDouble(1e100)), "\"1e+100\"");
+    EXPECT_EQ(written(NSSet::setWithObject("a"_ns)), "\"(\\n  a\\n)\"");
     EXPECT_EQ(written(NSArray::arrayWithObjects(null, "x"_ns, null, "y"_ns, null)), "(\n  x,\n  y\n)");
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),
               "{\n  c = d;\n}");

@@ -46,6 +46,7 @@ public:
     NSString *descriptionWithLocale(NSDictionary *) const override { return nullptr; }
     id makeMutable() const override { return self(); }
     void doesNotRecognizeSelector(SEL) const override {}
+    void subclassResponsibility(SEL) const override {}
     NSData *asData() const override { return nullptr; }
     void encodeWithCoder(NSCoder *coder) const override;
 

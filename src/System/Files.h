@@ -63,7 +63,8 @@ int ftruncate(int descriptor, off_t length) noexcept;
 int fsync(int descriptor) noexcept;
 /// Waits until the data, and what it takes to find them, are on the disk.
 int fdatasync(int descriptor) noexcept;
-/// Waits until the directory's entries are on the disk; success where the file system can't sync directories.
+/// Waits until the directory's entries are on the disk; success where the file system can't sync directories,
+/// and where the directory may not be read.
 int syncDirectory(const char *path) noexcept;
 
 // --- Names and attributes ---

@@ -134,7 +134,7 @@ public:
     /// Throws InvalidArgumentException: the object has no operation of that name.
     virtual void doesNotRecognizeSelector(SEL selector) const;
     /// Throws InvalidUseOfMethodException: the operation is one that each subclass must have for itself.
-    void subclassResponsibility(SEL selector) const;
+    virtual void subclassResponsibility(SEL selector) const;
 
     // --- Values ---
 

@@ -93,8 +93,6 @@ public:
     Ref<NSObject> mutableCopyWithZone(void *zone) const override;
     Ref<NSSet> copy() const;
     Ref<NSMutableSet> mutableCopy() const;
-    /// Writes the elements as those of an array are written.
-    void writeOnOutputStream(QBOutputStream *stream) override;
 
     // --- Range-for ---
 
