@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <typeinfo>
@@ -53,11 +54,16 @@ std::FILE *openStream(sys::Descriptor descriptor) {
     return file;
 }
 
+// Whether the error is that of a path, which may be a link's, that leads to no file.
+bool leadsNowhere(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
+
 // Creates the file with the permissions of the one that it is to replace; never through a name that is taken.
 std::FILE *createTemporary(const char *path, const char *target) {
     struct stat status;
     const bool replaces = sys::stat(target, &status) == 0;
-    if (!replaces && errno != ENOENT)
+    if (!replaces && !leadsNowhere(errno))
         return nullptr;
     const mode_t mode = replaces ? status.st_mode & 0777 : 0666;
     sys::Descriptor descriptor(sys::openExclusive(path, mode));
@@ -102,6 +108,7 @@ void QBFileOutputStream::writeToFile(Class *asked, id object, NSString *file, BO
     if (!stream->setUpWithFile(file, atomically))
         return;
     stream->writeObject(object);
+    stream->hasFailed_ |= qb::isErrorPending(); // the object was not written whole
     stream->close();
 }
 
@@ -160,15 +167,41 @@ bool QBFileOutputStream::isAtomic() const {
     return !filename_->isEqualToString(tmpFilename_);
 }
 
+// The streams that have a window. What they have collected is written out when the program ends, as the C
+// library does with its own buffers.
+struct QBFileOutputStream::OpenStreams {
+    static inline QBFileOutputStream *first = nullptr;
+
+    static void add(QBFileOutputStream *stream) {
+        [[maybe_unused]] static const int registered = std::atexit(&writeOut);
+        stream->nextOpen_ = std::exchange(first, stream);
+    }
+    static void remove(QBFileOutputStream *stream) {
+        QBFileOutputStream **place = &first;
+        while (*place && *place != stream)
+            place = &(*place)->nextOpen_;
+        if (*place)
+            *place = std::exchange(stream->nextOpen_, nullptr);
+    }
+    static void writeOut() {
+        for (QBFileOutputStream *stream = first; stream; stream = stream->nextOpen_)
+            stream->writeOut();
+    }
+};
+
 // Without memory for it, the C stream's own buffer does.
 void QBFileOutputStream::openWindow() {
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
     next_ = directEnd_ = window_;
-    if (window_ && typeid(*this) == typeid(QBFileOutputStream))
+    if (!window_)
+        return;
+    OpenStreams::add(this);
+    if (typeid(*this) == typeid(QBFileOutputStream))
         directEnd_ += kWindowLength;
 }
 
 void QBFileOutputStream::closeWindow() {
+    OpenStreams::remove(this);
     sys::release(std::exchange(window_, nullptr));
     next_ = directEnd_ = nullptr;
 }
@@ -269,16 +302,9 @@ bool QBFileOutputStream::synchronize() {
     return !synchronizes_ || (sys::fflush(filePtr_) == 0 && sys::fsync(sys::fileno(filePtr_)) == 0);
 }
 
-// Returns false, with the error raised, when the target is still the old file.
-bool QBFileOutputStream::rename() {
-    const qb::SavedErrors errors;
-    OSFilePath::renamePath(tmpFilename_, filename_);
-    return ERRORHANDLER ? !qb::isErrorPending() : !OSFilePath::fileExistsAtPath(tmpFilename_);
-}
-
 // Makes the temporary file the target.
 void QBFileOutputStream::commit() {
-    if (!rename()) {
+    if (!qb::files::rename(tmpFilename_, filename_)) {
         discard();
         return;
     }

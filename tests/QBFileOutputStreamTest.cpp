@@ -96,6 +96,23 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) 
     EXPECT_EQ(takenErrors(), "(100024, 100168)"); // the directory's error stays, too
 }
 
+TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWhole) {
+    directory_.write("out", "old");
+    const Ref<NSMutableArray> endless = NSMutableArray::init();
+    endless->addObject(endless.get());
+    QBFileOutputStream::writeToFile(endless, directory_.string("out"), /*atomically=*/YES);
+    EXPECT_EQ(takenErrors(), "(900003)");
+    EXPECT_EQ(describeFiles(), "out: old\n");
+    endless->removeAllObjects();
+}
+
+TEST_F(QBFileOutputStreamTest, LinkThatLeadsNowhereIsReplaced) {
+    directory_.write("file", "");
+    directory_.link("file/x", "out");
+    QBFileOutputStream::writeToFile("new"_ns, directory_.string("out"), /*atomically=*/YES);
+    EXPECT_EQ(describeFiles(), "file: \nout: new\n");
+}
+
 TEST_F(QBFileOutputStreamTest, EarlierErrorGivesNoStreamButAnEmptyFile) {
     directory_.write("out", "old");
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
@@ -206,6 +223,18 @@ TEST_F(QBFileOutputStreamTest, StandardStreamsAreClosed) {
     EXPECT_EQ(directory_.read("output"), "5\n");
 }
 
+TEST_F(QBFileOutputStreamTest, EndOfTheProgramWritesOutWhatWasCollected) {
+    const ChildEnd end = runInChild([&] {
+        QBFileOutputStream *const first = QBFileOutputStream::streamWithFile(directory_.string("first"));
+        write(first, "a");
+        QBFileOutputStream::streamWithFile(directory_.string("closed"))->close();
+        write(QBFileOutputStream::streamWithFile(directory_.string("second")), "b");
+        ERRORHANDLER->raiseFatalError(900999);
+    });
+    EXPECT_EQ(end.status, 255);
+    EXPECT_EQ(describeFiles(), "closed: \nfirst: a\nsecond: b\n");
+}
+
 // --- Failures ---
 
 TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
@@ -256,7 +285,10 @@ TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     QBFileOutputStream *stream =
         QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
     const std::string temporary(stream->tmpFilename()->view());
-    expectError(100202, temporary + " " + values("out", EISDIR), [&] { stream->close(); });
+    ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
+    stream->close();
+    EXPECT_EQ(recordingErrorHandler()->raised.back().values, temporary + " " + values("out", EISDIR));
+    EXPECT_EQ(takenErrors(), "(100202, 900999)"); // the newest one first
     EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
 }
 

@@ -18,7 +18,8 @@
 /// and the old one stays.
 ///
 /// Failures are error 100024 (the opened file's path, system text). As with the C library, short writes are
-/// collected, so that a full disk may show as late as in `flush` or `close`.
+/// collected, so that a full disk may show as late as in `flush` or `close`, and what a program that ends has
+/// not flushed is written out then.
 class QB_EXPORT QBFileOutputStream : public QBOutputStream {
 public:
     QBFileOutputStream() noexcept;
@@ -28,6 +29,7 @@ public:
     Class *classObject() const override { return cls(); }
 
     /// Writes the object to a file and closes it; a file that can't be opened leaves its error, nothing more.
+    /// With YES an error that is raised while the object is written leaves the old file.
     static void writeToFile(id object, NSString *file, BOOL atomically) {
         writeToFile(cls(), object, file, atomically);
     }
@@ -115,6 +117,8 @@ private:
     // Writes of this length, that of the C library's buffers, are not collected: they fail at once.
     static constexpr std::uint32_t kLongWrite = 4096;
 
+    struct OpenStreams;
+
     BOOL setUpWithFileInPlace(NSString *file) { return setUpWithFile(file, /*atomically=*/NO); }
     BOOL setUpForStdout() { return setUpWithFilePointer(stdout); }
     BOOL setUpForStderr() { return setUpWithFilePointer(stderr); }
@@ -127,7 +131,6 @@ private:
     bool writeOut();
     bool synchronize();
     int finish();
-    bool rename();
     void commit();
     void discard();
     void fail(int line, int error);
@@ -138,6 +141,7 @@ private:
     // Short writes are collected in the window, for files that nobody else writes: null for C streams. The
     // writes of subclasses are not stored without `_writeBuffer`.
     char *window_ = nullptr;
+    QBFileOutputStream *nextOpen_ = nullptr; // another one with a window
     BOOL synchronizes_ = YES;
     bool hasFailed_ = false; // something that was written is missing
     int exceptionsBefore_;   // how many were on their way when the stream was made

@@ -7,6 +7,7 @@
 
 #include "Foundation/VariadicValues.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <string>
 #include <vector>
@@ -15,12 +16,15 @@ namespace {
 
 constexpr const char *kPlaceFormat = "%s:%d(%s): %c%s -> ";
 
-// The channel's and the state's text become part of the format, as they stand in front of it.
+// The channel's and the state's text become part of the format, as they stand in front of it. What is traced
+// may be a failure whose errno is still to be told of.
 void writeTrace(int channel, const char *format, const qb::ArgList &argList) {
+    const int error = errno;
     NSString *const whole = NSString::stringWithRestrictedFormat(
         "[%s(%d) %s] %s", OSDebugPrinter::globalDebugPrinter()->debugChannelName(channel), debug,
         qb::isErrorPending() ? "ERROR" : "OK", format ? format : "");
     OSLogger::loggerForCategory("debug"_ns)->logWithLevelFormatAndArglist(0, whole, argList);
+    errno = error;
 }
 
 // Apart, so that the arguments of a silent trace are not even stored.

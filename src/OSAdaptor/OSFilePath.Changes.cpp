@@ -52,12 +52,17 @@ void OSFilePath::makePath(NSString *path) {
         raiseSystemError(__LINE__, qb::kErrorCannotMakeDirectory, path);
 }
 
-void OSFilePath::renamePath(NSString *source, NSString *to) {
+bool qb::files::rename(NSString *source, NSString *to) {
     const char *const oldName = systemPath(source);
     const char *const newName = oldName ? systemPath(to) : nullptr;
-    if (!newName || sys::rename(oldName, newName) != 0)
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotRename, shown(source), shown(to),
-                       std::strerror(errno));
+    if (newName && sys::rename(oldName, newName) == 0)
+        return true;
+    qb::raiseError(kFile, __LINE__, qb::kErrorCannotRename, shown(source), shown(to), std::strerror(errno));
+    return false;
+}
+
+void OSFilePath::renamePath(NSString *source, NSString *to) {
+    qb::files::rename(source, to);
 }
 
 void OSFilePath::touchFileAtPath(NSString *path) {

@@ -78,6 +78,8 @@ void raiseSystemError(int line, int error, NSString *path);
 
 /// Creates each missing directory. Returns false when an error is pending.
 bool makeDirectories(const char *path);
+/// Does what `renamePath:to:` does. Returns false with 100202 raised.
+bool rename(NSString *source, NSString *to);
 /// Reads the text of what must be a link. Returns false with 100194, 100222 or 100023 raised.
 bool linkText(const char *path, std::string &text);
 /// Reads a link's text. Returns false, and 100023 raised, after a failure.

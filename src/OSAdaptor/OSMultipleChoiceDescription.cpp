@@ -35,9 +35,7 @@ void OSMultipleChoiceDescription::setDescriptionString(NSString *description, ch
         throw InvalidArgumentException(
             "OSMultipleChoiceDescription setDescriptionString:forCharacter: must have "
             "a character with a code below 255.");
-    if (!description)
-        std::erase(characters_, forCharacter);
-    else if (!descriptions_[code])
+    if (description && characters_.find(forCharacter) == std::string::npos)
         characters_ += forCharacter;
     descriptions_[code] = description;
 }

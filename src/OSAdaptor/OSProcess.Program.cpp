@@ -109,7 +109,8 @@ StartFailure Program::become(std::span<const Redirection> redirections) const no
     if (failure_.format)
         return failure_;
     for (const Redirection &redirection : redirections)
-        if (redirection.source && sys::dup2(*redirection.source, redirection.target) < 0)
+        if (redirection.source && sys::dup2(*redirection.source, redirection.target) < 0 &&
+            *redirection.source != redirection.target) // which may be closed, and then stays so
             return {redirection.failure, errno};
     // Not before all are in their places: one descriptor may serve two streams.
     for (const Redirection &redirection : redirections)

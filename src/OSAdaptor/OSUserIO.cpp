@@ -90,9 +90,10 @@ void initializeOnFirstUse() {
     isInitialized = true;
 }
 
-// Calls `write` with the text in the terminal's character set.
+// Calls `write` with the text in the terminal's character set. The newline that ends a line is none of what
+// is converted: a character that is cut off in front of it is cut off at the end.
 template <class Write>
-void withTerminalText(std::string_view text, Write write) {
+void withTerminalText(std::string_view text, qb::Printed as, Write write) {
     initializeOnFirstUse();
     const bool isUnchanged =
         _iconvHandle == kNoConversion ||
@@ -100,8 +101,11 @@ void withTerminalText(std::string_view text, Write write) {
     if (isUnchanged)
         return write(text.data(), text.size());
     const NSAutoreleasePool pool;
-    NSString *const converted = defaultConversionCallback(_iconvHandle, NSString::stringWith(text));
-    write(converted->cString(), std::strlen(converted->cString()));
+    const std::string_view end = text.substr(text.size() - (as == qb::Printed::line));
+    text.remove_suffix(end.size());
+    std::string converted = defaultConversionCallback(_iconvHandle, NSString::stringWith(text))->cString();
+    converted += end;
+    write(converted.data(), converted.size());
 }
 
 bool isForUtf8(const char *characterSet) {
@@ -161,18 +165,18 @@ void OSUserIO::printOn(NSString *string, std::FILE *file, BOOL withNewLine) {
     std::string text(string ? string->cString() : "");
     if (withNewLine)
         text += '\n';
-    qb::printText(text, file);
+    qb::printText(text, withNewLine ? qb::Printed::line : qb::Printed::text, file);
 }
 
-void qb::printText(std::string_view text, std::FILE *file) {
-    withTerminalText(text, [file](const char *bytes, std::size_t length) {
+void qb::printText(std::string_view text, Printed as, std::FILE *file) {
+    withTerminalText(text, as, [file](const char *bytes, std::size_t length) {
         sys::fwrite(bytes, 1, length, file);
         sys::fflush(file);
     });
 }
 
-void qb::printText(std::string_view text, int descriptor) {
-    withTerminalText(text, [descriptor](const char *bytes, std::size_t length) {
+void qb::printText(std::string_view text, Printed as, int descriptor) {
+    withTerminalText(text, as, [descriptor](const char *bytes, std::size_t length) {
         sys::writeAll(descriptor, bytes, length);
     });
 }

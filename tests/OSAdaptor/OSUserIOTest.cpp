@@ -69,7 +69,7 @@ TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     const TemporaryDirectory directory;
     _iconvHandle = kLatin;
     CapturedOutput error;
-    OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F"_ns);
+    OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F\xC3"_ns); // the last one is cut off
     OSUserIO::setOutputConversionCallback([](iconv_t, NSString *) { return "ignored"_ns; });
     OSLogger::setDefaultLogFileName(directory.string("log"));
     OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "\xC3\xBC"_ns);
@@ -174,6 +174,8 @@ TEST_F(OSUserIOTest, ADescriptionKeepsItsChoicesInOrder) {
     choices->setDescriptionString("Other"_ns, '\xFE');
     choices->setDescriptionString(nullptr, 'y');
     EXPECT_EQ(describe(choices->asFormattedString()), "n - Never\n\xFE - Other\n");
+    choices->setDescriptionString("Again"_ns, 'y');
+    EXPECT_EQ(describe(choices->asFormattedString()), "y - Again\nn - Never\n\xFE - Other\n");
     EXPECT_EQ(describe(copy->asFormattedString()), "y - Yes\nn - No\n");
     EXPECT_REASON(
         choices->setDescriptionString("x"_ns, '\xFF'),

@@ -26,7 +26,8 @@ public:
         return qb::init<OSMultipleChoiceDescription>(&OSMultipleChoiceDescription::setUp);
     }
 
-    /// Adds a choice, or gives it another description; nil takes the choice away. Throws
+    /// Adds a choice, or gives it another description; nil takes the choice away, but not its place among
+    /// the others. Throws
     /// InvalidArgumentException for the character with the code 255, which can't be chosen.
     virtual void setDescriptionString(NSString *description, char forCharacter);
     virtual BOOL characterHasDescription(char character) const;
@@ -42,7 +43,7 @@ public:
 
 private:
     std::array<Ref<NSString>, 255> descriptions_; // by the character's code; null: no choice
-    std::string characters_;                      // of all choices
+    std::string characters_;                      // in the order in which they were first described
 };
 
 #endif
