@@ -107,6 +107,19 @@ TEST_F(OSProcessStartingTest, OneDescriptorMayServeTwoStreams) {
     EXPECT_EQ(contentOf(pipe), "out\nerr\n");
 }
 
+TEST_F(OSProcessStartingTest, ClosedDescriptorMayBeGivenForItself) {
+    const ChildEnd end = runInChild([] {
+        const std::int32_t input = STDIN_FILENO;
+        ::close(input);
+        const auto args = NSArray::arrayWith({"-c"_ns, "exit 3"_ns});
+        std::int32_t exitCode = 0;
+        OSProcess::subProcessWithCommand("sh"_ns, args, nullptr, &input, nullptr, nullptr)
+            ->waitForProcessDoHang(YES, &exitCode);
+        ::_exit(exitCode);
+    });
+    EXPECT_EQ(end.status, 3);
+}
+
 TEST_F(OSProcessStartingTest, ChildThatCantBecomeTheProgramTellsWhyAndEndsWith17) {
     const auto line = [](const std::string &text) { return "[T] (P) [] " + text + "\n\n"; };
     NSString *const nul = NSString::stringWith(std::string_view("a\0b", 3));
