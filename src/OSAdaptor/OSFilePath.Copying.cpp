@@ -121,6 +121,8 @@ std::string resolve(const std::string &link, const std::string &text) {
 class TreeCopy {
 public:
     void copyPath(const std::string &source, std::string target, bool isNewName) {
+        if (isNewName && copyPlainFile(source, target))
+            return;
         if (prepareTarget(source, target, isNewName) && copyEntry(source, target))
             finish();
     }
@@ -258,20 +260,46 @@ private:
     }
 
     bool copyFile(const Level &level, int sourceDirectory, int targetDirectory, const char *name) {
-        constexpr int kNoSurprise = O_NOFOLLOW | O_NONBLOCK; // nor a wait, should it have been replaced
-        const sys::Descriptor source(sys::openat(sourceDirectory, name, O_RDONLY | kNoSurprise));
+        if (isTooLong(name))
+            return copyEntry(level, name);
+        const auto failure = copyToNewFile(sourceDirectory, name, targetDirectory, name);
+        if (!failure)
+            return copyEntry(level, name);
+        return *failure == CopyFailure::none ||
+               qb::files::report(*failure, join(level.source, name), join(level.target, name));
+    }
+
+    // Copies a plain file to a new name without a look at the name and its directory: when the file can be
+    // made, nothing was wrong with them. Returns false, with nothing done, when the general way has to go.
+    bool copyPlainFile(const std::string &source, const std::string &target) {
         struct stat status;
-        if (!source || sys::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode) || isTooLong(name))
-            return copyEntry(level, name);
+        if (qb::files::isTracing(kLevelOfPaths) || qb::isErrorPending() || isTooLong(nameOf(target)) ||
+            sys::lstat(source.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+            return false;
+        const auto failure = copyToNewFile(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str());
+        if (failure)
+            qb::files::report(*failure, source, target);
+        return failure.has_value();
+    }
+
+    // Copies what is known as a plain file. Nothing is done, and no failure told, when it is none any more or
+    // either file can't be opened, the new one also because there is one.
+    std::optional<CopyFailure> copyToNewFile(int sourceDirectory, const char *sourceName, int targetDirectory,
+                                             const char *targetName) {
+        constexpr int kNoSurprise = O_NOFOLLOW | O_NONBLOCK; // nor a wait, should it have been replaced
+        const sys::Descriptor source(sys::openat(sourceDirectory, sourceName, O_RDONLY | kNoSurprise));
+        struct stat status;
+        if (!source || sys::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode))
+            return std::nullopt;
         const mode_t mode = qb::files::creationMode(status.st_mode);
-        sys::Descriptor target(sys::openat(targetDirectory, name, O_WRONLY | O_CREAT | O_EXCL, mode));
+        sys::Descriptor target(sys::openat(targetDirectory, targetName, O_WRONLY | O_CREAT | O_EXCL, mode));
         if (!target)
-            return copyEntry(level, name);
-        CopyFailure failure = qb::files::copyContent(source.get(), target.get(), status);
-        if (failure == CopyFailure::none && (!giveMode(target.get(), status.st_mode) || target.close() != 0))
-            failure = CopyFailure::writing;
-        return failure == CopyFailure::none ||
-               qb::files::report(failure, join(level.source, name), join(level.target, name));
+            return std::nullopt;
+        const CopyFailure failure = qb::files::copyContent(source.get(), target.get(), status);
+        if (failure != CopyFailure::none)
+            return failure;
+        return giveMode(target.get(), status.st_mode) && target.close() == 0 ? CopyFailure::none
+                                                                             : CopyFailure::writing;
     }
 
     // Spares most files of a directory the call: when one that was created with its own mode has just that,

@@ -123,7 +123,10 @@ std::int32_t OSSocket::fillBuffer(std::int64_t timeout) {
     if (!internalBuffer_)
         return kFailed;
     currentPositionInBuffer_ = numberOfBytesInBuffer_ = 0;
-    const std::int32_t count = receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO);
+    const std::int32_t count =
+        qb::sockets::isPlain(*this)
+            ? OSSocket::receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO)
+            : receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO);
     numberOfBytesInBuffer_ = std::clamp(count, 0, static_cast<std::int32_t>(kBufferSize));
     if (debug >= kBufferTraceLevel) [[unlikely]]
         traceBuffer("bytes received into the buffer: %d of %d", count, kBufferSize);

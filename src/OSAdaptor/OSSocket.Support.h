@@ -11,10 +11,17 @@
 
 #include <cstddef>
 #include <span>
+#include <typeinfo>
 
 namespace qb::sockets {
 
 inline constexpr const char *kFile = "src/OSAdaptor/OSSocket";
+
+/// Whether no subclass can see the operations of the socket. They are called as OSSocket's own then: right
+/// behind a system call, a processor often guesses indirect calls wrong.
+inline bool isPlain(const OSSocket &socket) {
+    return typeid(socket) == typeid(OSSocket);
+}
 
 /// Raises 100207 with the socket.
 void raiseReceiveError(int line, std::int32_t socket);

@@ -154,8 +154,9 @@ void OSSocket::writeLine(NSString *line) {
 
 bool qb::sockets::sendAll(OSSocket *socket, const char *bytes, std::size_t length) {
     while (length > 0) {
+        const auto most = static_cast<std::uint32_t>(std::min<std::size_t>(length, INT32_MAX));
         const std::int32_t sent =
-            socket->sendBuffer(bytes, static_cast<std::uint32_t>(std::min<std::size_t>(length, INT32_MAX)));
+            isPlain(*socket) ? socket->OSSocket::sendBuffer(bytes, most) : socket->sendBuffer(bytes, most);
         if (sent <= 0)
             return false;
         bytes += sent;

@@ -4,6 +4,8 @@
 #include <QBFoundation/OSAdaptor/OSSocket.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "OSAdaptor/OSSocket.Support.h"
+
 Class *OSSocketInputStream::cls() {
     using Count = std::uint32_t;
     using Result = std::int32_t;
@@ -67,5 +69,7 @@ std::int32_t OSSocketInputStream::_readBuffer(void *buffer, std::uint32_t length
 
 std::int32_t OSSocketInputStream::_readBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
                                               BOOL performPeek) {
-    return socket_->bufferedReceiveWithBuffer(buffer, length, timeout, performPeek);
+    return qb::sockets::isPlain(*socket_)
+               ? socket_->OSSocket::bufferedReceiveWithBuffer(buffer, length, timeout, performPeek)
+               : socket_->bufferedReceiveWithBuffer(buffer, length, timeout, performPeek);
 }
