@@ -114,7 +114,7 @@ void OSFilePath::_removePath(const char *path) {
         Removal(path).run();
     } else {
         errno = EFAULT;
-        raiseSystemError(__LINE__, qb::kErrorCannotRemove, path);
+        raiseSystemError(__LINE__, qb::kErrorCannotStat, path);
     }
 }
 
@@ -123,7 +123,7 @@ void OSFilePath::removePath(NSString *path) {
     if (const char *const name = qb::files::systemPath(path))
         _removePath(name);
     else
-        raiseSystemError(__LINE__, qb::kErrorCannotRemove, path);
+        raiseSystemError(__LINE__, qb::kErrorCannotStat, path);
 }
 
 void OSFilePath::removePath(NSString *path, NSString *atomicallyWithTmpDir) {

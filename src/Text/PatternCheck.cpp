@@ -42,19 +42,57 @@ bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
 
+char takeByte(std::string_view &rest) {
+    const char byte = rest.front();
+    rest.remove_prefix(1);
+    return byte;
+}
+
+// Takes the rest of a bracket expression, to its end or, without one, the pattern's. A "]" is an element
+// where it stands first, and inside of "[. .]", "[= =]" and "[: :]"; a backslash is one everywhere.
+void skipBracketExpression(std::string_view &rest) {
+    if (rest.starts_with('^'))
+        rest.remove_prefix(1);
+    if (rest.starts_with(']'))
+        rest.remove_prefix(1);
+    while (!rest.empty()) {
+        const char byte = takeByte(rest);
+        if (byte == ']')
+            return;
+        if (byte == '[' && !rest.empty() && std::strchr(".=:", rest.front())) {
+            const char ending[] = {takeByte(rest), ']', '\0'};
+            const std::size_t end = rest.find(ending);
+            rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 2);
+        }
+    }
+}
+
+bool isReference(char escaped) {
+    return escaped >= '1' && escaped <= '9';
+}
+
 /// The groups that back references name, by their numbers.
 class References {
 public:
-    explicit References(std::string_view pattern) {
-        for (std::size_t at = 0; at + 1 < pattern.size(); ++at)
-            if (pattern[at] == '\\' && isDigit(pattern[++at]))
-                isNamed_[static_cast<std::size_t>(pattern[at] - '0')] = true;
+    explicit References(std::string_view rest) {
+        while (!rest.empty()) {
+            const char byte = takeByte(rest);
+            if (byte == '[')
+                skipBracketExpression(rest);
+            else if (byte == '\\' && !rest.empty())
+                note(takeByte(rest));
+        }
     }
 
     bool areThere() const { return std::find(isNamed_.begin(), isNamed_.end(), true) != isNamed_.end(); }
     bool name(std::size_t group) const { return group < isNamed_.size() && isNamed_[group]; }
 
 private:
+    void note(char escaped) {
+        if (isReference(escaped))
+            isNamed_[static_cast<std::size_t>(escaped - '0')] = true;
+    }
+
     std::array<bool, 10> isNamed_{};
 };
 
@@ -95,14 +133,8 @@ private:
 
     Level &level() { return levels_.back(); }
 
-    char takeByte() {
-        const char byte = rest_.front();
-        rest_.remove_prefix(1);
-        return byte;
-    }
-
     void takeNext() {
-        const char byte = takeByte();
+        const char byte = takeByte(rest_);
         const bool isRepeat = byte == '*' || byte == '+' || byte == '?' || byte == '{';
         repeatsInRow_ = isRepeat ? repeatsInRow_ + 1 : 0;
         if (repeatsInRow_ > kMostRepeatsInRow)
@@ -128,7 +160,7 @@ private:
     PatternShape simplePart(char byte) {
         switch (byte) {
         case '[':
-            skipBracketExpression();
+            skipBracketExpression(rest_);
             return characterSetShape();
         case '^':
         case '$':
@@ -136,14 +168,14 @@ private:
         case '.':
             return characterSetShape();
         case '\\':
-            return rest_.empty() ? characterShape() : escapedPart(takeByte());
+            return rest_.empty() ? characterShape() : escapedPart(takeByte(rest_));
         default:
             return characterShape();
         }
     }
 
     static PatternShape escapedPart(char byte) {
-        if (byte >= '1' && byte <= '9')
+        if (isReference(byte))
             return referenceShape();
         switch (byte) {
         case 'w':
@@ -161,24 +193,6 @@ private:
             return anchorShape();
         default:
             return characterShape();
-        }
-    }
-
-    /// A "]" is an element where it stands first, and inside of "[. .]", "[= =]" and "[: :]".
-    void skipBracketExpression() {
-        if (rest_.starts_with('^'))
-            rest_.remove_prefix(1);
-        if (rest_.starts_with(']'))
-            rest_.remove_prefix(1);
-        while (!rest_.empty()) {
-            const char byte = takeByte();
-            if (byte == ']')
-                return;
-            if (byte == '[' && !rest_.empty() && std::strchr(".=:", rest_.front())) {
-                const char ending[] = {takeByte(), ']', '\0'};
-                const std::size_t end = rest_.find(ending);
-                rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 2);
-            }
         }
     }
 
@@ -296,7 +310,7 @@ private:
             return false;
         number = 0;
         while (!rest_.empty() && isDigit(rest_.front()))
-            number = std::min<std::uint32_t>(number * 10 + static_cast<std::uint32_t>(takeByte() - '0'),
+            number = std::min<std::uint32_t>(number * 10 + static_cast<std::uint32_t>(takeByte(rest_) - '0'),
                                              kMostCopies + 1);
         return true;
     }
