@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr const char *kFile = "src/QBDatabaseDate";
+constexpr const char *kFile = "src/QBDateAdditions";
 
 // The debug levels from which the array is traced as it came and as it went.
 constexpr int kLeastDebugOfInput = 2;

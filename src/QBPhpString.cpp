@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const char *kFile = "src/QBPhpString";
+constexpr const char *kFile = "src/QBPhpStringConversions";
 
 struct PhpStrings {
     static constexpr unsigned kDeepest = 512; // as deep as containers may be written on streams
