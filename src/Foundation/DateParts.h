@@ -37,8 +37,8 @@ inline NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0) {
 /// Returns what the clocks of `zone` show.
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);
 
-/// Returns the text of fields in the form of `format`, which suits them, autoreleased.
-NSString *fixedText(const calendar::Fields &fields, const calendar::FixedFormat &format);
+/// Returns the text of a local time in the form of `format`, which suits it, autoreleased.
+NSString *fixedText(std::int64_t localSeconds, const calendar::FixedFormat &format);
 
 /// Returns the date in the form of `format`, autoreleased.
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format);
