@@ -114,7 +114,12 @@ bool FixedFormat::add(char letter) {
 }
 
 void FixedFormat::addPair(std::size_t source) {
-    copies_.push_back({static_cast<std::uint16_t>(source), static_cast<std::uint16_t>(text_.size())});
+    const Copy copy = {static_cast<std::uint16_t>(source), static_cast<std::uint16_t>(text_.size())};
+    if (isPairFull_)
+        copies_.push_back({copy, copy}); // copied twice if it is the last
+    else
+        copies_.back()[1] = copy;
+    isPairFull_ = !isPairFull_;
     text_.append(2, '0');
 }
 
@@ -135,13 +140,20 @@ void FixedFormat::write(std::int64_t localSeconds, char *target) const {
         putName(parts.weekday, kShortWeekdays.data(), weekdayOf(localSeconds));
     text::copyBytes(target, text_.data(), text_.size());
     const char *const source = reinterpret_cast<const char *>(&parts);
-    for (const Copy &copy : copies_)
-        std::memcpy(target + copy.target, source + copy.source, 2);
+    for (const auto &[first, second] : copies_) {
+        std::memcpy(target + first.target, source + first.source, 2);
+        std::memcpy(target + second.target, source + second.source, 2);
+    }
 }
 
 namespace {
 
-// Apart, so that finding a kept one takes no more registers than it needs.
+using KeptFormats = std::array<FixedFormat, 16>;
+
+// These are apart, so that finding a kept one takes no more registers than it needs.
+[[gnu::noinline]] KeptFormats &newFormats() {
+    return *new KeptFormats;
+}
 [[gnu::noinline]] void prepare(FixedFormat &format, std::string_view pattern) {
     format = FixedFormat(pattern);
 }
@@ -149,7 +161,7 @@ namespace {
 } // namespace
 
 const FixedFormat &fixedFormat(std::string_view pattern) {
-    static auto &kept = *new std::array<FixedFormat, 16>;
+    static auto &kept = newFormats();
     // Most patterns are constants, each in a place of its own.
     FixedFormat &format = kept[reinterpret_cast<std::uintptr_t>(pattern.data()) / 16 % kept.size()];
     if (format.pattern().size() != pattern.size() ||

@@ -4,6 +4,7 @@
 
 #include "Civil.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -47,7 +48,8 @@ private:
 
     std::string pattern_;
     std::string text_;
-    std::vector<Copy> copies_;
+    std::vector<std::array<Copy, 2>> copies_; // by twos, which takes fewer steps
+    bool isPairFull_ = true;
     bool hasWeekday_ = false,
          hasPaddedDay_ = false; // others take no longer than looking whether they are wanted
     bool isFixed_ = true;
