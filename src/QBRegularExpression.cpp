@@ -19,10 +19,14 @@ namespace {
 constexpr const char *kFile = "src/QBRegularExpression";
 constexpr int kLineOfCompiling = 191;
 
+[[noreturn]] void throwNoString(const char *selector) {
+    throw InvalidArgumentException(std::string("QBRegularExpression ") + selector +
+                                   " must have a string that is not nil.");
+}
+
 NSString *checkedString(NSString *string, const char *selector) {
     if (!string)
-        throw InvalidArgumentException(std::string("QBRegularExpression ") + selector +
-                                       " must have a string that is not nil.");
+        throwNoString(selector);
     return string;
 }
 
