@@ -3,15 +3,13 @@
 #define QBFOUNDATION_FOUNDATION_DATEPARTS_H
 
 #include <QBFoundation/Foundation/NSDate.h>
+#include <QBFoundation/Foundation/NSString.h>
 
+#include "Calendar/FixedFormat.h"
 #include "Calendar/Format.h"
 
 #include <cstdint>
 #include <string_view>
-
-namespace qb::calendar {
-class FixedFormat;
-}
 
 namespace qb {
 
@@ -38,7 +36,10 @@ inline NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0) {
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);
 
 /// Returns the text of a local time in the form of `format`, which suits it, autoreleased.
-NSString *fixedText(std::int64_t localSeconds, const calendar::FixedFormat &format);
+inline NSString *fixedText(std::int64_t localSeconds, const calendar::FixedFormat &format) {
+    const auto write = [&](char *target) { format.write(localSeconds, target); };
+    return NSString::initFilled(format.length(), write).autorelease();
+}
 
 /// Returns the date in the form of `format`, autoreleased.
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format);

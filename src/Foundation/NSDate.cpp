@@ -6,7 +6,6 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "Calendar/FixedFormat.h"
 #include "Foundation/DateParts.h"
 #include "Foundation/NSDate.Tables.h"
 #include "System/Clock.h"
@@ -51,11 +50,6 @@ int millisecondOf(NSTimeInterval interval) {
 
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone) {
     return calendar::momentAt(utcSecondsOf(interval), millisecondOf(interval), zone->rules());
-}
-
-NSString *fixedText(std::int64_t localSeconds, const calendar::FixedFormat &format) {
-    const auto write = [&](char *target) { format.write(localSeconds, target); };
-    return NSString::initFilled(format.length(), write).autorelease();
 }
 
 // Apart from the usual date, which needs none of its registers.
