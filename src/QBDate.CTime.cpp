@@ -108,7 +108,7 @@ NSString *NSDate::stringValue() const {
     const qb::calendar::Zone &zone = *qb::calendar::systemZone();
     const StoredFormat &format = storedFormat();
     const std::int32_t seconds = ctime();
-    const qb::calendar::Fields fields = zone.fieldsAt(seconds);
-    return format.isFree && format.fixed.suits(fields) ? qb::fixedText(fields, format.fixed)
-                                                       : textOf(seconds, zone, format);
+    const std::int64_t local = zone.utcToLocal(seconds);
+    return format.isFree && format.fixed.suits(local) ? qb::fixedText(local, format.fixed)
+                                                      : textOf(seconds, zone, format);
 }

@@ -19,10 +19,14 @@ namespace {
 constexpr const char *kFile = "src/QBRegularExpression";
 constexpr int kLineOfCompiling = 191;
 
+[[noreturn]] void throwNoString(const char *selector) {
+    throw InvalidArgumentException(std::string("QBRegularExpression ") + selector +
+                                   " must have a string that is not nil.");
+}
+
 NSString *checkedString(NSString *string, const char *selector) {
     if (!string)
-        throw InvalidArgumentException(std::string("QBRegularExpression ") + selector +
-                                       " must have a string that is not nil.");
+        throwNoString(selector);
     return string;
 }
 
@@ -32,16 +36,16 @@ NSMutableDictionary *cachedExpressions() {
     return cache;
 }
 
-/// The latest answers by pattern object: programs ask for constant patterns over and over.
+/// The latest expressions by pattern object: programs ask for constant patterns over and over.
 class LatestExpressions {
 public:
-    id find(NSString *pattern, std::int32_t flags) const {
+    QBRegularExpression *find(NSString *pattern, std::int32_t flags) const {
         const Entry &entry = entryFor(pattern);
         return entry.pattern.get() == pattern && entry.flags == flags ? entry.expression : nullptr;
     }
 
-    void store(NSString *pattern, std::int32_t flags, id expression) {
-        if (pattern->copy().get() == pattern) // it will never change
+    void store(NSString *pattern, std::int32_t flags, QBRegularExpression *expression) {
+        if (expression && pattern->copy().get() == pattern) // it will never change
             entryFor(pattern) = {pattern, flags, expression};
     }
 
@@ -49,7 +53,7 @@ private:
     struct Entry {
         Ref<NSString> pattern; // keeps the address from being another string's
         std::int32_t flags = 0;
-        id expression = nullptr; // kept by the cache
+        QBRegularExpression *expression = nullptr; // kept by the cache
     };
 
     const Entry &entryFor(NSString *pattern) const {
@@ -94,7 +98,7 @@ QBRegularExpression::~QBRegularExpression() {
 
 id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int32_t flags) {
     checkedString(pattern, "regularExpressionWithPattern:flags:");
-    if (const id latest = latestExpressions().find(pattern, flags))
+    if (QBRegularExpression *const latest = latestExpressions().find(pattern, flags))
         return latest;
     NSString *const key = NSString::stringWithRestrictedFormat("%s%d", pattern, flags);
     id expression = cachedExpressions()->objectForKey(key);
@@ -105,7 +109,7 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
             return nullptr;
         expression = compiled;
     }
-    latestExpressions().store(pattern, flags, expression);
+    latestExpressions().store(pattern, flags, qb::castOrNil<QBRegularExpression>(expression));
     return expression;
 }
 
@@ -165,7 +169,9 @@ std::span<const qb::Method> qb::tables::stringRegularExpression() {
 }
 
 BOOL NSString::matches(NSString *pattern) const {
-    auto *const expression =
-        qb::castOrNil<QBRegularExpression>(QBRegularExpression::regularExpressionWithPattern(pattern));
+    const QBRegularExpression *expression = latestExpressions().find(pattern, 0);
+    if (!expression)
+        expression =
+            qb::castOrNil<QBRegularExpression>(QBRegularExpression::regularExpressionWithPattern(pattern));
     return expression && expression->matches(static_cast<NSString *>(self()));
 }

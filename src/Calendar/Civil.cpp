@@ -25,15 +25,14 @@ IsoWeek isoWeekFromDays(std::int64_t days) {
     return {year, static_cast<int>((thursday - daysFromCivil(year, 1, 1)) / 7) + 1};
 }
 
-Fields fieldsFromSeconds(std::int64_t seconds) {
+namespace detail {
+
+Fields fieldsOfFarSeconds(std::int64_t seconds) {
     const std::int64_t days = floorDiv(seconds, kSecondsPerDay);
-    const auto rest = static_cast<std::uint32_t>(seconds - days * kSecondsPerDay);
-    Fields fields = civilFromDays(days);
-    fields.hour = rest / 3600;
-    fields.minute = rest / 60 % 60;
-    fields.second = rest % 60;
-    return fields;
+    return withTime(civilFromDays(days), static_cast<std::uint32_t>(seconds - days * kSecondsPerDay));
 }
+
+} // namespace detail
 
 std::int64_t secondsFromFields(const Fields &fields) {
     std::int64_t year = bounded(fields.year, kYearLimit);

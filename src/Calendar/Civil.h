@@ -133,8 +133,33 @@ constexpr bool isUsual(const Fields &fields) {
            fields.year >= -kYearLimit && fields.year <= kYearLimit;
 }
 
+namespace detail {
+
+/// Returns the date with the time of day, given in seconds.
+constexpr Fields withTime(Fields date, std::uint32_t seconds) {
+    const std::uint32_t minutes = seconds / 60;
+    const std::uint32_t hours = minutes / 60;
+    date.hour = hours;
+    date.minute = minutes - hours * 60;
+    date.second = seconds - minutes * 60;
+    return date;
+}
+
+Fields fieldsOfFarSeconds(std::int64_t seconds);
+
+} // namespace detail
+
 /// Returns the fields of the second `seconds` after 1970-01-01 00:00:00, every one in its usual range.
-Fields fieldsFromSeconds(std::int64_t seconds);
+inline Fields fieldsFromSeconds(std::int64_t seconds) {
+    // Usual ones are counted from a day before them all, which spares looking at signs.
+    const std::uint64_t count =
+        static_cast<std::uint64_t>(seconds) + std::uint64_t{detail::kEpoch * kSecondsPerDay};
+    if (count >= std::uint64_t{detail::kShortDays * kSecondsPerDay}) [[unlikely]]
+        return detail::fieldsOfFarSeconds(seconds);
+    const auto days = static_cast<std::uint32_t>(count / std::uint64_t{kSecondsPerDay});
+    const auto rest = static_cast<std::uint32_t>(count - std::uint64_t{days} * kSecondsPerDay);
+    return detail::withTime(detail::civilFromCount(days), rest);
+}
 
 /// Returns the seconds from 1970-01-01 00:00:00 to `fields`, whose values may lie outside their usual ranges.
 ///

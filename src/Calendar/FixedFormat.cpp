@@ -1,6 +1,7 @@
 #include "FixedFormat.h"
 
 #include "FormatNames.h"
+#include "Stamp.h"
 #include "TwoDigits.h"
 
 #include "Text/Bytes.h"
@@ -15,15 +16,45 @@ namespace {
 // Longer ones are as rare as their preparing is dear.
 constexpr std::size_t kLongestPattern = 128;
 
-constexpr std::uint32_t kMonthShifts[] = {0, 3, 2, 5, 0, 3, 5, 1, 4, 6, 2, 4};
+/// What the conversions of a date write, each at a place of its own.
+struct Parts {
+    char stamp[kStampLength];
+    char paddedDay[2];
+    char weekday[kShortName + 1];
+    char month[kShortName + 1];
+};
 
-/// Source: Tomohiko Sakamoto, comp.lang.c, 1992. The year has four digits.
-std::string_view weekdayOf(const Fields &fields) {
-    const auto month = static_cast<std::uint32_t>(fields.month);
-    const std::uint32_t year = static_cast<std::uint32_t>(fields.year) - (month <= 2 ? 1 : 0);
-    return kWeekdays[(year + year / 4 - year / 100 + year / 400 + kMonthShifts[month - 1] +
-                      static_cast<std::uint32_t>(fields.day)) %
-                     7];
+// Places in the stamp.
+constexpr std::size_t kCentury = 0, kYearOfCentury = 2, kMonth = 4, kDay = 6, kHour = 8, kMinute = 10,
+                      kSecond = 12;
+
+/// The short names in a row, each with a NUL.
+template <std::size_t count>
+constexpr auto shortNames(const std::array<std::string_view, count> &names) {
+    std::array<char, count *(kShortName + 1)> row{};
+    for (std::size_t i = 0; i < count; ++i)
+        names[i].copy(row.data() + i * (kShortName + 1), kShortName);
+    return row;
+}
+constexpr auto kShortWeekdays = shortNames(kWeekdays);
+constexpr auto kShortMonths = shortNames(kMonths);
+
+/// Writes the day with a blank instead of a leading zero.
+void putPadded(char *target, std::int64_t day) {
+    putTwo(target, day);
+    if (day < 10)
+        target[0] = ' ';
+}
+
+/// Returns 0 for Sunday, by the days alone, so that it need not wait for the date.
+std::size_t weekdayOf(std::int64_t localSeconds) {
+    constexpr std::int64_t kAnySunday = daysFromCivil(0, 3, 5);
+    return static_cast<std::uint64_t>(localSeconds - kAnySunday * kSecondsPerDay) / kSecondsPerDay % 7;
+}
+
+/// Writes the name and its NUL.
+void putName(char *target, const char *names, std::size_t index) {
+    std::memcpy(target, names + index * (kShortName + 1), kShortName + 1);
 }
 
 } // namespace
@@ -45,73 +76,97 @@ bool FixedFormat::add(char letter) {
         text_ += '%';
         return true;
     case 'a':
-        addPlace(weekdays_, kShortName);
+        hasWeekday_ = true;
+        addName(offsetof(Parts, weekday));
         return true;
     case 'b':
-        addPlace(months_, kShortName);
+        addName(offsetof(Parts, month));
         return true;
     case 'd':
-        addNumber(&Fields::day);
+        addPair(kDay);
         return true;
     case 'e':
-        paddedDays_.push_back(text_.size());
-        addNumber(&Fields::day);
+        hasPaddedDay_ = true;
+        addPair(offsetof(Parts, paddedDay));
         return true;
     case 'H':
-        addNumber(&Fields::hour);
+        addPair(kHour);
         return true;
     case 'm':
-        addNumber(&Fields::month);
+        addPair(kMonth);
         return true;
     case 'M':
-        addNumber(&Fields::minute);
+        addPair(kMinute);
         return true;
     case 'S':
-        addNumber(&Fields::second);
+        addPair(kSecond);
         return true;
     case 'y':
-        addPlace(yearsOfCentury_, 2);
+        addPair(kYearOfCentury);
         return true;
     case 'Y':
-        addPlace(years_, 4);
+        addPair(kCentury);
+        addPair(kYearOfCentury);
         return true;
     default:
         return false;
     }
 }
 
-void FixedFormat::addNumber(std::int64_t Fields::*field) {
-    numbers_.push_back({text_.size(), field});
+void FixedFormat::addPair(std::size_t source) {
+    const Copy copy = {static_cast<std::uint16_t>(source), static_cast<std::uint16_t>(text_.size())};
+    if (isPairFull_)
+        copies_.push_back({copy, copy}); // copied twice if it is the last
+    else
+        copies_.back()[1] = copy;
+    isPairFull_ = !isPairFull_;
     text_.append(2, '0');
 }
 
-void FixedFormat::addPlace(Places &places, std::size_t width) {
-    places.push_back(text_.size());
-    text_.append(width, '0');
+void FixedFormat::addName(std::size_t source) {
+    addPair(source);
+    text_.pop_back(); // the second letter comes with the third too
+    addPair(source + 1);
 }
 
-void FixedFormat::write(const Fields &fields, char *target) const {
+void FixedFormat::write(std::int64_t localSeconds, char *target) const {
+    const Fields fields = fieldsFromSeconds(localSeconds);
+    Parts parts;
+    putStamp(fields, parts.stamp);
+    if (hasPaddedDay_)
+        putPadded(parts.paddedDay, fields.day);
+    putName(parts.month, kShortMonths.data(), static_cast<std::size_t>(fields.month - 1));
+    if (hasWeekday_)
+        putName(parts.weekday, kShortWeekdays.data(), weekdayOf(localSeconds));
     text::copyBytes(target, text_.data(), text_.size());
-    for (const Number &number : numbers_)
-        putTwo(target + number.place, fields.*number.field);
-    for (const std::size_t place : years_)
-        putFour(target + place, fields.year);
-    for (const std::size_t place : yearsOfCentury_)
-        putTwo(target + place, fields.year % 100);
-    for (const std::size_t place : weekdays_)
-        std::memcpy(target + place, weekdayOf(fields).data(), kShortName);
-    for (const std::size_t place : months_)
-        std::memcpy(target + place, kMonths[static_cast<std::size_t>(fields.month - 1)].data(), kShortName);
-    for (const std::size_t place : paddedDays_)
-        target[place] = fields.day < 10 ? ' ' : target[place];
+    const char *const source = reinterpret_cast<const char *>(&parts);
+    for (const auto &[first, second] : copies_) {
+        std::memcpy(target + first.target, source + first.source, 2);
+        std::memcpy(target + second.target, source + second.source, 2);
+    }
 }
+
+namespace {
+
+using KeptFormats = std::array<FixedFormat, 16>;
+
+// These are apart, so that finding a kept one takes no more registers than it needs.
+[[gnu::noinline]] KeptFormats &newFormats() {
+    return *new KeptFormats;
+}
+[[gnu::noinline]] void prepare(FixedFormat &format, std::string_view pattern) {
+    format = FixedFormat(pattern);
+}
+
+} // namespace
 
 const FixedFormat &fixedFormat(std::string_view pattern) {
-    static auto &kept = *new std::array<FixedFormat, 16>;
+    static auto &kept = newFormats();
     // Most patterns are constants, each in a place of its own.
     FixedFormat &format = kept[reinterpret_cast<std::uintptr_t>(pattern.data()) / 16 % kept.size()];
-    if (format.pattern() != pattern)
-        format = FixedFormat(pattern);
+    if (format.pattern().size() != pattern.size() ||
+        !text::areEqual(format.pattern().data(), pattern.data(), pattern.size()))
+        prepare(format, pattern);
     return format;
 }
 

@@ -4,6 +4,7 @@
 
 #include "Civil.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -20,31 +21,37 @@ public:
 
     const std::string &pattern() const { return pattern_; }
 
-    /// Whether `write` may be called for fields that are in their usual ranges: there are no other
-    /// conversions, and the year has four digits.
-    bool suits(const Fields &fields) const { return isFixed_ && fields.year >= 1000 && fields.year <= 9999; }
+    /// Whether `write` may be called for that time: there are no other conversions, and the year has four
+    /// digits.
+    bool suits(std::int64_t localSeconds) const {
+        return isFixed_ && localSeconds >= kFirstSecond && localSeconds < kEndSecond;
+    }
 
     std::size_t length() const { return text_.size(); }
 
-    /// Writes `length` bytes, those of `appendFormatted`, without a NUL.
-    void write(const Fields &fields, char *target) const;
+    /// Writes `length` bytes, those of `appendFormatted` for a local time as seconds after 1970-01-01
+    /// 00:00:00 local time, without a NUL.
+    void write(std::int64_t localSeconds, char *target) const;
 
 private:
-    /// Two digits of the text.
-    struct Number {
-        std::size_t place;
-        std::int64_t Fields::*field;
+    static constexpr std::int64_t kFirstSecond = daysFromCivil(1000, 1, 1) * kSecondsPerDay;
+    static constexpr std::int64_t kEndSecond = daysFromCivil(10000, 1, 1) * kSecondsPerDay;
+
+    /// Two bytes of the text, from the parts of a date.
+    struct Copy {
+        std::uint16_t source, target;
     };
-    using Places = std::vector<std::size_t>;
 
     bool add(char letter);
-    void addNumber(std::int64_t Fields::*field);
-    void addPlace(Places &places, std::size_t width);
+    void addPair(std::size_t source);
+    void addName(std::size_t source);
 
     std::string pattern_;
     std::string text_;
-    std::vector<Number> numbers_;
-    Places years_, yearsOfCentury_, weekdays_, months_, paddedDays_;
+    std::vector<std::array<Copy, 2>> copies_; // by twos, which takes fewer steps
+    bool isPairFull_ = true;
+    bool hasWeekday_ = false,
+         hasPaddedDay_ = false; // others take no longer than looking whether they are wanted
     bool isFixed_ = true;
 };
 

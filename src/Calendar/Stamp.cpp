@@ -1,7 +1,5 @@
 #include "Stamp.h"
 
-#include "TwoDigits.h"
-
 #include <cstdint>
 #include <cstring>
 
@@ -54,11 +52,6 @@ std::int64_t secondsOfStamp(const char *digits) {
     if (fields.year == 0 || !isUsual(fields))
         return kNoSeconds;
     return secondsFromUsualFields(fields);
-}
-
-void putStamp(const Fields &fields, char *target) {
-    target = putTwo(putTwo(putFour(target, fields.year), fields.month), fields.day);
-    putTwo(putTwo(putTwo(target, fields.hour), fields.minute), fields.second);
 }
 
 } // namespace qb::calendar

@@ -3,6 +3,7 @@
 #define QBFOUNDATION_CALENDAR_STAMP_H
 
 #include "Civil.h"
+#include "TwoDigits.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +16,10 @@ inline constexpr std::string_view kStampPattern = "%Y%m%d%H%M%S";
 inline constexpr std::size_t kStampLength = 14;
 
 /// Writes the digits, without a NUL. The fields are in their usual ranges, the year is 1000 to 9999.
-void putStamp(const Fields &fields, char *target);
+inline void putStamp(const Fields &fields, char *target) {
+    target = putTwo(putTwo(putFour(target, fields.year), fields.month), fields.day);
+    putTwo(putTwo(putTwo(target, fields.hour), fields.minute), fields.second);
+}
 
 /// Earlier than any stamp's second.
 inline constexpr std::int64_t kNoSeconds = INT64_MIN;

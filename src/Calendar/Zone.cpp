@@ -9,9 +9,6 @@ namespace qb::calendar {
 namespace {
 constexpr std::int64_t kSinceEver = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kForEver = std::numeric_limits<std::int64_t>::max();
-
-// More than any offset, an hour ahead included: no two clocks differ by more than twice this.
-constexpr std::int64_t kReach = kMaxZoneOffset + 2 * 3600;
 } // namespace
 
 Zone::Zone(std::string name, ZoneData data, std::int32_t advance)
@@ -63,11 +60,6 @@ std::int64_t Zone::localToUtc(std::int64_t localSeconds) const {
             return local - range.offset.seconds;
         range = next;
     }
-}
-
-Fields Zone::fieldsAt(std::int64_t utcSeconds) const {
-    const std::int64_t within = std::clamp(utcSeconds, kSinceEver + kReach, kForEver - kReach);
-    return fieldsFromSeconds(within + remembered(within).offset.seconds);
 }
 
 } // namespace qb::calendar

@@ -5,6 +5,7 @@
 #include "Civil.h"
 #include "ZoneFile.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -41,8 +42,14 @@ public:
     /// A local time that a change of the clocks skips or doubles takes the offset before the change.
     std::int64_t localToUtc(std::int64_t localSeconds) const;
 
+    /// Returns the local time at `utcSeconds`, in seconds after 1970-01-01 00:00:00 local time.
+    std::int64_t utcToLocal(std::int64_t utcSeconds) const {
+        const std::int64_t within = std::clamp(utcSeconds, INT64_MIN + kReach, INT64_MAX - kReach);
+        return within + remembered(within).offset.seconds;
+    }
+
     /// Returns the local date and time at `utcSeconds`.
-    Fields fieldsAt(std::int64_t utcSeconds) const;
+    Fields fieldsAt(std::int64_t utcSeconds) const { return fieldsFromSeconds(utcToLocal(utcSeconds)); }
 
     /// Returns the UTC seconds of local `fields`, by the rules of `secondsFromFields` and `localToUtc`.
     std::int64_t utcFromFields(const Fields &fields) const { return localToUtc(secondsFromFields(fields)); }
@@ -58,6 +65,8 @@ private:
     void find(std::int64_t utcSeconds, ZoneRange &range) const;
     ZoneRange storedRange(std::size_t transitionsBefore) const;
 
+    // More than any offset, an hour ahead included: no two clocks differ by more than twice this.
+    static constexpr std::int64_t kReach = kMaxZoneOffset + 2 * 3600;
     // Half a year, as long as most ranges, and some 70 years of them. Powers of two.
     static constexpr std::uint64_t kNearby = 1U << 24;
     static constexpr std::size_t kRecent = 128;

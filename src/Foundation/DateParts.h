@@ -3,15 +3,13 @@
 #define QBFOUNDATION_FOUNDATION_DATEPARTS_H
 
 #include <QBFoundation/Foundation/NSDate.h>
+#include <QBFoundation/Foundation/NSString.h>
 
+#include "Calendar/FixedFormat.h"
 #include "Calendar/Format.h"
 
 #include <cstdint>
 #include <string_view>
-
-namespace qb::calendar {
-class FixedFormat;
-}
 
 namespace qb {
 
@@ -37,8 +35,11 @@ inline NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0) {
 /// Returns what the clocks of `zone` show.
 calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone);
 
-/// Returns the text of fields in the form of `format`, which suits them, autoreleased.
-NSString *fixedText(const calendar::Fields &fields, const calendar::FixedFormat &format);
+/// Returns the text of a local time in the form of `format`, which suits it, autoreleased.
+inline NSString *fixedText(std::int64_t localSeconds, const calendar::FixedFormat &format) {
+    const auto write = [&](char *target) { format.write(localSeconds, target); };
+    return NSString::initFilled(format.length(), write).autorelease();
+}
 
 /// Returns the date in the form of `format`, autoreleased.
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format);

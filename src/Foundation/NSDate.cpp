@@ -6,7 +6,6 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "Calendar/FixedFormat.h"
 #include "Foundation/DateParts.h"
 #include "Foundation/NSDate.Tables.h"
 #include "System/Clock.h"
@@ -53,16 +52,16 @@ calendar::Moment momentOf(NSTimeInterval interval, const NSTimeZone *zone) {
     return calendar::momentAt(utcSecondsOf(interval), millisecondOf(interval), zone->rules());
 }
 
-NSString *fixedText(const calendar::Fields &fields, const calendar::FixedFormat &format) {
-    const auto write = [&](char *target) { format.write(fields, target); };
-    return NSString::initFilled(format.length(), write).autorelease();
+// Apart from the usual date, which needs none of its registers.
+[[gnu::noinline]] static NSString *unfixedText(NSTimeInterval interval, const NSTimeZone *zone,
+                                               std::string_view format) {
+    return NSString::stringWith(calendar::formatted(format, momentOf(interval, zone)));
 }
 
 NSString *dateText(NSTimeInterval interval, const NSTimeZone *zone, std::string_view format) {
     const calendar::FixedFormat &fixed = calendar::fixedFormat(format);
-    const calendar::Fields fields = zone->rules().fieldsAt(utcSecondsOf(interval));
-    return fixed.suits(fields) ? fixedText(fields, fixed)
-                               : NSString::stringWith(calendar::formatted(format, momentOf(interval, zone)));
+    const std::int64_t local = zone->rules().utcToLocal(utcSecondsOf(interval));
+    return fixed.suits(local) ? fixedText(local, fixed) : unfixedText(interval, zone, format);
 }
 
 } // namespace qb
