@@ -128,8 +128,8 @@ void QBFileInputStream::close() {
 void QBFileInputStream::reset() {
     if (descriptor_ < 0)
         return;
-    sys::lseek(descriptor_, 0, SEEK_SET);
-    emptyWindow();
+    if (sys::lseek(descriptor_, 0, SEEK_SET) == 0)
+        emptyWindow(); // of a pipe it has what can't be read again
     bytesRemaining_ = fileSize_;
 }
 

@@ -3,8 +3,10 @@
 #include "support/TemporaryDirectory.h"
 
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <random>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -171,4 +173,16 @@ TEST_F(QBFileInputStreamTest, LineIsReadBeforeTheNextOneIsThere) {
     EXPECT_EQ(stream->readLine()->view(), "ab");
     EXPECT_EQ(counter.calls(Call::read), 1u);
     EXPECT_EQ(lines(stream), (Lines{"c", "d"}));
+}
+
+TEST_F(QBFileInputStreamTest, ResetOfAPipeLosesNothing) {
+    const std::string name = directory_ / "pipe";
+    ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
+    const int end = ::open(name.c_str(), O_RDWR); // so that neither side waits
+    ASSERT_EQ(::write(end, "a\nb\n", 4), 4);
+    QBFileInputStream *const stream = QBFileInputStream::streamWithFile(directory_.string("pipe"));
+    EXPECT_EQ(stream->readLine()->view(), "a");
+    stream->reset();
+    EXPECT_EQ(stream->readLine()->view(), "b");
+    ::close(end);
 }

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <fcntl.h>
 #include <random>
+#include <unistd.h>
 
 using QBInputStreamTest = PoolFixture;
 
@@ -198,6 +200,22 @@ TEST_F(QBInputStreamTest, FilePointerIsReadToItsEndAndRewound) {
     stream->close();
     stream->close();
     expectError(100023, "<unknown> Bad file descriptor", [&] { EXPECT_EQ(stream->readByte(), 0); });
+}
+
+TEST_F(QBInputStreamTest, ResetForgetsTheEndOfAPipe) {
+    OSPipe *const pipe = OSPipe::pipe();
+    std::FILE *const file = ::fdopen(::dup(pipe->readHandle()), "rb");
+    ::fcntl(pipe->readHandle(), F_SETFL, O_NONBLOCK);
+    QBFilePointerInputStream *const stream = QBFilePointerInputStream::streamWithFilePointer(file);
+    {
+        const ErrorExpectation nothingYet(100023);
+        EXPECT_EQ(stream->readByte(), 0);
+    }
+    ASSERT_EQ(::write(pipe->writeHandle(), "a", 1), 1);
+    stream->reset();
+    EXPECT_EQ(stream->readByte(), 'a');
+    pipe->closeWriteHandle();
+    EXPECT_EQ(stream->readByte(), -1); // the end, and no error of before
 }
 
 TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {

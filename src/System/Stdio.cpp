@@ -200,10 +200,11 @@ int fseeko(std::FILE *file, off_t offset, int whence) noexcept {
 }
 
 int rewind(std::FILE *file) noexcept {
-    if (sys::fseeko(file, 0, SEEK_SET) != 0)
+    if (isClosedStandard(file))
         return -1;
-    sys::clearerr(file);
-    return 0;
+    const int outcome = sys::fseeko(file, 0, SEEK_SET);
+    sys::clearerr(file); // of a pipe too, whose next writer may have come
+    return outcome;
 }
 
 bool feof(std::FILE *file) noexcept {

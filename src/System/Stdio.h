@@ -46,7 +46,7 @@ int fputs(const char *text, std::FILE *file) noexcept;
 
 /// Moves the position; -1 after an error.
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept;
-/// Moves to the start and forgets end and errors; unlike the C function it answers -1 when that fails.
+/// Moves to the start, and forgets end and errors; unlike the C function it answers -1 when it can't move.
 int rewind(std::FILE *file) noexcept;
 /// Returns whether reading has met the end.
 bool feof(std::FILE *file) noexcept;
