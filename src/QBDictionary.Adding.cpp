@@ -56,6 +56,7 @@ void NSMutableDictionary::setObjects(NSArray *objects, NSArray *forKeys) {
     if (count != (forKeys ? forKeys->count() : 0))
         throw InvalidArgumentException(
             "NSMutableDictionary setObjects:forKeys: must have both arguments of the same size");
+    const Ref<NSArray> keptObjects = objects, keptKeys = forKeys; // which an old value may own
     for (std::uint32_t i = 0; i < count; ++i)
         setObjectForKey(objects->objectAtIndex(i), forKeys->objectAtIndex(i));
 }
@@ -63,6 +64,7 @@ void NSMutableDictionary::setObjects(NSArray *objects, NSArray *forKeys) {
 void NSMutableDictionary::setObjectForKeys(id object, NSArray *forKeys) {
     if (!forKeys)
         return;
+    const Ref<NSArray> kept = forKeys; // which an old value may own
     for (id key : *forKeys)
         setObjectForKey(object, key);
 }
@@ -72,6 +74,7 @@ void NSMutableDictionary::setObjectForKeys(id object, NSArray *forKeys) {
 void NSMutableDictionary::removeObjectsForKeysWithPrefixes(NSArray *prefixes) {
     if (!prefixes)
         return;
+    const Ref<NSArray> kept = prefixes; // which a removed value may own
     const Ref<NSArray> keys = allKeys();
     for (id key : *keys)
         if (hasOneOf(prefixes, qb::castOrNil<NSString>(key)))

@@ -211,6 +211,7 @@ void QBEnumFilter::_setSource(id source) {
     if (source_.get() == source)
         return;
     std::exchange(source_, source).autorelease();
+    chain_ = nullptr; // which keeps the old source
     if (isInChain_)
         ++sourceChanges;
 }

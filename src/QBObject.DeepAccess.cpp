@@ -188,10 +188,10 @@ Ref<NSObject> mutableElementAt(NSMutableArray *array, std::string_view component
     return changed;
 }
 
-// Returns the value of the key on the way to deeper ones, made mutable; what is no value as it is.
-Ref<NSObject> mutableValueAt(id object, NSString *key) {
+// Returns the value of the key on the way to deeper ones, made mutable; what nothing can be set in as it is.
+Ref<NSObject> mutableValueAt(id object, NSString *key, Change::Kind kind) {
     Ref<NSObject> value = object->objectForKey(key);
-    if (IsNil(value))
+    if (!value || (kind == Change::kSet && IsNil(value)))
         return value;
     Ref<NSObject> changed = value->makeMutable();
     if (changed != value)
@@ -208,7 +208,7 @@ void changeAt(id receiver, NSString *dottedKey, const Change &change) {
             return array ? change.applyToIndex(array, indexOf(key.component()))
                          : change.applyToKey(object, NSString::stringWith(key.component()));
         object = array ? mutableElementAt(array, key.component())
-                       : mutableValueAt(object, NSString::stringWith(key.component()));
+                       : mutableValueAt(object, NSString::stringWith(key.component()), change.kind);
         if (!array && change.kind == Change::kSet && IsNil(object))
             return raiseWrongKey(NSString::stringWith(key.rest()));
         key.goOn();

@@ -29,6 +29,7 @@ TEST_F(QBNilTest, EveryObjectsOperationsAnswerNothing) {
     EXPECT_EQ(null->copy().get(), null);
     EXPECT_EQ(null->makeMutable(), null);
     EXPECT_NO_THROW(null->subclassResponsibility("copy"_sel));
+    null->setDeepObject("v"_ns, "a.b"_ns); // and no error
 }
 
 TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {

@@ -47,6 +47,7 @@ public:
     id makeMutable() const override { return self(); }
     void doesNotRecognizeSelector(SEL) const override {}
     void subclassResponsibility(SEL) const override {}
+    void setDeepObject(id, NSString *) override {}
     NSData *asData() const override { return nullptr; }
     void encodeWithCoder(NSCoder *coder) const override;
 

@@ -72,6 +72,7 @@ void NSMutableDictionary::removeObjectsForKeys(NSArray *keys) {
 void NSMutableDictionary::addEntriesFromDictionary(NSDictionary *other) {
     if (!other || other == this)
         return;
+    const Ref<NSDictionary> kept = other; // which an old value may own
     for (const auto &[key, value] : *other)
         setObjectForKey(value, key);
 }

@@ -76,6 +76,7 @@ void NSMutableSet::minusSet(NSSet *other) {
         return;
     if (other == this)
         return removeAllObjects();
+    const Ref<NSSet> kept = other; // which an element of this set may own
     for (id object : *other)
         removeObject(object);
 }

@@ -226,7 +226,8 @@ void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
     const Line line("[", qb::currentTimeText(), "] (", std::string_view(pid, pidLength), ") [", prefix,
                     std::string_view(" ", prefix_ ? 1 : 0), category, "] ", text, "\n");
     if (file != stderr)
-        qb::printText(line.text(), qb::Printed::line, sys::fileno(file)); // past the stream: a line of any length is one write
+        qb::printText(line.text(), qb::Printed::line,
+                      sys::fileno(file)); // past the stream: a line of any length is one write
     if (file == stderr || _duplicateLogToStderr)
         qb::printText(line.text(), qb::Printed::line, stderr);
 }
