@@ -79,10 +79,6 @@ struct alignas(16) HashTable::Group {
 #endif
     }
 
-    std::uint32_t taken() const {
-        return placesWith(0) ^ ((1U << kPlaces) - 1);
-    }
-
     // Writes the tag of a free place. The tags are written as a whole, as they are read: the processor makes
     // a read of many bytes wait when a part of them was written just before.
     void take(int place, std::uint8_t tag) {
