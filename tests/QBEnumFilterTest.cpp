@@ -47,6 +47,42 @@ std::string yielded(QBEnumFilter *filter, NSArray *elements) {
     return describe(elements->objectsFilteredWith(filter));
 }
 
+struct Mark {
+    virtual ~Mark() = default;
+    virtual BOOL isMarked() const { return mark == 7; }
+    int mark = 7;
+};
+
+/// Has an operation from beside NSObject, one that a subclass overrides, and one in both.
+class Marked : public NSObject, public Mark {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    virtual NSString *kind() const { return "marked"_ns; }
+    Marked *itself() { return this; }
+};
+class Remarked final : public Marked {
+public:
+    static Class *cls();
+    Class *classObject() const override { return cls(); }
+    NSString *kind() const override { return "remarked"_ns; }
+    BOOL isMarked() const override { return mark != 7; }
+};
+
+Class *Marked::cls() {
+    static const qb::Method methods[] = {
+        qb::method<"kind">(&Marked::kind),
+        qb::method<"itself">(&Marked::itself),
+        qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
+    };
+    static Class *const self = new Class("Marked", NSObject::cls(), methods, qb::construct<Marked>);
+    return self;
+}
+Class *Remarked::cls() {
+    static Class *const self = new Class("Remarked", Marked::cls(), {}, qb::construct<Remarked>);
+    return self;
+}
+
 const qb::ClassRegistration registration{&Passing::cls};
 
 NSString *added(id self) {
@@ -124,6 +160,20 @@ TEST_F(QBEnumFilterTest, EachClassGetsItsOwnOperationWheneverItComes) {
     EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)),
               "(o, 0, NSString, NSArray, o, 1, NSString, NSArray)");
     EXPECT_EQ(describe(elements->filterWithSelector("array"_sel)), "((), ())"); // a class's operation
+}
+
+TEST_F(QBEnumFilterTest, MembersOfBasesAndOfSubclassesAreTheOnesCalled) {
+    NSMutableArray *const elements = NSMutableArray::array();
+    for (int i = 0; i < 2; ++i) {
+        elements->addObject(Ref<Marked>::adopt(new Marked).get());
+        elements->addObject(Ref<Remarked>::adopt(new Remarked).get());
+    }
+    EXPECT_EQ(describe(elements->filterWithSelector("kind"_sel)), "(marked, remarked, marked, remarked)");
+    NSArray *const marked = elements->filterWithSelector("itself"_sel);
+    EXPECT_TRUE(marked->isEqual(elements));
+    EXPECT_EQ(describe(marked->objectsFilteredWith(filterOfClass("QBEnumSelectFilter", "isMarked"_sel))
+                           ->filterWithSelector("kind"_sel)),
+              "(marked, marked)");
 }
 
 TEST_F(QBEnumFilterTest, ChangesCountFromTheNextObjectOn) {

@@ -37,6 +37,23 @@ Value Method::invoke(id receiver, const Value *values, std::size_t count) const 
     return listed_(*this, receiver, all.data());
 }
 
+// As pointers to members are laid out (Itanium C++ ABI, 2.3): the function's address, or when that is odd one
+// more than its place in the virtual table; and by how much `this` is moved.
+Method::TypedEntry Method::bareMember(const void *virtualTable) const {
+    struct MemberPointer {
+        std::uintptr_t function;
+        std::ptrdiff_t adjustment;
+    };
+    const auto member = target<MemberPointer>();
+    if (!isBareMember_ || member.adjustment != 0)
+        return nullptr;
+    if (member.function % 2 == 0)
+        return reinterpret_cast<TypedEntry>(member.function);
+    TypedEntry entry;
+    std::memcpy(&entry, static_cast<const char *>(virtualTable) + (member.function - 1), sizeof entry);
+    return entry;
+}
+
 bool Method::isFoundFrom(Class *cls) const {
     const Method *found =
         isClassMethod_ ? cls->methodForSelector(selector_) : cls->instanceMethodForSelector(selector_);

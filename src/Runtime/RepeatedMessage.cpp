@@ -37,17 +37,24 @@ bool isTyped(const Type &result) {
                             : result.kind == Kind::integer && result.width == 8 && result.isSigned;
 }
 
+// Calls an operation whose result travels as an `R`, and whose values are objects.
+template <class R, class... Ids>
+R callTyped(const Method *method, id receiver, Ids... values) {
+    return reinterpret_cast<R (*)(const Method *, id, Ids...)>(method->typedEntry())(method, receiver,
+                                                                                     values...);
+}
+
 template <class R>
 R callWith(const Method *method, id receiver, const id *values) {
     switch (method->parameterCount()) {
     case 0:
-        return detail::callTyped<R>(method, receiver);
+        return callTyped<R>(method, receiver);
     case 1:
-        return detail::callTyped<R>(method, receiver, values[0]);
+        return callTyped<R>(method, receiver, values[0]);
     case 2:
-        return detail::callTyped<R>(method, receiver, values[0], values[1]);
+        return callTyped<R>(method, receiver, values[0], values[1]);
     default:
-        return detail::callTyped<R>(method, receiver, values[0], values[1], values[2]);
+        return callTyped<R>(method, receiver, values[0], values[1], values[2]);
     }
 }
 
@@ -110,9 +117,9 @@ void RepeatedMessage::forgetAll() {
         message->forget();
 }
 
-bool RepeatedMessage::isPlain() const {
+bool RepeatedMessage::returnsWanted() const {
     const bool wantsObject = wanted_ == Wanted::object;
-    return wanted_ != Wanted::anything && call_ == Call::typed && method_->parameterCount() == 0 &&
+    return wanted_ != Wanted::anything && call_ == Call::typed &&
            isObject(method_->resultType()) == wantsObject;
 }
 
@@ -126,7 +133,8 @@ void RepeatedMessage::lookUp(id receiver, std::size_t valueCount) {
     // Class objects share one virtual table but not their operations.
     const void *const key = dispatchKey(receiver);
     key_ = key == dispatchKey(Class::cls()) ? nullptr : key;
-    plainKey_ = isPlain() ? key_ : nullptr;
+    plainOperation_ = key_ && returnsWanted() ? method_->bareMember(key_) : nullptr;
+    plainKey_ = plainOperation_ ? key_ : nullptr;
     enterList();
 }
 

@@ -48,14 +48,18 @@ public:
 
     template <class Member>
     Method(SEL selector, Member operation, const Type *const *types, std::size_t parameterCount,
-           TypedEntry typed, ListedEntry listed, bool isClassMethod, bool hasVariableValues)
+           TypedEntry typed, ListedEntry listed, bool isClassMethod, bool hasVariableValues,
+           bool isBareMember)
         : selector_(selector), types_(types), typed_(typed), listed_(listed),
           parameterCount_(static_cast<std::uint8_t>(parameterCount)), isClassMethod_(isClassMethod),
-          hasVariableValues_(hasVariableValues) {
+          hasVariableValues_(hasVariableValues), isBareMember_(isBareMember) {
         static_assert(sizeof(Member) <= sizeof(target_));
         std::memcpy(target_, &operation, sizeof(Member));
     }
     TypedEntry typedEntry() const { return typed_; }
+    /// The member function that the operation is for objects with this virtual table, to be called as a plain
+    /// one, `R (*)(id)`; null when the typed entry does more than that call.
+    TypedEntry bareMember(const void *virtualTable) const;
     template <class Member>
     Member target() const {
         Member result;
@@ -75,6 +79,7 @@ private:
     std::uint8_t parameterCount_;
     bool isClassMethod_;
     bool hasVariableValues_;
+    bool isBareMember_;
 };
 
 } // namespace qb

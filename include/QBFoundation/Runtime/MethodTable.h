@@ -180,6 +180,24 @@ constexpr bool fits(std::size_t colons, std::size_t hidden = 0) {
     return colons + hidden == sizeof...(P) || (endsInArgList<P...>() && colons + hidden + 1 == sizeof...(P));
 }
 
+// Whether an object has one address as an NSObject and as a `T`.
+template <class T>
+bool beginsWithNSObject() {
+    T *const object = reinterpret_cast<T *>(alignof(std::max_align_t));
+    return static_cast<const void *>(static_cast<const NSObject *>(object)) == object;
+}
+
+// Whether a result leaves a member just as it leaves its typed entry.
+template <class R>
+bool leavesUnchanged() {
+    if constexpr (std::is_void_v<R> || IsRef<std::decay_t<R>>::value)
+        return false;
+    else if constexpr (kindOf<R>() == Kind::object)
+        return beginsWithNSObject<std::remove_pointer_t<R>>();
+    else
+        return std::is_same_v<R, PassedAs<R>>;
+}
+
 // The two ways into an operation. `Call` says how the member is reached: static R call(const Method &, id,
 // P...).
 template <class Call, class R, class... P>
@@ -207,7 +225,14 @@ struct Entry {
     }
     static Method make(SEL selector, auto member, bool isClassMethod) {
         return Method(selector, member, typesOf<R, P...>(), sizeof...(P),
-                      reinterpret_cast<void (*)()>(&typed), &listed, isClassMethod, endsInArgList<P...>());
+                      reinterpret_cast<void (*)()>(&typed), &listed, isClassMethod, endsInArgList<P...>(),
+                      isBareMember());
+    }
+    static bool isBareMember() {
+        if constexpr (sizeof...(P) == 0 && requires { typename Call::Receiver; })
+            return beginsWithNSObject<typename Call::Receiver>() && leavesUnchanged<R>();
+        else
+            return false;
     }
     template <class T>
     static void convertArgument(const Method &method, const Value *values, std::size_t index, T &argument);
@@ -227,6 +252,7 @@ void Entry<Call, R, P...>::convertArgument(const Method &method, const Value *va
 // A member function called on the receiver.
 template <class Member, class C, class R, class... P>
 struct MemberCall {
+    using Receiver = C;
     static R call(const Method &method, id receiver, P... arguments) {
         return (static_cast<C *>(receiver)->*method.target<Member>())(static_cast<P>(arguments)...);
     }

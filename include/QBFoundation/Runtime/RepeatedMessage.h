@@ -3,6 +3,7 @@
 #define QBFOUNDATION_RUNTIME_REPEATEDMESSAGE_H
 
 #include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Runtime/Method.h>
 #include <QBFoundation/Runtime/Types.h>
 
 #include <cstddef>
@@ -18,8 +19,8 @@ namespace qb {
 /// another kind, counts as not there; nil serves for any kind of pointer.
 class RepeatedMessage {
 public:
-    /// What the sender asks for at most times. When an operation takes no values and returns just that, its
-    /// call is part of the sender's loop.
+    /// What the sender asks for at most times. When an operation is a member function without values that
+    /// returns just that, its call is part of the sender's loop.
     enum class Wanted : std::uint8_t { anything, object, boolean };
 
     explicit RepeatedMessage(Wanted wanted) noexcept : wanted_(wanted) {}
@@ -42,8 +43,8 @@ public:
     /// Sends the message. Returns whether its result is neither 0 nor a null pointer; false without a result.
     bool isTrue(id receiver, const id *values) const;
 
-    /// Whether the operation that was looked up serves `receiver` too, takes no values and returns what is
-    /// wanted; then one of the next two calls it.
+    /// Whether the operation that was looked up serves `receiver` too, is a member function without values
+    /// and returns what is wanted; then one of the next two calls it.
     bool isPlainFor(id receiver) const;
     id plainObject(id receiver) const;
     bool isPlainTrue(id receiver) const;
@@ -55,13 +56,14 @@ private:
     void lookUp(id receiver, std::size_t valueCount);
     void enterList();
     bool takes(std::span<const id> values) const;
-    bool isPlain() const;
+    bool returnsWanted() const;
     Value invoke(id receiver, const id *values) const;
 
     SEL selector_ = nullptr;
     const Method *method_ = nullptr;
-    const void *key_ = nullptr;        // of the receivers that the rest is for, see `dispatchKey`
-    const void *plainKey_ = nullptr;   // the same for a plain operation, else null
+    const void *key_ = nullptr;      // of the receivers that the rest is for, see `dispatchKey`
+    const void *plainKey_ = nullptr; // the same for a plain operation, else null
+    Method::TypedEntry plainOperation_ = nullptr;
     RepeatedMessage *next_ = nullptr;  // of those that have looked up
     RepeatedMessage **link_ = nullptr; // which leads to this one in their list; null outside of it
     Call call_ = Call::none;
