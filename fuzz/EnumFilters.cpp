@@ -14,6 +14,7 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Class.h>
+#include <QBFoundation/Runtime/Send.h>
 
 #include "support/Choices.h"
 #include "support/Require.h"
@@ -101,6 +102,15 @@ class Run {
 public:
     explicit Run(Choices choices)
         : choices_(choices), values_(allValues()), selectors_(allSelectors(values_)) {}
+
+    // Messages make containers hold each other, which is no leak of the filters.
+    ~Run() {
+        for (id value : *values_)
+            if (value->respondsToSelector("removeAllObjects"_sel))
+                send<void>(value, "removeAllObjects"_sel);
+    }
+    Run(const Run &) = delete;
+    Run &operator=(const Run &) = delete;
 
     void go() {
         id last = values_->objectEnumerator();
