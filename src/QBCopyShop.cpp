@@ -91,6 +91,8 @@ std::uint64_t QBCopyShop::copyUpTo(std::uint64_t limit, QBInputStream *from, QBO
                                    const long *timeout) const {
     qb::required(from, "QBCopyShop copyFrom:to:", "a source");
     qb::required(to, "QBCopyShop copyFrom:to:", "a sink");
+    const Ref<QBInputStream> keptSource(from); // whatever the two do to their owners
+    const Ref<QBOutputStream> keptSink(to);
     const qb::SavedErrors errors;
     const std::unique_ptr<void, Release> buffer(qb::sys::allocate(bufferSize_));
     if (!buffer) {

@@ -170,6 +170,7 @@ NSMutableArray *QBErrorHandler::clearErrorStack() {
 }
 
 void QBErrorHandler::replaceErrorStack(NSArray *stack) {
+    const Ref<NSArray> kept(stack); // which may be a part of what is replaced
     stackTrace_ = stack ? static_cast<NSMutableArray *>(stack->makeMutable()) : nullptr;
     setErrorState(stack && stack->containsData() ? ERRORSTATE_ERROR : ERRORSTATE_OK);
 }
@@ -223,8 +224,11 @@ qb::SavedErrors::~SavedErrors() {
         try {
             ERRORHANDLER->insertOldErrorStack(earlier_);
             return;
-        } catch (const std::bad_alloc &) { // where there is no memory to join them, the earlier ones stay
+        } catch (...) { // where they can't be joined, be it for want of memory, the earlier ones stay
         }
     }
-    ERRORHANDLER->replaceErrorStack(earlier_);
+    try {
+        ERRORHANDLER->replaceErrorStack(earlier_);
+    } catch (...) { // of a client's handler
+    }
 }

@@ -144,7 +144,7 @@ id NSObject::objectForKey(id key) const {
 }
 
 void NSObject::setObjectForKey(id object, id key) {
-    const std::string_view name = textOf(key);
+    const std::string name(textOf(key)); // the object's operations may change the key
     const std::string selector = setterFor(name);
     const qb::Method *const setter = accessorOf(this, selector, /*parameters=*/1);
     if (!setter)

@@ -81,15 +81,15 @@ std::span<const qb::Method> qb::tables::pathHierarchicalObject() {
 }
 
 QBPath *QBPath::qbPathWithObjectOfClass(Class *asked, id object) {
-    std::vector<id> names;
+    std::vector<Ref<NSObject>> names;
     if (!IsNil(object)) {
         Climb climb(object, "qbPathWithObject:");
         do
-            names.push_back(send<id>(climb.object(), "name"_sel));
+            names.emplace_back(send<id>(climb.object(), "name"_sel));
         while (climb.goOn());
-        std::reverse(names.begin(), names.end());
     }
-    return qbPathWithArrayOfClass(asked, NSArray::arrayWith(names), /*isAbsolutePath=*/YES,
+    const std::vector<id> components(names.rbegin(), names.rend());
+    return qbPathWithArrayOfClass(asked, NSArray::arrayWith(components), /*isAbsolutePath=*/YES,
                                   /*isDirectory=*/NO);
 }
 

@@ -1,4 +1,5 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
+#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/QBRegularExpression.h>
 #include <QBFoundation/Runtime/MethodTable.h>
@@ -46,6 +47,10 @@ QBRegularExpressionMatchObject::~QBRegularExpressionMatchObject() = default;
 
 BOOL QBRegularExpressionMatchObject::setUpWithMatches(const regmatch_t *matches, std::uint32_t count,
                                                       NSString *toString, std::int32_t fromIndex) {
+    if (!matches && count != 0)
+        throw InvalidArgumentException(
+            "QBRegularExpressionMatchObject initWithMatches:count:toString:fromIndex:"
+            " must have matches that are not NULL.");
     subGroups_ = NSMutableArray::initWithCapacity(count);
     string_ = toString;
     for (const regmatch_t *match = matches; match != matches + count; ++match) {

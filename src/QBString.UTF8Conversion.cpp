@@ -32,11 +32,11 @@ const unsigned char *unsignedBytes(const char *bytes) {
 
 // Reports the invalid sequence at `offset`.
 void raiseMalformed(std::string_view text, std::size_t offset) {
+    const std::size_t before = std::min(offset, kShownBefore);
+    const std::string shown(text.substr(offset - before, before + kShownAfter)); // a handler may change it
     qb::raiseError(kFile, kLineOfMalformed, qb::kErrorMalformedUtf8, static_cast<std::uint32_t>(offset));
     if (debug <= 0)
         return;
-    const std::size_t before = std::min(offset, kShownBefore);
-    const std::string shown(text.substr(offset - before, before + kShownAfter));
     const std::string mark = std::string(before, ' ') + "^";
     qb::writeStandardError(qb::printed("Error in UTF-8 string:\n%s\n%s\n", shown.c_str(), mark.c_str()));
 }
@@ -172,7 +172,8 @@ void NSString::verifyUTF8(const char *text, const NSRange *withInvalidRanges, st
 }
 
 void NSString::verifyUTF8WithInvalidRanges(const NSRange *ranges, std::uint32_t count) const {
-    checkRanges(view(), {ranges, ranges ? count : 0});
+    const Ref<NSString> unchanged = copy(); // whatever an error handler does to this string
+    checkRanges(unchanged->view(), {ranges, ranges ? count : 0});
 }
 
 void NSString::writeUtf8CharForUnicodePos(std::int32_t codePoint, QBOutputStream *to) {

@@ -2,6 +2,8 @@
 
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include <utility>
+
 Class *QBStringOutputStream::cls() {
     static const qb::Method methods[] = {
         qb::method<"targetString">(&QBStringOutputStream::targetString),
@@ -29,7 +31,7 @@ NSString *QBStringOutputStream::targetString() const {
 }
 
 void QBStringOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
-    targetString_ = nullptr;
+    const Ref<NSString> kept = std::exchange(targetString_, nullptr); // for its bytes may be the buffer
     QBBufferOutputStream::_writeBuffer(buffer, length);
 }
 

@@ -63,6 +63,14 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     stream->reset();
     EXPECT_EQ(stream->targetString()->view(), "");
     EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
+    stream->writeObject(string);
+    NSString *own;
+    {
+        const NSAutoreleasePool pool;
+        own = stream->targetString();
+    }
+    stream->writeObject(own);
+    EXPECT_EQ(stream->targetString()->view(), "abab");
 }
 
 TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {

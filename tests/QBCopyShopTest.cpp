@@ -59,7 +59,24 @@ public:
     int writes = 0;
 };
 
+// A sink that lets go of its source.
+class Dropping : public QBOutputStream {
+public:
+    void _writeBuffer(const void *, std::uint32_t) override { from = nullptr; }
+    Ref<QBInputStream> from;
+};
+
 } // namespace
+
+TEST_F(QBCopyShopTest, TheSourceLivesUntilTheEnd) {
+    const Ref<Dropping> target = Ref<Dropping>::adopt(new Dropping);
+    Dropping *const sink = target.get();
+    {
+        const NSAutoreleasePool pool;
+        sink->from = source({3, 3, -1});
+    }
+    EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFrom(sink->from, sink), 6);
+}
 
 TEST_F(QBCopyShopTest, CopiesPieceByPiece) {
     QBArrayOutputStream *const target = QBArrayOutputStream::stream();

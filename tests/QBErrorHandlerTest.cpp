@@ -123,6 +123,14 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     EXPECT_EQ(handler_->errorInfo(), nullptr);
     handler_->replaceErrorStack(NSArray::array());
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
+    raise(4);
+    {
+        const NSAutoreleasePool pool;
+        handler_->addErrorDescr(NSArray::arrayWith({"a part of the old stack"_ns}));
+    }
+    handler_->replaceErrorStack(handler_->errorDescr());
+    EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
+    handler_->clearErrorStack();
 }
 
 TEST_F(QBErrorHandlerTest, SavedErrorsComeBackInFrontOrAlone) {

@@ -33,17 +33,20 @@ void appendText(std::string &target, std::string_view text) {
 
 } // namespace
 
-// What an exception cuts off is not whole any more, be it out of memory or thrown by an object.
-class Writer::FailingOnException {
+// An operation under way. What an exception cuts off is not whole any more, be it out of memory or thrown by
+// an object.
+class Writer::Operation {
 public:
-    explicit FailingOnException(Writer &writer)
-        : writer_(writer), exceptionsBefore_(std::uncaught_exceptions()) {}
-    ~FailingOnException() {
+    explicit Operation(Writer &writer) : writer_(writer), exceptionsBefore_(std::uncaught_exceptions()) {
+        ++writer_.operations_;
+    }
+    ~Operation() {
+        --writer_.operations_;
         if (std::uncaught_exceptions() > exceptionsBefore_)
             writer_.failure_ = "an object could not write itself";
     }
-    FailingOnException(const FailingOnException &) = delete;
-    FailingOnException &operator=(const FailingOnException &) = delete;
+    Operation(const Operation &) = delete;
+    Operation &operator=(const Operation &) = delete;
 
 private:
     Writer &writer_;
@@ -88,7 +91,7 @@ std::uint32_t Writer::indexOfObject(id object) {
 bool Writer::putKey(std::string_view key) {
     if (failure_)
         return true;
-    const FailingOnException guard(*this);
+    const Operation operation(*this);
     const std::uint32_t index = indexOfName(key);
     if (!frames_.back().keys.insert(index).second)
         return false;
@@ -110,7 +113,7 @@ void Writer::putReal(double value) {
 void Writer::putBytes(std::string_view bytes) {
     if (failure_)
         return;
-    const FailingOnException guard(*this);
+    const Operation operation(*this);
     putTag(byteOf(Tag::bytes));
     appendText(frames_.back().values, bytes);
 }
@@ -118,7 +121,7 @@ void Writer::putBytes(std::string_view bytes) {
 void Writer::putValue(char code, const void *place, NSCoder *coder) {
     if (failure_)
         return;
-    const FailingOnException guard(*this);
+    const Operation operation(*this);
     const auto putAnyInteger = [&](auto zero) {
         const auto value = load<decltype(zero)>(place);
         if (std::cmp_less_equal(value, INT64_MAX))
@@ -146,7 +149,7 @@ void Writer::putValue(char code, const void *place, NSCoder *coder) {
 void Writer::putConditionalObject(id object) {
     if (failure_)
         return;
-    const FailingOnException guard(*this);
+    const Operation operation(*this);
     if (!object || object == QBNil::value())
         return putTag(byteOf(object ? Tag::nullObject : Tag::nil));
     const std::uint32_t index = indexOfObject(object);
@@ -155,7 +158,7 @@ void Writer::putConditionalObject(id object) {
 }
 
 void Writer::putObject(id object, NSCoder *coder) {
-    const FailingOnException guard(*this);
+    const Operation operation(*this);
     putConditionalObject(object);
     if (failure_ || !object || object == QBNil::value())
         return;

@@ -31,6 +31,8 @@ public:
 
     /// Returns what went wrong; null as long as nothing did.
     const char *failure() const { return failure_; }
+    /// Whether an operation is under way, as it is for the objects that write themselves.
+    bool isWriting() const { return operations_ != 0; }
     /// Returns the archive. Nothing is to be written behind that.
     std::string finished();
 
@@ -47,7 +49,7 @@ private:
         bool isValueClass;
     };
 
-    class FailingOnException;
+    class Operation;
 
     void putTag(unsigned char tag);
     void putCount(std::uint64_t count);
@@ -68,6 +70,7 @@ private:
     std::vector<std::string> names_;
     std::unordered_map<std::string, std::uint32_t> nameIndexes_;
     const char *failure_ = nullptr;
+    unsigned operations_ = 0; // that are under way
 };
 
 } // namespace qb::archive

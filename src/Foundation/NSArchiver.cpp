@@ -72,6 +72,9 @@ qb::archive::Writer &NSArchiver::writer(const char *selector) {
 void NSArchiver::finishEncoding() {
     if (!writer_)
         return;
+    if (writer_->isWriting())
+        throw InvalidUseOfMethodException(
+            "NSArchiver finishEncoding must not be sent by an object that is being encoded.");
     const char *failure = writer_->failure();
     const std::string bytes = failure ? std::string() : writer_->finished();
     if (bytes.size() + data_->length() >= UINT32_MAX)

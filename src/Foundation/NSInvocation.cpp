@@ -25,6 +25,12 @@ NSInvocation *NSInvocation::invocationWithTarget(id target, SEL selector) {
     return invocation.autorelease();
 }
 
+void NSInvocation::setArguments(std::vector<qb::Value> arguments) {
+    for (const qb::Value &value : arguments_) // which an operation under way may still be using
+        Ref<NSObject>(value.object()).autorelease();
+    arguments_ = std::move(arguments);
+}
+
 void NSInvocation::invoke() {
     invokeWithTarget(target_);
 }
@@ -33,7 +39,8 @@ void NSInvocation::invokeWithTarget(id target) {
     returnValue_ = qb::Value();
     if (!target)
         return;
-    const Ref<NSObject> kept = target; // the operation may replace the invocation's own reference
+    // The operation may replace the invocation's reference to it, and let the invocation go.
+    const Ref<NSObject> kept = target, self = this;
     if (const qb::Method *method = target->methodForSelector(selector_))
         returnValue_ = method->invoke(target, arguments_.data(), arguments_.size());
     else

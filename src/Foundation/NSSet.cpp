@@ -66,6 +66,8 @@ Ref<NSSet> NSSet::initWithSet(NSSet *other, BOOL copyItems) {
 }
 
 BOOL NSSet::setUpWithObjects(const id *objects, std::uint32_t count) {
+    if (!objects && count != 0)
+        throw InvalidArgumentException("NSSet initWithObjects:count: must have objects that are not NULL.");
     table_.reserve(count);
     for (const id object : std::span(objects, count))
         insert(object);

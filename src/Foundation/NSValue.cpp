@@ -93,6 +93,8 @@ NSValue *NSValue::valueWithBytes(const void *value, const char *objCType) {
 }
 
 void NSValue::getValue(void *variable) const {
+    if (!variable)
+        throw InvalidArgumentException("NSValue getValue: must have a variable that is not NULL.");
     switch (type_) {
     case Type::boolean:
         return qb::store(variable, static_cast<BOOL>(integer_));

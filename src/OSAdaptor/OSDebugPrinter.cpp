@@ -7,9 +7,10 @@
 #include <QBFoundation/OSAdaptor/OSTime.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Sort.h"
 #include "System/Memory.h"
 
-#include <algorithm>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -110,9 +111,9 @@ std::int32_t OSDebugPrinter::Channels::add(NSString *name) {
         return known->intValue();
     if (count > kGreatestChannel)
         return -1;
-    const Ref<NSString> key = name ? name->copy() : nullptr;
-    numbers->setObjectForKey(NSNumber::numberWithInt(count), key);
-    names[static_cast<std::size_t>(count)] = key->cString();
+    numbers->setObjectForKey(NSNumber::numberWithInt(count), name);
+    // The map has copied the name.
+    names[static_cast<std::size_t>(count)] = numbers->allKeys()->lastObject()->stringValue()->cString();
     return count++;
 }
 
@@ -133,7 +134,7 @@ bool OSDebugPrinter::Channels::isActive(std::int32_t channel) const {
 NSArray *OSDebugPrinter::Channels::sortedNames() const {
     NSArray *const all = numbers->allKeys();
     std::vector<id> sorted(all->view().begin(), all->view().end());
-    std::sort(sorted.begin(), sorted.end(), [](id a, id b) { return a->compare(b) == NSOrderedAscending; });
+    qb::sortObjects(std::span(sorted), [](id a, id b) { return a->compare(b); });
     return NSArray::arrayWith(sorted);
 }
 

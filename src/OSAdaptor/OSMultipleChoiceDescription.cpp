@@ -48,7 +48,7 @@ BOOL OSMultipleChoiceDescription::characterHasDescription(char character) const 
 void OSMultipleChoiceDescription::_write(char character, QBOutputStream *on) const {
     if (!on || !OSMultipleChoiceDescription::characterHasDescription(character))
         return;
-    const NSString *const description = descriptions_[codeOf(character)];
+    const Ref<NSString> description = descriptions_[codeOf(character)];
     on->putByte(character);
     on->writeBuffer(" - ", 3);
     on->writeBuffer(description->cString(), description->cStringLength());

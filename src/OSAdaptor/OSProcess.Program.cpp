@@ -59,8 +59,9 @@ Program::Program(NSString *command, NSArray *args, NSDictionary *env)
 }
 
 std::string_view Program::text(NSObject *value) {
-    texts_.emplace_back(value->stringValue());
-    return texts_.back() ? texts_.back()->view() : std::string_view("");
+    NSString *const text = value->stringValue();
+    texts_.push_back(text ? text->copy() : Ref<NSString>(NSString::string())); // unchanged until the start
+    return texts_.back()->view();
 }
 
 StartFailure Program::addArguments(NSString *command, NSArray *args) {
@@ -70,8 +71,10 @@ StartFailure Program::addArguments(NSString *command, NSArray *args) {
         isWhole &= !hasNul(argument);
         arguments_.push_back(const_cast<char *>(argument.data()));
     };
-    if (command)
+    if (command) {
         add(text(command));
+        command_ = arguments_.front();
+    }
     if (args)
         for (id argument : *args)
             add(text(argument));

@@ -5,6 +5,7 @@
 #include "support/TemporaryDirectory.h"
 
 #include <cmath>
+#include <functional>
 #include <random>
 
 using namespace std::string_literals;
@@ -20,12 +21,14 @@ public:
     static TreeNode *node() { return qb::init<TreeNode>(&TreeNode::setUp).autorelease(); }
 
     void encodeWithCoder(NSCoder *coder) const override {
+        onEncoding();
         coder->encodeObject(children, "children"_ns);
         coder->encodeConditionalObject(parent, "parent"_ns);
     }
 
     Ref<NSMutableArray> children = NSMutableArray::init();
     TreeNode *parent = nullptr; // not retained
+    std::function<void()> onEncoding = [] {};
     static inline int made = 0;
 
     TreeNode() { ++made; }
@@ -325,6 +328,20 @@ TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
+    expectError(900005, "an object could not write itself",
+                [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
+}
+
+TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {
+    const Ref<NSKeyedArchiver> writer = NSKeyedArchiver::init();
+    const char *const reason =
+        "NSArchiver finishEncoding must not be sent by an object that is being encoded.";
+    TreeNode *const node = TreeNode::node();
+    node->onEncoding = [&] {
+        EXPECT_REASON(writer->archiverData(), reason);
+        writer->encodeRootObject("a"_ns);
+    };
+    EXPECT_REASON(writer->encodeRootObject(NSArray::arrayWithObject(node)), reason);
     expectError(900005, "an object could not write itself",
                 [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
 }

@@ -37,4 +37,5 @@ TEST_F(NSValueTest, ValuesOfEveryTypeGoInAndOut) {
     EXPECT_EQ(describe(goesRound(true, "B", "c")), "1");
     int value = 0;
     EXPECT_THROW(NSValue::valueWithBytes(&value, "*"), InvalidArgumentException);
+    EXPECT_THROW(NSNumber::numberWithInt(1)->getValue(nullptr), InvalidArgumentException);
 }

@@ -15,6 +15,23 @@ private:
     Ref<NSObject> target_;
 };
 
+/// Lets go of the invocation that it is called by, and of its values.
+class Careless : public NSObject {
+public:
+    static Class *cls() {
+        static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop)};
+        static Class *const self = new Class("Careless", NSObject::cls(), methods);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+    NSString *drop(NSString *text) {
+        invocation->setArguments({});
+        invocation = nullptr;
+        return NSString::stringWith(text->view());
+    }
+    Ref<NSInvocation> invocation;
+};
+
 std::uint32_t countTwice(id self, NSString *string) {
     return 2 * static_cast<QBTally *>(self)->countForString(string);
 }
@@ -74,6 +91,14 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
     init->invoke();
     const id made = init->returnValue().object();
     EXPECT_EQ(made->retainCount(), 1u); // the invocation's value is its one owner
+
+    const Ref<Careless> careless = Ref<Careless>::adopt(new Careless);
+    {
+        const NSAutoreleasePool pool;
+        careless->invocation = NSInvocation::invocationWithTarget(careless, "drop:"_sel);
+        careless->invocation->setArguments({NSString::stringWith("a text on the heap")});
+    }
+    careless->invocation->invoke();
 }
 
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {

@@ -23,7 +23,7 @@ public:
     void setSelector(SEL selector) { selector_ = selector; }
 
     /// Replaces the arguments, without receiver and selector; variable values as one `ArgList`, last.
-    void setArguments(std::vector<qb::Value> arguments) { arguments_ = std::move(arguments); }
+    void setArguments(std::vector<qb::Value> arguments);
     const std::vector<qb::Value> &arguments() const { return arguments_; }
 
     /// Sends the message as `send` does; a nil target answers no value.

@@ -49,7 +49,8 @@ public:
     /// Returns the letter of the type, as archives name it: "c", "i", "I", "q", "Q", "f", "d" for numbers
     /// (BOOL is "c"), "{_NSRange=II}", "^v", "@".
     virtual const char *objCType() const;
-    /// Stores the value in a variable of the type that `objCType` tells.
+    /// Stores the value in a variable of the type that `objCType` tells. Throws InvalidArgumentException when
+    /// it is null.
     virtual void getValue(void *variable) const;
     /// Returns the range. Throws InvalidUseOfMethodException when the value is of another type, as the next
     /// two do.
