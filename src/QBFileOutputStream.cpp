@@ -11,6 +11,7 @@
 #include "OSAdaptor/OSFilePath.Support.h"
 #include "System/Descriptor.h"
 #include "System/Memory.h"
+#include "System/Process.h"
 #include "System/Stdio.h"
 
 #include <algorithm>
@@ -189,12 +190,16 @@ struct QBFileOutputStream::OpenStreams {
     }
 };
 
-// Without memory for it, the C stream's own buffer does.
+// The window takes the place of the C stream's buffer, which loses its content when a write is interrupted.
+// That buffer does without memory for a window, and on a terminal, where it shows each line at once.
 void QBFileOutputStream::openWindow() {
+    if (!isAtomic() && sys::isatty(sys::fileno(filePtr_)))
+        return;
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
     next_ = directEnd_ = window_;
     if (!window_)
         return;
+    sys::setUnbuffered(filePtr_);
     OpenStreams::add(this);
     if (typeid(*this) == typeid(QBFileOutputStream))
         directEnd_ += kWindowLength;
@@ -254,14 +259,30 @@ void QBFileOutputStream::reset() {
     flush();
     if (!filePtr_) // the error handler has closed it
         return;
-    filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
     hasFailed_ = false;
-    if (filePtr_)
+    if (isAtomic() ? truncate() : reopen())
         return;
     const int error = errno;
     closeWindow();
     discard();
     fail(kLineOfReopening, error);
+}
+
+// Returns false, with errno set, when the file is not open any more.
+bool QBFileOutputStream::reopen() {
+    filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
+    if (filePtr_ && window_)
+        sys::setUnbuffered(filePtr_);
+    return filePtr_ != nullptr;
+}
+
+// As `reopen`, but not by the temporary name, which somebody else may have taken meanwhile.
+bool QBFileOutputStream::truncate() {
+    if (sys::ftruncate(sys::fileno(filePtr_), 0) == 0 && sys::fseeko(filePtr_, 0, SEEK_SET) == 0)
+        return true;
+    const int error = errno;
+    sys::fclose(std::exchange(filePtr_, nullptr));
+    return errno = error, false;
 }
 
 void QBFileOutputStream::fail(int line, int error) {

@@ -65,6 +65,7 @@ void QBInputStreamWithKnownLength::reset() {
 }
 
 BOOL QBInputStreamWithKnownLength::providesSameDataAs(QBInputStreamWithKnownLength *other) {
+    const Ref<QBInputStream> kept(other); // whatever reading does to its owner
     if (!other || byteLength() != other->byteLength())
         return NO;
     const std::unique_ptr<void, Release> chunks(qb::sys::allocate(2 * std::size_t{kChunkLength}));

@@ -47,6 +47,7 @@ void QBOutputStream::writeBuffer(const void *buffer, std::uint32_t length) {
 }
 
 void QBOutputStream::writeObject(id object) {
+    const Ref<NSObject> kept(object); // whatever the sinks behind this stream let go of
     if (object)
         object->writeOnOutputStream(this);
 }

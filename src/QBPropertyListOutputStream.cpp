@@ -212,13 +212,13 @@ bool QBPropertyListOutputStream::writeDirectly(id object) {
 }
 
 void QBPropertyListOutputStream::writeArrayDirectly(NSArray *array) {
-    const Ref<NSArray> kept(array); // as its enumerator would
+    const Ref<NSArray> kept(array); // as its enumerator would, which also ends where the elements have gone
     NSArray::Iterator next = array->begin();
     for (id element : array->view())
         __builtin_prefetch(element);
     bool hasBegun = false;
     writeList([&]() -> id {
-        if (std::exchange(hasBegun, true))
+        if (std::exchange(hasBegun, true) && !next.atEnd())
             ++next;
         return next.atEnd() ? nullptr : *next;
     });

@@ -58,6 +58,13 @@ TEST_F(QBBase64OutputFilterTest, ResultsOfTheTargetAreNotWrittenOver) {
     write(filter, "ManMan");
     EXPECT_EQ(first->view(), "TWFu");
     EXPECT_EQ(target->targetString()->view(), "TWFuTWFuTWFu");
+    NSString *own;
+    {
+        const NSAutoreleasePool pool;
+        own = target->targetString();
+    }
+    filter->writeObject(own); // which the first group takes from its only owner
+    EXPECT_EQ(target->targetString()->view(), "TWFuTWFuTWFuVFdGdVRXRnVUV0Z1");
 }
 
 TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <random>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -163,16 +164,27 @@ TEST_F(QBFileOutputStreamTest, SubclassSeesEachWriteButNoSingleBytes) {
 }
 
 TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
-    write(stream, "first");
-    {
-        const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
-        const ErrorExpectation error(100024);
-        stream->reset(); // nothing is missing after it
+    for (const BOOL atomically : {YES, NO}) {
+        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
+        write(stream, "first");
+        {
+            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
+            const ErrorExpectation error(100024);
+            stream->reset(); // nothing is missing after it
+        }
+        const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR);
+        write(stream, "2nd");
+        stream->close();
+        EXPECT_EQ(describeFiles(), "out: 2nd\n");
     }
-    write(stream, "2nd");
+    directory_.write("victim", "precious");
+    QBFileOutputStream *const stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+    std::filesystem::remove(stream->tmpFilename()->cString());
+    std::filesystem::create_symlink("victim", stream->tmpFilename()->cString());
+    stream->reset();
+    write(stream, "3rd");
     stream->close();
-    EXPECT_EQ(describeFiles(), "out: 2nd\n");
+    EXPECT_EQ(directory_.read("victim"), "precious");
 }
 
 TEST_F(QBFileOutputStreamTest, FileMayHaveANameOnly) {

@@ -124,6 +124,8 @@ private:
     BOOL setUpForStderr() { return setUpWithFilePointer(stderr); }
     bool isAtomic() const;
     bool open();
+    bool reopen();
+    bool truncate();
     void openWindow();
     void closeWindow();
     void putByteByPrimitive(char byte);

@@ -220,6 +220,10 @@ void clearerr(std::FILE *file) noexcept {
     ::clearerr_unlocked(file);
 }
 
+void setUnbuffered(std::FILE *file) noexcept {
+    std::setvbuf(file, nullptr, _IONBF, 0);
+}
+
 int fileno(std::FILE *file) noexcept {
     return ::fileno(file);
 }

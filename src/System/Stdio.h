@@ -54,6 +54,8 @@ bool feof(std::FILE *file) noexcept;
 bool ferror(std::FILE *file) noexcept;
 /// Forgets end and errors.
 void clearerr(std::FILE *file) noexcept;
+/// Lets the stream write at once, before anything was written.
+void setUnbuffered(std::FILE *file) noexcept;
 /// Returns the stream's descriptor.
 int fileno(std::FILE *file) noexcept;
 
