@@ -36,13 +36,14 @@ void NSInvocation::invoke() {
 }
 
 void NSInvocation::invokeWithTarget(id target) {
-    returnValue_ = qb::Value();
+    setReturnValue(qb::Value());
     if (!target)
         return;
     // The operation may replace the invocation's reference to it, and let the invocation go.
     const Ref<NSObject> kept = target, self = this;
-    if (const qb::Method *method = target->methodForSelector(selector_))
-        returnValue_ = method->invoke(target, arguments_.data(), arguments_.size());
-    else
-        target->forwardInvocation(this);
+    const qb::Method *const method = target->methodForSelector(selector_);
+    if (!method)
+        return target->forwardInvocation(this);
+    setReturnValue(method->invoke(target, arguments_.data(), arguments_.size()));
+    returnsOwned_ = method->resultType().isOwned;
 }

@@ -23,8 +23,7 @@ static_assert(kBanner.size() == kPositions + 1);
 
 // What can't be written is lost.
 void show(const std::string &text) {
-    sys::fwrite(text.data(), 1, text.size(), stdout);
-    sys::fflush(stdout);
+    sys::print(text.data(), text.size(), stdout);
 }
 
 std::string filled(std::uint32_t current, std::uint32_t count, double percentPerTick) {

@@ -15,6 +15,7 @@
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 namespace sys = qb::sys;
@@ -93,12 +94,16 @@ std::optional<sockaddr_un> unixAddress(NSString *name, int error, const V &...va
     return std::nullopt;
 }
 
-// A directory stays, for a name is not worth a tree.
+// A directory stays, for a name is not worth a tree; a link goes itself, wherever it leads.
 bool removeFile(NSString *path) {
     const qb::SavedErrors earlier;
-    BOOL isDirectory = NO;
-    if (OSFilePath::fileExistsAtPath(path, &isDirectory) && !isDirectory)
+    struct stat status;
+    if (sys::lstat(path->cString(), &status) != 0 || S_ISDIR(status.st_mode))
+        return true;
+    if (!S_ISLNK(status.st_mode))
         OSFilePath::removePath(path);
+    else if (sys::unlink(path->cString()) != 0)
+        qb::raiseError(kFile, __LINE__, qb::kErrorCannotRemove, path, std::strerror(errno));
     return !qb::isErrorPending();
 }
 

@@ -46,7 +46,8 @@ BOOL OSSocketInputStream::setUpWithSocket(OSSocket *socket) {
 }
 
 void OSSocketInputStream::close() {
-    socket_->close();
+    if (socket_)
+        socket_->close();
     QBInputStream::close();
 }
 
@@ -69,6 +70,8 @@ std::int32_t OSSocketInputStream::_readBuffer(void *buffer, std::uint32_t length
 
 std::int32_t OSSocketInputStream::_readBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
                                               BOOL performPeek) {
+    if (!socket_)
+        setUp(); // which throws
     return qb::sockets::isPlain(*socket_)
                ? socket_->OSSocket::bufferedReceiveWithBuffer(buffer, length, timeout, performPeek)
                : socket_->bufferedReceiveWithBuffer(buffer, length, timeout, performPeek);

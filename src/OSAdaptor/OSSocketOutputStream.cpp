@@ -34,9 +34,12 @@ BOOL OSSocketOutputStream::setUpWithSocket(OSSocket *socket) {
 
 void OSSocketOutputStream::close() {
     QBOutputStream::close();
-    socket_->close();
+    if (socket_)
+        socket_->close();
 }
 
 void OSSocketOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
+    if (!socket_)
+        setUp(); // which throws
     qb::sockets::sendAll(socket_, static_cast<const char *>(buffer), length);
 }

@@ -169,10 +169,8 @@ void OSUserIO::printOn(NSString *string, std::FILE *file, BOOL withNewLine) {
 }
 
 void qb::printText(std::string_view text, Printed as, std::FILE *file) {
-    withTerminalText(text, as, [file](const char *bytes, std::size_t length) {
-        sys::fwrite(bytes, 1, length, file);
-        sys::fflush(file);
-    });
+    withTerminalText(text, as,
+                     [file](const char *bytes, std::size_t length) { sys::print(bytes, length, file); });
 }
 
 void qb::printText(std::string_view text, Printed as, int descriptor) {

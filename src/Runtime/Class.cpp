@@ -117,6 +117,8 @@ Ref<NSObject> Class::construct() const {
 
 void Class::addMethod(const qb::Method &method) {
     const std::string place = std::string(name_) + " addMethod: ";
+    if (!method.selector())
+        throw InvalidArgumentException(place + "must have a selector that is not null.");
     if (instancesRespondToSelector(method.selector()))
         throw InvalidArgumentException(place + "must have a selector that the class does not answer yet.");
     const std::size_t named = method.parameterCount() - (method.hasVariableValues() ? 1U : 0U);

@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include <exception>
 #include <map>
 #include <string>
 #include <string_view>
@@ -24,12 +25,20 @@ ClassTable &table() {
 constinit const ClassRegistration *newestRegistration = nullptr;
 constinit const ClassRegistration *newestBuilt = nullptr;
 
-// Makes the registered classes that were not made yet, so that they can be found by their names.
+// Makes the registered classes that were not made yet, so that they can be found by their names. One that
+// can't be made, because its name is taken, keeps no other from being made.
 void buildRegisteredClasses() {
     const ClassRegistration *const newest = newestRegistration;
     const ClassRegistration *const built = std::exchange(newestBuilt, newest);
+    std::exception_ptr failure;
     for (const ClassRegistration *one = newest; one != built; one = one->next)
-        one->cls();
+        try {
+            one->cls();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 const ListedClass *listedClass(std::string_view name) {

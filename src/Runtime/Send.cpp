@@ -72,6 +72,7 @@ Value sendValues(id receiver, SEL selector, const Value *values, std::size_t cou
     NSInvocation *const invocation = NSInvocation::invocationWithTarget(receiver, selector);
     invocation->setArguments(std::vector<Value>(values, values + count));
     receiver->forwardInvocation(invocation);
+    isOwned = invocation->returnsOwned();
     return invocation->returnValue();
 }
 

@@ -19,6 +19,8 @@ std::string demangled(const std::type_info &info) {
 }
 
 std::string integerName(const Type &type) {
+    if (type.width == 1)
+        return "bool";
     return (type.isSigned ? "int" : "uint") + std::to_string(type.width) + "_t";
 }
 

@@ -93,16 +93,21 @@ ssize_t write(int descriptor, const void *buffer, std::size_t length, OnSignal o
         Call::write, [&] { return ::write(descriptor, buffer, length); }, &length, onSignal);
 }
 
-int writeAll(int descriptor, const void *buffer, std::size_t length) noexcept {
-    for (std::size_t done = 0; done < length;) {
+std::size_t writeMost(int descriptor, const void *buffer, std::size_t length) noexcept {
+    std::size_t done = 0;
+    while (done < length) {
         const ssize_t count = write(descriptor, static_cast<const char *>(buffer) + done, length - done);
         if (count == 0)
             errno = EIO; // a device that takes nothing and reports nothing would keep us here for ever
         if (count <= 0)
-            return -1;
+            break;
         done += static_cast<std::size_t>(count);
     }
-    return 0;
+    return done;
+}
+
+int writeAll(int descriptor, const void *buffer, std::size_t length) noexcept {
+    return writeMost(descriptor, buffer, length) == length ? 0 : -1;
 }
 
 off_t lseek(int descriptor, off_t offset, int whence) noexcept {

@@ -50,6 +50,8 @@ ssize_t write(int descriptor, const void *buffer, std::size_t length,
               OnSignal onSignal = OnSignal::repeat) noexcept;
 /// Writes everything, in as many writes as it takes; returns 0. After -1 any part may have been written.
 int writeAll(int descriptor, const void *buffer, std::size_t length) noexcept;
+/// As above, but returns how many bytes were written: fewer, with errno set, after an error.
+std::size_t writeMost(int descriptor, const void *buffer, std::size_t length) noexcept;
 /// Moves the offset; returns the new one.
 off_t lseek(int descriptor, off_t offset, int whence) noexcept;
 /// Copies within the kernel from file to file, once; null offsets use and move those of the descriptors.

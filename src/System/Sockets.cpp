@@ -2,6 +2,7 @@
 
 #include "Attempt.h"
 #include "Clock.h"
+#include "Files.h"
 
 namespace qb::sys {
 
@@ -30,7 +31,8 @@ int lookUp(Call call, Function function) {
 } // namespace
 
 int socket(int domain, int type, int protocol) noexcept {
-    return attempt(Call::socket, [&] { return ::socket(domain, type | SOCK_CLOEXEC, protocol); });
+    return aboveStandardStreams(
+        attempt(Call::socket, [&] { return ::socket(domain, type | SOCK_CLOEXEC, protocol); }));
 }
 
 int bind(int socket, const sockaddr *address, socklen_t length) noexcept {
@@ -43,10 +45,12 @@ int listen(int socket, int backlog) noexcept {
 
 int accept(int socket, sockaddr *address, socklen_t *length, OnSignal onSignal) noexcept {
     const auto take = [&] { return ::accept4(socket, address, length, SOCK_CLOEXEC); };
-    return repeat(Call::accept, take, nullptr, onSignal);
+    return aboveStandardStreams(repeat(Call::accept, take, nullptr, onSignal));
 }
 
 int connect(int socket, const sockaddr *address, socklen_t length) noexcept {
+    if (address->sa_family == AF_UNIX) // where the kernel does not go on
+        return repeat(Call::connect, [&] { return ::connect(socket, address, length); });
     const bool hasFault = fails(Call::connect);
     if (hasFault && errno != EINTR)
         return -1;

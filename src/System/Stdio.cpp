@@ -193,6 +193,17 @@ int fputs(const char *text, std::FILE *file) noexcept {
     return failsOn(file, Call::fputs) ? EOF : ::fputs_unlocked(text, file);
 }
 
+void print(const void *bytes, std::size_t length, std::FILE *file) noexcept {
+    sys::fflush(file);
+    const int descriptor = ::fileno(file);
+    const std::size_t done = descriptor < 0 ? 0 : writeMost(descriptor, bytes, length);
+    if (done == length)
+        return;
+    // A stream in memory, which no signal interrupts; or what fails again, so that the stream tells of it.
+    sys::fwrite(static_cast<const char *>(bytes) + done, 1, length - done, file);
+    sys::fflush(file);
+}
+
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept {
     if (isClosedStandard(file))
         return -1;

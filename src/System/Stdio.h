@@ -44,6 +44,10 @@ int fputc(int byte, std::FILE *file) noexcept;
 /// Writes a C string without its NUL; EOF after an error.
 int fputs(const char *text, std::FILE *file) noexcept;
 
+/// Writes the bytes at once, behind what the stream has buffered. Signals cut nothing off, unlike in
+/// `fwrite` and `fflush`, except what was buffered before. `ferror` tells of a failure.
+void print(const void *bytes, std::size_t length, std::FILE *file) noexcept;
+
 /// Moves the position; -1 after an error.
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept;
 /// Moves to the start, and forgets end and errors; unlike the C function it answers -1 when it can't move.

@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <functional>
 #include <netinet/in.h>
 #include <regex>
@@ -38,9 +39,23 @@ protected:
 
 } // namespace
 
+TEST_F(OSSocketTest, PlacesOfStandardStreamsStayFree) {
+    const int kept = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    OSSocket *const server = OSSocket::serverSocketWithName(directory_.string("socket"));
+    OSSocket *const client = OSSocket::clientSocketWithName(directory_.string("socket"));
+    for (const OSSocket *socket : {server, client, OSSocket::acceptSocketFromListener(server)})
+        EXPECT_GT(socket->socketHandle(), STDERR_FILENO);
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
+}
+
 TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
-    directory_.write("socket", "an old file");
+    std::filesystem::create_symlink("nowhere", directory_ / "socket");
     NSString *const name = directory_.string("socket");
+    ASSERT_TRUE(OSSocket::serverSocketWithName(name));
+    std::filesystem::remove(directory_ / "socket");
+    directory_.write("socket", "an old file");
     OSSocket *const server = OSSocket::serverSocketWithName(name);
     ASSERT_TRUE(server);
     OSSocket *const client = OSSocket::clientSocketWithName(name);

@@ -92,6 +92,15 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
     const id made = init->returnValue().object();
     EXPECT_EQ(made->retainCount(), 1u); // the invocation's value is its one owner
 
+    const Ref<Proxy> proxy = Ref<Proxy>::adopt(new Proxy(QBTally::cls()));
+    id owned;
+    {
+        const NSAutoreleasePool pool;
+        owned = send<id>(proxy, "initWithLimit:"_sel, 1u);
+    }
+    EXPECT_EQ(owned->retainCount(), 1u); // the sender's, as without the proxy
+    owned->release();
+
     const Ref<Careless> careless = Ref<Careless>::adopt(new Careless);
     {
         const NSAutoreleasePool pool;
@@ -117,6 +126,12 @@ TEST_F(SendTest, MethodsAddedAtRunTimeAreFoundAtOnceAndInSubclasses) {
         QBTally::cls()->addMethod("countTwice:"_sel, &countTwice);
     EXPECT_EQ(send<std::uint32_t>(tally, "countTwice:"_sel, "a"_ns), 6u);
     EXPECT_THROW(QBTally::cls()->addMethod("countTwice:"_sel, &countTwice), InvalidArgumentException);
+    EXPECT_THROW(QBTally::cls()->addMethod(nullptr, &countTwice), InvalidArgumentException);
+    static int added = 0; // as a repeated test finds it
+    qb::forEachMethod(Careless::cls(), [](const qb::Method &method) {
+        if (method.owner() == Careless::cls() && added < 100)
+            Careless::cls()->addMethod(Selector::named("added" + std::to_string(added++) + ":"), &countTwice);
+    });
 }
 
 TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {

@@ -34,13 +34,20 @@ public:
 
     /// The result of the last `invoke`, or what was set; no value before.
     qb::Value returnValue() const { return returnValue_; }
-    void setReturnValue(qb::Value value) { returnValue_ = std::move(value); }
+    void setReturnValue(qb::Value value) {
+        returnValue_ = std::move(value);
+        returnsOwned_ = false;
+    }
+    /// Whether the operation of the last `invoke` returns an object that its sender owns, as `copy` does. The
+    /// invocation's own value keeps a reference of its own in any case.
+    bool returnsOwned() const { return returnsOwned_; }
 
 private:
     Ref<NSObject> target_;
     SEL selector_ = nullptr;
     std::vector<qb::Value> arguments_;
     qb::Value returnValue_;
+    bool returnsOwned_ = false;
 };
 
 #endif

@@ -122,13 +122,13 @@ public:
 };
 
 /// Calls `visit` with each operation of the class: its own first, then those that it inherits and does not
-/// have itself.
+/// have itself. `visit` may add operations, which may or may not be visited.
 template <class F>
 void forEachMethod(Class *cls, F &&visit) {
     for (Class *owner = cls; owner; owner = owner->superclass())
-        for (const auto &method : owner->ownMethods())
-            if (method->isFoundFrom(cls))
-                visit(*method);
+        for (std::size_t i = 0; i < owner->ownMethods().size(); ++i)
+            if (const Method &method = *owner->ownMethods()[i]; method.isFoundFrom(cls))
+                visit(method);
 }
 
 /// Calls `visit` with each class of the library, and each registered one, by name.
