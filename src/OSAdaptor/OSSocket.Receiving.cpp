@@ -67,8 +67,10 @@ bool OSSocket::waitForInput(std::int64_t timeout) {
     return ready > 0;
 }
 
-std::int32_t OSSocket::receiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
-                                         BOOL performPeek) {
+// The way to the system and back is in one piece: right behind a system call, a processor guesses every
+// return wrong.
+[[gnu::always_inline]] inline std::int32_t OSSocket::receive(void *buffer, std::uint32_t length,
+                                                             std::int64_t timeout, BOOL performPeek) {
     requireBuffer(buffer, "receiveWithBuffer:length:timeout:performPeek:");
     if (!waitForInput(timeout))
         return -1;
@@ -81,6 +83,11 @@ std::int32_t OSSocket::receiveWithBuffer(void *buffer, std::uint32_t length, std
     if (count < 0 && errno != EINTR)
         qb::sockets::raiseReceiveError(__LINE__, socketHandle_);
     return -1;
+}
+
+std::int32_t OSSocket::receiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
+                                         BOOL performPeek) {
+    return receive(buffer, length, timeout, performPeek);
 }
 
 // --- Through the buffer ---
@@ -111,7 +118,7 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
 
 // Makes sure that the buffer holds a byte. Returns how many it holds; without any, -1 at the end or the
 // time-out, 0 when the socket would block, or `kFailed`.
-std::int32_t OSSocket::fillBuffer(std::int64_t timeout) {
+[[gnu::always_inline]] inline std::int32_t OSSocket::fillBuffer(std::int64_t timeout) {
     if (bufferedCount() > 0)
         return bufferedCount();
     if (isEofReached_) {
@@ -125,12 +132,26 @@ std::int32_t OSSocket::fillBuffer(std::int64_t timeout) {
     currentPositionInBuffer_ = numberOfBytesInBuffer_ = 0;
     const std::int32_t count =
         qb::sockets::isPlain(*this)
-            ? OSSocket::receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO)
+            ? receive(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO)
             : receiveWithBuffer(internalBuffer_, kBufferSize, timeout, /*performPeek=*/NO);
     numberOfBytesInBuffer_ = std::clamp(count, 0, static_cast<std::int32_t>(kBufferSize));
     if (debug >= kBufferTraceLevel) [[unlikely]]
         traceBuffer("bytes received into the buffer: %d of %d", count, kBufferSize);
     return qb::isErrorPending() ? kFailed : count;
+}
+
+[[gnu::always_inline]] inline std::int32_t OSSocket::take(char *buffer, std::uint32_t length,
+                                                          std::int64_t timeout) {
+    std::uint32_t done = 0;
+    while (done < length) {
+        const std::int32_t held = fillBuffer(timeout);
+        if (held == kFailed)
+            return -1;
+        if (held <= 0)
+            return done > 0 ? static_cast<std::int32_t>(done) : held;
+        done += static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
+    }
+    return static_cast<std::int32_t>(done);
 }
 
 std::int32_t OSSocket::bufferedReceiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
@@ -150,19 +171,6 @@ std::int32_t OSSocket::peek(char *buffer, std::uint32_t length, std::int64_t tim
     const std::int32_t more = receiveWithBuffer(buffer + count, rest, timeout, /*performPeek=*/YES);
     isEofReached_ = more < 0;
     return count + std::max(more, 0);
-}
-
-std::int32_t OSSocket::take(char *buffer, std::uint32_t length, std::int64_t timeout) {
-    std::uint32_t done = 0;
-    while (done < length) {
-        const std::int32_t held = fillBuffer(timeout);
-        if (held == kFailed)
-            return -1;
-        if (held <= 0)
-            return done > 0 ? static_cast<std::int32_t>(done) : held;
-        done += static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
-    }
-    return static_cast<std::int32_t>(done);
 }
 
 // Grows with what comes, because the count may be any number that a peer has sent.

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -129,20 +130,37 @@ BOOL OSSocket::isEqual(id other) const {
 
 // --- Sending ---
 
-std::int32_t OSSocket::sendBuffer(const void *buffer, std::uint32_t length) {
-    if (!buffer)
-        throw InvalidArgumentException("OSSocket sendBuffer:length: must have a buffer that is not NULL.");
-    const ssize_t sent = sys::send(socketHandle_, buffer, std::min<std::uint32_t>(length, INT32_MAX));
-    if (sent >= 0) {
-        qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "sendBuffer:length:"}, "sent bytes: %d of %d",
-                  sent, length);
-        return static_cast<std::int32_t>(sent);
-    }
-    if (errno == EAGAIN)
+namespace {
+
+[[noreturn, gnu::cold]] void throwForBuffer() {
+    throw InvalidArgumentException("OSSocket sendBuffer:length: must have a buffer that is not NULL.");
+}
+
+[[gnu::cold, gnu::noinline]] void raiseSendError(int error) {
+    if (error == EAGAIN)
         qb::raiseError(kFile, __LINE__, qb::kErrorSendWouldBlock);
     else
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotSend, errorDescription());
-    return -1;
+        qb::raiseError(kFile, __LINE__, qb::kErrorCannotSend, std::strerror(error));
+}
+
+// Part of the loops that send: right behind a system call, a processor guesses every return wrong.
+[[gnu::always_inline]] inline std::int32_t sendOnce(OSSocket &socket, const void *buffer,
+                                                    std::uint32_t length) {
+    if (!buffer) [[unlikely]]
+        throwForBuffer();
+    const ssize_t sent =
+        sys::send(socket.OSSocket::socketHandle(), buffer, std::min<std::uint32_t>(length, INT32_MAX));
+    if (sent < 0) [[unlikely]]
+        return raiseSendError(errno), -1;
+    qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, &socket, "sendBuffer:length:"}, "sent bytes: %d of %d",
+              sent, length);
+    return static_cast<std::int32_t>(sent);
+}
+
+} // namespace
+
+std::int32_t OSSocket::sendBuffer(const void *buffer, std::uint32_t length) {
+    return sendOnce(*this, buffer, length);
 }
 
 // In one piece, so that a line is one packet and needs one call.
@@ -156,7 +174,7 @@ bool qb::sockets::sendAll(OSSocket *socket, const char *bytes, std::size_t lengt
     while (length > 0) {
         const auto most = static_cast<std::uint32_t>(std::min<std::size_t>(length, INT32_MAX));
         const std::int32_t sent =
-            isPlain(*socket) ? socket->OSSocket::sendBuffer(bytes, most) : socket->sendBuffer(bytes, most);
+            isPlain(*socket) ? sendOnce(*socket, bytes, most) : socket->sendBuffer(bytes, most);
         if (sent <= 0)
             return false;
         bytes += sent;

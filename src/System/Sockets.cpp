@@ -59,16 +59,6 @@ int connect(int socket, const sockaddr *address, socklen_t length) noexcept {
     return interrupted ? finishConnecting(socket) : result;
 }
 
-ssize_t send(int socket, const void *buffer, std::size_t length, int flags, OnSignal onSignal) noexcept {
-    const auto pass = [&] { return ::send(socket, buffer, length, flags | MSG_NOSIGNAL); };
-    return repeat(Call::send, pass, &length, onSignal);
-}
-
-ssize_t recv(int socket, void *buffer, std::size_t length, int flags, OnSignal onSignal) noexcept {
-    return repeat(
-        Call::recv, [&] { return ::recv(socket, buffer, length, flags); }, &length, onSignal);
-}
-
 int poll(pollfd *descriptors, nfds_t count, int milliseconds, OnSignal onSignal) noexcept {
     const Deadline deadline =
         milliseconds < 0 ? Deadline::never() : Deadline::afterMilliseconds(milliseconds);

@@ -2,11 +2,12 @@
 //
 // Each function is the system's of the same name, with its results (-1 and errno). New sockets are
 // close-on-exec, sending never raises SIGPIPE, interrupted calls are repeated unless the caller wants to hear
-// of it.
+// of it. Sending and receiving stand here because right behind a system call a processor guesses every return
+// wrong: they are to be a part of what calls them.
 #ifndef QBFOUNDATION_SYSTEM_SOCKETS_H
 #define QBFOUNDATION_SYSTEM_SOCKETS_H
 
-#include "OnSignal.h"
+#include "Attempt.h"
 
 #include <cstddef>
 #include <netdb.h>
@@ -27,11 +28,17 @@ int accept(int socket, sockaddr *address, socklen_t *length, OnSignal onSignal =
 /// Connects; a connection that a signal interrupts is waited for to its end.
 int connect(int socket, const sockaddr *address, socklen_t length) noexcept;
 /// Sends once; returns the bytes sent. EPIPE when the peer is gone.
-ssize_t send(int socket, const void *buffer, std::size_t length, int flags = 0,
-             OnSignal onSignal = OnSignal::repeat) noexcept;
+inline ssize_t send(int socket, const void *buffer, std::size_t length, int flags = 0,
+                    OnSignal onSignal = OnSignal::repeat) noexcept {
+    const auto pass = [&] { return ::send(socket, buffer, length, flags | MSG_NOSIGNAL); };
+    return repeat(Call::send, pass, &length, onSignal);
+}
 /// Receives once; returns the bytes received, 0 when the peer has closed.
-ssize_t recv(int socket, void *buffer, std::size_t length, int flags = 0,
-             OnSignal onSignal = OnSignal::repeat) noexcept;
+inline ssize_t recv(int socket, void *buffer, std::size_t length, int flags = 0,
+                    OnSignal onSignal = OnSignal::repeat) noexcept {
+    const auto take = [&] { return ::recv(socket, buffer, length, flags); };
+    return repeat(Call::recv, take, &length, onSignal);
+}
 /// Waits for descriptors, -1 for ever; returns how many are ready, 0 at the time-out, which repetition
 /// doesn't extend.
 int poll(pollfd *descriptors, nfds_t count, int milliseconds, OnSignal onSignal = OnSignal::repeat) noexcept;

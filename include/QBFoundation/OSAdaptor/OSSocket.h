@@ -253,6 +253,7 @@ private:
     bool waitForInput(std::int64_t timeout);
     std::int32_t bufferedCount() const { return numberOfBytesInBuffer_ - currentPositionInBuffer_; }
     void traceBuffer(const char *format, std::int32_t count, std::int32_t limit) const;
+    std::int32_t receive(void *buffer, std::uint32_t length, std::int64_t timeout, BOOL performPeek);
     std::int32_t copyBuffered(char *buffer, std::uint32_t length, bool performPeek);
     std::int32_t fillBuffer(std::int64_t timeout);
     std::int32_t peek(char *buffer, std::uint32_t length, std::int64_t timeout);
