@@ -93,17 +93,22 @@ bool isLeftOut(Class *cls, const Method &method) {
            isOneOf(name, kSelectors) || name.find("File") != name.npos || name.find("Fatal") != name.npos;
 }
 
-// Memory that a caller has to name rightly, and functions, can't be made up.
+bool hasParameter(const Method &method, Kind kind) {
+    for (std::uint32_t i = 0; i < method.parameterCount(); ++i)
+        if (method.parameterType(i).kind == kind)
+            return true;
+    return false;
+}
+
+// Memory that a caller has to name rightly, and functions, can't be made up: they are null.
+bool takesBytes(const Method &method) {
+    return hasParameter(method, Kind::cString) && hasParameter(method, Kind::integer);
+}
+
+// What only subclasses have and call is given its memory by the operations in front of it.
 bool canBeMadeUp(const Method &method) {
-    bool hasBytes = false, hasNumber = false;
-    for (std::uint32_t i = 0; i < method.parameterCount(); ++i) {
-        const Kind kind = method.parameterType(i).kind;
-        if (kind == Kind::pointer || kind == Kind::function)
-            return false;
-        hasBytes |= kind == Kind::cString;
-        hasNumber |= kind == Kind::integer;
-    }
-    return !hasBytes || !hasNumber;
+    return method.selector()->text()[0] != '_' ||
+           !(hasParameter(method, Kind::pointer) || takesBytes(method));
 }
 
 bool takesMemoryByNumber(const Method &method) {
@@ -146,7 +151,7 @@ private:
         const Method &method = *choices_.of(operations);
         std::vector<Value> values;
         for (std::uint32_t i = 0; i < method.parameterCount(); ++i)
-            values.push_back(valueFor(method.parameterType(i), takesMemoryByNumber(method)));
+            values.push_back(valueFor(method, method.parameterType(i)));
         try {
             invoke(receiver, method.selector(), std::move(values));
         } catch (const NSException &) { // most messages are nonsense
@@ -169,7 +174,8 @@ private:
         objects_.emplace_back(result);
     }
 
-    Value valueFor(const Type &type, bool isSmall) {
+    Value valueFor(const Method &method, const Type &type) {
+        const bool isSmall = takesMemoryByNumber(method);
         switch (type.kind) {
         case Kind::integer:
             return number(type, isSmall);
@@ -178,7 +184,7 @@ private:
         case Kind::real:
             return choices_.of(kReals);
         case Kind::cString:
-            return choices_.of(kTexts);
+            return takesBytes(method) ? nullptr : choices_.of(kTexts);
         case Kind::object:
             return objectOf(type);
         case Kind::selector:

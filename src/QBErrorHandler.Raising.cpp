@@ -39,6 +39,18 @@ private:
     QBErrorHandler *handler_;
 };
 
+// Sets a mark for as long as it lives.
+class Marked {
+public:
+    explicit Marked(bool &mark) : mark_(mark) { mark_ = true; }
+    ~Marked() { mark_ = false; }
+    Marked(const Marked &) = delete;
+    Marked &operator=(const Marked &) = delete;
+
+private:
+    bool &mark_;
+};
+
 } // namespace
 
 // --- Errors ---
@@ -57,9 +69,13 @@ void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int
 void QBErrorHandler::raiseErrorInFileWithArgList(const char *file, int line, int error,
                                                  const qb::ArgList &argList, NSArray *objects,
                                                  NSString *defaultFormat) {
-    if (isRaisingError())
+    if (isRaisingError() || isMakingMessage_)
         return;
-    NSString *const message = errorMsgForError(error, argList, defaultFormat);
+    NSString *message;
+    {
+        const Marked making(isMakingMessage_); // clients' code, which may raise errors of its own
+        message = errorMsgForError(error, argList, defaultFormat);
+    }
     const Ref<NSMutableArray> description = descriptionOf(error, message);
     {
         const Raising raising(this);

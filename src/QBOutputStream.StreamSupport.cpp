@@ -41,7 +41,7 @@ void NSString::writeOnOutputStream(QBOutputStream *stream) {
 
 void NSData::writeOnOutputStream(QBOutputStream *stream) {
     if (stream)
-        stream->writeBuffer(bytes() ? bytes() : "", length()); // empty data has no bytes
+        stream->writeBuffer(bytes(), length());
 }
 
 void NSEnumerator::writeOnOutputStream(QBOutputStream *stream) {

@@ -31,16 +31,6 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, HiddenFiles hidde
     return !hasFailed();
 }
 
-// The directory's path without links as far as there is one, "." and "..", with a separator at its end.
-std::string realPath(NSString *directory) {
-    const std::filesystem::path path(directory->view());
-    std::error_code error;
-    std::string real = std::filesystem::weakly_canonical(path, error);
-    if (error)
-        real = std::filesystem::absolute(path, error).lexically_normal();
-    return real.ends_with('/') ? real : real + '/';
-}
-
 // Whether the file is none that would keep us waiting, as a pipe does.
 bool mayBeRead(NSString *file) {
     OSFileInfo info;
@@ -103,12 +93,14 @@ NSString *readText(NSString *file) {
     NSString *const string = mayBeRead(file) ? NSString::stringWithContentsOfFile(file) : nullptr;
     if (!string)
         return nullptr;
-    const std::int32_t malformed = string->indexOfFirstCorruptUtf8Character();
-    if (malformed >= 0) {
-        failNotUtf8(file, string->view(), static_cast<std::size_t>(malformed));
-        return nullptr;
-    }
-    return string;
+    return isUtf8(string, file) ? string : nullptr;
+}
+
+bool isUtf8(NSString *text, NSString *file) {
+    const std::int32_t malformed = text->indexOfFirstCorruptUtf8Character();
+    if (malformed >= 0)
+        failNotUtf8(file, text->view(), static_cast<std::size_t>(malformed));
+    return malformed < 0;
 }
 
 NSDictionary *dictionaryIn(NSString *text, NSString *file) {
@@ -145,6 +137,15 @@ bool isInside(std::string_view path) {
             return true;
         path.remove_prefix(slash + 1);
     }
+}
+
+std::string realPath(NSString *directory) {
+    const std::filesystem::path path(directory->view());
+    std::error_code error;
+    std::string real = std::filesystem::weakly_canonical(path, error);
+    if (error)
+        real = std::filesystem::absolute(path, error).lexically_normal();
+    return real.ends_with('/') ? real : real + '/';
 }
 
 bool areApart(NSString *one, NSString *other) {

@@ -4,6 +4,7 @@
 
 #include <QBFoundation/QBFoundation.h>
 
+#include <string>
 #include <string_view>
 
 namespace publish {
@@ -20,6 +21,9 @@ NSData *readBytes(NSString *file);
 /// Returns the file's text; nil, with an error raised, when it can't be read, is no plain file or is not
 /// valid UTF-8.
 NSString *readText(NSString *file);
+
+/// Whether the text, which came from `file` or goes there, is valid UTF-8; an error is raised when it is not.
+bool isUtf8(NSString *text, NSString *file);
 
 /// Returns the dictionary that a text, which came from `file`, is as a property list; nil, with an error
 /// raised, when it is none.
@@ -38,6 +42,10 @@ NSArray *filesBelow(NSString *directory, HiddenFiles hidden);
 
 /// Whether a relative path stays inside of its directory.
 bool isInside(std::string_view path);
+
+/// Returns the directory's path without links as far as there is one, "." and "..", with a separator at its
+/// end.
+std::string realPath(NSString *directory);
 
 /// Whether the two directories, which need not exist, are different ones and neither is inside of the other.
 bool areApart(NSString *one, NSString *other);

@@ -19,8 +19,12 @@ void watchForInterruption() {
     struct sigaction action {};
     action.sa_handler = noteSignal;
     action.sa_flags = SA_RESTART;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(number, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) // as `nohup` leaves it
+            sigaction(number, &action, nullptr);
+    }
     // A write that fails is an error of its own, which leaves nothing half-done.
     for (const int number : {SIGXFSZ, SIGPIPE})
         std::signal(number, SIG_IGN);

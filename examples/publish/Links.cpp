@@ -44,8 +44,14 @@ std::string escapedPath(std::string_view path) {
 }
 
 NSString *linkFrom(NSString *page, NSString *target) {
-    return hasScheme(target->view()) ? target
-                                     : fromRoot(page)->relativePathTo(fromRoot(target))->stringValue();
+    if (hasScheme(target->view()))
+        return target;
+    if (target->containsData() && !target->hasSuffix("/"_ns))
+        return fromRoot(page)->relativePathTo(fromRoot(target))->stringValue();
+    // The way to a directory is that to a file in it, without the file.
+    NSString *const file = linkFrom(page, target->stringByAppendingString("-"_ns));
+    NSString *const way = file->substringToIndex(file->length() - 1);
+    return way->containsData() ? way : "./"_ns;
 }
 
 NSString *inlineImage(NSString *file) {

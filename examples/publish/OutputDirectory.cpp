@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace publish {
@@ -40,11 +41,13 @@ bool isSitePath(NSString *path) {
 OutputDirectory::OutputDirectory(NSString *path)
     : path_(path), staging_(place(NSString::stringWith(kStaging))),
       files_(staging_->stringByAppendingPathComponent("files"_ns)),
-      journal_(staging_->stringByAppendingPathComponent("journal.plist"_ns)) {}
+      journal_(staging_->stringByAppendingPathComponent("journal.plist"_ns)),
+      directories_(staging_->stringByAppendingPathComponent("directories.plist"_ns)) {}
 
 OutputDirectory::~OutputDirectory() {
     if (hasStaged_) {
         ::unlink(journal_->cString()); // first, so that it never names what is gone
+        removeDirectories(made_);
         removeTree(staging_);
     }
     if (lock_ >= 0)
@@ -60,19 +63,27 @@ bool OutputDirectory::lock() {
 
 bool OutputDirectory::begin() {
     OSFilePath::makePath(path_);
-    if (hasFailed() || !lock() || !recover())
+    if (hasFailed() || (lock_ < 0 && !lock()) || !finishEarlierRun())
         return false;
-    hasStaged_ = NSFileManager::defaultManager()->createDirectoryAtPath(staging_, nullptr);
+    hasStaged_ = ::mkdir(staging_->cString(), 0700) == 0; // pages that wait to be enciphered are in there
     return hasStaged_ || failWith(__LINE__, qb::kErrorCannotMakeDirectory, staging_.get());
+}
+
+bool OutputDirectory::recover() {
+    if (!OSFilePath::directoryExistsAtPath(path_))
+        return !hasFailed();
+    return lock() && finishEarlierRun();
 }
 
 // Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished
 // here.
-bool OutputDirectory::recover() {
-    if (kindOf(staging_) == Kind::directory && kindOf(journal_) != Kind::nothing) {
-        Plan plan;
+bool OutputDirectory::finishEarlierRun() {
+    const bool isOurs = kindOf(staging_) == Kind::directory;
+    Plan plan;
+    if (isOurs && kindOf(journal_) != Kind::nothing)
         return readPlan(journal_, plan) && finish(plan);
-    }
+    if (isOurs && kindOf(directories_) != Kind::nothing && readPlan(directories_, plan))
+        removeDirectories(plan.removed);
     return !hasFailed() && removeTree(staging_);
 }
 
@@ -97,10 +108,50 @@ bool OutputDirectory::readListed(Manifest &manifest) const {
 
 bool OutputDirectory::exchange(const Plan &plan) {
     // What is staged is on the disk before the journal says that it is to be used.
-    if (!synchronize() || !writePlan(plan, journal_))
+    if (!makeDirectories(plan.moved) || !synchronize() || !writePlan(plan, journal_))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not
     return finish(plan);
+}
+
+// Before anything is decided, for a full disk has no room for them. They are written down first, so that the
+// next run takes them away if this one is cut off.
+bool OutputDirectory::makeDirectories(NSArray *paths) {
+    const Ref<NSMutableSet> missing = NSMutableSet::init(); // in order
+    Ref<NSString> before; // the directory of the path before; most share theirs
+    for (id element : *paths) {
+        const NSAutoreleasePool pool;
+        NSString *const directory = static_cast<NSString *>(element)->stringByDeletingLastPathComponent();
+        if (!before || !before->isEqualToString(directory))
+            addMissing(directory, missing);
+        before = directory;
+    }
+    if (hasFailed() || missing->count() == 0)
+        return !hasFailed();
+    made_ = missing->allObjects();
+    if (!writePlan({made_, NSArray::array()}, directories_))
+        return false;
+    for (id one : *made_)
+        if (::mkdir(place(one->stringValue())->cString(), 0777) != 0)
+            return failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(one->stringValue()));
+    return true;
+}
+
+// The outermost first. Where a file or a link has to go before, directories are made when it has gone.
+void OutputDirectory::addMissing(NSString *directory, NSMutableSet *missing) const {
+    NSMutableArray *const found = NSMutableArray::array();
+    while (directory->containsData() && kindOf(place(directory)) == Kind::nothing) {
+        found->insertObject(directory, 0);
+        directory = directory->stringByDeletingLastPathComponent();
+    }
+    if (!directory->containsData() || kindOf(place(directory)) == Kind::directory)
+        missing->addObjectsFromArray(found);
+}
+
+// Those that are empty.
+void OutputDirectory::removeDirectories(NSArray *paths) const {
+    for (std::uint32_t i = paths->count(); i-- > 0;)
+        ::rmdir(place(paths->objectAtIndex(i)->stringValue())->cString());
 }
 
 bool OutputDirectory::finish(const Plan &plan) {

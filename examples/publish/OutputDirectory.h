@@ -33,7 +33,9 @@ public:
     OutputDirectory(const OutputDirectory &) = delete;
     OutputDirectory &operator=(const OutputDirectory &) = delete;
 
-    /// Makes the directory, takes its lock, and finishes a run that was cut off.
+    /// Takes the lock of the directory, if there is one, and finishes a run that was cut off.
+    bool recover();
+    /// Makes the directory, and does the same.
     bool begin();
 
     NSString *path() const { return path_; }
@@ -57,7 +59,10 @@ public:
 
 private:
     bool lock();
-    bool recover();
+    bool finishEarlierRun();
+    bool makeDirectories(NSArray *paths);
+    void addMissing(NSString *directory, NSMutableSet *missing) const;
+    void removeDirectories(NSArray *paths) const;
     bool finish(const Plan &plan);
     bool carryOut(const Plan &plan);
     bool remove(NSArray *paths);
@@ -69,6 +74,8 @@ private:
     Ref<NSString> staging_;
     Ref<NSString> files_;
     Ref<NSString> journal_;
+    Ref<NSString> directories_;           // lists those that are made before the journal
+    Ref<NSArray> made_ = NSArray::init(); // directories for what is staged, before it is decided
     int lock_ = -1;
     bool hasStaged_ = false;
 };

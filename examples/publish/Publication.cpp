@@ -7,6 +7,8 @@
 #include "OwnFiles.h"
 
 #include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace publish {
 
@@ -16,6 +18,25 @@ namespace {
 bool canChange(NSString *directory) {
     NSFileManager *const files = NSFileManager::defaultManager();
     return files->isWritableFileAtPath(directory) && files->isExecutableFileAtPath(directory);
+}
+
+// Whether files of others may not be replaced there.
+bool keepsFilesOfOthers(NSString *directory) {
+    struct stat status;
+    return ::geteuid() != 0 && ::stat(directory->cString(), &status) == 0 &&
+           (status.st_mode & S_ISVTX) != 0 && status.st_uid != ::geteuid();
+}
+
+bool isOfOther(NSString *file) {
+    struct stat status;
+    return ::lstat(file->cString(), &status) == 0 && status.st_uid != ::geteuid();
+}
+
+// Whether files can be renamed from one to the other.
+bool areOnOneDevice(NSString *directory, NSString *other) {
+    struct stat status, otherStatus;
+    return ::stat(directory->cString(), &status) == 0 && ::stat(other->cString(), &otherStatus) == 0 &&
+           status.st_dev == otherStatus.st_dev;
 }
 
 } // namespace
@@ -101,6 +122,10 @@ bool Publication::addAssets(NSString *directory) {
     for (id element : *files) {
         const NSAutoreleasePool pool;
         NSString *const path = name->stringByAppendingPathComponent(static_cast<NSString *>(element));
+        // Pages with such a path are staged there too.
+        if (isTaken(path) && kindOf(directory->stringByAppendingPathComponent(
+                                 static_cast<NSString *>(element))) == Kind::nothing)
+            continue;
         if (!claim(path))
             return false;
         count(path, isInPlace(path));
@@ -158,6 +183,7 @@ bool Publication::canCarryOut(const Plan &plan) const {
     }
     NSSet *const leaving = NSSet::setWithArray(plan.removed);
     Ref<NSString> checked; // the directory of the path before; most share theirs
+    bool keepsOthers = false;
     for (id element : *plan.moved) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
@@ -165,6 +191,10 @@ bool Publication::canCarryOut(const Plan &plan) const {
         const bool isChecked = checked && checked->isEqualToString(directory);
         if ((!isChecked && !hasDirectory(path, leaving)) || !isFree(path, leaving))
             return false;
+        if (!isChecked)
+            keepsOthers = keepsFilesOfOthers(out_.place(directory));
+        if (keepsOthers && isOfOther(out_.place(path)))
+            return errno = EPERM, failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
         checked = directory;
     }
     return !hasFailed();
@@ -172,6 +202,8 @@ bool Publication::canCarryOut(const Plan &plan) const {
 
 bool Publication::canRemove(NSString *path) const {
     NSString *const file = out_.place(path);
+    if (isOfOther(file) && keepsFilesOfOthers(file->stringByDeletingLastPathComponent()))
+        return errno = EPERM, failWith(__LINE__, qb::kErrorCannotRemove, file);
     return NSFileManager::defaultManager()->isDeletableFileAtPath(file) ||
            failWith(__LINE__, qb::kErrorCannotRemove, file);
 }
@@ -189,7 +221,19 @@ bool Publication::hasDirectory(NSString *path, NSSet *leaving) const {
     NSString *const directory = above->containsData() ? out_.place(above) : out_.path();
     if (above->containsData() && kindOf(directory) != Kind::directory)
         return fail(__LINE__, kErrorInTheWay, directory);
-    return canChange(directory) || failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
+    if (!canChange(directory))
+        return failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
+    return areOnOneDevice(directory, out_.path()) ||
+           (errno = EXDEV, failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path)));
+}
+
+// Whether one of the paths is inside of the directory.
+bool Publication::isAboveOneOf(NSSet *paths, NSString *directory) {
+    NSString *const start = directory->stringByAppendingString("/"_ns);
+    for (id path : *paths)
+        if (path->stringValue()->hasPrefix(start))
+            return true;
+    return false;
 }
 
 // Whether no directory has the file's name, or only one that is removed with the last file in it.
@@ -202,7 +246,7 @@ bool Publication::isFree(NSString *path, NSSet *leaving) const {
             NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
             if (leaving->containsObject(one))
                 isLeft = false;
-            else if (kindOf(out_.place(one)) != Kind::directory)
+            else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
                 return fail(__LINE__, kErrorInTheWay, out_.place(one));
         }
     }

@@ -18,6 +18,8 @@ class Publication {
 public:
     explicit Publication(NSString *directory) : out_(directory) {}
 
+    /// Finishes what an earlier run left, see `OutputDirectory::recover`.
+    bool recover() { return out_.recover(); }
     /// Takes hold of the directory, see `OutputDirectory::begin`, and looks what the run before wrote.
     bool begin() { return out_.begin() && out_.readListed(listed_); }
     /// Takes a page's text for `path`, relative to the site's root.
@@ -46,6 +48,7 @@ private:
     bool canRemove(NSString *path) const;
     bool hasDirectory(NSString *path, NSSet *leaving) const;
     bool isFree(NSString *path, NSSet *leaving) const;
+    static bool isAboveOneOf(NSSet *paths, NSString *directory);
 
     OutputDirectory out_;
     Manifest listed_; // of the run before

@@ -1,6 +1,7 @@
 #include "Renderer.h"
 
 #include "Channels.h"
+#include "Files.h"
 #include "Interruption.h"
 #include "Messages.h"
 
@@ -20,6 +21,10 @@ NSString *wayToRoot(NSString *url) {
     for (std::ptrdiff_t i = 0; i < depth; ++i)
         way += "../";
     return NSString::stringWith(way);
+}
+
+NSString *textIn(NSData *data) {
+    return NSString::stringWith({static_cast<const char *>(data->bytes()), data->length()});
 }
 
 } // namespace
@@ -48,10 +53,11 @@ bool Renderer::renderPages() {
         progress = OSProgressBar::initWithStart(0, static_cast<std::uint32_t>(site_.pages.size()));
     for (const Page &page : site_.pages) {
         const NSAutoreleasePool pool;
-        if (wasInterrupted())
-            return fail(__LINE__, kErrorInterrupted, publication_.directory());
-        if (!renderPage(page))
-            return false;
+        const bool isRendered = !wasInterrupted() && renderPage(page);
+        if (!isRendered)
+            return !hasFailed() && wasInterrupted()
+                       ? fail(__LINE__, kErrorInterrupted, publication_.directory())
+                       : false;
         if (progress)
             progress->increment();
     }
@@ -78,7 +84,10 @@ bool Renderer::renderPage(const Page &page) {
     templates_.beingFilled().emplace_back(templateName);
     const bool isFilled = frame && frame->fill(values, templates_, whole);
     templates_.beingFilled().pop_back();
-    NSData *const text = isFilled ? filter_.filtered(page.url, whole->targetData()) : nullptr;
+    NSData *const filled = isFilled ? whole->targetData() : nullptr;
+    // Values may hold any bytes.
+    const bool isValid = filled && isUtf8(textIn(filled), page.url);
+    NSData *const text = isValid ? filter_.filtered(page.url, filled) : nullptr;
     const bool isAdded = text && addPage(page, text);
     profile_endAction(profileChannel, "%s", page.url->cString());
     return isAdded;

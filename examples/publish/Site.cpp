@@ -135,10 +135,6 @@ bool settleBase(const Site &site, NSMutableDictionary *names, NSString *above) {
     return true;
 }
 
-bool isApart(NSString *directory, NSString *target) {
-    return areApart(directory, target) || fail(__LINE__, kErrorNotApart, directory, target);
-}
-
 bool checkDirectories(const Site &site, NSString *target) {
     for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns}) {
         const id value = site.settings->objectForKey(key);
@@ -204,12 +200,15 @@ bool Site::hasAssets() const {
     return settings->objectForKey("assets"_ns) || kindOf(directoryFor("assets"_ns)) != Kind::nothing;
 }
 
+bool isApart(NSString *directory, NSString *target) {
+    return areApart(directory, target) || fail(__LINE__, kErrorNotApart, directory, target);
+}
+
 bool readSite(NSString *directory, NSString *target, NSArray *overrides, Site &site) {
     site.directory = directory;
     site.file = directory->stringByAppendingPathComponent("site.plist"_ns);
-    return isApart(directory, target) && readSettings(site) && override(overrides, site) &&
-           settleBase(site, site.settings, directory) && checkDirectories(site, target) && readTexts(site) &&
-           readPages(site);
+    return readSettings(site) && override(overrides, site) && settleBase(site, site.settings, directory) &&
+           checkDirectories(site, target) && readTexts(site) && readPages(site);
 }
 
 } // namespace publish

@@ -36,6 +36,9 @@ struct Site {
     bool hasAssets() const;
 };
 
+/// Whether a source directory and the target are not inside of each other; an error is raised when they are.
+bool isApart(NSString *directory, NSString *target);
+
 /// Reads the site in `directory`, which goes to `target`. `overrides`: dotted keys of settings, each followed
 /// by the value to use. Returns false, with an error raised, when a part of it can't be read or is not apart
 /// from the target, or a setting is not there to be replaced or added to.

@@ -1,6 +1,7 @@
 #include "Template.h"
 
 #include "Files.h"
+#include "Interruption.h"
 #include "Links.h"
 #include "Messages.h"
 #include "Sorting.h"
@@ -60,7 +61,8 @@ private:
                     return failHere("there is an 'else' without its 'if'");
                 current = otherwise;
             } else if (!isRaw && tag.starts_with('/')) {
-                return tag.substr(1) == opener || failHere("a block is closed that is not open");
+                return (!opener.empty() && tag.substr(1) == opener) ||
+                       failHere("a block is closed that is not open");
             } else if (!readPlace(*current, tag, isRaw)) {
                 return false;
             }
@@ -195,6 +197,8 @@ bool Template::fillParts(const std::vector<Part> &parts, Values &values, Templat
 
 bool Template::fillPart(const Part &part, Values &values, TemplateStore &store,
                         QBOutputStream *target) const {
+    if (wasInterrupted()) // for templates that loop over much, in each other, take their time
+        return false;
     switch (part.kind) {
     case Kind::text:
         target->writeBuffer(part.text.data(), static_cast<std::uint32_t>(part.text.size()));

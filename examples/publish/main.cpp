@@ -70,13 +70,19 @@ bool configure(const Options &options) {
     return true;
 }
 
-bool publishSite(const Options &options, const Plugins &plugins, Counts &counts) {
+bool publishSite(const Options &options, const Plugins &plugins, Counts &counts, serving::Watch *watch) {
     Site site;
+    Publication publication(options.target);
+    // What an earlier run left is finished even if the site can't be read any more.
+    if (!isApart(options.site, options.target) || !publication.recover())
+        return false;
     if (options.keyFile && !site.cipher.readKey(options.keyFile))
         return false;
     if (!readSite(options.site, options.target, options.settings, site) || !plugins.addValues(site))
         return false;
-    Publication publication(options.target);
+    if (watch)
+        for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns})
+            watch->add(site.directoryFor(key));
     Renderer renderer(site, publication, PageFilter(options.filter, publication.workingDirectory()));
     renderer.setShowsProgress(!options.isQuiet);
     const bool isDone = publication.begin() && renderer.renderPages() && addIndexes(site, publication) &&
@@ -111,9 +117,9 @@ void sayErrors() {
 }
 
 // Publishes the site and says how that went.
-bool publishAndReport(const Options &options, const Plugins &plugins) {
+bool publishAndReport(const Options &options, const Plugins &plugins, serving::Watch *watch) {
     Counts counts;
-    const bool isPublished = publishSite(options, plugins, counts);
+    const bool isPublished = publishSite(options, plugins, counts, watch);
     if (options.showsStatistics)
         NSAutoreleasePool::showAllPoolStatistics();
     if (!isPublished) {
@@ -140,7 +146,11 @@ bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, s
     return serving::Server(listener, options.target).run([&] {
         if (!watch || !watch->hasChanged())
             return;
-        publishAndReport(options, plugins);
+        try {
+            publishAndReport(options, plugins, watch);
+        } catch (const std::exception &exception) { // of a plug-in, for one
+            OSUserIO::eprintLn(NSString::stringWithFormat("publish: %s"_ns, exception.what()));
+        }
         std::fflush(stdout);
         ERRORHANDLER->clearErrorStack();
     });
@@ -159,7 +169,7 @@ int run(const Options &options) {
     std::optional<serving::Watch> watch; // from before the source is read
     if (options.watches)
         watch.emplace(options.site);
-    bool isDone = publishAndReport(options, plugins);
+    bool isDone = publishAndReport(options, plugins, watch ? &*watch : nullptr);
     if (isDone && listener) {
         isDone = serve(options, plugins, listener, watch ? &*watch : nullptr);
         if (!isDone)

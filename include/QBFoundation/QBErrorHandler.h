@@ -164,6 +164,7 @@ private:
     Ref<NSMutableArray> fatalErrorDescr_;
     Ref<NSMutableArray> stackTrace_; // descriptions, the newest first; null until the first use
     BOOL isRaisingError_ = NO;
+    bool isMakingMessage_ = false;
 };
 
 namespace qb {

@@ -122,6 +122,7 @@ expect 'what is said at the end' '' cat "$work/stderr"
 start --serve-socket "$work/socket" --watch
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
+! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
 expect 'the site while its source is wrong' '<p>changed</p>' \

@@ -72,6 +72,9 @@ echo file >"$site/assets/d"
 echo foreign >"$out/assets/d/foreign"
 expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
 rm "$out/assets/d/foreign"
+mkdir "$out/assets/d/empty"
+expect_failure 'a file where a directory of others is' "assets/d/empty' is in the way of the site."
+rmdir "$out/assets/d/empty"
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed [0]" publish "$site" "$out"
 echo other >"$work/other"
 ln -s "$work/other" "$site/assets/outside"
@@ -79,6 +82,19 @@ ln -s "$site/assets/d" "$site/assets/absolute"
 expect 'links that lead out' "$out: 2 written, 2 unchanged, 0 removed [0]" publish "$site" "$out"
 { [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
     [ "$(cat "$out/assets/outside")" = other ]; } || fail "links that lead out: $(ls -l "$out/assets")"
+
+# Pages among the assets, and texts that are none.
+new_site
+mkdir "$site/pages/assets"
+page assets/notes.html '{ title = T; }' x
+publish --quiet "$site" "$out"
+[ -s "$out/assets/notes.html" ] && [ -s "$out/assets/own.html" ] || fail 'a page among the assets'
+page index.html '{ title = T; }' 'a {{/}} b'
+expect_failure 'a closing tag without a name' 'a block is closed that is not open'
+page index.html '{ title = "\377"; }' x
+expect_failure 'a value that is no UTF-8' "index.html:1: "
+: >"$site/pages/index.html"
+expect_failure 'an empty page' 'index.html'
 
 # Settings that the command line replaces.
 new_site
@@ -358,6 +374,13 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
+    rm -rf "$out"
+    cp -a "$work/old" "$out"
+    injected rename signal=KILL 3 && fail 'a run that was cut off succeeded'
+    mv "$site/site.plist" "$work/site.plist"
+    ! publish --quiet "$site" "$out" 2>/dev/null || fail 'a run without a site succeeded'
+    is_all "$work/new" || fail "a site that can't be read kept an earlier run unfinished: $(cat "$work/difference")"
+    mv "$work/site.plist" "$site"
     rm -rf "$out"
     cp -a "$work/old" "$out"
     for nth in {1..99}; do # sanitizers write something before the program begins

@@ -67,8 +67,8 @@ std::string_view withoutHost(std::string_view target) {
     constexpr std::string_view kScheme = "http://";
     if (!isSame(target.substr(0, kScheme.size()), kScheme))
         return target;
-    const std::size_t slash = target.find('/', kScheme.size());
-    return slash == std::string_view::npos ? "/" : target.substr(slash);
+    const std::size_t end = target.find_first_of("/?#", kScheme.size());
+    return end != std::string_view::npos && target[end] == '/' ? target.substr(end) : "/";
 }
 
 // A "+" is no blank in a path.
@@ -159,6 +159,7 @@ Request readHead(std::string_view head) {
     const std::string_view method = takeUpTo(' ', line);
     const std::string_view target = takeUpTo(' ', line);
     const std::string_view version = line;
+    request.wantsBody = method != "HEAD";
     request.status = isToken(method) ? statusOfVersion(version) : Status::badRequest;
     if (request.status != Status::ok)
         return request;
@@ -170,7 +171,6 @@ Request readHead(std::string_view head) {
             return request;
         }
     const bool isNew = version == "HTTP/1.1";
-    request.wantsBody = method != "HEAD";
     if (fields.hosts > 1 || (isNew && fields.hosts == 0))
         return request.status = Status::badRequest, request;
     // A body is not read, so that nothing behind it can be told apart from it.

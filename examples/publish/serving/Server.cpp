@@ -135,6 +135,12 @@ Ref<OSSocket> withLongQueue(Ref<OSSocket> listener) {
     return listener;
 }
 
+// Whether another program answers there.
+bool isServed(NSString *path) {
+    const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
+    return OSSocket::initClientSocketWithName(path) != nullptr;
+}
+
 } // namespace
 
 Ref<OSSocket> listenOnPort(std::int32_t port) {
@@ -143,7 +149,7 @@ Ref<OSSocket> listenOnPort(std::int32_t port) {
 
 Ref<OSSocket> listenAt(NSString *path) {
     struct stat info;
-    if (::lstat(path->cString(), &info) == 0 && !S_ISSOCK(info.st_mode)) {
+    if (::lstat(path->cString(), &info) == 0 && (!S_ISSOCK(info.st_mode) || isServed(path))) {
         fail(__LINE__, kErrorInTheWay, path);
         return nullptr;
     }

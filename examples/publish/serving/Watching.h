@@ -6,19 +6,20 @@
 
 namespace publish::serving {
 
-/// What stands below a directory, by the names, sizes and times of its files.
+/// What stands below directories, by the names, sizes and times of their files.
 class Watch {
 public:
-    explicit Watch(NSString *directory) : directory_(directory), state_(state()) {}
+    explicit Watch(NSString *directory) { add(directory); }
 
-    /// Whether it differs from what stood there at the last question.
+    /// Watches a directory too, unless it is watched with another; behind a link, what that leads to.
+    void add(NSString *directory);
+    /// Whether anything differs from what stood there at the last question.
     bool hasChanged();
 
 private:
-    NSString *state() const;
+    static NSString *stateOf(NSString *directory);
 
-    Ref<NSString> directory_;
-    Ref<NSString> state_;
+    Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the directories' paths
 };
 
 } // namespace publish::serving

@@ -48,7 +48,7 @@ public:
 
     /// The bytes; null when there are none. Valid as long as the data and, if it is mutable, until it
     /// changes.
-    const void *bytes() const noexcept { return bytes_; }
+    const void *bytes() const noexcept { return bytes_ ? bytes_ : static_cast<const void *>(""); }
     std::uint32_t length() const noexcept { return length_; }
     std::span<const std::byte> view() const noexcept { return {bytes_, length_}; }
     /// Copies all bytes to `buffer`.
