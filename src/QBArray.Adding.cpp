@@ -23,6 +23,7 @@ void NSMutableArray::addObjectIfNotNil(id object) {
 }
 
 void NSMutableArray::addObjectIfNotQBNil(id object) {
+    const Ref<NSObject> kept = object; // whatever it does when it is asked
     if (!IsNil(object))
         addObject(object);
 }

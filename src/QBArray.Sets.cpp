@@ -130,6 +130,7 @@ NSMutableArray *NSArray::uniqueArraySelectedWithSelector(SEL selector) const {
 NSMutableArray *NSArray::uniqueArrayWithoutObj(id object, SEL selectedWithSelector) const {
     auto unique = NSMutableArray::initWithCapacity(count_);
     ElementSet seen(count_, ElementSet::Meanwhile::others);
+    const Ref<NSObject> kept = object; // whatever the elements do
     seen.lookUp<true>(this, [&](id element, bool wasThere) {
         if (!wasThere && !(object && object->isEqual(element)) &&
             (!selectedWithSelector || isTrueAnswer(element, selectedWithSelector, {})))
@@ -147,6 +148,7 @@ void NSMutableArray::makeUnique() {
 // --- Two arrays ---
 
 NSMutableArray *NSArray::plus(NSArray *array) const {
+    const Ref<NSArray> kept = array; // whatever the elements' operations do
     NSMutableArray *const sum = NSMutableArray::arrayWithCapacity(count_);
     ElementSet seen(count_ + countOf(array));
     seen.appendNew(this, sum);
@@ -167,6 +169,7 @@ NSMutableArray *NSArray::minus(NSArray *array) const {
 NSArray *NSArray::commonElementsWithArray(NSArray *array) const {
     if (!array)
         return nullptr;
+    const Ref<NSArray> kept = array;
     ElementSet own(count_);
     own.add(this);
     NSMutableArray *const common = NSMutableArray::array();
@@ -178,6 +181,7 @@ NSArray *NSArray::commonElementsWithArray(NSArray *array) const {
 }
 
 BOOL NSArray::hasCommonElementsWithArray(NSArray *array) const {
+    const Ref<NSArray> kept = array;
     return array && array->firstObjectCommonWithArray(static_cast<NSArray *>(self())) != nullptr;
 }
 

@@ -61,8 +61,8 @@ NSArray *NSArray::caseInsensitiveSortedArrayByKey(NSString *key) const {
     std::vector<Ref<NSObject>> values;
     std::vector<Keyed> sorted;
     for (id element : *elements) {
-        const id value = send<id>(element, "objectForKey:"_sel, id{sortKey.key});
-        values.emplace_back(IsNil(value) ? nullptr : value);
+        const Ref<NSObject> value = send<id>(element, "objectForKey:"_sel, id{sortKey.key});
+        values.emplace_back(IsNil(value) ? nullptr : value.get());
         sorted.push_back({element, values.back()});
     }
     std::vector<Keyed> buffer(sorted.size());

@@ -21,9 +21,9 @@ struct Replacing {
 };
 using Nesting = qb::Nesting<Replacing>;
 
-/// What is to be replaced by what.
+/// What is to be replaced by what. Both are kept, for an element's comparison may let go of them.
 struct Replacement {
-    id object, by;
+    Ref<NSObject> object, by;
     BOOL isRecursive;
 
     // Returns what stands in a container for `value` afterwards, nil when it is nested too deeply. The

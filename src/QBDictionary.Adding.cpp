@@ -42,10 +42,12 @@ void NSMutableDictionary::setObjectIfNotNil(id object, id forKey) {
 }
 
 void NSMutableDictionary::setObjectIfNotQBNil(id object, id forKey) {
+    const Ref<NSObject> keptObject = object, keptKey = forKey; // whatever the object does when it is asked
     setObjectIfNotNil(IsNil(object) ? nullptr : object, forKey);
 }
 
 void NSMutableDictionary::setObjectAndQBNilIfIsNil(id object, id forKey) {
+    const Ref<NSObject> keptObject = object, keptKey = forKey;
     setObjectForKey(IsNil(object) ? QBNil::value() : object, forKey);
 }
 
@@ -64,7 +66,8 @@ void NSMutableDictionary::setObjects(NSArray *objects, NSArray *forKeys) {
 void NSMutableDictionary::setObjectForKeys(id object, NSArray *forKeys) {
     if (!forKeys)
         return;
-    const Ref<NSArray> kept = forKeys; // which an old value may own
+    const Ref<NSObject> keptObject = object; // which an old value may own
+    const Ref<NSArray> keptKeys = forKeys;
     for (id key : *forKeys)
         setObjectForKey(object, key);
 }

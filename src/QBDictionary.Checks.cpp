@@ -27,8 +27,7 @@ std::span<const qb::Method> qb::tables::dictionaryChecks() {
 }
 
 NSArray *NSDictionary::badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) const {
-    NSArray *const allowed = arrayOrNil(goodKeys);
-    NSArray *const required = arrayOrNil(disallowNilForKeys);
+    const Ref<NSArray> allowed = arrayOrNil(goodKeys), required = arrayOrNil(disallowNilForKeys);
     NSMutableArray *const bad = NSMutableArray::array();
     if (allowed)
         bad->addObjectsFromArray(allKeys()->badElementsForGoodElements(allowed));

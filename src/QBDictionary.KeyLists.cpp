@@ -68,6 +68,7 @@ std::span<const qb::Method> NSDictionary::keyListMethods() {
 }
 
 BOOL NSDictionary::setUpFromArray(NSArray *array, NSArray *supportedMultiValues) {
+    const Ref<NSArray> keptArray = array, keptMultiValues = supportedMultiValues; // whatever the keys do
     const std::uint32_t count = array ? array->count() : 0;
     for (std::uint32_t i = 0; i < count; i += 2) {
         const Ref<NSObject> key = array->objectAtIndex(i);
@@ -86,6 +87,7 @@ BOOL NSDictionary::setUpFromArray(NSArray *array, NSArray *supportedMultiValues)
 }
 
 BOOL NSDictionary::setUpFromCorrectArray(NSArray *array, NSArray *supportedMultiValues) {
+    const Ref<NSArray> keptArray = array, keptMultiValues = supportedMultiValues; // whatever the keys do
     return !array || (isCorrect(array, supportedMultiValues) && setUpFromArray(array, supportedMultiValues));
 }
 

@@ -27,6 +27,7 @@ std::span<const qb::Method> NSDictionary::makingMethods() {
 BOOL NSDictionary::setUpFrom(NSDictionary *dict, NSArray *keys) {
     if (!dict || !keys)
         return YES;
+    const Ref<NSDictionary> kept = dict;  // whatever the keys' operations do
     for (const Ref<NSObject> key : *keys) // whose own operations may take it out of there
         if (const id value = dict->objectForKey(key))
             store(key, value);
@@ -34,6 +35,8 @@ BOOL NSDictionary::setUpFrom(NSDictionary *dict, NSArray *keys) {
 }
 
 BOOL NSDictionary::setUpFromDictWithKeys(NSDictionary *dict, NSArray *keys) {
+    const Ref<NSDictionary> keptDict = dict; // whatever the keys' operations do
+    const Ref<NSArray> keptKeys = keys;
     return setUpWithObjectsForKeys(dict ? dict->arrayUsingKeysFromArray(keys) : nullptr, keys);
 }
 
@@ -48,8 +51,9 @@ BOOL NSDictionary::setUpFromTexts(NSDictionary *dict, NSArray *goodKeys) {
 BOOL NSDictionary::setUpFromAnswers(NSDictionary *dict, NSArray *goodKeys, SEL selector) {
     if (!goodKeys)
         return YES;
+    const Ref<NSDictionary> kept = dict;
     for (const Ref<NSObject> key : *goodKeys)
-        if (const id answer = send(dict, selector, key); !IsNil(answer))
+        if (const Ref<NSObject> answer = send(dict, selector, key); !IsNil(answer))
             store(key, answer);
     return YES;
 }
@@ -84,6 +88,7 @@ NSDictionary *NSDictionary::dictByPrefixingKeysWith(NSString *prefix) const {
 }
 
 NSDictionary *NSDictionary::dictByAddingDict(NSDictionary *dict) const {
+    const Ref<NSDictionary> kept = dict; // whatever the keys' operations do
     Ref<NSDictionary> result = initWithDictionary(static_cast<NSDictionary *>(self()));
     if (dict)
         for (const auto &[key, value] : *dict)

@@ -102,6 +102,7 @@ NSArray *NSDictionary::allKeysAndValuesRecursive(BOOL recursive, BOOL sorted) co
     for (const auto &[key, value] : *this)
         texts->addObjectIfNotNil(key->stringValue());
     for (const auto &[key, value] : *this) {
+        const Ref<NSObject> kept = value; // whatever its own values do for their texts
         if (recursive && value->respondsToSelector(kThisOperation))
             texts->addObjectsFromArray(send<NSArray *>(value, kThisOperation, recursive, BOOL{NO}));
         else

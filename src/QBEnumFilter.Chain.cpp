@@ -8,11 +8,11 @@
 #include <QBFoundation/QBErrorHandler.h>
 
 #include "Foundation/ArrayEnumerator.h"
+#include "Foundation/Kept.h"
 #include "Runtime/RepeatedMessage.Calls.h"
 
 #include <algorithm>
 #include <bit>
-#include <new>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -40,41 +40,6 @@ public:
     ~Nesting() { --nesting; }
     Nesting(const Nesting &) = delete;
     Nesting &operator=(const Nesting &) = delete;
-};
-
-// Keeps an object for the time of messages, which may take it out of the collection that it is from; when
-// they have, until the end of the pool.
-class Kept {
-public:
-    explicit Kept(id object) : object_(object->retain()) {}
-    ~Kept() { leave(); }
-    Kept(const Kept &) = delete;
-    Kept &operator=(const Kept &) = delete;
-
-    // Keeps `object` from now on, and not the one before it.
-    void change(id object) {
-        if (object == object_)
-            return;
-        object->retain();
-        leave();
-        object_ = object;
-    }
-
-private:
-    void leave() noexcept {
-        if (object_->retainCount() == 1) [[unlikely]]
-            leaveToPool();
-        else
-            object_->release();
-    }
-    void leaveToPool() noexcept {
-        try {
-            object_->autorelease();
-        } catch (const std::bad_alloc &) { // then it lives for ever
-        }
-    }
-
-    id object_;
 };
 
 template <class... Filter>
@@ -128,7 +93,7 @@ id QBEnumFilter::sendFor(id object, id receiver, std::span<const id> values) {
 id QBEnumFilter::doFilter(id object) {
     if (!object)
         return nullptr;
-    const Kept kept(object);
+    const qb::Kept kept(object);
     return step(object);
 }
 
@@ -162,7 +127,7 @@ public:
 
     /// Lets `object` through the filters. Returns nil when one of them has dropped it.
     [[gnu::always_inline]] id pass(id object, QBEnumFilter *last) const {
-        Kept kept(object);
+        qb::Kept kept(object);
         for (QBEnumFilter *filter : steps_) {
             object = filter->step(object);
             if (!object)

@@ -120,9 +120,9 @@ void QBPropertyListOutputStream::_writeDictionary(NSDictionary *dictionary) {
 }
 
 void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
+    const Ref<NSObject> keptObject(object), keptKey(key); // whatever they do when they are asked and written
     if (IsNil(object) || IsNil(key))
         return;
-    const Ref<NSObject> kept(object); // whatever the key does while it is written
     _writeIndent();
     writeObject(key);
     writePieces(FixedPiece<" = ">());
@@ -183,6 +183,7 @@ bool QBPropertyListOutputStream::writeElement(id object, bool isFirst) {
             writePieces(FixedPiece<",\n">(), indent, string);
         return true;
     }
+    const Ref<NSObject> kept(object); // whatever it does when it is asked
     if (IsNil(object))
         return false;
     if (!isFirst)

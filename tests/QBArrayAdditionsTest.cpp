@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 #include <random>
@@ -187,4 +188,15 @@ TEST_F(QBArrayAdditionsTest, AddsWhatIsThere) {
     EXPECT_EQ(describe(array), "(y)");
     array->removeFirstObject();
     array->removeFirstObject(); // of none
+}
+
+TEST_F(QBArrayAdditionsTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &other) { it.array->uniqueArrayWithoutObj(other.single); });
+    meddle([](auto &it, auto &other) { it.array->plus(other.array); });
+    meddle([](auto &it, auto &other) { it.array->minus(other.array); });
+    meddle([](auto &it, auto &other) { it.array->commonElementsWithArray(other.array); });
+    meddle([](auto &it, auto &other) { it.array->hasCommonElementsWithArray(other.array); });
+    meddle([](auto &it, auto &other) { it.array->badElementsForGoodElements(other.array); });
+    meddle([](auto &it, auto &other) { it.array->addObjectIfNotQBNil(other.single); });
+    meddle([](auto &, auto &other) { QBPath::qbPathWithArray(other.array, YES, NO); });
 }

@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -53,4 +54,10 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     expectError(900003, "256", [&] { own->replace("x"_ns, "y"_ns, YES); });
     EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
     own->removeAllObjects();
+}
+
+TEST_F(ReplacingTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &other) { it.array->replace(other.single, other.array, /*recursive=*/YES); });
+    meddle([](auto &it, auto &other) { it.array->asArrayWith(other.single, other.set); });
+    meddle([](auto &it, auto &other) { it.dictionary->asDictionaryWith(other.single, other.set); });
 }

@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
 
 using QBDictionaryAdditionsTest = ServicesFixture;
@@ -180,4 +181,24 @@ TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) 
     EXPECT_EQ(dictionary->badKeysForGoodKeys(words("n b a"), words("b")), nullptr);
     EXPECT_THROW(dictionary->badKeysForGoodKeys("b"_ns), InvalidArgumentException);
     EXPECT_EQ(describe(dictionary->keysContainedBy(words("x n c a"))), "(n, a)");
+}
+
+TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    using Dictionary = NSDictionary;
+    meddle(
+        [](auto &it, auto &) { it.dictionary->allKeysAndValuesRecursive(/*recursive=*/YES, /*sorted=*/NO); });
+    meddle([](auto &it, auto &other) { it.dictionary->arrayUsingKeysFromArray(other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->keysContainedBy(other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->badKeysForGoodKeys(other.array, other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->dictByAddingDict(other.dictionary); });
+    meddle([](auto &, auto &other) { Dictionary::dictFrom(other.dictionary, other.array); });
+    meddle([](auto &, auto &other) { Dictionary::dictFromDictWithKeys(other.dictionary, other.array); });
+    meddle([](auto &, auto &other) { Dictionary::dictFromDictWithGoodKeys(other.dictionary, other.array); });
+    meddle([](auto &it, auto &other) { Dictionary::stringDictFromDict(it.dictionary, other.array); });
+    meddle([](auto &it, auto &other) {
+        other.array->addObject("last"_ns);
+        Dictionary::dictFromCorrectArray(other.array, it.array);
+    });
+    meddle([](auto &it, auto &other) { it.dictionary->setObjectIfNotQBNil(other.single, "k"_ns); });
+    meddle([](auto &it, auto &other) { it.dictionary->setObjectForKeys(other.single, other.array); });
 }

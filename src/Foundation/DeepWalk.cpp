@@ -64,7 +64,7 @@ private:
 
     // Two containers whose elements are being compared.
     struct Pair {
-        id a, b;
+        Ref<NSObject> a, b; // kept, for a comparison may take them out of what holds them
         ContainerKind kind;
         Phase phase = Phase::element;
         std::uint32_t index = 0;     // of the element or entry of `a`
@@ -92,7 +92,7 @@ private:
         // algorithm", 1980).
         if (!open_.empty()) {
             const Pair &earlier = open_[std::bit_floor(open_.size()) - 1];
-            if (earlier.a == a && earlier.b == b)
+            if (earlier.a.get() == a && earlier.b.get() == b)
                 return Verdict::equal;
         }
         open_.push_back({a, b, kind});
@@ -104,8 +104,8 @@ private:
     }
 
     Verdict goOnInArray(Pair &pair, Verdict last) {
-        const auto *const a = static_cast<NSArray *>(pair.a);
-        const auto *const b = static_cast<NSArray *>(pair.b);
+        const auto *const a = static_cast<NSArray *>(pair.a.get());
+        const auto *const b = static_cast<NSArray *>(pair.b.get());
         if (last == Verdict::different)
             return last;
         // A comparison is code that may have changed the arrays.
@@ -151,6 +151,7 @@ private:
             pair.candidate = indexOf(entry, b);
             return entry ? Verdict::equal : Verdict::different;
         }
+        const Ref<NSObject> kept = key;
         if (pair.phase == Phase::element)
             pair.place = 0;
         pair.phase = Phase::key;

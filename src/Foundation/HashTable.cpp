@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Foundation/Buffer.h"
+#include "Foundation/Kept.h"
 #include "Foundation/PlainClasses.h"
 #include "Text/Bytes.h"
 #include "Text/Hash.h"
@@ -42,8 +43,8 @@ std::uint32_t hashOf(const NSObject *key) {
     return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
 }
 
-// Holds a key whose own operations may let go of it; those of plain strings don't.
-Ref<NSObject> kept(const NSObject *key) {
+// What is to be kept of a key while its own operations run; those of plain strings let go of nothing.
+NSObject *keptOf(const NSObject *key) {
     return isPlainString(key) ? nullptr : const_cast<NSObject *>(key);
 }
 
@@ -179,7 +180,7 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
 }
 
 HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {
-    const Ref<NSObject> keeper = kept(key);
+    const Kept kept(keptOf(key));
     return lookUp(key, hashOf(key));
 }
 
@@ -289,7 +290,7 @@ void HashTable::leave(std::uint32_t hash, std::uint32_t index) noexcept {
 }
 
 HashTable::Entry &HashTable::entryFor(NSObject *key) {
-    const Ref<NSObject> keeper = kept(key);
+    const Kept kept(keptOf(key));
     const std::uint32_t hash = hashOf(key);
     if (Entry *const entry = lookUp(key, hash))
         return *entry;
@@ -308,16 +309,14 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
 HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
     if (dispatchKey(key) == plainStringKeys.immutable) // its copy is itself
         return entryFor(key);
-    const Ref<NSObject> keeper = kept(key);
+    const Kept kept(keptOf(key));
     if (Entry *const entry = find(key))
         return *entry;
-    return entryFor(key->copy().get());
+    const Kept copy(key->copy());
+    return entryFor(copy.get());
 }
 
-bool HashTable::remove(const NSObject *key) {
-    Entry *const entry = find(key);
-    if (!entry)
-        return false;
+void HashTable::remove(Entry *entry) {
     const Entry removed = *entry;
     const auto index = static_cast<std::uint32_t>(entry - entries_);
     *entry = {nullptr, nullptr};
@@ -327,7 +326,6 @@ bool HashTable::remove(const NSObject *key) {
     removed.key->release();
     if (removed.value)
         removed.value->release();
-    return true;
 }
 
 void HashTable::removeAll() noexcept {

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSArray.Tables.h"
 
 #include <string>
@@ -29,12 +30,15 @@ std::span<const qb::Method> qb::tables::arrayDerivation() {
 id NSArray::firstObjectCommonWithArray(NSArray *other) const {
     if (!other || other->count() == 0)
         return nullptr;
+    qb::Kept kept(nullptr); // what is found, while the elements of the table go
     qb::HashTable wanted;
     for (id element : *other)
         wanted.entryFor(element);
-    for (id element : *this)
+    for (id element : *this) {
+        kept.change(element);
         if (wanted.find(element))
             return element;
+    }
     return nullptr;
 }
 

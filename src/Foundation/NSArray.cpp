@@ -224,6 +224,7 @@ std::uint32_t NSArray::indexOfObject(id object, NSRange inRange) const {
     requireRange(this, inRange, "indexOfObject:inRange:");
     if (!object)
         return NSNotFound;
+    const Ref<NSObject> kept = object; // which the array may own alone
     for (std::uint32_t i = inRange.location; i < NSMaxRange(inRange) && i < count_; ++i)
         if (elements_[i] == object || object->isEqual(elements_[i]))
             return i;

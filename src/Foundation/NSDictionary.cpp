@@ -103,8 +103,10 @@ BOOL NSDictionary::setUpWithCopies(NSDictionary *other, BOOL copyItems) {
     if (!other)
         return YES;
     table_.reserve(other->count());
-    for (const auto &[key, value] : *other)
+    for (const auto &[key, value] : *other) {
+        const Ref<NSObject> kept = copyItems ? key : nullptr; // whatever is done to copy the value
         store(key, copyItems ? value->copy().autorelease() : value);
+    }
     return YES;
 }
 
@@ -163,6 +165,8 @@ NSArray *NSDictionary::allValues() const {
 }
 
 NSArray *NSDictionary::objectsForKeys(NSArray *keys, id notFoundMarker) const {
+    const Ref<NSArray> keptKeys = keys; // whatever the keys' operations do
+    const Ref<NSObject> keptMarker = notFoundMarker;
     auto objects = NSMutableArray::initWithCapacity(keys ? keys->count() : 0);
     for (std::uint32_t i = 0; keys && i < keys->count(); ++i) {
         const id object = objectForKey(keys->objectAtIndex(i));
@@ -181,10 +185,13 @@ void NSDictionary::getObjects(id *objects, id *andKeys) const {
 }
 
 NSArray *NSDictionary::allKeysForObject(id object) const {
+    const Ref<NSObject> kept = object; // whatever comparisons do
     NSMutableArray *const keys = NSMutableArray::array();
-    for (const auto &[key, value] : *this)
+    for (const auto &[key, value] : *this) {
+        const Ref<NSObject> keptKey = key;
         if (value == object || (object && object->isEqual(value)))
             keys->addObject(key);
+    }
     return keys;
 }
 

@@ -155,28 +155,32 @@ void NSMutableArray::exchangeObjectAtIndex(std::uint32_t index, std::uint32_t wi
 // this array.
 template <class Predicate>
 void NSMutableArray::removeWhere(NSRange range, Predicate isRemoved) {
+    struct Removed {
+        std::uint32_t index;
+        id element;
+    };
     const std::uint32_t mutations = mutations_;
-    std::vector<bool> marks(range.length);
-    for (std::uint32_t i = 0; i < range.length; ++i) {
-        marks[i] = isRemoved(elements_[range.location + i]);
+    std::vector<Removed> removed;
+    for (std::uint32_t i = range.location; i < NSMaxRange(range); ++i) {
+        const id element = elements_[i];
+        if (isRemoved(element))
+            removed.push_back({i, element});
         if (mutations_ != mutations)
             throwMutated();
     }
-    std::vector<id> removed;
-    removed.reserve(static_cast<std::size_t>(std::count(marks.begin(), marks.end(), true)));
-    if (removed.capacity() == 0)
+    // What an answer has put in the place of an element was not asked.
+    std::erase_if(removed, [this](const Removed &asked) { return elements_[asked.index] != asked.element; });
+    if (removed.empty())
         return;
-    id *kept = elements_ + range.location;
-    for (std::uint32_t i = 0; i < range.length; ++i)
-        if (const id element = elements_[range.location + i]; marks[i])
-            removed.push_back(element);
-        else
-            *kept++ = element;
-    std::copy(elements_ + NSMaxRange(range), elements_ + count_, kept);
+    id *kept = elements_ + removed.front().index;
+    for (std::size_t i = 0; i < removed.size(); ++i) {
+        const std::uint32_t end = i + 1 < removed.size() ? removed[i + 1].index : count_;
+        kept = std::copy(elements_ + removed[i].index + 1, elements_ + end, kept);
+    }
     count_ -= static_cast<std::uint32_t>(removed.size());
     ++mutations_;
-    for (id element : removed)
-        element->release();
+    for (const Removed &asked : removed)
+        asked.element->release();
 }
 
 void NSMutableArray::removeObject(id object) {

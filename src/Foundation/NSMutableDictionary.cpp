@@ -50,10 +50,11 @@ void NSMutableDictionary::setObjectForKey(id object, id key) {
 }
 
 void NSMutableDictionary::removeObjectForKey(id key) {
-    if (!key || !table_.find(key))
+    qb::HashTable::Entry *const entry = key ? table_.find(key) : nullptr;
+    if (!entry)
         return;
     ++mutations_; // first, because a destructor may come back to this dictionary
-    table_.remove(key);
+    table_.remove(entry);
 }
 
 void NSMutableDictionary::removeAllObjects() {

@@ -53,10 +53,11 @@ void NSMutableSet::addObjectsFromArray(NSArray *array) {
 }
 
 void NSMutableSet::removeObject(id object) {
-    if (!object || !table_.find(object))
+    qb::HashTable::Entry *const entry = object ? table_.find(object) : nullptr;
+    if (!entry)
         return;
     ++mutations_; // first, because a destructor may come back to this set
-    table_.remove(object);
+    table_.remove(entry);
 }
 
 void NSMutableSet::removeAllObjects() {

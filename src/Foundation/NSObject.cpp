@@ -35,8 +35,10 @@ constinit Waiting waiting;
 // The destructors that are calling each other.
 constinit unsigned depth = 0;
 
+// The object keeps a reference, so that what its destructor calls may retain and release it.
 void destroyNow(NSObject *object) noexcept {
     ++depth;
+    object->retain();
     delete object;
     --depth;
 }

@@ -86,7 +86,10 @@ BOOL NSSet::setUpWithObject(id object) {
 }
 
 BOOL NSSet::setUpWithArray(NSArray *array) {
-    return !array || setUpWithObjects(array->view().data(), array->count());
+    if (!array)
+        return YES;
+    const Ref<NSArray> elements = array->copy(); // what an element's operations don't change
+    return setUpWithObjects(elements->view().data(), elements->count());
 }
 
 BOOL NSSet::setUpWithSet(NSSet *other) {
@@ -187,6 +190,7 @@ BOOL NSSet::intersectsSet(NSSet *other) const {
 // --- Further sets ---
 
 NSSet *NSSet::setByAddingObject(id object) const {
+    const Ref<NSObject> kept = object; // whatever the elements' operations do
     auto set = NSSet::initWithSet(static_cast<NSSet *>(self()));
     set->insert(object);
     return set.autorelease();
@@ -197,6 +201,7 @@ NSSet *NSSet::setByAddingObjectsFromSet(NSSet *other) const {
 }
 
 NSSet *NSSet::setByAddingObjectsFromArray(NSArray *other) const {
+    const Ref<NSArray> kept = other; // whatever the elements' operations do
     auto set = NSSet::initWithSet(static_cast<NSSet *>(self()));
     set->setUpWithArray(other);
     return set.autorelease();

@@ -111,6 +111,7 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
 NSString *NSDictionary::descriptionInStringsFileFormat() const {
     std::string text;
     for (const auto &[key, value] : *this) {
+        const Ref<NSObject> kept = value; // whatever the key does for its text
         appendText(text, key);
         text += " = ";
         appendText(text, value);

@@ -78,9 +78,9 @@ private:
     }
 
     void goOnInList(Container &list) {
-        const id element = std::holds_alternative<NSSet::Iterator>(list.next)
-                               ? nextElement(list, std::get<NSSet::Iterator>(list.next))
-                               : nextElement(list, std::get<NSArray::Iterator>(list.next));
+        const Ref<NSObject> element = std::holds_alternative<NSSet::Iterator>(list.next)
+                                          ? nextElement(list, std::get<NSSet::Iterator>(list.next))
+                                          : nextElement(list, std::get<NSArray::Iterator>(list.next));
         if (!element)
             return close(list.hasElement ? "\n" : "", ')');
         if (std::exchange(list.hasElement, true))
@@ -89,11 +89,11 @@ private:
         begin(element);
     }
 
-    // Returns the next element that is not nil-like; nil at the end.
+    // Returns the next element that is not nil-like, kept, whatever it does when it is asked; nil at the end.
     template <class Iterator>
-    static id nextElement(Container &list, Iterator &next) {
+    static Ref<NSObject> nextElement(Container &list, Iterator &next) {
         while (isAtNext(list, next))
-            if (const id element = *next; !element->isNil())
+            if (Ref<NSObject> element = *next; !element->isNil())
                 return element;
         return nullptr;
     }
@@ -126,10 +126,10 @@ private:
         auto &next = std::get<NSDictionary::Iterator>(dictionary.next);
         if (!isAtNext(dictionary, next))
             return close("", '}');
-        const auto [key, value] = *next;
-        if (key->isNil() || value->isNil())
+        const Ref<NSObject> key = (*next).first;
+        dictionary.value = (*next).second;
+        if (key->isNil() || dictionary.value->isNil())
             return;
-        dictionary.value = value;
         dictionary.phase = Phase::value;
         indent();
         begin(key);

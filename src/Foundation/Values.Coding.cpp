@@ -236,6 +236,7 @@ BOOL NSSet::setUpWithCoder(NSCoder *coder) {
 void NSDictionary::encodeWithCoder(NSCoder *coder) const {
     encodeCount(coder, count());
     for (const auto &[key, value] : *this) {
+        const Ref<NSObject> kept = value; // whatever the key does to be encoded
         coder->encodeObject(key);
         coder->encodeObject(value);
     }

@@ -152,6 +152,7 @@ std::int32_t OSDebugPrinter::registerProfileChannel(NSString *name) {
 }
 
 void OSDebugPrinter::setDebugChannelsActive(NSArray *names) {
+    const Ref<NSArray> kept = names; // whatever the names do when they are compared
     if (names)
         debugChannels_.activate(names->containsObject("all"_ns) ? debugChannels_.numbers->allKeys() : names);
 }

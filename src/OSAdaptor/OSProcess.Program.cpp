@@ -47,6 +47,7 @@ Redirection toStandardError(const std::int32_t *source) {
 
 Program::Program(NSString *command, NSArray *args, NSDictionary *env)
     : command_(command ? command->cString() : nullptr) {
+    const Ref<NSDictionary> kept = env; // whatever the arguments do for their texts
     try {
         failure_ = {kNoMemory, ENOMEM};
         failure_ = addArguments(command, args);
@@ -89,6 +90,7 @@ StartFailure Program::addEnvironment(NSDictionary *env) {
         environment_.push_back(*variable);
     variables_.reserve(env->count()); // so that none of them moves
     for (const auto &[key, value] : *env) {
+        const Ref<NSObject> kept = value; // whatever the key does for its text
         std::string &variable = variables_.emplace_back(text(key));
         variable.append("=").append(text(value));
         if (hasNul(variable))

@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -92,4 +93,10 @@ TEST_F(DeepWalkTest, ContainersThatHoldThemselvesAreComparedToAnEnd) {
     EXPECT_FALSE(one->isEqual(other));
     for (NSMutableArray *array : {one, same, other})
         array->removeAllObjects();
+}
+
+TEST_F(DeepWalkTest, ComparisonsMayTakeNestedContainersOut) {
+    meddle([](auto &it, auto &other) { it.array->isEqual(other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->isEqual(other.dictionary); });
+    meddle([](auto &it, auto &other) { it.set->isEqual(other.set); });
 }

@@ -50,9 +50,12 @@ void compareWithList(MakeKey makeKey, unsigned keys, int steps) {
             else
                 place->second = step;
         } else {
-            ASSERT_EQ(table.remove(key), !isNew);
-            if (!isNew)
+            auto *const entry = table.find(key);
+            ASSERT_EQ(entry == nullptr, isNew);
+            if (entry) {
+                table.remove(entry);
                 entries.erase(place);
+            }
         }
         ASSERT_EQ(table.count(), entries.size());
         const auto *found = table.find(askedKey);
@@ -119,7 +122,7 @@ TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {
         table.entryFor(key).value = value->retain();
         table.entryFor(NSString::initWith("key").get());
         EXPECT_EQ(key->retainCount(), 2u);
-        EXPECT_TRUE(table.remove(NSString::initWith("key").get()));
+        table.remove(table.find(NSString::initWith("key").get()));
         EXPECT_EQ(key->retainCount() + value->retainCount(), 2u);
         table.entryFor(key).value = value->retain();
     }

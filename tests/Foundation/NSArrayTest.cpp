@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>
@@ -187,4 +188,28 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangesDoWhileEnumerating) {
     array->addObject("c"_ns);
     EXPECT_REASON(enumerator->nextObject(),
                   "NSArray nextObject must have an array that was not changed meanwhile.");
+}
+
+TEST_F(NSArrayTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &other) {
+        const id found = it.array->firstObjectCommonWithArray(other.array);
+        EXPECT_TRUE(!found || found->retainCount() != 0);
+    });
+    meddle([](auto &it, auto &other) { it.array->indexOfObject(other.single); });
+    meddle([](auto &it, auto &other) { it.array->removeObjectsInArray(other.array); });
+    meddle([](auto &, auto &other) { NSArray::initWithArray(other.array, /*copyItems=*/YES); });
+}
+
+TEST_F(NSArrayTest, WhatReplacesAnElementWhileOthersAreAskedIsNotRemoved) {
+    struct Replacer : NSObject {
+        BOOL isEqual(id other) const override {
+            if (other == array->lastObject())
+                array->replaceObjectAtIndex(0, "new"_ns);
+            return YES;
+        }
+        NSMutableArray *array = letters("abc");
+    };
+    const auto replacer = Ref<Replacer>::adopt(new Replacer);
+    replacer->array->removeObject(replacer);
+    EXPECT_EQ(describe(replacer->array), "(new)");
 }

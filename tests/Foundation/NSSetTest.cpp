@@ -1,3 +1,4 @@
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 using NSSetTest = PoolFixture;
@@ -56,4 +57,13 @@ TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
     EXPECT_EQ(elements(copies), "(a)");
     set->makeObjectsPerformSelector("appendString:"_sel, "c"_ns);
     EXPECT_EQ(elements(set), "(abc)");
+}
+
+TEST_F(NSSetTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &) { NSSet::setWithArray(it.array); });
+    meddle([](auto &it, auto &other) { it.set->setByAddingObject(other.single); });
+    meddle([](auto &it, auto &other) { it.set->setByAddingObjectsFromArray(other.array); });
+    meddle([](auto &it, auto &other) { it.set->addObjectsFromArray(other.array); });
+    meddle([](auto &it, auto &other) { it.set->unionSet(other.set); });
+    meddle([](auto &it, auto &other) { it.set->removeObject(other.single); });
 }

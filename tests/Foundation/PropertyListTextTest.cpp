@@ -1,5 +1,6 @@
 #include "Foundation/PropertyListText.h"
 
+#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -63,4 +64,14 @@ TEST_F(PropertyListTextTest, DepthIndentsBy78BlanksAtMostAndEndsInDots) {
     loop->addObject(loop);
     EXPECT_EQ(loop->description()->view(), "(\n  a,\n  ...\n)");
     loop->removeAllObjects();
+}
+
+TEST_F(PropertyListTextTest, ValuesMayChangeWhatIsWritten) {
+    meddle([](auto &it, auto &) { it.array->description(); });
+    meddle([](auto &it, auto &) { it.dictionary->description(); });
+    meddle([](auto &it, auto &) { QBPropertyListOutputStream::init()->writeObject(it.array); });
+    meddle([](auto &it, auto &) { QBPropertyListOutputStream::init()->writeObject(it.dictionary); });
+    meddle([](auto &it, auto &other) {
+        QBPropertyListOutputStream::init()->_writeObjectForKey(other.single, it.single);
+    });
 }

@@ -2,6 +2,7 @@
 #include "System/Process.h"
 #include "support/Allocations.h"
 #include "support/Faults.h"
+#include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -211,4 +212,11 @@ TEST_F(OSProcessStartingTest, NoChildWritesWhatTheParentHasBuffered) {
         text.erase(text.find(word), std::strlen(word));
         EXPECT_EQ(text.find(word), std::string::npos) << child.standardError;
     }
+}
+
+TEST_F(OSProcessStartingTest, ArgumentsAndVariablesMayChangeWhatTheyStandIn) {
+    meddle([](auto &, auto &other) {
+        OSProcess *const process = OSProcess::subProcessWithCommand("true"_ns, other.array, other.dictionary);
+        process->waitForProcessDoHang(YES);
+    });
 }

@@ -48,8 +48,8 @@ public:
     /// As above, but a new key is copied.
     Entry &entryForCopyOf(NSObject *key);
 
-    /// Removes the key; returns whether it was there.
-    bool remove(const NSObject *key);
+    /// Removes an entry, which `find` has returned.
+    void remove(Entry *entry);
     void removeAll() noexcept;
 
     /// Exchanges the contents of the tables.

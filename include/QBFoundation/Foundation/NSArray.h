@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 #include <span>
 
 class NSDictionary;
@@ -267,11 +268,12 @@ public:
 
     // --- Range-for ---
 
-    /// Goes over the elements. Throws InvalidUseOfMethodException when the array was changed meanwhile.
+    /// Goes over the elements and keeps the array. Throws InvalidUseOfMethodException when it was changed
+    /// meanwhile.
     class Iterator {
     public:
         Iterator(const NSArray *array, std::uint32_t index)
-            : array_(array), index_(index), mutations_(array->mutations_) {}
+            : array_(const_cast<NSArray *>(array)), index_(index), mutations_(array->mutations_) {}
         id operator*() const { return array_->elements_[index_]; }
         Iterator &operator++() {
             if (array_->mutations_ != mutations_)
@@ -280,15 +282,15 @@ public:
             return *this;
         }
         bool atEnd() const { return index_ >= array_->count_; }
-        bool operator!=(const Iterator &) const { return !atEnd(); }
+        bool operator==(std::default_sentinel_t) const { return atEnd(); }
 
     private:
-        const NSArray *array_;
+        Ref<NSArray> array_;
         std::uint32_t index_;
         std::uint32_t mutations_;
     };
     Iterator begin() const { return {this, 0}; }
-    Iterator end() const { return {this, count_}; }
+    std::default_sentinel_t end() const { return {}; }
 
 protected:
     /// The initialiser of subclasses from elements that are not nil.

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
 #include <span>
 #include <utility>
 
@@ -304,13 +305,13 @@ public:
 
     // --- Range-for ---
 
-    /// Goes over the entries as {key, value} pairs. Throws InvalidUseOfMethodException when the dictionary
-    /// was changed meanwhile.
+    /// Goes over the entries as {key, value} pairs and keeps the dictionary. Throws
+    /// InvalidUseOfMethodException when it was changed meanwhile.
     class Iterator {
     public:
         explicit Iterator(const NSDictionary *dictionary)
-            : next_(dictionary->table_.begin()), end_(dictionary->table_.end()), dictionary_(dictionary),
-              mutations_(dictionary->mutations_) {
+            : next_(dictionary->table_.begin()), end_(dictionary->table_.end()),
+              dictionary_(const_cast<NSDictionary *>(dictionary)), mutations_(dictionary->mutations_) {
             skipHoles();
         }
         Pair operator*() const { return {next_->key, next_->value}; }
@@ -322,7 +323,7 @@ public:
             return *this;
         }
         bool atEnd() const { return next_ == end_; }
-        bool operator!=(const Iterator &) const { return !atEnd(); }
+        bool operator==(std::default_sentinel_t) const { return atEnd(); }
 
     private:
         void skipHoles() {
@@ -331,11 +332,11 @@ public:
         }
 
         const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
-        const NSDictionary *dictionary_;
+        Ref<NSDictionary> dictionary_;
         std::uint32_t mutations_;
     };
     Iterator begin() const { return Iterator(this); }
-    Iterator end() const { return Iterator(this); }
+    std::default_sentinel_t end() const { return {}; }
 
 protected:
     /// The initialiser `initWithDictionary:`.

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 #include <span>
 
 class NSMutableSet;
@@ -96,11 +97,13 @@ public:
 
     // --- Range-for ---
 
-    /// Goes over the elements. Throws InvalidUseOfMethodException when the set was changed meanwhile.
+    /// Goes over the elements and keeps the set. Throws InvalidUseOfMethodException when it was changed
+    /// meanwhile.
     class Iterator {
     public:
         explicit Iterator(const NSSet *set)
-            : next_(set->table_.begin()), end_(set->table_.end()), set_(set), mutations_(set->mutations_) {
+            : next_(set->table_.begin()), end_(set->table_.end()), set_(const_cast<NSSet *>(set)),
+              mutations_(set->mutations_) {
             skipHoles();
         }
         id operator*() const { return next_->key; }
@@ -112,7 +115,7 @@ public:
             return *this;
         }
         bool atEnd() const { return next_ == end_; }
-        bool operator!=(const Iterator &) const { return !atEnd(); }
+        bool operator==(std::default_sentinel_t) const { return atEnd(); }
 
     private:
         void skipHoles() {
@@ -121,11 +124,11 @@ public:
         }
 
         const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
-        const NSSet *set_;
+        Ref<NSSet> set_;
         std::uint32_t mutations_;
     };
     Iterator begin() const { return Iterator(this); }
-    Iterator end() const { return Iterator(this); }
+    std::default_sentinel_t end() const { return {}; }
 
 protected:
     /// The initialisers of this class and its subclasses.

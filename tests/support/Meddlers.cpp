@@ -1,0 +1,99 @@
+#include "support/Meddlers.h"
+
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace {
+
+int asksLeft = 0;                 // before the action
+std::function<void()> action;     // done once
+std::function<void()> lastAction; // done once, when a meddler is destroyed after that
+BOOL isEqualToAll = NO;
+
+class Meddler : public NSObject {
+public:
+    ~Meddler() override {
+        if (lastAction)
+            std::exchange(lastAction, nullptr)();
+    }
+    static id make() { return (new Meddler)->autorelease(); }
+
+    BOOL isEqual(id other) const override { return ask(isEqualToAll || other == this); }
+    std::uint32_t hash() const override { return ask(7u); }
+    BOOL isNil() const override { return ask(NO); }
+    NSString *stringValue() const override { return ask("meddler"_ns); }
+    Ref<NSObject> copyWithZone(void *) const override { return ask(Ref<NSObject>(self())); }
+    void encodeWithCoder(NSCoder *) const override { ask(NO); }
+
+private:
+    template <class Answer>
+    static Answer ask(Answer answer) {
+        if (action && asksLeft-- == 0)
+            std::exchange(action, nullptr)();
+        return answer;
+    }
+};
+
+struct Group {
+    Ref<NSMutableArray> array = NSMutableArray::init();
+    Ref<NSMutableDictionary> dictionary = NSMutableDictionary::init();
+    Ref<NSMutableSet> set = NSMutableSet::init();
+    Ref<NSObject> single;
+
+    Group() {
+        const NSAutoreleasePool pool;
+        single = Meddler::make();
+        for (int i = 0; i < 2; ++i) {
+            array->addObject(Meddler::make());
+            set->addObject(Meddler::make());
+            dictionary->setObjectForKey(Meddler::make(), Meddler::make());
+        }
+        const id list = NSArray::arrayWith({Meddler::make(), Meddler::make()});
+        array->addObject(NSDictionary::dictionaryWithObjectForKey(list, "list"_ns));
+        const id inner = NSDictionary::dictionaryWithObjectForKey(Meddler::make(), "inner"_ns);
+        dictionary->setObjectForKey(inner, NSString::stringWith("nested"));
+    }
+    void empty() const {
+        array->removeAllObjects();
+        dictionary->removeAllObjects();
+        set->removeAllObjects();
+    }
+    operator Meddlers() const { return {array, dictionary, set, single}; }
+};
+
+using Operation = void (*)(const Meddlers &mine, const Meddlers &other);
+
+// Returns whether so many questions were asked before.
+bool meddleAfter(int asks, bool isOtherFreed, BOOL areAllEqual, Operation operation) {
+    const NSAutoreleasePool pool;
+    isEqualToAll = NO;
+    const Group mine;
+    auto other = std::make_unique<Group>();
+    isEqualToAll = areAllEqual;
+    asksLeft = asks;
+    action = [&] {
+        if (!isOtherFreed)
+            return mine.empty(), other->empty();
+        other = nullptr;
+        lastAction = [&mine] { mine.empty(); };
+    };
+    try {
+        operation(mine, *other);
+    } catch (const std::exception &) { // as walks say that they were disturbed
+    }
+    lastAction = nullptr;
+    return !std::exchange(action, nullptr);
+}
+
+} // namespace
+
+void meddle(Operation operation) {
+    for (const bool isOtherFreed : {false, true})
+        for (const BOOL areAllEqual : {NO, YES})
+            for (int asks = 0; meddleAfter(asks, isOtherFreed, areAllEqual, operation);)
+                ++asks;
+}
