@@ -69,9 +69,15 @@ private:
 
     static Value integerOf(id object) {
         if (auto *number = qb::castOrNil<NSNumber>(object)) {
-            if (number->type() == NSNumber::Type::uint64)
+            switch (number->type()) { // a negative one prints as unsigned of its own width
+            case NSNumber::Type::boolean:
+            case NSNumber::Type::int32:
+                return number->intValue();
+            case NSNumber::Type::uint64:
                 return number->unsignedLongLongValue();
-            return number->longLongValue();
+            default:
+                return number->longLongValue();
+            }
         }
         return object->respondsToSelector("intValue"_sel) ? send<std::int32_t>(object, "intValue"_sel) : 0;
     }

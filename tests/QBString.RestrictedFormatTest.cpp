@@ -122,6 +122,8 @@ TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
                                   NSNumber::numberWithUnsignedLongLong(UINT64_MAX)}),
               "-9223372036854775808 18446744073709551615");
     EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, NSNumber::numberWithInt(7)}), "12|1.50|7");
+    const id negative = NSNumber::numberWithInt(-1);
+    EXPECT_EQ(ofObjects("%x %u %o", {negative, negative, negative}), "ffffffff 4294967295 37777777777");
     EXPECT_EQ(ofObjects("%s", {NSString::stringWith({"x\0y", 3})}), std::string("x\0y", 3));
     EXPECT_EQ(ofObjects("a%db%fc%cd", {}), "abcd"); // run out: nothing for the conversion itself
 }

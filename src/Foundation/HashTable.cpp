@@ -173,6 +173,7 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
     while (Entry *const entry = nextWithHash(hash, place)) {
         // The comparison may be a client's code, which may change the table.
         const auto index = static_cast<std::uint32_t>(entry - entries_);
+        const Kept kept(keptOf(entry->key));
         if (entry->key == key || key->isEqual(entry->key))
             return index < used_ && entries_[index].key ? &entries_[index] : nullptr;
     }

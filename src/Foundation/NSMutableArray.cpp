@@ -111,7 +111,7 @@ void NSMutableArray::addObjectsFromArray(NSArray *other) {
 void NSMutableArray::insertObject(id object, std::uint32_t atIndex) {
     qb::required(object, "NSMutableArray insertObject:atIndex:", "an object");
     requireIndex(atIndex, count_ + 1, "insertObject:atIndex:");
-    addObject(object);
+    NSMutableArray::addObject(object); // whatever a subclass makes of its own
     std::memmove(elements_ + atIndex + 1, elements_ + atIndex, (count_ - 1 - atIndex) * sizeof(id));
     elements_[atIndex] = object;
 }

@@ -127,8 +127,8 @@ void NSMutableData::resetBytesInRange(NSRange range) {
         requireRange(range, "resetBytesInRange:");
     if (NSMaxRange(range) > length_)
         increaseLengthBy(static_cast<std::uint32_t>(NSMaxRange(range) - length_));
-    if (range.length != 0)
-        std::memset(bytes_ + range.location, 0, range.length);
+    if (range.location < length_) // a subclass may not have grown
+        std::memset(bytes_ + range.location, 0, std::min(range.length, length_ - range.location));
 }
 
 void NSMutableData::appendData(NSData *other) {

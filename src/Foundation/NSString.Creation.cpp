@@ -191,7 +191,8 @@ void NSString::getCharacters(unichar *buffer, NSRange range) const {
     const char *position = bytes_ + place.byte;
     unichar *const last = buffer + range.length;
     std::uint32_t skipped = range.location - place.unit; // 1: begins inside a pair
-    while (buffer != last) {
+    // A subclass may answer a length that is none of the text's.
+    while (buffer != last && position != bytes_ + byteLength_) {
         std::uint32_t character = 0;
         position += qb::text::decodeLenient(position, bytes_ + byteLength_, &character);
         if (character < 0x10000) {

@@ -36,6 +36,15 @@ int random(id, id, void *) {
     return static_cast<int>(generator() % 3) - 1;
 }
 
+/// Adds nothing that it has.
+class Unique : public NSMutableArray {
+public:
+    void addObject(id object) override {
+        if (!containsObject(object))
+            NSMutableArray::addObject(object);
+    }
+};
+
 /// Comes back to the array that owned it when it goes.
 class Returner : public NSObject {
 public:
@@ -47,6 +56,14 @@ private:
 };
 
 } // namespace
+
+TEST_F(NSArrayTest, InsertingIsNotAddingOfASubclass) {
+    const Ref<Unique> array = Ref<Unique>::adopt(new Unique);
+    array->addObject("x"_ns);
+    array->insertObject("x"_ns, 1);
+    array->insertObject("y"_ns, 1);
+    EXPECT_EQ(joined(array), "xyx");
+}
 
 TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     NSString *const second = NSString::stringWith("a");
