@@ -75,10 +75,11 @@ LatestExpressions &latestExpressions() {
 
 Class *QBRegularExpression::cls() {
     static const qb::Method methods[] = {
-        qb::classMethod<"regularExpressionWithPattern:flags:", id(NSString *, std::int32_t)>(
-            &QBRegularExpression::regularExpressionWithPattern),
-        qb::classMethod<"regularExpressionWithPattern:", id(NSString *)>(
-            &QBRegularExpression::regularExpressionWithPattern),
+        qb::classMethod<"regularExpressionWithPattern:flags:">(
+            &QBRegularExpression::regularExpressionWithPatternOfClass),
+        qb::classMethod<"regularExpressionWithPattern:">(+[](Class *asked, NSString *pattern) {
+            return QBRegularExpression::regularExpressionWithPatternOfClass(asked, pattern, 0);
+        }),
         qb::initialiser<"initWithPattern:flags:">(&QBRegularExpression::setUpWithPattern),
         qb::method<"search:", QBRegularExpressionMatchObject *(NSString *)>(&QBRegularExpression::search),
         qb::method<"search:fromIndex:", QBRegularExpressionMatchObject *(NSString *, std::int32_t)>(
@@ -111,6 +112,16 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
     }
     latestExpressions().store(pattern, flags, qb::castOrNil<QBRegularExpression>(expression));
     return expression;
+}
+
+id QBRegularExpression::regularExpressionWithPatternOfClass(Class *asked, NSString *pattern,
+                                                            std::int32_t flags) {
+    if (asked == cls())
+        return regularExpressionWithPattern(pattern, flags);
+    const Ref<NSObject> expression = asked->construct();
+    const bool isCompiled =
+        static_cast<QBRegularExpression *>(expression.get())->setUpWithPattern(pattern, flags);
+    return isCompiled ? Ref<NSObject>(expression).autorelease() : nullptr;
 }
 
 BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {

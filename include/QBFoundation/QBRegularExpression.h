@@ -57,6 +57,8 @@ public:
     static id regularExpressionWithPattern(NSString *pattern) {
         return regularExpressionWithPattern(pattern, 0);
     }
+    /// As above, but of the class asked; those of subclasses are not cached.
+    static id regularExpressionWithPatternOfClass(Class *asked, NSString *pattern, std::int32_t flags);
     /// Compiles the pattern. Nil when that fails, and raises 100229 (pattern, what is wrong).
     /// Throws InvalidArgumentException when `pattern` is nil.
     static Ref<QBRegularExpression> initWithPattern(NSString *pattern, std::int32_t flags) {
