@@ -88,7 +88,7 @@ new_site
 mkdir "$site/pages/assets"
 page assets/notes.html '{ title = T; }' x
 publish --quiet "$site" "$out"
-[ -s "$out/assets/notes.html" ] && [ -s "$out/assets/own.html" ] || fail 'a page among the assets'
+{ [ -s "$out/assets/notes.html" ] && [ -s "$out/assets/own.html" ]; } || fail 'a page among the assets'
 page index.html '{ title = T; }' 'a {{/}} b'
 expect_failure 'a closing tag without a name' 'a block is closed that is not open'
 page index.html '{ title = "\377"; }' x
