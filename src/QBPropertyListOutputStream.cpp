@@ -213,8 +213,7 @@ bool QBPropertyListOutputStream::writeDirectly(id object) {
 }
 
 void QBPropertyListOutputStream::writeArrayDirectly(NSArray *array) {
-    const Ref<NSArray> kept(array); // as its enumerator would, which also ends where the elements have gone
-    NSArray::Iterator next = array->begin();
+    NSArray::Iterator next = array->begin(); // keeps the array, and ends as its enumerator would
     for (id element : array->view())
         __builtin_prefetch(element);
     bool hasBegun = false;
@@ -226,7 +225,7 @@ void QBPropertyListOutputStream::writeArrayDirectly(NSArray *array) {
 }
 
 void QBPropertyListOutputStream::writeDictionaryDirectly(NSDictionary *dictionary) {
-    const Ref<NSDictionary> kept(dictionary);
+    const Ref<NSDictionary> kept(dictionary); // before the sink gets its first bytes
     for (const auto &entry : dictionary->table())
         __builtin_prefetch(entry.value);
     writeContainer<"{\n", "}">([&](const Nesting &nesting) {
