@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -24,6 +25,38 @@ using Text = std::unique_ptr<char, Free>;
 
 std::string simplified(const std::string &path) {
     return std::string(OSFilePath::stringBySimplifyingPath(NSString::stringWith(path))->view());
+}
+
+// The same rules from the other side: the path is cut into its components first.
+std::string plainlySimplified(const std::string &path) {
+    std::size_t root = path.starts_with("/") ? 1 : 0;
+    if (path.starts_with("//"))
+        root = path.find('/', 2) == std::string::npos ? path.size() : path.find('/', 2) + 1;
+    std::vector<std::string> kept;
+    std::size_t tail = root; // what stands behind the last component of any effect
+    bool isOpen = false;     // whether that is a name with nothing behind it
+    for (std::size_t start = root; start <= path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string component = path.substr(start, end - start);
+        if (component == ".." && !kept.empty()) {
+            kept.pop_back();
+            tail = end;
+            isOpen = false;
+        } else if (!component.empty() && component != ".") {
+            kept.push_back(component);
+            tail = std::min(end + 1, path.size());
+            isOpen = end == path.size();
+        }
+        start = end + 1;
+    }
+    std::string result = path.substr(0, root);
+    for (const std::string &component : kept)
+        result += component + "/";
+    if (isOpen)
+        result.pop_back();
+    else if (!kept.empty())
+        result += path.substr(tail);
+    return result.empty() ? "." : result;
 }
 
 // What may be left at a simplified path's end without meaning.
@@ -42,6 +75,7 @@ std::string rootOf(const std::string &path) {
 
 void checkSimplification(const std::string &path) {
     const std::string result = simplified(path), root = rootOf(path);
+    require(result == (path.empty() ? "" : plainlySimplified(path)));
     require(result.size() <= path.size());
     require(simplified(result) == result);
     require(rootOf(result) == root);

@@ -1,4 +1,3 @@
-#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>
@@ -6,7 +5,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <string_view>
 
 using QBBlowfishOutputFilterTest = PoolFixture;
 using Filter = QBBlowfishOutputFilter;

@@ -1,32 +1,23 @@
 #include "support/PoolFixture.h"
 
-#include <random>
-
 using QBBufferOutputStreamTest = PoolFixture;
 
-namespace {
-
-void fill(QBOutputStream *stream, std::uint32_t count) {
-    const std::string bytes(count, 'x');
-    stream->writeBuffer(bytes.data(), count);
+static void fill(QBOutputStream *stream, std::uint32_t count) {
+    write(stream, std::string(count, 'x'));
 }
 
-} // namespace
-
 TEST_F(QBBufferOutputStreamTest, GrowsByDoublingThenBySteps) {
-    const struct {
-        std::uint32_t capacity, used, length, grown;
-    } rows[] = {{10, 0, 10, 10},                               // filled exactly
-                {10, 10, 1, 20},          {100, 90, 200, 300}, // the whole request on top
-                {100, 90, 110, 200},      {100, 90, 111, 211},
-                {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
-    for (const auto &row : rows) {
-        QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(row.capacity);
-        fill(stream, row.used);
-        EXPECT_EQ(stream->bufLength(), row.capacity);
-        row.length == 1 ? stream->writeByte('b') : fill(stream, row.length);
-        EXPECT_EQ(stream->bufLength(), row.grown) << row.capacity << " " << row.used << " " << row.length;
-        EXPECT_EQ(stream->byteCounter(), row.used + row.length);
+    const std::uint32_t rows[][4] = {
+        {10, 0, 10, 10},                          // filled exactly
+        {10, 10, 1, 20},     {100, 90, 200, 300}, // the whole request on top
+        {100, 90, 110, 200}, {100, 90, 111, 211}, {32769, 32769, 1, 65537}, {65536, 65536, 32769, 98305}};
+    for (const auto &[capacity, used, length, grown] : rows) {
+        QBBufferOutputStream *stream = QBBufferOutputStream::streamWithCapacity(capacity);
+        fill(stream, used);
+        EXPECT_EQ(stream->bufLength(), capacity);
+        length == 1 ? stream->writeByte('b') : fill(stream, length);
+        EXPECT_EQ(stream->bufLength(), grown) << capacity << " " << used << " " << length;
+        EXPECT_EQ(stream->byteCounter(), used + length);
     }
 }
 
@@ -46,8 +37,8 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
         GTEST_SKIP() << "needs 4 GiB of address space";
     stream->writeByte('a');
     // The range is never read: a write that does not fit is refused before anything is copied.
-    expectError(
-        100156, "", [&] { stream->writeBuffer(stream, UINT32_MAX); }, "src/QBBufferOutputStream:117");
+    expectErrorAt("src/QBBufferOutputStream:117", 100156, "",
+                  [&] { stream->writeBuffer(stream, UINT32_MAX); });
     EXPECT_EQ(stream->byteCounter(), 0u); // what was written before is gone, too
     fill(stream, 3);
     EXPECT_EQ(stream->byteCounter(), 3u);
@@ -87,28 +78,20 @@ TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
         EXPECT_EQ(stream->targetData()->length(), 0u);
         stream->writeByte('a');
         EXPECT_EQ(stream->targetData()->length(), 1u);
-        EXPECT_TRUE(data->isEqualToData(NSData::dataWithBytes(bytes.data(), 100000)));
-        EXPECT_TRUE(more->isEqualToData(NSData::dataWithBytes((bytes + "y").data(), 100001)));
+        EXPECT_EQ(bytesOf(data), bytes);
+        EXPECT_EQ(bytesOf(more), bytes + "y");
     }
 }
 
 TEST_F(QBBufferOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
-    std::mt19937 random(20240817);
-    for (int round = 0; round < 50; ++round) {
-        QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(random() % 200);
-        std::string whole;
-        while (whole.size() < 70000) {
-            std::string piece(random() % (1u << random() % 15), '\0');
-            for (char &byte : piece)
-                byte = static_cast<char>(random());
-            piece.size() == 1 ? stream->putByte(piece[0])
-                              : stream->writeBuffer(piece.data(), static_cast<std::uint32_t>(piece.size()));
-            whole += piece;
-            if (random() % 16 == 0) {
-                EXPECT_EQ(stream->targetData()->length(), whole.size());
-            }
-        }
-        const auto view = stream->targetData()->view();
-        ASSERT_EQ(std::string(reinterpret_cast<const char *>(view.data()), view.size()), whole);
+    Random random;
+    for (std::uint32_t round = 0; round < 50; ++round) {
+        QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(round * 4);
+        const std::string whole = randomBytes(random, 70000);
+        const std::size_t half = random.below(70000);
+        writeInPieces(stream, std::string_view(whole).substr(0, half), random);
+        EXPECT_EQ(bytesOf(stream->targetData()), whole.substr(0, half));
+        writeInPieces(stream, std::string_view(whole).substr(half), random);
+        ASSERT_EQ(bytesOf(stream->targetData()), whole);
     }
 }

@@ -5,16 +5,12 @@
 
 using QBCoderAdditionsTest = ServicesFixture;
 
-namespace {
-
 // A reader of the archive that `encode` makes.
-Ref<NSUnarchiver> readerOf(const std::function<void(NSCoder *)> &encode) {
+static Ref<NSUnarchiver> readerOf(const std::function<void(NSCoder *)> &encode) {
     const Ref<NSArchiver> archiver = NSArchiver::init();
     encode(archiver);
     return NSUnarchiver::initForReadingWithData(archiver->archiverData());
 }
-
-} // namespace
 
 TEST_F(QBCoderAdditionsTest, SelectorsAndClassesComeBackByTheirNames) {
     const auto reader = readerOf([](NSCoder *coder) {

@@ -4,18 +4,6 @@
 
 using ReplacingTest = PoolFixture;
 
-namespace {
-
-// Returns a list that holds a list, and so on, so many in all.
-NSMutableArray *nested(unsigned depth) {
-    NSMutableArray *list = NSMutableArray::arrayWithObject("x"_ns);
-    while (--depth)
-        list = NSMutableArray::arrayWithObject(list);
-    return list;
-}
-
-} // namespace
-
 TEST_F(ReplacingTest, ReachesIntoContainersWhenItIsRecursive) {
     NSArray *const inner = NSArray::arrayWithObjects("x"_ns, "y"_ns);
     NSDictionary *const map = NSDictionary::dictionaryWith({{"x"_ns, "x"_ns}, {"list"_ns, inner}});
@@ -44,8 +32,10 @@ TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
 TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     EXPECT_TRUE(runOnSmallStack([] {
         const NSAutoreleasePool pool;
-        expectError(900003, "256", [&] { EXPECT_EQ(nested(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
-        EXPECT_NE(nested(256)->asArrayWith("x"_ns, "y"_ns), nullptr); // nothing is left of the failure
+        expectError(900003, "256",
+                    [&] { EXPECT_EQ(arraysInArrays(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
+        EXPECT_NE(arraysInArrays(256)->asArrayWith("x"_ns, "y"_ns),
+                  nullptr); // nothing is left of the failure
     }));
     // Each level would hold twice as many values as the one above it.
     NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});

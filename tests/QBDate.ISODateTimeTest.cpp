@@ -3,15 +3,10 @@
 using QBDateISODateTimeTest = PoolFixture;
 using namespace std::string_view_literals;
 
-namespace {
-
 /// The text of the date that the digits are; "nil" when they are none.
-std::string dateOf(std::string_view digits) {
-    NSCalendarDate *const date = NSString::stringWith(digits)->asDateFromISODateTimeString();
-    return date ? std::string(date->description()->view()) : "nil";
+static std::string dateOf(std::string_view digits) {
+    return describe(NSString::stringWith(digits)->asDateFromISODateTimeString());
 }
-
-} // namespace
 
 TEST_F(QBDateISODateTimeTest, TextIsInGmtWithFourDigitsOfTheYear) {
     NSTimeZone *const berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
@@ -26,9 +21,7 @@ TEST_F(QBDateISODateTimeTest, TextIsInGmtWithFourDigitsOfTheYear) {
 
 TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
     const std::string thisYear = std::string(NSDate::date()->description()->view().substr(0, 4));
-    const struct {
-        std::string digits, expected;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"20030231000000", "2003-03-01 00:00:00 +0000"}, // 29 February there
         {"20040431246099", "2004-04-30 23:59:59 +0000"},
         {"20040000000000", "2004-01-01 00:00:00 +0000"},
@@ -37,8 +30,8 @@ TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
         {"2004\u00e4\u00e4121212 \u00e4", "2004-01-12 12:12:00 +0000"},
         {"2004123123595", "nil"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(dateOf(row.digits), row.expected) << row.digits;
+    for (const auto &[digits, expected] : rows)
+        EXPECT_EQ(dateOf(digits), expected) << digits;
     EXPECT_EQ(
         "20041231235959987"_ns->asDateFromISODateTimeStringWithMilliseconds()->asISODateTimeString()->view(),
         "20041231235959");

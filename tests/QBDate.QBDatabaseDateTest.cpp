@@ -24,24 +24,20 @@ std::string completed(NSArray *array) {
 
 TEST_F(QBDatabaseDateTest, DatesAreReadDayFirst) {
     const std::string withoutYear = dateOf("01.01");
-    const struct {
-        const char *text, *expected;
-    } rows[] = {
-        {"24/12/99", "1999-12-24 00:00:00"},
-        {"24122019", "2019-12-24 00:00:00"},
-        {"1.2.3", "2003-02-01 00:00:00"},
-        {"31.02.2003", "2003-03-03 00:00:00"},
-        {"01.01.1971", "1971-01-01 00:00:00"},
-        {"01.01.70", "nil"},
-        {"01.01.", withoutYear.c_str()},
-        {"0.1.2000", "nil"},
-        {"1.13.2000", "nil"},
-        {"1.1-2.2000", "nil"},
-        {"1.1.99999999999999999999", "nil"},
-        {"24129", "nil"},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(dateOf(row.text), row.expected) << row.text;
+    const std::pair<const char *, const char *> rows[] = {{"24/12/99", "1999-12-24 00:00:00"},
+                                                          {"24122019", "2019-12-24 00:00:00"},
+                                                          {"1.2.3", "2003-02-01 00:00:00"},
+                                                          {"31.02.2003", "2003-03-03 00:00:00"},
+                                                          {"01.01.1971", "1971-01-01 00:00:00"},
+                                                          {"01.01.70", "nil"},
+                                                          {"01.01.", withoutYear.c_str()},
+                                                          {"0.1.2000", "nil"},
+                                                          {"1.13.2000", "nil"},
+                                                          {"1.1-2.2000", "nil"},
+                                                          {"1.1.99999999999999999999", "nil"},
+                                                          {"24129", "nil"}};
+    for (const auto &[text, expected] : rows)
+        EXPECT_EQ(dateOf(text), expected) << text;
 }
 
 TEST_F(QBDatabaseDateTest, MissingPartsAreTheCurrentOnes) {

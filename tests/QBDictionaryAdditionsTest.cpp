@@ -190,6 +190,7 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalke
     meddle([](auto &it, auto &other) { it.dictionary->arrayUsingKeysFromArray(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->keysContainedBy(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->badKeysForGoodKeys(other.array, other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->badKeysForDisallowNilKeys(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->dictByAddingDict(other.dictionary); });
     meddle([](auto &, auto &other) { Dictionary::dictFrom(other.dictionary, other.array); });
     meddle([](auto &, auto &other) { Dictionary::dictFromDictWithKeys(other.dictionary, other.array); });

@@ -1,4 +1,3 @@
-#include "support/Bytes.h"
 #include "support/CapturedOutput.h"
 #include "support/PoolFixture.h"
 
@@ -68,15 +67,13 @@ TEST_F(QBBase64OutputFilterTest, ResultsOfTheTargetAreNotWrittenOver) {
 }
 
 TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {
-    const struct {
-        const char *text, *result, *place;
-    } rows[] = {{"TWFuTWF!TWFu", "Man", "src/QBBase64OutputFilter:150"},
-                {"T===", "", "src/QBBase64OutputFilter:150"},
-                {"TW=uTWFu", "", "src/QBBase64OutputFilter:146"},
-                {"TWFuTWF", "Man", "src/QBBase64OutputFilter:212"}};
-    for (const auto &row : rows)
-        expectError(
-            50052, "", [&] { EXPECT_EQ(decoded({row.text}), row.result); }, row.place);
+    const std::tuple<const char *, const char *, const char *> rows[] = {
+        {"TWFuTWF!TWFu", "Man", "src/QBBase64OutputFilter:150"},
+        {"T===", "", "src/QBBase64OutputFilter:150"},
+        {"TW=uTWFu", "", "src/QBBase64OutputFilter:146"},
+        {"TWFuTWF", "Man", "src/QBBase64OutputFilter:212"}};
+    for (const auto &[text, result, place] : rows)
+        expectErrorAt(place, 50052, "", [&] { EXPECT_EQ(decoded({text}), result); });
 }
 
 TEST_F(QBBase64OutputFilterTest, AWriteBehindAMalformedOneStartsAnew) {
@@ -89,16 +86,12 @@ TEST_F(QBBase64OutputFilterTest, AWriteBehindAMalformedOneStartsAnew) {
     EXPECT_EQ(bytesOf(target->targetData()), "Man");
 }
 
-namespace {
-
-std::string md5(const Strings &pieces) {
+static std::string md5(const Strings &pieces) {
     QBMD5OutputStream *const stream = QBMD5OutputStream::stream();
     for (const std::string &piece : pieces)
         write(stream, piece);
     return std::string(stream->md5Hash()->view());
 }
-
-} // namespace
 
 TEST_F(QBMD5OutputStreamTest, DigestsAreThoseOfTheRfcHoweverTheBytesCome) {
     const std::string digits =

@@ -1,6 +1,4 @@
-#include "support/Faults.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -11,18 +9,13 @@
 
 namespace {
 
-class QBFileInputStreamTest : public PoolFixture {
+class QBFileInputStreamTest : public DirectoryFixture {
 protected:
     QBFileInputStream *streamOf(const std::string &bytes) {
         directory_.write("file", bytes);
-        return QBFileInputStream::streamWithFile(directory_.string("file"));
-    }
-    void append(const std::string &bytes) {
-        std::ofstream(directory_ / "file", std::ios::app | std::ios::binary) << bytes;
+        return QBFileInputStream::streamWithFile(path("file"));
     }
     std::string values(int error) const { return (directory_ / "file") + " " + std::strerror(error); }
-
-    TemporaryDirectory directory_;
 };
 
 std::vector<std::string> lines(QBFileInputStream *stream) {
@@ -69,21 +62,18 @@ TEST_F(QBFileInputStreamTest, BytesAndLinesShareThePosition) {
 }
 
 TEST_F(QBFileInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
-    std::mt19937 random(7);
-    std::string whole(400000, '\0');
-    for (char &byte : whole)
-        byte = static_cast<char>(random());
+    Random random;
+    const std::string whole = randomBytes(random, 400000);
     QBFileInputStream *stream = streamOf(whole);
-    std::string piece(80000, '\0');
+    std::string piece(1 << 16, '\0');
     for (int round = 0; round < 10; ++round) {
         std::string all;
         while (all.size() < whole.size()) {
-            const std::uint32_t length = random() % (1u << random() % 17) + 1;
-            const int count = length == 1 ? 1 : stream->readBuffer(piece.data(), length);
-            if (length == 1)
-                piece[0] = static_cast<char>(round % 2 ? stream->getByte() : stream->readByte());
-            ASSERT_TRUE(count > 0 && static_cast<std::uint32_t>(count) <= length);
-            all.append(piece, 0, static_cast<std::size_t>(count));
+            all += static_cast<char>(round % 2 ? stream->getByte() : stream->readByte());
+            const std::uint32_t length = random.length(17);
+            const int count = stream->readBuffer(piece.data(), length);
+            ASSERT_LE(count, static_cast<int>(length));
+            all.append(piece, 0, static_cast<std::size_t>(std::max(count, 0)));
         }
         ASSERT_TRUE(all == whole) << "round " << round;
         EXPECT_EQ(stream->readByte(), -1);
@@ -96,14 +86,12 @@ TEST_F(QBFileInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
 TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
     directory_.write("file", "x");
     const auto open = [&](const char *name) {
-        EXPECT_EQ(QBFileInputStream::initWithFile(directory_.string(name)), nullptr);
+        EXPECT_EQ(QBFileInputStream::initWithFile(path(name)), nullptr);
     };
-    expectError(
-        100039, directory_ / "none", [&] { open("none"); }, "src/QBFileInputStream:78");
+    expectErrorAt("src/QBFileInputStream:78", 100039, directory_ / "none", [&] { open("none"); });
     {
         const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
-        expectError(
-            100023, values(EACCES), [&] { open("file"); }, "src/QBFileInputStream:86");
+        expectErrorAt("src/QBFileInputStream:86", 100023, values(EACCES), [&] { open("file"); });
     }
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
     open("file");
@@ -114,7 +102,7 @@ TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
 
 TEST_F(QBFileInputStreamTest, LinesThatWereAppendedAreReadAndDoNotCount) {
     QBFileInputStream *stream = streamOf("abc\nde");
-    append("f\nghi\nj");
+    std::ofstream(directory_ / "file", std::ios::app) << "f\nghi\nj";
     char bytes[10];
     EXPECT_EQ(stream->readBuffer(bytes, 10), 6); // the old size
     stream->reset();
@@ -128,9 +116,8 @@ TEST_F(QBFileInputStreamTest, FileThatShrankIsAReadError) {
         QBFileInputStream *stream = streamOf(std::string(60000, 'x'));
         ASSERT_EQ(::truncate((directory_ / "file").c_str(), 50), 0);
         std::string bytes(60000, '\0');
-        expectError(
-            100023, values(EIO), [&] { EXPECT_EQ(stream->readBuffer(bytes.data(), length), 0); },
-            "src/QBFileInputStream:123");
+        expectErrorAt("src/QBFileInputStream:123", 100023, values(EIO),
+                      [&] { EXPECT_EQ(stream->readBuffer(bytes.data(), length), 0); });
     }
 }
 
@@ -138,9 +125,8 @@ TEST_F(QBFileInputStreamTest, FailedReadIsAnError) {
     QBFileInputStream *stream = streamOf("abc\ndef");
     EXPECT_EQ(stream->readLine()->view(), "abc");
     const Fault fault(Call::read, /*skip=*/0, /*times=*/1, EIO);
-    expectError(
-        100023, values(EIO), [&] { EXPECT_EQ(stream->readLine()->view(), "def"); }, // what was read before
-        "src/QBFileInputStream:171");
+    expectErrorAt("src/QBFileInputStream:171", 100023, values(EIO),
+                  [&] { EXPECT_EQ(stream->readLine()->view(), "def"); }); // what was read before
 }
 
 TEST_F(QBFileInputStreamTest, ClosedStreamDeliversErrors) {
@@ -180,7 +166,7 @@ TEST_F(QBFileInputStreamTest, ResetOfAPipeLosesNothing) {
     ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
     const int end = ::open(name.c_str(), O_RDWR); // so that neither side waits
     ASSERT_EQ(::write(end, "a\nb\n", 4), 4);
-    QBFileInputStream *const stream = QBFileInputStream::streamWithFile(directory_.string("pipe"));
+    QBFileInputStream *const stream = QBFileInputStream::streamWithFile(path("pipe"));
     EXPECT_EQ(stream->readLine()->view(), "a");
     stream->reset();
     EXPECT_EQ(stream->readLine()->view(), "b");

@@ -1,8 +1,5 @@
 #include "System/Files.h"
-#include "support/Bytes.h"
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -14,7 +11,7 @@
 
 namespace {
 
-class QBFileOutputStreamTest : public PoolFixture {
+class QBFileOutputStreamTest : public DirectoryFixture {
 protected:
     std::string describeFiles() const {
         std::string all;
@@ -25,22 +22,7 @@ protected:
     std::string values(const char *name, int error) const {
         return (directory_ / name) + " " + std::strerror(error);
     }
-
-    TemporaryDirectory directory_;
 };
-
-mode_t modeOf(const std::string &path) {
-    struct stat status;
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
-std::string randomBytes(std::uint32_t count) {
-    std::string bytes(count, '\0');
-    std::mt19937 random(count);
-    for (char &byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}
 
 } // namespace
 
@@ -48,7 +30,7 @@ std::string randomBytes(std::uint32_t count) {
 
 TEST_F(QBFileOutputStreamTest, WritesInPlaceAndMakesTheDirectoriesAbove) {
     QBFileOutputStream *stream =
-        QBFileOutputStream::streamWithFile(directory_.string("a/b/out"), static_cast<BOOL>(2)); // not YES
+        QBFileOutputStream::streamWithFile(path("a/b/out"), static_cast<BOOL>(2)); // not YES
     write(stream, "text");
     EXPECT_EQ(directory_.read("a/b/out"), ""); // collected
     stream->flush();
@@ -56,13 +38,13 @@ TEST_F(QBFileOutputStreamTest, WritesInPlaceAndMakesTheDirectoriesAbove) {
     EXPECT_TRUE(stream->tmpFilename()->isEqual(stream->filename()));
     stream->close();
     stream->close();
-    EXPECT_EQ(modeOf(directory_ / "a/b/out"), 0666 & ~sys::currentUmask());
+    EXPECT_EQ(mode("a/b/out"), 0666 & ~sys::currentUmask());
 }
 
 TEST_F(QBFileOutputStreamTest, AtomicStreamReplacesTheTargetAtClose) {
     directory_.write("out", "old");
     ASSERT_EQ(::chmod((directory_ / "out").c_str(), 0606), 0);
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), YES);
     write(stream, "new");
     stream->flush();
     const std::string temporary(stream->tmpFilename()->view());
@@ -71,15 +53,15 @@ TEST_F(QBFileOutputStreamTest, AtomicStreamReplacesTheTargetAtClose) {
     EXPECT_EQ(directory_.read(temporary.substr(directory_.path().size() + 1)), "new");
     stream->close();
     EXPECT_EQ(describeFiles(), "out: new\n");
-    EXPECT_EQ(modeOf(directory_ / "out"), 0606u);
+    EXPECT_EQ(mode("out"), 0606u);
 }
 
 TEST_F(QBFileOutputStreamTest, AtomicFileThatIsNewGetsTheModeOfTheUmask) {
     const mode_t before = ::umask(027);
-    QBFileOutputStream::writeToFile("x"_ns, directory_.string("new"), /*atomically=*/YES);
+    QBFileOutputStream::writeToFile("x"_ns, path("new"), /*atomically=*/YES);
     ::umask(before);
     EXPECT_EQ(describeFiles(), "new: x\n");
-    EXPECT_EQ(modeOf(directory_ / "new"), 0640u);
+    EXPECT_EQ(mode("new"), 0640u);
 }
 
 TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) {
@@ -87,13 +69,13 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) 
     directory_.write(longest, "old");
     {
         ErrorExpectation error(100024);
-        QBFileOutputStream::writeToFile("new"_ns, directory_.string(longest), /*atomically=*/YES);
+        QBFileOutputStream::writeToFile("new"_ns, path(longest), /*atomically=*/YES);
         EXPECT_EQ(error.place(), "src/QBFileOutputStream:183");
         EXPECT_TRUE(error.values().ends_with(" File name too long")) << error.values();
         EXPECT_EQ(directory_.read(longest), "old");
     }
     const Fault fault(Call::mkdir, /*skip=*/0, /*times=*/1, EACCES);
-    EXPECT_EQ(QBFileOutputStream::streamWithFile(directory_.string("a/out")), nullptr);
+    EXPECT_EQ(QBFileOutputStream::streamWithFile(path("a/out")), nullptr);
     EXPECT_EQ(takenErrors(), "(100024, 100168)"); // the directory's error stays, too
 }
 
@@ -101,7 +83,7 @@ TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWhole) {
     directory_.write("out", "old");
     const Ref<NSMutableArray> endless = NSMutableArray::init();
     endless->addObject(endless.get());
-    QBFileOutputStream::writeToFile(endless, directory_.string("out"), /*atomically=*/YES);
+    QBFileOutputStream::writeToFile(endless, path("out"), /*atomically=*/YES);
     EXPECT_EQ(takenErrors(), "(900003)");
     EXPECT_EQ(describeFiles(), "out: old\n");
     endless->removeAllObjects();
@@ -110,14 +92,14 @@ TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWhole) {
 TEST_F(QBFileOutputStreamTest, LinkThatLeadsNowhereIsReplaced) {
     directory_.write("file", "");
     directory_.link("file/x", "out");
-    QBFileOutputStream::writeToFile("new"_ns, directory_.string("out"), /*atomically=*/YES);
+    QBFileOutputStream::writeToFile("new"_ns, path("out"), /*atomically=*/YES);
     EXPECT_EQ(describeFiles(), "file: \nout: new\n");
 }
 
 TEST_F(QBFileOutputStreamTest, EarlierErrorGivesNoStreamButAnEmptyFile) {
     directory_.write("out", "old");
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
-    EXPECT_EQ(QBFileOutputStream::initWithFile(directory_.string("out"), /*atomically=*/YES), nullptr);
+    EXPECT_EQ(QBFileOutputStream::initWithFile(path("out"), /*atomically=*/YES), nullptr);
     EXPECT_EQ(describeFiles(), "out: \n");
     EXPECT_EQ(takenErrors(), "(900999)");
 }
@@ -125,19 +107,15 @@ TEST_F(QBFileOutputStreamTest, EarlierErrorGivesNoStreamButAnEmptyFile) {
 // --- Writing ---
 
 TEST_F(QBFileOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {
-    std::mt19937 random(99);
+    Random random;
     for (int round = 0; round < 8; ++round) {
         const Fault fault(Call::allocate, /*skip=*/round % 2 ? 0 : 1000000, /*times=*/1, ENOMEM); // no window
         auto stream =
             round > 5
                 ? QBFileOutputStream::initWithFilePointer(std::fopen((directory_ / "out").c_str(), "wb"))
-                : QBFileOutputStream::initWithFile(directory_.string("out"), NO);
-        const std::string whole = randomBytes(300000 + random() % 1000);
-        for (std::size_t done = 0; done < whole.size();) {
-            const auto length = std::min<std::size_t>(whole.size() - done, random() % (1u << random() % 18));
-            length == 1 ? stream->putByte(whole[done]) : write(stream, whole.substr(done, length));
-            done += length;
-        }
+                : QBFileOutputStream::initWithFile(path("out"), NO);
+        const std::string whole = randomBytes(random, 300000 + random.below(1000));
+        writeInPieces(stream.get(), whole, random, round % 4 < 2 ? 18 : 4);
         stream = nullptr; // destruction closes
         EXPECT_TRUE(directory_.read("out") == whole) << "round " << round;
     }
@@ -154,7 +132,7 @@ TEST_F(QBFileOutputStreamTest, SubclassSeesEachWriteButNoSingleBytes) {
         int writes = 0;
     };
     const auto stream = Ref<Watched>::adopt(new Watched);
-    stream->setUpWithFile(directory_.string("out"), NO);
+    stream->setUpWithFile(path("out"), NO);
     write(stream, "ab");
     stream->writeByte('c'); // has its own way to the file
     write(stream, "d");
@@ -187,21 +165,12 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
     EXPECT_EQ(directory_.read("victim"), "precious");
 }
 
-TEST_F(QBFileOutputStreamTest, FileMayHaveANameOnly) {
-    NSString *const before = OSFilePath::getcwd();
-    OSFilePath::chdir(directory_.string("."));
-    QBFileOutputStream::streamWithFile("out"_ns, /*atomically=*/YES)->close();
-    OSFilePath::chdir(before);
-    EXPECT_EQ(describeFiles(), "out: \n");
-}
-
 TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"));
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"));
     stream->close();
-    expectError(
-        100024, values("out", EBADF), [&] { write(stream, "more"); }, "src/QBFileOutputStream:231");
-    expectError(
-        100024, values("out", EBADF), [&] { stream->writeByte('x'); }, "src/QBFileOutputStream:246");
+    expectErrorAt("src/QBFileOutputStream:231", 100024, values("out", EBADF), [&] { write(stream, "more"); });
+    expectErrorAt("src/QBFileOutputStream:246", 100024, values("out", EBADF),
+                  [&] { stream->writeByte('x'); });
     try {
         stream->flush();
         ADD_FAILURE() << "flush throws nothing";
@@ -237,10 +206,10 @@ TEST_F(QBFileOutputStreamTest, StandardStreamsAreClosed) {
 
 TEST_F(QBFileOutputStreamTest, EndOfTheProgramWritesOutWhatWasCollected) {
     const ChildEnd end = runInChild([&] {
-        QBFileOutputStream *const first = QBFileOutputStream::streamWithFile(directory_.string("first"));
+        QBFileOutputStream *const first = QBFileOutputStream::streamWithFile(path("first"));
         write(first, "a");
-        QBFileOutputStream::streamWithFile(directory_.string("closed"))->close();
-        write(QBFileOutputStream::streamWithFile(directory_.string("second")), "b");
+        QBFileOutputStream::streamWithFile(path("closed"))->close();
+        write(QBFileOutputStream::streamWithFile(path("second")), "b");
         ERRORHANDLER->raiseFatalError(900999);
     });
     EXPECT_EQ(end.status, 255);
@@ -263,28 +232,24 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
     };
     const auto flush = [](QBOutputStream *stream, const Fault &) { stream->flush(); };
     const auto close = [](QBOutputStream *stream, const Fault &) { stream->close(); };
-    const struct {
-        Call call;
-        int line;
-        void (*act)(QBOutputStream *stream, const Fault &fault);
-    } rows[] = {{Call::fwrite, 231, writeOn}, {Call::fwrite, 246, writeBytes}, {Call::fwrite, 285, flush},
-                {Call::fflush, 285, flush},   {Call::fwrite, 260, close},      {Call::fflush, 260, close},
-                {Call::fsync, 260, close},    {Call::fclose, 260, close}};
-    for (const auto &row : rows) {
+    const std::tuple<Call, int, void (*)(QBOutputStream *, const Fault &)> rows[] = {
+        {Call::fwrite, 231, writeOn}, {Call::fwrite, 246, writeBytes}, {Call::fwrite, 285, flush},
+        {Call::fflush, 285, flush},   {Call::fwrite, 260, close},      {Call::fflush, 260, close},
+        {Call::fsync, 260, close},    {Call::fclose, 260, close}};
+    for (const auto &[call, line, act] : rows) {
         directory_.write("out", "old");
-        QBFileOutputStream *stream =
-            QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
+        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES);
         write(stream, "new");
         {
-            const Fault fault(row.call, /*skip=*/0, /*times=*/1, EIO);
-            expectError(
-                100024, describe(stream->tmpFilename()) + " " + std::strerror(EIO),
-                [&] { row.act(stream, fault); }, "src/QBFileOutputStream:" + std::to_string(row.line));
+            const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+            expectErrorAt("src/QBFileOutputStream:" + std::to_string(line), 100024,
+                          describe(stream->tmpFilename()) + " " + std::strerror(EIO),
+                          [&, act = act] { act(stream, fault); });
         }
         stream->close();
-        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(row.call) << " " << row.line;
+        EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(call) << " " << line;
     }
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), YES);
     const Fault directorySync(Call::fsync, /*skip=*/1, /*times=*/1, EIO); // told, but the new file is there
     ErrorExpectation error(100024);
     stream->close();
@@ -294,8 +259,7 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
 
 TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     directory_.makeDirectory("out/full");
-    QBFileOutputStream *stream =
-        QBFileOutputStream::streamWithFile(directory_.string("out"), /*atomically=*/YES);
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES);
     const std::string temporary(stream->tmpFilename()->view());
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
     stream->close();
@@ -327,26 +291,30 @@ TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {
     EXPECT_EQ(memory.read("victim"), "precious");
 }
 
-TEST_F(QBFileOutputStreamTest, SyncingCanBeSwitchedOff) {
+TEST_F(QBFileOutputStreamTest, SyncingCanBeSwitchedOffAndAFileMayHaveANameOnly) {
+    NSString *const before = OSFilePath::getcwd();
+    OSFilePath::chdir(path("."));
     for (BOOL synchronizes : {YES, NO}) {
-        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile("out"_ns, YES);
         stream->setSynchronizes(synchronizes);
         CallCounter counter;
         stream->close();
         EXPECT_EQ(counter.calls(Call::fsync), synchronizes ? 2u : 0u); // the file, then its directory
     }
+    OSFilePath::chdir(before);
+    EXPECT_EQ(describeFiles(), "out: \n");
 }
 
 TEST_F(QBFileOutputStreamTest, DeathAtAnyCallLeavesTheOldFileOrTheNewOne) {
-    const std::string oldText = randomBytes(150000), newText = randomBytes(200000);
-    bool isDone = false;
+    Random random;
+    const std::string oldText = randomBytes(random, 150000), newText = randomBytes(random, 200000);
+    bool isDone = false, sawNew = false;
     unsigned calls = 0;
-    bool sawNew = false;
     for (; !isDone && calls < 200; ++calls) {
         directory_.write("out", oldText);
         const ChildEnd end = runInChild([&] {
             Fault fault(Call::any, calls, sys::KillProcess());
-            QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
+            QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), YES);
             write(stream, newText.substr(0, 3000));
             write(stream, newText.substr(3000, 100000));
             for (std::size_t i = 103000; i < newText.size(); ++i)

@@ -1,12 +1,9 @@
-#include "support/Bytes.h"
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
-#include <random>
 #include <unistd.h>
 
 using QBInputStreamTest = PoolFixture;
@@ -39,11 +36,11 @@ std::vector<int> characters(QBInputStream *stream, int count) {
     return results;
 }
 
-std::string readInPieces(QBInputStream *stream, std::mt19937 &random) {
+std::string readInPieces(QBInputStream *stream, Random &random) {
     std::string all;
     for (;;) {
         char piece[3000];
-        const int count = stream->readBuffer(piece, random() % 3000 + 1);
+        const int count = stream->readBuffer(piece, random.length(11) + 1);
         if (count < 1)
             return all;
         all.append(piece, static_cast<std::size_t>(count));
@@ -54,12 +51,8 @@ std::string readInPieces(QBInputStream *stream, std::mt19937 &random) {
 template <class Stream>
 class Watched : public Stream {
 public:
-    void setUpWith(auto *source) {
-        if constexpr (std::is_same_v<Stream, QBDataInputStream>)
-            Stream::setUpWithData(source);
-        else
-            Stream::setUpWithFile(source);
-    }
+    void setUpWith(NSData *data) { Stream::setUpWithData(data); }
+    void setUpWith(NSString *file) { Stream::setUpWithFile(file); }
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override {
         ++reads;
         return Stream::_readBuffer(buffer, length);
@@ -71,10 +64,9 @@ template <class Stream>
 void expectEachReadToBeSeen(auto *source) {
     const auto stream = Ref<Watched<Stream>>::adopt(new Watched<Stream>);
     stream->setUpWith(source);
-    char bytes[2];
     EXPECT_EQ(stream->getByte(), 'a');
-    EXPECT_EQ(stream->readBuffer(bytes, 2), 2);
-    EXPECT_EQ(stream->reads, 2);
+    EXPECT_EQ(counts(stream, 2), (std::vector<int>{2, -1}));
+    EXPECT_EQ(stream->reads, 3);
 }
 
 } // namespace
@@ -121,11 +113,9 @@ TEST_F(QBInputStreamTest, StringGivesBytesInBulkAndCharactersOneByOne) {
 }
 
 TEST_F(QBInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
-    std::mt19937 random(4711);
+    Random random;
     for (int round = 0; round < 20; ++round) {
-        std::string whole(random() % 100000, '\0');
-        for (char &byte : whole)
-            byte = static_cast<char>(random());
+        const std::string whole = randomBytes(random, random.below(100000));
         QBDataInputStream *datas = QBDataInputStream::streamWithData(dataOf(whole));
         EXPECT_EQ(readInPieces(datas, random), whole);
         datas->reset();
@@ -150,16 +140,14 @@ TEST_F(QBInputStreamTest, SubclassSeesEachRead) {
 
 TEST_F(QBInputStreamTest, ContentsAreCompared) {
     const std::string longText(70000, 'x');
-    const struct {
-        std::string one, other;
-        BOOL isEqual;
-    } rows[] = {{"abcde", "abcdef", NO}, {longText, longText, YES}, {longText + "x", longText + "y", NO}};
-    for (const auto &row : rows) {
-        auto *one = QBDataInputStream::streamWithData(dataOf(row.one));
-        auto *other = QBStringInputStream::streamWithString(NSString::stringWith(row.other));
-        EXPECT_EQ(one->providesSameDataAs(other), row.isEqual);
-        EXPECT_EQ(one->readByte(), row.one[0]); // back at the start
-        EXPECT_EQ(other->readByte(), row.other[0]);
+    const std::tuple<std::string, std::string, BOOL> rows[] = {
+        {"abcde", "abcdef", NO}, {longText, longText, YES}, {longText + "x", longText + "y", NO}};
+    for (const auto &[one, other, isEqual] : rows) {
+        auto *data = QBDataInputStream::streamWithData(dataOf(one));
+        auto *text = QBStringInputStream::streamWithString(NSString::stringWith(other));
+        EXPECT_EQ(data->providesSameDataAs(text), isEqual);
+        EXPECT_EQ(data->readByte(), one[0]); // back at the start
+        EXPECT_EQ(text->readByte(), other[0]);
     }
 }
 
@@ -222,9 +210,8 @@ TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {
     QBFilePointerInputStream *stream = QBFilePointerInputStream::streamWithFilePointer(std::tmpfile());
     const Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
     char byte;
-    expectError(
-        100023, "<unknown> Input/output error", [&] { EXPECT_EQ(stream->readBuffer(&byte, 1), 0); },
-        "src/QBFilePointerInputStream:96");
+    expectErrorAt("src/QBFilePointerInputStream:96", 100023, "<unknown> Input/output error",
+                  [&] { EXPECT_EQ(stream->readBuffer(&byte, 1), 0); });
     const ErrorExpectation error(100023);
     EXPECT_EQ(stream->readByte(), 0); // the end, but the C stream still has its error
     stream->close();

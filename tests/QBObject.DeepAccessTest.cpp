@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -25,13 +24,6 @@ public:
 
     Ref<NSObject> stored;
 };
-
-NSString *repeated(const std::string &piece, int count, const std::string &end) {
-    std::string text;
-    while (count-- > 0)
-        text += piece;
-    return NSString::stringWith(text + end);
-}
 
 NSMutableDictionary *tree() {
     NSDictionary *const leaf = NSDictionary::dictionaryWith({{"k"_ns, "v"_ns}});
@@ -100,13 +92,12 @@ TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
         Ref<NSMutableArray> nested = NSMutableArray::initWith({ring.get()});
         for (int i = 0; i < kDeep; ++i)
             nested = NSMutableArray::initWith({nested.get()});
-        NSString *const key =
-            repeated("0.", kDeep, "0." + std::string(repeated("x.", kDeep / 100, "end")->view()));
+        NSString *const key = NSString::stringWith(times(kDeep + 1, "0.") + times(kDeep / 100, "x.") + "end");
         nested->setDeepObject("new"_ns, key);
         EXPECT_EQ(describe(nested->deepObjectForKey(key)), "new");
         nested->removeDeepObjectForKey(key);
         EXPECT_EQ(nested->deepObjectForKey(key), nullptr);
-        EXPECT_EQ(tree()->deepObjectForKey(repeated("x", kDeep, ".k")), nullptr);
+        EXPECT_EQ(tree()->deepObjectForKey(NSString::stringWith(times(kDeep, "x") + ".k")), nullptr);
     }));
 }
 

@@ -51,31 +51,29 @@ private:
     std::vector<Node *> children_;
 };
 
-QBPath *path(const std::string &text) {
+QBPath *qbPath(const std::string &text) {
     return QBPath::qbPathWithString(NSString::stringWith(text));
 }
 
 } // namespace
 
 TEST_F(QBPathTest, IsTakenApartAtItsSlashesAndItsExtension) {
-    const struct {
-        const char *text, *components, *basename, *extension;
-        bool isAbsolute, isDirectory;
-    } rows[] = {{"", "()", "", "", false, false},
-                {"//", "()", "/", "", true, true},
-                {"/a.b/c.tar.gz", "(a.b, c.tar.gz)", "/a.b/c.tar", "gz", true, false},
-                {"//a//b/", "(a, b)", "//a//b", "", true, true},
-                {"./../x.y", "(., .., x.y)", "./../x", "y", false, false}};
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.text);
-        QBPath *const tested = path(row.text);
-        EXPECT_EQ(describe(tested->pathArray()), row.components);
-        EXPECT_EQ(describe(tested->basename()), row.basename);
-        EXPECT_EQ(describe(tested->extension()), row.extension);
-        EXPECT_EQ(tested->isAbsolutePath(), row.isAbsolute);
-        EXPECT_EQ(tested->isDirectory(), row.isDirectory);
+    const std::tuple<const char *, const char *, const char *, const char *, bool, bool> rows[] = {
+        {"", "()", "", "", false, false},
+        {"//", "()", "/", "", true, true},
+        {"/a.b/c.tar.gz", "(a.b, c.tar.gz)", "/a.b/c.tar", "gz", true, false},
+        {"//a//b/", "(a, b)", "//a//b", "", true, true},
+        {"./../x.y", "(., .., x.y)", "./../x", "y", false, false}};
+    for (const auto &[text, components, basename, extension, isAbsolute, isDirectory] : rows) {
+        SCOPED_TRACE(text);
+        QBPath *const tested = qbPath(text);
+        EXPECT_EQ(describe(tested->pathArray()), components);
+        EXPECT_EQ(describe(tested->basename()), basename);
+        EXPECT_EQ(describe(tested->extension()), extension);
+        EXPECT_EQ(tested->isAbsolutePath(), isAbsolute);
+        EXPECT_EQ(tested->isDirectory(), isDirectory);
     }
-    EXPECT_EQ(describe(path({"a/b\0/c", 6})->pathArray()), "(a, b)");
+    EXPECT_EQ(describe(qbPath({"a/b\0/c", 6})->pathArray()), "(a, b)");
 }
 
 TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
@@ -85,47 +83,43 @@ TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
     EXPECT_EQ(describe(QBPath::qbPathWithArray(names, NO, YES)), "a/1/");
     EXPECT_EQ(describe(QBPath::qbPathWithArray(nullptr, YES, NO)), "/");
     QBPath *const one = "/a"_ns->asQbPath();
-    EXPECT_TRUE(one->isEqual(path("/a")) && one->hash() == path("/a")->hash());
-    EXPECT_FALSE(one->isEqual(path("/a/")));
+    EXPECT_TRUE(one->isEqual(qbPath("/a")) && one->hash() == qbPath("/a")->hash());
+    EXPECT_FALSE(one->isEqual(qbPath("/a/")));
 }
 
 TEST_F(QBPathTest, DerivedPathsAreOfTheReceiversClass) {
-    const auto derive = [](const char *text, const char *selector, id argument) {
-        const Ref<QBPath> receiver =
+    const std::tuple<const char *, const char *, id, const char *> rows[] = {
+        {"/a/b.html", "pathByRemovingLastPathComponent", nullptr, "/a/"},
+        {"//", "pathByRemovingLastPathComponent", nullptr, "=//"}, // the receiver itself
+        {"/x/y.html", "pathByReplacingExtension:", "txt"_ns, "/x/y.txt"},
+        {"a/", "pathByAppendingPathComponent:", qbPath("//b/"), "a//b/"},
+        {"", "pathByAppendingPathComponent:", "b"_ns, "b"},
+        {"a", "pathByAppendingPathComponent:", nullptr, "=a"},
+        {"/a", "pathByAppendingPath:", "b/c/"_ns, "/a/b/c/"},
+        {"/a/b", "relativePathTo:", qbPath("/a/c"), "c"},
+    };
+    for (const auto &[text, selector, argument, derived] : rows) {
+        const auto receiver =
             send<Ref<QBPath>>(SitePath::cls(), "initWithString:"_sel, NSString::stringWithCString(text));
         const SEL sel = Selector::named(selector);
         const id result =
             sel->colons() ? send<id>(receiver.get(), sel, argument) : send<id>(receiver.get(), sel);
         EXPECT_TRUE(result == receiver.get() || result->isMemberOfClass(SitePath::cls())) << text;
-        return (result == receiver.get() ? "=" : "") + describe(result);
-    };
-    const char *const remove = "pathByRemovingLastPathComponent";
-    const char *const replace = "pathByReplacingExtension:";
-    const char *const append = "pathByAppendingPathComponent:";
-    const char *const join = "pathByAppendingPath:";
-    EXPECT_EQ(derive("/a/b.html", remove, nullptr), "/a/");
-    EXPECT_EQ(derive("//", remove, nullptr), "=//");
-    EXPECT_EQ(derive("/x/y.html", replace, "txt"_ns), "/x/y.txt");
-    EXPECT_EQ(derive("a/", append, path("//b/")), "a//b/");
-    EXPECT_EQ(derive("", append, "b"_ns), "b");
-    EXPECT_EQ(derive("a", append, nullptr), "=a");
-    EXPECT_EQ(derive("/a", join, "b/c/"_ns), "/a/b/c/");
-    EXPECT_EQ(derive("/a/b", "relativePathTo:", path("/a/c")), "c");
+        EXPECT_EQ((result == receiver.get() ? "=" : "") + describe(result), derived);
+    }
 }
 
 TEST_F(QBPathTest, RelativePathsLeadFromAFileToAnotherPath) {
-    const struct {
-        const char *from, *to, *way;
-    } rows[] = {{"/a/b/c.html", "/a/d/e.html", "../d/e.html"},
-                {"/a/b", "/a/b/c", "b/c"},
-                {"/a/b/c/d", "/a", "../../.."},
-                {"/a/b/c", "/", "../../../"},
-                {"/", "/a/b/", "a/b/"},
-                {"/", "/", ""}};
+    const char *const rows[][3] = {{"/a/b/c.html", "/a/d/e.html", "../d/e.html"},
+                                   {"/a/b", "/a/b/c", "b/c"},
+                                   {"/a/b/c/d", "/a", "../../.."},
+                                   {"/a/b/c", "/", "../../../"},
+                                   {"/", "/a/b/", "a/b/"},
+                                   {"/", "/", ""}};
     for (const auto &[from, to, way] : rows)
-        EXPECT_EQ(describe(path(from)->relativePathTo(NSString::stringWithCString(to))), way) << from << to;
+        EXPECT_EQ(describe(qbPath(from)->relativePathTo(NSString::stringWithCString(to))), way) << from << to;
     NSString *const relative = "a/b"_ns;
-    EXPECT_EQ(path("/a")->relativePathTo(relative), relative);
+    EXPECT_EQ(qbPath("/a")->relativePathTo(relative), relative);
 }
 
 TEST_F(QBPathTest, LeadsThroughTreesOfNamedObjects) {
@@ -136,17 +130,14 @@ TEST_F(QBPathTest, LeadsThroughTreesOfNamedObjects) {
     EXPECT_EQ(QBPath::qbPathWithObject(&page)->objectRelativeTo(&other), &page);
     EXPECT_EQ(describe(QBPath::qbPathWithObject(&child)), "/site/site");
     EXPECT_EQ(QBPath::qbPathWithObject(&named)->objectRelativeTo(&named), &child);
-    const struct {
-        const char *text;
-        Node *start, *object;
-    } rows[] = {{"../page/./.", &page, &page},
-                {"/other", &page, &other},
-                {"none/..", &site, nullptr},
-                {"../..", &site, nullptr},
-                {"page", nullptr, nullptr}};
+    const std::tuple<const char *, Node *, Node *> rows[] = {{"../page/./.", &page, &page},
+                                                             {"/other", &page, &other},
+                                                             {"none/..", &site, nullptr},
+                                                             {"../..", &site, nullptr},
+                                                             {"page", nullptr, nullptr}};
     for (const auto &[text, start, object] : rows) {
-        EXPECT_EQ(path(text)->objectRelativeTo(start), object) << text;
-        EXPECT_EQ(path(text)->closestObjectRelativeTo(start), object) << text;
+        EXPECT_EQ(qbPath(text)->objectRelativeTo(start), object) << text;
+        EXPECT_EQ(qbPath(text)->closestObjectRelativeTo(start), object) << text;
     }
     root.parent = &page;
     EXPECT_REASON(QBPath::qbPathWithObject(&below),
@@ -160,8 +151,8 @@ TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
         std::string text;
         for (int i = 0; i < 1'000'000; ++i)
             text += "/.";
-        EXPECT_EQ(path(text)->relativePathTo("/a"_ns)->asQbPath()->pathArray()->count(), 1'000'000u);
-        EXPECT_EQ(path(text)->objectRelativeTo(&root), &root);
+        EXPECT_EQ(qbPath(text)->relativePathTo("/a"_ns)->asQbPath()->pathArray()->count(), 1'000'000u);
+        EXPECT_EQ(qbPath(text)->objectRelativeTo(&root), &root);
     }));
 }
 
@@ -169,8 +160,8 @@ TEST_F(QBPathTest, IsArchivedWithTraces) {
     activateChannel("misc");
     CapturedOutput output;
     debug = 6;
-    NSData *const archive = NSArchiver::archivedDataWithRootObject(path("/a/b"));
-    EXPECT_TRUE(path("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
+    NSData *const archive = NSArchiver::archivedDataWithRootObject(qbPath("/a/b"));
+    EXPECT_TRUE(qbPath("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
         archive, NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls()))));
     const std::regex lineNumber("QBPath:[0-9]+");
     const std::string lines = std::regex_replace(logLines(output.end()), lineNumber, "QBPath:L");

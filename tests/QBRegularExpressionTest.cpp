@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -58,9 +57,8 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
 }
 
 TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectThen) {
-    expectError(
-        qb::kErrorMalformedPattern, "( Unmatched ( or \\(", [&] { EXPECT_EQ(expressionOf("("), nullptr); },
-        "src/QBRegularExpression:191");
+    expectErrorAt("src/QBRegularExpression:191", qb::kErrorMalformedPattern, "( Unmatched ( or \\(",
+                  [&] { EXPECT_EQ(expressionOf("("), nullptr); });
     EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern("("_ns), QBNil::value());
     EXPECT_FALSE("("_ns->matches("("_ns));
     expectError(qb::kErrorMalformedPattern, "(|)(\\1\\1)* a back reference is repeated without end",

@@ -1,5 +1,4 @@
 #include "Text/CpuLevels.h"
-#include "support/Bytes.h"
 #include "support/Locales.h"
 #include "support/PoolFixture.h"
 
@@ -46,11 +45,9 @@ TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
 }
 
 TEST_F(QBStringBinaryTextsTest, UuencodedBytesOfAnyLengthComeBack) {
-    std::mt19937 random(7);
+    Random random;
     for (std::size_t length = 0; length < 200; ++length) {
-        std::string bytes(length, '\0');
-        for (char &byte : bytes)
-            byte = static_cast<char>(random());
+        const std::string bytes = randomBytes(random, length);
         const std::string text = uuencoded(bytes);
         ASSERT_EQ(bytesOf(string(text)->uudecode()), bytes) << text;
     }

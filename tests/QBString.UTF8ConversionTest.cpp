@@ -20,15 +20,14 @@ TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstErr
     for (const auto &[count, offset] : rows)
         EXPECT_EQ(NSString::_indexOfUtf8Index(count, text), offset) << count;
     EXPECT_EQ(NSString::_indexOfUtf8Index(2, "\xC3\xA9z\xFF"), 3); // the error lies behind it
-    expectError(
-        100231, "3", [&] { EXPECT_EQ(NSString::_indexOfUtf8Index(3, "\xC3\xA9z\xFF"), 3); }, kPlace);
+    expectErrorAt(kPlace, 100231, "3",
+                  [&] { EXPECT_EQ(NSString::_indexOfUtf8Index(3, "\xC3\xA9z\xFF"), 3); });
 }
 
 TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
     EXPECT_EQ(string("a\xC3\xA9\xF0\x9F\x98\x80\0z"sv)->utf8CharCount(), 5);
     expectError(100231, "3", [&] { EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2); });
-    expectError(
-        100231, "2", [&] { send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel); }, kPlace);
+    expectErrorAt(kPlace, 100231, "2", [&] { send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel); });
 }
 
 TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {
@@ -62,9 +61,8 @@ TEST_F(QBStringUTF8ConversionTest, EachCharacterInAForbiddenRangeIsAnError) {
     EXPECT_TRUE(recordingErrorHandler()->raised.empty());
     string("bcde\xE2\x82\xAC")->verifyUTF8WithInvalidRanges(ranges, 3);
     EXPECT_EQ(takenErrors(), "(100242, 100242, 100242, 100242)");
-    expectError(
-        100242, "8364", [&] { NSString::verifyUTF8("\xE2\x82\xAC", ranges, 3); },
-        "src/QBStringAdditions:1539");
+    expectErrorAt("src/QBStringAdditions:1539", 100242, "8364",
+                  [&] { NSString::verifyUTF8("\xE2\x82\xAC", ranges, 3); });
     send<void>(NSString::cls(), "verifyUTF8:withInvalidRanges::"_sel, "d\xFFz", ranges, 3u);
     EXPECT_EQ(takenErrors(), "(100231, 100242)"); // the walk ends at the malformed byte
 }

@@ -10,13 +10,9 @@
 
 using namespace qb::calendar;
 
-namespace {
-
-Moment moment(const Fields &fields, int millisecond = 0, std::int32_t offset = 0) {
+static Moment moment(const Fields &fields, int millisecond = 0, std::int32_t offset = 0) {
     return {fields, millisecond, offset, "GMT"};
 }
-
-} // namespace
 
 TEST(FormatTest, ConversionsAgreeWithTheCLibrary) {
     const std::string pattern = "%a %A %b %B %c %d %e %H %I %j %m %M %p %S %w %u %V %G %x %X %y %Y %z %Z %%";
@@ -90,10 +86,7 @@ TEST(FormatTest, ParsingReadsWhatFormattingWrites) {
 }
 
 TEST(FormatTest, ParsingIsLenientOnBlanksNamesAndMissingDigits) {
-    const struct {
-        const char *text, *pattern;
-        Fields expected; // what the text leaves out stays at 1 January 1970, midnight
-    } rows[] = {
+    const std::tuple<const char *, const char *, Fields> rows[] = {
         {" 7. 3.  2024 ", "%d.%m.%Y", {2024, 3, 7, 0, 0, 0}},
         {"sunday may 5", "%a %B %d", {1970, 5, 5, 0, 0, 0}},
         {"69", "%y", {1969, 1, 1, 0, 0, 0}},
@@ -102,33 +95,29 @@ TEST(FormatTest, ParsingIsLenientOnBlanksNamesAndMissingDigits) {
         {"12024-01", "%Y-%m", {12024, 1, 1, 0, 0, 0}},
         {"100 3", "%j %m", {1970, 3, 1, 0, 0, 0}},
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, pattern, expected] : rows) {
         ParsedDate date;
-        EXPECT_TRUE(parseDate(row.text, row.pattern, date)) << row.text;
-        EXPECT_EQ(date.fields, row.expected) << row.text;
+        EXPECT_TRUE(parseDate(text, pattern, date)) << text;
+        EXPECT_EQ(date.fields, expected) << text;
     }
 }
 
 TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
-    const struct {
-        const char *text, *pattern;
-    } rows[] = {
-        {"0", "%I"},
-        {"62", "%S"},
-        {"", "%Y"},
-        {"Mai", "%b"},
-        {"+2400", "%z"},
-        {"+0160", "%z"},
-        {"999999999999", "%Y"},
-        {"9999999999999999999", "%s"},
-        {"2024 5", "%Y %d %m"},
-    };
-    for (const auto &row : rows) {
+    const std::pair<const char *, const char *> rows[] = {{"0", "%I"},
+                                                          {"62", "%S"},
+                                                          {"", "%Y"},
+                                                          {"Mai", "%b"},
+                                                          {"+2400", "%z"},
+                                                          {"+0160", "%z"},
+                                                          {"999999999999", "%Y"},
+                                                          {"9999999999999999999", "%s"},
+                                                          {"2024 5", "%Y %d %m"}};
+    for (const auto &[text, pattern] : rows) {
         ParsedDate date;
         date.fields.year = 1;
-        EXPECT_FALSE(parseDate(row.text, row.pattern, date)) << row.text << " by " << row.pattern;
-        EXPECT_EQ(date.fields, (Fields{1, 1, 1, 0, 0, 0})) << row.text;
-        EXPECT_TRUE(date.zoneName.empty() && !date.offset && !date.utcSeconds) << row.text;
+        EXPECT_FALSE(parseDate(text, pattern, date)) << text << " by " << pattern;
+        EXPECT_EQ(date.fields, (Fields{1, 1, 1, 0, 0, 0})) << text;
+        EXPECT_TRUE(date.zoneName.empty() && !date.offset && !date.utcSeconds) << text;
     }
     ParsedDate date;
     EXPECT_FALSE(parseDate(std::string(300, 'a'), "%Z", date));

@@ -6,10 +6,7 @@ using namespace qb::calendar;
 
 TEST(HttpDateTest, AllFormsAreReadAndAllFieldsChecked) {
     constexpr std::int64_t kNone = -1;
-    const struct {
-        const char *text;
-        std::int64_t seconds;
-    } rows[] = {
+    const std::pair<const char *, std::int64_t> rows[] = {
         {"Sun, 06 Nov 1994 08:49:37 GMT", 784111777}, {"Sunday, 06-Nov-94 08:49:37 GMT", 784111777},
         {"Sun Nov  6 08:49:37 1994", 784111777},      {" \t\r\nx 06 Nov 1994 08:49:37 whatever", 784111777},
         {"Sun, 06 nov 1994 08:49:37 GMT", kNone},     {"Sun, 06 Nov 1994 08:49:37", kNone}, // no zone
@@ -20,6 +17,6 @@ TEST(HttpDateTest, AllFormsAreReadAndAllFieldsChecked) {
         {"x 31 Dec 1969 23:59:59 GMT", kNone},        {"x 01 Jan 2038 00:00:00 GMT", kNone},
         {"x 31-Dec-37 23:59:59 GMT", 2145916799},     {"x 01-Jan-69 00:00:00 GMT", kNone}, // 2069
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(parseHttpDate(row.text).value_or(kNone), row.seconds) << row.text;
+    for (const auto &[text, seconds] : rows)
+        EXPECT_EQ(parseHttpDate(text).value_or(kNone), seconds) << text;
 }

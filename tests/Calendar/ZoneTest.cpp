@@ -5,8 +5,6 @@
 #include "Text/RandomText.h"
 #include "TimeZoneSetting.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -15,7 +13,6 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <string>
 #include <unistd.h>
 #include <vector>
 
@@ -160,10 +157,7 @@ TEST(ZoneTest, BadNamesAreNoZones) {
 }
 
 TEST(ZoneTest, SystemZoneFollowsTheVariable) {
-    const struct {
-        const char *setting, *name;
-        int offset; // on 1 July 2024
-    } rows[] = {
+    const std::tuple<const char *, const char *, int> rows[] = {
         {"Europe/Berlin", "Europe/Berlin", 7200},
         {":Europe/Berlin", "Europe/Berlin", 7200},
         {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo", 32400},
@@ -173,10 +167,10 @@ TEST(ZoneTest, SystemZoneFollowsTheVariable) {
         {"/etc/passwd", "UTC", 0},
     };
     const TimeZoneSetting setting("UTC");
-    for (const auto &row : rows) {
-        TimeZoneSetting::set(row.setting);
-        EXPECT_EQ(systemZone()->name(), row.name);
-        EXPECT_EQ(systemZone()->offsetAt(at(2024, 7, 1)).seconds, row.offset) << row.setting;
+    for (const auto &[variable, name, offset] : rows) {
+        TimeZoneSetting::set(variable);
+        EXPECT_EQ(systemZone()->name(), name);
+        EXPECT_EQ(systemZone()->offsetAt(at(2024, 7, 1)).seconds, offset) << variable;
     }
     TimeZoneSetting::set(nullptr);
     resetSystemZone();

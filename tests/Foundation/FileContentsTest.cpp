@@ -1,16 +1,9 @@
-#include "support/Bytes.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
-namespace {
-
-class FileContentsTest : public PoolFixture {
-protected:
-    TemporaryDirectory directory_;
-};
+using FileContentsTest = DirectoryFixture;
 
 // The classes that read files and write them.
-const struct {
+static const struct {
     std::string name;
     id (*read)(NSString *path);
     BOOL (*write)(NSString *path);
@@ -25,12 +18,10 @@ const struct {
      [](NSString *path) { return NSDictionary::dictionary()->writeToFile(path, /*atomically=*/YES); }},
 };
 
-} // namespace
-
 TEST_F(FileContentsTest, AnyBytesAreWrittenAndReadBack) {
     for (const std::string &bytes :
          {std::string(), std::string("\xC3\xA9\0\xFF\n", 5), std::string(300'000, '\xFF')}) {
-        NSString *const data = directory_.string("new/data"), *const text = directory_.string("new/text");
+        NSString *const data = path("new/data"), *const text = path("new/text");
         EXPECT_TRUE(dataOf(bytes)->writeToFile(data, /*atomically=*/YES));
         EXPECT_TRUE(NSString::stringWith(bytes)->writeToFile(text, /*atomically=*/NO));
         EXPECT_EQ(directory_.read("new/data"), bytes);
@@ -42,11 +33,7 @@ TEST_F(FileContentsTest, AnyBytesAreWrittenAndReadBack) {
 
 TEST_F(FileContentsTest, WhatCannotBeReadIsOneErrorAndNil) {
     directory_.write("file", "{}");
-    const struct {
-        std::string name;
-        int number;
-        const char *text;
-    } rows[] = {
+    const std::tuple<std::string, int, const char *> rows[] = {
         {"missing", 100039, ""},
         {"file/x", 100023, " Not a directory"},
         {".", 100023, " Is a directory"},
@@ -54,9 +41,9 @@ TEST_F(FileContentsTest, WhatCannotBeReadIsOneErrorAndNil) {
     };
     for (const auto &cls : kClasses) {
         SCOPED_TRACE(cls.name);
-        for (const auto &row : rows) {
-            NSString *const path = directory_.string(row.name);
-            expectError(row.number, describe(path) + row.text, [&] { EXPECT_EQ(cls.read(path), nullptr); });
+        for (const auto &[name, number, text] : rows) {
+            NSString *const file = path(name);
+            expectError(number, describe(file) + text, [&] { EXPECT_EQ(cls.read(file), nullptr); });
         }
         EXPECT_REASON(cls.write(nullptr),
                       (cls.name + " writeToFile:atomically: must have a path that is not nil.").c_str());
@@ -69,8 +56,8 @@ TEST_F(FileContentsTest, EarlierErrorsDoNotCountAndStay) {
     ERRORHANDLER->raiseErrorInFile("test", 1, 990001);
     for (const auto &cls : kClasses) {
         directory_.write("read", cls.name == "NSDictionary" ? "{}" : "(a)");
-        EXPECT_NE(cls.read(directory_.string("read")), nullptr) << cls.name;
-        EXPECT_TRUE(cls.write(directory_.string("file"))) << cls.name;
+        EXPECT_NE(cls.read(path("read")), nullptr) << cls.name;
+        EXPECT_TRUE(cls.write(path("file"))) << cls.name;
     }
     EXPECT_EQ(takenErrors(), "(990001)");
 }

@@ -48,21 +48,19 @@ TEST_F(NSCalendarDateTest, DatesThatTheCalendarHasNotCarry) {
 
 TEST_F(NSCalendarDateTest, TextsAreReadByTheirFormat) {
     NSTimeZone::setDefaultTimeZone(berlin());
-    const struct {
-        const char *text, *format, *expected; // in the form of the default description
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
         {"24.12.2023 18:05", "%d.%m.%Y %H:%M", "2023-12-24 18:05:00 +0100"},
         {"1 Jul 2023 America/New_York", "%d %B %Y %Z", "2023-07-01 00:00:00 -0400"},
         {"86400", "%s", "1970-01-02 01:00:00 +0100"},
         {"1 Jul 2023 Nowhere/Land", "%d %B %Y %Z", "nil"},
         {"", "%Y", "nil"},
     };
-    for (const auto &row : rows) {
-        NSString *const format = NSString::stringWith(row.format);
-        NSCalendarDate *const date = NSCalendarDate::dateWithString(NSString::stringWith(row.text), format);
-        EXPECT_TRUE(!date || date->calendarFormat()->isEqual(format)) << row.text;
+    for (const auto &[text, pattern, expected] : rows) {
+        NSString *const format = NSString::stringWith(pattern);
+        NSCalendarDate *const date = NSCalendarDate::dateWithString(NSString::stringWith(text), format);
+        EXPECT_TRUE(!date || date->calendarFormat()->isEqual(format)) << text;
         EXPECT_EQ(date ? describe(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S %z"_ns)) : "nil",
-                  row.expected);
+                  expected);
     }
     NSString *const text = "2023-07-01 12:00:00 -0330"_ns;
     EXPECT_EQ(describe(NSCalendarDate::dateWithString(text, nullptr)), describe(text));

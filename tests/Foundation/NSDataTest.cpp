@@ -1,5 +1,3 @@
-#include "Text/RandomText.h"
-#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
 #include <cstdio>

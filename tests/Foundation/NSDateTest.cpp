@@ -6,9 +6,7 @@
 
 using NSDateTest = PoolFixture;
 
-namespace {
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-} // namespace
+static constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
     const double now = static_cast<double>(qb::sys::wallMilliseconds()) / 1000 - NSTimeIntervalSince1970;

@@ -11,10 +11,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 } // namespace
 
 TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
-    const struct {
-        NSNumber *number;
-        const char *text, *type;
-    } rows[] = {
+    const std::tuple<NSNumber *, const char *, const char *> rows[] = {
         {NSNumber::numberWithBool(7), "1", "c"},
         {NSNumber::numberWithChar('a'), "97", "i"},
         {NSNumber::numberWithUnsignedChar(200), "200", "i"},
@@ -26,11 +23,11 @@ TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
         {NSNumber::numberWithFloat(0.1f), "0.1", "f"},
         {NSNumber::numberWithDouble(static_cast<double>(0.1f)), "0.10000000149011612", "d"},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(row.number->stringValue()->view(), row.text);
-        EXPECT_STREQ(row.number->objCType(), row.type) << row.text;
-        EXPECT_EQ(send<NSString *>(row.number, "descriptionWithLocale:"_sel, nullptr)->view(), row.text);
-        EXPECT_EQ(send<NSNumber *>(row.number, "asNumber"_sel), row.number);
+    for (const auto &[number, text, type] : rows) {
+        EXPECT_EQ(number->stringValue()->view(), text);
+        EXPECT_STREQ(number->objCType(), type) << text;
+        EXPECT_EQ(send<NSString *>(number, "descriptionWithLocale:"_sel, nullptr)->view(), text);
+        EXPECT_EQ(send<NSNumber *>(number, "asNumber"_sel), number);
     }
 }
 

@@ -1,15 +1,10 @@
-#include "support/Bytes.h"
 #include "support/PoolFixture.h"
 
 using namespace std::string_literals;
 using NSStringLinesTest = PoolFixture;
 
 TEST_F(NSStringLinesTest, LinesAreFoundAroundARange) {
-    const struct {
-        const char *text;
-        NSRange range;
-        const char *line; // where it starts, the next one starts and its contents end
-    } rows[] = {
+    const std::tuple<const char *, NSRange, const char *> rows[] = {
         {"abc", {1, 1}, "0 3 3"},
         {"ab\ncd\nef", {3, 0}, "3 6 5"}, // the place behind a line end is in the next line
         {"ab\ncd\nef", {0, 3}, "0 3 2"}, // a range that ends with a line end is not
@@ -20,13 +15,13 @@ TEST_F(NSStringLinesTest, LinesAreFoundAroundARange) {
         {"é😀\u2028x\u0085y", {0, 1}, "0 4 3"},
         {"é😀\u2028x\u0085y", {4, 1}, "4 6 5"},
     };
-    for (const auto &row : rows) {
-        NSString *const text = NSString::stringWith(row.text);
+    for (const auto &[content, range, line] : rows) {
+        NSString *const text = NSString::stringWith(content);
         std::uint32_t start = 99, end = 99, contentsEnd = 99;
-        text->getLineStart(&start, &end, &contentsEnd, row.range);
-        EXPECT_EQ(NSString::stringWithFormat("%d %d %d"_ns, start, end, contentsEnd)->view(), row.line)
-            << row.text;
-        EXPECT_EQ(text->lineRangeForRange(row.range), NSMakeRange(start, end - start));
+        text->getLineStart(&start, &end, &contentsEnd, range);
+        EXPECT_EQ(NSString::stringWithFormat("%d %d %d"_ns, start, end, contentsEnd)->view(), line)
+            << content;
+        EXPECT_EQ(text->lineRangeForRange(range), NSMakeRange(start, end - start));
     }
 }
 
@@ -39,23 +34,17 @@ TEST_F(NSStringLinesTest, TextsArePaddedAndCut) {
 
 TEST_F(NSStringLinesTest, EncodingsGoBothWays) {
     const auto textOf = [](const std::string &bytes, std::uint32_t encoding) {
-        const Ref<NSString> text =
-            NSString::initWithData(NSData::dataWith(std::as_bytes(std::span(bytes))), encoding);
-        return text ? std::string(text->view()) : "nil"s;
+        return describe(NSString::initWithData(dataOf(bytes), encoding).get());
     };
-    const struct {
-        std::string text;
-        std::uint32_t encoding;
-        std::string bytes;
-    } rows[] = {
+    const std::tuple<std::string, std::uint32_t, std::string> rows[] = {
         {"aé", NSISOLatin1StringEncoding, "a\xE9"},
         {"aé", NSUTF8StringEncoding, "aé"},
         {"az", NSASCIIStringEncoding, "az"},
         {"é😀", NSUnicodeStringEncoding, "\xFF\xFE\xE9\0\x3D\xD8\0\xDE"s},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(bytesOf(NSString::stringWith(row.text)->dataUsingEncoding(row.encoding)), row.bytes);
-        EXPECT_EQ(textOf(row.bytes, row.encoding), row.text);
+    for (const auto &[text, encoding, bytes] : rows) {
+        EXPECT_EQ(bytesOf(NSString::stringWith(text)->dataUsingEncoding(encoding)), bytes);
+        EXPECT_EQ(textOf(bytes, encoding), text);
     }
     EXPECT_EQ(bytesOf("aé€"_ns->dataUsingEncoding(NSISOLatin1StringEncoding, /*allowLossyConversion=*/YES)),
               "a\xE9?");

@@ -20,9 +20,7 @@ private:
 } // namespace
 
 TEST_F(NSStringPathTest, ComponentsAndExtensions) {
-    const struct {
-        const char *path, *components, *last, *parent, *extension, *withoutExtension, *withTiff;
-    } rows[] = {
+    const char *const rows[][7] = {
         {"/a/b.html", "(/, a, b.html)", "b.html", "/a", "html", "/a/b", "/a/b.html.tiff"},
         {"a.d//b/", "(a.d, b, /)", "b", "a.d", "", "a.d//b", "a.d//b.tiff"},
         {"", "()", "", "", "", "", ""},
@@ -31,16 +29,16 @@ TEST_F(NSStringPathTest, ComponentsAndExtensions) {
         {"a..b", "(a..b)", "a..b", "", "b", "a.", "a..b.tiff"},
         {"é/ü.ß/", "(é, ü.ß, /)", "ü.ß", "é", "ß", "é/ü", "é/ü.ß.tiff"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.path);
-        NSString *const path = NSString::stringWith(row.path);
-        EXPECT_EQ(describe(path->pathComponents()), row.components);
-        EXPECT_EQ(path->lastPathComponent()->view(), row.last);
-        EXPECT_EQ(path->stringByDeletingLastPathComponent()->view(), row.parent);
-        EXPECT_EQ(path->pathExtension()->view(), row.extension);
-        EXPECT_EQ(path->stringByDeletingPathExtension()->view(), row.withoutExtension);
-        EXPECT_EQ(path->stringByAppendingPathExtension("tiff"_ns)->view(), row.withTiff);
-        EXPECT_EQ(path->isAbsolutePath(), row.path[0] == '/');
+    for (const auto &[text, components, last, parent, extension, withoutExtension, withTiff] : rows) {
+        SCOPED_TRACE(text);
+        NSString *const path = NSString::stringWith(text);
+        EXPECT_EQ(describe(path->pathComponents()), components);
+        EXPECT_EQ(path->lastPathComponent()->view(), last);
+        EXPECT_EQ(path->stringByDeletingLastPathComponent()->view(), parent);
+        EXPECT_EQ(path->pathExtension()->view(), extension);
+        EXPECT_EQ(path->stringByDeletingPathExtension()->view(), withoutExtension);
+        EXPECT_EQ(path->stringByAppendingPathExtension("tiff"_ns)->view(), withTiff);
+        EXPECT_EQ(path->isAbsolutePath(), text[0] == '/');
     }
 }
 

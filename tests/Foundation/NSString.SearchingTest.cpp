@@ -50,13 +50,6 @@ std::vector<std::string> textsOf(NSArray *array) {
     return texts;
 }
 
-NSString *repeated(const std::string &piece, std::size_t times) {
-    std::string text;
-    while (times-- > 0)
-        text += piece;
-    return NSString::stringWith(text);
-}
-
 } // namespace
 
 TEST_F(NSStringSearchingTest, FindingSplittingAndReplacingFollowAPlainModel) {
@@ -97,21 +90,17 @@ TEST_F(NSStringSearchingTest, FindingSplittingAndReplacingFollowAPlainModel) {
 }
 
 TEST_F(NSStringSearchingTest, IgnoringCaseFindsTextsOfOtherLengthsToo) {
-    const struct {
-        const char *text, *needle;
-        NSRange first, last;
-    } rows[] = {
+    const std::tuple<const char *, const char *, NSRange, NSRange> rows[] = {
         {"😀ÉTÉ été", "été", {2, 3}, {6, 3}},
         {"5 \xE2\x84\xAA, 6 k", "K", {2, 1}, {7, 1}}, // the kelvin's sign is three bytes long
         {"ΟΔΟΣ οδος", "ΟΔΟσ", {0, 4}, {5, 4}},
         {"\xC9z", "é", kNowhere, kNowhere}, // a malformed byte is no letter
     };
-    for (const auto &row : rows) {
-        NSString *const text = NSString::stringWith(row.text);
-        NSString *const needle = NSString::stringWith(row.needle);
-        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch), row.first) << row.text;
-        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch | NSBackwardsSearch), row.last)
-            << row.text;
+    for (const auto &[content, wanted, first, last] : rows) {
+        NSString *const text = NSString::stringWith(content);
+        NSString *const needle = NSString::stringWith(wanted);
+        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch), first) << content;
+        EXPECT_EQ(text->rangeOfString(needle, NSCaseInsensitiveSearch | NSBackwardsSearch), last) << content;
     }
     EXPECT_EQ("Übung"_ns->rangeOfString("üB"_ns, NSCaseInsensitiveSearch | NSAnchoredSearch),
               NSMakeRange(0, 2));
@@ -136,16 +125,16 @@ TEST_F(NSStringSearchingTest, NilIsRefusedOrNothingAndPiecesMayBeFew) {
 // In quadratic time each of these would take minutes.
 TEST_F(NSStringSearchingTest, NoTextMakesSearchesSlow) {
     const std::string cut = "\xC2\x80";
-    NSString *const many = repeated("ab, é", 400000);
+    NSString *const many = NSString::stringWith(times(400000, "ab, é"));
     EXPECT_EQ(many->componentsSeparatedByString(", "_ns)->count(), 400001u);
-    NSString *const periodic = repeated("a", 500000);
+    NSString *const periodic = NSString::stringWith(times(500000, "a"));
     NSString *const nearly = NSString::stringWith(std::string(20000, 'a') + "b");
     EXPECT_EQ(periodic->rangeOfString(nearly), kNowhere);
     EXPECT_EQ(periodic->rangeOfString(nearly, NSBackwardsSearch), kNowhere);
     // Bytes that match everywhere, but always across a character.
-    NSString *const halves = NSString::stringWith(std::string(repeated(cut, 10000)->view()) + "\xC2");
-    EXPECT_EQ(repeated(cut, 500000)->rangeOfString(halves), kNowhere);
-    NSString *const units = repeated("é\x80", 50000);
+    NSString *const halves = NSString::stringWith(times(10000, cut) + "\xC2");
+    EXPECT_EQ(NSString::stringWith(times(500000, cut))->rangeOfString(halves), kNowhere);
+    NSString *const units = NSString::stringWith(times(50000, "é\x80"));
     for (std::uint32_t i = 0; i < 100000; ++i)
         ASSERT_EQ(units->characterAtIndex(i), i % 2 ? 0x80 : 0xE9);
     for (std::uint32_t i = 100000; i-- > 0;)
@@ -176,10 +165,7 @@ TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
     const auto setOf = [](const char *characters) {
         return NSCharacterSet::characterSetWithCharactersInString(NSString::stringWith(characters));
     };
-    const struct {
-        NSCharacterSet *set;
-        const char *members, *others;
-    } rows[] = {
+    const std::tuple<NSCharacterSet *, const char *, const char *> rows[] = {
         {NSCharacterSet::whitespaceCharacterSet(), " \t\u3000", "\na\u200B"},
         {NSCharacterSet::newlineCharacterSet(), "\v\f\r\n\u0085\u2029\u2028", " \u0084"},
         {NSCharacterSet::decimalDigitCharacterSet(), "09\u0663", "a\u00B2/:"},
@@ -195,9 +181,9 @@ TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
         {NSCharacterSet::characterSetWithRange({0x60, 3}), "`b", "_c"},
         {setOf("caab€"), "abc€", "d\u20AB\u20AD"},
     };
-    for (const auto &row : rows) {
-        EXPECT_TRUE(row.set->isSupersetOfSet(setOf(row.members))) << row.members;
-        EXPECT_TRUE(row.set->invertedSet()->isSupersetOfSet(setOf(row.others))) << row.members;
+    for (const auto &[set, members, others] : rows) {
+        EXPECT_TRUE(set->isSupersetOfSet(setOf(members))) << members;
+        EXPECT_TRUE(set->invertedSet()->isSupersetOfSet(setOf(others))) << members;
     }
     NSCharacterSet *const newlines = NSCharacterSet::newlineCharacterSet();
     EXPECT_TRUE(setOf("\v\f\r\n\u0085\u2029\u2028")->isEqual(newlines));

@@ -82,37 +82,32 @@ TEST_F(NSStringTest, CStringsAreCutBetweenCharacters) {
 }
 
 TEST_F(NSStringTest, ComparisonWithAndWithoutCase) {
-    const struct {
-        const char *left, *right;
-        int order, orderWithoutCase;
-    } rows[] = {
+    const std::tuple<const char *, const char *, int, int> rows[] = {
         {"a", "B", 1, -1},           {"É", "é", -1, 0},       {"ς", "Σ", 1, 0},
         {"\xE2\x84\xAA", "k", 1, 0}, {"ab", "AB\xFF", 1, -1}, {"\xC9", "é", 1, 1},
     };
-    for (const auto &row : rows) {
-        NSString *const left = NSString::stringWith(row.left);
-        NSString *const right = NSString::stringWith(row.right);
-        EXPECT_EQ(left->compare(right), row.order) << row.left;
-        EXPECT_EQ(left->caseInsensitiveCompare(right), row.orderWithoutCase) << row.left;
-        EXPECT_EQ(left->isCaseEqualTo(right), row.orderWithoutCase == 0) << row.left;
+    for (const auto &[one, other, order, orderWithoutCase] : rows) {
+        NSString *const left = NSString::stringWith(one);
+        NSString *const right = NSString::stringWith(other);
+        EXPECT_EQ(left->compare(right), order) << one;
+        EXPECT_EQ(left->caseInsensitiveCompare(right), orderWithoutCase) << one;
+        EXPECT_EQ(left->isCaseEqualTo(right), orderWithoutCase == 0) << one;
     }
     EXPECT_EQ("xaby"_ns->compare("AB"_ns, NSCaseInsensitiveSearch, {1, 2}), NSOrderedSame);
 }
 
 TEST_F(NSStringTest, CaseChangesCharacterByCharacter) {
-    const struct {
-        const char *text, *upper, *lower, *capitalized;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *, const char *> rows[] = {
         {"straße éÀ", "STRAßE ÉÀ", "straße éà", "Straße Éà"},
         {"σίσυφος ЖИЗНЬ", "ΣΊΣΥΦΟΣ ЖИЗНЬ", "σίσυφος жизнь", "Σίσυφος Жизнь"},
         {"ı\xC9 \xE9x", "I\xC9 \xE9X", "ı\xC9 \xE9x", "I\xC9 \xE9x"}, // malformed bytes stay
         {"a\tb\nc-d", "A\tB\nC-D", "a\tb\nc-d", "A\tB\nC-d"},
     };
-    for (const auto &row : rows) {
-        NSString *const text = NSString::stringWith(row.text);
-        EXPECT_EQ(text->uppercaseString()->view(), row.upper);
-        EXPECT_EQ(text->lowercaseString()->view(), row.lower);
-        EXPECT_EQ(text->capitalizedString()->view(), row.capitalized);
+    for (const auto &[content, upper, lower, capitalized] : rows) {
+        NSString *const text = NSString::stringWith(content);
+        EXPECT_EQ(text->uppercaseString()->view(), upper);
+        EXPECT_EQ(text->lowercaseString()->view(), lower);
+        EXPECT_EQ(text->capitalizedString()->view(), capitalized);
     }
     NSString *const lower = NSString::stringWith("abc");
     EXPECT_EQ(lower->lowercaseString(), lower); // nothing changes: the receiver

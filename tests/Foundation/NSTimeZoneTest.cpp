@@ -59,7 +59,6 @@ TEST_F(NSTimeZoneTest, EveryKnownNameFindsItsZone) {
     EXPECT_GT(names->count(), 300u);
     EXPECT_TRUE(names->containsObject("GMT"_ns));
     EXPECT_TRUE(names->isEqual(names->sortedArrayUsingSelector("compare:"_sel)));
-    for (id name : *names) {
+    for (id name : *names)
         EXPECT_NE(NSTimeZone::timeZoneWithName(static_cast<NSString *>(name)), nullptr) << describe(name);
-    }
 }

@@ -1,26 +1,19 @@
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
+#include "support/SmallStack.h"
 
 #include <utility>
 
-namespace {
-
-class PropertyListFileTest : public PoolFixture {
-protected:
-    TemporaryDirectory directory_;
-};
-
-} // namespace
+using PropertyListFileTest = DirectoryFixture;
 
 TEST_F(PropertyListFileTest, WrittenFilesAreReadBackEqual) {
-    NSDictionary *const dictionary = NSDictionary::dictionaryWith(
-        {{"b"_ns, NSArray::arrayWithObjects("x"_ns, "y z"_ns)}, {"a a"_ns, NSDictionary::dictionary()}});
-    EXPECT_TRUE(dictionary->writeToFile(directory_.string("d"), /*atomically=*/YES));
+    NSDictionary *const dictionary =
+        NSDictionary::dictionaryWith({{"a a"_ns, NSArray::arrayWithObject("y z"_ns)}});
+    EXPECT_TRUE(dictionary->writeToFile(path("d"), /*atomically=*/YES));
     EXPECT_EQ(directory_.read("d"), dictionary->description()->view());
-    EXPECT_TRUE(dictionary->isEqual(NSDictionary::dictionaryWithContentsOfFile(directory_.string("d"))));
+    EXPECT_TRUE(dictionary->isEqual(NSDictionary::dictionaryWithContentsOfFile(path("d"))));
     NSArray *const array = dictionary->allValues();
-    EXPECT_TRUE(array->writeToFile(directory_.string("a"), /*atomically=*/NO));
-    const id read = send<id>(NSMutableArray::cls(), "arrayWithContentsOfFile:"_sel, directory_.string("a"));
+    EXPECT_TRUE(array->writeToFile(path("a"), /*atomically=*/NO));
+    const id read = send<id>(NSMutableArray::cls(), "arrayWithContentsOfFile:"_sel, path("a"));
     EXPECT_TRUE(read->isMemberOfClass(NSMutableArray::cls()) && read->isEqual(array));
 }
 
@@ -29,21 +22,18 @@ TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
     directory_.write("list", "// a list\n  (a)");
     directory_.write("map", "{}");
     const auto dictionaryIn = [&](const char *name) {
-        EXPECT_EQ(NSDictionary::dictionaryWithContentsOfFile(directory_.string(name)), nullptr);
+        EXPECT_EQ(NSDictionary::dictionaryWithContentsOfFile(path(name)), nullptr);
     };
     expectError(900004, directory_ / "broken 3 5 '='", [&] { dictionaryIn("broken"); });
     expectError(900004, directory_ / "list 2 3 a dictionary", [&] { dictionaryIn("list"); });
     expectError(900004, directory_ / "map 1 1 an array",
-                [&] { EXPECT_EQ(NSArray::arrayWithContentsOfFile(directory_.string("map")), nullptr); });
+                [&] { EXPECT_EQ(NSArray::arrayWithContentsOfFile(path("map")), nullptr); });
 }
 
 TEST_F(PropertyListFileTest, TooDeepListIsNotWritten) {
     directory_.write("file", "old");
-    Ref<NSArray> deep = NSArray::init();
-    for (int i = 0; i < 512; ++i)
-        deep = NSArray::initWith({deep.get()});
-    expectError(900003, "512",
-                [&] { EXPECT_FALSE(deep->writeToFile(directory_.string("file"), /*atomically=*/NO)); });
+    const Ref<NSArray> deep = arraysInArrays(513);
+    expectError(900003, "512", [&] { EXPECT_FALSE(deep->writeToFile(path("file"), /*atomically=*/NO)); });
     EXPECT_EQ(directory_.read("file"), "old");
 }
 

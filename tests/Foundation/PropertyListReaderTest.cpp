@@ -74,18 +74,16 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"<0f@>", "1 4 hexadecimal digits in pairs and '>'"},
         {"<0fg>", "1 4 hexadecimal digits in pairs and '>'"},
     };
-    for (const auto &[text, expected] : rows) {
+    for (const auto &[text, expected] : rows)
         expectError(900001, expected, [&text = text] { EXPECT_EQ(read(text), "nil") << text; });
-    }
 }
 
 TEST_F(PropertyListReaderTest, NestingEndsAt512Levels) {
     const unsigned deepest = qb::PropertyListReader::kDeepestNesting;
     EXPECT_EQ(deepest, 512u);
     EXPECT_EQ(read(nested(deepest)), nested(deepest));
-    for (const std::string &tooDeep : {nested(deepest + 1), std::string(1'000'000, '(')}) {
+    for (const std::string &tooDeep : {nested(deepest + 1), std::string(1'000'000, '(')})
         expectError(900001, "1 513 less deep nesting", [&] { EXPECT_EQ(read(tooDeep), "nil"); });
-    }
 }
 
 TEST_F(PropertyListReaderTest, DataReadsItsBytes) {

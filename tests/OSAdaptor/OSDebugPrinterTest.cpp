@@ -1,6 +1,4 @@
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -158,13 +156,12 @@ TEST_F(OSDebugPrinterTest, UnbalancedActionsAreToldAndClosed) {
 }
 
 TEST_F(OSDebugPrinterTest, WhatIsForStandardErrorNeverEndsInAnotherFile) {
-    const TemporaryDirectory directory;
     const ChildEnd end = runInChild([&] {
         OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
-        logger->setLogFileName(directory.string("missing/log"));
+        logger->setLogFileName(path("missing/log"));
         logger->logWithLevelMessage(0, "not in a file"_ns);
         logger->setLogFileName(nullptr); // closes standard error, where the line went
-        const int other = ::open((directory / "other").c_str(), O_CREAT | O_WRONLY, 0600);
+        const int other = ::open((directory_ / "other").c_str(), O_CREAT | O_WRONLY, 0600);
         debug_printf(channel_, "trace");
         profile_beginAction(profile_, "action");
         profile_endAction(profile_, "other action");
@@ -174,7 +171,7 @@ TEST_F(OSDebugPrinterTest, WhatIsForStandardErrorNeverEndsInAnotherFile) {
         ::_exit(other);
     });
     EXPECT_EQ(end.status, STDERR_FILENO);
-    EXPECT_EQ(directory.read("other"), "");
+    EXPECT_EQ(directory_.read("other"), "");
 }
 
 TEST_F(OSDebugPrinterTest, MessagesAreCutAt1023Bytes) {
@@ -212,8 +209,8 @@ TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
                                  "\nfreeing memory at " + address + " in src/A:35\n");
 
     Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    expectError(
-        100156, "", [&] { EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr); }, "src/OSAdaptor/OSFilePath:97");
+    expectErrorAt("src/OSAdaptor/OSFilePath:97", 100156, "",
+                  [&] { EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr); });
     EXPECT_EQ(output.end(), "allocating 1 bytes in b:2 - return 0x00000000\n");
 }
 

@@ -1,5 +1,4 @@
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <dlfcn.h>
 
@@ -37,10 +36,9 @@ TEST_F(OSDynamicLoaderTest, LibrariesAreLoadedAndStay) {
 }
 
 TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
-    const TemporaryDirectory directory;
-    const std::string path = directory / "libnone.so";
-    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, directory.string("")); }),
-              "[T] (P) [] [100241] The library '" + path + "' could not be loaded: " + path +
+    const std::string file = directory_ / "libnone.so";
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }),
+              "[T] (P) [] [100241] The library '" + file + "' could not be loaded: " + file +
                   ": cannot open shared object file: No such file or directory\n\n");
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nullptr); }),
               "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "

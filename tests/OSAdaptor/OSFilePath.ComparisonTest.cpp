@@ -1,16 +1,12 @@
-#include "support/Faults.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
 #include <sys/stat.h>
 
-class OSFilePathComparisonTest : public PoolFixture {
+class OSFilePathComparisonTest : public DirectoryFixture {
 protected:
     bool differ(std::string_view one, std::string_view other) {
-        return OSFilePath::fileAtPath(directory_.string(one), directory_.string(other));
+        return OSFilePath::fileAtPath(path(one), path(other));
     }
-
-    TemporaryDirectory directory_;
 };
 
 TEST_F(OSFilePathComparisonTest, OnlyFilesOfTheSameBytesAreAlike) {

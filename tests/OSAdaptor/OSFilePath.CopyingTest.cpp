@@ -1,28 +1,18 @@
-#include "Text/RandomText.h"
-#include "support/Faults.h"
-#include "support/PoolFixture.h"
+#include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
-#include "support/TemporaryDirectory.h"
 
+#include <cstdlib>
 #include <filesystem>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
-class OSFilePathCopyingTest : public PoolFixture {
+class OSFilePathCopyingTest : public DirectoryFixture {
 protected:
     void copy(std::string_view source, std::string_view target, BOOL renameSource = NO) {
-        OSFilePath::copyPath(directory_.string(source), directory_.string(target), renameSource);
+        OSFilePath::copyPath(path(source), path(target), renameSource);
     }
     std::string linkText(std::string_view name) const { return fs::read_symlink(directory_ / name); }
-    mode_t mode(std::string_view name) const {
-        struct stat status {};
-        EXPECT_EQ(::stat((directory_ / name).c_str(), &status), 0) << name;
-        return status.st_mode & 07777;
-    }
-
-    TemporaryDirectory directory_;
 };
 
 TEST_F(OSFilePathCopyingTest, FileKeepsItsBytesAndPermissions) {
@@ -45,10 +35,8 @@ TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
     fs::resize_file(directory_ / "sparse", 50000000);
     copy("sparse", "copy", YES);
     EXPECT_EQ(fs::file_size(directory_ / "copy"), 50000000u);
-    EXPECT_FALSE(OSFilePath::fileAtPath(directory_.string("sparse"), directory_.string("copy")));
-    struct stat status {};
-    ASSERT_EQ(::stat((directory_ / "copy").c_str(), &status), 0);
-    EXPECT_LT(status.st_blocks, 10000);
+    EXPECT_FALSE(OSFilePath::fileAtPath(path("sparse"), path("copy")));
+    EXPECT_LT(status("copy").st_blocks, 10000);
 }
 
 TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
@@ -155,7 +143,7 @@ TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
         deep += "/ddd";
     OSFilePath::makePath(NSString::stringWith(deep));
     directory_.write(deep.substr(directory_.path().size() + 1) + "/f", "bottom");
-    NSString *const source = directory_.string("t"), *const copied = directory_.string("u");
+    NSString *const source = path("t"), *const copied = path("u");
     ASSERT_TRUE(runOnSmallStack([&] { OSFilePath::copyPath(source, copied, /*renameSource=*/YES); }));
     deep[tree.size() - 1] = 'u';
     EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(NSString::stringWith(deep + "/f")));
@@ -164,74 +152,44 @@ TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
     EXPECT_TRUE(directory_.names().empty());
 }
 
-// --- Random trees ---
-
-namespace {
-
-/// Fills directories with files of random sizes, rights and names, and links among them.
-class RandomTree {
-public:
-    RandomTree(TemporaryDirectory &directory, Random &random) : directory_(directory), random_(random) {}
-
-    void fill(const std::string &parent, unsigned depth) {
-        directory_.makeDirectory(parent);
-        for (std::size_t i = random_.below(8); i > 0; --i) {
-            const std::string path = parent + "/" + name() + std::to_string(i);
-            const std::size_t kind = random_.below(4);
-            if (kind == 0 && depth > 0) {
-                fill(path, depth - 1);
-            } else if (kind == 1 && !files_.empty()) {
-                const std::string target = files_[random_.below(files_.size())];
-                directory_.link(
-                    fs::path(directory_ / target).lexically_relative(directory_ / parent).native(), path);
-            } else {
-                directory_.write(
-                    path, std::string(random_.below(4) ? random_.below(300) : random_.below(300000), 'x'));
-                const auto rights = static_cast<fs::perms>(0400 | (random_.bits() & 0777));
-                fs::permissions(directory_ / path, rights);
-                files_.push_back(path);
-            }
-        }
-    }
-
-private:
-    std::string name() {
-        const std::string pieces[] = {"a", "\xff", " ", "..", "\n", "\xc3\xa4"};
-        return randomText(random_, 1 + random_.below(12), pieces);
-    }
-
-    TemporaryDirectory &directory_;
-    Random &random_;
-    std::vector<std::string> files_;
-};
-
-} // namespace
-
+// Files of random sizes, rights and names, in directories in each other, and links among them.
 TEST_F(OSFilePathCopyingTest, CopyOfARandomTreeIsTheTree) {
     Random random;
-    RandomTree tree(directory_, random);
-    tree.fill("outside", 1);
-    tree.fill("tree", 4);
-    copy("tree", "copies");
-    std::size_t entries = 0;
-    for (const auto &entry : fs::recursive_directory_iterator(directory_ / "tree")) {
-        const fs::path source = entry.path();
-        const fs::path copied = directory_ / "copies/tree" / source.lexically_relative(directory_ / "tree");
-        ++entries;
-        if (entry.is_symlink() && fs::is_symlink(copied)) { // to what is inside, so it leads to its copy
-            const fs::path way = fs::canonical(source).lexically_relative(directory_ / "tree");
-            EXPECT_EQ(fs::canonical(copied), fs::path(directory_ / "copies/tree") / way);
-            continue;
+    const std::string pieces[] = {"a", "\xff", " ", "..", "\n", "\xc3\xa4"};
+    std::vector<std::string> directories = {"outside", "tree"}, files;
+    for (int i = 0; i < 150; ++i) {
+        const std::string parent = directories[random.below(directories.size())];
+        const std::string entry =
+            parent + "/" + randomText(random, random.below(12), pieces) + std::to_string(i);
+        const std::size_t kind = random.below(4);
+        if (kind == 0) {
+            directories.push_back(entry);
+            directory_.makeDirectory(entry);
+        } else if (kind == 1 && !files.empty()) {
+            const fs::path target = directory_ / files[random.below(files.size())];
+            directory_.link(target.lexically_relative(directory_ / parent).native(), entry);
+        } else {
+            files.push_back(entry);
+            directory_.write(entry, std::string(random.below(random.below(4) ? 300 : 300000), 'x'));
+            fs::permissions(directory_ / entry, fs::perms(0400 | (random.bits() & 0777)));
         }
-        EXPECT_EQ(entry.is_directory(), fs::is_directory(copied)) << copied;
-        if (entry.is_directory())
-            continue;
-        EXPECT_TRUE(!entry.is_symlink() ||
-                    fs::canonical(source).native().starts_with(directory_ / "outside"));
-        EXPECT_EQ(fs::status(source).permissions(), fs::status(copied).permissions()) << copied;
-        EXPECT_FALSE(OSFilePath::fileAtPath(NSString::stringWith(source.native()),
-                                            NSString::stringWith(copied.native())));
     }
-    const fs::recursive_directory_iterator copies(directory_ / "copies/tree");
-    EXPECT_EQ(static_cast<std::size_t>(std::distance(begin(copies), end(copies))), entries);
+    directory_.makeDirectory("tree");
+    copy("tree", "copies");
+    EXPECT_EQ(
+        std::system(("diff -r '" + directory_ / "tree" + "' '" + directory_ / "copies/tree" + "'").c_str()),
+        0);
+    for (const auto &entry : fs::recursive_directory_iterator(directory_ / "copies/tree")) {
+        const fs::path copied = entry.path();
+        const fs::path source =
+            fs::path(directory_ / "tree") / copied.lexically_relative(directory_ / "copies/tree");
+        if (entry.is_symlink()) // to what is inside, so it leads to its copy
+            EXPECT_EQ(fs::canonical(copied).lexically_relative(directory_ / "copies/tree"),
+                      fs::canonical(source).lexically_relative(directory_ / "tree"));
+        else if (!entry.is_directory()) {
+            EXPECT_EQ(fs::status(source).permissions(), fs::status(copied).permissions()) << copied;
+            EXPECT_TRUE(!fs::is_symlink(source) ||
+                        fs::canonical(source).native().starts_with(directory_ / "outside"));
+        }
+    }
 }

@@ -1,26 +1,17 @@
-#include "support/Faults.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
 #include <fcntl.h>
 #include <filesystem>
 #include <set>
 #include <sys/stat.h>
 
-class OSFilePathQueriesTest : public PoolFixture {
-protected:
-    TemporaryDirectory directory_;
-};
+using OSFilePathQueriesTest = DirectoryFixture;
 
-namespace {
-
-void setTimes(const std::string &path, std::int64_t seconds) {
+static void setTimes(const std::string &path, std::int64_t seconds) {
     const timespec time{static_cast<time_t>(seconds), 0};
     const timespec times[2] = {time, time};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
-
-} // namespace
 
 TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
     directory_.write("file", "12345");
@@ -28,7 +19,7 @@ TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
     setTimes(directory_ / "file", 1000000);
     std::filesystem::permissions(directory_ / "file", std::filesystem::perms(0640));
     OSFileInfo info;
-    OSFilePath::fileInfo(&info, directory_.string("link"));
+    OSFilePath::fileInfo(&info, path("link"));
     EXPECT_TRUE(info.exists);
     EXPECT_FALSE(info.isDirectory);
     EXPECT_EQ(info.size, 5);
@@ -36,12 +27,12 @@ TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
     EXPECT_EQ(info.modificationTime, 1000000);
     EXPECT_GT(info.changeTime, 1000000);
     EXPECT_EQ(info.mode, 0100640u);
-    OSFilePath::fileInfo(&info, directory_.string("."));
+    OSFilePath::fileInfo(&info, path("."));
     EXPECT_TRUE(info.exists && info.isDirectory);
-    OSFilePath::fileInfo(&info, directory_.string("missing"));
+    OSFilePath::fileInfo(&info, path("missing"));
     EXPECT_FALSE(info.exists || info.isDirectory || info.size || info.mode);
     expectError(100194, directory_ / "file/x Not a directory",
-                [&] { OSFilePath::fileInfo(&info, directory_.string("file/x")); });
+                [&] { OSFilePath::fileInfo(&info, path("file/x")); });
     EXPECT_REASON(OSFilePath::fileInfo(nullptr, "a"_ns),
                   "OSFilePath fileInfo:atPath: must have a file info that is not NULL.");
 }
@@ -52,13 +43,12 @@ TEST_F(OSFilePathQueriesTest, WhatDoesNotFitAFieldIsReportedAndNeverCut) {
     std::filesystem::resize_file(directory_ / "long", std::uintmax_t{3} << 30);
     setTimes(directory_ / "late", std::int64_t{1} << 31);
     for (const char *name : {"long", "late"}) {
-        ErrorExpectation error(100194);
         OSFileInfo info;
-        OSFilePath::fileInfo(&info, directory_.string(name));
-        EXPECT_EQ(error.values(), directory_ / name + " Value too large for defined data type");
+        expectError(100194, directory_ / name + " Value too large for defined data type",
+                    [&] { OSFilePath::fileInfo(&info, path(name)); });
         EXPECT_EQ(info.size, 0);
     }
-    EXPECT_EQ(OSFilePath::fileSizeAtPath(directory_.string("long")), INT32_MAX);
+    EXPECT_EQ(OSFilePath::fileSizeAtPath(path("long")), INT32_MAX);
 }
 
 TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
@@ -66,23 +56,23 @@ TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
     directory_.link("nowhere", "dangling");
     for (const char *name : {"dangling", "file/x"}) {
         BOOL isDirectory = YES;
-        EXPECT_FALSE(OSFilePath::fileExistsAtPath(directory_.string(name), &isDirectory)) << name;
+        EXPECT_FALSE(OSFilePath::fileExistsAtPath(path(name), &isDirectory)) << name;
         EXPECT_FALSE(isDirectory);
-        EXPECT_EQ(OSFilePath::fileSizeAtPath(directory_.string(name)), 0) << name;
+        EXPECT_EQ(OSFilePath::fileSizeAtPath(path(name)), 0) << name;
     }
-    EXPECT_EQ(OSFilePath::fileSizeAtPath(directory_.string("file")), 3);
-    EXPECT_TRUE(OSFilePath::directoryExistsAtPath(directory_.string(".")));
+    EXPECT_EQ(OSFilePath::fileSizeAtPath(path("file")), 3);
+    EXPECT_TRUE(OSFilePath::directoryExistsAtPath(path(".")));
 }
 
 TEST_F(OSFilePathQueriesTest, OnlyFilesThatAreNotEmptyContainData) {
     directory_.write("file", "abc");
     directory_.write("empty", "");
     for (const char *name : {".", "empty", "missing"})
-        EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string(name))) << name;
+        EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path(name))) << name;
     expectError(100194, directory_ / "file/x Not a directory",
-                [&] { EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(directory_.string("file/x"))); });
+                [&] { EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path("file/x"))); });
     const Fault interruptions(Call::stat, /*skip=*/0, /*times=*/3, EINTR);
-    EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(directory_.string("file")));
+    EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(path("file")));
 }
 
 TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
@@ -90,20 +80,20 @@ TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
     directory_.link("some/\xff where", "link");
     directory_.link(longText, "long");
     directory_.write("file", "");
-    EXPECT_EQ(describe(OSFilePath::symlinkTarget(directory_.string("link"))), "some/\xff where");
-    EXPECT_EQ(describe(OSFilePath::symlinkTarget(directory_.string("long"))), longText);
+    EXPECT_EQ(describe(OSFilePath::symlinkTarget(path("link"))), "some/\xff where");
+    EXPECT_EQ(describe(OSFilePath::symlinkTarget(path("long"))), longText);
     EXPECT_EQ(OSFilePath::symlinkTarget(""_ns), nullptr);
     expectError(100222, directory_ / "file",
-                [&] { EXPECT_EQ(OSFilePath::symlinkTarget(directory_.string("file")), nullptr); });
+                [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path("file")), nullptr); });
 }
 
 TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
     NSString *const before = OSFilePath::getcwd();
-    OSFilePath::chdir(directory_.string("."));
+    OSFilePath::chdir(path("."));
     EXPECT_EQ(describe(OSFilePath::getcwd()), directory_.path());
     OSFilePath::chdir(before);
     expectError(100196, "chdir(" + directory_ / "missing" + ") No such file or directory",
-                [&] { OSFilePath::chdir(directory_.string("missing")); });
+                [&] { OSFilePath::chdir(path("missing")); });
     const Fault fault(Call::getcwd, /*skip=*/0, /*times=*/1, ERANGE);
     expectError(100196, "getcwd() Numerical result out of range",
                 [&] { EXPECT_EQ(OSFilePath::getcwd(), nullptr); });
@@ -113,10 +103,10 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
     for (const char *name : {"a1", "a2", "b1", "d/a3"})
         directory_.write(name, "");
     std::set<std::string> names;
-    for (id path : *OSFilePath::glob("[ad]*"_ns, directory_.string(".")))
+    for (id path : *OSFilePath::glob("[ad]*"_ns, path(".")))
         names.insert(describe(path).substr(directory_.path().size()));
     EXPECT_EQ(names, (std::set<std::string>{"/./a1", "/./a2", "/./d"}));
-    EXPECT_EQ(OSFilePath::glob(directory_.string("z*"))->count(), 0u);
+    EXPECT_EQ(OSFilePath::glob(path("z*"))->count(), 0u);
     for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {
         const Fault fault(Call::glob, /*skip=*/0, /*times=*/1, system);
         expectError(number, system == ENOMEM ? "" : "* Permission denied",

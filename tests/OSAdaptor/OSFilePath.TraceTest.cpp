@@ -1,5 +1,4 @@
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <regex>
 
@@ -24,8 +23,6 @@ protected:
         replace("0x0[0-9a-f]+", "N");
         return text;
     }
-
-    TemporaryDirectory directory_;
 };
 
 } // namespace
@@ -36,11 +33,9 @@ TEST_F(OSFilePathTraceTest, StepsAreTracedByLevel) {
     EXPECT_EQ(traced(6, simplify), "#: enter\n#: simplify path: a/./b\n#: simplified path: a/b\n#: leave\n");
     directory_.write("tree/file", "abc");
     directory_.write("other", "abc");
-    const auto compare = [&] {
-        OSFilePath::fileAtPath(directory_.string("tree/file"), directory_.string("other"));
-    };
+    const auto compare = [&] { OSFilePath::fileAtPath(path("tree/file"), path("other")); };
     EXPECT_EQ(traced(5, compare), "#: f1: N (DIR/tree/file)\n#: f2: N (DIR/other)\n#: -->NO\n");
-    EXPECT_EQ(traced(3, [&] { OSFilePath::removePath(directory_.string("tree")); }),
+    EXPECT_EQ(traced(3, [&] { OSFilePath::removePath(path("tree")); }),
               "#(OSFilePath): +_removePath: -> file 'DIR/tree' exists: 1\n"
               "#(OSFilePath): +_removePath: -> file is directory: 1\n"
               "#(OSFilePath): +_removePath: -> file 'DIR/tree/file' exists: 1\n"

@@ -1,10 +1,13 @@
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cstdio>
 
 using OSLoggerTest = ServicesFixture;
+
+// Writes a line by way of the common logger.
+static void log(NSString *line) {
+    OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, line);
+}
 
 TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
     OSLogger *const logger = OSLogger::loggerForCategory("alert"_ns);
@@ -40,7 +43,7 @@ TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
 
 TEST_F(OSLoggerTest, LinesCarryPrefixAndCategory) {
     CapturedOutput output;
-    OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "plain"_ns);
+    log("plain"_ns);
     OSLogger::setDefaultLogPrefix("web"_ns);
     OSLogger::loggerForCategory(""_ns)->logWithLevelFormat(0, "%s %05d"_ns, "a", 42);
     OSLogger::createLoggerForCategory("debug"_ns);
@@ -71,65 +74,59 @@ TEST_F(OSLoggerTest, ALoggersLevelIsItsThreshold) {
 }
 
 TEST_F(OSLoggerTest, LinesGoToTheFileAndAlsoToStandardErrorUnlessSwitchedOff) {
-    const TemporaryDirectory directory;
-    directory.write("log", "before\n");
-    OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
+    directory_.write("log", "before\n");
     CapturedOutput output;
-    logger->logWithLevelMessage(0, "standard error alone"_ns);
-    OSLogger::setDefaultLogFileName(directory.string("log"));
-    logger->logWithLevelMessage(0, "both"_ns);
+    log("standard error alone"_ns);
+    OSLogger::setDefaultLogFileName(path("log"));
+    log("both"_ns);
     OSLogger::disableDuplicateLogToStderr();
-    logger->logWithLevelMessage(0, "file alone"_ns);
+    log("file alone"_ns);
     OSLogger::createLoggerForCategory("other"_ns); // takes the default file with its first line
     OSLogger::loggerForCategory("other"_ns)->logWithLevelMessage(0, "shared"_ns);
     EXPECT_EQ(logLines(output.end()), "[T] (P) [] standard error alone\n[T] (P) [] both\n");
-    EXPECT_EQ(logLines(directory.read("log")),
+    EXPECT_EQ(logLines(directory_.read("log")),
               "before\n[T] (P) [] both\n[T] (P) [] file alone\n[T] (P) [other] shared\n");
 }
 
 TEST_F(OSLoggerTest, LinesAndTheirEndsAreOneWrite) {
-    const TemporaryDirectory directory;
-    OSLogger::setDefaultLogFileName(directory.string("log"));
-    OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
+    OSLogger::setDefaultLogFileName(path("log"));
     const std::string longMessage(1 << 20, '\xff');
     CapturedOutput output;
     const CallCounter counter;
-    logger->logWithLevelMessage(0, NSString::stringWith(longMessage));
+    log(NSString::stringWith(longMessage));
     EXPECT_EQ(counter.calls(Call::write), 2u); // to the file, and to standard error
     EXPECT_EQ(logLines(output.end()), "[T] (P) [] " + longMessage + "\n");
-    EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] " + longMessage + "\n");
+    EXPECT_EQ(logLines(directory_.read("log")), "[T] (P) [] " + longMessage + "\n");
 }
 
 // In a child, because such a logger closes standard error with its file name.
 TEST_F(OSLoggerTest, AFileThatCannotBeOpenedIsAnErrorAndStandardErrorTakesTheLines) {
-    const TemporaryDirectory directory;
-    const std::string name = directory / "missing/log";
+    const std::string name = directory_ / "missing/log";
     const ChildEnd end = runInChild([&] {
         OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
         logger->setLogFileName(NSString::stringWith(name));
-        logger->logWithLevelMessage(0, "one"_ns);
-        logger->logWithLevelMessage(0, "two"_ns); // no further attempt, no further error
+        log("one"_ns);
+        log("two"_ns); // no further attempt, no further error
         for (const auto &error : recordingErrorHandler()->raised)
             std::fprintf(stderr, "%d raised %d: %s\n", error.line, error.number, error.values.c_str());
-        logger->setLogFileName(directory.string("missing/other"));
-        logger->logWithLevelMessage(0, "lost"_ns); // and nothing breaks
-        logger->setLogFileName(directory.string("log"));
-        logger->logWithLevelMessage(0, "three"_ns);
+        logger->setLogFileName(path("missing/other"));
+        log("lost"_ns); // and nothing breaks
+        logger->setLogFileName(path("log"));
+        log("three"_ns);
     });
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(logLines(end.standardError, end.process),
               "[T] (P) [] one\n[T] (P) [] two\n236 raised 100024: " + name + " No such file or directory\n");
-    EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] three\n");
+    EXPECT_EQ(logLines(directory_.read("log"), end.process), "[T] (P) [] three\n");
 }
 
 TEST_F(OSLoggerTest, AFileNameWithANulNamesNoFile) {
-    const TemporaryDirectory directory;
     const ChildEnd end = runInChild([&] {
-        OSLogger::setDefaultLogFileName(directory.string({"log\0x", 5}));
-        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
+        OSLogger::setDefaultLogFileName(path({"log\0x", 5}));
+        log("one"_ns);
     });
     EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] one\n");
-    EXPECT_FALSE(directory.has("log"));
+    EXPECT_FALSE(directory_.has("log"));
 }
 
 namespace {
@@ -140,7 +137,7 @@ public:
     using QBErrorHandler::raiseErrorInFileWithArgList;
     void raiseErrorInFileWithArgList(const char *, int, int, const qb::ArgList &, NSArray *,
                                      NSString *) override {
-        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "raised"_ns);
+        log("raised"_ns);
         OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
     }
 
@@ -150,45 +147,41 @@ public:
 } // namespace
 
 TEST_F(OSLoggerTest, AnErrorHandlerMayLogAndChangeTheLoggers) {
-    const TemporaryDirectory directory;
     CautiousHandler handler;
-    handler.other = directory.string("other");
+    handler.other = path("other");
     const ChildEnd end = runInChild([&] {
         ERRORHANDLER = &handler;
         _duplicateLogToStderr = NO;
-        OSLogger::setDefaultLogFileName(directory.string("missing/log"));
-        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "one"_ns);
-        OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "two"_ns);
+        OSLogger::setDefaultLogFileName(path("missing/log"));
+        log("one"_ns);
+        log("two"_ns);
     });
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] raised\n[T] (P) [] one\n");
-    EXPECT_EQ(logLines(directory.read("other"), end.process), "[T] (P) [] two\n");
+    EXPECT_EQ(logLines(directory_.read("other"), end.process), "[T] (P) [] two\n");
 }
 
 TEST_F(OSLoggerTest, WithoutStandardErrorTheFileHasItsLinesOnce) {
-    const TemporaryDirectory directory;
     const ChildEnd end = runInChild([&] {
         ::close(STDERR_FILENO);
         OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
-        logger->logWithLevelMessage(0, "lost"_ns);
-        logger->setLogFileName(directory.string("log"));
-        logger->logWithLevelMessage(0, "kept"_ns); // and not for standard error, too
+        log("lost"_ns);
+        logger->setLogFileName(path("log"));
+        log("kept"_ns); // and not for standard error, too
         ::_exit(ERRORHANDLER->errorState());
     });
     EXPECT_EQ(end.status, ERRORSTATE_OK);
-    EXPECT_EQ(logLines(directory.read("log"), end.process), "[T] (P) [] kept\n");
+    EXPECT_EQ(logLines(directory_.read("log"), end.process), "[T] (P) [] kept\n");
 }
 
 TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
-    const TemporaryDirectory directory;
-    OSLogger::setDefaultLogFileName(directory.string("log"));
+    OSLogger::setDefaultLogFileName(path("log"));
     OSLogger::disableDuplicateLogToStderr();
-    OSLogger *const logger = OSLogger::loggerForCategory(""_ns);
     {
         const Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
-        logger->logWithLevelMessage(0, "lost"_ns);
+        log("lost"_ns);
     }
     const Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
-    logger->logWithLevelMessage(0, "kept"_ns);
-    EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] kept\n");
+    log("kept"_ns);
+    EXPECT_EQ(logLines(directory_.read("log")), "[T] (P) [] kept\n");
 }

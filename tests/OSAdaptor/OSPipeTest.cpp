@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <fcntl.h>
@@ -6,13 +5,9 @@
 
 using OSPipeTest = PoolFixture;
 
-namespace {
-
-bool isOpen(int descriptor) {
+static bool isOpen(int descriptor) {
     return ::fcntl(descriptor, F_GETFD) >= 0;
 }
-
-} // namespace
 
 TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
     int ends[2];

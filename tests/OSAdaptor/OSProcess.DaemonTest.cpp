@@ -1,7 +1,5 @@
 #include "OSAdaptor/ProcessOutput.h"
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -35,12 +33,11 @@ void tell(OSPipe *report, const std::string &text) {
 } // namespace
 
 TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal) {
-    const TemporaryDirectory directory;
     CapturedOutput output(STDOUT_FILENO);
     const Daemon end = daemon([&](OSPipe *report) {
         std::printf("buffered;");
         std::atexit([] { ::dprintf(STDOUT_FILENO, "exit function"); });
-        OSProcess::detachAndChdirTo(directory.string(""));
+        OSProcess::detachAndChdirTo(path(""));
         std::string text = ::getsid(0) == ::getpid() ? "leader" : "";
         for (const char *name : {"cwd", "fd/0", "fd/1", "fd/2"})
             text += " " + std::filesystem::read_symlink(std::string("/proc/self/") + name).string();
@@ -50,7 +47,7 @@ TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal)
     });
     EXPECT_EQ(output.end(), "buffered;");
     EXPECT_EQ(end.status, 0);
-    EXPECT_EQ(end.report, "leader " + directory.path() + " /dev/null /dev/null /dev/null inherited");
+    EXPECT_EQ(end.report, "leader " + directory_.path() + " /dev/null /dev/null /dev/null inherited");
 }
 
 TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
@@ -62,8 +59,7 @@ TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
 }
 
 TEST_F(OSProcessDaemonTest, FailuresEndTheProcess) {
-    const TemporaryDirectory directory;
-    OSLogger::setDefaultLogFileName(directory.string("log"));
+    OSLogger::setDefaultLogFileName(path("log"));
     for (const Call call : {Call::fork, Call::freopen}) {
         const Daemon end = daemon([&](OSPipe *) {
             const Fault fault(call, /*skip=*/0, /*times=*/1, ENOMEM);
@@ -71,7 +67,7 @@ TEST_F(OSProcessDaemonTest, FailuresEndTheProcess) {
         });
         EXPECT_EQ(end.status, call == Call::fork ? 17 : 0);
     }
-    const std::string log = std::regex_replace(directory.read("log"), std::regex("\\[2.*\\[\\] "), "");
+    const std::string log = std::regex_replace(directory_.read("log"), std::regex("\\[2.*\\[\\] "), "");
     EXPECT_EQ(log, "fork failed: Cannot allocate memory\n\n"
                    "freopen standard channel failed: Cannot allocate memory\n\n");
 }

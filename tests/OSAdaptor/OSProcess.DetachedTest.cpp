@@ -1,8 +1,5 @@
 #include "OSAdaptor/ProcessOutput.h"
-#include "System/Process.h"
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <fcntl.h>
 #include <regex>
@@ -11,10 +8,6 @@
 using OSProcessDetachedTest = ServicesFixture;
 
 namespace {
-
-NSArray *script(const char *text) {
-    return NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(text)});
-}
 
 bool hasNoChild() {
     return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
@@ -58,9 +51,8 @@ TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {
 }
 
 TEST_F(OSProcessDetachedTest, ProgramWritesToThePipe) {
-    const TemporaryDirectory directory;
-    directory.write("input", "text");
-    const std::int32_t in = ::open((directory / "input").c_str(), O_RDONLY | O_CLOEXEC);
+    directory_.write("input", "text");
+    const std::int32_t in = ::open((directory_ / "input").c_str(), O_RDONLY | O_CLOEXEC);
     OSPipe *const pipe = OSPipe::pipe();
     EXPECT_TRUE(OSProcess::createSubProcessWritingToPipe(pipe, "cat"_ns, nullptr, nullptr, &in, nullptr));
     EXPECT_FALSE(pipe->_isWriteHandleOpen());

@@ -1,5 +1,5 @@
+#include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
 #include <regex>
@@ -8,9 +8,8 @@ using OSProcessExternalCommandTest = ServicesFixture;
 
 namespace {
 
-void run(const char *script) {
-    OSProcess::runExternalCmd("sh"_ns, NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(script)}),
-                              nullptr);
+void run(const char *text) {
+    OSProcess::runExternalCmd("sh"_ns, script(text), nullptr);
 }
 
 int freeDescriptor() {
@@ -28,9 +27,7 @@ TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     expectError(100227, "sh 3 ", [] { run("exit 3"); });
     {
         const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
-        const ErrorExpectation error(100227);
-        run("echo much >&2; exit 255");
-        EXPECT_EQ(error.values(), "sh 255 much\n");
+        expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
     }
     EXPECT_EQ(freeDescriptor(), before); // without a pool of its own
 }

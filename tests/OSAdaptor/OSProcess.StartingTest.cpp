@@ -4,7 +4,6 @@
 #include "support/Faults.h"
 #include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -53,32 +52,29 @@ bool canAllocationsFail() {
 } // namespace
 
 TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditions) {
-    const TemporaryDirectory directory;
-    directory.write("qb tool", "#!/bin/sh\necho \"$0|$1|$2|$#|$QB_OLD|$QB_NEW|$HOME\"\n");
-    ASSERT_EQ(::chmod((directory / "qb tool").c_str(), 0700), 0);
+    directory_.write("qb tool", "#!/bin/sh\necho \"$0|$1|$2|$#|$QB_OLD|$QB_NEW|$HOME\"\n");
+    ASSERT_EQ(::chmod((directory_ / "qb tool").c_str(), 0700), 0);
     ::setenv("QB_OLD", "before", 1);
-    const auto env = NSDictionary::dictionaryWith({{"PATH"_ns, directory.string("")}, // where it is looked up
+    const auto env = NSDictionary::dictionaryWith({{"PATH"_ns, path("")}, // where it is looked up
                                                    {"QB_OLD"_ns, "after=1"_ns},
                                                    {"QB_NEW"_ns, NSNumber::numberWithInt(7)}});
     const auto args = NSArray::arrayWith({"a b*"_ns, NSNumber::numberWithInt(5)});
     EXPECT_EQ(outputOf("qb tool"_ns, args, env),
-              directory / "/qb tool|a b*|5|2|after=1|7|" + ::getenv("HOME") + "\n");
+              directory_ / "/qb tool|a b*|5|2|after=1|7|" + ::getenv("HOME") + "\n");
     EXPECT_STREQ(::getenv("QB_OLD"), "before");
     EXPECT_EQ(::getenv("QB_NEW"), nullptr);
-    EXPECT_EQ(outputOf("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $QB_OLD"_ns})), "before\n");
+    EXPECT_EQ(outputOf("sh"_ns, script("echo $QB_OLD")), "before\n");
     ::unsetenv("QB_OLD");
 }
 
 TEST_F(OSProcessStartingTest, ProgramGetsNoDescriptorThatItWasNotGiven) {
-    const TemporaryDirectory directory;
-    directory.write("input", "text\n");
+    directory_.write("input", "text\n");
     const OSPipe *const pipe = OSPipe::pipe();
-    const int given = ::open((directory / "input").c_str(), O_RDONLY);
+    const int given = ::open((directory_ / "input").c_str(), O_RDONLY);
     const int strange = ::close_range(9999, 9999, 0) == 0 ? ::open("/dev/null", O_RDONLY) : -1; // not marked
     ASSERT_GT(pipe->writeHandle(), 2);
     // 3 is that of the listing itself.
-    const auto list = NSArray::arrayWith({"-c"_ns, "cat; echo /proc/self/fd/*"_ns});
-    EXPECT_EQ(outputOf("sh"_ns, list, nullptr, &given),
+    EXPECT_EQ(outputOf("sh"_ns, script("cat; echo /proc/self/fd/*"), nullptr, &given),
               "text\n/proc/self/fd/0 /proc/self/fd/1 /proc/self/fd/2 /proc/self/fd/3\n");
     ::close(given);
     ::close(strange);
@@ -99,10 +95,9 @@ TEST_F(OSProcessStartingTest, ProgramFindsSignalsAsTheyAreByDefault) {
 TEST_F(OSProcessStartingTest, OneDescriptorMayServeTwoStreams) {
     OSPipe *const pipe = OSPipe::pipe();
     const std::int32_t end = pipe->writeHandle();
-    const auto args = NSArray::arrayWith({"-c"_ns, "echo out; echo err >&2"_ns});
     const id process = send<id>(
         OSProcess::cls(), "subProcessWithCommand:withArgs:withEnv:stdinHandle:stdoutHandle:stderrHandle:"_sel,
-        "sh"_ns, args, nullptr, nullptr, &end, &end);
+        "sh"_ns, script("echo out; echo err >&2"), nullptr, nullptr, &end, &end);
     EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:"_sel, YES), 1);
     pipe->closeWriteHandle();
     EXPECT_EQ(contentOf(pipe), "out\nerr\n");
@@ -112,9 +107,8 @@ TEST_F(OSProcessStartingTest, ClosedDescriptorMayBeGivenForItself) {
     const ChildEnd end = runInChild([] {
         const std::int32_t input = STDIN_FILENO;
         ::close(input);
-        const auto args = NSArray::arrayWith({"-c"_ns, "exit 3"_ns});
         std::int32_t exitCode = 0;
-        OSProcess::subProcessWithCommand("sh"_ns, args, nullptr, &input, nullptr, nullptr)
+        OSProcess::subProcessWithCommand("sh"_ns, script("exit 3"), nullptr, &input, nullptr, nullptr)
             ->waitForProcessDoHang(YES, &exitCode);
         ::_exit(exitCode);
     });
@@ -182,13 +176,12 @@ TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
 
 // The logger of the child is a copy, also where the child shares the memory.
 TEST_F(OSProcessStartingTest, FailureLeavesTheParentAsItWas) {
-    const TemporaryDirectory directory;
-    OSLogger::setDefaultLogFileName(directory.string("log"));
+    OSLogger::setDefaultLogFileName(path("log"));
     OSLogger::disableDuplicateLogToStderr();
     EXPECT_EQ(failureOf("/no/such"_ns), "");
     OSLogger::loggerForCategory("own"_ns)->logWithLevelMessage(0, "mine"_ns);
-    EXPECT_NE(directory.read("log").find("[] execvp()"), std::string::npos);
-    EXPECT_NE(directory.read("log").find("[] mine"), std::string::npos) << directory.read("log");
+    EXPECT_NE(directory_.read("log").find("[] execvp()"), std::string::npos);
+    EXPECT_NE(directory_.read("log").find("[] mine"), std::string::npos) << directory_.read("log");
 }
 
 TEST_F(OSProcessStartingTest, NoChildWritesWhatTheParentHasBuffered) {

@@ -1,4 +1,4 @@
-#include "support/Faults.h"
+#include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
 #include <sys/wait.h>
@@ -7,9 +7,8 @@ using OSProcessWaitingTest = ServicesFixture;
 
 namespace {
 
-OSProcess *start(const char *script) {
-    return OSProcess::subProcessWithCommand(
-        "sh"_ns, NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(script)}), nullptr);
+OSProcess *start(const char *text) {
+    return OSProcess::subProcessWithCommand("sh"_ns, script(text), nullptr);
 }
 
 OSProcess *sleeper() {

@@ -49,17 +49,10 @@ TEST_F(OSProgressBarTest, ABarGoesToTheValueThatItIsGiven) {
         progress->initializeWithStart(0, 4294967294u);
         progress->incrementBy(4294967295u);
     }); // which finishes it
-    EXPECT_EQ(screens, (Screens{
-                           bar(0, "0/7"),
-                           bar(21, "3/7"), // then 3, which is the number of units done, draws nothing
-                           bar(50, "7/7"),
-                           bar(0, "0/7"), // 99; 0 draws nothing
-                           bar(50, "7/7"),
-                           bar(50, "0/0"),
-                           bar(0, "0/4294967294"),
-                           bar(50, "4294967294/4294967294"),
-                           "",
-                       }));
+    // 3 is the number of units done, and draws nothing; nor does 0 behind 99.
+    EXPECT_EQ(screens,
+              (Screens{bar(0, "0/7"), bar(21, "3/7"), bar(50, "7/7"), bar(0, "0/7"), bar(50, "7/7"),
+                       bar(50, "0/0"), bar(0, "0/4294967294"), bar(50, "4294967294/4294967294"), ""}));
 }
 
 TEST_F(OSProgressBarTest, AnIndeterminateBarsMarkGoesToAndFro) {

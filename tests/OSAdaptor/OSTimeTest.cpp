@@ -6,17 +6,13 @@
 
 using OSTimeTest = PoolFixture;
 
-namespace {
-
 // The C library's text for the current second.
-std::string localTimeText() {
+static std::string localTimeText() {
     const std::time_t now = std::time(nullptr);
     char text[32];
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
     return text;
 }
-
-} // namespace
 
 TEST_F(OSTimeTest, TheTimeIsLocalAndFollowsTheZoneAtOnce) {
     for (const char *zone : {"UTC", "XYZ-5:45", "UTC"}) {

@@ -1,10 +1,7 @@
-#include "support/Faults.h"
 #include "support/Locales.h"
 #include "support/ServicesFixture.h"
-#include "support/TemporaryDirectory.h"
 #include "support/Terminal.h"
 
-#include <clocale>
 #include <cstdlib>
 
 namespace {
@@ -66,16 +63,15 @@ TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
 }
 
 TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
-    const TemporaryDirectory directory;
     _iconvHandle = kLatin;
     CapturedOutput error;
     OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F\xC3"_ns); // the last one is cut off
     OSUserIO::setOutputConversionCallback([](iconv_t, NSString *) { return "ignored"_ns; });
-    OSLogger::setDefaultLogFileName(directory.string("log"));
+    OSLogger::setDefaultLogFileName(path("log"));
     OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "\xC3\xBC"_ns);
     _iconvHandle = kNone;
     EXPECT_EQ(logLines(error.end()), "gr\xFC\xDF\n[T] (P) [] \xFC\n");
-    EXPECT_EQ(logLines(directory.read("log")), "[T] (P) [] \xFC\n");
+    EXPECT_EQ(logLines(directory_.read("log")), "[T] (P) [] \xFC\n");
 }
 
 TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {

@@ -1,10 +1,17 @@
-// What programs write.
+// What programs are given and write.
 #ifndef QBFOUNDATION_TESTS_OSADAPTOR_PROCESSOUTPUT_H
 #define QBFOUNDATION_TESTS_OSADAPTOR_PROCESSOUTPUT_H
 
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSPipe.h>
 
 #include <string>
+
+/// The arguments that make the shell run the text.
+inline NSArray *script(const char *text) {
+    return NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(text)});
+}
 
 /// Reads until nobody can write to the pipe any more.
 inline std::string contentOf(OSPipe *pipe) {

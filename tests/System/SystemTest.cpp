@@ -18,8 +18,6 @@ class SystemTest : public testing::Test {
 protected:
     ~SystemTest() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
 
-    std::string path(const char *name) const { return directory_ / name; }
-
     const TemporaryDirectory directory_;
 
 private:
@@ -71,7 +69,7 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     const int opened = sys::open("/dev/null", O_RDONLY);
     const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);
     const int duplicate = sys::dup(opened);
-    std::FILE *const file = sys::fopen(path("log").c_str(), "a");
+    std::FILE *const file = sys::fopen((directory_ / "log").c_str(), "a");
     const Pipe pipe;
     ::dup2(kept, 0);
     for (const int descriptor : {opened, inside, duplicate, sys::fileno(file), pipe.ends[0], pipe.ends[1]}) {

@@ -3,8 +3,6 @@
 #include "CpuLevels.h"
 #include "RandomText.h"
 
-#include <string_view>
-
 namespace text = qb::text;
 
 namespace {

@@ -2,16 +2,11 @@
 
 #include "RandomText.h"
 
-#include <string_view>
-
 using qb::text::hashBytes;
 
 // The values hold for both word sizes, so the rows are the comparison.
 TEST(HashTest, ValuesAreTheSameOnEveryMachine) {
-    const struct {
-        std::string_view text;
-        std::uint32_t hash;
-    } rows[] = {
+    const std::pair<std::string_view, std::uint32_t> rows[] = {
         {"", 0x00000000u},
         {"a", 0x4C1A93E7u},
         {"abcdefgh", 0xA6E87D28u},
@@ -19,8 +14,8 @@ TEST(HashTest, ValuesAreTheSameOnEveryMachine) {
         {"0123456789abcdef0", 0x9FBF8628u},
         {"The quick brown fox jumps over the lazy dog", 0xB3BAED84u},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(hashBytes(row.text.data(), row.text.size()), row.hash) << row.text;
+    for (const auto &[text, hash] : rows)
+        EXPECT_EQ(hashBytes(text.data(), text.size()), hash) << text;
 }
 
 TEST(HashTest, OnlyTheBytesOfTheTextCount) {

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <string_view>
 #include <vector>
 
 namespace text = qb::text;
@@ -27,10 +26,6 @@ std::string formattedDouble(double value) {
 
 std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
-}
-
-text::ParsedInteger parse(std::string_view source) {
-    return text::parseInteger(source.data(), source.data() + source.size());
 }
 
 text::ParsedDouble parseReal(std::string_view source) {
@@ -62,10 +57,7 @@ TEST(NumbersTest, IntegersOfEachWidthAreWrittenAsTheStandardWritesThem) {
 }
 
 TEST(NumbersTest, DoublesHaveTheShortestDigitsInTheLayoutOfPrintf) {
-    const struct {
-        double value;
-        std::string_view expected;
-    } rows[] = {
+    const std::pair<double, std::string_view> rows[] = {
         {-0.0, "-0"},
         {0.0001, "0.0001"},
         {0.00001, "1e-05"},
@@ -76,8 +68,8 @@ TEST(NumbersTest, DoublesHaveTheShortestDigitsInTheLayoutOfPrintf) {
         {-std::numeric_limits<double>::infinity(), "-inf"},
         {-std::numeric_limits<double>::quiet_NaN(), "nan"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(formattedDouble(row.value), row.expected);
+    for (const auto &[value, expected] : rows)
+        EXPECT_EQ(formattedDouble(value), expected);
 }
 
 TEST(NumbersTest, NumbersAreReadAsTheCLibraryReadsThem) {
@@ -94,7 +86,7 @@ TEST(NumbersTest, NumbersAreReadAsTheCLibraryReadsThem) {
         ASSERT_EQ(parsedReal.next - source.data(), end - text) << source;
         errno = 0;
         const std::int64_t integer = std::strtoll(text, &end, 10);
-        const text::ParsedInteger parsed = parse(source);
+        const text::ParsedInteger parsed = text::parseInteger(source.data(), source.data() + source.size());
         ASSERT_EQ(parsed.value, integer) << source;
         ASSERT_EQ(parsed.next - source.data(), end - text) << source;
         ASSERT_EQ(parsed.isOutOfRange, errno == ERANGE) << source;

@@ -8,18 +8,10 @@
 #include <iostream>
 #include <random>
 #include <regex.h>
-#include <string_view>
 
 using qb::text::patternFault;
 
 namespace {
-
-std::string times(std::size_t count, std::string_view text) {
-    std::string result;
-    while (count-- > 0)
-        result += text;
-    return result;
-}
 
 std::string nested(std::size_t depth, const std::string &inner, const std::string &behind) {
     return times(depth, "(") + inner + times(depth, ")" + behind);
@@ -102,10 +94,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kEndless = "a back reference is repeated without end";
     const char *const kVaries = "too much of it may vary beside back references";
     const char *const kGroup = "a group that is referred to is repeated, or stands behind an endless repeat";
-    const struct {
-        std::string pattern;
-        const char *fault;
-    } rows[] = {
+    const std::pair<std::string, const char *> rows[] = {
         {times(32769, "a"), "it is too long"},
         {nested(201, "a", ""), "its groups are nested too deeply"},
         {times(1001, "(a)"), "it has too many groups"},
@@ -126,8 +115,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
         {"(a)\\1{65}", "it has too many back references"},
     };
-    for (const auto &row : rows)
-        EXPECT_STREQ(faultOf(row.pattern), row.fault) << row.pattern.substr(0, 40);
+    for (const auto &[pattern, fault] : rows)
+        EXPECT_STREQ(faultOf(pattern), fault) << pattern.substr(0, 40);
     EXPECT_STREQ(patternFault("^(.+)-\\1", /*isByLines=*/true), kVaries);
 }
 

@@ -4,7 +4,6 @@
 #include "RandomText.h"
 
 #include <cctype>
-#include <string>
 #include <vector>
 
 namespace text = qb::text;

@@ -18,6 +18,10 @@ public:
           trace_(__FILE__, __LINE__, "seed " + std::to_string(seed_)) {}
 
     std::uint64_t bits() { return engine_(); }
+    /// A length below 2 to the power of `bits`, mostly a small one.
+    std::uint32_t length(unsigned bits) {
+        return static_cast<std::uint32_t>(engine_() % (1u << engine_() % bits));
+    }
     std::size_t below(std::size_t limit) { return static_cast<std::size_t>(engine_() % limit); }
 
     template <class T, std::size_t count>
@@ -82,6 +86,13 @@ inline std::size_t wellFormedLength(std::string_view text, std::size_t position)
             return row.length;
     }
     return isIn(position, 0, 0x7F) ? 1 : 0;
+}
+
+inline std::string times(std::size_t count, std::string_view text) {
+    std::string result;
+    while (count-- > 0)
+        result += text;
+    return result;
 }
 
 /// Returns `length` bytes made of pieces of `pieces`, the last one cut.

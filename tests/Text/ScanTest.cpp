@@ -3,7 +3,6 @@
 #include "RandomText.h"
 
 #include <algorithm>
-#include <string_view>
 
 using namespace std::string_view_literals;
 namespace text = qb::text;

@@ -4,7 +4,6 @@
 #include "RandomText.h"
 
 #include <algorithm>
-#include <string_view>
 
 using namespace std::string_view_literals;
 namespace text = qb::text;
@@ -87,11 +86,7 @@ TEST(Utf8Test, EveryBeginningOfASequenceIsJudgedAsTheGrammarSays) {
 }
 
 TEST(Utf8Test, StructuralSequencesAndTheirCodePoints) {
-    const struct {
-        std::string_view bytes;
-        int length;
-        std::uint32_t codePoint;
-    } rows[] = {
+    const std::tuple<std::string_view, int, std::uint32_t> rows[] = {
         {"\0a"sv, 0, 0},
         {"\xC3\xA9", 2, 0xE9},
         {"\xC0\x80", 2, 0},          // overlong
@@ -100,10 +95,10 @@ TEST(Utf8Test, StructuralSequencesAndTheirCodePoints) {
         {"\xF8\x88\x80\x80\x80", 5, 0x200000},
         {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 0x7FFFFFFF},
     };
-    for (const auto &row : rows) {
+    for (const auto &[bytes, length, wanted] : rows) {
         std::uint32_t codePoint = 0x12345;
-        EXPECT_EQ(structuralLength(row.bytes, &codePoint), row.length) << row.bytes;
-        EXPECT_EQ(codePoint, row.codePoint);
+        EXPECT_EQ(structuralLength(bytes, &codePoint), length) << bytes;
+        EXPECT_EQ(codePoint, wanted);
     }
     for (const std::string_view bad : {"\x80"sv, "\xFE\x80\x80\x80\x80\x80\x80"sv, "\xFF"sv, "\xC3"sv,
                                        "\xC3\0"sv, "\xFD\xBF\xBF\xBF\xBF"sv, "\xFD\xBF\xBF\xBF\xBF\x3F"sv})

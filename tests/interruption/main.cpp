@@ -2,7 +2,6 @@
 #include <QBFoundation/QBFoundation.h>
 
 #include <cstdio>
-#include <iterator>
 #include <string_view>
 
 namespace {

@@ -2,14 +2,15 @@
 //   qb_soak processes|sockets CYCLES
 #include <QBFoundation/QBFoundation.h>
 
-#include <algorithm>
+#include "OSAdaptor/ProcessOutput.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <sys/wait.h>
 
 namespace {
@@ -30,19 +31,6 @@ State state() {
             ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD};
 }
 
-NSString *contentOf(OSPipe *pipe) {
-    OSPipeInputStream *const source = pipe->getInputStream();
-    QBStringOutputStream *const text = QBStringOutputStream::stream();
-    char block[512];
-    for (int count; (count = source->readBuffer(block, sizeof block)) > 0;)
-        text->writeBuffer(block, static_cast<unsigned>(count));
-    return text->targetString();
-}
-
-bool isText(NSString *text, const char *expected) {
-    return text && std::strcmp(text->cString(), expected) == 0;
-}
-
 // One start of each kind, each of which must do what it is to do.
 bool runProcesses() {
     const NSAutoreleasePool pool;
@@ -52,21 +40,21 @@ bool runProcesses() {
         OSProcess::initWithCommand("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $A"_ns}),
                                    NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
     output->closeWriteHandle();
-    bool isGood = isText(contentOf(output), "b\n") && echo->waitForProcessDoHang(YES) == 1;
+    bool isGood = contentOf(output) == "b\n" && echo->waitForProcessDoHang(YES) == 1;
 
     const Ref<OSProcess> missing = OSProcess::initWithCommand("/no/such"_ns, nullptr, nullptr);
     isGood &= missing->waitForProcessDoHang(YES) == -1 && ERRORHANDLER->clearErrorStack()->count() == 1;
 
     OSPipe *const written = OSPipe::pipe();
     OSProcess::createSubProcessWritingToPipe(written, "echo"_ns, NSArray::arrayWith({"c"_ns}), nullptr);
-    isGood &= isText(contentOf(written), "c\n");
+    isGood &= contentOf(written) == "c\n";
 
     OSPipe *const answer = OSPipe::pipe();
     OSPipe *const question = OSPipe::pipe();
     OSProcess::createCoprocessWithPipeForRead(answer, question, "cat"_ns, nullptr, nullptr, nullptr);
     question->getOutputStream()->writeObject("d"_ns);
     question->closeWriteHandle();
-    isGood &= isText(contentOf(answer), "d");
+    isGood &= contentOf(answer) == "d";
 
     OSProcess::runExternalCmd("false"_ns, nullptr, nullptr);
     isGood &= ERRORHANDLER->clearErrorStack()->count() == 1;
@@ -92,7 +80,8 @@ bool runSockets() {
     if (!client || !peer || waiting->count() != 1)
         return false;
     client->writeLine("a question"_ns);
-    bool isGood = isText(peer->readLineWithTimeout(9000), "a question");
+    NSString *const question = peer->readLineWithTimeout(9000);
+    bool isGood = question && question->view() == "a question";
     peer->getOutputStream()->writeObject("answer"_ns);
     peer->close();
     isGood &= client->readBytes(100)->length() == 6 && client->getInputStream()->readByte() == -1;
@@ -103,20 +92,13 @@ bool runSockets() {
     return isGood && ERRORHANDLER->clearErrorStack()->count() == 3;
 }
 
-struct Kind {
-    const char *name;
-    bool (*run)();
-};
-constexpr Kind kKinds[] = {{"processes", runProcesses}, {"sockets", runSockets}};
-
 } // namespace
 
 int main(int argumentCount, char **arguments) {
-    const long cycles = argumentCount == 3 ? std::atol(arguments[2]) : 0;
-    const auto *const kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind &one) {
-        return argumentCount == 3 && std::strcmp(arguments[1], one.name) == 0;
-    });
-    if (cycles < 20 || kind == std::end(kKinds))
+    const std::string_view kind = argumentCount == 3 ? arguments[1] : "";
+    bool (*const run)() = kind == "processes" ? runProcesses : kind == "sockets" ? runSockets : nullptr;
+    const long cycles = run ? std::atol(arguments[2]) : 0;
+    if (cycles < 20)
         return std::fputs("usage: qb_soak processes|sockets CYCLES (at least 20)\n", stderr), 2;
     const NSAutoreleasePool pool;
     ERRORHANDLER = QBErrorCatalogue::init().detach();
@@ -125,7 +107,7 @@ int main(int argumentCount, char **arguments) {
 
     State first{};
     for (long cycle = 1; cycle <= cycles; ++cycle) {
-        if (!kind->run())
+        if (!run())
             return std::fprintf(stderr, "cycle %ld went wrong\n", cycle), 1;
         if (cycle % (cycles / 10) != 0)
             continue;

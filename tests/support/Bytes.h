@@ -6,6 +6,8 @@
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 
+#include "Text/RandomText.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,16 @@ inline std::string bytesOf(NSData *data) {
 /// Writes the text in one piece.
 inline void write(QBOutputStream *stream, std::string_view text) {
     stream->writeBuffer(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+/// Writes the text in pieces of any length below 2 to the power of `bits`, single bytes by the operation for
+/// them.
+inline void writeInPieces(auto *stream, std::string_view text, Random &random, unsigned bits = 18) {
+    for (std::size_t done = 0; done < text.size();) {
+        const std::string_view piece = text.substr(done, random.length(bits));
+        piece.size() == 1 ? stream->putByte(piece[0]) : write(stream, piece);
+        done += piece.size();
+    }
 }
 
 /// The writes that have reached a target which tells them apart.

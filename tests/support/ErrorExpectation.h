@@ -57,13 +57,18 @@ private:
     std::size_t before_;
 };
 
-/// Expects that the operation raises exactly one error, of that number and with those values; at that place,
-/// "src/QBFileOutputStream:183", where one is given.
-inline void expectError(int number, std::string_view values, auto operation, std::string_view place = {}) {
+/// Expects that the operation raises exactly one error, of that number and with those values.
+inline void expectError(int number, std::string_view values, auto operation) {
     const ErrorExpectation error(number);
     operation();
     EXPECT_EQ(error.values(), values);
-    EXPECT_EQ(place.empty() ? "" : error.place(), place);
+}
+
+/// Expects it at that place, "src/QBFileOutputStream:183", too.
+inline void expectErrorAt(std::string_view place, int number, std::string_view values, auto operation) {
+    const ErrorExpectation error(number);
+    operation();
+    EXPECT_EQ(error.values() + " at " + error.place(), std::string(values) + " at " + std::string(place));
 }
 
 /// The numbers of the errors on the stack, the last one first, "(100024, 100168)"; takes all of them off.

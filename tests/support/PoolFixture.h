@@ -1,11 +1,14 @@
-// What nearly every test needs: the whole library, a pool and an error handler.
+// What nearly every test needs: the whole library, bytes and texts for it, a pool, an error handler, and
+// faults of the system.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 
 #include <QBFoundation/QBFoundation.h>
 
+#include "support/Bytes.h"
 #include "support/Describe.h"
 #include "support/ErrorExpectation.h"
+#include "support/Faults.h"
 
 #include <gtest/gtest.h>
 

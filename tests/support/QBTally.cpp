@@ -1,8 +1,6 @@
 #include "support/QBTally.h"
 
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSString.h>
+#include <QBFoundation/QBFoundation.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 Class *QBTally::cls() {

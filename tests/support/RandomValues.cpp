@@ -1,17 +1,6 @@
 #include "support/RandomValues.h"
 
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSCalendarDate.h>
-#include <QBFoundation/Foundation/NSCharacterSet.h>
-#include <QBFoundation/Foundation/NSData.h>
-#include <QBFoundation/Foundation/NSDictionary.h>
-#include <QBFoundation/Foundation/NSMutableString.h>
-#include <QBFoundation/Foundation/NSNumber.h>
-#include <QBFoundation/Foundation/NSSet.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Foundation/NSTimeZone.h>
-#include <QBFoundation/Foundation/NSValue.h>
-#include <QBFoundation/QBNil.h>
+#include <QBFoundation/QBFoundation.h>
 
 #include <cmath>
 #include <limits>

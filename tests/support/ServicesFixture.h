@@ -3,14 +3,14 @@
 #define QBFOUNDATION_TESTS_SUPPORT_SERVICESFIXTURE_H
 
 #include "support/CapturedOutput.h"
-#include "support/PoolFixture.h"
+#include "support/DirectoryFixture.h"
 
 #include <functional>
 #include <string>
 
 /// A process as it is after `main` has begun: no loggers, no debug channels but "all", all settings at their
 /// defaults. Afterwards it is so again.
-class ServicesFixture : public PoolFixture {
+class ServicesFixture : public DirectoryFixture {
 protected:
     ServicesFixture() { reset(); }
     ~ServicesFixture() override { reset(); }

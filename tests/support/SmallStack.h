@@ -2,6 +2,9 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_SMALLSTACK_H
 #define QBFOUNDATION_TESTS_SUPPORT_SMALLSTACK_H
 
+#include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSString.h>
+
 #include <pthread.h>
 
 #include <cstddef>
@@ -11,6 +14,14 @@ constexpr std::size_t kSmallStack = 2048 * 1024; // frames with red zones are se
 #else
 constexpr std::size_t kSmallStack = 256 * 1024;
 #endif
+
+/// "x" in an array in an array ..., `depth` levels.
+inline Ref<NSArray> arraysInArrays(std::size_t depth) {
+    Ref<NSArray> array = NSArray::initWith({"x"_ns});
+    while (--depth)
+        array = NSArray::initWith({array.get()});
+    return array;
+}
 
 /// Runs `work` to its end on a thread whose stack has `kSmallStack` bytes. Returns false when there is no
 /// such thread.

@@ -8,14 +8,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace {
-
-std::string withoutBlanksAtEnd(const std::string &line) {
-    return line.substr(0, line.find_last_not_of(' ') + 1);
-}
-
-} // namespace
-
 Terminal::Terminal(const std::function<void()> &work) {
     std::fflush(nullptr);
     process_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
@@ -77,7 +69,7 @@ std::vector<std::string> screensOf(const std::string &text) {
     std::size_t column = 0;
     for (const char character : text + "\r") {
         if (character == '\r' || character == '\n') {
-            screens.push_back(withoutBlanksAtEnd(line));
+            screens.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
             column = 0;
             if (character == '\n')
                 line.clear();

@@ -1,16 +1,14 @@
 #!/bin/bash
 # Runs programs on a terminal, types answers, and reads from its screen what they show.
 #   tests/terminal/check.sh PUBLISH QUESTIONS
-# QB_TEST_LAUNCHER: what is put before the programs.
 set -euo pipefail
 if ! command -v tmux >/dev/null; then
     echo 'Nothing is checked on a terminal: tmux is not installed.'
     exit 77
 fi
-publish=$1 questions=$2
-work=$(mktemp -d "${TMPDIR:-/tmp}/terminal-XXXXXX")
-launcher=${QB_TEST_LAUNCHER:-}
-failures=0
+questions=$2
+# shellcheck source=tests/publish/common.sh
+. "${0%/*}/../publish/common.sh"
 
 session=0 # each has a terminal server of its own
 
@@ -24,11 +22,6 @@ clean_up() {
     rm -rf "$work"
 }
 trap clean_up EXIT
-
-fail() {
-    echo "FAILED: $*" >&2
-    failures=$((failures + 1))
-}
 
 # start COMMAND: runs it on a terminal of 30 lines, each of 100 columns.
 start() {
@@ -59,7 +52,7 @@ choices='How shall I count, Ada?
 u - Up to ten
 w - Without an end
 >'
-start "$launcher $questions"
+start "${launcher[*]} $questions"
 shows 'a question' 'What is your name?
 >'
 terminal send-keys Ada Enter
@@ -68,20 +61,20 @@ shows 'choices' "What is your name?
 $choices"
 
 # A site whose pages are held up until they may go on.
-mkdir -p "$work/site/pages" "$work/site/templates"
-echo '{ title = T; }' >"$work/site/site.plist"
-printf '{{{body}}}' >"$work/site/templates/page.html"
+mkdir -p "$site/pages" "$site/templates"
+echo '{ title = T; }' >"$site/site.plist"
+printf '{{{body}}}' >"$site/templates/page.html"
 for page in 1 2; do
-    printf '{ title = T; }\n---\n' >"$work/site/pages/$page.html"
+    printf '{ title = T; }\n---\n' >"$site/pages/$page.html"
 done
 # shellcheck disable=SC2016
 filter='until [ -e "$WORK/$PUBLISH_PAGE" ]; do sleep 0.02; done; cat'
-start "export WORK='$work'; $launcher $publish --filter '$filter' '$work/site' '$work/out'"
+start "export WORK='$work'; ${launcher[*]} $program --filter '$filter' '$site' '$out'"
 for page in 1 2; do
     shows "before page $page" "$(bar $(((page - 1) * 25)) $((page - 1))/2)"
     touch "$work/$page.html"
 done
 shows 'the report' "$(bar 50 2/2)
-$work/out: 2 written, 0 unchanged, 0 removed"
+$out: 2 written, 0 unchanged, 0 removed"
 
 [ $failures -eq 0 ] && echo 'terminal: all is well'
