@@ -1,4 +1,7 @@
+#include "Calendar/Stamp.h"
 #include "support/PoolFixture.h"
+
+#include <cctype>
 
 using QBDateISODateTimeTest = PoolFixture;
 using namespace std::string_view_literals;
@@ -35,6 +38,17 @@ TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
     EXPECT_EQ(
         "20041231235959987"_ns->asDateFromISODateTimeStringWithMilliseconds()->asISODateTimeString()->view(),
         "20041231235959");
+}
+
+TEST_F(QBDateISODateTimeTest, ABadDigitIsSeenWhereverItStands) {
+    for (std::size_t place = 0; place < qb::calendar::kStampLength; ++place)
+        for (int byte = 0; byte < 256; ++byte) {
+            std::string digits = "20041211121212";
+            digits[place] = static_cast<char>(byte);
+            EXPECT_TRUE(std::isdigit(byte) ||
+                        qb::calendar::secondsOfStamp(digits.c_str()) == qb::calendar::kNoSeconds)
+                << digits;
+        }
 }
 
 TEST_F(QBDateISODateTimeTest, RecognisedAsByTheirPatterns) {

@@ -19,8 +19,11 @@ public:
     }
 
     bool areDigits() const {
-        // Adding 6 takes what is above 9 out of the digits' sixteenth.
-        return ((value_ | (value_ + 6 * kEachByte)) & 0xF0 * kEachByte) == '0' * kEachByte;
+        // Adding 6 takes what is above 9 out of the digits' sixteenth. No byte below 0xFA carries into the
+        // next one, and a greater one is none of them by itself.
+        const std::uint64_t raised = value_ + 6 * kEachByte;
+        constexpr std::uint64_t kUpper = 0xF0 * kEachByte;
+        return ((value_ & kUpper) | (raised & kUpper) >> 4) == ('0' | '0' >> 4) * kEachByte;
     }
 
     /// Makes the numbers of each two digits.
