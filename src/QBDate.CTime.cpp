@@ -1,6 +1,7 @@
 #include <QBFoundation/Foundation/NSCalendarDate.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Runtime/MethodTable.h>
+#include <QBFoundation/Runtime/Send.h>
 
 #include "Calendar/FixedFormat.h"
 #include "Calendar/Zone.h"
@@ -72,6 +73,12 @@ NSString *textOf(std::int32_t seconds, const qb::calendar::Zone &zone, const Sto
     return NSString::stringWith(text.size() < kMostBytes ? text : std::string_view());
 }
 
+// The format that a client's class answers; null for the library's own ones, whose answer is known.
+const char *formatOfClass(Class *cls) {
+    const bool isOurs = cls == NSCalendarDate::cls() || cls == NSDate::cls();
+    return isOurs ? nullptr : send<const char *>(cls, "stringValueFormat"_sel);
+}
+
 } // namespace
 
 std::span<const qb::Method> qb::tables::dateCTime() {
@@ -108,6 +115,8 @@ NSString *NSDate::stringValue() const {
     const qb::calendar::Zone &zone = *qb::calendar::systemZone();
     const StoredFormat &format = storedFormat();
     const std::int32_t seconds = ctime();
+    if (const char *const own = formatOfClass(classObject()); own && own != format.text.c_str())
+        return textOf(seconds, zone, StoredFormat(own));
     const std::int64_t local = zone.utcToLocal(seconds);
     return format.isFree && format.fixed.suits(local) ? qb::fixedText(local, format.fixed)
                                                       : textOf(seconds, zone, format);

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <string>
 
 namespace {
@@ -30,9 +31,13 @@ NSString *checkedString(NSString *string, const char *selector) {
     return string;
 }
 
-/// The expressions by pattern and flags, the null object for those that don't compile. Never destroyed.
-NSMutableDictionary *cachedExpressions() {
-    static NSMutableDictionary *const cache = NSMutableDictionary::init().detach();
+/// The class's expressions by pattern and flags, the null object for those that don't compile. Never
+/// destroyed.
+NSMutableDictionary *cachedExpressions(Class *cls) {
+    static auto &caches = *new std::map<Class *, Ref<NSMutableDictionary>>;
+    Ref<NSMutableDictionary> &cache = caches[cls];
+    if (!cache)
+        cache = NSMutableDictionary::init();
     return cache;
 }
 
@@ -101,27 +106,23 @@ id QBRegularExpression::regularExpressionWithPattern(NSString *pattern, std::int
     checkedString(pattern, "regularExpressionWithPattern:flags:");
     if (QBRegularExpression *const latest = latestExpressions().find(pattern, flags))
         return latest;
-    NSString *const key = NSString::stringWithRestrictedFormat("%s%d", pattern, flags);
-    id expression = cachedExpressions()->objectForKey(key);
-    if (!expression) {
-        const Ref<QBRegularExpression> compiled = initWithPattern(pattern, flags);
-        cachedExpressions()->setObjectAndQBNilIfIsNil(compiled, key);
-        if (!compiled)
-            return nullptr;
-        expression = compiled;
-    }
+    const id expression = regularExpressionWithPatternOfClass(cls(), pattern, flags);
     latestExpressions().store(pattern, flags, qb::castOrNil<QBRegularExpression>(expression));
     return expression;
 }
 
 id QBRegularExpression::regularExpressionWithPatternOfClass(Class *asked, NSString *pattern,
                                                             std::int32_t flags) {
-    if (asked == cls())
-        return regularExpressionWithPattern(pattern, flags);
-    const Ref<NSObject> expression = asked->construct();
-    const bool isCompiled =
-        static_cast<QBRegularExpression *>(expression.get())->setUpWithPattern(pattern, flags);
-    return isCompiled ? Ref<NSObject>(expression).autorelease() : nullptr;
+    checkedString(pattern, "regularExpressionWithPattern:flags:");
+    NSMutableDictionary *const cache = cachedExpressions(asked);
+    NSString *const key = NSString::stringWithRestrictedFormat("%s%d", pattern, flags);
+    if (const id expression = cache->objectForKey(key))
+        return expression;
+    Ref<NSObject> expression = asked->construct();
+    if (!static_cast<QBRegularExpression *>(expression.get())->setUpWithPattern(pattern, flags))
+        expression = nullptr;
+    cache->setObjectAndQBNilIfIsNil(expression, key);
+    return expression;
 }
 
 BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {

@@ -12,6 +12,17 @@ protected:
     ~QBDateCTimeTest() override { NSDate::setStringValueFormat(nullptr); }
 };
 
+/// Dates with a format of their own.
+class Monthly : public NSDate {
+public:
+    static Class *cls() {
+        static const qb::Method methods[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
+        static Class *const self = new Class("Monthly", NSDate::cls(), methods, qb::construct<Monthly>);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+};
+
 std::string stringValueIn(const char *zone, std::int32_t seconds, const char *format) {
     const TimeZoneSetting setting(zone);
     NSDate::setStringValueFormat(format);
@@ -39,6 +50,7 @@ TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
     NSDate::setStringValueFormat("%Y");
     NSDate::setStringValueFormat(NSDate::stringValueFormat()); // its own copy
     EXPECT_STREQ(NSDate::stringValueFormat(), "%Y");
+    EXPECT_EQ(send<Ref<NSDate>>(Monthly::cls(), "initWithCTime:"_sel, 0)->stringValue()->view(), "01");
     // Beyond the field: its last second.
     const TimeZoneSetting setting("UTC0");
     NSDate::setStringValueFormat(nullptr);

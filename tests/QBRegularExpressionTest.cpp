@@ -56,6 +56,21 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
     EXPECT_NE(QBRegularExpression::regularExpressionWithPattern(changing), expression);
 }
 
+TEST_F(QBRegularExpressionTest, EachClassKeepsItsOwn) {
+    struct Traced : QBRegularExpression {};
+    static Class *const cls =
+        new Class("Traced", QBRegularExpression::cls(), {}, qb::construct<Traced>); // also when repeated
+    const auto ask = [](NSString *pattern) {
+        return send<id>(cls, "regularExpressionWithPattern:"_sel, pattern);
+    };
+    const id traced = ask("kept"_ns);
+    EXPECT_TRUE(dynamic_cast<Traced *>(traced) && traced == ask("kept"_ns));
+    EXPECT_NE(expressionOf("kept"), traced);
+    expectError(qb::kErrorMalformedPattern, "(k Unmatched ( or \\(",
+                [&] { EXPECT_EQ(ask("(k"_ns), nullptr); });
+    EXPECT_EQ(ask("(k"_ns), QBNil::value());
+}
+
 TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectThen) {
     expectErrorAt("src/QBRegularExpression:191", qb::kErrorMalformedPattern, "( Unmatched ( or \\(",
                   [&] { EXPECT_EQ(expressionOf("("), nullptr); });

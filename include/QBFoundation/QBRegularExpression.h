@@ -57,7 +57,7 @@ public:
     static id regularExpressionWithPattern(NSString *pattern) {
         return regularExpressionWithPattern(pattern, 0);
     }
-    /// As above, but of the class asked; those of subclasses are not cached.
+    /// As above, but of the class asked, each of which has expressions of its own.
     static id regularExpressionWithPatternOfClass(Class *asked, NSString *pattern, std::int32_t flags);
     /// Compiles the pattern. Nil when that fails, and raises 100229 (pattern, what is wrong).
     /// Throws InvalidArgumentException when `pattern` is nil.

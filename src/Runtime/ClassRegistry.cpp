@@ -25,6 +25,29 @@ ClassTable &table() {
 constinit const ClassRegistration *newestRegistration = nullptr;
 constinit const ClassRegistration *newestBuilt = nullptr;
 
+[[noreturn]] void throwNameIsTaken(std::string_view name) {
+    throw InvalidArgumentException("Class " + std::string(name) + " must have a name that is not taken.");
+}
+
+const ListedClass *listedClass(std::string_view name) {
+    for (const ListedClass &listed : libraryClasses())
+        if (name == listed.name)
+            return &listed;
+    return nullptr;
+}
+
+// Makes a registered class. The library's classes keep their names, also those that are made later.
+void buildRegisteredClass(const ClassRegistration &registration) {
+    Class *const made = registration.cls();
+    const ListedClass *const listed = listedClass(made->nameView());
+    if (!listed)
+        return;
+    table().erase(made->nameView());
+    if (listed->cls() != made)
+        throwNameIsTaken(made->nameView());
+    table().emplace(made->nameView(), made);
+}
+
 // Makes the registered classes that were not made yet, so that they can be found by their names. One that
 // can't be made, because its name is taken, keeps no other from being made.
 void buildRegisteredClasses() {
@@ -33,19 +56,12 @@ void buildRegisteredClasses() {
     std::exception_ptr failure;
     for (const ClassRegistration *one = newest; one != built; one = one->next)
         try {
-            one->cls();
+            buildRegisteredClass(*one);
         } catch (...) {
             failure = std::current_exception();
         }
     if (failure)
         std::rethrow_exception(failure);
-}
-
-const ListedClass *listedClass(std::string_view name) {
-    for (const ListedClass &listed : libraryClasses())
-        if (name == listed.name)
-            return &listed;
-    return nullptr;
 }
 
 Class *classNamed(std::string_view name) {
@@ -64,8 +80,7 @@ ClassRegistration::ClassRegistration(Class *(*function)()) : cls(function), next
 
 void enterClass(Class *cls) {
     if (!table().emplace(cls->nameView(), cls).second)
-        throw InvalidArgumentException("Class " + std::string(cls->nameView()) +
-                                       " must have a name that is not taken.");
+        throwNameIsTaken(cls->nameView());
 }
 
 std::vector<Class *> allClasses() {

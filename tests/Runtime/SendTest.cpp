@@ -150,6 +150,18 @@ TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {
     EXPECT_THROW(new Class("QBTally", NSObject::cls(), {}), InvalidArgumentException);
 }
 
+TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
+    static const qb::ClassRegistration impostor{[] {
+        static Class *const self = new Class("QBCopyShop", NSObject::cls(), {});
+        return self;
+    }};
+    try {
+        NSClassFromString("Nobody"_ns);
+    } catch (const InvalidArgumentException &) { // once
+    }
+    EXPECT_EQ(NSClassFromString("QBCopyShop"_ns), QBCopyShop::cls());
+}
+
 TEST_F(SendTest, OnlyAStatedOrderIsListedAlthoughTheRootHasTheMember) {
     EXPECT_FALSE(QBTally::tallyWithLimit(0)->respondsToSelector("compare:"_sel));
     EXPECT_THROW(QBTally::tallyWithLimit(0)->compare("a"_ns), InvalidArgumentException);

@@ -132,8 +132,8 @@ public:
     /// Sets the format (copied) of `stringValue` for all dates, with the conversions of strftime; null for
     /// the first one.
     static void setStringValueFormat(const char *format);
-    /// Returns the `ctime` in the system's zone by the format for all dates, autoreleased; the empty text
-    /// when that makes more than 1023 bytes. Names are those of the process's locale.
+    /// Returns the `ctime` in the system's zone by the `stringValueFormat` of the date's class, autoreleased;
+    /// the empty text when that makes more than 1023 bytes. Names are those of the process's locale.
     NSString *stringValue() const override;
 
     // --- midnight ---
