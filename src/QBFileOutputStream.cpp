@@ -169,12 +169,13 @@ bool QBFileOutputStream::isAtomic() const {
 }
 
 // The streams that have a window. What they have collected is written out when the program ends, as the C
-// library does with its own buffers.
+// library does with its own buffers; what other ends of the program still write goes to the files at once.
 struct QBFileOutputStream::OpenStreams {
     static inline QBFileOutputStream *first = nullptr;
+    static inline bool isOver = false;
 
     static void add(QBFileOutputStream *stream) {
-        [[maybe_unused]] static const int registered = std::atexit(&writeOut);
+        [[maybe_unused]] static const int registered = std::atexit(&end);
         stream->nextOpen_ = std::exchange(first, stream);
     }
     static void remove(QBFileOutputStream *stream) {
@@ -184,16 +185,19 @@ struct QBFileOutputStream::OpenStreams {
         if (*place)
             *place = std::exchange(stream->nextOpen_, nullptr);
     }
-    static void writeOut() {
-        for (QBFileOutputStream *stream = first; stream; stream = stream->nextOpen_)
+    static void end() {
+        isOver = true;
+        while (QBFileOutputStream *const stream = first) {
             stream->writeOut();
+            stream->closeWindow();
+        }
     }
 };
 
 // The window takes the place of the C stream's buffer, which loses its content when a write is interrupted.
 // That buffer does without memory for a window, and on a terminal, where it shows each line at once.
 void QBFileOutputStream::openWindow() {
-    if (!isAtomic() && sys::isatty(sys::fileno(filePtr_)))
+    if (OpenStreams::isOver || (!isAtomic() && sys::isatty(sys::fileno(filePtr_))))
         return;
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
     next_ = directEnd_ = window_;

@@ -72,9 +72,11 @@ CopyFailure copySparse(int source, int target, std::int64_t size) {
         const off_t data = sys::lseek(source, position, SEEK_DATA);
         if (data >= size || (data < 0 && errno == ENXIO))
             return endInHole(source, target, size);
-        const off_t hole = data < 0 ? data : std::min<off_t>(sys::lseek(source, data, SEEK_HOLE), size);
-        if (hole < 0 && position == 0) // a file system that does not tell
+        if (data < 0 && position == 0) // a file system that does not tell
             return copyRange(source, target, size);
+        const off_t hole = data < 0 ? data : std::min<off_t>(sys::lseek(source, data, SEEK_HOLE), size);
+        if (hole < 0 && errno == ENXIO) // it ends before that meanwhile
+            return endInHole(source, target, size);
         if (hole < 0 || sys::lseek(source, data, SEEK_SET) < 0)
             return CopyFailure::reading;
         if (sys::lseek(target, data, SEEK_SET) < 0)

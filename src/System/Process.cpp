@@ -31,11 +31,22 @@ struct SharingStart {
     void *context;
 };
 
-pid_t keptId = 0; // 0: not asked yet
+// Where the process's id is kept, 0 before it was asked for; null when it can't be. The system empties the
+// page in each child, whatever call makes it.
+pid_t *placeOfId() {
+    static auto *const place = [] {
+        const auto size = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+        void *const page = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        return page != MAP_FAILED && ::madvise(page, size, MADV_WIPEONFORK) == 0 ? static_cast<pid_t *>(page)
+                                                                                 : nullptr;
+    }();
+    return place;
+}
 
-// For a child, and on both sides of a start that shares the memory.
+// For both sides of a start that shares the memory, and where an emulator has no such pages.
 void forgetId() {
-    keptId = 0;
+    if (pid_t *const id = placeOfId())
+        *id = 0;
 }
 
 int runSharingChild(void *start) {
@@ -88,9 +99,12 @@ pid_t cloneInPlace(int (*child)(void *), void *context, std::size_t pointers, in
 
 pid_t getpid() noexcept {
     static const bool isForgottenInChildren = ::pthread_atfork(nullptr, nullptr, forgetId) == 0;
-    if (keptId == 0 || !isForgottenInChildren)
-        keptId = ::getpid();
-    return keptId;
+    pid_t *const id = placeOfId();
+    if (!id || !isForgottenInChildren)
+        return ::getpid();
+    if (*id == 0)
+        *id = ::getpid();
+    return *id;
 }
 
 pid_t fork() noexcept {

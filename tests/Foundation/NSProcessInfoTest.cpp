@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using NSProcessInfoTest = PoolFixture;
@@ -17,10 +18,20 @@ TEST_F(NSProcessInfoTest, ArgumentsAndNameAreThoseOfTheProgram) {
         (joined += describe(argument)).push_back('\0');
     EXPECT_EQ(joined, expected);
     EXPECT_EQ(info->processName()->view(), "qb_tests");
-    EXPECT_EQ(info->processIdentifier(), getpid());
     info->setProcessName("other"_ns);
     EXPECT_EQ(info->processName()->view(), "other");
     info->setProcessName("qb_tests"_ns);
+}
+
+TEST_F(NSProcessInfoTest, ChildrenOfEveryKindHaveIdsOfTheirOwn) {
+    const NSProcessInfo *const info = NSProcessInfo::processInfo();
+    EXPECT_EQ(info->processIdentifier(), getpid());
+    const pid_t child = ::_Fork(); // runs no handlers
+    if (child == 0)
+        ::_exit(info->processIdentifier() == getpid() ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(NSProcessInfoTest, EnvironmentIsTheCurrentOneWithWholeValues) {

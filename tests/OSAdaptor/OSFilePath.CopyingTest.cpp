@@ -37,6 +37,8 @@ TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
     EXPECT_EQ(fs::file_size(directory_ / "copy"), 50000000u);
     EXPECT_FALSE(OSFilePath::fileAtPath(path("sparse"), path("copy")));
     EXPECT_LT(status("copy").st_blocks, 10000);
+    const Fault fault(Call::lseek, /*skip=*/1, /*times=*/1, EIO); // where does the data end?
+    expectError(100023, directory_ / "sparse Input/output error", [&] { copy("sparse", "other", YES); });
 }
 
 TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
