@@ -1,5 +1,6 @@
 #include "Cipher.h"
 
+#include "Collecting.h"
 #include "Files.h"
 #include "Messages.h"
 
@@ -50,7 +51,7 @@ std::uint32_t Cipher::seedFor(NSData *bytes) const {
 }
 
 NSData *Cipher::converted(NSData *bytes, BOOL decrypt, std::uint32_t seed) const {
-    QBDataOutputStream *const target = QBDataOutputStream::stream();
+    QBDataOutputStream *const target = collecting<QBDataOutputStream>(1024);
     const Ref<QBBlowfishOutputFilter> filter =
         QBBlowfishOutputFilter::initWithKey(key_, decrypt, target, seed);
     filter->writeObject(bytes);

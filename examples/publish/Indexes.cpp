@@ -1,5 +1,6 @@
 #include "Indexes.h"
 
+#include "Collecting.h"
 #include "Links.h"
 #include "Messages.h"
 
@@ -33,7 +34,7 @@ public:
     NSData *data() const { return data_->targetData(); }
 
 private:
-    QBDataOutputStream *data_ = QBDataOutputStream::streamWithCapacity(kUsualIndex);
+    QBDataOutputStream *data_ = collecting<QBDataOutputStream>(kUsualIndex);
     QBValidCharFilter *stream_ = QBValidCharFilter::streamWithTarget(data_);
 };
 

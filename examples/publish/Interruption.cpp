@@ -25,6 +25,7 @@ void watchForInterruption() {
         if (before.sa_handler != SIG_IGN) // as `nohup` leaves it
             sigaction(number, &action, nullptr);
     }
+    std::signal(SIGCHLD, SIG_DFL); // or the ends of filters could not be waited for
     // A write that fails is an error of its own, which leaves nothing half-done.
     for (const int number : {SIGXFSZ, SIGPIPE})
         std::signal(number, SIG_IGN);

@@ -1,5 +1,6 @@
 #include "Links.h"
 
+#include "Collecting.h"
 #include "ContentType.h"
 #include "Files.h"
 #include "Messages.h"
@@ -61,7 +62,7 @@ NSString *inlineImage(NSString *file) {
         fail(__LINE__, kErrorNoSmallImage, file, kLargestImage);
         return nullptr;
     }
-    QBStringOutputStream *const address = QBStringOutputStream::streamWithCapacity(image->length() * 2 + 64);
+    QBStringOutputStream *const address = collecting<QBStringOutputStream>(image->length() * 2 + 64);
     address->writeObject(NSString::stringWithFormat("data:%@;base64,"_ns, type));
     QBBase64OutputFilter *const base64 = QBBase64OutputFilter::streamWithTarget(address);
     base64->writeObject(image);

@@ -60,6 +60,8 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "There is no key for '%s': --key-file names it."_ns;
     case kErrorNotDeciphered:
         return "'%s' is damaged or was enciphered with another key."_ns;
+    case kErrorFilterCutOff:
+        return "%s: the filter was ended before it was done."_ns;
     default:
         return QBErrorCatalogue::formatStringForErrorId(error, withDefaultFormat);
     }

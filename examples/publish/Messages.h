@@ -37,6 +37,7 @@ constexpr int kErrorNoPlugin = 910025;
 constexpr int kErrorNoKey = 910030;
 constexpr int kErrorKeyNeeded = 910031;
 constexpr int kErrorNotDeciphered = 910032;
+constexpr int kErrorFilterCutOff = 910033;
 
 /// The library's catalogue with the program's own texts.
 class ErrorHandler : public QBErrorCatalogue {

@@ -1,5 +1,6 @@
 #include "OwnFiles.h"
 
+#include "Collecting.h"
 #include "Files.h"
 #include "Messages.h"
 
@@ -10,7 +11,7 @@ namespace publish {
 namespace {
 
 NSData *propertyListOf(NSDictionary *dictionary) {
-    QBPropertyListOutputStream *const text = QBPropertyListOutputStream::streamWithCapacity(4096);
+    QBPropertyListOutputStream *const text = collecting<QBPropertyListOutputStream>(4096);
     text->writeObject(dictionary);
     text->writeNL();
     return text->targetData();

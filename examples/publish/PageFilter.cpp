@@ -8,9 +8,11 @@ namespace publish {
 namespace {
 
 // By files, so that no order of reading and writing makes the command wait for us. Only the beginning of its
-// error text is passed on: a pipe that nobody reads yet takes no more.
+// error text is passed on: a pipe that nobody reads yet takes no more. The mark tells a command that did its
+// work from a shell that a signal ended, which has no exit status.
 NSString *script() {
-    return "sh -c \"$4\" <\"$1\" >\"$2\" 2>\"$3\" || { status=$?; head -c 4096 \"$3\" >&2; exit $status; }"_ns;
+    return "if sh -c \"$5\" <\"$1\" >\"$2\" 2>\"$3\"; then : >\"$4\"; "
+           "else status=$?; head -c 4096 \"$3\" >&2; exit $status; fi"_ns;
 }
 
 } // namespace
@@ -18,18 +20,22 @@ NSString *script() {
 PageFilter::PageFilter(NSString *command, NSString *directory)
     : command_(command), input_(directory->stringByAppendingPathComponent("filter.in"_ns)),
       output_(directory->stringByAppendingPathComponent("filter.out"_ns)),
-      errors_(directory->stringByAppendingPathComponent("filter.err"_ns)) {}
+      errors_(directory->stringByAppendingPathComponent("filter.err"_ns)),
+      mark_(directory->stringByAppendingPathComponent("filter.done"_ns)) {}
 
 NSData *PageFilter::filtered(NSString *path, NSData *page) const {
     if (!command_)
         return page;
     QBFileOutputStream::writeToFile(page, input_, NO);
+    OSFilePath::removePath(mark_);
     if (hasFailed())
         return nullptr;
     OSProcess::runExternalCmd(
         "/bin/sh"_ns,
-        NSArray::arrayWithObjects("-c"_ns, script(), "publish"_ns, input_, output_, errors_, command_),
+        NSArray::arrayWithObjects("-c"_ns, script(), "publish"_ns, input_, output_, errors_, mark_, command_),
         NSDictionary::dictionaryWithObjectForKey(path, "PUBLISH_PAGE"_ns));
+    if (!hasFailed() && kindOf(mark_) == Kind::nothing)
+        fail(__LINE__, kErrorFilterCutOff, path);
     return hasFailed() ? nullptr : readBytes(output_);
 }
 

@@ -15,7 +15,8 @@ public:
     PageFilter(NSString *command, NSString *directory);
 
     /// Returns the page that the command made; nil, with an error raised, when it ended with another status
-    /// than 0: 100227, with the beginning of what it wrote to standard error.
+    /// than 0: 100227, with the beginning of what it wrote to standard error; or 910033 when a signal
+    /// ended the shell.
     NSData *filtered(NSString *path, NSData *page) const;
 
 private:
@@ -23,6 +24,7 @@ private:
     Ref<NSString> input_;
     Ref<NSString> output_;
     Ref<NSString> errors_;
+    Ref<NSString> mark_; // is there when the command has done its work
 };
 
 } // namespace publish

@@ -39,6 +39,13 @@ bool areOnOneDevice(NSString *directory, NSString *other) {
            status.st_dev == otherStatus.st_dev;
 }
 
+// Whether the file there has the rights of the staged one; links have none.
+bool haveSameRights(NSString *staged, NSString *place) {
+    struct stat status, placed;
+    return ::lstat(staged->cString(), &status) != 0 || ::lstat(place->cString(), &placed) != 0 ||
+           ((status.st_mode ^ placed.st_mode) & 07777) == 0;
+}
+
 } // namespace
 
 // --- Taking files ---
@@ -128,7 +135,7 @@ bool Publication::addAssets(NSString *directory) {
             continue;
         if (!claim(path))
             return false;
-        count(path, isInPlace(path));
+        count(path, isInPlace(path) && haveSameRights(out_.staged(path), out_.place(path)));
         if (hasFailed())
             return false;
     }

@@ -1,6 +1,7 @@
 #include "Renderer.h"
 
 #include "Channels.h"
+#include "Collecting.h"
 #include "Files.h"
 #include "Interruption.h"
 #include "Messages.h"
@@ -68,7 +69,7 @@ bool Renderer::renderPage(const Page &page) {
     profile_beginAction(profileChannel, "%s", page.url->cString());
     const Ref<NSMutableDictionary> dictionary = valuesFor(page);
     Values values(dictionary, page.url, site_.base());
-    QBStringOutputStream *const body = QBStringOutputStream::streamWithCapacity(kUsualPage);
+    QBStringOutputStream *const body = collecting<QBStringOutputStream>(kUsualPage);
     const auto content = Template::read(page.body, page.file);
     if (!content || !content->fill(values, templates_, body))
         return false;
@@ -80,7 +81,7 @@ bool Renderer::renderPage(const Page &page) {
     const Template *const frame = templates_.named(templateName, exists);
     if (!exists)
         return fail(__LINE__, kErrorUnknownTemplate, page.file.get(), 1, NSString::stringWith(templateName));
-    QBDataOutputStream *const whole = QBDataOutputStream::streamWithCapacity(kUsualPage);
+    QBDataOutputStream *const whole = collecting<QBDataOutputStream>(kUsualPage);
     templates_.beingFilled().emplace_back(templateName);
     const bool isFilled = frame && frame->fill(values, templates_, whole);
     templates_.beingFilled().pop_back();

@@ -15,6 +15,7 @@
 #include "serving/Server.h"
 #include "serving/Watching.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -137,22 +138,56 @@ bool publishAndReport(const Options &options, const Plugins &plugins, serving::W
     return true;
 }
 
+// Publishes again when the source has changed, and as long as that fails; after longer and longer pauses, for
+// what is wrong may lie outside of the source.
+class Republishing {
+public:
+    Republishing(const Options &options, const Plugins &plugins, serving::Watch *watch)
+        : options_(options), plugins_(plugins), watch_(watch) {}
+
+    void actEachSecond() {
+        if (watch_->hasChanged())
+            pause_ = left_ = 1;
+        if (left_ == 0 || --left_ != 0)
+            return;
+        if (publishOnce())
+            return;
+        left_ = pause_;
+        pause_ = std::min(2 * pause_, kLongestPause);
+    }
+
+private:
+    static constexpr unsigned kLongestPause = 64; // seconds
+
+    bool publishOnce() {
+        bool isDone = false;
+        try {
+            isDone = publishAndReport(options_, plugins_, watch_);
+        } catch (const std::exception &exception) { // of a plug-in, for one
+            OSUserIO::eprintLn(NSString::stringWithFormat("publish: %s"_ns, exception.what()));
+        }
+        std::fflush(stdout);
+        ERRORHANDLER->clearErrorStack();
+        return isDone;
+    }
+
+    const Options &options_;
+    const Plugins &plugins_;
+    serving::Watch *const watch_;
+    unsigned pause_ = 1; // in seconds, after the next failure
+    unsigned left_ = 0;  // of them until the next attempt; 0 when none is due
+};
+
 // Serves what was published until the program is interrupted. A source that can't be published is told of,
 // and the site stays as it is.
 bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, serving::Watch *watch) {
     OSUserIO::printLn(NSString::stringWithFormat("Serving %@ at %@"_ns, options.target.get(),
                                                  serving::addressOf(listener)));
     std::fflush(stdout);
+    Republishing republishing(options, plugins, watch);
     return serving::Server(listener, options.target).run([&] {
-        if (!watch || !watch->hasChanged())
-            return;
-        try {
-            publishAndReport(options, plugins, watch);
-        } catch (const std::exception &exception) { // of a plug-in, for one
-            OSUserIO::eprintLn(NSString::stringWithFormat("publish: %s"_ns, exception.what()));
-        }
-        std::fflush(stdout);
-        ERRORHANDLER->clearErrorStack();
+        if (watch)
+            republishing.actEachSecond();
     });
 }
 
@@ -166,6 +201,9 @@ int run(const Options &options) {
         sayErrors();
         return kExitFailed;
     }
+    std::optional<serving::SocketPlace> place;
+    if (listener && options.socket)
+        place.emplace(options.socket);
     std::optional<serving::Watch> watch; // from before the source is read
     if (options.watches)
         watch.emplace(options.site);
@@ -175,8 +213,6 @@ int run(const Options &options) {
         if (!isDone)
             sayErrors();
     }
-    if (listener && options.socket)
-        OSFilePath::removePath(options.socket);
     return isDone ? 0 : kExitFailed;
 }
 

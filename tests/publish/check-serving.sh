@@ -94,6 +94,7 @@ for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets
     /.publish '/index.html%00'; do
     expect "$path" 404 status_of "$address$path"
 done
+expect 'a cut escape' 400 status_of "$address/%"
 expect 'another method' 405 status_of -d x "$address/"
 expect 'a body' 413 status_of -X GET -d x "$address/"
 expect 'a long address' 414 status_of "$address/$(printf 'a%.0s' $(seq 3000))"
@@ -101,6 +102,11 @@ expect 'a long head' 431 status_of -H "X: $(printf 'a%.0s' $(seq 9000))" "$addre
 expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\n\r\n')' | head -1"
 expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
+
+# A client that sends a byte from time to time has no more time than others.
+exec {slow}<>"/dev/tcp/127.0.0.1/${address##*:}"
+(while printf 'G' >&"$slow"; do sleep 0.3; done) 2>/dev/null &
+SECONDS=0
 
 # Many at once, while some clients say nothing and others half of what they want.
 for i in 1 2 3 4; do
@@ -116,9 +122,14 @@ expect 'many requests' "$requests" \
     sh -c "curl -s --no-progress-meter -Z --parallel-max 50 -o /dev/null -w '%{http_code}\n' '$address/index.html?[1-$requests]' | grep -c '^200'"
 sleep 0.5
 [ -n "${QB_TEST_LAUNCHER:-}" ] || [ "$(descriptors)" -le "$before" ] || fail "descriptors: $(descriptors), not $before"
+timeout 30 cat <&"$slow" >"$work/slow" || true
+grep -q '408 Request Timeout' "$work/slow" || fail "a slow client got $(cat "$work/slow") after $SECONDS s"
+exec {slow}>&-
 stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
+ln -s site "$work/current"
+site=$work/current
 start --serve-socket "$work/socket" --watch
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
@@ -127,7 +138,19 @@ printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
 expect 'the site while its source is wrong' '<p>changed</p>' \
     sh -c "curl -s --unix-socket $work/socket http://x/ | grep ."
+cp -a "$work/site" "$work/other"
+printf '{ title = T; }\n---\n<p>another</p>\n' >"$work/other/pages/index.html"
+flock "$out" sleep 3 &
+ln -sfn other "$work/current"
+wait_for 'Another run is writing' cat "$work/stderr"
+wait_for another curl -s --unix-socket "$work/socket" http://x/
 stop
 [ ! -e "$work/socket" ] || fail 'the socket is left'
+
+start --serve-socket "$work/socket"
+rm "$work/socket"
+echo foreign >"$work/socket"
+stop
+[ -e "$work/socket" ] || fail 'a file in the place of the socket was removed'
 
 [ $failures -eq 0 ]

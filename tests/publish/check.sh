@@ -55,6 +55,10 @@ expect 'first run' "$out: 7 written, 0 unchanged, 0 removed [0]" publish "$site"
 </p><a href="../index.html">' ] || fail "text.html: $(cat "$out/deep/text.html")"
 [ "$(readlink "$out/assets/link")" = data.bin ] || fail 'the link was not copied as one'
 
+chmod 640 "$site/assets/own.html"
+expect 'an asset with other rights' "$out: 1 written, 6 unchanged, 0 removed [0]" publish "$site" "$out"
+[ "$(stat -c %a "$out/assets/own.html")" = 640 ] || fail 'the rights of an asset'
+
 before=$(snapshot)
 expect 'second run' "$out: 0 written, 7 unchanged, 0 removed [0]" publish "$site" "$out"
 [ "$before" = "$(snapshot)" ] || fail 'a run without changes changed something'
@@ -412,6 +416,9 @@ new_site
 publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 [ "$(tail -1 "$out/deep/text.html")" = '</P><A HREF="../INDEX.HTML">(deep/text.html)' ] ||
     fail "a filtered page: $(cat "$out/deep/text.html")"
+# shellcheck disable=SC2016
+expect_failure 'a command that a signal ends with its shell' 'text.html: the filter was ended before it was done' \
+    "$site" "$out" --filter 'cat; kill -9 $PPID'
 expect_failure 'a command that fails' 'exit code 3: far' "$site" "$out" --filter 'cat >/dev/null; echo far >&2; exit 3'
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 

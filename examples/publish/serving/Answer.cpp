@@ -34,6 +34,8 @@ const char *textOf(Status status) {
         return "Request Header Fields Too Large";
     case Status::notImplemented:
         return "Not Implemented";
+    case Status::serviceUnavailable:
+        return "Service Unavailable";
     case Status::versionNotSupported:
         return "HTTP Version Not Supported";
     }

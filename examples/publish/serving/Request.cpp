@@ -71,6 +71,16 @@ std::string_view withoutHost(std::string_view target) {
     return end != std::string_view::npos && target[end] == '/' ? target.substr(end) : "/";
 }
 
+// Whether two hexadecimal digits stand behind each "%".
+bool hasWholeEscapes(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+    for (std::size_t at = text.find('%'); at != std::string_view::npos; at = text.find('%', at + 1))
+        if (at + 2 >= text.size() || kDigits.find(text[at + 1]) == std::string_view::npos ||
+            kDigits.find(text[at + 2]) == std::string_view::npos)
+            return false;
+    return true;
+}
+
 // A "+" is no blank in a path.
 NSString *unescaped(std::string_view path) {
     std::string text;
@@ -86,7 +96,7 @@ Status readTarget(std::string_view target, Request &request) {
     target = target.substr(0, target.find_first_of("?#"));
     const bool isPrintable = std::all_of(target.begin(), target.end(),
                                          [](char character) { return character > ' ' && character < 127; });
-    if (!target.starts_with('/') || !isPrintable)
+    if (!target.starts_with('/') || !isPrintable || !hasWholeEscapes(target))
         return Status::badRequest;
     request.path = unescaped(target.substr(1));
     return Status::ok;

@@ -22,6 +22,7 @@ enum class Status {
     uriTooLong = 414,
     headTooLarge = 431,
     notImplemented = 501,
+    serviceUnavailable = 503,
     versionNotSupported = 505,
 };
 

@@ -10,7 +10,7 @@
 #include <netinet/tcp.h>
 #include <sys/select.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace publish::serving {
@@ -96,7 +96,8 @@ bool Server::step(Clock::time_point now) {
         return wasInterrupted();
     now = Clock::now();
     connections_.remove_if([&](Connection &connection) {
-        return waiting.isReady(connection.socket()) ? !connection.proceed(now) : !connection.checkTime(now);
+        return (waiting.isReady(connection.socket()) && !connection.proceed(now)) ||
+               !connection.checkTime(now);
     });
     if (accepts && waiting.isReady(listener_))
         accept(now);
@@ -157,6 +158,17 @@ Ref<OSSocket> listenAt(NSString *path) {
     Ref<OSSocket> listener = OSSocket::initServerSocketWithName(path);
     ::umask(before);
     return withLongQueue(std::move(listener));
+}
+
+SocketPlace::SocketPlace(NSString *path) : path_(path) {
+    ::lstat(path_->cString(), &socket_);
+}
+
+SocketPlace::~SocketPlace() {
+    struct stat now {};
+    if (::lstat(path_->cString(), &now) == 0 && S_ISSOCK(now.st_mode) && now.st_ino == socket_.st_ino &&
+        now.st_dev == socket_.st_dev)
+        ::unlink(path_->cString());
 }
 
 NSString *addressOf(OSSocket *listener) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <list>
 #include <string>
+#include <sys/stat.h>
 
 namespace publish::serving {
 
@@ -40,6 +41,21 @@ Ref<OSSocket> listenOnPort(std::int32_t port);
 /// Returns a socket that listens at a path, for this user alone; null after an error. It replaces a socket
 /// that is there already, but nothing else.
 Ref<OSSocket> listenAt(NSString *path);
+
+/// The place of a socket in the file system.
+class SocketPlace {
+public:
+    /// Remembers the socket that stands there now.
+    explicit SocketPlace(NSString *path);
+    /// Removes that socket, and nothing else that has come there meanwhile.
+    ~SocketPlace();
+    SocketPlace(const SocketPlace &) = delete;
+    SocketPlace &operator=(const SocketPlace &) = delete;
+
+private:
+    Ref<NSString> path_;
+    struct stat socket_ {};
+};
 
 /// Returns the address that a socket listens at, for people.
 NSString *addressOf(OSSocket *listener);

@@ -2,6 +2,7 @@
 
 #include "../ContentType.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -51,6 +52,11 @@ private:
     int descriptor_;
 };
 
+// Whether it says nothing about the file.
+bool isOfTheSystem(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
+}
+
 // Whether each component of a relative path has a name that does not begin with a dot.
 bool isPublic(std::string_view path) {
     for (;;) {
@@ -88,6 +94,8 @@ SiteFile openSiteFile(const std::string &root, NSString *path) {
 
     OpenFile file(root + relative);
     struct stat info;
+    if (!file.isOpen() && isOfTheSystem(errno))
+        found.status = Status::serviceUnavailable;
     if (!file.readInfo(info) || !isPublicPlace(file.realPath(), root))
         return found;
     if (S_ISDIR(info.st_mode) && !isDirectory)

@@ -6,12 +6,14 @@
 
 namespace publish::serving {
 
-/// What stands below directories, by the names, sizes and times of their files.
+/// What stands below directories, by the names, sizes and times of their files. Links count with what they
+/// lead to, and directories may be links.
 class Watch {
 public:
-    explicit Watch(NSString *directory) { add(directory); }
+    explicit Watch(NSString *directory) { states_->setObjectForKey(stateOf(directory), directory); }
 
-    /// Watches a directory too, unless it is watched with another; behind a link, what that leads to.
+    /// Watches a directory too, unless it is watched with another. It counts as changed once, because it may
+    /// have been read already.
     void add(NSString *directory);
     /// Whether anything differs from what stood there at the last question.
     bool hasChanged();
