@@ -215,10 +215,12 @@ void QBBlowfishOutputFilter::close() {
     if (isClosed_)
         return;
     isClosed_ = true;
-    if (isDeciphering_)
-        endDeciphering();
-    else
-        endEnciphering();
+    try {
+        isDeciphering_ ? endDeciphering() : endEnciphering();
+    } catch (...) { // a client's error handler may throw
+        target_->close();
+        throw;
+    }
     target_->close();
 }
 

@@ -39,6 +39,7 @@ std::int32_t OSProcess::waitForProcessDoHang(BOOL doHang, std::int32_t *exitCode
     if (waited == 0)
         return kNotOver;
     if (waited < 0) {
+        isChild_ = isChild_ && errno != ECHILD; // the system waits for it where SIGCHLD is ignored
         qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCannotWaitForProcess, processHandle_,
                        errorDescription());
         return kFailed;

@@ -31,8 +31,11 @@ int readChoice() {
     const int choice = sys::fgetc(stdin);
     if (choice == EOF)
         raiseNoAnswer(__LINE__);
-    for (int byte = choice; byte != '\n' && byte != EOF;)
-        byte = sys::fgetc(stdin);
+    int last = choice;
+    while (last != '\n' && last != EOF)
+        last = sys::fgetc(stdin);
+    if (last == EOF)
+        sys::clearerr(stdin);
     return choice;
 }
 
