@@ -5,6 +5,7 @@
 
 #include "support/Require.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -14,8 +15,15 @@ namespace {
 void readIsoText(NSString *text) {
     NSCalendarDate *const date = text->asDateFromISODateTimeString();
     require((date != nullptr) == (text->length() == 14), "14 characters are a date");
-    if (date)
+    if (date) {
         require(date->asISODateTimeString()->isIsoDateTimeString(), "that is written as digits");
+        const auto field = [text](std::uint32_t place, std::int32_t most) {
+            return std::clamp(text->substringWithRange({place, 2})->intValue(), 0, most);
+        };
+        require(date->hourOfDay() == field(8, 23) && date->minuteOfHour() == field(10, 59) &&
+                    date->secondOfMinute() == field(12, 59),
+                "each two characters are a number");
+    }
     if (text->isIsoDateTimeStringWithMilliseconds() && text->length() == 17)
         require(text->asDateFromISODateTimeStringWithMilliseconds() != nullptr, "17 digits are a date");
     auto *const standard = static_cast<NSString *>(text->standardizedISODateTimeString());
