@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 
 #include <cstdio>
@@ -137,4 +138,16 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
     EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
     EXPECT_EQ(formatted({"a\0%s", 4}, "b"), std::string("a\0b", 3));
+}
+
+TEST_F(RestrictedFormatTest, NumbersThatMemoryIsMissingForAreNotCut) {
+    const std::string whole = formatted("%.60000f", 0.5);
+    for (unsigned skip = 0, failures = 1; failures != 0; ++skip) {
+        const AllocationFault fault(skip, /*times=*/1);
+        try {
+            EXPECT_EQ(formatted("%.60000f", 0.5), whole) << skip;
+        } catch (const std::bad_alloc &) {
+        }
+        failures = fault.hits();
+    }
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 namespace qb {
@@ -215,17 +216,19 @@ void Conversion::appendReal(std::string &target, double value) const {
     const int width = static_cast<int>(width_);
     const int precision = precision_ == kNone ? -1 : static_cast<int>(precision_); // -1: none given
     std::array<char, 128> buffer;
-    const int printed = std::snprintf(buffer.data(), buffer.size(), format.c_str(), width, precision, value);
-    if (printed < 0)
-        return;
-    const auto length = static_cast<std::size_t>(printed);
+    // Many digits need memory for themselves.
+    const auto print = [&](char *bytes, std::size_t size) {
+        const int length = std::snprintf(bytes, size, format.c_str(), width, precision, value);
+        return length < 0 ? throw std::bad_alloc() : static_cast<std::size_t>(length);
+    };
+    const std::size_t length = print(buffer.data(), buffer.size());
     if (length < buffer.size()) {
         target.append(buffer.data(), length);
         return;
     }
     const std::size_t start = target.size();
     target.resize(start + length + 1);
-    std::snprintf(target.data() + start, length + 1, format.c_str(), width, precision, value);
+    print(target.data() + start, length + 1);
     target.pop_back();
 }
 
