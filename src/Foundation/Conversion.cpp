@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Text/Numbers.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <array>
@@ -161,7 +162,8 @@ void Conversion::appendInteger(std::string &target, const Value &value) const {
     std::array<char, kMostDigits> buffer;
     if (isDecimal && isPlain()) { // nearly all
         buffer[0] = '-';
-        target.append(buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative));
+        text::append(target,
+                     {buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative)});
         return;
     }
     char *digits = buffer.data();
@@ -186,6 +188,7 @@ void Conversion::appendDigits(std::string &target, std::string_view sign, std::s
     std::size_t zeros = least > digits.size() ? least - digits.size() : 0;
     const std::size_t length = sign.size() + zeros + digits.size();
     std::size_t padding = width_ > length ? width_ - length : 0;
+    text::requireRoom(target, length + std::uint64_t{padding});
     if (flags_ & kZero && !(flags_ & kLeft) && precision_ == kNone)
         zeros += std::exchange(padding, 0);
     if (!(flags_ & kLeft))
@@ -223,9 +226,10 @@ void Conversion::appendReal(std::string &target, double value) const {
     };
     const std::size_t length = print(buffer.data(), buffer.size());
     if (length < buffer.size()) {
-        target.append(buffer.data(), length);
+        text::append(target, {buffer.data(), length});
         return;
     }
+    text::requireRoom(target, length + std::uint64_t{1});
     const std::size_t start = target.size();
     target.resize(start + length + 1);
     print(target.data() + start, length + 1);
@@ -234,11 +238,10 @@ void Conversion::appendReal(std::string &target, double value) const {
 
 // Not through printf, which would end the text at a NUL.
 void Conversion::appendPadded(std::string &target, std::string_view text) const {
-    if (width_ <= text.size()) {
-        target += text;
-        return;
-    }
+    if (width_ <= text.size())
+        return text::append(target, text);
     const std::size_t padding = width_ - text.size();
+    text::requireRoom(target, width_);
     if (!(flags_ & kLeft))
         target.append(padding, ' ');
     target += text;

@@ -8,6 +8,7 @@
 
 #include "Foundation/DeepWalk.h"
 #include "Text/PlistText.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -153,8 +154,7 @@ private:
 void appendPropertyListString(std::string &target, std::string_view text) {
     const std::size_t before = target.size();
     const std::uint64_t length = text::plistTextLength(text.data(), text.size());
-    if (length > target.max_size() - before - text::kPlistTextSlack)
-        throw std::bad_alloc();
+    text::requireRoom(target, length + text::kPlistTextSlack);
     const std::size_t end = before + static_cast<std::size_t>(length);
     target.resize(end + text::kPlistTextSlack);
     text::writePlistText(text.data(), text.size(), target.data() + before);
