@@ -55,10 +55,8 @@ private:
             return open(value, kind);
         if (auto *const string = castOrNil<NSString>(value))
             return appendPropertyListString(target_, string->view());
-        if (auto *const data = castOrNil<NSData>(value)) {
-            target_ += data->description()->view();
-            return;
-        }
+        if (auto *const data = castOrNil<NSData>(value))
+            return text::append(target_, data->description()->view());
         if (NSString *const text = value->stringValue())
             appendPropertyListString(target_, text->view());
     }
