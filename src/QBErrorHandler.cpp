@@ -165,8 +165,10 @@ void QBErrorHandler::addErrorDescr(NSArray *description) {
 NSMutableArray *QBErrorHandler::clearErrorStack() {
     if (!ERRORHANDLER || ERRORHANDLER->errorState() == ERRORSTATE_OK)
         return nullptr;
+    NSMutableArray *const taken = Ref(stackTrace_).autorelease(); // first, because it may throw
     setErrorState(ERRORSTATE_OK);
-    return std::exchange(stackTrace_, {}).autorelease();
+    stackTrace_ = nullptr;
+    return taken;
 }
 
 void QBErrorHandler::replaceErrorStack(NSArray *stack) {

@@ -8,6 +8,7 @@
 
 #include "Foundation/NSObject.Tables.h"
 #include "Foundation/Nesting.h"
+#include "Text/Room.h"
 
 #include <string>
 #include <utility>
@@ -39,7 +40,7 @@ NSString *phpArray(const Container &container, TextOf textOf) {
         if (!elementText)
             continue;
         text += std::exchange(separator, ", ");
-        text += elementText->view();
+        qb::text::append(text, elementText->view());
     }
     return nesting.isTooDeep() ? nullptr : NSString::stringWith(text += ")");
 }

@@ -3,6 +3,7 @@
 
 #include "Foundation/NSString.Tables.h"
 #include "Text/Html.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <string>
@@ -41,7 +42,9 @@ private:
     void appendEscaped(const char *end) {
         const auto length = static_cast<std::size_t>(end - position_);
         const std::size_t start = result_.size();
-        result_.resize(start + qb::text::escapedHtmlLength(position_, length, flags_));
+        const std::size_t escapedLength = qb::text::escapedHtmlLength(position_, length, flags_);
+        qb::text::requireRoom(result_, escapedLength);
+        result_.resize(start + escapedLength);
         qb::text::escapeHtml(position_, length, flags_, result_.data() + start);
         position_ = end;
     }
@@ -53,10 +56,10 @@ private:
         const char *const end = start < endForSkip_ ? endForSkip_ : end_;
         const char *const next = std::clamp(skip_(start, end), start, end_);
         if (next == end || next == end_) {
-            result_.append(start, end_);
+            qb::text::append(result_, {start, end_});
             return false;
         }
-        result_.append(start, next);
+        qb::text::append(result_, {start, next});
         position_ = next;
         appendEscaped(next + 1);
         return true;

@@ -8,6 +8,7 @@
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/RestrictedFormat.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <string>
@@ -117,7 +118,7 @@ bool fill(std::string_view format, Source source, std::string &target) {
         Conversion conversion;
         bool isValid = percent == format.size() || conversion.read(format, position, kSkippedLetters);
         if (conversion.letter() != '%') // "%%" drops itself and the literal text before it
-            target += literal;
+            qb::text::append(target, literal);
         if (conversion.letter() != '%' && conversion.letter() != 0)
             isValid = isValid && isConversionLetter(conversion.letter()) && source.write(conversion, target);
         if (!isValid) {

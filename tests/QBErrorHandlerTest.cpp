@@ -1,3 +1,4 @@
+#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
 #include <new>
@@ -130,6 +131,19 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     }
     handler_->replaceErrorStack(handler_->errorDescr());
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
+    handler_->clearErrorStack();
+}
+
+TEST_F(QBErrorHandlerTest, ErrorsThatCannotBeTakenAsideStay) {
+    raise(1);
+    NSAutoreleasePool pool;
+    for (unsigned used = 0; used < NSAutoreleasePool::Page::kCapacity; ++used)
+        Ref(handler_).autorelease();
+    {
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_THROW(const qb::SavedErrors saved, std::bad_alloc);
+    }
+    EXPECT_EQ(handler_->errorMessage()->view(), "[000001] unknown error");
     handler_->clearErrorStack();
 }
 

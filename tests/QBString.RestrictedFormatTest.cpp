@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 
 #include <cstdio>
@@ -137,4 +138,8 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");
     EXPECT_EQ(formatted("%*", 1), ""); // ends inside a conversion
     EXPECT_EQ(formatted({"a\0%s", 4}, "b"), std::string("a\0b", 3));
+}
+
+TEST_F(RestrictedFormatTest, NumbersThatMemoryIsMissingForAreNotCut) {
+    expectAllOrBadAlloc([] { return formatted("%.60000f", 0.5); });
 }

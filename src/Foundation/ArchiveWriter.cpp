@@ -5,6 +5,7 @@
 
 #include "Foundation/ArchiveFormat.h"
 #include "Foundation/TypeCodes.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <exception>
@@ -28,7 +29,7 @@ void appendCount(std::string &target, std::uint64_t count) {
 
 void appendText(std::string &target, std::string_view text) {
     appendCount(target, text.size());
-    target += text;
+    text::append(target, text);
 }
 
 } // namespace

@@ -3,10 +3,12 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Text/Numbers.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 namespace qb {
@@ -160,7 +162,8 @@ void Conversion::appendInteger(std::string &target, const Value &value) const {
     std::array<char, kMostDigits> buffer;
     if (isDecimal && isPlain()) { // nearly all
         buffer[0] = '-';
-        target.append(buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative));
+        text::append(target,
+                     {buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative)});
         return;
     }
     char *digits = buffer.data();
@@ -185,6 +188,7 @@ void Conversion::appendDigits(std::string &target, std::string_view sign, std::s
     std::size_t zeros = least > digits.size() ? least - digits.size() : 0;
     const std::size_t length = sign.size() + zeros + digits.size();
     std::size_t padding = width_ > length ? width_ - length : 0;
+    text::requireRoom(target, length + std::uint64_t{padding});
     if (flags_ & kZero && !(flags_ & kLeft) && precision_ == kNone)
         zeros += std::exchange(padding, 0);
     if (!(flags_ & kLeft))
@@ -215,27 +219,29 @@ void Conversion::appendReal(std::string &target, double value) const {
     const int width = static_cast<int>(width_);
     const int precision = precision_ == kNone ? -1 : static_cast<int>(precision_); // -1: none given
     std::array<char, 128> buffer;
-    const int printed = std::snprintf(buffer.data(), buffer.size(), format.c_str(), width, precision, value);
-    if (printed < 0)
-        return;
-    const auto length = static_cast<std::size_t>(printed);
+    // Many digits need memory for themselves.
+    const auto print = [&](char *bytes, std::size_t size) {
+        const int length = std::snprintf(bytes, size, format.c_str(), width, precision, value);
+        return length < 0 ? throw std::bad_alloc() : static_cast<std::size_t>(length);
+    };
+    const std::size_t length = print(buffer.data(), buffer.size());
     if (length < buffer.size()) {
-        target.append(buffer.data(), length);
+        text::append(target, {buffer.data(), length});
         return;
     }
+    text::requireRoom(target, length + std::uint64_t{1});
     const std::size_t start = target.size();
     target.resize(start + length + 1);
-    std::snprintf(target.data() + start, length + 1, format.c_str(), width, precision, value);
+    print(target.data() + start, length + 1);
     target.pop_back();
 }
 
 // Not through printf, which would end the text at a NUL.
 void Conversion::appendPadded(std::string &target, std::string_view text) const {
-    if (width_ <= text.size()) {
-        target += text;
-        return;
-    }
+    if (width_ <= text.size())
+        return text::append(target, text);
     const std::size_t padding = width_ - text.size();
+    text::requireRoom(target, width_);
     if (!(flags_ & kLeft))
         target.append(padding, ' ');
     target += text;

@@ -23,7 +23,7 @@ int readToEnd(int descriptor, std::uint64_t statedSize, std::string &bytes) {
     for (;;) {
         // One byte more than stated, so that the end is noticed without a further read.
         const std::uint64_t wanted = std::max({statedSize + 1, length * std::uint64_t{2}, kLeastRead});
-        if (wanted > UINT32_MAX)
+        if (wanted > std::min<std::uint64_t>(UINT32_MAX, bytes.max_size()))
             return EFBIG;
         bytes.resize(static_cast<std::size_t>(wanted));
         const ssize_t got = sys::readAll(descriptor, bytes.data() + length, bytes.size() - length);

@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #ifdef __SSE2__
@@ -363,10 +365,16 @@ void HashTable::reserve(std::uint32_t count) {
         rebuild(count);
 }
 
+// Throws std::bad_alloc for more than an object can have, which 32 bits couldn't count either.
 std::size_t HashTable::bytesFor(std::uint32_t capacity, std::uint32_t groups) {
-    const std::size_t small = capacity * (sizeof(Entry) + sizeof *hashes_) + groups * sizeof(Group);
-    const std::size_t rounding = sizeof(Group) - alignof(Group);
-    return capacity < kLargeCapacity ? small : small + capacity * sizeof(ShortText) + rounding;
+    const std::size_t bytesAnEntry =
+        sizeof(Entry) + sizeof *hashes_ + (capacity < kLargeCapacity ? 0 : sizeof(ShortText));
+    const std::size_t rounding = capacity < kLargeCapacity ? 0 : sizeof(Group) - alignof(Group);
+    const std::uint64_t bytes =
+        std::uint64_t{capacity} * bytesAnEntry + std::uint64_t{groups} * sizeof(Group) + rounding;
+    if (bytes > PTRDIFF_MAX)
+        throw std::bad_alloc();
+    return static_cast<std::size_t>(bytes);
 }
 
 // Begins an empty table for `capacity` entries, an even number; the old one's memory is the caller's to free.

@@ -8,6 +8,7 @@
 
 #include "Foundation/Kept.h"
 #include "Foundation/NSArray.Tables.h"
+#include "Text/Room.h"
 
 #include <string>
 #include <vector>
@@ -67,9 +68,9 @@ NSString *NSArray::componentsJoinedByString(NSString *separator) const {
     bool isFirst = true;
     for (id element : *this) {
         if (!std::exchange(isFirst, false))
-            text += between;
+            qb::text::append(text, between);
         if (NSString *const description = element->description())
-            text += description->view();
+            qb::text::append(text, description->view());
     }
     return NSString::stringWith(text);
 }

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -92,6 +93,12 @@ NSDictionary *attributesOf(const struct stat &info) {
 timespec timeOf(NSDate *date) {
     const double seconds = date->timeIntervalSince1970();
     const double whole = std::floor(seconds);
+    using Limits = std::numeric_limits<time_t>;
+    constexpr auto kEarliest = static_cast<double>(Limits::min());
+    if (whole >= -kEarliest)
+        return {Limits::max(), 0};
+    if (whole < kEarliest)
+        return {Limits::min(), 0};
     return {static_cast<time_t>(whole), static_cast<long>((seconds - whole) * kNanosecondsPerSecond)};
 }
 

@@ -90,6 +90,7 @@ void NSMutableData::increaseLengthBy(std::uint32_t extraLength) {
 void NSMutableData::setData(NSData *other) {
     if (other == this)
         return;
+    reserveGrowing(other ? other->length_ : 0); // first, because it may throw
     length_ = 0;
     appendData(other);
 }

@@ -2,6 +2,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSDictionary.Tables.h"
+#include "Foundation/Refill.h"
 
 Class *NSMutableDictionary::cls() {
     static const qb::Method methods[] = {
@@ -81,9 +82,10 @@ void NSMutableDictionary::addEntriesFromDictionary(NSDictionary *other) {
 void NSMutableDictionary::setDictionary(NSDictionary *other) {
     if (other == this)
         return;
-    const Ref<NSDictionary> kept = other; // which a value of this dictionary may own
-    removeAllObjects();
-    addEntriesFromDictionary(other);
+    qb::refill(table_, [&] {
+        removeAllObjects();
+        addEntriesFromDictionary(other);
+    });
 }
 
 Ref<NSObject> NSMutableDictionary::copyWithZone(void *) const {

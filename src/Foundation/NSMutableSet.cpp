@@ -1,6 +1,8 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Refill.h"
+
 Class *NSMutableSet::cls() {
     static const qb::Method methods[] = {
         qb::maker<"setWithCapacity:">(&NSMutableSet::setUpWithCapacity),
@@ -94,9 +96,11 @@ void NSMutableSet::intersectSet(NSSet *other) {
 void NSMutableSet::setSet(NSSet *other) {
     if (other == this)
         return;
-    const Ref<NSSet> keeper = other; // which an element of this set may own
-    removeAllObjects();
-    unionSet(other);
+    const Ref<NSSet> keeper = other; // whatever its elements' own operations do
+    qb::refill(table_, [&] {
+        removeAllObjects();
+        unionSet(other);
+    });
 }
 
 Ref<NSObject> NSMutableSet::copyWithZone(void *) const {

@@ -23,12 +23,37 @@ namespace {
 // So deep may destructors call each other before the rest is put aside: some 100 bytes of stack each.
 constexpr unsigned kDeepestDestruction = 64;
 
-// The objects that were put aside. Never destroyed, because objects may still go while the process ends.
-union Waiting {
-    std::vector<NSObject *> objects;
+// The objects that were put aside. There are places for a few, so that a chain goes even without memory: it
+// puts one aside at a time, and the small objects beside it, which are taken in their turn. Only when all
+// places are taken are there others.
+struct Waiting {
+    static constexpr unsigned kPlaces = 64;
 
-    constexpr Waiting() : objects() {}
+    NSObject *places[kPlaces] = {};
+    unsigned first = 0;
+    unsigned count = 0; // of the places that are taken, from the first one on and round
+    union {             // never destroyed, because objects may still go while the process ends
+        std::vector<NSObject *> others;
+    };
+
+    constexpr Waiting() : others() {}
     constexpr ~Waiting() {}
+
+    void add(NSObject *object) {
+        if (count == kPlaces)
+            others.push_back(object);
+        else
+            places[(first + count++) % kPlaces] = object;
+    }
+    NSObject *take() {
+        if (others.empty()) {
+            --count;
+            return places[first++ % kPlaces];
+        }
+        NSObject *const last = others.back();
+        others.pop_back();
+        return last;
+    }
 };
 constinit Waiting waiting;
 
@@ -45,10 +70,10 @@ void destroyNow(NSObject *object) noexcept {
 
 // What is rarely done stands apart, so that the usual destruction saves no registers for it.
 
-// Returns false when there is no memory; the object is destroyed at once then, however deep that is.
+// Returns false when there is no memory; the object is destroyed at once then, and what it owns tries again.
 [[gnu::noinline]] bool putAside(NSObject *object) noexcept {
     try {
-        waiting.objects.push_back(object);
+        waiting.add(object);
         return true;
     } catch (const std::bad_alloc &) {
         return false;
@@ -56,11 +81,8 @@ void destroyNow(NSObject *object) noexcept {
 }
 
 [[gnu::noinline]] void destroyWaiting() noexcept {
-    while (!waiting.objects.empty()) {
-        NSObject *const next = waiting.objects.back();
-        waiting.objects.pop_back();
-        destroyNow(next);
-    }
+    while (waiting.count != 0)
+        destroyNow(waiting.take());
 }
 
 std::string placeOf(const NSObject *object, const char *selector) {
@@ -72,10 +94,10 @@ std::string placeOf(const NSObject *object, const char *selector) {
 namespace qb {
 
 void destroy(NSObject *object) noexcept {
-    if (depth == kDeepestDestruction && putAside(object))
+    if (depth >= kDeepestDestruction && putAside(object))
         return;
     destroyNow(object);
-    if (depth == 0 && !waiting.objects.empty()) [[unlikely]]
+    if (depth == 0 && waiting.count != 0) [[unlikely]]
         destroyWaiting();
 }
 

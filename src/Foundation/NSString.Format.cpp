@@ -6,6 +6,7 @@
 
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <optional>
@@ -65,7 +66,7 @@ std::optional<std::string> filled(std::string_view format, const qb::ArgList &va
     std::uint32_t next = 0;
     for (std::size_t position = 0; position < format.size();) {
         const std::size_t percent = std::min(format.find('%', position), format.size());
-        target += format.substr(position, percent - position);
+        qb::text::append(target, format.substr(position, percent - position));
         position = percent + 1;
         if (percent == format.size())
             break;

@@ -6,6 +6,7 @@
 
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/Required.h"
+#include "Text/Room.h"
 
 #include <cstddef>
 #include <string>
@@ -109,7 +110,9 @@ NSString *NSString::stringByPaddingToLength(std::uint32_t newLength, NSString *w
     if (byteLength_ + repeats * withString->byteLength_ > kLongestText)
         throw InvalidArgumentException(std::string(kOperation) +
                                        " must have a result of less than 2^32 - 1 bytes.");
-    std::string text(view());
+    std::string text;
+    qb::text::requireRoom(text, byteLength_ + repeats * withString->byteLength_);
+    text = view();
     text += withString->view().substr(withString->placeOfUnit(startingAtIndex).byte);
     for (std::uint64_t i = 1; i < repeats; ++i)
         text += withString->view();

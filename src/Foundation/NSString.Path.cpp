@@ -8,6 +8,7 @@
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/Required.h"
 #include "System/Process.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <cstring>
@@ -44,7 +45,7 @@ std::size_t extensionDot(std::string_view component) {
 void appendComponent(std::string &path, std::string_view component) {
     if (!path.empty() && path.back() != '/' && !component.empty())
         path += '/';
-    path += component;
+    qb::text::append(path, component);
 }
 
 // Calls `visit` with each component that is not empty.
@@ -184,7 +185,10 @@ NSString *NSString::stringByAppendingPathExtension(NSString *extension) const {
     qb::required(extension, "NSString stringByAppendingPathExtension:");
     if (extension->byteLength_ == 0 || bare(view()).empty())
         return unchanged();
-    return stringWith(std::string(trimmed(view())).append(".").append(extension->view()));
+    std::string path(trimmed(view()));
+    path += '.';
+    qb::text::append(path, extension->view());
+    return stringWith(path);
 }
 
 NSString *NSString::stringByExpandingTildeInPath() const {

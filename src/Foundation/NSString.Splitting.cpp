@@ -8,6 +8,7 @@
 
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/Required.h"
+#include "Text/Room.h"
 #include "Text/Search.h"
 #include "Text/Utf8.h"
 
@@ -17,6 +18,7 @@
 
 namespace {
 
+using qb::text::append;
 using qb::text::Match;
 using qb::text::Search;
 
@@ -48,7 +50,8 @@ std::size_t replaceMatches(std::string_view text, std::string_view target, std::
     Search search(target, options);
     std::size_t done = 0;
     const auto replace = [&](Match match) {
-        result.append(text, done, match.from - done).append(by);
+        append(result, text.substr(done, match.from - done));
+        append(result, by);
         done = match.end;
     };
     std::size_t count = 0;
@@ -59,7 +62,7 @@ std::size_t replaceMatches(std::string_view text, std::string_view target, std::
     } else {
         count = qb::text::forEachMatch(text, search, replace);
     }
-    result.append(text, done);
+    append(result, text.substr(done));
     return count;
 }
 
@@ -149,6 +152,7 @@ NSString *NSString::stringByAppendingString(NSString *string) const {
     if (!string || string->byteLength_ == 0)
         return unchanged();
     std::string result;
+    qb::text::requireRoom(result, std::uint64_t{byteLength_} + string->byteLength_);
     result.reserve(std::size_t{byteLength_} + string->byteLength_);
     return stringWith(result.append(view()).append(string->view()));
 }
@@ -172,7 +176,8 @@ NSString *NSString::stringByReplacingCharactersInRange(NSRange range, NSString *
     const std::string_view piece = viewOfRange(range, "stringByReplacingCharactersInRange:withString:");
     const auto from = static_cast<std::size_t>(piece.data() - bytes_);
     std::string result(view().substr(0, from));
-    result.append(viewOrEmpty(withString)).append(view().substr(from + piece.size()));
+    qb::text::append(result, viewOrEmpty(withString));
+    qb::text::append(result, view().substr(from + piece.size()));
     return stringWith(result);
 }
 

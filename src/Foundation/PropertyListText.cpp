@@ -8,6 +8,7 @@
 
 #include "Foundation/DeepWalk.h"
 #include "Text/PlistText.h"
+#include "Text/Room.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -54,10 +55,8 @@ private:
             return open(value, kind);
         if (auto *const string = castOrNil<NSString>(value))
             return appendPropertyListString(target_, string->view());
-        if (auto *const data = castOrNil<NSData>(value)) {
-            target_ += data->description()->view();
-            return;
-        }
+        if (auto *const data = castOrNil<NSData>(value))
+            return text::append(target_, data->description()->view());
         if (NSString *const text = value->stringValue())
             appendPropertyListString(target_, text->view());
     }
@@ -153,8 +152,7 @@ private:
 void appendPropertyListString(std::string &target, std::string_view text) {
     const std::size_t before = target.size();
     const std::uint64_t length = text::plistTextLength(text.data(), text.size());
-    if (length > target.max_size() - before - text::kPlistTextSlack)
-        throw std::bad_alloc();
+    text::requireRoom(target, length + text::kPlistTextSlack);
     const std::size_t end = before + static_cast<std::size_t>(length);
     target.resize(end + text::kPlistTextSlack);
     text::writePlistText(text.data(), text.size(), target.data() + before);

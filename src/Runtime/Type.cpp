@@ -5,17 +5,23 @@
 #include <cxxabi.h>
 
 #include <cstdlib>
+#include <memory>
+#include <new>
 
 namespace qb {
 
 namespace {
 
+// As the status of a name (Itanium C++ ABI, 3.4).
+constexpr int kNoMemory = -1;
+
 std::string demangled(const std::type_info &info) {
     int status = 0;
-    char *name = abi::__cxa_demangle(info.name(), nullptr, nullptr, &status);
-    std::string result = name ? name : info.name();
-    std::free(name);
-    return result;
+    const std::unique_ptr<char, void (*)(void *)> name(
+        abi::__cxa_demangle(info.name(), nullptr, nullptr, &status), std::free);
+    if (status == kNoMemory)
+        throw std::bad_alloc();
+    return name ? name.get() : info.name();
 }
 
 std::string integerName(const Type &type) {

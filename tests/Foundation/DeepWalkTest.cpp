@@ -1,6 +1,9 @@
+#include "support/Allocations.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
+
+#include <tuple>
 
 using DeepWalkTest = PoolFixture;
 
@@ -47,6 +50,24 @@ TEST_F(DeepWalkTest, AMillionNestedContainersAreComparedHashedAndDestroyedOnASma
         isTold = one->isEqual(same) && !one->isEqual(other);
     }));
     EXPECT_TRUE(isTold);
+}
+
+TEST_F(DeepWalkTest, NestedArraysAreDestroyedWithoutMemory) {
+    for (const auto &[depth, leaves, failures] :
+         {std::tuple(kDeep, 0u, 0u), std::tuple(100'000, 9u, 0u), std::tuple(20'000, 64u, 1u)}) {
+        Ref<NSObject> object = NSObject::init();
+        for (int i = 0; i < depth; ++i) {
+            const auto array = NSMutableArray::initWithCapacity(leaves + 1);
+            while (array->count() < leaves)
+                array->addObject(NSObject::init().get());
+            array->addObject(object);
+            object = array;
+        }
+        EXPECT_TRUE(runOnSmallStack([&] {
+            const AllocationFault fault(/*skip=*/0, failures);
+            object = nullptr;
+        })) << leaves;
+    }
 }
 
 TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {

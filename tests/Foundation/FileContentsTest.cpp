@@ -1,5 +1,7 @@
 #include "support/DirectoryFixture.h"
 
+#include <unistd.h>
+
 using FileContentsTest = DirectoryFixture;
 
 // The classes that read files and write them.
@@ -33,10 +35,14 @@ TEST_F(FileContentsTest, AnyBytesAreWrittenAndReadBack) {
 
 TEST_F(FileContentsTest, WhatCannotBeReadIsOneErrorAndNil) {
     directory_.write("file", "{}");
+    directory_.write("large", "");
+    constexpr off_t kTooLarge = sizeof(void *) == 4 ? INT32_MAX : UINT32_MAX;
+    ASSERT_EQ(::truncate((directory_ / "large").c_str(), kTooLarge), 0);
     const std::tuple<std::string, int, const char *> rows[] = {
         {"missing", 100039, ""},
         {"file/x", 100023, " Not a directory"},
         {".", 100023, " Is a directory"},
+        {"large", 100023, " File too large"},
         {std::string("m\0p", 3), 100023, " Invalid argument"},
     };
     for (const auto &cls : kClasses) {

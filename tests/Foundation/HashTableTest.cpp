@@ -128,3 +128,9 @@ TEST_F(HashTableTest, KeysAreRetainedAndGivenBack) {
     }
     EXPECT_EQ(key->retainCount() + value->retainCount(), 2u);
 }
+
+TEST_F(HashTableTest, TablesThatNoMemoryHoldsAreRefusedOn32Bits) {
+    if (sizeof(void *) == 4) {
+        EXPECT_THROW(qb::HashTable().reserve(120'000'000), std::bad_alloc);
+    }
+}

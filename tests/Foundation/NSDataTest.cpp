@@ -1,3 +1,4 @@
+#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <cstdio>
@@ -82,6 +83,10 @@ TEST_F(NSDataTest, BytesAreReplaced) {
     data->resetBytesInRange(NSMakeRange(24, 1)); // behind the last byte
     EXPECT_EQ(data->length(), 25u);
     data->setData(dataOf("x"));
+    EXPECT_EQ(bytesOf(data), "x");
+    NSData *const much = dataOf(std::string(1000, 'y'));
+    const Fault fault(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    EXPECT_THROW(data->setData(much), std::bad_alloc);
     EXPECT_EQ(bytesOf(data), "x");
     EXPECT_REASON(
         data->replaceBytesInRange(NSMakeRange(2, 1), "y"),

@@ -1,3 +1,4 @@
+#include "support/Faults.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -71,6 +72,14 @@ TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
     EXPECT_EQ(describe(dictionary), "{b = 2; }");
     dictionary->setDictionary(copy);
     dictionary->setDictionary(dictionary);
+    EXPECT_EQ(describe(dictionary), "{a = 1; }");
+    NSMutableDictionary *const other = NSMutableDictionary::dictionary();
+    for (int i = 0; i < 100; ++i)
+        other->setObjectForKey(number(i), number(i));
+    {
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_THROW(dictionary->setDictionary(other), std::bad_alloc);
+    }
     EXPECT_EQ(describe(dictionary), "{a = 1; }");
 }
 

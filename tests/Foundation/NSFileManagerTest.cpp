@@ -44,6 +44,13 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     EXPECT_TRUE(told->fileSystemFileNumber() == info.st_ino && told->fileSystemNumber() == info.st_dev);
     EXPECT_TRUE(told->fileOwnerAccountID() == info.st_uid && told->fileGroupOwnerAccountID() == info.st_gid);
 
+    for (const double seconds : {1e19, -1e19}) { // the file system has limits of its own
+        attributes = NSDictionary::dictionaryWith(
+            {{NSFileModificationDate, NSDate::dateWithTimeIntervalSince1970(seconds)}});
+        EXPECT_TRUE(manager_->changeFileAttributes(attributes, path("f")));
+        EXPECT_EQ(status("f").st_mtime > 1000, seconds > 0);
+    }
+
     BOOL isDirectory = YES;
     EXPECT_TRUE(manager_->fileExistsAtPath(path("f"), &isDirectory) && !isDirectory);
     EXPECT_TRUE(manager_->fileExistsAtPath(path("."), &isDirectory) && isDirectory);

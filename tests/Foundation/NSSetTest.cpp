@@ -1,3 +1,4 @@
+#include "support/Faults.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -42,6 +43,14 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     EXPECT_EQ(elements(set), "(c, a)");
     set->setSet(copy);
     set->removeObject("b"_ns);
+    EXPECT_EQ(elements(set), "(a, c)");
+    NSMutableSet *const other = NSMutableSet::setWithCapacity(0);
+    for (int i = 0; i < 100; ++i)
+        other->addObject(NSNumber::numberWithInt(i));
+    {
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_THROW(set->setSet(other), std::bad_alloc);
+    }
     EXPECT_EQ(elements(set), "(a, c)");
     set->minusSet(set);
     EXPECT_EQ(elements(set), "()");

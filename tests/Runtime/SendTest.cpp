@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 #include "support/QBTally.h"
 
@@ -147,6 +148,8 @@ TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {
                       "-addString:times: uint32_t (NSString *, uint32_t)\n"
                       "-countForString: uint32_t (NSString *)\n"
                       "-allStrings NSArray * ()\n");
+    const qb::Method *const method = NSData::data()->methodForSelector("getBytes:"_sel);
+    expectAllOrBadAlloc([&] { return method->signature(); });
     EXPECT_THROW(new Class("QBTally", NSObject::cls(), {}), InvalidArgumentException);
 }
 

@@ -5,7 +5,10 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_ALLOCATIONS_H
 #define QBFOUNDATION_TESTS_SUPPORT_ALLOCATIONS_H
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <new>
 
 /// Returns how many blocks are in use: those of the C allocator, of `new` and of the library's objects.
 std::int64_t blocksInUse() noexcept;
@@ -32,5 +35,20 @@ public:
     /// Returns how often it has struck so far.
     unsigned hits() const noexcept;
 };
+
+/// Lets each allocation of `make` fail in turn: it throws std::bad_alloc then, or gives what it gives when
+/// none fails.
+template <class Make>
+void expectAllOrBadAlloc(Make make) {
+    const auto all = make();
+    for (unsigned skip = 0, failures = 1; failures != 0; ++skip) {
+        const AllocationFault fault(skip, /*times=*/1);
+        try {
+            EXPECT_EQ(make(), all) << skip;
+        } catch (const std::bad_alloc &) {
+        }
+        failures = fault.hits();
+    }
+}
 
 #endif

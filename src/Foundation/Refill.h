@@ -1,0 +1,25 @@
+// New contents for a hash table.
+#ifndef QBFOUNDATION_FOUNDATION_REFILL_H
+#define QBFOUNDATION_FOUNDATION_REFILL_H
+
+#include <QBFoundation/Foundation/HashTable.h>
+
+namespace qb {
+
+/// Empties `table` and lets `fill` fill it. What it held is given back last, because a destructor may come
+/// back to the table; when `fill` throws, it stands in the table again.
+template <class Fill>
+void refill(HashTable &table, Fill &&fill) {
+    HashTable before;
+    before.swap(table);
+    try {
+        fill();
+    } catch (...) {
+        before.swap(table);
+        throw;
+    }
+}
+
+} // namespace qb
+
+#endif
