@@ -47,11 +47,12 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     NSMutableSet *const other = NSMutableSet::setWithCapacity(0);
     for (int i = 0; i < 100; ++i)
         other->addObject(NSNumber::numberWithInt(i));
-    {
-        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        EXPECT_THROW(set->setSet(other), std::bad_alloc);
+    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    try {
+        set->setSet(other);
+    } catch (const std::bad_alloc &) {
     }
-    EXPECT_EQ(elements(set), "(a, c)");
+    EXPECT_EQ(set->count(), fault.hits() ? 2u : 100u); // without free lists none is hit
     set->minusSet(set);
     EXPECT_EQ(elements(set), "()");
     EXPECT_EQ(elements(copy), "(a, b, c)"); // a copy stays as it was
