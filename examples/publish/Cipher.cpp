@@ -6,6 +6,9 @@
 
 namespace publish {
 
+// What the cipher makes of a page is whole blocks of so many bytes.
+static constexpr std::uint32_t kBlock = 8;
+
 bool Cipher::readKey(NSString *file) {
     NSData *const bytes = readBytes(file);
     if (!bytes)
@@ -33,7 +36,8 @@ NSString *Cipher::deciphered(NSData *bytes, NSString *name) const {
         return nullptr;
     NSData *const data = converted(bytes, /*decrypt=*/YES, /*seed=*/0);
     NSString *const text = data ? NSString::initWithData(data).autorelease() : nullptr;
-    if (text && text->indexOfFirstCorruptUtf8Character() < 0)
+    const bool isWhole = bytes->length() % kBlock == 0;
+    if (text && isWhole && text->indexOfFirstCorruptUtf8Character() < 0)
         return text;
     fail(__LINE__, kErrorNotDeciphered, name);
     return nullptr;

@@ -40,6 +40,16 @@ NSString *shown(NSCalendarDate *date, NSString *format) {
         format, NSTimeZone::timeZoneForSecondsFromGMT(0), nullptr);
 }
 
+// The format, with the zeros that "%Y" does not write.
+NSString *paddedForm(const char *format, NSCalendarDate *date) {
+    NSString *const form = NSString::stringWithCString(format);
+    const std::uint32_t digits = shown(date, "%Y"_ns)->length();
+    if (digits >= 4)
+        return form;
+    NSString *const zeros = "000"_ns->substringToIndex(4 - digits);
+    return form->stringByReplacingSubstring("%Y"_ns, zeros->stringByAppendingString("%Y"_ns));
+}
+
 } // namespace
 
 NSCalendarDate *dateIn(NSString *text) {
@@ -49,12 +59,13 @@ NSCalendarDate *dateIn(NSString *text) {
     return seconds ? NSCalendarDate::dateWithCTime(seconds) : nullptr;
 }
 
+// The texts are sorted, too, so that each year has four digits.
 NSString *isoText(NSCalendarDate *date) {
-    return shown(date, "%Y-%m-%dT%H:%M:%SZ"_ns);
+    return shown(date, paddedForm("%Y-%m-%dT%H:%M:%SZ", date));
 }
 
 NSString *httpText(NSCalendarDate *date) {
-    return shown(date, "%a, %d %b %Y %H:%M:%S GMT"_ns);
+    return shown(date, paddedForm("%a, %d %b %Y %H:%M:%S GMT", date));
 }
 
 } // namespace publish

@@ -18,7 +18,7 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, HiddenFiles hidde
     NSArray *const names = NSFileManager::defaultManager()->directoryContentsAtPath(directory);
     if (!names || depth > kDeepestDirectory)
         return fail(__LINE__, kErrorDirectoryUnreadable, directory);
-    for (id element : *names->sortedArrayUsingSelector("compare:"_sel)) {
+    for (id element : *names) {
         auto *name = static_cast<NSString *>(element);
         if (hidden == HiddenFiles::leftOut && name->hasPrefix("."_ns))
             continue;
@@ -64,6 +64,22 @@ void failNotUtf8(NSString *file, std::string_view text, std::size_t malformed) {
          NSString::stringWith(shown(text.substr(malformed, kShown))));
 }
 
+// Whether a sequence begins so that stands for a surrogate, for more than U+10FFFF, or for what a shorter one
+// would have stood for (RFC 3629, section 3).
+bool isForbidden(unsigned char first, unsigned char second) {
+    return first == 0xC0 || first == 0xC1 || first >= 0xF5 || (first == 0xE0 && second < 0xA0) ||
+           (first == 0xED && second >= 0xA0) || (first == 0xF0 && second < 0x90) ||
+           (first == 0xF4 && second >= 0x90);
+}
+
+// Returns the place of the first such sequence in a text that is made of whole sequences; npos without one.
+std::size_t forbiddenIn(std::string_view text) {
+    for (std::size_t place = 0; place + 1 < text.size(); ++place)
+        if (isForbidden(static_cast<unsigned char>(text[place]), static_cast<unsigned char>(text[place + 1])))
+            return place;
+    return std::string_view::npos;
+}
+
 } // namespace
 
 Kind kindOf(NSString *path) {
@@ -96,11 +112,18 @@ NSString *readText(NSString *file) {
     return isUtf8(string, file) ? string : nullptr;
 }
 
+NSString *textIn(NSData *data) {
+    return NSString::stringWith({static_cast<const char *>(data->bytes()), data->length()});
+}
+
 bool isUtf8(NSString *text, NSString *file) {
     const std::int32_t malformed = text->indexOfFirstCorruptUtf8Character();
-    if (malformed >= 0)
-        failNotUtf8(file, text->view(), static_cast<std::size_t>(malformed));
-    return malformed < 0;
+    const std::size_t place =
+        malformed >= 0 ? static_cast<std::size_t>(malformed) : forbiddenIn(text->view());
+    if (place == std::string_view::npos)
+        return true;
+    failNotUtf8(file, text->view(), place);
+    return false;
 }
 
 NSDictionary *dictionaryIn(NSString *text, NSString *file) {
@@ -122,7 +145,10 @@ NSDictionary *readDictionary(NSString *file) {
 
 NSArray *filesBelow(NSString *directory, HiddenFiles hidden) {
     NSMutableArray *const files = NSMutableArray::array();
-    return addFiles(directory, NSString::string(), 0, hidden, files) ? files : nullptr;
+    if (!addFiles(directory, NSString::string(), 0, hidden, files))
+        return nullptr;
+    files->sortUsingSelector("compare:"_sel);
+    return files;
 }
 
 bool isInside(std::string_view path) {

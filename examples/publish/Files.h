@@ -22,6 +22,9 @@ NSData *readBytes(NSString *file);
 /// valid UTF-8.
 NSString *readText(NSString *file);
 
+/// Returns the bytes as a text.
+NSString *textIn(NSData *data);
+
 /// Whether the text, which came from `file` or goes there, is valid UTF-8; an error is raised when it is not.
 bool isUtf8(NSString *text, NSString *file);
 

@@ -1,6 +1,7 @@
 #include "Indexes.h"
 
 #include "Collecting.h"
+#include "Files.h"
 #include "Links.h"
 #include "Messages.h"
 
@@ -13,6 +14,12 @@ namespace {
 
 constexpr std::uint32_t kUsualIndex = 16 * 1024;
 constexpr unsigned kFeedPages = 20;
+
+// The two that are valid UTF-8 and no characters of XML.
+NSString *withoutNoncharacters(NSString *text) {
+    return text->stringByReplacingSubstring("\xEF\xBF\xBE"_ns, ""_ns)
+        ->stringByReplacingSubstring("\xEF\xBF\xBF"_ns, ""_ns);
+}
 
 // An XML text that is being written; control characters are left out of it, for XML has none.
 class XmlText {
@@ -28,7 +35,7 @@ public:
             return;
         const std::string tag(name);
         add("<" + tag + ">");
-        stream_->writeObject(value->stringValue()->stringWithEscapedHtml());
+        stream_->writeObject(withoutNoncharacters(value->stringValue())->stringWithEscapedHtml());
         add("</" + tag + ">");
     }
     NSData *data() const { return data_->targetData(); }
@@ -120,8 +127,10 @@ bool addIndexes(const Site &site, Publication &publication) {
     const id settings = site.settings->objectForKey("feed"_ns);
     if (settings && !qb::castOrNil<NSDictionary>(settings))
         return fail(__LINE__, kErrorNotADictionary, site.file.get(), "'feed'");
-    return publication.addPage("sitemap.xml"_ns, siteMap(site, address)) &&
-           publication.addPage("feed.xml"_ns, feed(site, address));
+    const auto add = [&publication](NSString *name, NSData *index) {
+        return isUtf8(textIn(index), name) && publication.addPage(name, index);
+    };
+    return add("sitemap.xml"_ns, siteMap(site, address)) && add("feed.xml"_ns, feed(site, address));
 }
 
 } // namespace publish

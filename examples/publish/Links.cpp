@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "Messages.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,18 @@ bool isSmall(NSString *file) {
 
 QBPath *fromRoot(NSString *path) {
     return QBPath::qbPathWithString("/"_ns)->pathByAppendingPathComponent(path);
+}
+
+// The way from a page to a path from the site's root.
+NSString *wayFrom(NSString *page, NSString *path) {
+    if (path->containsData() && !path->hasSuffix("/"_ns)) {
+        NSString *const way = fromRoot(page)->relativePathTo(fromRoot(path))->stringValue();
+        return hasScheme(way->view()) ? "./"_ns->stringByAppendingString(way) : way;
+    }
+    // That to a directory is that to a file in it, without the file.
+    NSString *const file = wayFrom(page, path->stringByAppendingString("-"_ns));
+    NSString *const way = file->substringToIndex(file->length() - 1);
+    return way->containsData() ? way : "./"_ns;
 }
 
 } // namespace
@@ -45,14 +58,12 @@ std::string escapedPath(std::string_view path) {
 }
 
 NSString *linkFrom(NSString *page, NSString *target) {
-    if (hasScheme(target->view()))
+    if (hasScheme(target->view()) || target->hasPrefix("//"_ns))
         return target;
-    if (target->containsData() && !target->hasSuffix("/"_ns))
-        return fromRoot(page)->relativePathTo(fromRoot(target))->stringValue();
-    // The way to a directory is that to a file in it, without the file.
-    NSString *const file = linkFrom(page, target->stringByAppendingString("-"_ns));
-    NSString *const way = file->substringToIndex(file->length() - 1);
-    return way->containsData() ? way : "./"_ns;
+    const std::size_t pathLength = std::min(target->view().find_first_of("?#"), target->view().size());
+    NSString *const path = NSString::stringWith(target->view().substr(0, pathLength));
+    NSString *const rest = NSString::stringWith(target->view().substr(pathLength));
+    return wayFrom(page, path)->stringByAppendingString(rest);
 }
 
 NSString *inlineImage(NSString *file) {

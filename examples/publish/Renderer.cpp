@@ -24,10 +24,6 @@ NSString *wayToRoot(NSString *url) {
     return NSString::stringWith(way);
 }
 
-NSString *textIn(NSData *data) {
-    return NSString::stringWith({static_cast<const char *>(data->bytes()), data->length()});
-}
-
 } // namespace
 
 Renderer::Renderer(const Site &site, Publication &publication, PageFilter filter)

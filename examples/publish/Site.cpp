@@ -53,8 +53,10 @@ NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText)
 // A page's date, if it has one, gets the forms that its readers want.
 bool addDates(Page &page) {
     const id value = page.head->objectForKey("date"_ns);
-    if (!value)
+    if (!value) {
+        page.head->removeObjectsForKeys(NSArray::arrayWithObjects("isoDate"_ns, "httpDate"_ns));
         return true;
+    }
     NSCalendarDate *const date = dateIn(value->stringValue());
     if (!date)
         return fail(__LINE__, kErrorNoDate, page.file.get(), value->stringValue());
@@ -166,10 +168,31 @@ bool readTexts(Site &site) {
     return true;
 }
 
+NSMutableDictionary *mutableInDepth(NSDictionary *dictionary);
+
+// What settings from outside can be put into, wherever they go.
+id mutableInDepth(id value) {
+    if (auto *const list = qb::castOrNil<NSArray>(value)) {
+        NSMutableArray *const made = NSMutableArray::array();
+        for (id element : *list)
+            made->addObject(mutableInDepth(element));
+        return made;
+    }
+    auto *const dictionary = qb::castOrNil<NSDictionary>(value);
+    return dictionary ? mutableInDepth(dictionary) : value;
+}
+
+NSMutableDictionary *mutableInDepth(NSDictionary *dictionary) {
+    NSMutableDictionary *const made = NSMutableDictionary::dictionary();
+    for (const auto &[key, value] : *dictionary)
+        made->setObjectForKey(mutableInDepth(value), key);
+    return made;
+}
+
 bool readSettings(Site &site) {
     NSDictionary *const settings = readDictionary(site.file);
     if (settings)
-        site.settings = settings->mutableCopy();
+        site.settings = mutableInDepth(settings);
     return settings;
 }
 

@@ -21,7 +21,7 @@ bool hasLocale(NSString *language) {
 
 NSArray *sortedByKey(NSArray *list, NSString *key, NSString *language) {
     NSString *const reverse = ".REVERSE"_ns;
-    const bool isReverse = key->hasSuffix(reverse);
+    const bool isReverse = key->uppercaseString()->hasSuffix(reverse);
     NSString *const plainKey = isReverse ? key->substringToIndex(key->length() - reverse->length()) : key;
     NSMutableArray *const texts = NSMutableArray::array(); // elements with one
     NSMutableArray *const others = NSMutableArray::array();

@@ -165,6 +165,8 @@ private:
             isDone = publishAndReport(options_, plugins_, watch_);
         } catch (const std::exception &exception) { // of a plug-in, for one
             OSUserIO::eprintLn(NSString::stringWithFormat("publish: %s"_ns, exception.what()));
+        } catch (...) {
+            OSUserIO::eprintLn("publish: something was thrown that is no exception"_ns);
         }
         std::fflush(stdout);
         ERRORHANDLER->clearErrorStack();
@@ -265,6 +267,9 @@ int main(int count, char **arguments) {
         return publish::main(count, arguments);
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "publish: %s\n", exception.what());
+        return 1;
+    } catch (...) { // as a plug-in may
+        std::fputs("publish: something was thrown that is no exception\n", stderr);
         return 1;
     }
 }

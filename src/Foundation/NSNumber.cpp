@@ -179,19 +179,45 @@ BOOL NSNumber::setUpWithDouble(double value) {
     return YES;
 }
 
-std::int64_t NSNumber::integerValue() const {
-    return isReal() ? cutToInteger<std::int64_t>(real_) : integer_;
+template <class Integer>
+Integer NSNumber::integerValue() const {
+    return isReal() ? cutToInteger<Integer>(real_) : static_cast<Integer>(integer_);
+}
+
+char NSNumber::charValue() const {
+    return integerValue<char>();
+}
+
+std::uint8_t NSNumber::unsignedCharValue() const {
+    return integerValue<std::uint8_t>();
+}
+
+std::int16_t NSNumber::shortValue() const {
+    return integerValue<std::int16_t>();
+}
+
+std::uint16_t NSNumber::unsignedShortValue() const {
+    return integerValue<std::uint16_t>();
+}
+
+std::int32_t NSNumber::intValue() const {
+    return integerValue<std::int32_t>();
+}
+
+std::uint32_t NSNumber::unsignedIntValue() const {
+    return integerValue<std::uint32_t>();
+}
+
+std::int64_t NSNumber::longLongValue() const {
+    return integerValue<std::int64_t>();
+}
+
+std::uint64_t NSNumber::unsignedLongLongValue() const {
+    return integerValue<std::uint64_t>();
 }
 
 BOOL NSNumber::boolValue() const {
     return isReal() ? real_ != 0 : integer_ != 0;
-}
-
-std::uint64_t NSNumber::unsignedLongLongValue() const {
-    if (!isReal())
-        return static_cast<std::uint64_t>(integer_);
-    return real_ < 0 ? static_cast<std::uint64_t>(cutToInteger<std::int64_t>(real_))
-                     : cutToInteger<std::uint64_t>(real_);
 }
 
 double NSNumber::doubleValue() const {

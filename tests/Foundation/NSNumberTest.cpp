@@ -39,7 +39,10 @@ TEST_F(NSNumberTest, ConversionsCutAsTheyAreStated) {
     EXPECT_TRUE(wide->intValue() == -0x7FFF'007B && wide->unsignedIntValue() == 0x8000'FF85);
     NSNumber *const real = NSNumber::numberWithDouble(-2.9);
     EXPECT_EQ(real->intValue(), -2);
-    EXPECT_EQ(real->unsignedLongLongValue(), static_cast<std::uint64_t>(-2));
+    EXPECT_EQ(real->unsignedLongLongValue(), 0u);
+    NSNumber *const many = NSNumber::numberWithDouble(3e9);
+    EXPECT_TRUE(many->intValue() == INT32_MAX && many->unsignedIntValue() == 3'000'000'000u &&
+                many->shortValue() == INT16_MAX && real->unsignedIntValue() == 0);
     EXPECT_EQ(NSNumber::numberWithDouble(1e30)->unsignedLongLongValue(), UINT64_MAX);
     EXPECT_EQ(NSNumber::numberWithDouble(kNan)->intValue(), 0);
     EXPECT_TRUE(NSNumber::numberWithDouble(0.5)->boolValue());

@@ -102,12 +102,13 @@ expect_failure 'an empty page' 'index.html'
 
 # Settings that the command line replaces.
 new_site
-page index.html '{ title = T; }' '{{site.title}} {{site.author.name}}[{{site.new}}] {{site.people.0}};'
-echo '{ title = A; author = { name = B; }; people = (x); }' >"$site/site.plist"
+page index.html '{ title = T; }' '{{site.title}} {{site.author.name}}[{{site.new}}] {{site.people.0}} {{site.people.2.k}};'
+echo '{ title = A; author = { name = B; }; people = (x, { k = v; }); }' >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
 rm "$site/pages/deep/text.txt"
-publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y "$site" "$out"
-[ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y;' ] || fail "settings: $(cat "$out/index.html")"
+publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --set people.0=y \
+    --set people.2.k=z "$site" "$out"
+[ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y z;' ] || fail "settings: $(cat "$out/index.html")"
 while IFS='|' read -r setting message; do
     expect_failure "--set $setting" "$message" "$site" "$out" --set "$setting"
 done <<'ROWS'
@@ -128,7 +129,7 @@ page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
 {{#each pages by url as p}}{{link p.url}} {{/each}}
 {{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
-{{image page.dot}}'
+{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}}'
 publish --quiet "$site" "$out"
 diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
 
@@ -137,7 +138,7 @@ A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
 er.html text.html ../index.html
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
-data:image/png;base64,iVBORwA=
+data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x
 TEXT
 rm -r "$out"
 
@@ -158,17 +159,19 @@ echo '{ title = "A & B"; address = "https://example.org/a?b=c&d"; people = (); f
     >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
 page index.html '{ title = Start; }' x
-page new.html '{ title = "T & T"; date = "2024-02-29 12:30"; description = "a\001b"; }' x
+page old.html '{ title = Old; date = "0099-02"; }' x
+page new.html '{ title = "T & T\357\277\276"; date = "2024-02-29 12:30"; description = "a\001b"; }' x
 page 'deep/ü b.txt' '{ date = "Sun, 06 Nov 1994 08:49:37 GMT"; }' x
 mkdir "$site/pages/old"
 for ((i = 10; i < 30; ++i)); do
     page "old/$i.html" "{ date = 19$i; }" x
 done
-expect 'site map and feed' "$out: 31 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
+expect 'site map and feed' "$out: 32 written, 0 unchanged, 0 removed [0]" publish "$site" "$out"
 while IFS= read -r line; do
     grep -qxF "$line" "$out/sitemap.xml" || fail "'$line' is not in $(cat "$out/sitemap.xml")"
 done <<'TEXT'
 <url><loc>https://example.org/a?b=c&amp;d/index.html</loc></url>
+<url><loc>https://example.org/a?b=c&amp;d/old.html</loc><lastmod>0099-02-01T00:00:00Z</lastmod></url>
 <url><loc>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</loc><lastmod>1994-11-06T08:49:37Z</lastmod></url>
 TEXT
 diff - <(head -n 5 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
@@ -179,6 +182,7 @@ diff - <(head -n 5 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
 <item><title>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</title><link>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</link><guid>https://example.org/a?b=c&amp;d/deep/%C3%BC%20b.html</guid><pubDate>Sun, 06 Nov 1994 08:49:37 GMT</pubDate></item>
 TEXT
 [ "$(grep -c '<item>' "$out/feed.xml")" -eq 20 ] || fail "the feed has $(grep -c '<item>' "$out/feed.xml") pages"
+expect_failure 'a feed that is no UTF-8' "feed.xml:3: " "$site" "$out" --set title=$'a\xed\xa0\x80'
 ! command -v xmllint >/dev/null || xmllint --noout "$out/sitemap.xml" "$out/feed.xml" || fail 'no XML'
 rm -r "$out"
 

@@ -127,8 +127,8 @@ public:
     virtual NSString *descriptionWithCalendarFormat(NSString *format) const;
     using NSDate::descriptionWithCalendarFormat;
 
-    /// Returns a date of the same instant, zone and format that can be changed by itself.
     void encodeWithCoder(NSCoder *coder) const override;
+    /// Returns a date of the same instant, zone and format that can be changed by itself.
     Ref<NSObject> copyWithZone(void *zone) const override;
     Ref<NSObject> mutableCopyWithZone(void *zone) const override { return copyWithZone(zone); }
     Ref<NSCalendarDate> copy() const;

@@ -46,8 +46,7 @@ public:
 
     // --- Bytes ---
 
-    /// The bytes; null when there are none. Valid as long as the data and, if it is mutable, until it
-    /// changes.
+    /// The bytes, never null. Valid as long as the data and, if it is mutable, until it changes.
     const void *bytes() const noexcept { return bytes_ ? bytes_ : static_cast<const void *>(""); }
     std::uint32_t length() const noexcept { return length_; }
     std::span<const std::byte> view() const noexcept { return {bytes_, length_}; }
@@ -170,7 +169,7 @@ public:
     static Ref<NSMutableData> initWithLength(std::uint32_t length);
     static Ref<NSMutableData> initWithData(NSData *other);
 
-    /// The bytes, to be changed in place; null when there are none. Valid until the length changes.
+    /// The bytes, to be changed in place; null when there were none yet. Valid until the length changes.
     void *mutableBytes() noexcept { return bytes_; }
 
     /// Appends. Throws InvalidArgumentException when `bytes` is null and `length` is not 0, and when the data

@@ -46,15 +46,15 @@ public:
     static Ref<NSNumber> initWithDouble(double value) { return numberWithDouble(value); }
 
     virtual BOOL boolValue() const;
-    virtual char charValue() const { return static_cast<char>(integerValue()); }
-    virtual std::uint8_t unsignedCharValue() const { return static_cast<std::uint8_t>(integerValue()); }
-    virtual std::int16_t shortValue() const { return static_cast<std::int16_t>(integerValue()); }
-    virtual std::uint16_t unsignedShortValue() const { return static_cast<std::uint16_t>(integerValue()); }
-    virtual std::int32_t intValue() const { return static_cast<std::int32_t>(integerValue()); }
-    virtual std::uint32_t unsignedIntValue() const { return static_cast<std::uint32_t>(integerValue()); }
+    virtual char charValue() const;
+    virtual std::uint8_t unsignedCharValue() const;
+    virtual std::int16_t shortValue() const;
+    virtual std::uint16_t unsignedShortValue() const;
+    virtual std::int32_t intValue() const;
+    virtual std::uint32_t unsignedIntValue() const;
     virtual std::int64_t longValue() const { return longLongValue(); }
     virtual std::uint64_t unsignedLongValue() const { return unsignedLongLongValue(); }
-    virtual std::int64_t longLongValue() const { return integerValue(); }
+    virtual std::int64_t longLongValue() const;
     virtual std::uint64_t unsignedLongLongValue() const;
     virtual float floatValue() const { return static_cast<float>(doubleValue()); }
     virtual double doubleValue() const;
@@ -104,7 +104,8 @@ private:
         integer_ = value;
     }
     bool isReal() const { return type_ == Type::real32 || type_ == Type::real64; }
-    std::int64_t integerValue() const;
+    template <class Integer>
+    Integer integerValue() const;
 };
 
 /// An integer of 64 bits.

@@ -142,8 +142,8 @@ public:
     virtual BOOL isNotNil() const { return YES; }
     /// Whether there is something in the value: characters, bytes, elements, entries. YES here.
     virtual BOOL containsData() const;
-    /// Returns a text for people, autoreleased, never nil: "<" class name, address ">" unless a class says
-    /// otherwise.
+    /// Returns a text for people, autoreleased: "<" class name, address ">" unless a class says
+    /// otherwise; nil for the null object alone.
     virtual NSString *description() const;
     /// Returns the description as `locale` wants it. No class of the library depends on the locale.
     virtual NSString *descriptionWithLocale(NSDictionary *locale) const;
