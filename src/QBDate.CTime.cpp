@@ -112,10 +112,11 @@ void NSDate::setStringValueFormat(const char *format) {
 }
 
 NSString *NSDate::stringValue() const {
+    const std::int32_t seconds = ctime();
+    const char *const own = formatOfClass(classObject()); // which may ask for another zone
     const qb::calendar::Zone &zone = *qb::calendar::systemZone();
     const StoredFormat &format = storedFormat();
-    const std::int32_t seconds = ctime();
-    if (const char *const own = formatOfClass(classObject()); own && own != format.text.c_str())
+    if (own && own != format.text.c_str())
         return textOf(seconds, zone, StoredFormat(own));
     const std::int64_t local = zone.utcToLocal(seconds);
     return format.isFree && format.fixed.suits(local) ? qb::fixedText(local, format.fixed)

@@ -214,4 +214,9 @@ bool Reader::hasKey(std::string_view key) const {
                               std::pair<std::uint32_t, std::uint32_t>(name->second, 0), byKey);
 }
 
+void Reader::requireKey(std::string_view key) {
+    if (!hasFailed_ && !hasKey(key))
+        fail(frames_.back().end, "it has no value for the key '%s'", key);
+}
+
 } // namespace qb::archive

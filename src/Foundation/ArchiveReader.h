@@ -38,6 +38,8 @@ public:
     std::string_view takeBytes();
     std::string_view takeBytes(std::string_view key);
     bool hasKey(std::string_view key) const;
+    /// An archive without the key is malformed.
+    void requireKey(std::string_view key);
     /// Whether all values without a key are read of the object that is being read, or the root.
     bool isAtEnd() const { return frames_.back().next == frames_.back().end; }
     bool hasFailed() const { return hasFailed_; }

@@ -106,15 +106,23 @@ NSString *NSString::stringByPaddingToLength(std::uint32_t newLength, NSString *w
     if (startingAtIndex >= padLength)
         throw NSRangeException(std::string(kOperation) + " must have an index below " +
                                std::to_string(padLength) + ".");
-    const std::uint64_t repeats = (newLength - length()) / padLength + std::uint64_t{2};
-    if (byteLength_ + repeats * withString->byteLength_ > kLongestText)
+    // Whole pads, and of the last one as much as is wanted, with the character that may be cut there.
+    const std::string_view pad = withString->view();
+    const std::uint64_t end = startingAtIndex + std::uint64_t{newLength - length()};
+    const std::uint64_t repeats = end / padLength;
+    const auto last = static_cast<std::uint32_t>(end % padLength);
+    const std::size_t lastEnd = std::min<std::size_t>(withString->placeOfUnit(last).byte + 4, pad.size());
+    std::size_t from = withString->placeOfUnit(startingAtIndex).byte;
+    const std::uint64_t bytes = byteLength_ + repeats * pad.size() + lastEnd - from;
+    if (bytes > kLongestText)
         throw InvalidArgumentException(std::string(kOperation) +
                                        " must have a result of less than 2^32 - 1 bytes.");
     std::string text;
-    qb::text::requireRoom(text, byteLength_ + repeats * withString->byteLength_);
+    qb::text::requireRoom(text, bytes);
+    text.reserve(static_cast<std::size_t>(bytes));
     text = view();
-    text += withString->view().substr(withString->placeOfUnit(startingAtIndex).byte);
-    for (std::uint64_t i = 1; i < repeats; ++i)
-        text += withString->view();
+    for (std::uint64_t i = 0; i < repeats; ++i)
+        text += pad.substr(std::exchange(from, 0));
+    text += pad.substr(from, lastEnd - from);
     return stringWith(text)->substringToIndex(newLength);
 }

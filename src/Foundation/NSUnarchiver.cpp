@@ -122,6 +122,7 @@ BOOL NSKeyedUnarchiver::containsValueForKey(NSString *key) const {
 }
 
 id NSKeyedUnarchiver::decodeRootObject() {
+    reader().requireKey("root");
     return decodeObjectForKey("root"_ns);
 }
 

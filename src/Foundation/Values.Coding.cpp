@@ -242,12 +242,17 @@ void NSDictionary::encodeWithCoder(NSCoder *coder) const {
     }
 }
 
+// Keys are copied.
+static bool canBeKey(id object) {
+    return object && (qb::castOrNil<NSString>(object) || object->respondsToSelector("copyWithZone:"_sel));
+}
+
 BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
     const auto wanted = decode<std::uint32_t>(coder, "I");
     for (std::uint32_t i = 0; i < wanted; ++i) {
         const id key = coder->decodeObject();
         const id value = coder->decodeObject();
-        if (!key || !value)
+        if (!value || !canBeKey(key))
             return NO;
         store(key, value);
     }

@@ -74,11 +74,10 @@ private:
         // and what lies deeper goes before what it may point up to.
         EntryNames links, directories, others;
         while (const dirent *entry = sys::readdir(directory.get())) {
-            if (!EntryNames::isSelfOrParent(entry->d_name))
-                (entry->d_type == DT_LNK   ? links
-                 : entry->d_type == DT_DIR ? directories
-                                           : others)
-                    .add(entry->d_name);
+            if (EntryNames::isSelfOrParent(entry->d_name))
+                continue;
+            const unsigned char type = typeOf(*entry);
+            (type == DT_LNK ? links : type == DT_DIR ? directories : others).add(entry->d_name);
         }
         if (errno != 0)
             return fails(__LINE__, qb::kErrorCannotReadDirectory);
@@ -87,6 +86,15 @@ private:
         level.rest.add(others);
         levels_.push_back(std::move(level));
         return true;
+    }
+
+    // Some file systems leave it to us to ask.
+    unsigned char typeOf(const dirent &entry) const {
+        struct stat status;
+        if (entry.d_type != DT_UNKNOWN ||
+            sys::lstat((path_ + qb::files::kSeparator + entry.d_name).c_str(), &status) != 0)
+            return entry.d_type;
+        return static_cast<unsigned char>(IFTODT(status.st_mode));
     }
 
     template <class... V>

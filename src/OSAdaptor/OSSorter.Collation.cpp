@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -102,7 +103,7 @@ struct Tied {
 class Order {
 public:
     explicit Order(std::span<const id> objects)
-        : maker_(qb::text::CollationKeys::inForce()), keys_(objects, maker_), sorted_(objects.size()),
+        : maker_(qb::text::CollationKeys::inForce()), keys_(objects, *maker_), sorted_(objects.size()),
           buffer_(objects.size()), isBehind_(objects.size()) {
         for (std::uint32_t i = 0; i < sorted_.size(); ++i)
             sorted_[i].index = i;
@@ -181,7 +182,7 @@ private:
         nextKeys_.clear();
         for (Tied &tied : tied_) {
             tied.begin = nextKeys_.size();
-            if (!maker_.appendNextLevels(tied.text, nextKeys_))
+            if (!maker_->appendNextLevels(tied.text, nextKeys_))
                 return nextKeys_.clear();
             tied.end = nextKeys_.size();
         }
@@ -197,7 +198,7 @@ private:
         return order != 0 ? order > 0 : std::strcoll(a.text.data(), b.text.data()) > 0;
     }
 
-    qb::text::CollationKeys &maker_;
+    const std::shared_ptr<qb::text::CollationKeys> maker_; // objects may sort others to make their texts
     Keys keys_;
     std::vector<Keyed> sorted_;
     std::vector<Keyed> buffer_;

@@ -105,8 +105,8 @@ private:
 
 } // namespace
 
-CollationKeys &CollationKeys::inForce() {
-    static CollationKeys *last = nullptr;
+std::shared_ptr<CollationKeys> CollationKeys::inForce() {
+    static auto &last = *new std::shared_ptr<CollationKeys>; // never destroyed: sorting may go on at the end
     std::string characters;
     for (std::size_t i = 0; i < kCount; ++i)
         characters += characterAt(i);
@@ -115,8 +115,8 @@ CollationKeys &CollationKeys::inForce() {
     if (const char *const name = sys::setlocale(LC_COLLATE, nullptr))
         sign += name;
     if (!last || last->sign_ != sign)
-        delete std::exchange(last, new CollationKeys(std::move(sign)));
-    return *last;
+        last.reset(new CollationKeys(std::move(sign)));
+    return last;
 }
 
 CollationKeys::CollationKeys(std::string sign)

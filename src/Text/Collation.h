@@ -3,6 +3,7 @@
 #define QB_TEXT_COLLATION_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +18,7 @@ namespace qb::text {
 class CollationKeys {
 public:
     /// Returns those of the locale in force, which are kept until they are asked for under another one.
-    static CollationKeys &inForce();
+    static std::shared_ptr<CollationKeys> inForce();
 
     /// Appends a key for the first level, on which texts of other letters differ. As far as two keys differ,
     /// their bytes order as `strcoll` orders the texts. The text has no NUL in it and one behind it. No byte

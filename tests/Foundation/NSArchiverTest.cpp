@@ -309,6 +309,9 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_EQ(reader->decodeDoubleForKey("double"_ns), 0.1);
     EXPECT_EQ(reader->decodeInt32ForKey("int"_ns), INT32_MIN);
     EXPECT_EQ(reader->decodeInt64ForKey("int64"_ns), INT64_MIN);
+    expectError(900002, "8 it has no value for the key 'root'", [] {
+        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(archiveOf({}, {}, "")), nullptr);
+    });
     const Ref<NSKeyedUnarchiver> other = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     const char *text = "";
     {

@@ -28,6 +28,12 @@ TEST_F(NSStringLinesTest, LinesAreFoundAroundARange) {
 TEST_F(NSStringLinesTest, TextsArePaddedAndCut) {
     EXPECT_EQ("abc"_ns->stringByPaddingToLength(2, "."_ns, 0)->view(), "ab");
     EXPECT_EQ("é"_ns->stringByPaddingToLength(5, "ü😀"_ns, 1)->view(), "é😀ü");
+    for (const std::uint32_t start : {0u, 1u, 3u})
+        for (std::uint32_t length = 1; length < 14; ++length)
+            EXPECT_EQ("a"_ns->stringByPaddingToLength(length, "ü😀x"_ns, start)->view(),
+                      "a"_ns->stringByAppendingString("ü😀xü😀xü😀xü😀xü😀x"_ns->substringFromIndex(start))
+                          ->substringToIndex(length)
+                          ->view());
     EXPECT_THROW("a"_ns->stringByPaddingToLength(2, "xy"_ns, 2), NSRangeException);
     EXPECT_THROW("a"_ns->stringByPaddingToLength(UINT32_MAX, "€"_ns, 0), InvalidArgumentException);
 }

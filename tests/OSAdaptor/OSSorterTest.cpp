@@ -124,6 +124,26 @@ TEST_F(OSSorterTest, TheOrderIsThatOfTheCommandSort) {
     EXPECT_EQ(describe(sorted->stringsJoinedByString("\n"_ns)) + "\n", directory.read("out"));
 }
 
+TEST_F(OSSorterTest, TextsMayBeMadeBySortingInAnotherLanguage) {
+    struct Listing : NSObject {
+        const char *cStringValue() const override {
+            NSMutableArray *const names = NSMutableArray::array();
+            for (const char *const name : {"c", "b", "a"})
+                for (int i = 0; i < 100; ++i)
+                    names->addObject(NSString::stringWithCString(name));
+            return OSSorter::sorterForLanguage("C"_ns)
+                ->sortArrayAscending(names)
+                ->firstObject()
+                ->cStringValue();
+        }
+    };
+    NSMutableArray *const listings = NSMutableArray::array();
+    for (int i = 0; i < 300; ++i)
+        listings->addObject(Ref<Listing>::adopt(new Listing).get());
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_TRUE(OSSorter::sorterForLanguage(""_ns)->sortArrayAscending(listings)->isEqual(listings));
+}
+
 namespace {
 
 // What was asked of the functions.

@@ -21,14 +21,14 @@ protected:
 
 std::string firstLevel(const std::string &words) {
     std::vector<char> keys;
-    text::CollationKeys::inForce().appendFirstLevel(words, keys);
+    text::CollationKeys::inForce()->appendFirstLevel(words, keys);
     return {keys.begin(), keys.end()};
 }
 
 // "(none)" for a text without one.
 std::string nextLevels(const std::string &words) {
     std::vector<char> keys;
-    return text::CollationKeys::inForce().appendNextLevels(words, keys)
+    return text::CollationKeys::inForce()->appendNextLevels(words, keys)
                ? std::string(keys.begin(), keys.end())
                : "(none)";
 }
