@@ -61,6 +61,8 @@ NSString *linkFrom(NSString *page, NSString *target) {
     if (hasScheme(target->view()) || target->hasPrefix("//"_ns))
         return target;
     const std::size_t pathLength = std::min(target->view().find_first_of("?#"), target->view().size());
+    if (pathLength == 0 && target->containsData()) // a place in the page itself
+        return target;
     NSString *const path = NSString::stringWith(target->view().substr(0, pathLength));
     NSString *const rest = NSString::stringWith(target->view().substr(pathLength));
     return wayFrom(page, path)->stringByAppendingString(rest);

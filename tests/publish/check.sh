@@ -129,7 +129,7 @@ page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
 {{#each pages by url as p}}{{link p.url}} {{/each}}
 {{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
-{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}}'
+{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}}'
 publish --quiet "$site" "$out"
 diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
 
@@ -138,7 +138,7 @@ A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
 er.html text.html ../index.html
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
-data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x
+data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top
 TEXT
 rm -r "$out"
 
