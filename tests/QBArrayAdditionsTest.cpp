@@ -5,21 +5,17 @@
 
 using QBArrayAdditionsTest = PoolFixture;
 
-namespace {
-
-NSNumber *number(int value) {
+static NSNumber *number(int value) {
     return NSNumber::numberWithInt(value);
 }
 
 // An array of the text's characters as strings.
-NSArray *letters(std::string_view text) {
+static NSArray *letters(std::string_view text) {
     NSMutableArray *const array = NSMutableArray::array();
     for (const char &letter : text)
         array->addObject(NSString::stringWith({&letter, 1}));
     return array;
 }
-
-} // namespace
 
 TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     EXPECT_EQ(describe(letters("abacb")->uniqueArray()), "(a, b, c)");

@@ -1,5 +1,3 @@
-#include "support/Bytes.h"
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 
 #include <cstdio>
@@ -8,17 +7,13 @@
 
 using EnvironmentTest = PoolFixture;
 
-namespace {
-
 // An open file with those bytes; closed with the pointer.
-std::unique_ptr<std::FILE, int (*)(std::FILE *)> fileWith(const std::string &bytes) {
+static std::unique_ptr<std::FILE, int (*)(std::FILE *)> fileWith(const std::string &bytes) {
     std::FILE *const file = std::tmpfile();
     std::fwrite(bytes.data(), 1, bytes.size(), file);
     std::rewind(file);
     return {file, &std::fclose};
 }
-
-} // namespace
 
 TEST_F(EnvironmentTest, IsReadAndChangedByItsNames) {
     static char variable[] = "QB_TEST_VALUE=a=b";
@@ -46,18 +41,16 @@ TEST_F(EnvironmentTest, WholeEnvironmentIsADictionaryInItsOrder) {
 
 TEST_F(EnvironmentTest, EncodedOneIsReadUpToAnEmptyLine) {
     const std::string longest(8192 - 2, 'x');
-    struct {
-        std::string bytes, expected, rest;
-    } const rows[] = {
+    const std::string rows[][3] = {
         {"\nA=1\n", "{}", "A=1\n"},
         {"A=1\nB=x=y\n\nrest", "{A = 1; B = x=y; }", "rest"},
         {"A=" + longest + "\n\n", "{A = " + longest + "; }", ""},
     };
-    for (const auto &row : rows) {
-        const auto file = fileWith(row.bytes);
-        EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), row.expected);
-        char rest[16] = "";
-        EXPECT_EQ(std::string(rest, std::fread(rest, 1, sizeof rest, file.get())), row.rest);
+    for (const auto &[bytes, expected, rest] : rows) {
+        const auto file = fileWith(bytes);
+        EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), expected);
+        char left[16] = "";
+        EXPECT_EQ(std::string(left, std::fread(left, 1, sizeof left, file.get())), rest);
     }
 }
 

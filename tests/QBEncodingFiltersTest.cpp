@@ -8,9 +8,7 @@ using QBMD5OutputStreamTest = PoolFixture;
 using QBValidCharFilterTest = PoolFixture;
 using Strings = std::vector<std::string>;
 
-namespace {
-
-std::string encoded(const Strings &pieces) {
+static std::string encoded(const Strings &pieces) {
     QBStringOutputStream *const target = QBStringOutputStream::stream();
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target);
     for (const std::string &piece : pieces)
@@ -19,7 +17,7 @@ std::string encoded(const Strings &pieces) {
     return std::string(target->targetString()->view());
 }
 
-std::string decoded(const Strings &pieces) {
+static std::string decoded(const Strings &pieces) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target, /*decode=*/NO);
     for (const std::string &piece : pieces)
@@ -27,8 +25,6 @@ std::string decoded(const Strings &pieces) {
     filter->flush();
     return bytesOf(target->targetData());
 }
-
-} // namespace
 
 TEST_F(QBBase64OutputFilterTest, PiecesAreJoinedAndTheLastGroupIsFilledUp) {
     EXPECT_EQ(encoded({"M"}), "TQ==");

@@ -110,12 +110,8 @@ TEST_F(QBEnumFilterTest, AnswersOfAllKindsAreZeroOrNot) {
 }
 
 TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
-    const struct {
-        const char *message;
-        id argument, argument2;
-        const char *answer;       // of an element
-        const char *targetAnswer; // of a target, about the element
-    } rows[] = {
+    // What an element answers, and what a target does about the element.
+    const std::tuple<const char *, id, id, const char *, const char *> rows[] = {
         {"object", "x"_ns, "y"_ns, "(e)", "(t)"},
         {"takes:", "x"_ns, "y"_ns, "(e<x>)", "(t<e>)"},
         {"takes:two:", nullptr, "y"_ns, "(e<nil, y>)", "(t<e, nil>)"},

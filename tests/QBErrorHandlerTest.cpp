@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/ServicesFixture.h"
 
 #include <new>

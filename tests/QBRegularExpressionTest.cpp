@@ -3,20 +3,16 @@
 
 using QBRegularExpressionTest = PoolFixture;
 
-namespace {
-
-QBRegularExpression *expressionOf(std::string_view pattern, std::int32_t flags = 0) {
+static QBRegularExpression *expressionOf(std::string_view pattern, std::int32_t flags = 0) {
     return static_cast<QBRegularExpression *>(
         QBRegularExpression::regularExpressionWithPattern(NSString::stringWith(pattern), flags));
 }
 
 /// The groups of the first match from that place on, as "(whole, first group)"; "nil" without one.
-std::string searched(std::string_view pattern, std::string_view text, std::int32_t fromIndex = 0) {
+static std::string searched(std::string_view pattern, std::string_view text, std::int32_t fromIndex = 0) {
     auto *const found = expressionOf(pattern)->search(NSString::stringWith(text), fromIndex);
     return found ? describe(found->groups()) : "nil";
 }
-
-} // namespace
 
 TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
     QBRegularExpressionMatchObject *match = expressionOf("(a)(b)")->search("xxab"_ns, 2);

@@ -10,14 +10,12 @@ using QBStringBinaryTextsTest = PoolFixture;
 using QBStringURLEscapingTest = PoolFixture;
 using QBStringMoneySupportTest = PoolFixture;
 
-namespace {
-
-NSString *string(std::string_view bytes) {
+static NSString *string(std::string_view bytes) {
     return NSString::stringWith(bytes);
 }
 
 // The classical encoder: sixty characters a line, a backquote for 0.
-std::string uuencoded(std::string_view bytes) {
+static std::string uuencoded(std::string_view bytes) {
     std::string text = "junk\nbegin 644 name\n";
     const auto digit = [](std::size_t value) {
         return value % 64 == 0 ? '`' : static_cast<char>(' ' + value % 64);
@@ -35,8 +33,6 @@ std::string uuencoded(std::string_view bytes) {
     }
     return text + "`\nend\nmore\n";
 }
-
-} // namespace
 
 TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string("TWFu IGlz\n")->decodeBase64()), "Man is");

@@ -1,15 +1,13 @@
-#include "support/Bytes.h"
-#include "support/PoolFixture.h"
+#include "support/DirectoryFixture.h"
 #include "support/RandomValues.h"
 #include "support/SmallStack.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cmath>
 #include <functional>
 #include <random>
 
 using namespace std::string_literals;
-using NSArchiverTest = PoolFixture;
+using NSArchiverTest = DirectoryFixture;
 
 namespace {
 
@@ -54,13 +52,6 @@ NSArray *nodeClasses() {
     NSMutableArray *classes = NSMutableArray::arrayWithArray(NSUnarchiver::valueClasses());
     classes->addObject(TreeNode::cls());
     return classes;
-}
-
-id nestedArrays(unsigned depth) {
-    Ref<NSArray> outer = NSArray::init();
-    for (unsigned i = 1; i < depth; ++i)
-        outer = NSArray::initWith({outer.get()});
-    return outer.autorelease();
 }
 
 /// An archive of those names, objects (class and values) and root.
@@ -125,10 +116,7 @@ TEST_F(NSArchiverTest, EveryCutArchiveIsAnError) {
 
 TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
     const std::string one = "\2\0"s; // the root's value: object 0
-    const struct {
-        NSData *archive;
-        const char *values;
-    } rows[] = {
+    const std::pair<NSData *, const char *> rows[] = {
         {nullptr, "0 it is no archive"},
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
@@ -166,10 +154,10 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[archive, values] : rows) {
         ErrorExpectation error(900002);
-        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(row.archive), nullptr) << row.values;
-        EXPECT_EQ(error.values(), row.values);
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(archive), nullptr) << values;
+        EXPECT_EQ(error.values(), values);
         EXPECT_EQ(error.place().substr(0, 28), "src/Foundation/NSUnarchiver:");
     }
 }
@@ -177,10 +165,10 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
 TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
     EXPECT_TRUE(runOnSmallStack([] {
         NSAutoreleasePool pool;
-        NSData *deepest = NSArchiver::archivedDataWithRootObject(nestedArrays(256));
-        EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(nestedArrays(256)));
+        NSData *deepest = NSArchiver::archivedDataWithRootObject(arraysInArrays(255).get());
+        EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(arraysInArrays(255).get()));
         expectError(900005, "objects lie inside each other deeper than 256", [&] {
-            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(nestedArrays(257)), nullptr);
+            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(arraysInArrays(256).get()), nullptr);
         });
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
@@ -350,12 +338,11 @@ TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {
 }
 
 TEST_F(NSArchiverTest, FilesKeepTheirOldArchiveWhenANewOneCannotBeMade) {
-    TemporaryDirectory directory;
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithFloat(HUGE_VALF)});
-    EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, directory.string("archive")));
-    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
+    EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, path("archive")));
+    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(path("archive"))->isEqual(value));
     expectError(900005, "objects lie inside each other deeper than 256", [&] {
-        EXPECT_FALSE(NSArchiver::archiveRootObject(nestedArrays(300), directory.string("archive")));
+        EXPECT_FALSE(NSArchiver::archiveRootObject(arraysInArrays(300).get(), path("archive")));
     });
-    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(directory.string("archive"))->isEqual(value));
+    EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(path("archive"))->isEqual(value));
 }

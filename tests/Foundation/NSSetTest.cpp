@@ -1,16 +1,11 @@
-#include "support/Faults.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 using NSSetTest = PoolFixture;
 
-namespace {
-
-std::string elements(NSSet *set) {
+static std::string elements(NSSet *set) {
     return describe(set->allObjects());
 }
-
-} // namespace
 
 TEST_F(NSSetTest, KeepsTheFirstOfEqualElementsInOrder) {
     NSString *const first = NSString::stringWith("b");

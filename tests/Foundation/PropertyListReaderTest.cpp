@@ -5,18 +5,14 @@
 using PropertyListReaderTest = PoolFixture;
 using namespace std::string_view_literals;
 
-namespace {
-
-std::string read(std::string_view text) {
+static std::string read(std::string_view text) {
     return describe(NSString::stringWith(text)->propertyList());
 }
 
 // An array inside an array ... `depth` levels.
-std::string nested(unsigned depth) {
+static std::string nested(unsigned depth) {
     return std::string(depth, '(') + std::string(depth, ')');
 }
-
-} // namespace
 
 TEST_F(PropertyListReaderTest, ReadsEachKindOfValue) {
     const std::pair<std::string_view, std::string_view> rows[] = {

@@ -6,19 +6,15 @@
 
 using OSFilePathTextTest = PoolFixture;
 
-namespace {
-
-std::string simplified(std::string_view path) {
+static std::string simplified(std::string_view path) {
     return describe(OSFilePath::stringBySimplifyingPath(NSString::stringWith(path)));
 }
 
-std::string takeText(char *text) {
+static std::string takeText(char *text) {
     const std::string copy = text ? text : "nil";
     std::free(text);
     return copy;
 }
-
-} // namespace
 
 // Others are compared with a plain model in fuzz/Paths.cpp.
 TEST_F(OSFilePathTextTest, SimplificationKeepsTheEndThatMeansNothing) {

@@ -7,15 +7,13 @@
 
 using OSProcessDetachedTest = ServicesFixture;
 
-namespace {
-
-bool hasNoChild() {
+static bool hasNoChild() {
     return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
 }
 
 /// What is logged, by processes whose ids nobody is told, until all ends of a pipe that `start` gets are
 /// closed.
-std::string logOf(auto start) {
+static std::string logOf(auto start) {
     CapturedOutput output;
     OSPipe *const held = OSPipe::pipe();
     start(held);
@@ -23,8 +21,6 @@ std::string logOf(auto start) {
     contentOf(held);
     return std::regex_replace(output.end(), std::regex("^.*?\\(\\d+\\) \\[\\] "), "");
 }
-
-} // namespace
 
 TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {
     OSPipe *const input = OSPipe::pipe();

@@ -6,19 +6,15 @@
 
 using OSProcessExternalCommandTest = ServicesFixture;
 
-namespace {
-
-void run(const char *text) {
+static void run(const char *text) {
     OSProcess::runExternalCmd("sh"_ns, script(text), nullptr);
 }
 
-int freeDescriptor() {
+static int freeDescriptor() {
     const int descriptor = ::dup(0);
     ::close(descriptor);
     return descriptor;
 }
-
-} // namespace
 
 TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     const int before = freeDescriptor();

@@ -1,7 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
 #include "support/Allocations.h"
-#include "support/Faults.h"
 #include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
 

@@ -5,17 +5,13 @@
 
 using OSProcessWaitingTest = ServicesFixture;
 
-namespace {
-
-OSProcess *start(const char *text) {
+static OSProcess *start(const char *text) {
     return OSProcess::subProcessWithCommand("sh"_ns, script(text), nullptr);
 }
 
-OSProcess *sleeper() {
+static OSProcess *sleeper() {
     return OSProcess::subProcessWithCommand("sleep"_ns, NSArray::arrayWithObject("60"_ns), nullptr);
 }
-
-} // namespace
 
 TEST_F(OSProcessWaitingTest, ExitCodeIsThatOfTheProgramAnd0AfterASignal) {
     std::int32_t code = -1;

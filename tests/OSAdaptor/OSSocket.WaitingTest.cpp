@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 

@@ -1,4 +1,3 @@
-#include "support/Faults.h"
 #include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 #include "support/SocketPair.h"
@@ -32,18 +31,15 @@ bool isCloseOnExec(const OSSocket *socket) {
     return (::fcntl(socket->socketHandle(), F_GETFD) & FD_CLOEXEC) != 0;
 }
 
-class OSSocketTest : public ServicesFixture {
-protected:
-    const TemporaryDirectory directory_;
-};
-
 } // namespace
+
+using OSSocketTest = ServicesFixture;
 
 TEST_F(OSSocketTest, PlacesOfStandardStreamsStayFree) {
     const int kept = ::dup(STDIN_FILENO);
     ::close(STDIN_FILENO);
-    OSSocket *const server = OSSocket::serverSocketWithName(directory_.string("socket"));
-    OSSocket *const client = OSSocket::clientSocketWithName(directory_.string("socket"));
+    OSSocket *const server = OSSocket::serverSocketWithName(path("socket"));
+    OSSocket *const client = OSSocket::clientSocketWithName(path("socket"));
     for (const OSSocket *socket : {server, client, OSSocket::acceptSocketFromListener(server)})
         EXPECT_GT(socket->socketHandle(), STDERR_FILENO);
     ::dup2(kept, STDIN_FILENO);
@@ -52,7 +48,7 @@ TEST_F(OSSocketTest, PlacesOfStandardStreamsStayFree) {
 
 TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
     std::filesystem::create_symlink("nowhere", directory_ / "socket");
-    NSString *const name = directory_.string("socket");
+    NSString *const name = path("socket");
     ASSERT_TRUE(OSSocket::serverSocketWithName(name));
     std::filesystem::remove(directory_ / "socket");
     directory_.write("socket", "an old file");
@@ -75,12 +71,12 @@ TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
 
 TEST_F(OSSocketTest, NamesOfUnixSocketsAreChecked) {
     const std::string longest(107 - directory_.path().size() - 1, 'x');
-    EXPECT_TRUE(OSSocket::serverSocketWithName(directory_.string(longest)));
-    EXPECT_TRUE(OSSocket::clientSocketWithName(directory_.string(longest)));
-    NSString *const tooLong = directory_.string(longest + "x");
+    EXPECT_TRUE(OSSocket::serverSocketWithName(path(longest)));
+    EXPECT_TRUE(OSSocket::clientSocketWithName(path(longest)));
+    NSString *const tooLong = path(longest + "x");
     NSString *const withNul = NSString::stringWith({"a\0b", 3});
     directory_.write("tree/file", "");
-    NSString *const tree = directory_.string("tree");
+    NSString *const tree = path("tree");
     const auto makeServer = [](NSString *name) { return [=] { OSSocket::serverSocketWithName(name); }; };
     const auto makeClient = [](NSString *name) { return [=] { OSSocket::clientSocketWithName(name); }; };
     expectError(100065, "", makeServer(nullptr));
@@ -114,22 +110,18 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
 }
 
 TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
-    const struct {
-        Call call;
-        int error, number;
-        std::string values;
-    } rows[] = {
+    const std::tuple<Call, int, int, std::string> rows[] = {
         {Call::socket, EMFILE, 100061, "Too many open files"},
         {Call::setsockopt, ENOMEM, 900050, std::to_string(SO_LINGER) + " Cannot allocate memory"},
         {Call::listen, ENOBUFS, 100073, "No buffer space available"},
     };
     const std::ptrdiff_t before = openDescriptors();
-    for (const auto &row : rows) {
+    for (const auto &[call, error, number, values] : rows) {
         const NSAutoreleasePool pool;
-        const Fault fault(row.call, /*skip=*/0, /*times=*/1, row.error);
-        expectError(row.number, row.values, [] { EXPECT_FALSE(OSSocket::serverSocketOnHost(nullptr, 0)); });
+        const Fault fault(call, /*skip=*/0, /*times=*/1, error);
+        expectError(number, values, [] { EXPECT_FALSE(OSSocket::serverSocketOnHost(nullptr, 0)); });
     }
-    NSString *const name = directory_.string("socket");
+    NSString *const name = path("socket");
     const Fault fault(Call::listen, /*skip=*/0, /*times=*/1, ENOBUFS);
     expectError(100073, "No buffer space available", [&] { OSSocket::initServerSocketWithName(name); });
     EXPECT_FALSE(directory_.has("socket"));

@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace {
-
-void expectWorded(int number, const qb::ArgList &values) {
+static void expectWorded(int number, const qb::ArgList &values) {
     const qb::ErrorNumber *const error = qb::errorNumber(number);
     if (!error)
         return;
@@ -20,8 +18,6 @@ void expectWorded(int number, const qb::ArgList &values) {
     NSString *const text = NSString::stringWithRestrictedFormatAndArglist(error->format, values);
     EXPECT_NE(text->view(), error->format) << "the text of " << number << " can't take its values";
 }
-
-} // namespace
 
 std::uint32_t listedValueCount(const qb::ErrorNumber &error) {
     const std::string_view values = error.values;

@@ -9,16 +9,12 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string makeDirectoryIn(const fs::path &parent) {
+static std::string makeDirectoryIn(const fs::path &parent) {
     std::string path = fs::canonical(parent) / "qb-test-XXXXXX";
     if (!::mkdtemp(path.data()))
         throw std::runtime_error("no temporary directory can be made: " + path);
     return path;
 }
-
-} // namespace
 
 TemporaryDirectory::TemporaryDirectory() : made_(makeDirectoryIn(fs::temp_directory_path())), path_(made_) {}
 
