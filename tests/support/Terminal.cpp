@@ -52,7 +52,8 @@ bool Terminal::answer(const std::string &text, const std::string &answer) {
 
 std::string Terminal::end() {
     if (process_ > 0) {
-        while (readMore()) {
+        // A read may fail while the last of what a program wrote is still on its way.
+        while (readMore() || (::usleep(1000), readMore())) {
         }
         ::close(terminal_);
         int status = 0;
