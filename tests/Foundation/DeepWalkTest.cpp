@@ -63,7 +63,7 @@ TEST_F(DeepWalkTest, NestedArraysAreDestroyedWithoutMemory) {
             array->addObject(object);
             object = array;
         }
-        EXPECT_TRUE(runOnSmallStack([&] {
+        EXPECT_TRUE(runOnSmallStack([&, failures = failures] {
             const AllocationFault fault(/*skip=*/0, failures);
             object = nullptr;
         })) << leaves;
