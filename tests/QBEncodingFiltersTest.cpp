@@ -69,7 +69,8 @@ TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {
         {"TW=uTWFu", "", "src/QBBase64OutputFilter:146"},
         {"TWFuTWF", "Man", "src/QBBase64OutputFilter:212"}};
     for (const auto &[text, result, place] : rows)
-        expectErrorAt(place, 50052, "", [&] { EXPECT_EQ(decoded({text}), result); });
+        expectErrorAt(place, 50052, "",
+                      [text = text, result = result] { EXPECT_EQ(decoded({text}), result); });
 }
 
 TEST_F(QBBase64OutputFilterTest, AWriteBehindAMalformedOneStartsAnew) {
