@@ -41,13 +41,12 @@ NSString *shown(NSCalendarDate *date, NSString *format) {
 }
 
 // The format, with the zeros that "%Y" does not write.
-NSString *paddedForm(const char *format, NSCalendarDate *date) {
-    NSString *const form = NSString::stringWithCString(format);
-    const std::uint32_t digits = shown(date, "%Y"_ns)->length();
-    if (digits >= 4)
-        return form;
-    NSString *const zeros = "000"_ns->substringToIndex(4 - digits);
-    return form->stringByReplacingSubstring("%Y"_ns, zeros->stringByAppendingString("%Y"_ns));
+NSString *paddedForm(NSString *format, NSCalendarDate *date) {
+    constexpr NSTimeInterval kYear1000 = -30'610'224'000; // since 1970
+    if (date->timeIntervalSince1970() >= kYear1000)
+        return format;
+    NSString *const zeros = "000"_ns->substringToIndex(4 - shown(date, "%Y"_ns)->length());
+    return format->stringByReplacingSubstring("%Y"_ns, zeros->stringByAppendingString("%Y"_ns));
 }
 
 } // namespace
@@ -61,11 +60,11 @@ NSCalendarDate *dateIn(NSString *text) {
 
 // The texts are sorted, too, so that each year has four digits.
 NSString *isoText(NSCalendarDate *date) {
-    return shown(date, paddedForm("%Y-%m-%dT%H:%M:%SZ", date));
+    return shown(date, paddedForm("%Y-%m-%dT%H:%M:%SZ"_ns, date));
 }
 
 NSString *httpText(NSCalendarDate *date) {
-    return shown(date, paddedForm("%a, %d %b %Y %H:%M:%S GMT", date));
+    return shown(date, paddedForm("%a, %d %b %Y %H:%M:%S GMT"_ns, date));
 }
 
 } // namespace publish
