@@ -200,7 +200,7 @@ class StandardMemorySink {
 public:
     void put(char byte) { stream_.put(byte); }
     void write(const char *data, std::uint32_t length) { stream_.write(data, length); }
-    std::uint32_t end() { return static_cast<std::uint32_t>(stream_.str().size()); }
+    std::uint32_t end() { return static_cast<std::uint32_t>(stream_.view().size()); }
 
 private:
     std::ostringstream stream_;
@@ -342,9 +342,8 @@ public:
 template <class Stream>
 class StandardSource {
 public:
-    explicit StandardSource(const std::string &name,
-                            std::ios::openmode mode = std::ios::binary | std::ios::in)
-        : stream_(name, mode) {}
+    template <class Of>
+    explicit StandardSource(Of &of) : stream_(of) {}
     int get() { return stream_.get(); }
     std::uint32_t read(char *data, std::uint32_t length) {
         stream_.read(data, length);
@@ -363,9 +362,17 @@ private:
 
 using StandardFileSource = StandardSource<std::ifstream>;
 
-class StandardMemorySource : public StandardSource<std::istringstream> {
+class StandardMemorySource : public StandardSource<std::istringstream &> {
 public:
-    explicit StandardMemorySource(const std::string &) : StandardSource(text()) {}
+    explicit StandardMemorySource(const std::string &) : StandardSource(stream()) {}
+
+private:
+    static std::istringstream &stream() { // one, because each makes its copy of the text
+        static std::istringstream stream(text());
+        stream.clear();
+        stream.seekg(0);
+        return stream;
+    }
 };
 
 #if QB_HAVE_QT

@@ -8,21 +8,15 @@
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/RestrictedFormat.h"
-#include "Text/Room.h"
 
-#include <algorithm>
-#include <string>
 #include <string_view>
-#include <utility>
 
 namespace {
 
 using qb::Conversion;
 using qb::Value;
 
-constexpr std::string_view kSkippedLetters = "LZlq";
-
-constexpr std::size_t kLargestBuffer = 4096; // that is kept
+constexpr qb::Letters kSkippedLetters("LZlq");
 
 // Where a conversion's value comes from, and how it is written. `write` returns false when the format is
 // invalid.
@@ -30,7 +24,7 @@ class ArgListSource {
 public:
     explicit ArgListSource(const qb::ArgList &values) : values_(values) {}
 
-    bool write(const Conversion &conversion, std::string &target) {
+    bool write(const Conversion &conversion, qb::text::Builder &target) {
         return next_ != values_.count() && conversion.appendValue(target, values_[next_++]);
     }
 
@@ -43,7 +37,7 @@ class ObjectsSource {
 public:
     explicit ObjectsSource(NSArray *objects) : objects_(objects) {}
 
-    bool write(const Conversion &conversion, std::string &target) {
+    bool write(const Conversion &conversion, qb::text::Builder &target) {
         const id object = objects_ && next_ < objects_->count() ? objects_->objectAtIndex(next_++) : nullptr;
         if (conversion.letter() == 's')
             return writeText(object, conversion, target);
@@ -59,7 +53,7 @@ public:
     }
 
 private:
-    static bool writeText(id object, const Conversion &conversion, std::string &target) {
+    static bool writeText(id object, const Conversion &conversion, qb::text::Builder &target) {
         auto *string = qb::castOrNil<NSString>(object);
         const char *const text = object && !string ? object->cStringValue() : nullptr;
         if (!string && !text)
@@ -104,11 +98,10 @@ bool isConversionLetter(char letter) {
            (letter >= 'e' && letter <= 'g') || letter == 'E';
 }
 
-// Appends the filled format to `target`. Returns false, with `target` as it was, when the format is invalid.
+// Appends the filled format to `target`. Returns false when the format is invalid.
 template <class Source>
-bool fill(std::string_view format, Source source, std::string &target) {
+bool fill(qb::text::Builder &target, std::string_view format, Source source) {
     format = format.substr(0, format.find('\0'));
-    const std::size_t start = target.size();
     for (std::size_t position = 0; position < format.size();) {
         std::size_t percent = position; // literal texts are short: faster than a call that searches
         while (percent < format.size() && format[percent] != '%')
@@ -116,30 +109,22 @@ bool fill(std::string_view format, Source source, std::string &target) {
         const std::string_view literal = format.substr(position, percent - position);
         position = percent + 1;
         Conversion conversion;
-        bool isValid = percent == format.size() || conversion.read(format, position, kSkippedLetters);
-        if (conversion.letter() != '%') // "%%" drops itself and the literal text before it
-            qb::text::append(target, literal);
-        if (conversion.letter() != '%' && conversion.letter() != 0)
-            isValid = isValid && isConversionLetter(conversion.letter()) && source.write(conversion, target);
-        if (!isValid) {
-            target.resize(start);
+        if (percent < format.size() && !conversion.read(format, position, kSkippedLetters))
             return false;
-        }
+        if (conversion.letter() == '%') // drops itself and the literal text before it
+            continue;
+        target.append(literal);
+        if (conversion.letter() != 0 &&
+            !(isConversionLetter(conversion.letter()) && source.write(conversion, target)))
+            return false;
     }
     return true;
 }
 
-// One buffer serves text after text. It is taken away while one is made, because objects may fill formats for
-// their own texts.
 template <class Source>
 Ref<NSString> filled(std::string_view format, Source source) {
-    static std::string &buffer = *new std::string;
-    std::string text = std::exchange(buffer, {});
-    text.clear();
-    Ref<NSString> result = NSString::initWith(fill(format, source, text) ? std::string_view(text) : format);
-    if (text.capacity() <= kLargestBuffer)
-        buffer = std::move(text);
-    return result;
+    qb::text::Builder text;
+    return NSString::initWith(fill(text, format, source) ? text.view() : format);
 }
 
 } // namespace
@@ -186,6 +171,6 @@ NSString *NSString::stringWithRestrictedFormatAndObjects(NSString *format, NSArr
 void NSMutableString::appendRestrictedFormatWithArgList(NSString *format, const qb::ArgList &argList) {
     if (!format)
         return;
-    std::string text;
-    append(fill(format->view(), ArgListSource(argList), text) ? std::string_view(text) : format->view());
+    qb::text::Builder text;
+    append(fill(text, format->view(), ArgListSource(argList)) ? text.view() : format->view());
 }

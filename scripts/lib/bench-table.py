@@ -1,4 +1,5 @@
-"""Prints one line for each measured row: our median, the best peer's with its name, and the ratio of the two.
+"""Prints one line for each measured row: our median, the best peer's with its name, the ratio of the two, and the other
+peers with theirs.
 
 A benchmark is called Group/Row/who, where who is `ours` or a peer's name. A counter `bytes` counts instead of the time.
 """
@@ -36,16 +37,15 @@ def main(path):
                 row, who = split_name(entry["run_name"])
                 rows[row][who] = measure(entry)
 
-    print(f"{'row':44} {'ours':>17} {'best peer':>17} {'':16} {'ratio':>6}")
+    print(f"{'row':44} {'ours':>17} {'best peer':>17} {'':16} {'ratio':>6}  others")
     for row, measured in rows.items():
         ours = measured.pop("ours", None)
-        best = min(measured, key=lambda who: measured[who][0], default=None)
         line = f"{row:44} " + (f"{ours[0]:14,.2f} {ours[1]:2}" if ours else f"{'-':>17}")
-        if best:
-            line += f" {measured[best][0]:14,.2f} {measured[best][1]:2} {best:16}"
-        if best and ours and measured[best][0]:
-            line += f" {ours[0] / measured[best][0]:6.2f}"
-        print(line)
+        ratios = [f"{ours[0] / amount:6.2f}" if ours and amount else "" for amount, _ in measured.values()]
+        peers = sorted(zip(measured, measured.values(), ratios), key=lambda peer: peer[1][0])
+        for who, (amount, unit), ratio in peers[:1]:
+            line += f" {amount:14,.2f} {unit:2} {who:16} {ratio:6}"
+        print(f"{line}  {', '.join(f'{who} {ratio.strip()}' for who, _, ratio in peers[1:])}".rstrip())
 
 
 main(sys.argv[1])

@@ -3,7 +3,6 @@
 #include <QBFoundation/Foundation/NSString.h>
 
 #include "Text/Numbers.h"
-#include "Text/Room.h"
 
 #include <algorithm>
 #include <array>
@@ -68,15 +67,14 @@ bool textOf(const Value &value, std::string_view &text) {
 
 // --- Reading ---
 
-bool Conversion::read(std::string_view format, std::size_t &position, std::string_view skipped) {
+bool Conversion::read(std::string_view format, std::size_t &position, Letters skipped) {
     letter_ = 0;
     while (position < format.size()) {
         const char character = format[position++];
         if (character >= '0' && character <= '9') {
             if (!addDigit(static_cast<std::uint32_t>(character - '0')))
                 return false;
-        } else if (!readModifier(character) &&
-                   std::find(skipped.begin(), skipped.end(), character) == skipped.end()) {
+        } else if (!readModifier(character) && !skipped.contains(character)) {
             letter_ = character;
             return true;
         }
@@ -132,7 +130,7 @@ bool Conversion::takeStar(const Value &value) {
 
 // --- Rendering ---
 
-bool Conversion::appendValue(std::string &target, const Value &value) const {
+bool Conversion::appendValue(text::Builder &target, const Value &value) const {
     if (isIntegerLetter(letter_)) {
         if (!servesInteger(value))
             return false;
@@ -154,18 +152,17 @@ bool Conversion::appendValue(std::string &target, const Value &value) const {
     return true;
 }
 
-void Conversion::appendInteger(std::string &target, const Value &value) const {
+void Conversion::appendInteger(text::Builder &target, const Value &value) const {
     const bool isDecimal = letter_ == 'd' || letter_ == 'i';
     const bool isNegative = isDecimal && value.isSigned() && value.integer() < 0;
     const std::uint64_t number =
         isNegative ? 0 - static_cast<std::uint64_t>(value.integer()) : unsignedBits(value);
-    std::array<char, kMostDigits> buffer;
-    if (isDecimal && isPlain()) { // nearly all
-        buffer[0] = '-';
-        text::append(target,
-                     {buffer.data(), isNegative + text::formatInteger(number, buffer.data() + isNegative)});
-        return;
+    if ((isDecimal || letter_ == 'u') && isPlain()) { // nearly all
+        char *const place = target.room(text::kLongestInteger);
+        place[0] = '-';
+        return target.commit(isNegative + text::formatInteger(number, place + isNegative));
     }
+    std::array<char, kMostDigits> buffer;
     char *digits = buffer.data();
     char *end = digits;
     if (isDecimal || letter_ == 'u')
@@ -181,24 +178,25 @@ void Conversion::appendInteger(std::string &target, const Value &value) const {
 }
 
 // `digits` of zero are none.
-void Conversion::appendDigits(std::string &target, std::string_view sign, std::string_view digits) const {
+void Conversion::appendDigits(text::Builder &target, std::string_view sign, std::string_view digits) const {
     std::size_t least = precision_ == kNone ? 1 : precision_;
     if (flags_ & kAlternate && letter_ == 'o')
         least = std::max(least, digits.size() + 1);
     std::size_t zeros = least > digits.size() ? least - digits.size() : 0;
     const std::size_t length = sign.size() + zeros + digits.size();
     std::size_t padding = width_ > length ? width_ - length : 0;
-    text::requireRoom(target, length + std::uint64_t{padding});
     if (flags_ & kZero && !(flags_ & kLeft) && precision_ == kNone)
         zeros += std::exchange(padding, 0);
     if (!(flags_ & kLeft))
         target.append(padding, ' ');
-    target.append(sign).append(zeros, '0').append(digits);
+    target.append(sign);
+    target.append(zeros, '0');
+    target.append(digits);
     if (flags_ & kLeft)
         target.append(padding, ' ');
 }
 
-void Conversion::appendAddress(std::string &target, const void *address) const {
+void Conversion::appendAddress(text::Builder &target, const void *address) const {
     if (!address)
         return appendPadded(target, "(nil)");
     Conversion asInteger = *this;
@@ -207,7 +205,7 @@ void Conversion::appendAddress(std::string &target, const void *address) const {
     asInteger.appendInteger(target, reinterpret_cast<std::uintptr_t>(address));
 }
 
-void Conversion::appendReal(std::string &target, double value) const {
+void Conversion::appendReal(text::Builder &target, double value) const {
     std::string format = "%";
     for (const auto &[flag, character] :
          {std::pair(kLeft, '-'), std::pair(kPlus, '+'), std::pair(kBlank, ' '), std::pair(kAlternate, '#'),
@@ -218,33 +216,25 @@ void Conversion::appendReal(std::string &target, double value) const {
     format += letter_;
     const int width = static_cast<int>(width_);
     const int precision = precision_ == kNone ? -1 : static_cast<int>(precision_); // -1: none given
-    std::array<char, 128> buffer;
-    // Many digits need memory for themselves.
-    const auto print = [&](char *bytes, std::size_t size) {
-        const int length = std::snprintf(bytes, size, format.c_str(), width, precision, value);
+    const auto print = [&](std::size_t room) {
+        const int length = std::snprintf(target.room(room), room, format.c_str(), width, precision, value);
         return length < 0 ? throw std::bad_alloc() : static_cast<std::size_t>(length);
     };
-    const std::size_t length = print(buffer.data(), buffer.size());
-    if (length < buffer.size()) {
-        text::append(target, {buffer.data(), length});
-        return;
-    }
-    text::requireRoom(target, length + std::uint64_t{1});
-    const std::size_t start = target.size();
-    target.resize(start + length + 1);
-    print(target.data() + start, length + 1);
-    target.pop_back();
+    constexpr std::size_t kUsualRoom = 128;
+    const std::size_t length = print(kUsualRoom);
+    if (length >= kUsualRoom)
+        print(length + 1);
+    target.commit(length);
 }
 
 // Not through printf, which would end the text at a NUL.
-void Conversion::appendPadded(std::string &target, std::string_view text) const {
+void Conversion::appendPadded(text::Builder &target, std::string_view text) const {
     if (width_ <= text.size())
-        return text::append(target, text);
+        return target.append(text);
     const std::size_t padding = width_ - text.size();
-    text::requireRoom(target, width_);
     if (!(flags_ & kLeft))
         target.append(padding, ' ');
-    target += text;
+    target.append(text);
     if (flags_ & kLeft)
         target.append(padding, ' ');
 }

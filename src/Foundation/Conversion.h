@@ -4,11 +4,25 @@
 
 #include <QBFoundation/Runtime/Value.h>
 
+#include "Text/Builder.h"
+
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace qb {
+
+/// Some letters.
+class Letters {
+public:
+    explicit consteval Letters(std::string_view letters) {
+        for (const char letter : letters)
+            bits_ |= std::uint64_t{1} << (letter & 63);
+    }
+    bool contains(char character) const { return character >= '@' && (bits_ >> (character & 63) & 1) != 0; }
+
+private:
+    std::uint64_t bits_ = 0;
+};
 
 /// A conversion as it was read: its flags, width and precision, and its letter.
 ///
@@ -23,7 +37,7 @@ public:
     /// a digit, a "." nor one of `skipped`; that is the letter then, 0 when the format ends before it.
     ///
     /// Flags count wherever they stand. Returns false when the width or the precision is too large.
-    bool read(std::string_view format, std::size_t &position, std::string_view skipped);
+    bool read(std::string_view format, std::size_t &position, Letters skipped);
 
     /// Takes a value for the "*" that was read as the letter: the precision behind a ".", else the width.
     /// Returns false when it is no integer, or too large.
@@ -36,18 +50,18 @@ public:
     /// Returns false, with `target` as it was, when the letter is another, or the value of another kind:
     /// integers and addresses serve the integer conversions, characters and integers c, C strings and strings
     /// that are not null s.
-    bool appendValue(std::string &target, const Value &value) const;
+    bool appendValue(text::Builder &target, const Value &value) const;
 
     /// Appends an integer for d, i, o, u, x, X.
-    void appendInteger(std::string &target, const Value &value) const;
+    void appendInteger(text::Builder &target, const Value &value) const;
     /// Appends a floating-point number for e, E, f, F, g, G, a, A.
-    void appendReal(std::string &target, double value) const;
+    void appendReal(text::Builder &target, double value) const;
     /// Appends an address for p.
-    void appendAddress(std::string &target, const void *address) const;
+    void appendAddress(text::Builder &target, const void *address) const;
     /// Appends a character for c.
-    void appendCharacter(std::string &target, char value) const { appendPadded(target, {&value, 1}); }
+    void appendCharacter(text::Builder &target, char value) const { appendPadded(target, {&value, 1}); }
     /// Appends a text for s; a precision cuts it.
-    void appendText(std::string &target, std::string_view text) const {
+    void appendText(text::Builder &target, std::string_view text) const {
         appendPadded(target, text.substr(0, precision_));
     }
 
@@ -57,8 +71,8 @@ private:
     bool isPlain() const { return width_ == 0 && precision_ == kNone && flags_ == 0; }
     bool readModifier(char character);
     bool addDigit(std::uint32_t digit);
-    void appendPadded(std::string &target, std::string_view text) const;
-    void appendDigits(std::string &target, std::string_view sign, std::string_view digits) const;
+    void appendPadded(text::Builder &target, std::string_view text) const;
+    void appendDigits(text::Builder &target, std::string_view sign, std::string_view digits) const;
 
     static constexpr std::uint32_t kNone = UINT32_MAX;
 

@@ -6,11 +6,8 @@
 
 #include "Foundation/Conversion.h"
 #include "Foundation/NSString.Tables.h"
-#include "Text/Room.h"
 
 #include <algorithm>
-#include <optional>
-#include <string>
 #include <string_view>
 
 namespace {
@@ -19,7 +16,7 @@ using qb::Conversion;
 using qb::Kind;
 using qb::Value;
 
-constexpr std::string_view kLengthLetters = "hlLqjzt";
+constexpr qb::Letters kLengthLetters("hlLqjzt");
 
 bool isAnyPointer(const Value &value) {
     return value.isNull() || value.pointer() || value.object() || value.function();
@@ -32,7 +29,7 @@ const void *addressOf(const Value &value) {
 }
 
 // Appends one value. Returns false when it does not serve the conversion.
-bool appendValue(std::string &target, const Conversion &conversion, const Value &value) {
+bool appendValue(qb::text::Builder &target, const Conversion &conversion, const Value &value) {
     if (conversion.letter() == 'p') {
         if (!isAnyPointer(value))
             return false;
@@ -60,34 +57,34 @@ bool readConversion(std::string_view format, std::size_t &position, Conversion &
     return false;
 }
 
-// Fills the format; nothing when it is invalid. A format that ends inside a conversion loses that.
-std::optional<std::string> filled(std::string_view format, const qb::ArgList &values) {
-    std::string target;
+// Appends the filled format. Returns false when it is invalid. A format that ends inside a conversion loses
+// that.
+bool fill(qb::text::Builder &target, std::string_view format, const qb::ArgList &values) {
     std::uint32_t next = 0;
     for (std::size_t position = 0; position < format.size();) {
         const std::size_t percent = std::min(format.find('%', position), format.size());
-        qb::text::append(target, format.substr(position, percent - position));
+        target.append(format.substr(position, percent - position));
         position = percent + 1;
         if (percent == format.size())
             break;
         Conversion conversion;
         if (!readConversion(format, position, conversion, values, next))
-            return std::nullopt;
+            return false;
         if (conversion.letter() == '%')
-            target += '%';
+            target.append(1, '%');
         else if (conversion.letter() != 0 &&
                  (next == values.count() || !appendValue(target, conversion, values[next++])))
-            return std::nullopt;
+            return false;
     }
-    return target;
+    return true;
 }
 
 Ref<NSString> initWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
     if (!format)
         return {};
     const Ref<NSString> kept = format->copy(); // descriptions may change a mutable one
-    const std::optional<std::string> text = filled(kept->view(), argList);
-    return NSString::initOfClass(asked, text ? std::string_view(*text) : kept->view());
+    qb::text::Builder text;
+    return NSString::initOfClass(asked, fill(text, kept->view(), argList) ? text.view() : kept->view());
 }
 NSString *stringWithFormatOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
     return initWithFormatOfClass(asked, format, argList).autorelease();
