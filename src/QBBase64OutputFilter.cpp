@@ -5,6 +5,7 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "TargetClosing.h"
 #include "Text/Base64.h"
 
 #include <algorithm>
@@ -79,8 +80,7 @@ void QBBase64OutputFilter::flush() {
 }
 
 void QBBase64OutputFilter::close() {
-    flush();
-    target_->close();
+    qb::closeAfter(target_, [this] { flush(); });
 }
 
 void QBBase64OutputFilter::completeGroup() {

@@ -10,6 +10,7 @@
 #include "System/Clock.h"
 #include "System/Memory.h"
 #include "System/Process.h"
+#include "TargetClosing.h"
 #include "Text/Blowfish.h"
 
 #include <algorithm>
@@ -215,13 +216,7 @@ void QBBlowfishOutputFilter::close() {
     if (isClosed_)
         return;
     isClosed_ = true;
-    try {
-        isDeciphering_ ? endDeciphering() : endEnciphering();
-    } catch (...) { // a client's error handler may throw
-        target_->close();
-        throw;
-    }
-    target_->close();
+    qb::closeAfter(target_, [this] { isDeciphering_ ? endDeciphering() : endEnciphering(); });
 }
 
 void QBBlowfishOutputFilter::endEnciphering() {

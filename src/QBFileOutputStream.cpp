@@ -194,8 +194,8 @@ struct QBFileOutputStream::OpenStreams {
     }
 };
 
-// The window takes the place of the C stream's buffer, which loses its content when a write is interrupted.
-// That buffer does without memory for a window, and on a terminal, where it shows each line at once.
+// The window takes the place of the C stream's buffer, for nothing is called to fill it. That buffer does
+// without memory for a window, and on a terminal, where it shows each line at once.
 void QBFileOutputStream::openWindow() {
     if (OpenStreams::isOver || (!isAtomic() && sys::isatty(sys::fileno(filePtr_))))
         return;
@@ -329,10 +329,15 @@ bool QBFileOutputStream::synchronize() {
 
 // Makes the temporary file the target.
 void QBFileOutputStream::commit() {
-    if (!qb::files::rename(tmpFilename_, filename_)) {
+    bool isRenamed = false;
+    try {
+        isRenamed = qb::files::rename(tmpFilename_, filename_);
+    } catch (...) { // a client's error handler may throw
         discard();
-        return;
+        throw;
     }
+    if (!isRenamed)
+        return discard();
     NSString *const parent = parentOf(filename_);
     if (synchronizes_ && sys::syncDirectory(parent->containsData() ? parent->cString() : ".") != 0)
         fail(kLineOfClosing, errno);

@@ -4,6 +4,7 @@
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "TargetClosing.h"
 #include "Text/Scan.h"
 
 #include <string>
@@ -84,6 +85,5 @@ void QBValidCharFilter::flush() {
 }
 
 void QBValidCharFilter::close() {
-    flush();
-    target_->close();
+    qb::closeAfter(target_, [this] { flush(); });
 }

@@ -1,4 +1,5 @@
 #include "System/Files.h"
+#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <random>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -191,6 +193,33 @@ TEST_F(QBFileOutputStreamTest, FilePointerIsWrittenInOrderWithOthersAndClosed) {
     EXPECT_EQ(directory_.read("out"), "abc");
 }
 
+TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsBuffer) {
+    for (int buffering : {_IOFBF, _IOLBF, _IONBF}) {
+        std::FILE *file = std::fopen((directory_ / "out").c_str(), "wb");
+        std::setvbuf(file, nullptr, buffering, 0);
+        std::fputs("first", file);
+        QBFileOutputStream *stream = QBFileOutputStream::streamWithFilePointer(file);
+        const std::string text = "line\n" + std::string(BUFSIZ, 'x') + "\ntail";
+        {
+            const Fault signals(Call::write, /*skip=*/0, /*times=*/3, EINTR);
+            write(stream, text);
+            stream->flush();
+            EXPECT_EQ(std::ftell(file), static_cast<long>(5 + text.size()));
+        }
+        write(stream, "end");
+        stream->close();
+        EXPECT_EQ(directory_.read("out"), "first" + text + "end");
+
+        file = std::fopen("/dev/full", "wb");
+        std::setvbuf(file, nullptr, buffering, 0);
+        stream = QBFileOutputStream::streamWithFilePointer(file);
+        expectErrorAt(buffering == _IOFBF ? "src/QBFileOutputStream:285" : "src/QBFileOutputStream:231",
+                      100024, "<filehandle> No space left on device",
+                      [&] { write(stream, "line\n"), stream->flush(); });
+        stream->close();
+    }
+}
+
 TEST_F(QBFileOutputStreamTest, StandardStreamsAreClosed) {
     const std::string output = directory_ / "output";
     const ChildEnd end = runInChild([&] {
@@ -268,6 +297,27 @@ TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     EXPECT_EQ(recordingErrorHandler()->raised.back().values, temporary + " " + values("out", EISDIR));
     EXPECT_EQ(takenErrors(), "(100202, 900999)"); // the newest one first
     EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
+}
+
+TEST_F(QBFileOutputStreamTest, ErrorHandlerThatThrowsLeavesNoFileBehindAndNoneOpen) {
+    struct Throwing : QBErrorHandler {
+        using QBErrorHandler::raiseErrorInFileWithArgList;
+        void raiseErrorInFileWithArgList(const char *, int, int error, const qb::ArgList &, NSArray *,
+                                         NSString *) override {
+            throw error;
+        }
+    } handler;
+    QBErrorHandler *const before = std::exchange(ERRORHANDLER, &handler);
+    directory_.makeDirectory("out/full");
+    const auto open = openDescriptors();
+    EXPECT_THROW(QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES)->close(), int);
+    QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(
+        QBFileOutputStream::streamWithFile(path("decoded")), /*decode=*/YES);
+    write(filter, "TWFuTW");
+    EXPECT_THROW(filter->close(), int);
+    EXPECT_EQ(openDescriptors(), open);
+    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"decoded", "out"}));
+    ERRORHANDLER = before;
 }
 
 TEST_F(QBFileOutputStreamTest, PlantedNameIsNeverFollowed) {

@@ -204,6 +204,7 @@ TEST_F(QBInputStreamTest, ResetForgetsTheEndOfAPipe) {
     EXPECT_EQ(stream->readByte(), 'a');
     pipe->closeWriteHandle();
     EXPECT_EQ(stream->readByte(), -1); // the end, and no error of before
+    stream->close();
 }
 
 TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {

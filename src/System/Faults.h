@@ -24,7 +24,7 @@ enum class Call : unsigned {
     unlink, rmdir, mkdir, symlink, link, chmod, fchmod, utimensat, opendir, readdir, closedir, getcwd,
     chdir, fsync, fdatasync, ftruncate, copy_file_range, sendfile, glob,
     // Stdio
-    fopen, fdopen, freopen, fclose, fread, fwrite, fflush, fgets, fgetc, fputc, fputs, fseeko,
+    fopen, fdopen, freopen, fclose, fread, fwrite, fflush, fgets, fgetc, fseeko,
     // Clock
     sleep,
     // Process

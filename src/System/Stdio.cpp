@@ -3,9 +3,11 @@
 #include "Attempt.h"
 #include "Files.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <stdio_ext.h>
 
 namespace qb::sys {
@@ -27,6 +29,11 @@ void forget(std::FILE *file) {
         faultedStream = nullptr;
 }
 
+// Of such a stream the C library keeps nothing, and so loses nothing.
+bool isUnbuffered(std::FILE *file) {
+    return ::__fbufsize(file) <= 1;
+}
+
 // Whether a signal has cut the last transfer; the stream is then ready to go on.
 bool interrupted(std::FILE *file) {
     if (errno != EINTR || (!::ferror_unlocked(file) && faultedStream != file))
@@ -36,9 +43,49 @@ bool interrupted(std::FILE *file) {
     return true;
 }
 
-// Of such a stream the C library keeps nothing, and so loses nothing.
-bool isUnbuffered(std::FILE *file) {
-    return ::__fbufsize(file) <= 1;
+// Whether the stream does nothing but write bytes to a descriptor.
+bool isPlainSink(std::FILE *file) {
+    return ::__fwriting(file) && !::__freadable(file) && std::fwide(file, 0) <= 0 && ::fileno(file) >= 0;
+}
+
+// Writes to the descriptor of a plain sink; returns whether all was written. The stream remembers a failure.
+bool writePast(std::FILE *file, const char *bytes, std::size_t length, std::size_t &done) {
+    done = writeMost(::fileno(file), bytes, length);
+    file->_offset = -1; // moved behind the stream's back: it asks when it needs to know
+    if (done < length)
+        file->_flags |= _IO_ERR_SEEN;
+    return done == length;
+}
+
+// Writes what a plain sink has collected, whatever signals come: the C library drops it when a call is
+// interrupted, and of a stream that is flushed with each line it doesn't even tell that a write has failed.
+bool writeCollected(std::FILE *file) {
+    const std::size_t length = ::__fpending(file);
+    std::size_t done = 0;
+    const bool isWritten = length == 0 || writePast(file, file->_IO_write_base, length, done);
+    ::__fpurge(file); // what can't be written is lost
+    return isWritten;
+}
+
+// How many of the bytes a plain sink writes at once: whole lines, and what its buffer has no room for.
+std::size_t lengthAtOnce(std::FILE *file, const char *bytes, std::size_t length) {
+    const std::size_t size = ::__fbufsize(file);
+    const std::size_t room = size - std::min(size, ::__fpending(file));
+    const auto *const lineEnd =
+        ::__flbf(file) ? static_cast<const char *>(::memrchr(bytes, '\n', length)) : nullptr;
+    const std::size_t lines = lineEnd ? static_cast<std::size_t>(lineEnd - bytes) + 1 : 0;
+    return length - lines < (lines ? size : room) ? lines : length;
+}
+
+// Returns how many of the bytes were written or collected. A stream has no buffer before its first bytes.
+std::size_t putInto(std::FILE *file, const char *bytes, std::size_t length) {
+    if (!isPlainSink(file) || ::__fbufsize(file) == 0)
+        return ::fwrite_unlocked(bytes, 1, length, file);
+    const std::size_t atOnce = lengthAtOnce(file, bytes, length);
+    std::size_t done = 0;
+    if (atOnce > 0 && !(writeCollected(file) && writePast(file, bytes, atOnce, done)))
+        return done;
+    return done + ::fwrite_unlocked(bytes + done, 1, length - done, file);
 }
 
 // A stream on the same file whose descriptor is none of the standard streams'.
@@ -114,8 +161,9 @@ std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept
 
 int fclose(std::FILE *file) noexcept {
     forget(file);
+    const bool isWritten = !isPlainSink(file) || writeCollected(file);
     const int result = ::fclose(file);
-    return fails(Call::fclose) ? EOF : result;
+    return fails(Call::fclose) || !isWritten ? EOF : result;
 }
 
 std::size_t fread(void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept {
@@ -140,13 +188,16 @@ std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std:
     do {
         std::size_t rest = length - done;
         if (!failsOn(file, Call::fwrite, &rest))
-            done += ::fwrite_unlocked(static_cast<const char *>(buffer) + done, 1, rest, file);
+            done += putInto(file, static_cast<const char *>(buffer) + done, rest);
     } while (done < length && isUnbuffered(file) && interrupted(file));
     return done / size;
 }
 
 int fflush(std::FILE *file) noexcept {
-    return attempt(Call::fflush, [&] { return ::fflush_unlocked(file); });
+    return attempt(Call::fflush, [&] {
+        const bool isWritten = !file || !isPlainSink(file) || writeCollected(file);
+        return isWritten ? ::fflush_unlocked(file) : EOF;
+    });
 }
 
 std::size_t readLine(char *buffer, std::size_t size, std::FILE *file) noexcept {
@@ -185,22 +236,8 @@ int fgetc(std::FILE *file) noexcept {
     return byte;
 }
 
-int fputc(int byte, std::FILE *file) noexcept {
-    return failsOn(file, Call::fputc) ? EOF : ::putc_unlocked(byte, file);
-}
-
-int fputs(const char *text, std::FILE *file) noexcept {
-    return failsOn(file, Call::fputs) ? EOF : ::fputs_unlocked(text, file);
-}
-
 void print(const void *bytes, std::size_t length, std::FILE *file) noexcept {
-    sys::fflush(file);
-    const int descriptor = ::fileno(file);
-    const std::size_t done = descriptor < 0 ? 0 : writeMost(descriptor, bytes, length);
-    if (done == length)
-        return;
-    // A stream in memory, which no signal interrupts; or what fails again, so that the stream tells of it.
-    sys::fwrite(static_cast<const char *>(bytes) + done, 1, length - done, file);
+    sys::fwrite(bytes, 1, length, file);
     sys::fflush(file);
 }
 

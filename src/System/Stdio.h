@@ -1,9 +1,9 @@
 // C streams. The library has one thread, so nothing here takes the stream's lock.
 //
-// A full disk shows at the latest in `fflush` or `fclose`. Reading, and writing on a stream without a buffer,
-// is repeated after a signal and loses nothing. Other writing can't be: the C library drops what it had
-// buffered when a write fails, so an interruption, possible only on pipes, sockets and terminals and under
-// handlers without the restart flag, is an error like any other.
+// A full disk shows at the latest in `fflush` or `fclose`. Reading and writing are repeated after a signal
+// and lose nothing. Writing on a stream that also reads, or of wide characters, can't be: the C library drops
+// what it had buffered when a write fails, so an interruption, possible only on pipes, sockets and terminals
+// and under handlers without the restart flag, is an error like any other there.
 #ifndef QBFOUNDATION_SYSTEM_STDIO_H
 #define QBFOUNDATION_SYSTEM_STDIO_H
 
@@ -39,13 +39,7 @@ std::size_t readLine(char *buffer, std::size_t size, std::FILE *file) noexcept;
 char *fgets(char *buffer, std::size_t size, std::FILE *file) noexcept;
 /// Reads one byte, 0..255, or EOF at the end (errno 0) and after an error.
 int fgetc(std::FILE *file) noexcept;
-/// Writes one byte; EOF after an error.
-int fputc(int byte, std::FILE *file) noexcept;
-/// Writes a C string without its NUL; EOF after an error.
-int fputs(const char *text, std::FILE *file) noexcept;
-
-/// Writes the bytes at once, behind what the stream has buffered. Signals cut nothing off, unlike in
-/// `fwrite` and `fflush`, except what was buffered before. `ferror` tells of a failure.
+/// Writes the bytes at once, behind what the stream has buffered. `ferror` tells of a failure.
 void print(const void *bytes, std::size_t length, std::FILE *file) noexcept;
 
 /// Moves the position; -1 after an error.
