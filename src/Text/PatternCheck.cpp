@@ -7,7 +7,9 @@
 #include <array>
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -48,6 +50,21 @@ char takeByte(std::string_view &rest) {
     return byte;
 }
 
+// Takes a character of the process's character set, as the compiler does: those of several bytes are one
+// part, and may have bytes that would mean something else by themselves. An invalid byte is a character.
+std::string_view takeCharacter(std::string_view &rest) {
+    std::size_t length = 1;
+    if (static_cast<unsigned char>(rest.front()) >= 0x80 && MB_CUR_MAX > 1) {
+        std::mbstate_t state{};
+        length = std::mbrlen(rest.data(), rest.size(), &state);
+        if (length > rest.size()) // neither valid nor complete
+            length = 1;
+    }
+    const std::string_view character = rest.substr(0, length);
+    rest.remove_prefix(length);
+    return character;
+}
+
 // Takes the rest of a bracket expression, to its end or, without one, the pattern's. A "]" is an element
 // where it stands first, and inside of "[. .]", "[= =]" and "[: :]"; a backslash is one everywhere.
 void skipBracketExpression(std::string_view &rest) {
@@ -56,7 +73,7 @@ void skipBracketExpression(std::string_view &rest) {
     if (rest.starts_with(']'))
         rest.remove_prefix(1);
     while (!rest.empty()) {
-        const char byte = takeByte(rest);
+        const char byte = takeCharacter(rest).front();
         if (byte == ']')
             return;
         if (byte == '[' && !rest.empty() && std::strchr(".=:", rest.front())) {
@@ -76,11 +93,11 @@ class References {
 public:
     explicit References(std::string_view rest) {
         while (!rest.empty()) {
-            const char byte = takeByte(rest);
+            const char byte = takeCharacter(rest).front();
             if (byte == '[')
                 skipBracketExpression(rest);
             else if (byte == '\\' && !rest.empty())
-                note(takeByte(rest));
+                note(takeCharacter(rest).front());
         }
     }
 
@@ -134,7 +151,8 @@ private:
     Level &level() { return levels_.back(); }
 
     void takeNext() {
-        const char byte = takeByte(rest_);
+        const std::string_view character = takeCharacter(rest_);
+        const char byte = character.front();
         const bool isRepeat = byte == '*' || byte == '+' || byte == '?' || byte == '{';
         repeatsInRow_ = isRepeat ? repeatsInRow_ + 1 : 0;
         if (repeatsInRow_ > kMostRepeatsInRow)
@@ -148,17 +166,16 @@ private:
         else if (byte == '|')
             finishBranch();
         else
-            takeSimplePart(byte);
+            takeSimplePart(character);
     }
 
-    void takeSimplePart(char byte) {
-        const char *const begin = rest_.data() - 1;
-        addPart(simplePart(byte));
-        simplePart_ = {begin, rest_.data()};
+    void takeSimplePart(std::string_view character) {
+        addPart(simplePart(character));
+        simplePart_ = {character.data(), rest_.data()};
     }
 
-    PatternShape simplePart(char byte) {
-        switch (byte) {
+    PatternShape simplePart(std::string_view character) {
+        switch (character.front()) {
         case '[':
             skipBracketExpression(rest_);
             return characterSetShape();
@@ -168,16 +185,16 @@ private:
         case '.':
             return characterSetShape();
         case '\\':
-            return rest_.empty() ? characterShape() : escapedPart(takeByte(rest_));
+            return rest_.empty() ? characterShape() : escapedPart(takeCharacter(rest_));
         default:
-            return characterShape();
+            return characterShape(character.size());
         }
     }
 
-    static PatternShape escapedPart(char byte) {
-        if (isReference(byte))
+    static PatternShape escapedPart(std::string_view character) {
+        if (isReference(character.front()))
             return referenceShape();
-        switch (byte) {
+        switch (character.front()) {
         case 'w':
         case 'W':
         case 's':
@@ -192,7 +209,7 @@ private:
         case '\'':
             return anchorShape();
         default:
-            return characterShape();
+            return characterShape(character.size());
         }
     }
 

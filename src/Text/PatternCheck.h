@@ -13,7 +13,8 @@ inline constexpr std::size_t kLongestPattern = 32768;
 inline constexpr std::size_t kMostPatternGroups = 1000;
 
 /// Returns why `pattern`, a POSIX extended regular expression with the additions of the GNU C library, must
-/// not be compiled, as a text like "its groups are nested too deeply"; null when it may be.
+/// not be compiled in the process's character set, as a text like "its groups are nested too deeply"; null
+/// when it may be.
 ///
 /// What it lets pass, well formed or not, the compiler and the matcher work on without coming to the end of a
 /// stack of 256 KiB, and the compiler within some 100 milliseconds and 32 MiB. A pattern that is not well

@@ -10,6 +10,10 @@ bool isIn(char byte, char first, char last) {
     return first <= byte && byte <= last;
 }
 
+bool isAscii(char byte) {
+    return static_cast<unsigned char>(byte) < 0x80;
+}
+
 /// Whether "first-last" has no other characters than letters, or digits.
 bool isWordRange(char first, char last) {
     for (const std::string_view ends : {"az", "AZ", "09"})
@@ -42,8 +46,10 @@ bool isDelimited(std::string_view part, std::string_view behind) {
     const std::string_view elements = part.substr(1, part.size() - 2);
     if (elements[0] != '^')
         return isOfWords(elements);
+    const std::size_t place = elements.find(behind[0]);
     return behind[0] != '-' && elements.find('[') == std::string_view::npos &&
-           elements.find(behind[0]) != std::string_view::npos;
+           place != std::string_view::npos &&
+           isAscii(elements[place - 1]); // else it may end a longer character
 }
 
 } // namespace qb::text

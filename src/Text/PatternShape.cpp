@@ -46,9 +46,9 @@ PatternShape::Ways waysThrough(const PatternShape &first, const PatternShape &se
 
 } // namespace
 
-PatternShape characterShape() {
+PatternShape characterShape(std::size_t bytes) {
     PatternShape shape;
-    shape.nodes = 1;
+    shape.nodes = bytes;
     shape.ways.through = 0;
     shape.isNullable = false;
     return shape;

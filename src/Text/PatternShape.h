@@ -2,6 +2,7 @@
 #ifndef QBFOUNDATION_TEXT_PATTERNSHAPE_H
 #define QBFOUNDATION_TEXT_PATTERNSHAPE_H
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qb::text {
@@ -59,7 +60,7 @@ struct PatternShape {
 };
 
 /// Return the shapes of the simplest parts. Other than these, `PatternShape()` is that of nothing at all.
-PatternShape characterShape();
+PatternShape characterShape(std::size_t bytes = 1);
 PatternShape characterSetShape();
 PatternShape anchorShape();
 PatternShape wordBoundaryShape();

@@ -4,6 +4,7 @@
 #include "support/SmallStack.h"
 
 #include <array>
+#include <clocale>
 #include <cstdlib>
 #include <iostream>
 #include <random>
@@ -39,7 +40,7 @@ private:
 
     std::string part(unsigned depth) {
         // Without back references, which take the matcher as long as they like.
-        constexpr std::array kSimple = {"a",   ".",   "[ab]",  "[]b]", "^",    "$",
+        constexpr std::array kSimple = {"a",   ".",   "[ab]",  "[]b]", "^",    "$",          "\u00E9",
                                         "\\b", "\\w", "(a|b)", "",     "(|a)", "[[:alpha:]]"};
         constexpr std::array kRepeats = {"*", "+", "?", "{2}", "{0,3}", "{1,}", "{20}", "{,9}"};
         const unsigned kind = depth == 0 ? 0 : upTo(5);
@@ -120,6 +121,21 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     EXPECT_STREQ(patternFault("^(.+)-\\1", /*isByLines=*/true), kVaries);
 }
 
+TEST(PatternCheckTest, CharacterOfSeveralBytesIsOnePart) {
+    const std::pair<std::string, bool> rows[] = {{times(1001, "\u00E9*"), true},
+                                                 {"(\\b\\b\\b\u00E9?)*", true},
+                                                 {"(\u00E9?){3000}", true},
+                                                 {"\\\u20AC{14000}", true},
+                                                 {"\u20AC{13000}", false},
+                                                 {"([^:\u00E9]*):\\1", false},
+                                                 {"[\u00E9](a*)(b*)\xC3[\\1]", false},
+                                                 {"\xC3" + times(999, "a?"), false}};
+    ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    for (const auto &[pattern, isRefused] : rows)
+        EXPECT_EQ(patternFault(pattern.c_str()) != nullptr, isRefused) << pattern.substr(0, 40);
+    std::setlocale(LC_CTYPE, "C");
+}
+
 TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
     constexpr std::uint32_t seed = 11; // what takes long with one seed takes long each time
     PatternMaker maker(seed);
@@ -129,15 +145,17 @@ TEST(PatternCheckTest, WhatPassesIsCompiledAndSearchedOnASmallStack) {
     std::string pattern;
     const auto work = [&] {
         std::size_t passed = 0;
-        for (std::size_t round = 0; round < 2000; ++round) {
+        for (std::size_t round = 0; round < 4000; ++round) {
+            if (round == 2000)
+                std::setlocale(LC_CTYPE, "C.UTF-8");
             pattern = round < std::size(limits) ? limits[round] : maker.pattern();
             if (patternFault(pattern.c_str()))
                 continue;
             ++passed;
             std::cerr << pattern << std::endl; // the last one is to blame if the process ends here
-            searchFor(pattern, "abaab");
+            searchFor(pattern, "aba\u00E9ab");
         }
-        if (passed < 500)
+        if (passed < 1000)
             std::abort();
     };
     const ChildEnd end = runInChild([&] {
