@@ -44,6 +44,15 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
     EXPECT_EQ(stream->byteCounter(), 3u);
 }
 
+TEST_F(QBBufferOutputStreamTest, MissingMemoryIsAnErrorAtEachStep) {
+    QBBufferOutputStream *const stream = QBBufferOutputStream::stream();
+    const Fault noMemory(Call::reallocate, /*skip=*/0, /*times=*/0, ENOMEM);
+    expectErrorAt("src/QBBufferOutputStream:64", 100156, "",
+                  [] { EXPECT_EQ(QBBufferOutputStream::initWithCapacity(9), nullptr); });
+    expectErrorAt("src/QBBufferOutputStream:155", 100156, "", [&] { stream->reset(); });
+    expectErrorAt("src/QBBufferOutputStream:117", 100156, "", [&] { stream->writeByte('a'); });
+}
+
 TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     QBStringOutputStream *stream = QBStringOutputStream::stream();
     stream->writeBuffer("ab", 2);

@@ -288,6 +288,22 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
     EXPECT_EQ(describeFiles(), "out: \n");
 }
 
+TEST_F(QBFileOutputStreamTest, FailedResetClosesTheFile) {
+    directory_.write("out", "old");
+    for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::freopen, NO)}) {
+        QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), atomically);
+        const std::string name = describe(stream->tmpFilename());
+        {
+            const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+            expectErrorAt("src/QBFileOutputStream:303", 100024, name + " Input/output error",
+                          [&] { stream->reset(); });
+        }
+        expectErrorAt("src/QBFileOutputStream:246", 100024, name + " Bad file descriptor",
+                      [&] { stream->writeByte('x'); });
+        EXPECT_EQ(describeFiles(), atomically ? "out: old\n" : "out: \n");
+    }
+}
+
 TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     directory_.makeDirectory("out/full");
     QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES);

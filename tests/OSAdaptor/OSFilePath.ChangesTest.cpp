@@ -120,6 +120,17 @@ TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront
     EXPECT_EQ(takenErrors(), "(31999, 100198)");
 }
 
+TEST_F(OSFilePathChangesTest, CallThatFailsInARemovalIsAnErrorOfItsPath) {
+    directory_.write("tree/file", "");
+    for (const auto &[call, failing] :
+         {std::pair(Call::opendir, "tree"), std::pair(Call::unlink, "tree/file"),
+          std::pair(Call::rmdir, "tree")}) {
+        const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+        expectError(100203, directory_ / failing + " Input/output error",
+                    [&] { OSFilePath::removePath(path("tree")); });
+    }
+}
+
 TEST_F(OSFilePathChangesTest, RemovalThroughAnotherDirectoryMovesFirst) {
     directory_.write("tree/file", "");
     directory_.makeDirectory("tmp");

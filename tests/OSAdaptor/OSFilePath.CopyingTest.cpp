@@ -50,6 +50,9 @@ TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
     directory_.write("place/tree", "a file where the directory should be");
     expectError(100170, directory_ / "place/tree", [&] { copy("tree", "place"); });
     expectError(100195, directory_ / "file " + directory_ / "taken", [&] { copy("file", "taken", YES); });
+    EXPECT_EQ(
+        describe(QBErrorCatalogue::init()->formatStringForErrorId(100195, nullptr)),
+        "The file or directory '%s' could not be copied to '%s' because the destination already exists.");
     EXPECT_EQ(directory_.read("taken"), "2");
 }
 
@@ -127,6 +130,20 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
         expectError(number, path + " No space left on device", [&] { copy("file", "copy"); });
     }
     expectError(100039, "missing", [] { _copyFile("missing", "x", nullptr); });
+}
+
+TEST_F(OSFilePathCopyingTest, CallThatFailsInATreeIsItsOwnError) {
+    directory_.write("tree/file", "");
+    directory_.link("file", "tree/link");
+    const std::string tree = directory_ / "tree";
+    const std::tuple<Call, int, std::string> rows[] = {
+        {Call::opendir, 100196, tree},
+        {Call::readdir, 100198, tree},
+        {Call::symlink, 100199, "file " + directory_ / "copy/tree/link"}};
+    for (const auto &[call, number, values] : rows) {
+        const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+        expectError(number, values + " Input/output error", [&] { copy("tree", "copy"); });
+    }
 }
 
 TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {

@@ -85,6 +85,10 @@ TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
     EXPECT_EQ(OSFilePath::symlinkTarget(""_ns), nullptr);
     expectError(100222, directory_ / "file",
                 [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path("file")), nullptr); });
+    directory_.link("file", "failing");
+    const Fault fault(Call::readlink, /*skip=*/0, /*times=*/1, EIO);
+    expectError(100023, directory_ / "failing Input/output error",
+                [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path("failing")), nullptr); });
 }
 
 TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {

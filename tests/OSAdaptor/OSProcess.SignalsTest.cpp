@@ -73,28 +73,35 @@ TEST_F(OSProcessSignalsTest, UserSignalHandlerIsCalledAndNeverEndsTheProcess) {
 }
 
 TEST_F(OSProcessSignalsTest, HandlersAreInstalledForAllSignalsOrNone) {
-    const ChildEnd end = runInChild([] {
-        ERRORHANDLER = new Survivor;
-        std::signal(SIGTERM, SIG_IGN);
-        const Fault fault(Call::sigaction, /*skip=*/2, /*times=*/1, EINVAL);
-        OSProcess::registerTerminationHandler(note);
-        struct sigaction action {};
-        ::sigaction(SIGTERM, nullptr, &action);
-        ::_exit(action.sa_handler == SIG_IGN ? 5 : 1);
-    });
-    EXPECT_EQ(end.status, 5);
-    EXPECT_EQ(end.standardError,
-              "[130004] The installation ofthe handler for the 'SIGQUIT' signal has failed: "
-              "Invalid argument\n");
-}
-
-TEST_F(OSProcessSignalsTest, FatalErrorEndsTheProcess) {
-    const auto end = runInChild([] {
-        const Fault fault(Call::sigaction, 0, 1, EINVAL);
-        OSProcess::selfDestructionWithTimeout(100);
-    });
-    EXPECT_EQ(end.status, 255);
-    EXPECT_NE(end.standardError.find("of the handler for the 'SIGALRM' signal"), std::string::npos);
+    const auto terminating = [] { OSProcess::registerTerminationHandler(note); };
+    const auto user = [] { OSProcess::registerUserSignalHandler([](int) {}); };
+    const auto alarm = [] { OSProcess::selfDestructionWithTimeout(100); };
+    const std::tuple<void (*)(), unsigned, const char *> rows[] = {
+        {terminating, 0, "ofthe handler for the 'SIGTERM'"},
+        {terminating, 1, "ofthe handler for the 'SIGINT'"},
+        {terminating, 2, "ofthe handler for the 'SIGQUIT'"},
+        {user, 0, "ofthe handler for the 'SIGUSR1'"},
+        {user, 1, "ofthe handler for the 'SIGUSR2'"},
+        {alarm, 0, "of the handler for the 'SIGALRM'"}};
+    for (const auto &[install, skip, failed] : rows) {
+        const ChildEnd end = runInChild([install = install, skip = skip] {
+            ERRORHANDLER = new Survivor;
+            for (int signal : {SIGTERM, SIGINT, SIGUSR1})
+                std::signal(signal, SIG_IGN);
+            const Fault fault(Call::sigaction, skip, /*times=*/1, EINVAL);
+            install();
+            for (int signal : {SIGTERM, SIGINT, SIGUSR1}) {
+                struct sigaction action {};
+                ::sigaction(signal, nullptr, &action);
+                if (action.sa_handler != SIG_IGN)
+                    ::_exit(1);
+            }
+            ::_exit(5);
+        });
+        EXPECT_EQ(end.status, 5) << failed;
+        EXPECT_EQ(end.standardError, std::string("[130004] The installation ") + failed +
+                                         " signal has failed: Invalid argument\n");
+    }
 }
 
 TEST_F(OSProcessSignalsTest, SelfDestructionEndsTheProcessWhateverStateItIsIn) {

@@ -105,6 +105,8 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
                     [&] { OSSocket::serverSocketOnHost(nullptr, boundTo(server).second); });
     }
     expectError(100087, "nil 65536 Invalid argument", [] { OSSocket::serverSocketOnHost(nullptr, 65536); });
+    expectError(100087, "192.0.2.1 0 Cannot assign requested address",
+                [] { OSSocket::serverSocketOnHost("192.0.2.1"_ns, 0); }); // an address of nobody's
     expectError(100090, "127.1 1 Connection refused", [] { OSSocket::clientSocketToHost("127.1"_ns, 1); });
     expectError(100086, "no such host", [] { OSSocket::clientSocketToHost("no such host"_ns, 1); });
 }
