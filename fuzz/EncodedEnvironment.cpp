@@ -3,6 +3,7 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/QBErrorHandler.h>
 
+#include "support/PlainTexts.h"
 #include "support/Require.h"
 
 #include <algorithm>
@@ -22,8 +23,8 @@ bool readAll(std::string_view text, NSMutableDictionary *entries) {
         const std::size_t equals = line.find('=');
         if (line.size() > kLongestLine || equals == std::string_view::npos)
             return false;
-        NSString *const name = NSString::stringWith(line.substr(0, equals))->urlUnEscape();
-        NSString *const value = NSString::stringWith(line.substr(equals + 1))->urlUnEscape();
+        NSString *const name = NSString::stringWith(plain::urlUnescaped(line.substr(0, equals)));
+        NSString *const value = NSString::stringWith(plain::urlUnescaped(line.substr(equals + 1)));
         entries->setObjectForKey(entries->objectForKey(name, value), name);
         text.remove_prefix(std::min(line.size() + 1, text.size()));
     }

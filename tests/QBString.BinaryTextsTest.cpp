@@ -1,5 +1,6 @@
 #include "Text/CpuLevels.h"
 #include "support/Locales.h"
+#include "support/PlainTexts.h"
 #include "support/PoolFixture.h"
 
 #include <cctype>
@@ -14,26 +15,6 @@ static NSString *string(std::string_view bytes) {
     return NSString::stringWith(bytes);
 }
 
-// The classical encoder: sixty characters a line, a backquote for 0.
-static std::string uuencoded(std::string_view bytes) {
-    std::string text = "junk\nbegin 644 name\n";
-    const auto digit = [](std::size_t value) {
-        return value % 64 == 0 ? '`' : static_cast<char>(' ' + value % 64);
-    };
-    for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(45, bytes.size()))) {
-        const std::string_view line = bytes.substr(0, 45);
-        text += digit(line.size());
-        for (std::size_t i = 0; i < (line.size() + 2) / 3 * 4; ++i) { // six bits each
-            std::size_t pair = 0;
-            for (std::size_t at : {i * 6 / 8, i * 6 / 8 + 1})
-                pair = pair << 8 | (at < line.size() ? static_cast<unsigned char>(line[at]) : 0U);
-            text += digit(pair >> (10 - i * 6 % 8));
-        }
-        text += '\n';
-    }
-    return text + "`\nend\nmore\n";
-}
-
 TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string("TWFu IGlz\n")->decodeBase64()), "Man is");
     const ErrorExpectation error(50052);
@@ -44,7 +25,7 @@ TEST_F(QBStringBinaryTextsTest, UuencodedBytesOfAnyLengthComeBack) {
     Random random;
     for (std::size_t length = 0; length < 200; ++length) {
         const std::string bytes = randomBytes(random, length);
-        const std::string text = uuencoded(bytes);
+        const std::string text = plain::uuencoded(bytes);
         ASSERT_EQ(bytesOf(string(text)->uudecode()), bytes) << text;
     }
 }
@@ -63,45 +44,14 @@ TEST_F(QBStringBinaryTextsTest, UuencodedLinesThatAreCutOrMalformed) {
 TEST_F(QBStringBinaryTextsTest, HexadecimalDigitsBothWays) {
     EXPECT_EQ(string("\x01\xAB z")->asHexString()->view(), "01ab207a");
     EXPECT_EQ(bytesOf(string("01aB 207A")->dataFromHexString()), "\x01\xAB z");
-    const ErrorExpectation error(900007);
-    EXPECT_EQ(string("0g")->dataFromHexString(), nullptr);
+    for (const auto &[text, offset] : {std::pair("0g", "1"), {"01 2", "4"}})
+        expectError(900007, offset, [text = text] { EXPECT_EQ(string(text)->dataFromHexString(), nullptr); });
 }
 
 TEST_F(QBStringURLEscapingTest, TextsWithoutMarksComeBackThemselves) {
     NSString *const plain = string("nothing/to-do");
     EXPECT_EQ(plain->urlEscape(), plain);
     EXPECT_EQ(plain->urlUnEscape(), plain);
-}
-
-// Byte by byte, as the rules are worded.
-std::string unescaped(std::string_view text) {
-    std::string result;
-    const auto digit = [](char c) {
-        return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : c - 87;
-    };
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            result += text[i] == '+' ? ' ' : text[i];
-            continue;
-        }
-        if (i + 1 < text.size())
-            result +=
-                static_cast<char>(digit(text[i + 1]) * 16 + (i + 2 < text.size() ? digit(text[i + 2]) : 0));
-        i += 2;
-    }
-    return result;
-}
-
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (std::isalnum(byte) || std::ispunct(byte))
-            result += character;
-        else
-            result += {'%', static_cast<char>('0' + byte / 16), static_cast<char>('0' + byte % 16)};
-    }
-    return result;
 }
 
 TEST_F(QBStringURLEscapingTest, RandomTextsAreEscapedAndUnescapedAsTheRulesAreWorded) {
@@ -115,8 +65,8 @@ TEST_F(QBStringURLEscapingTest, RandomTextsAreEscapedAndUnescapedAsTheRulesAreWo
             std::string source;
             for (unsigned count = random() % 60; count > 0; --count)
                 source += pieces[random() % choice];
-            ASSERT_EQ(string(source)->urlUnEscape()->view(), unescaped(source)) << source;
-            ASSERT_EQ(string(source)->urlEscape()->view(), escaped(source)) << source;
+            ASSERT_EQ(string(source)->urlUnEscape()->view(), plain::urlUnescaped(source)) << source;
+            ASSERT_EQ(string(source)->urlEscape()->view(), plain::urlEscaped(source)) << source;
         }
     });
 }

@@ -10,14 +10,14 @@ namespace {
 
 constexpr const char *kUsage =
     "Usage: inspect [CLASS ...]\n"
-    "Lists the operations of these classes, or of every class, one a line: class, + or -,\n"
-    "selector and signature, separated by tabs. + marks an operation of the class itself.\n";
+    "Lists what these classes answer, with what they inherit, or, without a CLASS, the operations that\n"
+    "each class defines itself. One a line: class, + or -, selector and signature, separated by tabs.\n"
+    "+ marks an operation of the class itself.\n";
 
-void listClass(Class *cls) {
+void list(Class *cls, const qb::Method &method) {
     const std::string name(cls->nameView());
-    for (const auto &method : cls->ownMethods())
-        std::printf("%s\t%c\t%s\t%s\n", name.c_str(), method->isClassMethod() ? '+' : '-',
-                    method->selector()->text(), method->signature().c_str());
+    std::printf("%s\t%c\t%s\t%s\n", name.c_str(), method.isClassMethod() ? '+' : '-',
+                method.selector()->text(), method.signature().c_str());
 }
 
 } // namespace
@@ -26,7 +26,8 @@ int main(int argumentCount, char **arguments) {
     const NSAutoreleasePool pool;
     if (argumentCount == 1)
         for (Class *cls : qb::allClasses())
-            listClass(cls);
+            for (const auto &method : cls->ownMethods())
+                list(cls, *method);
     for (int i = 1; i < argumentCount; ++i) {
         if (arguments[i][0] == '-') {
             const bool wantsHelp = std::strcmp(arguments[i], "--help") == 0;
@@ -38,7 +39,7 @@ int main(int argumentCount, char **arguments) {
             std::fprintf(stderr, "inspect: there is no class '%s'.\n", arguments[i]);
             return 1;
         }
-        listClass(cls);
+        qb::forEachMethod(cls, [cls](const qb::Method &method) { list(cls, method); });
     }
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

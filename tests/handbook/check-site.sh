@@ -45,9 +45,20 @@ from_pages() {
         awk '/^class /{name = $2; next} {print name "\t" $0}'
 }
 "${launcher[@]}" "$inspect" | diff <(from_pages) - >&2 || complain "inspect and the reference differ"
-"${launcher[@]}" "$inspect" NSArray | diff <(from_pages | grep -P '^NSArray\t') - >&2 || complain "inspect NSArray"
+answers() { # CLASS SUPERCLASS...: its operations and those that it inherits, the first of each selector
+    for class; do
+        from_pages | grep -P "^$class\t" || true
+    done | awk -F '\t' -v OFS='\t' -v class="$1" '{ $1 = class } !seen[$2 $3]++'
+}
+while read -ra classes; do
+    "${launcher[@]}" "$inspect" "${classes[0]}" | diff <(answers "${classes[@]}") - >&2 || complain "inspect ${classes[0]}"
+done <<'ROWS'
+NSMutableArray NSArray NSObject
+QBErrorCatalogue QBErrorHandler NSObject
+NSKeyedArchiver NSArchiver NSCoder NSObject
+ROWS
 status=0
-"${launcher[@]}" "$inspect" NoSuchClass 2>/dev/null || status=$?
-[ $status -eq 1 ] || complain "inspect NoSuchClass: exit status $status"
+message=$("${launcher[@]}" "$inspect" NoSuchClass 2>&1 >/dev/null) || status=$?
+[ "$message [$status]" = "inspect: there is no class 'NoSuchClass'. [1]" ] || complain "inspect NoSuchClass: $message [$status]"
 ! "${launcher[@]}" "$inspect" >/dev/full || complain "inspect: what could not be said counts as said"
 [ $failures -eq 0 ]

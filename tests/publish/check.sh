@@ -248,6 +248,16 @@ no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{im
 head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
 not UTF-8|pages/index.html:4: the text is not valid UTF-8 at byte 21: behind "le = T; }\n---\nx\n" stands "\xffy\x7f\n".|{ title = T; }|x\n\xffy\x7f
 ROWS
+
+# The messages that the handbook shows.
+ln -s site shop
+page index.html '{ title = Start; }' '<p>by {{page.author}}</p>'
+publish shop "$out" 2>"$work/said" || true
+page prices.html '{ title = Prices; }' $'<p>Tea for two</p>\n<p>Caf\xe9 cr\xc3\xa8me</p>'
+publish shop "$out" 2>>"$work/said" || true
+diff "$handbook/examples/publish.output" "$work/said" >&2 || fail 'the messages in the handbook'
+rm "$site/pages/prices.html"
+
 page index.html '{ title = T; }' x
 page_of() { printf '{ title = T; }\\n---\\n%s' "$1"; }
 while IFS='|' read -r path what message; do # a file, pipe or link instead of what may be there

@@ -6,6 +6,7 @@ read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
 work=$(mktemp -d "${TMPDIR:-/tmp}/publish-XXXXXX")
 trap 'chmod -R u+rwX "$work"; rm -rf "$work"' EXIT
 site=$work/site out=$work/out
+handbook=$(realpath "${0%/*}/../../examples/publish/handbook")
 failures=0
 
 as=() # whoever runs the program, if not we

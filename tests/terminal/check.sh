@@ -64,17 +64,18 @@ $choices"
 mkdir -p "$site/pages" "$site/templates"
 echo '{ title = T; }' >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
-for page in 1 2; do
+for page in {0..9}; do
     printf '{ title = T; }\n---\n' >"$site/pages/$page.html"
 done
 # shellcheck disable=SC2016
 filter='until [ -e "$WORK/$PUBLISH_PAGE" ]; do sleep 0.02; done; cat'
 start "export WORK='$work'; ${launcher[*]} $program --filter '$filter' '$site' '$out'"
-for page in 1 2; do
-    shows "before page $page" "$(bar $(((page - 1) * 25)) $((page - 1))/2)"
+for page in {0..9}; do
+    shows "before page $page" "$(bar $((page * 5)) "$page/10")"
+    [ "$page" -ne 6 ] || shows 'the bar in the handbook' "$(cat "$handbook/examples/progress.output")"
     touch "$work/$page.html"
 done
-shows 'the report' "$(bar 50 2/2)
-$out: 2 written, 0 unchanged, 0 removed"
+shows 'the report' "$(bar 50 10/10)
+$out: 10 written, 0 unchanged, 0 removed"
 
 [ $failures -eq 0 ] && echo 'terminal: all is well'
