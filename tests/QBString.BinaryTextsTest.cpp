@@ -4,15 +4,10 @@
 
 #include <cctype>
 #include <climits>
-#include <random>
 
 using QBStringBinaryTextsTest = PoolFixture;
 using QBStringURLEscapingTest = PoolFixture;
 using QBStringMoneySupportTest = PoolFixture;
-
-static NSString *string(std::string_view bytes) {
-    return NSString::stringWith(bytes);
-}
 
 // The classical encoder: sixty characters a line, a backquote for 0.
 static std::string uuencoded(std::string_view bytes) {
