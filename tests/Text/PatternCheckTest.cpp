@@ -4,9 +4,7 @@
 #include "support/SmallStack.h"
 
 #include <array>
-#include <cstdlib>
 #include <iostream>
-#include <random>
 #include <regex.h>
 
 using qb::text::patternFault;
