@@ -130,9 +130,10 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
     for (const BOOL atomically : {YES, NO}) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
         write(stream, "first");
-        const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
-        expectError(100024, describe(stream->tmpFilename()) + " Input/output error",
-                    [&] { stream->reset(); }); // nothing is missing after it
+        expectError(100024, describe(stream->tmpFilename()) + " Input/output error", [&] {
+            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
+            stream->reset(); // nothing is missing after it
+        });
         const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR);
         write(stream, "2nd");
         stream->close();
@@ -226,10 +227,12 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
         directory_.write("out", "old");
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES);
         write(stream, "new");
-        const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
         expectErrorAt("src/QBFileOutputStream:" + std::to_string(line), 100024,
                       describe(stream->tmpFilename()) + " Input/output error",
-                      [&, act = act] { act(stream, fault); });
+                      [&stream, act = act, call = call] {
+                          const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+                          act(stream, fault);
+                      });
         stream->close();
         EXPECT_EQ(describeFiles(), "out: old\n") << sys::nameOfCall(call) << " " << line;
     }
