@@ -1,6 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <cstdlib>
 #include <unistd.h>
 
 using IdCreatorTest = PoolFixture;

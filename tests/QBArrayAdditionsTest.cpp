@@ -1,20 +1,10 @@
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
-#include <random>
-
 using QBArrayAdditionsTest = PoolFixture;
 
 static NSNumber *number(int value) {
     return NSNumber::numberWithInt(value);
-}
-
-// An array of the text's characters as strings.
-static NSArray *letters(std::string_view text) {
-    NSMutableArray *const array = NSMutableArray::array();
-    for (const char &letter : text)
-        array->addObject(NSString::stringWith({&letter, 1}));
-    return array;
 }
 
 TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
@@ -28,7 +18,7 @@ TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     // The first of equal elements stands for all: it is not asked for a second one.
     NSArray *const objects = NSArray::arrayWithObjects(QBNil::value(), QBNil::value(), "a"_ns);
     EXPECT_EQ(describe(objects->uniqueArraySelectedWithSelector("isNotNil"_sel)), "(a)");
-    NSMutableArray *const array = letters("abacb")->mutableCopy().autorelease();
+    NSMutableArray *const array = letters("abacb");
     array->makeUnique();
     EXPECT_EQ(describe(array), "(a, b, c)");
 }

@@ -1,25 +1,17 @@
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
-
 using QBAutoreleasePoolAdditionsTest = ServicesFixture;
 
-namespace {
-
-std::string addressOf(const void *object) {
+static std::string addressOf(const void *object) {
     char text[32];
     std::snprintf(text, sizeof text, "0x%08lx", reinterpret_cast<unsigned long>(object));
     return text;
 }
 
-class Undescribed : public NSObject {
-public:
-    NSString *description() const override { return nullptr; }
-};
-
-} // namespace
-
 TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
+    struct Undescribed : NSObject {
+        NSString *description() const override { return nullptr; }
+    };
     activateChannel("misc");
     NSAutoreleasePool outer;
     CapturedOutput output;

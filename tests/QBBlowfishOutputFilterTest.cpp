@@ -1,70 +1,58 @@
 #include "support/PoolFixture.h"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <ctime>
-#include <memory>
 
 using QBBlowfishOutputFilterTest = PoolFixture;
 using Filter = QBBlowfishOutputFilter;
 using Block = std::array<std::uint32_t, 2>;
 
-namespace {
-
-std::string fromHex(std::string_view digits) {
+static std::string fromHex(std::string_view digits) {
     return bytesOf(NSString::stringWith(digits)->dataFromHexString());
 }
 
 // Writes the bytes in pieces of `piece` and closes the stream.
-void writeAll(QBOutputStream *stream, std::string_view bytes, std::size_t piece) {
+static void writeAll(QBOutputStream *stream, std::string_view bytes, std::size_t piece) {
     for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size())))
         stream->writeBuffer(bytes.data(), static_cast<std::uint32_t>(std::min(piece, bytes.size())));
     stream->close();
 }
 
-std::string converted(id key, BOOL decrypt, std::string_view bytes, std::size_t piece = SIZE_MAX,
-                      std::uint32_t seed = 7) {
+static std::string converted(id key, BOOL decrypt, std::string_view bytes, std::size_t piece = SIZE_MAX,
+                             std::uint32_t seed = 7) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     const Ref<Filter> filter = Filter::initWithKey(key, decrypt, target, seed);
     writeAll(filter, bytes, piece);
     return bytesOf(target->targetData());
 }
 
-std::string enciphered(id key, std::string_view bytes, std::size_t piece = SIZE_MAX, std::uint32_t seed = 7) {
+static std::string enciphered(id key, std::string_view bytes, std::size_t piece = SIZE_MAX,
+                              std::uint32_t seed = 7) {
     return converted(key, /*decrypt=*/NO, bytes, piece, seed);
 }
 
-std::string deciphered(id key, std::string_view bytes, std::size_t piece = SIZE_MAX) {
+static std::string deciphered(id key, std::string_view bytes, std::size_t piece = SIZE_MAX) {
     return converted(key, /*decrypt=*/YES, bytes, piece);
 }
 
-Filter *cipher(id key) {
+static Filter *cipher(id key) {
     return Filter::streamWithKey(key, /*decrypt=*/YES, QBDataOutputStream::stream());
 }
 
-Block convertedBlock(Filter *filter, Block block, SEL operation) {
+static Block convertedBlock(Filter *filter, Block block, SEL operation) {
     std::copy(block.begin(), block.end(), filter->data());
     send<void>(filter, operation);
     return {filter->data()[0], filter->data()[1]};
 }
-
-// A filter whose memory outlives it.
-class Exposed : public Filter {
-public:
-    using Filter::setUpWithKey;
-};
 
 constexpr std::string_view kText = "Many hands make light work.";
 // That text under "sixteen byte key": made of what `openssl enc -bf-cbc` gives for it.
 constexpr const char *kStream = "0011223344556677da947dd63a4f63670cd18aa47325cfb8"
                                 "0d61bdface9e14cebaaa932ee523e89188fa8b7691d306f9";
 
-NSString *sixteen() {
+static NSString *sixteen() {
     return "sixteen byte key"_ns;
 }
-
-} // namespace
 
 // Vectors that were published with the cipher.
 TEST_F(QBBlowfishOutputFilterTest, BlocksAreThoseOfThePublishedVectors) {
@@ -166,6 +154,10 @@ TEST_F(QBBlowfishOutputFilterTest, AStreamWithoutAnEndIsCorrupt) {
 }
 
 TEST_F(QBBlowfishOutputFilterTest, KeyAndBlocksAreWiped) {
+    // A filter whose memory outlives it.
+    struct Exposed : Filter {
+        using Filter::setUpWithKey;
+    };
     alignas(Exposed) static unsigned char memory[sizeof(Exposed)];
     auto *const filter = new (memory) Exposed;
     filter->setUpWithKey(sixteen(), /*decrypt=*/NO, QBDataOutputStream::stream(), /*randomSeed=*/1);

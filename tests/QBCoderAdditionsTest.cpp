@@ -1,8 +1,5 @@
 #include "support/ServicesFixture.h"
 
-#include <functional>
-#include <regex>
-
 using QBCoderAdditionsTest = ServicesFixture;
 
 // A reader of the archive that `encode` makes.
@@ -43,6 +40,5 @@ TEST_F(QBCoderAdditionsTest, EachOperationTracesItsWayInAndOutFromLevel12On) {
     for (const char *operation : {"NSArchiver): -encodeClass:", "NSUnarchiver): -decodeClass"})
         for (const char *message : {" -> enter\n", " -> leave\n"})
             expected += std::string("[T] (P) [] [misc(12) OK] src/QBCoderAdditions:L(") + operation + message;
-    EXPECT_EQ(std::regex_replace(logLines(output.end()), std::regex("Additions:[0-9]+"), "Additions:L"),
-              expected);
+    EXPECT_EQ(replaced(logLines(output.end()), "Additions:[0-9]+", "Additions:L"), expected);
 }

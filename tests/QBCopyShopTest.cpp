@@ -1,17 +1,12 @@
 #include "support/PoolFixture.h"
 
-#include <algorithm>
-#include <cstring>
-#include <utility>
-
 using QBCopyShopTest = PoolFixture;
 using Strings = std::vector<std::string>;
 
 namespace {
 
 // A client's source: answers as it was told to, and notes what it was asked for.
-class Source : public QBInputStream {
-public:
+struct Source : QBInputStream {
     explicit Source(std::vector<std::int32_t> results) : answers(std::move(results)) {}
 
     static Class *cls() {
@@ -48,8 +43,7 @@ Ref<Source> source(std::vector<std::int32_t> answers) {
 }
 
 // A sink that fails on its second write.
-class Failing : public QBOutputStream {
-public:
+struct Failing : QBOutputStream {
     void _writeBuffer(const void *, std::uint32_t) override {
         if (++writes == 2)
             ERRORHANDLER->raiseErrorInFile("sink", 1, 100024, "f", "text");
@@ -58,8 +52,7 @@ public:
 };
 
 // A sink that lets go of its source.
-class Dropping : public QBOutputStream {
-public:
+struct Dropping : QBOutputStream {
     void _writeBuffer(const void *, std::uint32_t) override { from = nullptr; }
     Ref<QBInputStream> from;
 };
@@ -137,8 +130,7 @@ TEST_F(QBCopyShopTest, MissingMemoryIsTold) {
 
 TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     // Reads that leave the memory alone, so that it is never there.
-    class Vast : public QBInputStream {
-    public:
+    struct Vast : QBInputStream {
         std::int32_t _readBuffer(void *, std::uint32_t length) override {
             return left-- > 0 ? static_cast<std::int32_t>(length) : -1;
         }

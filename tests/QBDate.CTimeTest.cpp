@@ -5,31 +5,15 @@
 #include <clocale>
 #include <limits>
 
-namespace {
-
-class QBDateCTimeTest : public PoolFixture {
-protected:
+struct QBDateCTimeTest : PoolFixture {
     ~QBDateCTimeTest() override { NSDate::setStringValueFormat(nullptr); }
 };
 
-/// Dates with a format of their own.
-class Monthly : public NSDate {
-public:
-    static Class *cls() {
-        static const qb::Method methods[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
-        static Class *const self = new Class("Monthly", NSDate::cls(), methods, qb::construct<Monthly>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-};
-
-std::string stringValueIn(const char *zone, std::int32_t seconds, const char *format) {
+static std::string stringValueIn(const char *zone, std::int32_t seconds, const char *format) {
     const TimeZoneSetting setting(zone);
     NSDate::setStringValueFormat(format);
     return std::string(NSDate::dateWithCTime(seconds)->stringValue()->view());
 }
-
-} // namespace
 
 TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
     for (const std::int32_t seconds : {-1, INT32_MAX, INT32_MIN}) {
@@ -44,6 +28,15 @@ TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
 }
 
 TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
+    // Dates with a format of their own.
+    struct Monthly : NSDate {
+        static Class *cls() {
+            static const qb::Method methods[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
+            static Class *const self = new Class("Monthly", NSDate::cls(), methods, qb::construct<Monthly>);
+            return self;
+        }
+        Class *classObject() const override { return cls(); }
+    };
     EXPECT_STREQ(NSDate::stringValueFormat(), "%d.%m.%Y %H:%M");
     EXPECT_EQ(stringValueIn("Europe/Berlin", 1719792000, nullptr), "01.07.2024 02:00");
     EXPECT_EQ(stringValueIn("UTC0", 0, (std::string(1020, 'x') + "%C%C").c_str()), "");

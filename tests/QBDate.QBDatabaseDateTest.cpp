@@ -1,26 +1,19 @@
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
-#include <regex>
-
 using QBDatabaseDateTest = ServicesFixture;
 
-namespace {
-
-std::string now(NSString *format) {
+static std::string now(NSString *format) {
     return std::string(NSCalendarDate::calendarDate()->descriptionWithCalendarFormat(format)->view());
 }
 
-std::string dateOf(std::string_view text) {
+static std::string dateOf(std::string_view text) {
     NSCalendarDate *const date = NSDate::obsolete_dateWithString(NSString::stringWith(text));
     return date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_ns)->view()) : "nil";
 }
 
-std::string completed(NSArray *array) {
+static std::string completed(NSArray *array) {
     return describe(NSDate::_completeDateArray(array));
 }
-
-} // namespace
 
 TEST_F(QBDatabaseDateTest, DatesAreReadDayFirst) {
     const std::string withoutYear = dateOf("01.01");
@@ -57,7 +50,7 @@ TEST_F(QBDatabaseDateTest, ArraysAreTracedFromTheLevels2And7On) {
         std::fprintf(stderr, "level %d\n", level);
         NSDate::_completeDateArray("1.2.2003"_ns->componentsSeparatedByString("."_ns));
     }
-    const std::string shown = std::regex_replace(output.end(), std::regex("\\[.* -> |\\([^)]*\\)"), "");
-    EXPECT_EQ(shown, "level 1\nlevel 2\ninput array==\nlevel 6\ninput array==\nlevel 7\ninput array==\n"
-                     "completed date array==\n");
+    EXPECT_EQ(replaced(output.end(), "\\[.* -> |\\([^)]*\\)", ""),
+              "level 1\nlevel 2\ninput array==\nlevel 6\ninput array==\nlevel 7\ninput array==\n"
+              "completed date array==\n");
 }

@@ -1,8 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <cstdio>
-#include <memory>
-
 #include <unistd.h>
 
 using EnvironmentTest = PoolFixture;

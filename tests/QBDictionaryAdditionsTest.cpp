@@ -3,23 +3,19 @@
 
 using QBDictionaryAdditionsTest = ServicesFixture;
 
-namespace {
-
-NSNumber *number(int value) {
+static NSNumber *number(int value) {
     return NSNumber::numberWithInt(value);
 }
 
 // An array of the words of a text.
-NSArray *words(std::string_view text) {
+static NSArray *words(std::string_view text) {
     return NSString::stringWith(text)->componentsSeparatedByString(" "_ns);
 }
 
 // A mutable dictionary of keys and values in turn.
-NSMutableDictionary *entries(std::string_view text) {
+static NSMutableDictionary *entries(std::string_view text) {
     return NSMutableDictionary::dictFromArray(words(text));
 }
-
-} // namespace
 
 TEST_F(QBDictionaryAdditionsTest, AbsentValuesRemoveTheirKeysOrBecomeTheNullObject) {
     const auto after = [](void (NSMutableDictionary::*set)(id, id)) {

@@ -1,8 +1,6 @@
 #include "support/CapturedOutput.h"
 #include "support/PoolFixture.h"
 
-#include <cstdlib>
-
 using QBBase64OutputFilterTest = PoolFixture;
 using QBMD5OutputStreamTest = PoolFixture;
 using QBValidCharFilterTest = PoolFixture;

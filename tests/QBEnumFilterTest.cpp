@@ -7,35 +7,28 @@ using QBEnumFilterTest = PoolFixture;
 namespace {
 
 /// A client's filter, which lets every object pass.
-class Passing : public QBEnumFilter {
-public:
-    static Class *cls();
+struct Passing : QBEnumFilter {
+    static Class *cls() {
+        static Class *const self = new Class("Passing", QBEnumFilter::cls(), {}, qb::construct<Passing>);
+        return self;
+    }
     Class *classObject() const override { return cls(); }
     id doFilter(id object) override { return object; }
 };
 
-Class *Passing::cls() {
-    static Class *const self = new Class("Passing", QBEnumFilter::cls(), {}, qb::construct<Passing>);
-    return self;
-}
-
 /// A client's enumerator, with filters of its own.
-class Single : public NSEnumerator {
-public:
-    static Class *cls();
+struct Single : NSEnumerator {
+    static Class *cls() {
+        static const qb::Method methods[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
+        static Class *const self = new Class("Single", NSEnumerator::cls(), methods, qb::construct<Single>);
+        return self;
+    }
     Class *classObject() const override { return cls(); }
     static Class *filterClass() { return Passing::cls(); }
     id nextObject() override { return std::exchange(isDone_, true) ? nullptr : "x"_ns; }
 
-private:
     bool isDone_ = false;
 };
-
-Class *Single::cls() {
-    static const qb::Method methods[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
-    static Class *const self = new Class("Single", NSEnumerator::cls(), methods, qb::construct<Single>);
-    return self;
-}
 
 QBEnumFilter *filterOfClass(const char *name, SEL message, id argument = nullptr, id argument2 = nullptr) {
     Class *const cls = NSClassFromString(NSString::stringWithCString(name));
@@ -54,34 +47,29 @@ struct Mark {
 };
 
 /// Has an operation from beside NSObject, one that a subclass overrides, and one in both.
-class Marked : public NSObject, public Mark {
-public:
-    static Class *cls();
+struct Marked : NSObject, Mark {
+    static Class *cls() {
+        static const qb::Method methods[] = {
+            qb::method<"kind">(&Marked::kind),
+            qb::method<"itself">(&Marked::itself),
+            qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
+        };
+        static Class *const self = new Class("Marked", NSObject::cls(), methods, qb::construct<Marked>);
+        return self;
+    }
     Class *classObject() const override { return cls(); }
     virtual NSString *kind() const { return "marked"_ns; }
     Marked *itself() { return this; }
 };
-class Remarked final : public Marked {
-public:
-    static Class *cls();
+struct Remarked final : Marked {
+    static Class *cls() {
+        static Class *const self = new Class("Remarked", Marked::cls(), {}, qb::construct<Remarked>);
+        return self;
+    }
     Class *classObject() const override { return cls(); }
     NSString *kind() const override { return "remarked"_ns; }
     BOOL isMarked() const override { return mark != 7; }
 };
-
-Class *Marked::cls() {
-    static const qb::Method methods[] = {
-        qb::method<"kind">(&Marked::kind),
-        qb::method<"itself">(&Marked::itself),
-        qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
-    };
-    static Class *const self = new Class("Marked", NSObject::cls(), methods, qb::construct<Marked>);
-    return self;
-}
-Class *Remarked::cls() {
-    static Class *const self = new Class("Remarked", Marked::cls(), {}, qb::construct<Remarked>);
-    return self;
-}
 
 const qb::ClassRegistration registration{&Passing::cls};
 

@@ -1,11 +1,8 @@
 #include "support/PoolFixture.h"
 
-#include <algorithm>
-
 // That each text takes the values that really come with its number is checked by every test that raises one
 // (tests/support/ErrorExpectation.cpp).
-class QBErrorCatalogueTest : public PoolFixture {
-protected:
+struct QBErrorCatalogueTest : PoolFixture {
     ~QBErrorCatalogueTest() override { ERRORHANDLER = recordingErrorHandler(); }
 };
 

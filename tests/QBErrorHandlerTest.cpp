@@ -1,12 +1,9 @@
 #include "support/ServicesFixture.h"
 
-#include <new>
-
 namespace {
 
 // A handler with texts for two numbers, and trouble with a third.
-class WordingHandler : public QBErrorHandler {
-public:
+struct WordingHandler : QBErrorHandler {
     NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override {
         if (error == 100)
             return "%s failed %d times"_ns;
@@ -31,16 +28,13 @@ public:
 };
 
 // Puts a handler in the place of the test's.
-class QBErrorHandlerTest : public ServicesFixture {
-protected:
-    QBErrorHandlerTest() : handler_(Ref<WordingHandler>::adopt(new WordingHandler)) {
-        ERRORHANDLER = handler_.get();
-    }
+struct QBErrorHandlerTest : ServicesFixture {
+    QBErrorHandlerTest() { ERRORHANDLER = handler_.get(); }
     ~QBErrorHandlerTest() override { ERRORHANDLER = recordingErrorHandler(); }
 
     void raise(int error) { handler_->raiseErrorInFile("src/A", 1, error); }
 
-    Ref<WordingHandler> handler_;
+    const Ref<WordingHandler> handler_ = Ref<WordingHandler>::adopt(new WordingHandler);
 };
 
 } // namespace
@@ -138,10 +132,8 @@ TEST_F(QBErrorHandlerTest, ErrorsThatCannotBeTakenAsideStay) {
     NSAutoreleasePool pool;
     for (unsigned used = 0; used < NSAutoreleasePool::Page::kCapacity; ++used)
         Ref(handler_).autorelease();
-    {
-        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        EXPECT_THROW(const qb::SavedErrors saved, std::bad_alloc);
-    }
+    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    EXPECT_THROW(const qb::SavedErrors saved, std::bad_alloc);
     EXPECT_EQ(handler_->errorMessage()->view(), "[000001] unknown error");
     handler_->clearErrorStack();
 }

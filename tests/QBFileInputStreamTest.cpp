@@ -1,16 +1,8 @@
 #include "support/DirectoryFixture.h"
 
-#include <cstring>
-#include <fcntl.h>
 #include <fstream>
-#include <random>
-#include <sys/stat.h>
-#include <unistd.h>
 
-namespace {
-
-class QBFileInputStreamTest : public DirectoryFixture {
-protected:
+struct QBFileInputStreamTest : DirectoryFixture {
     QBFileInputStream *streamOf(const std::string &bytes) {
         directory_.write("file", bytes);
         return QBFileInputStream::streamWithFile(path("file"));
@@ -18,7 +10,7 @@ protected:
     std::string values(int error) const { return (directory_ / "file") + " " + std::strerror(error); }
 };
 
-std::vector<std::string> lines(QBFileInputStream *stream) {
+static std::vector<std::string> lines(QBFileInputStream *stream) {
     std::vector<std::string> result;
     while (NSString *line = stream->readLine())
         result.emplace_back(line->view());
@@ -28,7 +20,7 @@ std::vector<std::string> lines(QBFileInputStream *stream) {
 using Lines = std::vector<std::string>;
 
 // What the C library's line reading and cutting give.
-Lines expectedLines(const std::string &bytes) {
+static Lines expectedLines(const std::string &bytes) {
     Lines result;
     for (std::size_t start = 0; start < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\n', start), bytes.size() - 1) + 1;
@@ -41,8 +33,6 @@ Lines expectedLines(const std::string &bytes) {
     }
     return result;
 }
-
-} // namespace
 
 TEST_F(QBFileInputStreamTest, BytesAndLinesShareThePosition) {
     QBFileInputStream *stream = streamOf("\x01\xFF\ndef\nghi");
@@ -89,10 +79,8 @@ TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
         EXPECT_EQ(QBFileInputStream::initWithFile(path(name)), nullptr);
     };
     expectErrorAt("src/QBFileInputStream:78", 100039, directory_ / "none", [&] { open("none"); });
-    {
-        const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
-        expectErrorAt("src/QBFileInputStream:86", 100023, values(EACCES), [&] { open("file"); });
-    }
+    const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
+    expectErrorAt("src/QBFileInputStream:86", 100023, values(EACCES), [&] { open("file"); });
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
     open("file");
     EXPECT_EQ(takenErrors(), "(900999)");

@@ -2,20 +2,13 @@
 
 using QBNilTest = ServicesFixture;
 
-namespace {
-
-class Absent : public NSObject {
-public:
-    BOOL isNil() const override { return YES; }
-};
-
-} // namespace
-
 TEST_F(QBNilTest, NoValueIsNullOrTheNullObjectOrWhatSaysSo) {
-    const Absent absent;
+    struct Absent : NSObject {
+        BOOL isNil() const override { return YES; }
+    } absent;
     EXPECT_TRUE(IsNil(nullptr));
     EXPECT_TRUE(IsNil(QBNil::new_()));
-    EXPECT_TRUE(IsNil(const_cast<Absent *>(&absent)));
+    EXPECT_TRUE(IsNil(&absent));
     EXPECT_FALSE(IsNil(""_ns));
 }
 

@@ -3,35 +3,11 @@
 
 using QBObjectDeepAccessTest = PoolFixture;
 
-namespace {
-
-/// Keeps what it was asked.
-class Echo : public NSObject {
-public:
-    id deepObjectForKey(NSString *key) const override { return key; }
-    void setDeepObject(id object, NSString *forKey) override { seen = NSArray::arrayWith({object, forKey}); }
-    void removeDeepObjectForKey(NSString *key) override { seen = key; }
-
-    Ref<NSObject> seen;
-};
-
-/// Holds itself under each key but "end", where it keeps what is stored.
-class Ring : public NSObject {
-public:
-    id objectForKey(id key) const override { return key->isEqual("end"_ns) ? stored.get() : self(); }
-    void setObjectForKey(id object, id) override { stored = object; }
-    void removeObjectForKey(id) override { stored = nullptr; }
-
-    Ref<NSObject> stored;
-};
-
-NSMutableDictionary *tree() {
+static NSMutableDictionary *tree() {
     NSDictionary *const leaf = NSDictionary::dictionaryWith({{"k"_ns, "v"_ns}});
     return NSMutableDictionary::dictionaryWith(
         {{"a"_ns, leaf}, {"list"_ns, NSArray::arrayWith({"x"_ns, leaf})}, {"null"_ns, QBNil::value()}});
 }
-
-} // namespace
 
 TEST_F(QBObjectDeepAccessTest, GetsByKeysIndexesAndAccessors) {
     NSDictionary *const values = tree();
@@ -74,6 +50,15 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
 }
 
 TEST_F(QBObjectDeepAccessTest, ObjectsWithFormsOfTheirOwnGetTheRestOfTheKey) {
+    // Keeps what it was asked.
+    struct Echo : NSObject {
+        id deepObjectForKey(NSString *key) const override { return key; }
+        void setDeepObject(id object, NSString *forKey) override {
+            seen = NSArray::arrayWith({object, forKey});
+        }
+        void removeDeepObjectForKey(NSString *key) override { seen = key; }
+        Ref<NSObject> seen;
+    };
     const auto echo = Ref<Echo>::adopt(new Echo);
     const id values =
         NSMutableDictionary::dictionaryWith({{"e"_ns, NSMutableArray::arrayWith({echo.get()})}});
@@ -86,6 +71,13 @@ TEST_F(QBObjectDeepAccessTest, ObjectsWithFormsOfTheirOwnGetTheRestOfTheKey) {
 }
 
 TEST_F(QBObjectDeepAccessTest, MillionsOfComponentsAreWalkedOnASmallStack) {
+    // Holds itself under each key but "end", where it keeps what is stored.
+    struct Ring : NSObject {
+        id objectForKey(id key) const override { return key->isEqual("end"_ns) ? stored.get() : self(); }
+        void setObjectForKey(id object, id) override { stored = object; }
+        void removeObjectForKey(id) override { stored = nullptr; }
+        Ref<NSObject> stored;
+    };
     EXPECT_TRUE(runOnSmallStack([] {
         constexpr int kDeep = 1'000'000;
         const auto ring = Ref<Ring>::adopt(new Ring);

@@ -5,9 +5,20 @@ using QBObjectKeyAccessTest = PoolFixture;
 namespace {
 
 /// A client's class: what stands in its table is all that keys need.
-class Page : public NSObject {
-public:
-    static Class *cls();
+struct Page : NSObject {
+    static Class *cls() {
+        static const qb::Method methods[] = {
+            qb::method<"title">(&Page::title),     qb::method<"setTitle:">(&Page::setTitle),
+            qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
+            qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
+            qb::method<"size">(&Page::size),       qb::method<"setSize:">(&Page::setSize),
+            qb::method<"path">(&Page::path),       qb::method<"most">(&Page::most),
+            qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
+            qb::method<"close">(&Page::close),
+        };
+        static Class *const self = new Class("Page", NSObject::cls(), methods, qb::construct<Page>);
+        return self;
+    }
     Class *classObject() const override { return cls(); }
 
     NSString *title() const { return title_; }
@@ -24,30 +35,11 @@ public:
     Ref<NSString> copyOfTitle() const { return NSString::initWith(title_->view()); }
     void close() {}
 
-private:
     Ref<NSString> title_;
     id parent_ = nullptr;
     std::uint8_t rank_ = 0;
     std::int64_t size_ = 0;
 };
-
-Class *Page::cls() {
-    static const qb::Method methods[] = {
-        qb::method<"title">(&Page::title),     qb::method<"setTitle:">(&Page::setTitle),
-        qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
-        qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
-        qb::method<"size">(&Page::size),       qb::method<"setSize:">(&Page::setSize),
-        qb::method<"path">(&Page::path),       qb::method<"most">(&Page::most),
-        qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
-        qb::method<"close">(&Page::close),
-    };
-    static Class *const self = new Class("Page", NSObject::cls(), methods, qb::construct<Page>);
-    return self;
-}
-
-NSString *string(const char *text) {
-    return NSString::stringWithCString(text);
-}
 
 } // namespace
 

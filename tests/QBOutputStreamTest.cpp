@@ -5,8 +5,7 @@ using QBOutputStreamTest = PoolFixture;
 namespace {
 
 // A client's stream that has the primitive alone.
-class Recorder : public QBOutputStream {
-public:
+struct Recorder : QBOutputStream {
     void _writeBuffer(const void *buffer, std::uint32_t length) override {
         writes.emplace_back(static_cast<const char *>(buffer), length);
     }
@@ -61,8 +60,7 @@ TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
 }
 
 TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
-    class Quoter : public Recorder {
-    public:
+    struct Quoter : Recorder {
         void _writeString(NSString *string) override {
             writeByte('"');
             Recorder::_writeString(string);

@@ -1,16 +1,12 @@
 #include "support/ServicesFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-#include <regex>
-
 using QBPathTest = ServicesFixture;
 
 namespace {
 
 /// A subclass, which derived paths keep.
-class SitePath : public QBPath {
-public:
+struct SitePath : QBPath {
     static Class *cls() {
         static Class *const self = new Class("SitePath", QBPath::cls(), {}, qb::construct<SitePath>);
         return self;
@@ -19,8 +15,7 @@ public:
 };
 
 /// A named object in a tree.
-class Node : public NSObject {
-public:
+struct Node : NSObject {
     explicit Node(const char *name, Node *above = nullptr) : parent(above), name_(NSString::initWith(name)) {
         if (above)
             above->children_.push_back(this);
@@ -46,7 +41,6 @@ public:
 
     Node *parent;
 
-private:
     Ref<NSString> name_;
     std::vector<Node *> children_;
 };
@@ -163,9 +157,8 @@ TEST_F(QBPathTest, IsArchivedWithTraces) {
     NSData *const archive = NSArchiver::archivedDataWithRootObject(qbPath("/a/b"));
     EXPECT_TRUE(qbPath("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
         archive, NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls()))));
-    const std::regex lineNumber("QBPath:[0-9]+");
-    const std::string lines = std::regex_replace(logLines(output.end()), lineNumber, "QBPath:L");
     const std::string line = "[T] (P) [] [misc(6) OK] src/QBPath:L(QBPath): -";
-    EXPECT_EQ(lines, line + "encodeWithCoder: -> enter\n" + line + "encodeWithCoder: -> leave\n" + line +
-                         "initWithCoder: -> enter\n" + line + "initWithCoder: -> leave\n");
+    EXPECT_EQ(replaced(logLines(output.end()), "QBPath:[0-9]+", "QBPath:L"),
+              line + "encodeWithCoder: -> enter\n" + line + "encodeWithCoder: -> leave\n" + line +
+                  "initWithCoder: -> enter\n" + line + "initWithCoder: -> leave\n");
 }

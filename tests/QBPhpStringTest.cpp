@@ -2,16 +2,10 @@
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <random>
-
 using QBPhpStringTest = PoolFixture;
 
-namespace {
-
 // Trees of numbers that PHP reads as they are, with keys that it keeps apart.
-id randomTree(std::mt19937 &random, unsigned depth) {
+static id randomTree(std::mt19937 &random, unsigned depth) {
     const std::uint32_t kind = random() % (depth == 0 ? 3 : 6);
     if (kind == 0)
         return NSNumber::numberWithInt(static_cast<std::int32_t>(random()));
@@ -30,7 +24,7 @@ id randomTree(std::mt19937 &random, unsigned depth) {
 }
 
 // What the program below prints of the value: the numbers, which need no exponent, and all keys.
-std::string shown(id value) {
+static std::string shown(id value) {
     std::string text = "[";
     std::uint32_t index = 0;
     if (auto *const array = qb::castOrNil<NSArray>(value)) {
@@ -56,17 +50,12 @@ function shown($value) {
 )";
 
 // Returns what the program writes, or nothing when there is no PHP.
-std::string runByPhp(const std::string &program) {
+static std::string runByPhp(const std::string &program) {
     const TemporaryDirectory directory;
     directory.write("program.php", program);
-    std::FILE *const output = popen(("php -n " + directory / "program.php" + " 2>&1").c_str(), "r");
-    std::string text;
-    for (int byte; output && (byte = std::fgetc(output)) != EOF;)
-        text += static_cast<char>(byte);
-    return output && pclose(output) == 0 ? text : "";
+    const std::string command = "cd '" + directory.path() + "' && php -n program.php >output 2>&1";
+    return std::system(command.c_str()) == 0 ? directory.read("output") : "";
 }
-
-} // namespace
 
 TEST_F(QBPhpStringTest, EachTypeHasItsText) {
     const std::string string = "not implemented correctly";

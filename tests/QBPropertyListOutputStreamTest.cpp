@@ -1,15 +1,12 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-
 using QBPropertyListOutputStreamTest = PoolFixture;
 
 namespace {
 
 // A client's stream, which sees each operation.
-class Watcher : public QBPropertyListOutputStream {
-public:
+struct Watcher : QBPropertyListOutputStream {
     void _writeString(NSString *string) override {
         ++strings;
         QBPropertyListOutputStream::_writeString(string);
@@ -28,8 +25,7 @@ public:
 };
 
 // A value of a client, which may change what is being written.
-class Meddler : public NSObject {
-public:
+struct Meddler : NSObject {
     NSString *stringValue() const override {
         list->removeAllObjects();
         return "meddled with"_ns;

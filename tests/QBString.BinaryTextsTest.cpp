@@ -5,15 +5,10 @@
 
 #include <cctype>
 #include <climits>
-#include <random>
 
 using QBStringBinaryTextsTest = PoolFixture;
 using QBStringURLEscapingTest = PoolFixture;
 using QBStringMoneySupportTest = PoolFixture;
-
-static NSString *string(std::string_view bytes) {
-    return NSString::stringWith(bytes);
-}
 
 TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string("TWFu IGlz\n")->decodeBase64()), "Man is");

@@ -2,33 +2,29 @@
 
 using QBStringHTMLEscapingTest = PoolFixture;
 
-namespace {
-
 // What the skip functions below were called with, as offsets from the end that they were given.
-std::vector<std::ptrdiff_t> skipCalls;
+static std::vector<std::ptrdiff_t> skipCalls;
 
 // Skips from "[" behind the next "]".
-const char *skipBrackets(const char *position, const char *end) {
+static const char *skipBrackets(const char *position, const char *end) {
     skipCalls.push_back(end - position);
     while (position < end && *position != ']')
         ++position;
     return position < end ? position + 1 : end;
 }
 
-const char *skipNothing(const char *position, const char *) {
+static const char *skipNothing(const char *position, const char *) {
     return position;
 }
 
-const char *skipBeyondAnyEnd(const char *, const char *end) {
+static const char *skipBeyondAnyEnd(const char *, const char *end) {
     return end + 100;
 }
 
-std::string escapedQuotes(std::string_view text, NSString::SkipFunction skip = &skipBrackets) {
+static std::string escapedQuotes(std::string_view text, NSString::SkipFunction skip = &skipBrackets) {
     skipCalls.clear();
     return describe(NSString::stringWith(text)->stringWithEscapedHtmlQuotesSkipWith(skip, /*on=*/'['));
 }
-
-} // namespace
 
 TEST_F(QBStringHTMLEscapingTest, EachFormReplacesItsCharacters) {
     NSString *const text = "a<b> & \"c\""_ns;

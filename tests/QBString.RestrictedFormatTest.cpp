@@ -1,37 +1,33 @@
 #include "support/Allocations.h"
 #include "support/PoolFixture.h"
 
-#include <cstdio>
-
 using RestrictedFormatTest = PoolFixture;
-
-namespace {
 
 // What the C library makes of the format, which has length letters of its own.
 template <class T>
-std::string printed(const std::string &format, T value) {
+static std::string printed(const std::string &format, T value) {
     std::string text(2000, '\0');
     text.resize(static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format.c_str(), value)));
     return text;
 }
 
 template <class... V>
-std::string restricted(const std::string &format, const V &...values) {
+static std::string restricted(const std::string &format, const V &...values) {
     return describe(NSString::stringWithRestrictedFormat(NSString::stringWith(format), values...));
 }
 
 template <class... V>
-std::string formatted(const std::string &format, const V &...values) {
+static std::string formatted(const std::string &format, const V &...values) {
     return describe(NSString::stringWithFormat(NSString::stringWith(format), values...));
 }
 
-std::string ofObjects(const std::string &format, std::initializer_list<id> objects) {
+static std::string ofObjects(const std::string &format, std::initializer_list<id> objects) {
     NSArray *const array = NSArray::arrayWith(objects);
     return describe(NSString::stringWithRestrictedFormatAndObjects(NSString::stringWith(format), array));
 }
 
 // Random flags, width and precision.
-std::string randomModifiers(Random &random) {
+static std::string randomModifiers(Random &random) {
     std::string modifiers;
     for (const char flag : {'-', '+', ' ', '#', '0'})
         if (random.below(3) == 0)
@@ -43,12 +39,10 @@ std::string randomModifiers(Random &random) {
     return modifiers;
 }
 
-std::int64_t randomInteger(Random &random) {
+static std::int64_t randomInteger(Random &random) {
     const auto bits = static_cast<std::int64_t>(random.bits());
     return random.below(6) == 0 ? static_cast<std::int64_t>(random.below(3)) - 1 : bits >> random.below(64);
 }
-
-} // namespace
 
 TEST_F(RestrictedFormatTest, ConversionsPrintAsTheCLibraryPrintsThem) {
     Random random;

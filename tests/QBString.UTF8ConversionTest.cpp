@@ -4,15 +4,7 @@
 using QBStringUTF8ConversionTest = PoolFixture;
 using namespace std::string_view_literals;
 
-namespace {
-
 constexpr const char *kPlace = "src/QBStringAdditions:1353";
-
-NSString *string(std::string_view bytes) {
-    return NSString::stringWith(bytes);
-}
-
-} // namespace
 
 TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstError) {
     const char *const text = "a\xC3\xA9\xE2\x82\xACz";

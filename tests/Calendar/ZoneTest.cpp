@@ -18,16 +18,14 @@
 
 using namespace qb::calendar;
 
-namespace {
-
 const std::string kDirectory = "/usr/share/zoneinfo/";
 
-std::string contents(const std::string &path) {
+static std::string contents(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<std::string> zoneNames() {
+static std::vector<std::string> zoneNames() {
     std::vector<std::string> names = {"CET", "EST5EDT", "WET", "MST", "Etc/GMT+5"};
     std::istringstream table(contents(kDirectory + "zone1970.tab"));
     for (std::string line; std::getline(table, line);) {
@@ -40,7 +38,7 @@ std::vector<std::string> zoneNames() {
 }
 
 /// Compares with what the C library, set to the same zone, says.
-void expectAgreement(const Zone &zone, std::int64_t seconds) {
+static void expectAgreement(const Zone &zone, std::int64_t seconds) {
     const auto time = static_cast<std::time_t>(seconds);
     std::tm local;
     localtime_r(&time, &local);
@@ -50,13 +48,13 @@ void expectAgreement(const Zone &zone, std::int64_t seconds) {
     ASSERT_EQ(zone.offsetAt(seconds).isDst, local.tm_isdst > 0) << zone.name() << " at " << seconds;
 }
 
-std::int64_t at(int year, int month, int day, int hour = 0, int minute = 0) {
+static std::int64_t at(int year, int month, int day, int hour = 0, int minute = 0) {
     return secondsFromFields({year, month, day, hour, minute, 0});
 }
 
 constexpr bool kNarrowTime = sizeof(std::time_t) == 4;
 
-void compareWithLibrary(const Zone &zone, int firstYear, int stepDays) {
+static void compareWithLibrary(const Zone &zone, int firstYear, int stepDays) {
     const std::int64_t begin = at(kNarrowTime ? std::max(firstYear, 1902) : firstYear, 1, 1);
     const std::int64_t end = kNarrowTime ? at(2038, 1, 1) : at(2100, 12, 31);
     for (std::int64_t time = begin; time < end; time += stepDays * kSecondsPerDay + 3607)
@@ -66,8 +64,6 @@ void compareWithLibrary(const Zone &zone, int firstYear, int stepDays) {
         ASSERT_NO_FATAL_FAILURE(expectAgreement(zone, change));
     }
 }
-
-} // namespace
 
 TEST(ZoneTest, EveryZoneAgreesWithTheCLibrary) {
     const TimeZoneSetting setting("UTC");

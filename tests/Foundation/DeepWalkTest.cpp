@@ -7,12 +7,10 @@
 
 using DeepWalkTest = PoolFixture;
 
-namespace {
-
 constexpr int kDeep = 1'000'000;
 
 // `innermost` inside `depth` containers of all kinds in turn.
-Ref<NSObject> nested(int depth, id innermost) {
+static Ref<NSObject> nested(int depth, id innermost) {
     Ref<NSObject> object = innermost;
     for (int i = 0; i < depth; i += 5) {
         object = NSMutableArray::initWith({object.get()});
@@ -23,21 +21,6 @@ Ref<NSObject> nested(int depth, id innermost) {
     }
     return object;
 }
-
-/// An array that is equal to others when their first elements are.
-class FirstArray : public NSMutableArray {
-public:
-    BOOL isEqual(id other) const override {
-        auto *const array = qb::castOrNil<NSArray>(other);
-        return array && array->count() && objectAtIndex(0)->isEqual(array->objectAtIndex(0));
-    }
-    Class *classObject() const override {
-        static Class *const self = new Class("FirstArray", NSMutableArray::cls(), {});
-        return self;
-    }
-};
-
-} // namespace
 
 TEST_F(DeepWalkTest, AMillionNestedContainersAreComparedHashedAndDestroyedOnASmallStack) {
     bool isTold = false;
@@ -82,6 +65,17 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
 }
 
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
+    // An array that is equal to others when their first elements are.
+    struct FirstArray : NSMutableArray {
+        BOOL isEqual(id other) const override {
+            auto *const array = qb::castOrNil<NSArray>(other);
+            return array && array->count() && objectAtIndex(0)->isEqual(array->objectAtIndex(0));
+        }
+        Class *classObject() const override {
+            static Class *const self = new Class("FirstArray", NSMutableArray::cls(), {});
+            return self;
+        }
+    };
     const auto chain = [](int depth, id unseen) {
         Ref<NSObject> object = "end"_ns;
         for (int i = 0; i < depth; ++i) {

@@ -1,7 +1,5 @@
 #include "support/DirectoryFixture.h"
 
-#include <unistd.h>
-
 using FileContentsTest = DirectoryFixture;
 
 // The classes that read files and write them.

@@ -2,29 +2,13 @@
 
 #include "support/PoolFixture.h"
 
-#include <algorithm>
-#include <random>
 #include <unordered_map>
-#include <utility>
 
 using HashTableTest = PoolFixture;
 
-namespace {
-
-/// A key whose hash says next to nothing.
-class Clash : public NSObject {
-public:
-    explicit Clash(unsigned value) : value_(value) {}
-    BOOL isEqual(id other) const override { return static_cast<const Clash *>(other)->value_ == value_; }
-    std::uint32_t hash() const override { return value_ % 3; }
-
-private:
-    unsigned value_;
-};
-
 // Puts, finds and removes keys that `makeKey` makes of numbers, and does the same with a list of entries.
 template <class MakeKey>
-void compareWithList(MakeKey makeKey, unsigned keys, int steps) {
+static void compareWithList(MakeKey makeKey, unsigned keys, int steps) {
     std::mt19937 generator(11);
     qb::HashTable table;
     std::vector<std::pair<unsigned, int>> entries; // the values are the steps
@@ -76,16 +60,21 @@ void compareWithList(MakeKey makeKey, unsigned keys, int steps) {
     }
 }
 
-Ref<NSObject> stringKey(unsigned number) {
+static Ref<NSObject> stringKey(unsigned number) {
     const std::string text = "key" + std::string(number % 20, 'x') + std::to_string(number);
     if (number % 3 == 0)
         return NSMutableString::initWith(text);
     return NSString::initWith(text);
 }
 
-} // namespace
-
 TEST_F(HashTableTest, DoesWhatAListOfEntriesDoes) {
+    // A key whose hash says next to nothing.
+    struct Clash : NSObject {
+        explicit Clash(unsigned value) : value_(value) {}
+        BOOL isEqual(id other) const override { return static_cast<const Clash *>(other)->value_ == value_; }
+        std::uint32_t hash() const override { return value_ % 3; }
+        unsigned value_;
+    };
     compareWithList(&stringKey, 12, 1000);
     compareWithList(&stringKey, 3000, 20000);
     compareWithList([](unsigned number) { return Ref<NSObject>::adopt(new Clash(number)); }, 60, 3000);

@@ -1,63 +1,36 @@
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
-#include <algorithm>
-#include <random>
-
 using NSArrayTest = PoolFixture;
 
-namespace {
-
-// An array of the text's characters as strings.
-NSMutableArray *letters(std::string_view text) {
-    NSMutableArray *const array = NSMutableArray::array();
-    for (const char &letter : text)
-        array->addObject(NSString::stringWith({&letter, 1}));
-    return array;
-}
-
-std::string joined(NSArray *array) {
+static std::string joined(NSArray *array) {
     return array ? std::string(array->componentsJoinedByString(nullptr)->view()) : "nil";
 }
 
-int throwing(id, id, void *calls) {
+static int throwing(id, id, void *calls) {
     if (++*static_cast<int *>(calls) == 7)
         throw InvalidArgumentException("enough");
     return 1;
 }
 
-int emptying(id, id, void *array) {
+static int emptying(id, id, void *array) {
     static_cast<NSMutableArray *>(array)->removeAllObjects();
     return 0;
 }
 
-int random(id, id, void *) {
+static int random(id, id, void *) {
     static std::mt19937 generator(1);
     return static_cast<int>(generator() % 3) - 1;
 }
 
-/// Adds nothing that it has.
-class Unique : public NSMutableArray {
-public:
-    void addObject(id object) override {
-        if (!containsObject(object))
-            NSMutableArray::addObject(object);
-    }
-};
-
-/// Comes back to the array that owned it when it goes.
-class Returner : public NSObject {
-public:
-    explicit Returner(NSMutableArray *array) : array_(array) {}
-    ~Returner() override { array_->addObject("z"_ns); }
-
-private:
-    NSMutableArray *array_;
-};
-
-} // namespace
-
 TEST_F(NSArrayTest, InsertingIsNotAddingOfASubclass) {
+    // Adds nothing that it has.
+    struct Unique : NSMutableArray {
+        void addObject(id object) override {
+            if (!containsObject(object))
+                NSMutableArray::addObject(object);
+        }
+    };
     const Ref<Unique> array = Ref<Unique>::adopt(new Unique);
     array->addObject("x"_ns);
     array->insertObject("x"_ns, 1);
@@ -181,6 +154,12 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
 }
 
 TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
+    // Comes back to the array that owned it when it goes.
+    struct Returner : NSObject {
+        explicit Returner(NSMutableArray *array) : array_(array) {}
+        ~Returner() override { array_->addObject("z"_ns); }
+        NSMutableArray *array_;
+    };
     NSMutableArray *const array = letters("ab");
     const auto addReturner = [array] { array->addObject(Ref<Returner>::adopt(new Returner(array)).get()); };
     addReturner();

@@ -2,22 +2,17 @@
 
 #include <array>
 #include <limits>
-#include <random>
 
 using NSCalendarDateTest = PoolFixture;
 
-namespace {
-
-NSTimeZone *berlin() {
+static NSTimeZone *berlin() {
     return NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
 }
 
-NSCalendarDate *dateIn(NSTimeZone *zone, int year, int month, int day, int hour = 0, int minute = 0,
-                       int second = 0) {
+static NSCalendarDate *dateIn(NSTimeZone *zone, int year, int month, int day, int hour = 0, int minute = 0,
+                              int second = 0) {
     return NSCalendarDate::dateWithYear(year, month, day, hour, minute, second, zone);
 }
-
-} // namespace
 
 TEST_F(NSCalendarDateTest, FieldsAreThoseOfTheZone) {
     NSCalendarDate *date = dateIn(berlin(), 2024, 2, 29, 23, 30, 15);

@@ -1,9 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-
 using NSDataTest = PoolFixture;
 
 TEST_F(NSDataTest, TakesMemoryOver) {

@@ -3,24 +3,9 @@
 
 using NSDictionaryTest = PoolFixture;
 
-namespace {
-
-NSNumber *number(int value) {
+static NSNumber *number(int value) {
     return NSNumber::numberWithInt(value);
 }
-
-/// Removes its key when it goes.
-class Remover : public NSObject {
-public:
-    Remover(NSMutableDictionary *dictionary, int key) : dictionary_(dictionary), key_(key) {}
-    ~Remover() override { dictionary_->removeObjectForKey(number(key_)); }
-
-private:
-    NSMutableDictionary *dictionary_;
-    int key_;
-};
-
-} // namespace
 
 TEST_F(NSDictionaryTest, KeepsTheOrderOfFirstInsertionAndCopiesKeys) {
     NSMutableString *const key = NSMutableString::stringWith("b");
@@ -96,6 +81,13 @@ TEST_F(NSDictionaryTest, ChangesOfKeysDuringEnumerationThrow) {
 }
 
 TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
+    // Removes its key when it goes.
+    struct Remover : NSObject {
+        Remover(NSMutableDictionary *dictionary, int key) : dictionary_(dictionary), key_(key) {}
+        ~Remover() override { dictionary_->removeObjectForKey(number(key_)); }
+        NSMutableDictionary *dictionary_;
+        int key_;
+    };
     NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();
     const auto fill = [dictionary] {
         for (int i = 0; i < 20; ++i)

@@ -1,15 +1,11 @@
 #include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
 #include <set>
 
 using namespace std::string_literals;
 
-namespace {
-
-class NSFileManagerTest : public DirectoryFixture {
-protected:
+struct NSFileManagerTest : DirectoryFixture {
     /// A directory "tree" with a file, a link and a directory with a file in it.
     void makeTree() {
         directory_.write("tree/file", "some bytes");
@@ -22,11 +18,9 @@ protected:
     NSFileManager *manager_ = NSFileManager::defaultManager();
 };
 
-std::string sorted(NSArray *names) {
+static std::string sorted(NSArray *names) {
     return describe(names->sortedArrayUsingSelector("compare:"_sel));
 }
-
-} // namespace
 
 TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     NSData *content = dataOf("a\0b"s);
@@ -100,11 +94,9 @@ TEST_F(NSFileManagerTest, AMoveToAnotherFileSystemCopiesAndRemoves) {
 
 TEST_F(NSFileManagerTest, FailuresAreAnsweredAndRaiseNothing) {
     makeTree();
-    {
-        const Fault full(Call::write, 0, 1, ENOSPC);
-        EXPECT_FALSE(manager_->createFileAtPath(path("new"), dataOf("abc"), nullptr));
-        EXPECT_FALSE(directory_.has("new"));
-    }
+    const Fault full(Call::write, 0, 1, ENOSPC);
+    EXPECT_FALSE(manager_->createFileAtPath(path("new"), dataOf("abc"), nullptr));
+    EXPECT_FALSE(directory_.has("new"));
     // The directories above the target are opened and closed too, the root twice.
     const auto above =
         static_cast<unsigned>(std::count(directory_.path().begin(), directory_.path().end(), '/') + 2);

@@ -5,10 +5,8 @@
 
 using NSNumberTest = PoolFixture;
 
-namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-} // namespace
 
 TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
     const std::tuple<NSNumber *, const char *, const char *> rows[] = {

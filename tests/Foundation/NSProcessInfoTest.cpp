@@ -1,8 +1,6 @@
 #include "support/PoolFixture.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,23 +1,13 @@
 #include "System/Process.h"
 #include "support/PoolFixture.h"
 
-#include <cstdlib>
-
-namespace {
-
 /// Sets HOME, and puts the old one back.
-class NSStringPathTest : public PoolFixture {
-protected:
-    NSStringPathTest() : old_(std::getenv("HOME") ? std::getenv("HOME") : "") {
-        ::setenv("HOME", "/h/me", 1);
-    }
+struct NSStringPathTest : PoolFixture {
+    NSStringPathTest() { ::setenv("HOME", "/h/me", 1); }
     ~NSStringPathTest() override { ::setenv("HOME", old_.c_str(), 1); }
 
-private:
-    std::string old_;
+    const std::string old_ = std::getenv("HOME") ? std::getenv("HOME") : "";
 };
-
-} // namespace
 
 TEST_F(NSStringPathTest, ComponentsAndExtensions) {
     const char *const rows[][7] = {

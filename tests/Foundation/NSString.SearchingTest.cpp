@@ -3,12 +3,10 @@
 
 using NSStringSearchingTest = PoolFixture;
 
-namespace {
-
 constexpr NSRange kNowhere = {NSNotFound, 0};
 
 // The places where `needle` stands in `text`, as the options want the first of them.
-NSRange plainRange(const UnitModel &text, const UnitModel &needle, std::uint32_t options) {
+static NSRange plainRange(const UnitModel &text, const UnitModel &needle, std::uint32_t options) {
     for (std::size_t i = 0; i + needle.count() <= text.count() && needle.count(); ++i) {
         const std::size_t index = options & NSBackwardsSearch ? text.count() - needle.count() - i : i;
         if (text.holds(needle, index))
@@ -20,7 +18,7 @@ NSRange plainRange(const UnitModel &text, const UnitModel &needle, std::uint32_t
 }
 
 // The pieces between the places where `needle` stands.
-std::vector<std::string> plainPieces(const UnitModel &text, const UnitModel &needle) {
+static std::vector<std::string> plainPieces(const UnitModel &text, const UnitModel &needle) {
     std::vector<std::string> pieces;
     std::size_t start = 0;
     for (std::size_t i = 0; i < text.count() && needle.count();) {
@@ -36,21 +34,19 @@ std::vector<std::string> plainPieces(const UnitModel &text, const UnitModel &nee
     return pieces;
 }
 
-std::string joined(const std::vector<std::string> &pieces, const std::string &by) {
+static std::string joined(const std::vector<std::string> &pieces, const std::string &by) {
     std::string text = pieces[0];
     for (std::size_t i = 1; i < pieces.size(); ++i)
         text += by + pieces[i];
     return text;
 }
 
-std::vector<std::string> textsOf(NSArray *array) {
+static std::vector<std::string> textsOf(NSArray *array) {
     std::vector<std::string> texts;
     for (id element : *array)
         texts.emplace_back(static_cast<NSString *>(element)->view());
     return texts;
 }
-
-} // namespace
 
 TEST_F(NSStringSearchingTest, FindingSplittingAndReplacingFollowAPlainModel) {
     Random random;

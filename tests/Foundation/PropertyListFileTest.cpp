@@ -1,8 +1,6 @@
 #include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
 
-#include <utility>
-
 using PropertyListFileTest = DirectoryFixture;
 
 TEST_F(PropertyListFileTest, WrittenFilesAreReadBackEqual) {

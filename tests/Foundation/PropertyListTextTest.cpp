@@ -4,8 +4,6 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-
 using PropertyListTextTest = PoolFixture;
 using namespace std::string_view_literals;
 

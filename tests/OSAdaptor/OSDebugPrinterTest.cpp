@@ -1,13 +1,8 @@
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
-#include <fcntl.h>
 #include <regex>
 
-namespace {
-
-class OSDebugPrinterTest : public ServicesFixture {
-protected:
+struct OSDebugPrinterTest : ServicesFixture {
     // Registers a debug and a profile channel "here" and makes them active.
     OSDebugPrinterTest() {
         channel_ = printer()->registerDebugChannel("here"_ns);
@@ -23,15 +18,13 @@ protected:
         char pid[16];
         std::snprintf(pid, sizeof pid, "%06lu:", static_cast<unsigned long>(::getpid()));
         const std::string bytes = R"(-?\d+\.\d\d[KMGT]?B)";
-        const std::regex tail(R"(\+-?\d+ms #\d{13} \+m)" + bytes + " #m" + bytes);
-        return std::regex_replace(std::regex_replace(text, std::regex(pid), "P:"), tail, "TAIL");
+        const std::string tail = R"(\+-?\d+ms #\d{13} \+m)" + bytes + " #m" + bytes;
+        return replaced(replaced(text, pid, "P:"), tail, "TAIL");
     }
 
     int channel_ = -1;
     int profile_ = -1;
 };
-
-} // namespace
 
 TEST_F(OSDebugPrinterTest, NumbersAreGivenOnceAndUpTo100) {
     const Ref<OSDebugPrinter> other = OSDebugPrinter::init();

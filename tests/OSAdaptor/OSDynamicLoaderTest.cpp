@@ -4,12 +4,10 @@
 
 using OSDynamicLoaderTest = ServicesFixture;
 
-namespace {
-
 // A library of the C library's own that this program does not use.
 constexpr const char *kLibrary = "libBrokenLocale.so.1";
 
-bool isLoaded(const char *library) {
+static bool isLoaded(const char *library) {
     void *const handle = ::dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
     if (handle)
         ::dlclose(handle);
@@ -17,7 +15,7 @@ bool isLoaded(const char *library) {
 }
 
 // What a process says that ends in the attempt; it exits with 255.
-std::string fatalError(const std::function<void()> &load) {
+static std::string fatalError(const std::function<void()> &load) {
     const ChildEnd end = runInChild([&] {
         ERRORHANDLER = QBErrorHandler::init().detach(); // without the catalogue
         load();
@@ -25,8 +23,6 @@ std::string fatalError(const std::function<void()> &load) {
     EXPECT_EQ(end.status, 255);
     return logLines(end.standardError, end.process);
 }
-
-} // namespace
 
 TEST_F(OSDynamicLoaderTest, LibrariesAreLoadedAndStay) {
     ASSERT_FALSE(isLoaded(kLibrary));

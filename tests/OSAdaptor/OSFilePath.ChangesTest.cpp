@@ -1,9 +1,6 @@
 #include "support/DirectoryFixture.h"
 
 #include <ctime>
-#include <fcntl.h>
-#include <filesystem>
-#include <unistd.h>
 
 using OSFilePathChangesTest = DirectoryFixture;
 
@@ -110,10 +107,8 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
 TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront) {
     directory_.write("tree/file", "");
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
-    {
-        const Fault fault(Call::readdir, /*skip=*/0, /*times=*/1, EIO);
-        OSFilePath::removePath(path("tree"));
-    }
+    const Fault fault(Call::readdir, /*skip=*/0, /*times=*/1, EIO);
+    OSFilePath::removePath(path("tree"));
     EXPECT_EQ(recordingErrorHandler()->raised.back().values, directory_ / "tree Input/output error");
     OSFilePath::removePath(path("tree"));
     EXPECT_FALSE(directory_.has("tree"));

@@ -1,9 +1,6 @@
 #include "support/DirectoryFixture.h"
 
-#include <sys/stat.h>
-
-class OSFilePathComparisonTest : public DirectoryFixture {
-protected:
+struct OSFilePathComparisonTest : DirectoryFixture {
     bool differ(std::string_view one, std::string_view other) {
         return OSFilePath::fileAtPath(path(one), path(other));
     }

@@ -1,14 +1,9 @@
 #include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
-
 namespace fs = std::filesystem;
 
-class OSFilePathCopyingTest : public DirectoryFixture {
-protected:
+struct OSFilePathCopyingTest : DirectoryFixture {
     void copy(std::string_view source, std::string_view target, BOOL renameSource = NO) {
         OSFilePath::copyPath(path(source), path(target), renameSource);
     }

@@ -1,7 +1,6 @@
 #include "OSAdaptor/OSFilePath.Support.h"
 #include "support/PoolFixture.h"
 
-#include <cstdlib>
 #include <set>
 
 using OSFilePathTextTest = PoolFixture;

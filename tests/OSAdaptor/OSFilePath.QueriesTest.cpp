@@ -1,9 +1,6 @@
 #include "support/DirectoryFixture.h"
 
-#include <fcntl.h>
-#include <filesystem>
 #include <set>
-#include <sys/stat.h>
 
 using OSFilePathQueriesTest = DirectoryFixture;
 

@@ -1,31 +1,18 @@
 #include "support/ServicesFixture.h"
 
-#include <regex>
-
-namespace {
-
-class OSFilePathTraceTest : public ServicesFixture {
-protected:
+struct OSFilePathTraceTest : ServicesFixture {
     // Returns what the operation traces, with "#" for lines, "DIR" for the directory and "N" for descriptors.
     std::string traced(int level, auto operation) {
         activateChannel("fileio");
         debug = level;
         CapturedOutput output;
         operation();
-        std::string text = logLines(output.end());
-        const auto replace = [&](const std::string &pattern, const char *by) {
-            text = std::regex_replace(text, std::regex(pattern), by);
-        };
-        replace("\\[T\\] \\(P\\) \\[\\] \\[fileio\\(" + std::to_string(level) +
-                    "\\) OK\\] src/OSAdaptor/OSFilePath:[0-9]+",
-                "#");
-        replace(directory_.path(), "DIR");
-        replace("0x0[0-9a-f]+", "N");
-        return text;
+        const std::string start = R"(\[T\] \(P\) \[\] \[fileio\()" + std::to_string(level) +
+                                  R"(\) OK\] src/OSAdaptor/OSFilePath:[0-9]+)";
+        const std::string text = replaced(logLines(output.end()), start, "#");
+        return replaced(replaced(text, directory_.path(), "DIR"), "0x0[0-9a-f]+", "N");
     }
 };
-
-} // namespace
 
 TEST_F(OSFilePathTraceTest, StepsAreTracedByLevel) {
     const auto simplify = [] { OSFilePath::stringBySimplifyingPath("a/./b"_ns); };

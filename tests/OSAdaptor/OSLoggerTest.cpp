@@ -1,7 +1,5 @@
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
-
 using OSLoggerTest = ServicesFixture;
 
 // Writes a line by way of the common logger.
@@ -23,20 +21,14 @@ TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
                   "OSLogger createLoggerForCategory: must have a category that is not nil.");
 }
 
-namespace {
-
-class Journal : public OSLogger {
-public:
-    static Class *cls() {
-        static Class *const self = new Class("Journal", OSLogger::cls(), {}, qb::construct<Journal>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-};
-
-} // namespace
-
 TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
+    struct Journal : OSLogger {
+        static Class *cls() {
+            static Class *const self = new Class("Journal", OSLogger::cls(), {}, qb::construct<Journal>);
+            return self;
+        }
+        Class *classObject() const override { return cls(); }
+    };
     send<void>(Journal::cls(), "createLoggerForCategory:"_sel, "journal"_ns);
     EXPECT_EQ(OSLogger::loggerForCategory("journal"_ns)->classObject(), Journal::cls());
 }
@@ -129,25 +121,18 @@ TEST_F(OSLoggerTest, AFileNameWithANulNamesNoFile) {
     EXPECT_FALSE(directory_.has("log"));
 }
 
-namespace {
-
-// Turns to another log file when the one that it has can't be opened.
-class CautiousHandler : public QBErrorHandler {
-public:
-    using QBErrorHandler::raiseErrorInFileWithArgList;
-    void raiseErrorInFileWithArgList(const char *, int, int, const qb::ArgList &, NSArray *,
-                                     NSString *) override {
-        log("raised"_ns);
-        OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
-    }
-
-    NSString *other = nullptr;
-};
-
-} // namespace
-
 TEST_F(OSLoggerTest, AnErrorHandlerMayLogAndChangeTheLoggers) {
-    CautiousHandler handler;
+    // Turns to another log file when the one that it has can't be opened.
+    struct : QBErrorHandler {
+        using QBErrorHandler::raiseErrorInFileWithArgList;
+        void raiseErrorInFileWithArgList(const char *, int, int, const qb::ArgList &, NSArray *,
+                                         NSString *) override {
+            log("raised"_ns);
+            OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
+        }
+
+        NSString *other = nullptr;
+    } handler;
     handler.other = path("other");
     const ChildEnd end = runInChild([&] {
         ERRORHANDLER = &handler;
@@ -177,10 +162,8 @@ TEST_F(OSLoggerTest, WithoutStandardErrorTheFileHasItsLinesOnce) {
 TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
     OSLogger::setDefaultLogFileName(path("log"));
     OSLogger::disableDuplicateLogToStderr();
-    {
-        const Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
-        log("lost"_ns);
-    }
+    const Fault fault(Call::write, /*skip=*/0, /*times=*/1, ENOSPC);
+    log("lost"_ns);
     const Fault storm(Call::write, /*skip=*/0, /*times=*/5, EINTR);
     log("kept"_ns);
     EXPECT_EQ(logLines(directory_.read("log")), "[T] (P) [] kept\n");

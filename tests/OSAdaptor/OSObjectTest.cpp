@@ -1,26 +1,8 @@
 #include "support/PoolFixture.h"
 
-#include <cerrno>
 #include <unistd.h>
 
 using OSObjectTest = PoolFixture;
-
-namespace {
-
-// Tells the errors of another system.
-class Remote : public OSObject {
-public:
-    static Class *cls() {
-        static const qb::Method methods[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
-        static Class *const self = new Class("Remote", OSObject::cls(), methods, qb::construct<Remote>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-
-    static std::uint32_t getErrorCode() { return 7; }
-};
-
-} // namespace
 
 TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
     const Ref<OSObject> object = OSObject::init();
@@ -33,6 +15,16 @@ TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
 }
 
 TEST_F(OSObjectTest, ObjectsAskTheirClass) {
+    struct Remote : OSObject {
+        static Class *cls() {
+            static const qb::Method methods[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
+            static Class *const self = new Class("Remote", OSObject::cls(), methods, qb::construct<Remote>);
+            return self;
+        }
+        Class *classObject() const override { return cls(); }
+
+        static std::uint32_t getErrorCode() { return 7; } // of another system
+    };
     const auto object = Ref<Remote>::adopt(new Remote);
     EXPECT_EQ(send<std::uint32_t>(object.get(), "getErrorCode"_sel), 7u);
 }

@@ -33,11 +33,9 @@ TEST_F(OSPipeTest, EndsAreClosedOnceAndTheirNumbersForgotten) {
 TEST_F(OSPipeTest, EndThatFailsToCloseCountsAsOpenAndIsNotClosedAgain) {
     OSPipe *const pipe = OSPipe::pipe();
     const int end = pipe->writeHandle();
-    {
-        const Fault fault(Call::close, 0, 1, EIO);
-        EXPECT_EQ(pipe->closeWriteHandle(), -1);
-        EXPECT_EQ(errno, EIO);
-    }
+    const Fault fault(Call::close, 0, 1, EIO);
+    EXPECT_EQ(pipe->closeWriteHandle(), -1);
+    EXPECT_EQ(errno, EIO);
     const int stranger = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(stranger, end);
     EXPECT_TRUE(pipe->_isWriteHandleOpen());
@@ -49,10 +47,8 @@ TEST_F(OSPipeTest, EndThatFailsToCloseCountsAsOpenAndIsNotClosedAgain) {
 TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
     OSPipe *const pipe = OSPipe::pipe();
     char text[8] = "";
-    {
-        const Fault shortly(Call::write, 0, 1, sys::ShortTransfer{4});
-        EXPECT_EQ(pipe->write("abcdef", 6), 4);
-    }
+    const Fault shortly(Call::write, 0, 1, sys::ShortTransfer{4});
+    EXPECT_EQ(pipe->write("abcdef", 6), 4);
     EXPECT_EQ(pipe->read(text, 8), 4);
     EXPECT_STREQ(text, "abcd");
     for (const Call call : {Call::write, Call::read}) {

@@ -1,13 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
-#include <regex>
-#include <unistd.h>
-
 using OSProcessDaemonTest = ServicesFixture;
 
 namespace {
@@ -67,9 +60,9 @@ TEST_F(OSProcessDaemonTest, FailuresEndTheProcess) {
         });
         EXPECT_EQ(end.status, call == Call::fork ? 17 : 0);
     }
-    const std::string log = std::regex_replace(directory_.read("log"), std::regex("\\[2.*\\[\\] "), "");
-    EXPECT_EQ(log, "fork failed: Cannot allocate memory\n\n"
-                   "freopen standard channel failed: Cannot allocate memory\n\n");
+    EXPECT_EQ(replaced(directory_.read("log"), "\\[2.*\\[\\] ", ""),
+              "fork failed: Cannot allocate memory\n\n"
+              "freopen standard channel failed: Cannot allocate memory\n\n");
 }
 
 TEST_F(OSProcessDaemonTest, AbortLogsTheMessageAsItIsAndEndsInGoodOrder) {

@@ -1,8 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
-#include <fcntl.h>
-#include <regex>
 #include <sys/wait.h>
 
 using OSProcessDetachedTest = ServicesFixture;
@@ -19,7 +17,7 @@ static std::string logOf(auto start) {
     start(held);
     held->closeWriteHandle();
     contentOf(held);
-    return std::regex_replace(output.end(), std::regex("^.*?\\(\\d+\\) \\[\\] "), "");
+    return replaced(output.end(), "^.*?\\(\\d+\\) \\[\\] ", "");
 }
 
 TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {

@@ -2,8 +2,6 @@
 #include "System/Process.h"
 #include "support/ServicesFixture.h"
 
-#include <regex>
-
 using OSProcessExternalCommandTest = ServicesFixture;
 
 static void run(const char *text) {
@@ -21,22 +19,16 @@ TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     run("echo fine >&2");
     run("kill -9 $$"); // counts as success
     expectError(100227, "sh 3 ", [] { run("exit 3"); });
-    {
-        const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
-        expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
-    }
+    const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
+    expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
     EXPECT_EQ(freeDescriptor(), before); // without a pool of its own
 }
 
 TEST_F(OSProcessExternalCommandTest, MissingProgramHasTheLogLineAsOutput) {
     OSProcess::runExternalCmd("/no/such"_ns, nullptr, nullptr);
     EXPECT_EQ(takenErrors(), "(100227, 100228)");
-    const std::string values = recordingErrorHandler()->raised.back().values;
-    EXPECT_TRUE(std::regex_match(
-        values,
-        std::regex(
-            "/no/such 17 \\[.*\\] execvp\\(\\) for '/no/such' failed: No such file or directory!\n\n")))
-        << values;
+    EXPECT_EQ(replaced(recordingErrorHandler()->raised.back().values, "\\[.*\\]", "[]"),
+              "/no/such 17 [] execvp() for '/no/such' failed: No such file or directory!\n\n");
 }
 
 TEST_F(OSProcessExternalCommandTest, EarlierErrorsDoNotCountAndStay) {
@@ -58,12 +50,11 @@ TEST_F(OSProcessExternalCommandTest, CommandIsTracedFromLevel3) {
     for (debug = 2; debug <= 3; ++debug) {
         CapturedOutput output;
         run("exit 0");
-        const std::string text = std::regex_replace(
-            output.end(), std::regex(".*OSProcess:\\d+\\(OSProcess\\): |returned \\d+"), "");
-        EXPECT_EQ(text, debug < 3 ? ""
-                                  : "+runExternalCmd:withArgs:withEnv: -> running 'sh' with args "
-                                    "'(\n  -c,\n  \"exit 0\"\n)'\n"
-                                    "-waitForProcessDoHang:exitCode: -> waitpid() \n"
-                                    "-waitForProcessDoHang:exitCode: -> exit code is 0\n");
+        EXPECT_EQ(replaced(output.end(), ".*OSProcess:\\d+\\(OSProcess\\): |returned \\d+", ""),
+                  debug < 3 ? ""
+                            : "+runExternalCmd:withArgs:withEnv: -> running 'sh' with args "
+                              "'(\n  -c,\n  \"exit 0\"\n)'\n"
+                              "-waitForProcessDoHang:exitCode: -> waitpid() \n"
+                              "-waitForProcessDoHang:exitCode: -> exit code is 0\n");
     }
 }

@@ -1,37 +1,15 @@
 #include "support/ServicesFixture.h"
 
 #include <csignal>
-#include <cstdio>
-#include <unistd.h>
 
 using OSProcessSignalsTest = ServicesFixture;
 
-namespace {
+static volatile std::sig_atomic_t seen = 0;
 
-/// A handler whose fatal errors are told, but do not end the process.
-class Survivor : public QBErrorHandler {
-public:
-    void terminateBecauseOfFatalError() override {
-        std::fprintf(stderr, "%s", errorStackMessagesStringWithIndent(nullptr)->cString());
-    }
-};
-
-/// A logger in whose work the process waits for ever.
-class Broken : public OSLogger {
-public:
-    void logWithLevelFormatAndArglist(std::int32_t, NSString *, const qb::ArgList &) override {
-        ::raise(::alarm(0) <= 2 ? SIGALRM : SIGKILL); // as if that time had passed
-    }
-};
-
-volatile std::sig_atomic_t seen = 0;
-
-BOOL note(int signal) {
+static BOOL note(int signal) {
     seen = seen * 100 + signal;
     return NO;
 }
-
-} // namespace
 
 TEST_F(OSProcessSignalsTest, TerminationHandlerDecidesWhetherTheProcessEnds) {
     for (const int signal : {SIGTERM, SIGQUIT}) {
@@ -73,6 +51,12 @@ TEST_F(OSProcessSignalsTest, UserSignalHandlerIsCalledAndNeverEndsTheProcess) {
 }
 
 TEST_F(OSProcessSignalsTest, HandlersAreInstalledForAllSignalsOrNone) {
+    // A handler whose fatal errors are told, but do not end the process.
+    struct Survivor : QBErrorHandler {
+        void terminateBecauseOfFatalError() override {
+            std::fprintf(stderr, "%s", errorStackMessagesStringWithIndent(nullptr)->cString());
+        }
+    };
     const auto terminating = [] { OSProcess::registerTerminationHandler(note); };
     const auto user = [] { OSProcess::registerUserSignalHandler([](int) {}); };
     const auto alarm = [] { OSProcess::selfDestructionWithTimeout(100); };
@@ -105,6 +89,12 @@ TEST_F(OSProcessSignalsTest, HandlersAreInstalledForAllSignalsOrNone) {
 }
 
 TEST_F(OSProcessSignalsTest, SelfDestructionEndsTheProcessWhateverStateItIsIn) {
+    // A logger in whose work the process waits for ever.
+    struct Broken : OSLogger {
+        void logWithLevelFormatAndArglist(std::int32_t, NSString *, const qb::ArgList &) override {
+            ::raise(::alarm(0) <= 2 ? SIGALRM : SIGKILL); // as if that time had passed
+        }
+    };
     const auto end = runInChild([] {
         OSProcess::selfDestructionWithTimeout(1);
         ::pause();

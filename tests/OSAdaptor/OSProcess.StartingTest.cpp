@@ -5,17 +5,13 @@
 #include "support/ServicesFixture.h"
 
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <set>
 
 using OSProcessStartingTest = ServicesFixture;
 
-namespace {
-
 /// What the program writes to its standard output, when it ends well.
-std::string outputOf(NSString *command, NSArray *args, NSDictionary *env = nullptr,
-                     const std::int32_t *stdinHandle = nullptr) {
+static std::string outputOf(NSString *command, NSArray *args, NSDictionary *env = nullptr,
+                            const std::int32_t *stdinHandle = nullptr) {
     OSPipe *const pipe = OSPipe::pipe();
     const std::int32_t end = pipe->writeHandle();
     OSProcess *const process =
@@ -29,9 +25,9 @@ std::string outputOf(NSString *command, NSArray *args, NSDictionary *env = nullp
 }
 
 /// The log lines of a start that fails in the child; waiting raises 100228.
-std::string failureOf(NSString *command, NSArray *args = nullptr, NSDictionary *env = nullptr,
-                      const std::int32_t *in = nullptr, const std::int32_t *out = nullptr,
-                      const std::int32_t *err = nullptr) {
+static std::string failureOf(NSString *command, NSArray *args = nullptr, NSDictionary *env = nullptr,
+                             const std::int32_t *in = nullptr, const std::int32_t *out = nullptr,
+                             const std::int32_t *err = nullptr) {
     CapturedOutput output;
     const Ref<OSProcess> process = OSProcess::initWithCommand(command, args, env, in, out, err);
     const ErrorExpectation error(100228);
@@ -41,14 +37,12 @@ std::string failureOf(NSString *command, NSArray *args = nullptr, NSDictionary *
     return logLines(output.end(), process->pid());
 }
 
-bool canAllocationsFail() {
+static bool canAllocationsFail() {
     const AllocationFault fault(0, 1);
     void *const volatile memory = std::malloc(1);
     std::free(memory);
     return fault.hits() > 0;
 }
-
-} // namespace
 
 TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditions) {
     directory_.write("qb tool", "#!/bin/sh\necho \"$0|$1|$2|$#|$QB_OLD|$QB_NEW|$HOME\"\n");

@@ -46,20 +46,14 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
 TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
     OSProcess *const process = sleeper();
     const std::string pid = std::to_string(process->pid());
-    {
-        const Fault fault(Call::kill, 0, 2, EPERM);
-        expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
-        expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
-    }
-    {
-        const Fault fault(Call::kill, 0, 1, ESRCH);
-        EXPECT_FALSE(process->isRunning());
-    }
-    {
-        const Fault fault(Call::waitpid, 0, 1, EINVAL);
-        expectError(100234, pid + " Invalid argument",
-                    [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
-    }
+    const Fault denied(Call::kill, 0, 2, EPERM);
+    expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
+    expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
+    const Fault gone(Call::kill, 0, 1, ESRCH);
+    EXPECT_FALSE(process->isRunning());
+    const Fault invalid(Call::waitpid, 0, 1, EINVAL);
+    expectError(100234, pid + " Invalid argument",
+                [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
     process->sendKillSignal();
     const Fault storm(Call::waitpid, 0, 3, EINTR);
     EXPECT_EQ(process->waitForProcessDoHang(YES), 1);

@@ -4,12 +4,10 @@
 
 using OSProgressBarTest = PoolFixture;
 
-namespace {
-
 using Screens = std::vector<std::string>;
 
 // What the terminal's line shows one after the other while a program works.
-Screens shown(const std::function<void()> &work) {
+static Screens shown(const std::function<void()> &work) {
     Terminal terminal(work);
     Screens screens = screensOf(terminal.end());
     EXPECT_EQ(screens.front(), ""); // drawing begins with a return
@@ -17,11 +15,9 @@ Screens shown(const std::function<void()> &work) {
     return screens;
 }
 
-std::string bar(unsigned dots, const std::string &position) {
+static std::string bar(unsigned dots, const std::string &position) {
     return "[" + std::string(dots, '#') + std::string(50 - dots, ' ') + "] " + position;
 }
-
-} // namespace
 
 TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
     const Screens screens = shown([] {

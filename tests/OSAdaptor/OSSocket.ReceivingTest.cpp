@@ -2,25 +2,20 @@
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
-namespace {
-
-class OSSocketReceivingTest : public PoolFixture {
-protected:
+struct OSSocketReceivingTest : PoolFixture {
     // What a read of up to `length` bytes answers, and the bytes: "4 abcd", "-1".
-    std::string read(std::uint32_t length, std::int64_t timeout = 0, BOOL performPeek = NO) {
+    std::string answerOf(auto operation, std::uint32_t length, std::int64_t timeout, BOOL performPeek) {
         std::string bytes(length, '\0');
-        const int count = pair_.client->bufferedReceiveWithBuffer(bytes.data(), length, timeout, performPeek);
-        return counted(count, bytes);
+        const int count = (pair_.client.get()->*operation)(bytes.data(), length, timeout, performPeek);
+        return std::to_string(count) +
+               (count > 0 ? " " + bytes.substr(0, static_cast<std::size_t>(count)) : "");
+    }
+    std::string read(std::uint32_t length, std::int64_t timeout = 0, BOOL performPeek = NO) {
+        return answerOf(&OSSocket::bufferedReceiveWithBuffer, length, timeout, performPeek);
     }
     std::string peek(std::uint32_t length, std::int64_t timeout = 0) { return read(length, timeout, YES); }
     std::string receive(std::uint32_t length, std::int64_t timeout = 0, BOOL performPeek = NO) {
-        std::string bytes(length, '\0');
-        const int count = pair_.client->receiveWithBuffer(bytes.data(), length, timeout, performPeek);
-        return counted(count, bytes);
-    }
-    static std::string counted(int count, const std::string &bytes) {
-        return std::to_string(count) +
-               (count > 0 ? " " + bytes.substr(0, static_cast<std::size_t>(count)) : "");
+        return answerOf(&OSSocket::receiveWithBuffer, length, timeout, performPeek);
     }
     std::string line(std::int64_t timeout = 0) {
         return describe(pair_.client->readLineWithTimeout(timeout));
@@ -28,8 +23,6 @@ protected:
 
     const SocketPair pair_;
 };
-
-} // namespace
 
 TEST_F(OSSocketReceivingTest, ReadsDeliverWhatThereIsUpToTheEnd) {
     pair_.feed("abcd");
@@ -115,11 +108,9 @@ TEST_F(OSSocketReceivingTest, LinesEndAtLineFeedsAndLoseCarriageReturns) {
 TEST_F(OSSocketReceivingTest, StreamsReadAndWriteTheSocket) {
     OSSocketInputStream *const input = pair_.client->getInputStream();
     OSSocketOutputStream *const output = pair_.peer->getOutputStream();
-    {
-        const Fault fault(Call::send, 0, 0, sys::ShortTransfer{3});
-        output->writeObject("\xFFtext"_ns);
-        output->writeByte('!');
-    }
+    const Fault fault(Call::send, 0, 0, sys::ShortTransfer{3});
+    output->writeObject("\xFFtext"_ns);
+    output->writeByte('!');
     char bytes[8] = "";
     EXPECT_EQ(input->readByteWithTimeout(10, /*performPeek=*/YES), 0xFF);
     EXPECT_EQ(input->readByte(), 0xFF);

@@ -3,14 +3,11 @@
 
 #include <sys/resource.h>
 
-namespace {
-
 constexpr int kPatience = 3;
-int questions = 0;
-BOOL answer = NO;
+static int questions = 0;
+static BOOL answer = NO;
 
-class OSSocketWaitingTest : public PoolFixture {
-protected:
+struct OSSocketWaitingTest : PoolFixture {
     OSSocketWaitingTest() { questions = 0; }
     ~OSSocketWaitingTest() override { OSSocket::registerContinueBlockingOperationCallback(nullptr); }
 
@@ -42,8 +39,6 @@ protected:
 constexpr int kReadable = OSSocket::kReadable, kWritable = OSSocket::kWritable,
               kExceptional = OSSocket::kExceptional;
 
-} // namespace
-
 TEST_F(OSSocketWaitingTest, SelectionTellsWhichSocketsAreReady) {
     EXPECT_EQ(ready(kReadable, 10), "");
     EXPECT_EQ(ready(kWritable), "client peer ");
@@ -61,10 +56,8 @@ TEST_F(OSSocketWaitingTest, SelectionTellsWhichSocketsAreReady) {
 }
 
 TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
-    {
-        const Fault fault(Call::poll, 0, 1, ENOMEM);
-        expectError(100207, "-1", [&] { EXPECT_EQ(ready(kWritable, -1), "nil"); });
-    }
+    const Fault fault(Call::poll, 0, 1, ENOMEM);
+    expectError(100207, "-1", [&] { EXPECT_EQ(ready(kWritable, -1), "nil"); });
     pair_.client->close();
     expectError(100207, "-1", [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
     EXPECT_REASON(

@@ -3,35 +3,16 @@
 #include "support/SocketPair.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
-#include <filesystem>
-#include <functional>
 #include <netinet/in.h>
-#include <regex>
 #include <sys/socket.h>
 
-namespace {
-
 // The address that the socket is bound to, "127.0.0.1", and its port.
-std::pair<std::string, int> boundTo(const OSSocket *socket) {
+static std::pair<std::string, int> boundTo(const OSSocket *socket) {
     sockaddr_in address{};
     socklen_t length = sizeof address;
     ::getsockname(socket->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length);
     return {::inet_ntoa(address.sin_addr), ntohs(address.sin_port)};
 }
-
-int optionOf(const OSSocket *socket, int option) {
-    int value = -1;
-    socklen_t length = sizeof value;
-    ::getsockopt(socket->socketHandle(), SOL_SOCKET, option, &value, &length);
-    return value;
-}
-
-bool isCloseOnExec(const OSSocket *socket) {
-    return (::fcntl(socket->socketHandle(), F_GETFD) & FD_CLOEXEC) != 0;
-}
-
-} // namespace
 
 using OSSocketTest = ServicesFixture;
 
@@ -60,7 +41,7 @@ TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
         ASSERT_TRUE(socket);
         EXPECT_EQ(socket->socketType(), OSSocket::kUnix);
         EXPECT_EQ(describe(socket->socketName()), name->cString());
-        EXPECT_TRUE(isCloseOnExec(socket));
+        EXPECT_EQ(::fcntl(socket->socketHandle(), F_GETFD), FD_CLOEXEC);
     }
     client->writeLine("a line"_ns);
     EXPECT_EQ(describe(accepted->readLine()), "a line");
@@ -93,7 +74,10 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
         OSSocket *const server = OSSocket::serverSocketOnHost(host, 0);
         ASSERT_TRUE(server);
         EXPECT_EQ(boundTo(server).first, address);
-        EXPECT_EQ(optionOf(server, SO_REUSEADDR), 1);
+        int isReused = -1;
+        socklen_t length = sizeof isReused;
+        ::getsockopt(server->socketHandle(), SOL_SOCKET, SO_REUSEADDR, &isReused, &length);
+        EXPECT_EQ(isReused, 1);
         const Fault signal(Call::connect, /*skip=*/0, /*times=*/1, EINTR); // the kernel goes on connecting
         OSSocket *const client = OSSocket::clientSocketToHost(host, boundTo(server).second);
         ASSERT_TRUE(client);
@@ -167,8 +151,7 @@ TEST_F(OSSocketTest, StateIsWrittenToTheErrorLog) {
     pair.server->writeStateToErrorLog();
     pair.server->close();
     pair.server->writeStateToErrorLog();
-    const std::string lines =
-        std::regex_replace(logLines(output.end()), std::regex("handle=[0-9]+"), "handle=N");
+    const std::string lines = replaced(logLines(output.end()), "handle=[0-9]+", "handle=N");
     const std::string closed = ": Bad file descriptor\n", start = "[T] (P) [] ";
     const std::string option = start + "Could not get socket option ", state = start + "socket information: ";
     EXPECT_EQ(lines, state + "handle=N; type=0; wants to be closed=1; address=" +

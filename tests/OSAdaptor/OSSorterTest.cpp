@@ -4,16 +4,12 @@
 #include "support/TemporaryDirectory.h"
 
 #include <clocale>
-#include <cstdlib>
-
-namespace {
 
 constexpr int kAscending = -1;
 constexpr int kDescending = 1;
 
 // The environment says "C" unless a test says otherwise.
-class OSSorterTest : public PoolFixture {
-protected:
+struct OSSorterTest : PoolFixture {
     OSSorterTest() { ::setenv("LC_ALL", "C", 1); }
     ~OSSorterTest() override {
         ::setenv("LC_ALL", "C.UTF-8", 1);
@@ -25,7 +21,7 @@ protected:
 using Pair = std::pair<id, id>;
 
 template <class Compare>
-std::vector<Pair> sortedBySwaps(std::vector<Pair> items, int direction, Compare compare) {
+static std::vector<Pair> sortedBySwaps(std::vector<Pair> items, int direction, Compare compare) {
     std::size_t gap = 1;
     while (gap <= items.size())
         gap = 3 * gap + 1;
@@ -40,7 +36,7 @@ std::vector<Pair> sortedBySwaps(std::vector<Pair> items, int direction, Compare 
 }
 
 // The very same objects.
-void expectObjects(NSArray *sorted, const std::vector<Pair> &expected) {
+static void expectObjects(NSArray *sorted, const std::vector<Pair> &expected) {
     ASSERT_EQ(sorted->count(), expected.size());
     for (std::uint32_t i = 0; i < sorted->count(); ++i)
         ASSERT_EQ(sorted->objectAtIndex(i), expected[i].first) << "at " << i;
@@ -48,8 +44,6 @@ void expectObjects(NSArray *sorted, const std::vector<Pair> &expected) {
 
 const std::string kPlainPieces[] = {"a", "b", "s", "A", "B"}; // never cut
 const std::string kPieces[] = {"a", "b", "ch", "s", "A", "B", "1", "ä", "ß", "-", " ", "日", "\xFF", "\x01"};
-
-} // namespace
 
 TEST_F(OSSorterTest, TextsAreSortedBothWaysIntoNewArrays) {
     OSSorter *const sorter = OSSorter::sorterForLanguage(""_ns);

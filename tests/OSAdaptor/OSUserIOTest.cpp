@@ -2,18 +2,13 @@
 #include "support/ServicesFixture.h"
 #include "support/Terminal.h"
 
-#include <cstdlib>
-
-namespace {
-
 const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
 const iconv_t kLatin = ::iconv_open("ISO-8859-1", "UTF-8"); // stays open
 const iconv_t kShifting = ::iconv_open("UTF-7", "UTF-8");
 
 // Texts are printed as UTF-8 unless a test says otherwise.
-class OSUserIOTest : public ServicesFixture {
-protected:
+struct OSUserIOTest : ServicesFixture {
     OSUserIOTest() { setLocale("C.UTF-8"); }
     ~OSUserIOTest() override { setLocale("C.UTF-8"); }
 
@@ -27,8 +22,6 @@ protected:
     }
 };
 
-} // namespace
-
 TEST_F(OSUserIOTest, PrintsOnBothStreamsWithAndWithoutALineEnd) {
     CapturedOutput output(STDOUT_FILENO);
     CapturedOutput error;
@@ -36,10 +29,8 @@ TEST_F(OSUserIOTest, PrintsOnBothStreamsWithAndWithoutALineEnd) {
     OSUserIO::printLn("b\xC3\xA4"_ns);
     OSUserIO::print("c"_ns, /*withNewLine=*/YES);
     OSUserIO::printLn();
-    {
-        const Fault storm(Call::fwrite, /*skip=*/0, /*times=*/5, EINTR); // standard error has no buffer
-        OSUserIO::eprint("d"_ns);
-    }
+    const Fault storm(Call::fwrite, /*skip=*/0, /*times=*/5, EINTR); // standard error has no buffer
+    OSUserIO::eprint("d"_ns);
     OSUserIO::eprintLn(NSString::stringWith({"e\0f", 3}));
     OSUserIO::eprint(nullptr, /*withNewLine=*/YES);
     OSUserIO::eprintLn();
@@ -84,10 +75,8 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
     setLocale("C");
     setLocale("nowhere");
     EXPECT_EQ(_iconvHandle, kNone);
-    {
-        Fault fault(Call::iconv_open, /*skip=*/0, /*times=*/1, EINVAL);
-        setLocale("C");
-    }
+    Fault fault(Call::iconv_open, /*skip=*/0, /*times=*/1, EINVAL);
+    setLocale("C");
     EXPECT_EQ(_iconvHandle, kNone);
     EXPECT_EQ(error.end(),
               "The locale is not specified.\n"
@@ -99,9 +88,7 @@ TEST_F(OSUserIOTest, TheLocaleGivesTheCharacterSet) {
 
 // --- Asking ---
 
-namespace {
-
-OSMultipleChoiceDescription *yesOrNo() {
+static OSMultipleChoiceDescription *yesOrNo() {
     OSMultipleChoiceDescription *const choices = OSMultipleChoiceDescription::multipleChoiceDescription();
     choices->setDescriptionString("Yes"_ns, 'y');
     choices->setDescriptionString("No"_ns, 'n');
@@ -109,20 +96,18 @@ OSMultipleChoiceDescription *yesOrNo() {
 }
 
 // Prints the errors that were raised, and takes them away.
-void printErrors() {
+static void printErrors() {
     for (const auto &error : recordingErrorHandler()->raised)
         OSUserIO::printLn(NSString::stringWith(std::to_string(error.number) + ": " + error.values));
     recordingErrorHandler()->raised.clear();
     ERRORHANDLER->clearErrorStack();
 }
 
-void ask(const char *question) {
+static void ask(const char *question) {
     NSString *const answer = OSUserIO::askUserForStringWithQuestion(NSString::stringWith(question));
     OSUserIO::printLn(NSString::stringWith("[" + describe(answer) + "]"));
     printErrors();
 }
-
-} // namespace
 
 TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
     const std::string answers[] = {"Ada Gr\xC3\xBC\xC3\x9F", std::string(999, 'x'), std::string(1000, 'x'),

@@ -7,18 +7,15 @@ using SendTest = PoolFixture;
 namespace {
 
 /// Hands every message it does not know to another object.
-class Proxy : public NSObject {
-public:
+struct Proxy : NSObject {
     explicit Proxy(id target) : target_(target) {}
     void forwardInvocation(NSInvocation *invocation) override { invocation->invokeWithTarget(target_); }
 
-private:
     Ref<NSObject> target_;
 };
 
 /// Lets go of the invocation that it is called by, and of its values.
-class Careless : public NSObject {
-public:
+struct Careless : NSObject {
     static Class *cls() {
         static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop)};
         static Class *const self = new Class("Careless", NSObject::cls(), methods);

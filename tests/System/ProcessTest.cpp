@@ -11,31 +11,27 @@
 
 namespace sys = qb::sys;
 
-namespace {
-
-char *writable(const char *text) {
+static char *writable(const char *text) {
     return const_cast<char *>(text);
 }
 
 // The exit status of a child; minus the signal that has killed it.
-int endOf(pid_t child) {
+static int endOf(pid_t child) {
     int status = 0;
     EXPECT_EQ(sys::waitpid(child, &status, 0), child);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-bool isBlocked(int signal) {
+static bool isBlocked(int signal) {
     sigset_t mask;
     return ::sigprocmask(SIG_SETMASK, nullptr, &mask) == 0 && ::sigismember(&mask, signal) == 1;
 }
 
-void (*actionOf(int signal))(int) {
+static void (*actionOf(int signal))(int) {
     struct sigaction action {};
     sys::sigaction(signal, nullptr, &action);
     return action.sa_handler;
 }
-
-} // namespace
 
 TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
     // What the child finds comes back as its exit status: emulators give it a memory of its own.

@@ -14,13 +14,11 @@
 namespace {
 
 // Each test has a directory, and leaves no descriptor open.
-class SystemTest : public testing::Test {
-protected:
+struct SystemTest : testing::Test {
     ~SystemTest() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
 
     const TemporaryDirectory directory_;
 
-private:
     const std::ptrdiff_t descriptorsBefore_ = openDescriptors();
 };
 

@@ -5,10 +5,8 @@
 
 namespace text = qb::text;
 
-namespace {
-
 // One bit after the other, as the RFC draws them.
-std::string encodedBitwise(std::string_view bytes) {
+static std::string encodedBitwise(std::string_view bytes) {
     constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string result;
     const auto bitAt = [&](std::size_t i) {
@@ -23,7 +21,7 @@ std::string encodedBitwise(std::string_view bytes) {
     return result.append((4 - result.size() % 4) % 4, '=');
 }
 
-std::string encoded(ExactCopy &bytes) {
+static std::string encoded(ExactCopy &bytes) {
     const std::size_t rest = bytes.size() % 3;
     const std::size_t whole = bytes.size() - rest;
     ExactCopy target(std::string((bytes.size() + 2) / 3 * 4, '?'), bytes.size() % 5);
@@ -35,14 +33,12 @@ std::string encoded(ExactCopy &bytes) {
 }
 
 // The decoded bytes, and where in the text decoding stopped.
-std::pair<std::string, std::size_t> decoded(std::string_view source) {
+static std::pair<std::string, std::size_t> decoded(std::string_view source) {
     ExactCopy copy(std::string(source), source.size() % 7);
     ExactCopy target(std::string(source.size() / 4 * 3, '?'), 1);
     const text::Base64Result result = text::decodeBase64Groups(copy.begin(), copy.end(), target.begin());
     return {{target.begin(), result.end}, static_cast<std::size_t>(result.next - copy.begin())};
 }
-
-} // namespace
 
 TEST(Base64Test, EachLengthIsEncodedAsBitsSayAndDecodedBack) {
     Random random;

@@ -8,44 +8,39 @@
 
 namespace text = qb::text;
 
-namespace {
-
 const std::string kPieces[] = {"a", "b", "c", "h", "s",  "z",        "d",    "A",    "B",    "H",
                                "0", "9", "-", " ", "_",  "/",        "ä",    "ß",    "æ",    "é",
                                "Ö", "ø", "'", "€", "日", "\xCC\x81", "\x01", "\xC3", "\xFF", "\x80"};
 
-class CollationTest : public testing::Test {
-protected:
+struct CollationTest : testing::Test {
     ~CollationTest() override { std::setlocale(LC_COLLATE, "C"); }
 };
 
-std::string firstLevel(const std::string &words) {
+static std::string firstLevel(const std::string &words) {
     std::vector<char> keys;
     text::CollationKeys::inForce()->appendFirstLevel(words, keys);
     return {keys.begin(), keys.end()};
 }
 
 // "(none)" for a text without one.
-std::string nextLevels(const std::string &words) {
+static std::string nextLevels(const std::string &words) {
     std::vector<char> keys;
     return text::CollationKeys::inForce()->appendNextLevels(words, keys)
                ? std::string(keys.begin(), keys.end())
                : "(none)";
 }
 
-int sign(int order) {
+static int sign(int order) {
     return (order > 0) - (order < 0);
 }
 
 // Keys may leave the order open.
-void expectOrder(const std::string &a, const std::string &b) {
+static void expectOrder(const std::string &a, const std::string &b) {
     const int byFirst = firstLevel(a).compare(firstLevel(b));
     const bool haveNext = nextLevels(a) != "(none)" && nextLevels(b) != "(none)";
     const int byKeys = sign(byFirst != 0 || !haveNext ? byFirst : nextLevels(a).compare(nextLevels(b)));
     EXPECT_TRUE(byKeys == 0 || byKeys == sign(std::strcoll(a.c_str(), b.c_str()))) << a << " | " << b;
 }
-
-} // namespace
 
 TEST_F(CollationTest, KeysOrderAsTheCLibraryDoesInEachLanguage) {
     Random random;

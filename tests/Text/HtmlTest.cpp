@@ -4,9 +4,7 @@
 
 namespace text = qb::text;
 
-namespace {
-
-std::string replaced(std::string_view source, unsigned flags) {
+static std::string replaced(std::string_view source, unsigned flags) {
     const std::tuple<char, unsigned, const char *> entities[] = {{'<', text::kHtmlLt, "&lt;"},
                                                                  {'>', text::kHtmlGt, "&gt;"},
                                                                  {'&', text::kHtmlAmp, "&amp;"},
@@ -23,13 +21,11 @@ std::string replaced(std::string_view source, unsigned flags) {
 
 // Escapes into a target of exactly the stated length, whose end a checker of addresses guards.
 template <class Length, class Escape>
-std::string escaped(ExactCopy &copy, unsigned flags, Length length, Escape escape) {
+static std::string escaped(ExactCopy &copy, unsigned flags, Length length, Escape escape) {
     ExactCopy target(std::string(length(copy.begin(), copy.size(), flags), '?'), copy.size() % 3);
     EXPECT_EQ(escape(copy.begin(), copy.size(), flags, target.begin()), target.end());
     return {target.begin(), target.end()};
 }
-
-} // namespace
 
 TEST(HtmlTest, PlainAndVectorEscapingEqualReplacementAtEachLengthAndAlignment) {
     Random random;

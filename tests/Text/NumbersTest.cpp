@@ -11,29 +11,27 @@
 
 namespace text = qb::text;
 
-namespace {
-
 template <class Integer>
-std::string formatted(Integer value) {
+static std::string formatted(Integer value) {
     char target[text::kLongestInteger];
     return {target, text::formatInteger(value, target)};
 }
 
-std::string formattedDouble(double value) {
+static std::string formattedDouble(double value) {
     char target[text::kLongestDouble];
     return {target, text::formatDouble(value, target)};
 }
 
-std::uint64_t bitsOf(double value) {
+static std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
 
-text::ParsedDouble parseReal(std::string_view source) {
+static text::ParsedDouble parseReal(std::string_view source) {
     return text::parseDouble(source.data(), source.data() + source.size());
 }
 
 template <class Integer>
-void expectStandardText() {
+static void expectStandardText() {
     using Limits = std::numeric_limits<Integer>;
     Random random;
     std::vector<Integer> values = {Limits::min(), Limits::max(), static_cast<Integer>(Limits::max() - 1)};
@@ -46,8 +44,6 @@ void expectStandardText() {
     for (const Integer value : values)
         ASSERT_EQ(formatted(value), std::to_string(value));
 }
-
-} // namespace
 
 TEST(NumbersTest, IntegersOfEachWidthAreWrittenAsTheStandardWritesThem) {
     expectStandardText<std::int32_t>();

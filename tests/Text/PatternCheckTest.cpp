@@ -5,9 +5,7 @@
 
 #include <array>
 #include <clocale>
-#include <cstdlib>
 #include <iostream>
-#include <random>
 #include <regex.h>
 
 using qb::text::patternFault;

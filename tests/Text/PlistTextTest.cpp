@@ -8,12 +8,10 @@
 
 namespace text = qb::text;
 
-namespace {
-
 using Write = char *(*)(const char *, std::size_t, char *);
 
 // What `write` makes of the text, in no more room than it is promised.
-std::string written(Write write, ExactCopy &copy) {
+static std::string written(Write write, ExactCopy &copy) {
     const auto length = static_cast<std::size_t>(text::plistTextLength(copy.begin(), copy.size()));
     std::vector<char> target(length + text::kPlistTextSlack);
     const char *const end = write(copy.begin(), copy.size(), target.data());
@@ -21,8 +19,6 @@ std::string written(Write write, ExactCopy &copy) {
     EXPECT_LE(target.size(), text::plistTextRoom(copy.size()));
     return {target.data(), length};
 }
-
-} // namespace
 
 TEST(PlistTextTest, EachByteStandsBareOrNotAlike) {
     for (int code = 0; code < 256; ++code) {

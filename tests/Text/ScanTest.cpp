@@ -7,12 +7,10 @@
 using namespace std::string_view_literals;
 namespace text = qb::text;
 
-namespace {
-
 constexpr text::ByteSet kMixed = text::ByteSet("<&\0\x80\xFF"sv).with(0xE0, 0xE3);
 constexpr text::ByteSet kWords = text::ByteSet("_").with('a', 'z').with('0', '9');
 
-void expectScansEqual(ExactCopy &copy, const text::ByteSet &set) {
+static void expectScansEqual(ExactCopy &copy, const text::ByteSet &set) {
     const auto isIn = [&](char byte) { return set.contains(static_cast<unsigned char>(byte)); };
     const char *begin = copy.begin();
     const char *end = copy.end();
@@ -35,8 +33,6 @@ void expectScansEqual(ExactCopy &copy, const text::ByteSet &set) {
     const std::size_t block = std::min<std::size_t>(64, copy.size());
     EXPECT_EQ(text::membersAmong(begin, block, set), text::plain::membersAmong(begin, block, set));
 }
-
-} // namespace
 
 TEST(ScanTest, SetsHoldTheirMembersOnly) {
     for (int byte = 0; byte < 256; ++byte) {

@@ -8,9 +8,7 @@
 using namespace std::string_view_literals;
 namespace text = qb::text;
 
-namespace {
-
-text::Utf8Run referenceRun(std::string_view bytes) {
+static text::Utf8Run referenceRun(std::string_view bytes) {
     text::Utf8Run run;
     while (run.bytes < bytes.size()) {
         const std::size_t length = wellFormedLength(bytes, run.bytes);
@@ -23,7 +21,7 @@ text::Utf8Run referenceRun(std::string_view bytes) {
     return run;
 }
 
-int structuralLength(std::string_view bytes, std::uint32_t *codePoint = nullptr) {
+static int structuralLength(std::string_view bytes, std::uint32_t *codePoint = nullptr) {
     const auto *start = reinterpret_cast<const unsigned char *>(bytes.data());
     return text::sequenceLength(start, start + bytes.size(), codePoint);
 }
@@ -33,7 +31,7 @@ const std::string kValid[] = {"a", "plain ascii text, ", "ü",          "ß",   
 const std::string kFaults[] = {
     "\xFF", "\x80", "\xC0\x80", "\xE4\xBA", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80"};
 
-std::string randomUtf8(Random &random, std::size_t length) {
+static std::string randomUtf8(Random &random, std::size_t length) {
     std::string text = randomText(random, length, kValid);
     if (length && random.below(2)) { // faults anywhere, few of them
         for (std::size_t faults = random.below(3) + 1; faults; --faults)
@@ -42,8 +40,6 @@ std::string randomUtf8(Random &random, std::size_t length) {
     }
     return text;
 }
-
-} // namespace
 
 TEST(Utf8Test, EachVersionEqualsTheGrammarAtEachLengthAndAlignment) {
     Random random;

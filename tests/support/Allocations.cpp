@@ -8,14 +8,10 @@
 #include <type_traits>
 #include <utility>
 
-namespace {
-
-bool isArmed = false;
-unsigned toPass = 0;
-unsigned toFail = 0; // 0: all
-unsigned failed = 0;
-
-} // namespace
+static bool isArmed = false;
+static unsigned toPass = 0;
+static unsigned toFail = 0; // 0: all
+static unsigned failed = 0;
 
 AllocationFault::AllocationFault(unsigned skip, unsigned times) noexcept {
     toPass = skip;
@@ -45,17 +41,15 @@ FreeListsAside::~FreeListsAside() = default;
 
 #else
 
-namespace {
-
 using FreeLists = std::remove_reference_t<decltype(qb::freeObjects)>;
-FreeLists listsAside = {};
-std::int64_t blocks = 0;
+static FreeLists listsAside = {};
+static std::int64_t blocks = 0;
 
-void *&next(void *object) {
+static void *&next(void *object) {
     return *static_cast<void **>(object);
 }
 
-std::int64_t freeObjectCount() {
+static std::int64_t freeObjectCount() {
     std::int64_t count = 0;
     for (void *object : qb::freeObjects)
         for (; object; object = next(object))
@@ -63,7 +57,7 @@ std::int64_t freeObjectCount() {
     return count;
 }
 
-bool fails() {
+static bool fails() {
     if (!isArmed || (toPass > 0 && toPass--) || (toFail != 0 && failed == toFail))
         return false;
     ++failed;
@@ -71,12 +65,10 @@ bool fails() {
     return true;
 }
 
-void *counted(void *block) {
+static void *counted(void *block) {
     blocks += block ? 1 : 0;
     return block;
 }
-
-} // namespace
 
 std::int64_t blocksInUse() noexcept {
     return blocks - freeObjectCount();

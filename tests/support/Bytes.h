@@ -1,4 +1,4 @@
-// Bytes between the standard library and the library's data and streams.
+// Bytes between the standard library and the library's data, strings and streams.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_BYTES_H
 #define QBFOUNDATION_TESTS_SUPPORT_BYTES_H
 
@@ -20,6 +20,19 @@ inline NSData *dataOf(std::string_view bytes) {
 /// The data's bytes; "nil" for nil.
 inline std::string bytesOf(NSData *data) {
     return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "nil";
+}
+
+/// A string of those bytes, autoreleased.
+inline NSString *string(std::string_view bytes) {
+    return NSString::stringWith(bytes);
+}
+
+/// The text's characters as strings.
+inline NSMutableArray *letters(std::string_view text) {
+    NSMutableArray *const array = NSMutableArray::array();
+    for (const char &letter : text)
+        array->addObject(string({&letter, 1}));
+    return array;
 }
 
 /// Writes the text in one piece.

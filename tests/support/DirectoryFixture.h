@@ -1,12 +1,15 @@
-// What a test of files needs: a directory of its own.
+// What a test of files needs: a directory of its own, and the operations of the system on files.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_DIRECTORYFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_DIRECTORYFIXTURE_H
 
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
+#include <fcntl.h>
+#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 class DirectoryFixture : public PoolFixture {
 protected:

@@ -80,8 +80,7 @@ struct Lasting {
 };
 
 /// Files can't become longer than so many bytes.
-class SizeLimit : public Lasting {
-public:
+struct SizeLimit : Lasting {
     struct Way {
         const char *name;
         rlim_t bytes;
@@ -103,14 +102,12 @@ public:
     SizeLimit(const SizeLimit &) = delete;
     SizeLimit &operator=(const SizeLimit &) = delete;
 
-private:
     void (*signal_)(int);
     rlimit old_;
 };
 
 /// The directory can't be changed, not even by root, which is nobody to the file system for that time.
-class ReadOnlyDirectory : public Lasting {
-public:
+struct ReadOnlyDirectory : Lasting {
     struct Way {
         const char *name;
     };
@@ -129,7 +126,6 @@ public:
     ReadOnlyDirectory(const ReadOnlyDirectory &) = delete;
     ReadOnlyDirectory &operator=(const ReadOnlyDirectory &) = delete;
 
-private:
     static constexpr uid_t kNobody = 65534;
     std::string path_;
 };

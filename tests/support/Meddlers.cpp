@@ -14,8 +14,7 @@ std::function<void()> action;     // done once
 std::function<void()> lastAction; // done once, when a meddler is destroyed after that
 BOOL isEqualToAll = NO;
 
-class Meddler : public NSObject {
-public:
+struct Meddler : NSObject {
     ~Meddler() override {
         if (lastAction)
             std::exchange(lastAction, nullptr)();
@@ -29,7 +28,6 @@ public:
     Ref<NSObject> copyWithZone(void *) const override { return ask(Ref<NSObject>(self())); }
     void encodeWithCoder(NSCoder *) const override { ask(NO); }
 
-private:
     template <class Answer>
     static Answer ask(Answer answer) {
         if (action && asksLeft-- == 0)

@@ -1,5 +1,5 @@
-// What nearly every test needs: the whole library, bytes and texts for it, a pool, an error handler, and
-// faults of the system.
+// What nearly every test needs: the whole library, bytes and texts for it, a pool, an error handler, faults
+// of the system, and the standard headers that many of them use.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 
@@ -11,6 +11,10 @@
 #include "support/Faults.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 /// Gives each test a pool of its own and a clean error handler, and fails it when an error is left over.
 class PoolFixture : public testing::Test {

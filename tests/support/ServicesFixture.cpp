@@ -25,7 +25,11 @@ void ServicesFixture::activateChannel(const char *name) {
 std::string logLines(const std::string &text, pid_t process) {
     const std::string start =
         R"((^|\n)\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] \()" + std::to_string(process) + R"(\) )";
-    return std::regex_replace(text, std::regex(start), "$1[T] (P) ");
+    return replaced(text, start, "$1[T] (P) ");
+}
+
+std::string replaced(const std::string &text, const std::string &pattern, const std::string &by) {
+    return std::regex_replace(text, std::regex(pattern), by);
 }
 
 ChildEnd runInChild(const std::function<void()> &work) {

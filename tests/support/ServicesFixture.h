@@ -26,6 +26,9 @@ private:
 /// A line that does not begin like one of them stays as it is.
 std::string logLines(const std::string &text, pid_t process = ::getpid());
 
+/// The text with `by` in the place of whatever matches the regular expression.
+std::string replaced(const std::string &text, const std::string &pattern, const std::string &by);
+
 /// How a child process has ended.
 struct ChildEnd {
     pid_t process = -1;
