@@ -1,9 +1,8 @@
+#include "support/CommandOutput.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <random>
 
 using QBPhpStringTest = PoolFixture;
@@ -55,17 +54,6 @@ function shown($value) {
 }
 )";
 
-// Returns what the program writes, or nothing when there is no PHP.
-std::string runByPhp(const std::string &program) {
-    const TemporaryDirectory directory;
-    directory.write("program.php", program);
-    std::FILE *const output = popen(("php -n " + directory / "program.php" + " 2>&1").c_str(), "r");
-    std::string text;
-    for (int byte; output && (byte = std::fgetc(output)) != EOF;)
-        text += static_cast<char>(byte);
-    return output && pclose(output) == 0 ? text : "";
-}
-
 } // namespace
 
 TEST_F(QBPhpStringTest, EachTypeHasItsText) {
@@ -101,7 +89,7 @@ TEST_F(QBPhpStringTest, DepthIsBounded) {
 }
 
 TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
-    if (std::system("php -v >/dev/null 2>&1") != 0)
+    if (outputOf("php -v 2>&1").empty())
         GTEST_SKIP() << "php is not installed";
     std::string program = kShowInPhp;
     std::string expected;
@@ -111,5 +99,7 @@ TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
         program += "echo shown(" + describe(tree->asPhpString()) + "), \"\\n\";\n";
         expected += shown(tree) + "\n";
     }
-    EXPECT_EQ(runByPhp(program), expected);
+    const TemporaryDirectory directory;
+    directory.write("program.php", program);
+    EXPECT_EQ(outputOf("php -n " + directory / "program.php" + " 2>&1"), expected);
 }
