@@ -47,34 +47,49 @@ bar() { # DOTS POSITION
     printf '[%-50s] %s' "$(printf '%*s' "$1" '' | tr ' ' '#')" "$2"
 }
 
-# Questions and answers.
+# Questions and answers, at the screen's end.
 choices='How shall I count, Ada?
 u - Up to ten
 w - Without an end
 >'
-start "${launcher[*]} $questions"
+start "yes '' | head -40; ${launcher[*]} $questions"
 shows 'a question' 'What is your name?
 >'
 terminal send-keys Ada Enter
-shows 'choices' "What is your name?
+dialogue="What is your name?
 > Ada
 $choices"
+shows 'choices' "$dialogue"
+terminal send-keys x Enter
+dialogue="$dialogue x
+$choices"
+shows 'choices after one that is none' "$dialogue"
+terminal send-keys u Enter
+dialogue="$dialogue u
+$(bar 50 10/10)
+Counted to ten.
+Anything else?
+>"
+shows 'a choice' "$dialogue"
+terminal send-keys C-d
+shows 'the end of input' "$dialogue
+[900040] No answer could be read from standard input: Success"
 
 # A site whose pages are held up until they may go on.
 mkdir -p "$site/pages" "$site/templates"
 echo '{ title = T; }' >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
-for page in 1 2; do
+for page in 1 2 3 4; do
     printf '{ title = T; }\n---\n' >"$site/pages/$page.html"
 done
 # shellcheck disable=SC2016
 filter='until [ -e "$WORK/$PUBLISH_PAGE" ]; do sleep 0.02; done; cat'
 start "export WORK='$work'; ${launcher[*]} $program --filter '$filter' '$site' '$out'"
-for page in 1 2; do
-    shows "before page $page" "$(bar $(((page - 1) * 25)) $((page - 1))/2)"
+for page in 1 2 3 4; do
+    shows "before page $page" "$(bar $(((page - 1) * 50 / 4)) $((page - 1))/4)"
     touch "$work/$page.html"
 done
-shows 'the report' "$(bar 50 2/2)
-$out: 2 written, 0 unchanged, 0 removed"
+shows 'the report' "$(bar 50 4/4)
+$out: 4 written, 0 unchanged, 0 removed"
 
 [ $failures -eq 0 ] && echo 'terminal: all is well'
