@@ -5,6 +5,7 @@ cd "$(dirname "$(readlink -f "$0")")/.." || exit
 . scripts/lib/packages.sh
 
 qb_need_packages "${QB_BUILD_PACKAGES[@]}" "${QB_TEST_PACKAGES[@]}" clang || exit 1
+qb_need_packages "${QB_TEST_TOOLS[@]}" || true
 qb_prepare_32_bit || exit 1
 launcher_32=$launcher
 

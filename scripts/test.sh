@@ -8,7 +8,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 preset=${1:-default}
 options=()
 qb_need_packages "${QB_BUILD_PACKAGES[@]}" "${QB_TEST_PACKAGES[@]}"
-qb_need_packages strace tidy tmux || true # what needs them says so and is left out
+qb_need_packages "${QB_TEST_TOOLS[@]}" || true
 case $preset in
     i386)
         qb_prepare_32_bit

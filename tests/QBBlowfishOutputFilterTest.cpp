@@ -1,4 +1,6 @@
+#include "support/CommandOutput.h"
 #include "support/PoolFixture.h"
+#include "support/TemporaryDirectory.h"
 
 #include <array>
 #include <ctime>
@@ -79,6 +81,37 @@ TEST_F(QBBlowfishOutputFilterTest, AStreamOfAnotherMakerIsDecipheredInPiecesOfAn
     const std::string stream = fromHex(kStream);
     for (std::size_t piece = 1; piece <= stream.size(); ++piece)
         EXPECT_EQ(deciphered(sixteen(), stream, piece), kText) << piece;
+}
+
+// The header is a block of the chain that begins with zeros: one run deciphers all of a stream.
+TEST_F(QBBlowfishOutputFilterTest, OpenSslDeciphersStreamsUnderRandomKeys) {
+    const std::string openssl =
+        "openssl enc -d -bf-cbc -provider legacy -provider default -nopad -iv 0000000000000000 -K ";
+    if (outputOf(openssl + "00 </dev/null 2>&1 && echo yes").empty())
+        GTEST_SKIP() << "openssl is not installed, or has no Blowfish";
+    Random random;
+    const TemporaryDirectory directory;
+    std::string command = "true", texts[40];
+    for (std::uint32_t i = 0; i < std::size(texts); ++i) {
+        // OpenSSL's keys have 16 bytes, and the cipher repeats shorter ones.
+        const std::string key = randomBytes(random, std::size_t{1} << random.below(5));
+        const std::string longKey = times(16 / key.size(), key);
+        texts[i] = randomBytes(random, random.length(12));
+        const std::string file = std::to_string(i);
+        directory.write(file, enciphered(dataOf(key), texts[i], 1 + random.below(100), /*seed=*/i + 1));
+        command += " && " + openssl + describe(NSString::stringWith(longKey)->asHexString()) + " -in " +
+                   directory / file;
+    }
+    std::string streams = outputOf(command);
+    for (std::uint32_t i = 0; i < std::size(texts); ++i) {
+        const std::size_t size = 8 * (texts[i].size() / 8 + 3);
+        ASSERT_GE(streams.size(), size);
+        EXPECT_EQ(streams.substr(0, 4), std::string({0, 0, 0, static_cast<char>(i + 1)}));
+        EXPECT_EQ(streams.substr(8, texts[i].size()), texts[i]);
+        EXPECT_EQ(streams[size - 1] & 15U, texts[i].size() % 8);
+        streams.erase(0, size);
+    }
+    EXPECT_EQ(streams, "");
 }
 
 TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgainHoweverItIsWritten) {

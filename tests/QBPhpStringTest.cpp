@@ -1,3 +1,4 @@
+#include "support/CommandOutput.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryDirectory.h"
@@ -49,14 +50,6 @@ function shown($value) {
 }
 )";
 
-// Returns what the program writes, or nothing when there is no PHP.
-static std::string runByPhp(const std::string &program) {
-    const TemporaryDirectory directory;
-    directory.write("program.php", program);
-    const std::string command = "cd '" + directory.path() + "' && php -n program.php >output 2>&1";
-    return std::system(command.c_str()) == 0 ? directory.read("output") : "";
-}
-
 TEST_F(QBPhpStringTest, EachTypeHasItsText) {
     const std::string string = "not implemented correctly";
     NSArray *const numbers =
@@ -90,7 +83,7 @@ TEST_F(QBPhpStringTest, DepthIsBounded) {
 }
 
 TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
-    if (std::system("php -v >/dev/null 2>&1") != 0)
+    if (outputOf("php -v 2>&1").empty())
         GTEST_SKIP() << "php is not installed";
     std::string program = kShowInPhp;
     std::string expected;
@@ -100,5 +93,7 @@ TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
         program += "echo shown(" + describe(tree->asPhpString()) + "), \"\\n\";\n";
         expected += shown(tree) + "\n";
     }
-    EXPECT_EQ(runByPhp(program), expected);
+    const TemporaryDirectory directory;
+    directory.write("program.php", program);
+    EXPECT_EQ(outputOf("php -n " + directory / "program.php" + " 2>&1"), expected);
 }

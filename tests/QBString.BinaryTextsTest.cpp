@@ -1,7 +1,9 @@
 #include "Text/CpuLevels.h"
+#include "support/CommandOutput.h"
 #include "support/Locales.h"
 #include "support/PlainTexts.h"
 #include "support/PoolFixture.h"
+#include "support/TemporaryDirectory.h"
 
 #include <cctype>
 #include <climits>
@@ -16,12 +18,24 @@ TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string({"TWFu\0TWF", 8})->decodeBase64()), "Man");
 }
 
-TEST_F(QBStringBinaryTextsTest, UuencodedBytesOfAnyLengthComeBack) {
+// Files of 0 to 999 bytes, by one run of the encoder.
+TEST_F(QBStringBinaryTextsTest, FilesOfAnotherEncoderComeBack) {
     Random random;
-    for (std::size_t length = 0; length < 200; ++length) {
-        const std::string bytes = randomBytes(random, length);
-        const std::string text = plain::uuencoded(bytes);
-        ASSERT_EQ(bytesOf(string(text)->uudecode()), bytes) << text;
+    const TemporaryDirectory directory;
+    const std::string bytes = randomBytes(random, 999 * 1000 / 2);
+    directory.write("bytes", bytes);
+    const std::string texts = outputOf(R"(perl -e '
+        for (0..999) {
+            read STDIN, $file, $_;
+            print "junk\nbegin 644 name\n", pack("u", $file), "`\nend\nmore\n\0";
+        }' <)" + directory / "bytes");
+    if (texts.empty())
+        GTEST_SKIP() << "perl is not installed";
+    std::size_t start = 0, begin = 0;
+    for (std::size_t length = 0; length < 1000; begin += length++) {
+        const std::string text = texts.substr(start, texts.find('\0', start) - start);
+        ASSERT_EQ(bytesOf(string(text)->uudecode()), bytes.substr(begin, length)) << text;
+        start += text.size() + 1;
     }
 }
 

@@ -60,7 +60,11 @@ qb_prepare_locale() {
 QB_BUILD_PACKAGES=(g++ cmake ninja-build)
 # What the tests need beside that.
 # shellcheck disable=SC2034
-QB_TEST_PACKAGES=(googletest pkg-config binutils tzdata locales)
+QB_TEST_PACKAGES=(googletest pkg-config binutils curl tzdata locales)
+# Programs that tests compare the library with or look at it through: a test that does not find its own says so and is
+# left out.
+# shellcheck disable=SC2034
+QB_TEST_TOOLS=(strace tidy tmux openssl php-cli libxml2-utils)
 
 # Configures and builds a preset; `qb_build PRESET [cmake options]`.
 qb_build() {

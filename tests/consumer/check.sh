@@ -11,7 +11,10 @@ rm -rf "$work"
 mkdir -p "$work"
 
 # Every client prints what it should, whatever it was built with.
-run_client() { [ "$("${launcher[@]}" "$1")" = client ]; }
+run_client() {
+    "${launcher[@]}" "$1" | diff -u <(printf '%s\n' '(' '  "guest Ada"' ')' 'a stream' \
+        "[100039] The file '/no/such/file' does not exist.") -
+}
 
 # Sets `shared` and `static` to the options that a client needs for either library.
 ask_pkg_config() {

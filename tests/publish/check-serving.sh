@@ -32,6 +32,7 @@ wait_for() {
 
 # start OPTION...: serves in the background, and sets `address`.
 start() {
+    : >"$work/stdout"
     "${launcher[@]}" "$program" "$@" "$site" "$out" >"$work/stdout" 2>"$work/stderr" &
     server=$!
     for _ in $(seq 600); do
@@ -53,6 +54,8 @@ stop() {
 }
 
 status_of() { curl -s -o /dev/null -m 20 --path-as-is -w '%{http_code}' "$@"; }
+http_date() { LC_ALL=C TZ=UTC date "$@" '+%a, %d %b %Y %H:%M:%S GMT'; }
+answered() { curl -s --no-progress-meter -Z --parallel-max 50 -o /dev/null -w '%{http_code}\n' "$@" | grep -c '^200'; }
 header_of() { local name=$1; shift; curl -s -m 20 -D - -o /dev/null "$@" | tr -d '\r' | sed -n "s/^$name: //p"; }
 
 # by_hand TEXT: what comes back for these bytes, until the server ends the connection.
@@ -71,6 +74,7 @@ printf '{ title = T; }\n---\n<p>start</p>\n' >"$site/pages/index.html"
 printf '{ title = T; }\n---\n<p>deep</p>\n' >"$site/pages/deep/index.html"
 printf '{ title = T; }\n---\n<p>plus</p>\n' >"$site/pages/a+b c.html"
 head -c 300000 /dev/urandom >"$site/assets/data.bin"
+touch "$site"/assets/{a.css,a.PNG,a.svg,a.txt}
 echo secret >"$work/secret"
 ln -s data.bin "$site/assets/inside"
 
@@ -86,9 +90,22 @@ curl -s "$address/assets/inside" | cmp - "$site/assets/data.bin" || fail 'a link
 expect 'a directory without its slash' '/deep/' header_of Location "$address/deep"
 expect 'the length for HEAD' 300000 header_of Content-Length -I "$address/assets/data.bin"
 
+while read -r path type; do
+    expect "the type of $path" "$type" header_of Content-Type "$address/$path"
+done <<'ROWS'
+deep/ text/html; charset=utf-8
+assets/a.css text/css; charset=utf-8
+assets/a.PNG image/png
+assets/a.svg image/svg+xml
+assets/a.txt text/plain; charset=utf-8
+assets/data.bin application/octet-stream
+none text/plain; charset=utf-8
+ROWS
+
 modified=$(header_of Last-Modified "$address/")
-expect 'the date of a page' "$(LC_ALL=C TZ=UTC date -r "$out/index.html" '+%a, %d %b %Y %H:%M:%S GMT')" echo "$modified"
+expect 'the date of a page' "$(http_date -r "$out/index.html")" echo "$modified"
 expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$address/"
+expect 'a changed page' 200 status_of -H "If-Modified-Since: $(http_date -d "$modified 1 second ago")" "$address/"
 
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
     /.publish '/index.html%00'; do
@@ -118,8 +135,7 @@ expect 'while others are silent' 200 status_of "$address/"
 sleep 0.5
 before=$(descriptors)
 requests=${QB_TEST_REQUESTS:-1000}
-expect 'many requests' "$requests" \
-    sh -c "curl -s --no-progress-meter -Z --parallel-max 50 -o /dev/null -w '%{http_code}\n' '$address/index.html?[1-$requests]' | grep -c '^200'"
+expect 'many requests' "$requests" answered "$address/index.html?[1-$requests]"
 sleep 0.5
 [ -n "${QB_TEST_LAUNCHER:-}" ] || [ "$(descriptors)" -le "$before" ] || fail "descriptors: $(descriptors), not $before"
 timeout 30 cat <&"$slow" >"$work/slow" || true
@@ -130,9 +146,10 @@ expect 'what is said at the end' '' cat "$work/stderr"
 
 ln -s site "$work/current"
 site=$work/current
-start --serve-socket "$work/socket" --watch
+start --serve-socket "$work/socket" --watch --statistics
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
+expect 'many requests at a socket' "$requests" answered --unix-socket "$work/socket" "http://x/?[1-$requests]"
 ! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
@@ -144,6 +161,8 @@ flock "$out" sleep 3 &
 ln -sfn other "$work/current"
 wait_for 'Another run is writing' cat "$work/stderr"
 wait_for another curl -s --unix-socket "$work/socket" http://x/
+mapfile -t objects < <(sed -n 's/^total global count  *: //p' "$work/stderr") # in the pools, at each publication
+[ "${objects[-1]}" -lt $((objects[0] + requests / 2)) ] || fail "objects in the pools: ${objects[*]}"
 stop
 [ ! -e "$work/socket" ] || fail 'the socket is left'
 

@@ -183,7 +183,11 @@ diff - <(head -n 5 "$out/feed.xml") <<'TEXT' >&2 || fail 'feed'
 TEXT
 [ "$(grep -c '<item>' "$out/feed.xml")" -eq 20 ] || fail "the feed has $(grep -c '<item>' "$out/feed.xml") pages"
 expect_failure 'a feed that is no UTF-8' "feed.xml:3: " "$site" "$out" --set title=$'a\xed\xa0\x80'
-! command -v xmllint >/dev/null || xmllint --noout "$out/sitemap.xml" "$out/feed.xml" || fail 'no XML'
+if command -v xmllint >/dev/null; then
+    xmllint --noout "$out/sitemap.xml" "$out/feed.xml" || fail 'no XML'
+else
+    echo 'publish: the XML is not checked, because xmllint is not installed' >&2
+fi
 rm -r "$out"
 
 # What somebody else put under our names is taken away or refused; nothing behind a link is touched.
@@ -333,7 +337,7 @@ page index.html '{ title = "T & T"; }' "$(head -c 300000 /dev/zero | tr '\0' x)"
 if [ "$(id -u)" -eq 0 ]; then
     as=(setpriv --reuid=65534 --regid=65534 --clear-groups)
 fi
-if publish --version >"$work/version" 2>&1 && "${as[@]}" test -r "$site/site.plist"; then
+if "${as[@]}" test -x "$program" && "${as[@]}" test -r "$site/site.plist"; then
     [ ${#as[@]} -eq 0 ] || chown -R 65534 "$out"
     denied() {
         local what=$1 text=$2 path=$3 mode
@@ -413,6 +417,11 @@ fi
 
 has() { [[ $(publish "${@:2}" 2>&1) == *"$1"* ]] || fail "'$1' is not in what $2 says"; }
 has 'Usage: publish' --help
+[[ $(publish --version) =~ ^publish\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || fail "the version: $(publish --version)"
+for option in --debug --profile; do
+    [ "$(publish $option help | xargs)" = 'Possible debug channels are: all fileio misc process publish socket utils'\
+' Possible profile channels are: netio publish' ] || fail "$option help: $(publish $option help)"
+done
 has '[fileio(9) OK]' --debug fileio --debug-level 9 "$site" "$out"
 has 'total global count' --statistics "$site" "$out"
 [ -z "$(publish --log "$work/log" --log-level 2 "$site" "$out" 2>&1 >/dev/null)" ] || fail 'the log went to standard error'
@@ -424,8 +433,13 @@ rows_fail 2 <<'ROWS'
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
-# A command for each page, which the program's shell reads.
+# What is timed, and a command for each page, which the program's shell reads.
 new_site
+profile=$(publish --profile publish "$site" "$out" 2>&1 >/dev/null | sed -E 's/^[0-9]+:(.*) \(.*/\1/')
+[ "$profile" = '[start:publish] deep/text.html
+[end  :publish] deep/text.html
+[start:publish] index.html
+[end  :publish] index.html' ] || fail "what is timed: $profile"
 # shellcheck disable=SC2016
 publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 [ "$(tail -1 "$out/deep/text.html")" = '</P><A HREF="../INDEX.HTML">(deep/text.html)' ] ||

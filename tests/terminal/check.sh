@@ -47,18 +47,33 @@ bar() { # DOTS POSITION
     printf '[%-50s] %s' "$(printf '%*s' "$1" '' | tr ' ' '#')" "$2"
 }
 
-# Questions and answers.
+# Questions and answers, at the screen's end.
 choices='How shall I count, Ada?
 u - Up to ten
 w - Without an end
 >'
-start "${launcher[*]} $questions"
+start "yes '' | head -40; ${launcher[*]} $questions"
 shows 'a question' 'What is your name?
 >'
 terminal send-keys Ada Enter
-shows 'choices' "What is your name?
+dialogue="What is your name?
 > Ada
 $choices"
+shows 'choices' "$dialogue"
+terminal send-keys x Enter
+dialogue="$dialogue x
+$choices"
+shows 'choices after one that is none' "$dialogue"
+terminal send-keys u Enter
+dialogue="$dialogue u
+$(bar 50 10/10)
+Counted to ten.
+Anything else?
+>"
+shows 'a choice' "$dialogue"
+terminal send-keys C-d
+shows 'the end of input' "$dialogue
+[900040] No answer could be read from standard input: Success"
 
 # A site whose pages are held up until they may go on.
 mkdir -p "$site/pages" "$site/templates"
