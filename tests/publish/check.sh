@@ -424,6 +424,12 @@ publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 expect_failure 'a command that a signal ends with its shell' 'text.html: the filter was ended before it was done' \
     "$site" "$out" --filter 'cat; kill -9 $PPID'
 expect_failure 'a command that fails' 'exit code 3: far' "$site" "$out" --filter 'cat >/dev/null; echo far >&2; exit 3'
+# What the command leaves running writes when the next page's has begun.
+mkfifo go gone
+# shellcheck disable=SC2016
+publish --quiet --filter 'cat; case $PUBLISH_PAGE in d*) (read -r x <go; echo late; echo >gone) & ;; *) echo >go; read -r x <gone ;; esac' \
+    "$site" "$out"
+! grep -q late "$out/index.html" || fail "a page that another one's command wrote to"
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"
