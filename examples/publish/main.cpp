@@ -186,6 +186,7 @@ bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, s
     OSUserIO::printLn(NSString::stringWithFormat("Serving %@ at %@"_ns, options.target.get(),
                                                  serving::addressOf(listener)));
     std::fflush(stdout);
+    ERRORHANDLER->clearErrorStack(); // of a log that could not be written, which ends no server
     Republishing republishing(options, plugins, watch);
     return serving::Server(listener, options.target).run([&] {
         if (watch)

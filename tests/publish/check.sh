@@ -397,6 +397,9 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     done
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
+    publish --quiet "$site" "$out"
+    injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
+    grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
 fi
 
 # --- Options ---
