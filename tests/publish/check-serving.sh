@@ -128,11 +128,22 @@ exec {slow}>&-
 stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
+mkdir -p "$work/far/d"
+echo far | tee "$work/far/text" "$work/far/d/file" >/dev/null
+ln -s "$work/far/d" "$site/assets/far"
+echo "{ title = Site; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
+printf '{ title = T; }\n---\n{{texts.text}}\n' >"$site/pages/text.html"
 ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
+echo other >"$work/far/text"
+wait_for other curl -s --unix-socket "$work/socket" http://x/text.html
+echo new >"$work/far/d/file"
+wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
+chmod 600 "$site/assets/data.bin"
+wait_for 600 stat -c %a "$out/assets/data.bin"
 ! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
