@@ -144,6 +144,10 @@ echo new >"$work/far/d/file"
 wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
 chmod 600 "$site/assets/data.bin"
 wait_for 600 stat -c %a "$out/assets/data.bin"
+# What a client has not taken yet is little, so that it is noticed when it takes some.
+curl -s --unix-socket "$work/socket" http://x/assets/data.bin | { head -c 50000 >/dev/null; sleep 2; } &
+sleep 1
+expect 'a file that waits for its client' 1 sh -c "ls -l /proc/$server/fd | grep -c data.bin"
 ! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
