@@ -32,6 +32,7 @@ wait_for() {
 
 # start OPTION...: serves in the background, and sets `address`.
 start() {
+    : >"$work/stdout"
     "${launcher[@]}" "$program" "$@" "$site" "$out" >"$work/stdout" 2>"$work/stderr" &
     server=$!
     for _ in $(seq 600); do
@@ -167,5 +168,18 @@ rm "$work/socket"
 echo foreign >"$work/socket"
 stop
 [ -e "$work/socket" ] || fail 'a file in the place of the socket was removed'
+
+# Where descriptors are few, or few can be waited for, clients wait and are not turned away, unless none can be waited for.
+while read -r limit inherited answered; do
+    launcher=(bash -c "ulimit -n $limit; for ((i = 3; i < $inherited; ++i)); do eval \"exec \$i<&0\"; done; exec \"\$@\"" -)
+    start --serve 0
+    expect "requests with $inherited of $limit descriptors in use" "$answered" \
+        sh -c "curl -s --no-progress-meter -Z --parallel-immediate --parallel-max 50 -H 'Connection: close' -o /dev/null -w '%{http_code}\n' '$address/?[1-200]' | grep -c '^200'"
+    stop
+done <<'ROWS'
+20 0 200
+2048 1000 200
+2048 1023 0
+ROWS
 
 [ $failures -eq 0 ]
