@@ -417,6 +417,8 @@ rows_fail 2 <<'ROWS'
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
+page index.html '{ title = T; }' '{{page.none}}'
+has '[end  :publish] index.html' --profile publish "$site" "$out" # though it can't be made
 # A command for each page, which the program's shell reads.
 new_site
 # shellcheck disable=SC2016
