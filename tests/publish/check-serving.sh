@@ -91,6 +91,12 @@ modified=$(header_of Last-Modified "$address/")
 expect 'the date of a page' "$(LC_ALL=C TZ=UTC date -r "$out/index.html" '+%a, %d %b %Y %H:%M:%S GMT')" echo "$modified"
 expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$address/"
 
+expect 'two dates' 200 status_of -H "If-Modified-Since: $modified" -H "If-Modified-Since: $modified" "$address/"
+expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.2\r\nHost: x\r\nConnection: close\r\n\r\n')' | head -1"
+touch -d tomorrow "$out/deep/index.html"
+expect 'a page of the future' 1 \
+    sh -c "curl -s -I $address/deep/ | sed -n 's/^Date: //p; s/^Last-Modified: //p' | sort -u | wc -l"
+
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
     /.publish '/index.html%00'; do
     expect "$path" 404 status_of "$address$path"
