@@ -414,6 +414,8 @@ rows_fail 2 <<'ROWS'
 |The directories SITE and OUT are needed (try --help)
 --no-such-option "$site" "$out"|There is no option --no-such-option
 --set a "$site" "$out"|--set wants KEY=VALUE
+--filter '' "$site" "$out"|--filter wants a value
+--key-file "$site/site.plist" --encipher "$site/site.plist" "$site"|There is an argument too many
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
@@ -435,6 +437,13 @@ mkfifo go gone
 publish --quiet --filter 'cat; case $PUBLISH_PAGE in d*) (read -r x <go; echo late; echo >gone) & ;; *) echo >go; read -r x <gone ;; esac' \
     "$site" "$out"
 ! grep -q late "$out/index.html" || fail "a page that another one's command wrote to"
+# The site at another place.
+if unshare -m mount --bind "$site" "$out" 2>/dev/null; then
+    # shellcheck disable=SC2016
+    as=(unshare -m sh -c 'mount --bind "$0" "$1" && shift && exec "$@"' "$site" "$out")
+    expect_failure 'the site mounted as its target' "'$site' and the directory '$out' that it goes to"
+    as=()
+fi
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"
