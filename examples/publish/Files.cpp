@@ -80,6 +80,18 @@ std::size_t forbiddenIn(std::string_view text) {
     return std::string_view::npos;
 }
 
+// Whether a real path is the other directory or leads through it, which may be mounted at several places.
+bool isWithin(const std::string &path, const std::string &directory) {
+    if (path.starts_with(directory))
+        return true;
+    std::error_code error; // what does not exist is nothing else
+    std::filesystem::path above = path;
+    for (; above.has_relative_path(); above = above.parent_path())
+        if (std::filesystem::equivalent(above, directory, error))
+            return true;
+    return false;
+}
+
 } // namespace
 
 Kind kindOf(NSString *path) {
@@ -176,7 +188,7 @@ std::string realPath(NSString *directory) {
 
 bool areApart(NSString *one, NSString *other) {
     const std::string first = realPath(one), second = realPath(other);
-    return !first.starts_with(second) && !second.starts_with(first);
+    return !isWithin(first, second) && !isWithin(second, first);
 }
 
 } // namespace publish

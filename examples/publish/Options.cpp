@@ -28,7 +28,7 @@ const char *const kUsage =
     "  --debug-level N      how much is traced (default 0)\n"
     "  --profile CHANNELS   time these channels\n"
     "  --statistics         show what is left in the pools\n"
-    "  --quiet              say nothing but errors\n"
+    "  --quiet              say nothing but errors, and where OUT is served\n"
     "  --help, --version    say this, or the version, and end\n"
     "\n"
     "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or "
@@ -45,10 +45,11 @@ public:
     bool isEmpty() const { return next_ == end_; }
     std::string_view take() { return *next_++; }
 
-    // The value of an option; null, with an error raised, when there is none.
+    // The value of an option; null, with an error raised, when there is none or an empty one.
     NSString *valueOf(std::string_view option) {
-        if (!isEmpty())
-            return NSString::stringWith(take());
+        const std::string_view value = isEmpty() ? std::string_view() : take();
+        if (!value.empty())
+            return NSString::stringWith(value);
         fail(__LINE__, kErrorUsage, NSString::stringWith(std::string(option) + " wants a value"));
         return nullptr;
     }
@@ -169,6 +170,8 @@ bool readOptions(int count, char **arguments, Options &options) {
     if (options.action == Options::Action::publish &&
         (!options.target || options.site->view().empty() || options.target->view().empty()))
         return fail(__LINE__, kErrorUsage, "The directories SITE and OUT are needed");
+    if (options.converted && options.site)
+        return fail(__LINE__, kErrorUsage, "There is an argument too many");
     if (options.port != Options::kNoPort && options.socket)
         return fail(__LINE__, kErrorUsage, "A site is served at one place");
     if (options.watches && !options.serves())

@@ -10,6 +10,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace publish {
 
@@ -45,13 +46,18 @@ OutputDirectory::OutputDirectory(NSString *path)
       directories_(staging_->stringByAppendingPathComponent("directories.plist"_ns)) {}
 
 OutputDirectory::~OutputDirectory() {
-    if (hasStaged_) {
-        ::unlink(journal_->cString()); // first, so that it never names what is gone
-        removeDirectories(made_);
-        removeTree(staging_);
-    }
+    const qb::SavedErrors errors(qb::SavedErrors::kDiscard); // the run has failed for another reason
+    discard();
     if (lock_ >= 0)
         ::close(lock_);
+}
+
+bool OutputDirectory::discard() {
+    if (!std::exchange(hasStaged_, false))
+        return true;
+    ::unlink(journal_->cString()); // first, so that it never names what is gone
+    removeDirectories(made_);
+    return removeTree(staging_);
 }
 
 bool OutputDirectory::lock() {

@@ -28,7 +28,7 @@ struct Manifest {
 class OutputDirectory {
 public:
     explicit OutputDirectory(NSString *path);
-    /// Takes away what was staged, unless it was decided to use it.
+    /// Does what `discard` does, but is silent.
     ~OutputDirectory();
     OutputDirectory(const OutputDirectory &) = delete;
     OutputDirectory &operator=(const OutputDirectory &) = delete;
@@ -56,6 +56,8 @@ public:
 
     /// Decides that the plan is carried out, by this run or the next one, and does it.
     bool exchange(const Plan &plan);
+    /// Takes away what was staged, unless it was decided to use it.
+    bool discard();
 
 private:
     bool lock();

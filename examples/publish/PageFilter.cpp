@@ -26,8 +26,10 @@ PageFilter::PageFilter(NSString *command, NSString *directory)
 NSData *PageFilter::filtered(NSString *path, NSData *page) const {
     if (!command_)
         return page;
+    // What the command for an earlier page left running still writes to its files, which have no name then.
+    for (NSString *file : {input_.get(), output_.get(), errors_.get(), mark_.get()})
+        OSFilePath::removePath(file);
     QBFileOutputStream::writeToFile(page, input_, NO);
-    OSFilePath::removePath(mark_);
     if (hasFailed())
         return nullptr;
     OSProcess::runExternalCmd(

@@ -178,7 +178,7 @@ bool Publication::commit() {
         return fail(__LINE__, kErrorInterrupted, out_.path());
     counts_.removed = removed->count();
     const bool isAsItWas = removed->count() == 0 && changed_->count() == 0;
-    return isAsItWas || out_.exchange(plan);
+    return isAsItWas ? out_.discard() : out_.exchange(plan);
 }
 
 // Whether the removals and renames can be done, as far as that can be known before the first of them.

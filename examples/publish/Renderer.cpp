@@ -24,6 +24,20 @@ NSString *wayToRoot(NSString *url) {
     return NSString::stringWith(way);
 }
 
+// An action of the profile channel, from here to the end of the scope.
+class ProfiledAction {
+public:
+    explicit ProfiledAction(NSString *name) : name_(name) {
+        profile_beginAction(profileChannel, "%s", name_->cString());
+    }
+    ~ProfiledAction() { profile_endAction(profileChannel, "%s", name_->cString()); }
+    ProfiledAction(const ProfiledAction &) = delete;
+    ProfiledAction &operator=(const ProfiledAction &) = delete;
+
+private:
+    NSString *const name_;
+};
+
 } // namespace
 
 Renderer::Renderer(const Site &site, Publication &publication, PageFilter filter)
@@ -62,7 +76,7 @@ bool Renderer::renderPages() {
 }
 
 bool Renderer::renderPage(const Page &page) {
-    profile_beginAction(profileChannel, "%s", page.url->cString());
+    const ProfiledAction action(page.url);
     const Ref<NSMutableDictionary> dictionary = valuesFor(page);
     Values values(dictionary, page.url, site_.base());
     QBStringOutputStream *const body = collecting<QBStringOutputStream>(kUsualPage);
@@ -85,9 +99,7 @@ bool Renderer::renderPage(const Page &page) {
     // Values may hold any bytes.
     const bool isValid = filled && isUtf8(textIn(filled), page.url);
     NSData *const text = isValid ? filter_.filtered(page.url, filled) : nullptr;
-    const bool isAdded = text && addPage(page, text);
-    profile_endAction(profileChannel, "%s", page.url->cString());
-    return isAdded;
+    return text && addPage(page, text);
 }
 
 bool Renderer::addPage(const Page &page, NSData *text) {

@@ -159,8 +159,11 @@ bool readTexts(Site &site) {
     for (const auto &[key, name] : *listed) {
         if (key->isEqual("basedir"_ns))
             continue;
-        NSString *const text =
-            isSafe(site, name) ? readText(names->pathForKey(key, nullptr, site.base())) : nullptr;
+        if (!isSafe(site, name))
+            return false;
+        NSString *const file = names->pathForKey(key, nullptr, site.base());
+        site.textFiles->addObject(file);
+        NSString *const text = readText(file);
         if (!text)
             return false;
         site.texts->setObjectForKey(text, key);

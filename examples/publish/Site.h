@@ -24,9 +24,10 @@ struct Site {
     Ref<NSString> directory;
     Ref<NSString> file; // with the settings
     Ref<NSMutableDictionary> settings;
-    Ref<NSMutableDictionary> texts; // the files that the settings name under "texts"
-    std::vector<Page> pages;        // in the order of their paths
-    Cipher cipher;                  // for the pages that want one
+    Ref<NSMutableDictionary> texts;                         // the files that the settings name under "texts"
+    Ref<NSMutableArray> textFiles = NSMutableArray::init(); // their paths
+    std::vector<Page> pages;                                // in the order of their paths
+    Cipher cipher;                                          // for the pages that want one
 
     /// The directory that the names of files are relative to.
     NSString *base() const;

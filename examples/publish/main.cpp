@@ -71,6 +71,15 @@ bool configure(const Options &options) {
     return true;
 }
 
+// What is read, wherever it stands.
+void watchSources(const Site &site, serving::Watch &watch) {
+    for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns})
+        watch.add(site.directoryFor(key));
+    for (id file : *site.textFiles)
+        watch.add(static_cast<NSString *>(file));
+    watch.addLinkedFrom(site.directoryFor("assets"_ns));
+}
+
 bool publishSite(const Options &options, const Plugins &plugins, Counts &counts, serving::Watch *watch) {
     Site site;
     Publication publication(options.target);
@@ -82,8 +91,7 @@ bool publishSite(const Options &options, const Plugins &plugins, Counts &counts,
     if (!readSite(options.site, options.target, options.settings, site) || !plugins.addValues(site))
         return false;
     if (watch)
-        for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns})
-            watch->add(site.directoryFor(key));
+        watchSources(site, *watch);
     Renderer renderer(site, publication, PageFilter(options.filter, publication.workingDirectory()));
     renderer.setShowsProgress(!options.isQuiet);
     const bool isDone = publication.begin() && renderer.renderPages() && addIndexes(site, publication) &&
@@ -186,6 +194,7 @@ bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, s
     OSUserIO::printLn(NSString::stringWithFormat("Serving %@ at %@"_ns, options.target.get(),
                                                  serving::addressOf(listener)));
     std::fflush(stdout);
+    ERRORHANDLER->clearErrorStack(); // of a log that could not be written, which ends no server
     Republishing republishing(options, plugins, watch);
     return serving::Server(listener, options.target).run([&] {
         if (watch)

@@ -107,6 +107,12 @@ expect 'the date of a page' "$(http_date -r "$out/index.html")" echo "$modified"
 expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$address/"
 expect 'a changed page' 200 status_of -H "If-Modified-Since: $(http_date -d "$modified 1 second ago")" "$address/"
 
+expect 'two dates' 200 status_of -H "If-Modified-Since: $modified" -H "If-Modified-Since: $modified" "$address/"
+expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.2\r\nHost: x\r\nConnection: close\r\n\r\n')' | head -1"
+touch -d tomorrow "$out/deep/index.html"
+expect 'a page of the future' 1 \
+    sh -c "curl -s -I $address/deep/ | sed -n 's/^Date: //p; s/^Last-Modified: //p' | sort -u | wc -l"
+
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
     /.publish '/index.html%00'; do
     expect "$path" 404 status_of "$address$path"
@@ -144,12 +150,27 @@ exec {slow}>&-
 stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
+mkdir -p "$work/far/d"
+echo far | tee "$work/far/text" "$work/far/d/file" >/dev/null
+ln -s "$work/far/d" "$site/assets/far"
+echo "{ title = Site; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
+printf '{ title = T; }\n---\n{{texts.text}}\n' >"$site/pages/text.html"
 ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch --statistics
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
 expect 'many requests at a socket' "$requests" answered --unix-socket "$work/socket" "http://x/?[1-$requests]"
+echo other >"$work/far/text"
+wait_for other curl -s --unix-socket "$work/socket" http://x/text.html
+echo new >"$work/far/d/file"
+wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
+chmod 600 "$site/assets/data.bin"
+wait_for 600 stat -c %a "$out/assets/data.bin"
+# What a client has not taken yet is little, so that it is noticed when it takes some.
+curl -s --unix-socket "$work/socket" http://x/assets/data.bin | { head -c 50000 >/dev/null; sleep 2; } &
+sleep 1
+expect 'a file that waits for its client' 1 sh -c "ls -l /proc/$server/fd | grep -c data.bin"
 ! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"
@@ -171,5 +192,18 @@ rm "$work/socket"
 echo foreign >"$work/socket"
 stop
 [ -e "$work/socket" ] || fail 'a file in the place of the socket was removed'
+
+# Where descriptors are few, or few can be waited for, clients wait and are not turned away, unless none can be waited for.
+while read -r limit inherited answered; do
+    launcher=(bash -c "ulimit -n $limit; for ((i = 3; i < $inherited; ++i)); do eval \"exec \$i<&0\"; done; exec \"\$@\"" -)
+    start --serve 0
+    expect "requests with $inherited of $limit descriptors in use" "$answered" \
+        sh -c "curl -s --no-progress-meter -Z --parallel-immediate --parallel-max 50 -H 'Connection: close' -o /dev/null -w '%{http_code}\n' '$address/?[1-200]' | grep -c '^200'"
+    stop
+done <<'ROWS'
+20 0 200
+2048 1000 200
+2048 1023 0
+ROWS
 
 [ $failures -eq 0 ]

@@ -411,6 +411,9 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     done
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
+    publish --quiet "$site" "$out"
+    injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
+    grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
 fi
 
 # --- Options ---
@@ -430,9 +433,13 @@ rows_fail 2 <<'ROWS'
 |The directories SITE and OUT are needed (try --help)
 --no-such-option "$site" "$out"|There is no option --no-such-option
 --set a "$site" "$out"|--set wants KEY=VALUE
+--filter '' "$site" "$out"|--filter wants a value
+--key-file "$site/site.plist" --encipher "$site/site.plist" "$site"|There is an argument too many
 --log-level 256 "$site" "$out"|'256' is no number that fits
 --log "$work/no/log" "$site" "$out"|no/log' could not be written: No such file or directory
 ROWS
+page index.html '{ title = T; }' '{{page.none}}'
+has '[end  :publish] index.html' --profile publish "$site" "$out" # though it can't be made
 # What is timed, and a command for each page, which the program's shell reads.
 new_site
 profile=$(publish --profile publish "$site" "$out" 2>&1 >/dev/null | sed -E 's/^[0-9]+:(.*) \(.*/\1/')
@@ -448,6 +455,19 @@ publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 expect_failure 'a command that a signal ends with its shell' 'text.html: the filter was ended before it was done' \
     "$site" "$out" --filter 'cat; kill -9 $PPID'
 expect_failure 'a command that fails' 'exit code 3: far' "$site" "$out" --filter 'cat >/dev/null; echo far >&2; exit 3'
+# What the command leaves running writes when the next page's has begun.
+mkfifo go gone
+# shellcheck disable=SC2016
+publish --quiet --filter 'cat; case $PUBLISH_PAGE in d*) (read -r x <go; echo late; echo >gone) & ;; *) echo >go; read -r x <gone ;; esac' \
+    "$site" "$out"
+! grep -q late "$out/index.html" || fail "a page that another one's command wrote to"
+# The site at another place.
+if unshare -m mount --bind "$site" "$out" 2>/dev/null; then
+    # shellcheck disable=SC2016
+    as=(unshare -m sh -c 'mount --bind "$0" "$1" && shift && exec "$@"' "$site" "$out")
+    expect_failure 'the site mounted as its target' "'$site' and the directory '$out' that it goes to"
+    as=()
+fi
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
 [ $failures -eq 0 ] && echo "publish: all is well"

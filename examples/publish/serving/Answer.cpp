@@ -4,6 +4,7 @@
 #include "../Links.h"
 #include "SiteFile.h"
 
+#include <algorithm>
 #include <ctime>
 
 namespace publish::serving {
@@ -50,9 +51,9 @@ std::string dateText(std::time_t time) {
 // The head of an answer, a field at a time.
 class Head {
 public:
-    explicit Head(Status status)
+    explicit Head(Status status, std::time_t now = std::time(nullptr))
         : text_("HTTP/1.1 " + std::to_string(static_cast<int>(status)) + " " + textOf(status) + "\r\n") {
-        add("Date", dateText(std::time(nullptr)));
+        add("Date", dateText(now));
         add("X-Content-Type-Options", "nosniff");
     }
 
@@ -87,8 +88,10 @@ Answer fileAnswer(const Request &request, const SiteFile &file) {
     const bool isUnchanged = isUnchangedSince(request.modifiedSince, file.modified);
     Answer answer;
     answer.keepsConnection = request.keepsConnection;
-    Head head(isUnchanged ? Status::notModified : Status::ok);
-    head.add("Last-Modified", dateText(file.modified));
+    const std::time_t now = std::time(nullptr);
+    Head head(isUnchanged ? Status::notModified : Status::ok, now);
+    // No date behind the answer's own (RFC 9110, section 8.8.2.1).
+    head.add("Last-Modified", dateText(std::min(file.modified, now)));
     if (!isUnchanged) {
         head.add("Content-Type", file.type->view());
         head.add("Content-Length", std::to_string(file.size));

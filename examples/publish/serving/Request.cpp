@@ -12,8 +12,12 @@ constexpr std::string_view kBlanks = " \t";
 // The characters of methods and field names (RFC 9110, section 5.6.2).
 constexpr std::string_view kTokenMarks = "!#$%&'*+-.^_`|~";
 
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
 bool isAlphanumeric(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z') ||
+    return isDigit(character) || (character >= 'a' && character <= 'z') ||
            (character >= 'A' && character <= 'Z');
 }
 
@@ -105,6 +109,7 @@ Status readTarget(std::string_view target, Request &request) {
 // What the fields say that matters to a server of files.
 struct Fields {
     unsigned hosts = 0;
+    unsigned dates = 0;
     bool hasBody = false;
     bool closes = false;
     bool keepsAlive = false;
@@ -126,7 +131,7 @@ bool readField(std::string_view line, Fields &fields, Request &request) {
     else if (isSame(name, "transfer-encoding"))
         fields.hasBody = true;
     else if (isSame(name, "if-modified-since"))
-        request.modifiedSince = NSString::stringWith(value);
+        request.modifiedSince = ++fields.dates == 1 ? NSString::stringWith(value) : nullptr;
     else if (isSame(name, "connection")) {
         fields.closes |= listHas(value, "close");
         fields.keepsAlive |= listHas(value, "keep-alive");
@@ -134,8 +139,10 @@ bool readField(std::string_view line, Fields &fields, Request &request) {
     return true;
 }
 
+// A later minor version counts as 1.1 (RFC 9110, section 2.5).
 Status statusOfVersion(std::string_view version) {
-    if (version == "HTTP/1.1" || version == "HTTP/1.0")
+    constexpr std::string_view kMajor = "HTTP/1.";
+    if (version.starts_with(kMajor) && version.size() == kMajor.size() + 1 && isDigit(version.back()))
         return Status::ok;
     return version.starts_with("HTTP/") ? Status::versionNotSupported : Status::badRequest;
 }
@@ -180,7 +187,7 @@ Request readHead(std::string_view head) {
             request.status = Status::badRequest;
             return request;
         }
-    const bool isNew = version == "HTTP/1.1";
+    const bool isNew = version != "HTTP/1.0";
     if (fields.hosts > 1 || (isNew && fields.hosts == 0))
         return request.status = Status::badRequest, request;
     // A body is not read, so that nothing behind it can be told apart from it.

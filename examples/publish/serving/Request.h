@@ -37,7 +37,7 @@ struct Request {
     bool wantsBody = true;              // not so for HEAD
     bool keepsConnection = false;       // after the answer
     Ref<NSString> path;                 // unescaped and without the slash in front; null unless ok
-    Ref<NSString> modifiedSince;        // as it was sent; null when it was not
+    Ref<NSString> modifiedSince;        // as it was sent; null unless it was sent once
 };
 
 /// Returns the length of the head at the front of what was received, with the empty line that ends it; 0 when

@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -19,10 +20,32 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// All of their descriptors have to have room in a set.
-constexpr std::size_t kMostConnections = 256;
+constexpr rlim_t kMostConnections = 256;
 
 constexpr auto kPauseWithoutDescriptors = 1s;
+
+// Each may need a descriptor for its file too, and those of the sockets have to have room in a set. Clients
+// beyond wait in the listener's queue.
+std::size_t mostConnectionsAt(OSSocket *listener) {
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlim_t end = std::min<rlim_t>(limit.rlim_cur, FD_SETSIZE);
+    const auto used = static_cast<rlim_t>(listener->socketHandle()) + 1; // all below were taken before
+    return std::clamp<rlim_t>((end - std::min(used, end)) / 2, 1, kMostConnections);
+}
+
+// The system doubles it, and tells of room in a socket of the file system when three quarters of that were
+// taken: then a client's 64 KiB count as progress.
+constexpr int kSendBufferOfUnixSocket = 32 * 1024;
+
+void setSending(OSSocket *socket) {
+    const int isOn = 1; // so that the end of an answer is not kept back until its beginning has arrived
+    if (socket->socketType() == OSSocket::kInternet)
+        socket->setSockOptWithLevel(IPPROTO_TCP, TCP_NODELAY, &isOn, sizeof isOn);
+    else
+        socket->setSockOptWithLevel(SOL_SOCKET, SO_SNDBUF, &kSendBufferOfUnixSocket,
+                                    sizeof kSendBufferOfUnixSocket);
+}
 
 // The descriptors that something is waited for at.
 class Waiting {
@@ -65,7 +88,8 @@ private:
 } // namespace
 
 Server::Server(OSSocket *listener, NSString *root)
-    : listener_(listener), directory_(root), root_(realDirectory(root)) {
+    : listener_(listener), directory_(root), root_(realDirectory(root)),
+      mostConnections_(mostConnectionsAt(listener)) {
     listener_->setNonBlocking();
 }
 
@@ -105,7 +129,7 @@ bool Server::step(Clock::time_point now) {
 }
 
 bool Server::canAccept(Clock::time_point now) const {
-    return connections_.size() < kMostConnections && now >= nextAccept_;
+    return connections_.size() < mostConnections_ && now >= nextAccept_;
 }
 
 // Takes all clients that wait.
@@ -117,10 +141,9 @@ void Server::accept(Clock::time_point now) {
             nextAccept_ = now + kPauseWithoutDescriptors;
         if (!socket)
             return;
-        const int isOn = 1; // so that the end of an answer is not kept back until its beginning has arrived
-        if (socket->socketType() == OSSocket::kInternet)
-            socket->setSockOptWithLevel(IPPROTO_TCP, TCP_NODELAY, &isOn, sizeof isOn);
-        if (socket->setNonBlocking())
+        setSending(socket);
+        const bool hasRoom = socket->socketHandle() < FD_SETSIZE; // or it is closed at once
+        if (hasRoom && socket->setNonBlocking())
             connections_.emplace_back(socket, root_, now);
     }
 }

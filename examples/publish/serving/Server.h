@@ -4,6 +4,7 @@
 
 #include "Connection.h"
 
+#include <cstddef>
 #include <functional>
 #include <list>
 #include <string>
@@ -30,6 +31,7 @@ private:
     Ref<OSSocket> listener_;
     Ref<NSString> directory_; // as it was given
     std::string root_;        // where it is
+    std::size_t mostConnections_;
     std::list<Connection> connections_;
     Clock::time_point nextAccept_; // later, after there were no descriptors
 };

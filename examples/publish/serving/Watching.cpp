@@ -4,34 +4,51 @@
 
 namespace publish::serving {
 
-void Watch::add(NSString *directory) {
-    const std::string path = realPath(directory);
+bool Watch::add(NSString *path) {
+    const std::string place = realPath(path);
     for (const auto &[watched, state] : *states_)
-        if (path.starts_with(realPath(static_cast<NSString *>(watched))))
-            return;
-    states_->setObjectForKey(NSString::string(), directory);
+        if (place.starts_with(realPath(static_cast<NSString *>(watched))))
+            return false;
+    states_->setObjectForKey(NSString::string(), path);
+    return true;
 }
 
-// A digest of the list, so that a large site costs no memory.
-NSString *Watch::stateOf(NSString *directory) {
-    NSFileManager *const files = NSFileManager::defaultManager();
-    QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
-    const auto note = [digest](id path, NSDictionary *attributes) {
-        NSDate *const modified = attributes ? attributes->fileModificationDate() : nullptr;
-        digest->writeFormat("%@ %llu %llu %.6f\n"_ns, path, attributes ? attributes->fileSize() : 0,
-                            attributes ? attributes->fileSystemFileNumber() : 0,
-                            modified ? modified->timeIntervalSince1970() : 0);
-    };
+void Watch::addLinkedFrom(NSString *directory) {
     NSString *const place = NSString::stringWith(realPath(directory));
-    digest->writeObject(place);
-    NSDirectoryEnumerator *const paths = files->enumeratorAtPath(place);
+    NSDirectoryEnumerator *const paths = NSFileManager::defaultManager()->enumeratorAtPath(place);
     while (id path = paths ? paths->nextObject() : nullptr) {
         const NSAutoreleasePool pool;
         NSDictionary *const attributes = paths->fileAttributes();
-        note(path, attributes);
+        if (!attributes || !attributes->fileType()->isEqual(NSFileTypeSymbolicLink))
+            continue;
+        NSString *const link = place->stringByAppendingPathComponent(path->stringValue());
+        if (OSFilePath::directoryExistsAtPath(link) && add(link))
+            addLinkedFrom(link);
+    }
+}
+
+// A digest of the list, so that a large site costs no memory.
+NSString *Watch::stateOf(NSString *path) {
+    NSFileManager *const files = NSFileManager::defaultManager();
+    QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
+    const auto note = [digest](id name, NSDictionary *attributes) {
+        NSDate *const modified = attributes ? attributes->fileModificationDate() : nullptr;
+        digest->writeFormat("%@ %llu %llu %u %.6f\n"_ns, name, attributes ? attributes->fileSize() : 0,
+                            attributes ? attributes->fileSystemFileNumber() : 0,
+                            attributes ? attributes->filePosixPermissions() : 0,
+                            modified ? modified->timeIntervalSince1970() : 0);
+    };
+    NSString *const place = NSString::stringWith(realPath(path));
+    note(place, files->fileAttributesAtPath(path, /*traverseLink=*/YES));
+    NSDirectoryEnumerator *const paths = files->enumeratorAtPath(place);
+    while (id below = paths ? paths->nextObject() : nullptr) {
+        const NSAutoreleasePool pool;
+        NSDictionary *const attributes = paths->fileAttributes();
+        note(below, attributes);
         if (attributes && attributes->fileType()->isEqual(NSFileTypeSymbolicLink))
-            note(path, files->fileAttributesAtPath(place->stringByAppendingPathComponent(path->stringValue()),
-                                                   /*traverseLink=*/YES));
+            note(below,
+                 files->fileAttributesAtPath(place->stringByAppendingPathComponent(below->stringValue()),
+                                             /*traverseLink=*/YES));
     }
     return digest->md5Hash();
 }
@@ -40,10 +57,10 @@ bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
     for (id element : *states_->allKeys()) {
-        auto *directory = static_cast<NSString *>(element);
-        NSString *const now = stateOf(directory);
-        isOther |= !now->isEqual(states_->objectForKey(directory));
-        states_->setObjectForKey(now, directory);
+        auto *path = static_cast<NSString *>(element);
+        NSString *const now = stateOf(path);
+        isOther |= !now->isEqual(states_->objectForKey(path));
+        states_->setObjectForKey(now, path);
     }
     return isOther;
 }

@@ -6,22 +6,24 @@
 
 namespace publish::serving {
 
-/// What stands below directories, by the names, sizes and times of their files. Links count with what they
-/// lead to, and directories may be links.
+/// Files, and what stands below directories, by names, sizes, times and rights. Links count with the file
+/// that they lead to, and what is watched may be a link.
 class Watch {
 public:
     explicit Watch(NSString *directory) { states_->setObjectForKey(stateOf(directory), directory); }
 
-    /// Watches a directory too, unless it is watched with another. It counts as changed once, because it may
-    /// have been read already.
-    void add(NSString *directory);
+    /// Watches a directory or file too, unless it is watched with another. It counts as changed once, because
+    /// it may have been read already. Returns whether it is watched only now.
+    bool add(NSString *path);
+    /// Watches the directories too that links below a directory lead to, and links below those.
+    void addLinkedFrom(NSString *directory);
     /// Whether anything differs from what stood there at the last question.
     bool hasChanged();
 
 private:
-    static NSString *stateOf(NSString *directory);
+    static NSString *stateOf(NSString *path);
 
-    Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the directories' paths
+    Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
 };
 
 } // namespace publish::serving
