@@ -157,7 +157,7 @@ echo "{ title = Site; texts = { basedir = \"$work/far\"; text = text; }; }" >"$s
 printf '{ title = T; }\n---\n{{texts.text}}\n' >"$site/pages/text.html"
 ln -s site "$work/current"
 site=$work/current
-start --serve-socket "$work/socket" --watch --statistics
+start --serve-socket "$work/socket" --watch --statistics --log "$site/log" --log-level 2
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
 expect 'many requests at a socket' "$requests" answered --unix-socket "$work/socket" "http://x/?[1-$requests]"
@@ -171,6 +171,9 @@ wait_for 600 stat -c %a "$out/assets/data.bin"
 curl -s --unix-socket "$work/socket" http://x/assets/data.bin | { head -c 50000 >/dev/null; sleep 2; } &
 sleep 1
 expect 'a file that waits for its client' 1 sh -c "ls -l /proc/$server/fd | grep -c data.bin"
+lines=$(wc -l <"$site/log")
+sleep 2
+expect 'a log in the site, when nothing has changed' "$lines" sh -c "wc -l <$site/log"
 ! publish --serve-socket "$work/socket" "$site" "$out" 2>/dev/null || fail 'a served socket was taken'
 printf 'no head\n' >"$site/pages/index.html"
 wait_for 'a page begins with' cat "$work/stderr"

@@ -4,6 +4,18 @@
 
 namespace publish::serving {
 
+Watch::Watch(NSString *directory, NSString *log) {
+    if (log)
+        log_ = NSFileManager::defaultManager()->fileAttributesAtPath(log, /*traverseLink=*/YES);
+    states_->setObjectForKey(stateOf(directory), directory);
+}
+
+// Whatever its name is by now.
+bool Watch::isLog(NSDictionary *attributes) const {
+    return log_ && attributes && attributes->fileSystemFileNumber() == log_->fileSystemFileNumber() &&
+           attributes->fileSystemNumber() == log_->fileSystemNumber();
+}
+
 bool Watch::add(NSString *path) {
     const std::string place = realPath(path);
     for (const auto &[watched, state] : *states_)
@@ -28,10 +40,12 @@ void Watch::addLinkedFrom(NSString *directory) {
 }
 
 // A digest of the list, so that a large site costs no memory.
-NSString *Watch::stateOf(NSString *path) {
+NSString *Watch::stateOf(NSString *path) const {
     NSFileManager *const files = NSFileManager::defaultManager();
     QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
-    const auto note = [digest](id name, NSDictionary *attributes) {
+    const auto note = [this, digest](id name, NSDictionary *attributes) {
+        if (isLog(attributes))
+            return;
         NSDate *const modified = attributes ? attributes->fileModificationDate() : nullptr;
         digest->writeFormat("%@ %llu %llu %u %.6f\n"_ns, name, attributes ? attributes->fileSize() : 0,
                             attributes ? attributes->fileSystemFileNumber() : 0,

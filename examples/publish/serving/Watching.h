@@ -10,7 +10,8 @@ namespace publish::serving {
 /// that they lead to, and what is watched may be a link.
 class Watch {
 public:
-    explicit Watch(NSString *directory) { states_->setObjectForKey(stateOf(directory), directory); }
+    /// `log`: the file that this program writes to, wherever it stands, which does not count; nil for none.
+    Watch(NSString *directory, NSString *log);
 
     /// Watches a directory or file too, unless it is watched with another. It counts as changed once, because
     /// it may have been read already. Returns whether it is watched only now.
@@ -21,8 +22,10 @@ public:
     bool hasChanged();
 
 private:
-    static NSString *stateOf(NSString *path);
+    NSString *stateOf(NSString *path) const;
+    bool isLog(NSDictionary *attributes) const;
 
+    Ref<NSDictionary> log_;                                         // its attributes
     Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
 };
 
