@@ -33,7 +33,6 @@ template <class... V>
 void formatWithPrintf(benchmark::State &state, const char *format, const V &...values) {
     char buffer[256];
     for (auto _ : state) {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg)
         benchmark::DoNotOptimize(std::snprintf(buffer, sizeof buffer, format, values...));
         benchmark::ClobberMemory();
     }

@@ -321,5 +321,5 @@ const char *NSFileManager::fileSystemRepresentationWithPath(NSString *path) cons
 }
 
 NSString *NSFileManager::stringWithFileSystemRepresentation(const char *string, std::uint32_t length) const {
-    return NSString::stringWithCString(string, length);
+    return string ? NSString::stringWithCString(string, length) : nullptr;
 }

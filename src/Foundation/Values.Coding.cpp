@@ -308,6 +308,10 @@ BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
         const auto seconds = decode<std::int32_t>(coder, "i");
         return setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), decode<BOOL>(coder, "c")));
     }
-    // A system's zone may be known by its rule only.
-    return setUpWithName(name) || setUpWithRules(qb::calendar::zoneFromRule(name->view()));
+    if (setUpWithName(name))
+        return YES;
+    // A system's zone may be known by its rule only, or by a file that no name in an archive leads to.
+    const qb::calendar::ZoneRef &system = qb::calendar::systemZone();
+    return setUpWithRules(name->view() == system->name() ? system
+                                                         : qb::calendar::zoneFromRule(name->view()));
 }

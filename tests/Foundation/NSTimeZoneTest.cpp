@@ -54,6 +54,17 @@ TEST_F(NSTimeZoneTest, TheDefaultIsTheSystemsUntilItIsSet) {
     EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
 }
 
+TEST_F(NSTimeZoneTest, TheSystemsOwnZoneIsFoundInAnArchive) {
+    const TimeZoneSetting setting(":/etc/../usr/share/zoneinfo/Europe/Berlin");
+    NSTimeZone *const zone = NSTimeZone::systemTimeZone();
+    EXPECT_EQ(zone->secondsFromGMTForDate(NSDate::dateWithTimeIntervalSince1970(0)), 3600);
+    NSData *const archive = NSArchiver::archivedDataWithRootObject(zone);
+    EXPECT_TRUE(zone->isEqual(NSUnarchiver::unarchiveObjectWithData(archive)));
+    TimeZoneSetting::set("Asia/Tokyo");
+    const ErrorExpectation unknownHere(900002);
+    EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(archive), nullptr);
+}
+
 TEST_F(NSTimeZoneTest, EveryKnownNameFindsItsZone) {
     NSArray *names = NSTimeZone::knownTimeZoneNames();
     EXPECT_GT(names->count(), 300u);

@@ -52,7 +52,8 @@ public:
     static NSCharacterSet *characterSetWithCharactersInString(NSString *string);
     /// Returns the set of the characters from `range.location` on, as many as the range is long.
     static NSCharacterSet *characterSetWithRange(NSRange range);
-    /// Returns the set that the bitmap names, in the form of `bitmapRepresentation`, autoreleased.
+    /// Returns the set that the bitmap names, in the form of `bitmapRepresentation`, autoreleased; nil and
+    /// empty data name the empty set.
     /// Throws InvalidArgumentException when the data are no such bitmap.
     static NSCharacterSet *characterSetWithBitmapRepresentation(NSData *data);
 

@@ -58,8 +58,8 @@ public:
     virtual NSDictionary *fileAttributesAtPath(NSString *path, BOOL traverseLink) const;
     /// Sets NSFilePosixPermissions and NSFileModificationDate; others are left alone.
     virtual BOOL changeFileAttributes(NSDictionary *attributes, NSString *path);
-    /// Whether both are files with the same bytes, links with the same text, or directories of which that
-    /// holds for all that is in them.
+    /// Whether both are the same, or files with the same bytes, links with the same text, or directories of
+    /// which that holds for all that is in them.
     virtual BOOL contentsEqualAtPath(NSString *path, NSString *andPath) const;
 
     // --- Files ---

@@ -85,6 +85,8 @@ public:
 
     /// Returns the name.
     NSString *description() const override { return name(); }
+    /// Writes the name, of a zone with one offset that too. The system's zone from a file outside of the
+    /// database is found again where it is the system's.
     void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
 
