@@ -207,10 +207,14 @@ ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t lengt
     ::sigemptyset(&pipe);
     ::sigaddset(&pipe, SIGPIPE);
     ::sigprocmask(SIG_BLOCK, &pipe, &before);
+    // What was pending already is the caller's; it can only be where the caller blocks it.
+    sigset_t pending;
+    const bool wasPending = ::sigismember(&before, SIGPIPE) == 1 && ::sigpending(&pending) == 0 &&
+                            ::sigismember(&pending, SIGPIPE) == 1;
     const ssize_t result = sys::write(descriptor, buffer, length, onSignal);
     const int error = errno;
     const timespec atOnce{};
-    if (result < 0 && error == EPIPE && ::sigismember(&before, SIGPIPE) == 0)
+    if (result < 0 && error == EPIPE && !wasPending)
         ::sigtimedwait(&pipe, nullptr, &atOnce);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     errno = error;
