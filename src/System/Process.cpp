@@ -151,6 +151,14 @@ pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal) noexce
         Call::waitpid, [&] { return ::waitpid(process, status, options); }, nullptr, onSignal);
 }
 
+bool isChild(pid_t process) noexcept {
+    siginfo_t end;
+    const auto look = [&] {
+        return ::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOHANG | WNOWAIT);
+    };
+    return attempt(Call::waitpid, look) == 0 || errno != ECHILD;
+}
+
 int kill(pid_t process, int signal) noexcept {
     return attempt(Call::kill, [&] { return ::kill(process, signal); });
 }
