@@ -4,7 +4,6 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/IdCreator.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/QBNil.h>
 
 #include "OSAdaptor/OSNameService.Lookup.h"
@@ -94,17 +93,15 @@ std::optional<sockaddr_un> unixAddress(NSString *name, int error, const V &...va
     return std::nullopt;
 }
 
-// A directory stays, for a name is not worth a tree; a link goes itself, wherever it leads.
+// A directory stays, for a name is not worth a tree; a link goes itself, wherever it leads. What somebody
+// else has removed is no failure.
 bool removeFile(NSString *path) {
-    const qb::SavedErrors earlier;
     struct stat status;
-    if (sys::lstat(path->cString(), &status) != 0 || S_ISDIR(status.st_mode))
+    if (sys::lstat(path->cString(), &status) != 0 || S_ISDIR(status.st_mode) ||
+        sys::unlink(path->cString()) == 0 || errno == ENOENT)
         return true;
-    if (!S_ISLNK(status.st_mode))
-        OSFilePath::removePath(path);
-    else if (sys::unlink(path->cString()) != 0)
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotRemove, path, std::strerror(errno));
-    return !qb::isErrorPending();
+    qb::raiseError(kFile, __LINE__, qb::kErrorCannotRemove, path, std::strerror(errno));
+    return false;
 }
 
 } // namespace
