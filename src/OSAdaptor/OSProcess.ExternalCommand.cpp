@@ -59,5 +59,5 @@ void OSProcess::runExternalCmd(NSString *command, NSArray *args, NSDictionary *e
         return;
     const Ref<NSString> text = contentOf(pipe);
     qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCommandFailed, shown(command), exitCode,
-                   text ? text->cString() : "");
+                   text ? text.get() : NSString::string());
 }

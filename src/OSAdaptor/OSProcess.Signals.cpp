@@ -15,9 +15,10 @@ namespace sys = qb::sys;
 
 // --- To others ---
 
-// An id that was waited for may be that of a stranger by now.
+// An id that was waited for may be that of a stranger by now. So may one that was waited for without this
+// object, among all children.
 bool OSProcess::signal(int number) const {
-    if (isChild_)
+    if (isChild_ && (starter_ != sys::getpid() || sys::isChild(processHandle_)))
         return sys::kill(processHandle_, number) == 0;
     errno = ESRCH;
     return false;

@@ -67,6 +67,7 @@ BOOL OSProcess::setUpWithCommandAndHandles(NSString *command, NSArray *args, NSD
         return NO;
     }
     processHandle_ = child;
+    starter_ = sys::getpid();
     isChild_ = true;
     return YES;
 }

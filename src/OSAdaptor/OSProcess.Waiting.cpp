@@ -39,7 +39,9 @@ std::int32_t OSProcess::waitForProcessDoHang(BOOL doHang, std::int32_t *exitCode
     if (waited == 0)
         return kNotOver;
     if (waited < 0) {
-        isChild_ = isChild_ && errno != ECHILD; // the system waits for it where SIGCHLD is ignored
+        // Where SIGCHLD is ignored the system waits for it; a copy of its parent can't tell.
+        if (errno == ECHILD && starter_ == sys::getpid())
+            isChild_ = false;
         qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorCannotWaitForProcess, processHandle_,
                        errorDescription());
         return kFailed;

@@ -4,7 +4,6 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/IdCreator.h>
-#include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/QBNil.h>
 
 #include "OSAdaptor/OSNameService.Lookup.h"
@@ -94,17 +93,15 @@ std::optional<sockaddr_un> unixAddress(NSString *name, int error, const V &...va
     return std::nullopt;
 }
 
-// A directory stays, for a name is not worth a tree; a link goes itself, wherever it leads.
+// A directory stays, for a name is not worth a tree; a link goes itself, wherever it leads. What somebody
+// else has removed is no failure.
 bool removeFile(NSString *path) {
-    const qb::SavedErrors earlier;
     struct stat status;
-    if (sys::lstat(path->cString(), &status) != 0 || S_ISDIR(status.st_mode))
+    if (sys::lstat(path->cString(), &status) != 0 || S_ISDIR(status.st_mode) ||
+        sys::unlink(path->cString()) == 0 || errno == ENOENT)
         return true;
-    if (!S_ISLNK(status.st_mode))
-        OSFilePath::removePath(path);
-    else if (sys::unlink(path->cString()) != 0)
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotRemove, path, std::strerror(errno));
-    return !qb::isErrorPending();
+    qb::raiseError(kFile, __LINE__, qb::kErrorCannotRemove, path, std::strerror(errno));
+    return false;
 }
 
 } // namespace
@@ -226,20 +223,41 @@ NSString *OSSocket::makeNameForSocket() {
 
 // --- Connections of a server ---
 
+// A process that shares the descriptor may be faster to take what a wait has told of. So it never blocks from
+// the first wait on, for all of them, and is not changed back under those that still wait.
+bool OSSocket::waitsForConnections() {
+    if (waiting_ == Waiting::asDescriptor && qb::sockets::hasCallback() &&
+        qb::sockets::makeNonBlocking(socketHandle()))
+        waiting_ = Waiting::byPolling;
+    return waiting_ == Waiting::byPolling;
+}
+
+// Returns the next connection's descriptor, or -1; EAGAIN says that there is none to be waited for.
+int OSSocket::acceptNext() {
+    const bool waits = waitsForConnections();
+    pollfd descriptor{socketHandle(), POLLIN, 0};
+    for (;;) {
+        const int ready = waits ? qb::sockets::waitFor({&descriptor, 1}, sys::Deadline::never()) : 1;
+        if (ready < 0)
+            return -1;
+        if (ready == 0 && qb::sockets::hasCallback()) // which has said NO
+            return errno = EAGAIN, -1;
+        const int accepted = sys::accept(descriptor.fd, nullptr, nullptr);
+        if (accepted >= 0 || errno != EAGAIN || !waits)
+            return accepted;
+    }
+}
+
 BOOL OSSocket::setUpAcceptSocketFromListener(OSSocket *listener) {
     if (!listener)
         throw InvalidArgumentException(
             "OSSocket initAcceptSocketFromListener: must have a listener that is not nil.");
     const Ref<OSSocket> server(listener);
-    pollfd descriptor{server->socketHandle(), POLLIN, 0};
-    const bool isWaitedFor = qb::sockets::isToBeWaitedFor(descriptor.fd);
-    const int ready = isWaitedFor ? qb::sockets::waitFor({&descriptor, 1}, sys::Deadline::never()) : 1;
-    if (ready == 0)
-        return NO;
-    socketHandle_ = ready > 0 ? sys::accept(descriptor.fd, nullptr, nullptr) : -1;
+    socketHandle_ = server->acceptNext();
     if (socketHandle_ < 0) {
         if (errno != EAGAIN)
-            qb::raiseError(kFile, __LINE__, qb::kErrorCannotAccept, descriptor.fd, errorDescription());
+            qb::raiseError(kFile, __LINE__, qb::kErrorCannotAccept, server->socketHandle(),
+                           errorDescription());
         return NO;
     }
     type_ = server->socketType();

@@ -12,9 +12,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace sys = qb::sys;
 using qb::sockets::kFile;
@@ -50,32 +53,39 @@ void qb::sockets::raiseReceiveError(int line, std::int32_t socket) {
 
 // --- From the system ---
 
+namespace {
+
 // Returns whether receiving is to be tried now.
-bool OSSocket::waitForInput(std::int64_t timeout) {
-    const bool isLimited = timeout > 0;
-    if (isLimited)
+bool waitForInput(const OSSocket &socket, std::int64_t timeout, const sys::Deadline &deadline) {
+    if (timeout > 0)
         qb::trace(DEBUG_CHANNEL_SOCKET,
-                  {kFile, __LINE__, this, "receiveWithBuffer:length:timeout:performPeek:"},
+                  {kFile, __LINE__, &socket, "receiveWithBuffer:length:timeout:performPeek:"},
                   "waiting max %ld milliseconds for input", timeout);
-    else if (!qb::sockets::isToBeWaitedFor(socketHandle_))
-        return true;
-    pollfd descriptor{socketHandle_, POLLIN, 0};
-    const int ready = qb::sockets::waitFor(
-        {&descriptor, 1}, isLimited ? sys::Deadline::afterMilliseconds(timeout) : sys::Deadline::never());
+    pollfd descriptor{socket.OSSocket::socketHandle(), POLLIN, 0};
+    const int ready = qb::sockets::waitFor({&descriptor, 1}, deadline);
     if (ready < 0)
-        qb::sockets::raiseReceiveError(__LINE__, socketHandle_);
+        qb::sockets::raiseReceiveError(__LINE__, descriptor.fd);
     return ready > 0;
 }
 
+} // namespace
+
 // The way to the system and back is in one piece: right behind a system call, a processor guesses every
-// return wrong.
+// return wrong. Who has waited does not block: a process that shares the socket may have been faster.
 [[gnu::always_inline]] inline std::int32_t OSSocket::receive(void *buffer, std::uint32_t length,
                                                              std::int64_t timeout, BOOL performPeek) {
     requireBuffer(buffer, "receiveWithBuffer:length:timeout:performPeek:");
-    if (!waitForInput(timeout))
-        return -1;
-    const ssize_t count = sys::recv(socketHandle_, buffer, std::min<std::uint32_t>(length, INT32_MAX),
-                                    performPeek ? MSG_PEEK : 0, sys::OnSignal::report);
+    const bool waits = timeout > 0 || qb::sockets::isToBeWaitedFor(socketHandle_);
+    const sys::Deadline deadline =
+        timeout > 0 ? sys::Deadline::afterMilliseconds(timeout) : sys::Deadline::never();
+    const int flags = (performPeek ? MSG_PEEK : 0) | (waits ? MSG_DONTWAIT : 0);
+    ssize_t count;
+    do {
+        if (waits && !waitForInput(*this, timeout, deadline))
+            return -1;
+        count = sys::recv(socketHandle_, buffer, std::min<std::uint32_t>(length, INT32_MAX), flags,
+                          sys::OnSignal::report);
+    } while (waits && count < 0 && errno == EAGAIN);
     if (count > 0)
         return static_cast<std::int32_t>(count);
     if (count < 0 && errno == EAGAIN)
@@ -140,16 +150,39 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     return qb::isErrorPending() ? kFailed : count;
 }
 
+// Makes the bytes those that are received next. Without room for them they are lost.
+[[gnu::cold, gnu::noinline]] void OSSocket::putBack(const void *bytes, std::uint32_t count) {
+    const auto held = static_cast<std::uint32_t>(bufferedCount());
+    const std::uint32_t sum = count + held;
+    if (count == 0 || sum > INT32_MAX)
+        return;
+    auto *const room = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
+    if (!room)
+        return;
+    std::memcpy(room, bytes, count);
+    if (held > 0)
+        std::memcpy(room + count, internalBuffer_ + currentPositionInBuffer_, held);
+    sys::release(std::exchange(internalBuffer_, room));
+    currentPositionInBuffer_ = 0;
+    numberOfBytesInBuffer_ = static_cast<std::int32_t>(sum);
+}
+
 [[gnu::always_inline]] inline std::int32_t OSSocket::take(char *buffer, std::uint32_t length,
                                                           std::int64_t timeout) {
     std::uint32_t done = 0;
-    while (done < length) {
-        const std::int32_t held = fillBuffer(timeout);
-        if (held == kFailed)
-            return -1;
-        if (held <= 0)
-            return done > 0 ? static_cast<std::int32_t>(done) : held;
-        done += static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
+    try {
+        while (done < length) {
+            const std::int32_t held = fillBuffer(timeout);
+            if (held == kFailed)
+                return putBack(buffer, done), -1;
+            if (held <= 0)
+                return done > 0 ? static_cast<std::int32_t>(done) : held;
+            done +=
+                static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
+        }
+    } catch (...) { // of the callback, say
+        putBack(buffer, done);
+        throw;
     }
     return static_cast<std::int32_t>(done);
 }
@@ -177,39 +210,72 @@ std::int32_t OSSocket::peek(char *buffer, std::uint32_t length, std::int64_t tim
 NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
     const Ref<OSSocket> self(this);
     NSMutableData *const data = NSMutableData::data();
-    while (data->length() < count) {
-        const std::uint32_t done = data->length();
-        const std::uint32_t step = std::min(count - done, std::max(done, kBufferSize));
-        data->setLength(done + step);
+    std::uint32_t done = 0;
+    const auto receive = [&](std::uint32_t length) {
+        data->setLength(done + length);
         const std::int32_t read =
-            bufferedReceiveWithBuffer(static_cast<char *>(data->mutableBytes()) + done, step, withTimeout,
+            bufferedReceiveWithBuffer(static_cast<char *>(data->mutableBytes()) + done, length, withTimeout,
                                       /*performPeek=*/NO);
-        data->setLength(done + static_cast<std::uint32_t>(std::max(read, 0)));
-        if (data->length() < done + step)
-            break;
+        done += static_cast<std::uint32_t>(std::max(read, 0));
+        data->setLength(done);
+        return read == static_cast<std::int32_t>(length);
+    };
+    try {
+        while (done < count && receive(std::min(count - done, std::max(done, kBufferSize)))) {
+        }
+        if (done < count && bufferedCount() > 0) // what had come before an error
+            receive(std::min(count - done, static_cast<std::uint32_t>(bufferedCount())));
+    } catch (...) {
+        putBack(data->bytes(), done);
+        throw;
     }
     return data;
 }
 
 // --- Lines ---
 
+// What the buffer, filled when it is empty, holds of the next line; none when nothing comes.
+inline std::span<char> OSSocket::takePiece(std::int64_t timeout) {
+    if (fillBuffer(timeout) <= 0)
+        return {};
+    char *const start = internalBuffer_ + currentPositionInBuffer_;
+    char *const limit = internalBuffer_ + numberOfBytesInBuffer_;
+    const std::ptrdiff_t length = qb::text::findByte(start, limit, '\n') - start;
+    const std::span<char> piece(start, limit - start > length ? start + length + 1 : limit);
+    currentPositionInBuffer_ += static_cast<std::int32_t>(piece.size());
+    return piece;
+}
+
+// The next byte alone, as a subclass delivers it.
+static std::span<char> takeByte(OSSocket &socket, char &byte, std::int64_t timeout) {
+    const bool has = socket.bufferedReceiveWithBuffer(&byte, 1, timeout, /*performPeek=*/NO) == 1;
+    return {&byte, has ? 1U : 0U};
+}
+
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
-    Ref<QBStringOutputStream> collected; // the pieces of a line that was not in the buffer as a whole
-    while (!qb::isErrorPending() && fillBuffer(timeout) > 0) {
-        char *const start = internalBuffer_ + currentPositionInBuffer_;
-        char *const limit = internalBuffer_ + numberOfBytesInBuffer_;
-        char *const end = start + (qb::text::findByte(start, limit, '\n') - start);
-        const bool isLast = end != limit;
-        currentPositionInBuffer_ += static_cast<std::int32_t>(end - start) + isLast;
-        const std::string_view piece(start, withoutReturns(start, end));
-        if (isLast && !collected)
-            return NSString::stringWith(piece);
-        if (!collected && !(collected = QBStringOutputStream::init()))
-            break;
-        collected->writeBuffer(piece.data(), static_cast<std::uint32_t>(piece.size()));
-        if (isLast)
-            break;
+    Ref<QBStringOutputStream> collected; // a line that was not in the buffer as a whole, as it came
+    try {
+        while (!qb::isErrorPending()) {
+            char byte;
+            const std::span<char> piece =
+                qb::sockets::isPlain(*this) ? takePiece(timeout) : takeByte(*this, byte, timeout);
+            const bool isLast = !piece.empty() && piece.back() == '\n';
+            const std::size_t length = piece.size() - isLast;
+            if (isLast && !collected)
+                return NSString::stringWith(
+                    {piece.data(), withoutReturns(piece.data(), piece.data() + length)});
+            if (piece.empty() || (!collected && !(collected = QBStringOutputStream::init())))
+                break;
+            collected->writeBuffer(piece.data(), static_cast<std::uint32_t>(length));
+            if (isLast)
+                break;
+        }
+    } catch (...) {
+        if (const NSString *const line = collected ? collected->targetString() : nullptr)
+            putBack(line->view().data(), collected->byteCounter());
+        throw;
     }
-    return collected ? collected->targetString() : NSString::string();
+    const NSString *const line = collected ? collected->targetString() : nullptr;
+    return line ? line->stringByReplacingOccurrencesOfString("\r"_ns, nullptr) : NSString::string();
 }

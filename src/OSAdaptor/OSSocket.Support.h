@@ -26,6 +26,8 @@ inline bool isPlain(const OSSocket &socket) {
 /// Raises 100207 with the socket.
 void raiseReceiveError(int line, std::int32_t socket);
 
+/// Whether there is a callback to be asked.
+bool hasCallback();
 /// Whether an operation without a time-out must wait by `waitFor` first, so that the callback is asked.
 bool isToBeWaitedFor(std::int32_t socket);
 /// Waits until something is ready, and asks the callback in between. Returns how many descriptors are ready;
@@ -34,6 +36,9 @@ bool isToBeWaitedFor(std::int32_t socket);
 ///
 /// A closed descriptor is one, EBADF, and has POLLNVAL in its `revents`.
 int waitFor(std::span<pollfd> descriptors, const sys::Deadline &deadline);
+
+/// Lets operations on the descriptor answer at once. Returns whether they do.
+bool makeNonBlocking(std::int32_t socket);
 
 /// Sends all of the bytes, in as many sends as it takes. Returns false when one has failed.
 bool sendAll(OSSocket *socket, const char *bytes, std::size_t length);

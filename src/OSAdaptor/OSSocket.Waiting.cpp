@@ -40,6 +40,10 @@ bool hasNoDescriptor(std::span<pollfd> descriptors) {
 
 } // namespace
 
+bool qb::sockets::hasCallback() {
+    return mayContinue != nullptr;
+}
+
 bool qb::sockets::isToBeWaitedFor(std::int32_t socket) {
     return mayContinue && (sys::fcntl(socket, F_GETFL) & O_NONBLOCK) == 0;
 }

@@ -95,10 +95,16 @@ BOOL OSSocket::setSockOptWithLevel(std::int32_t level, std::int32_t optionName, 
     return NO;
 }
 
+bool qb::sockets::makeNonBlocking(std::int32_t socket) {
+    const int flags = sys::fcntl(socket, F_GETFL);
+    return flags >= 0 && sys::fcntl(socket, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
 BOOL OSSocket::setNonBlocking() {
-    const int flags = sys::fcntl(socketHandle_, F_GETFL);
-    if (flags >= 0 && sys::fcntl(socketHandle_, F_SETFL, flags | O_NONBLOCK) == 0)
+    if (qb::sockets::makeNonBlocking(socketHandle_)) {
+        waiting_ = Waiting::never;
         return YES;
+    }
     qb::raiseError(kFile, __LINE__, qb::kErrorCannotSetSocketMode, socketHandle_, errorDescription());
     return NO;
 }

@@ -151,6 +151,14 @@ pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal) noexce
         Call::waitpid, [&] { return ::waitpid(process, status, options); }, nullptr, onSignal);
 }
 
+bool isChild(pid_t process) noexcept {
+    siginfo_t end;
+    const auto look = [&] {
+        return ::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOHANG | WNOWAIT);
+    };
+    return attempt(Call::waitpid, look) == 0 || errno != ECHILD;
+}
+
 int kill(pid_t process, int signal) noexcept {
     return attempt(Call::kill, [&] { return ::kill(process, signal); });
 }
@@ -207,10 +215,14 @@ ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t lengt
     ::sigemptyset(&pipe);
     ::sigaddset(&pipe, SIGPIPE);
     ::sigprocmask(SIG_BLOCK, &pipe, &before);
+    // What was pending already is the caller's; it can only be where the caller blocks it.
+    sigset_t pending;
+    const bool wasPending = ::sigismember(&before, SIGPIPE) == 1 && ::sigpending(&pending) == 0 &&
+                            ::sigismember(&pending, SIGPIPE) == 1;
     const ssize_t result = sys::write(descriptor, buffer, length, onSignal);
     const int error = errno;
     const timespec atOnce{};
-    if (result < 0 && error == EPIPE && ::sigismember(&before, SIGPIPE) == 0)
+    if (result < 0 && error == EPIPE && !wasPending)
         ::sigtimedwait(&pipe, nullptr, &atOnce);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     errno = error;

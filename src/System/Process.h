@@ -35,6 +35,8 @@ int execvp(const char *file, char *const arguments[]) noexcept;
 void closeOthersOnExec() noexcept;
 /// Waits for a child; returns its id, 0 with WNOHANG while it runs.
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal = OnSignal::repeat) noexcept;
+/// Returns whether the process is a child that was not waited for, or the system won't tell.
+bool isChild(pid_t process) noexcept;
 /// Sends a signal; 0 only tests.
 int kill(pid_t process, int signal) noexcept;
 /// Stores a read end and a write end, both close-on-exec, neither of them 0, 1 or 2.

@@ -1,5 +1,6 @@
 #include "support/PoolFixture.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -59,6 +60,25 @@ TEST_F(OSPipeTest, TransfersAreWhatTheSystemAnswers) {
     pipe->closeReadHandle();
     EXPECT_EQ(pipe->write("a", 1), -1); // and no signal
     EXPECT_EQ(errno, EPIPE);
+}
+
+TEST_F(OSPipeTest, SignalsThatTheCallerHoldsBackStayAsTheyWere) {
+    sigset_t blocked, before, pending;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGPIPE);
+    ::sigprocmask(SIG_BLOCK, &blocked, &before);
+    OSPipe *const pipe = OSPipe::pipe();
+    pipe->closeReadHandle();
+    for (const int isPending : {0, 1}) {
+        if (isPending)
+            ::raise(SIGPIPE);
+        EXPECT_EQ(pipe->write("a", 1), -1);
+        ::sigpending(&pending);
+        EXPECT_EQ(::sigismember(&pending, SIGPIPE), isPending);
+    }
+    const timespec atOnce{};
+    ::sigtimedwait(&blocked, nullptr, &atOnce);
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
 }
 
 TEST_F(OSPipeTest, StreamsReadWriteAndClose) {

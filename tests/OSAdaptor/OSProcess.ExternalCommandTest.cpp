@@ -15,10 +15,12 @@ static int freeDescriptor() {
 }
 
 TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
+    using namespace std::string_view_literals;
     const int before = freeDescriptor();
     run("echo fine >&2");
     run("kill -9 $$"); // counts as success
     expectError(100227, "sh 3 ", [] { run("exit 3"); });
+    expectError(100227, "sh 4 a\0b"sv, [] { run("printf 'a\\0b' >&2; exit 4"); });
     const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
     expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
     EXPECT_EQ(freeDescriptor(), before); // without a pool of its own

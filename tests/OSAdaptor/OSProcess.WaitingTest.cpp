@@ -74,11 +74,24 @@ TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
     EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
 }
 
+TEST_F(OSProcessWaitingTest, CopiesOfTheParentCannotWaitButSignal) {
+    OSProcess *const process = sleeper();
+    const ChildEnd end = runInChild([&] {
+        const BOOL waits = process->waitForProcessDoHang(YES) != -1;
+        process->sendTermSignal();
+        ::_exit(waits ? 1 : 5);
+    });
+    EXPECT_EQ(end.status, 5);
+    int status = 0;
+    ::waitpid(process->pid(), &status, 0);
+    EXPECT_EQ(status, SIGTERM);
+}
+
 TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
     const auto wait = &OSProcess::waitForProcesses;
     OSProcess *const slow = sleeper();
     OSProcess *const quick = start("exit 1");
-    const pid_t stranger = start("exit 2")->pid();
+    OSProcess *const unlisted = start("exit 2");
     EXPECT_EQ(wait(NSArray::arrayWith({slow, quick}), 30, NO), 1);
     const CallCounter counter;
     EXPECT_FALSE(quick->isRunning());
@@ -91,8 +104,11 @@ TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
     OSProcess *const last = start("exit 17");
     EXPECT_EQ(wait(NSArray::arrayWith({last, slow}), 30, YES), 1);
     EXPECT_EQ(wait(NSArray::arrayWith({last, slow}), 30, YES), -1); // there is no child any more
-    EXPECT_EQ(::waitpid(stranger, nullptr, WNOHANG), -1);
+    EXPECT_EQ(::waitpid(unlisted->pid(), nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
+    const CallCounter later;
+    EXPECT_FALSE(unlisted->isRunning());
+    EXPECT_EQ(later.calls(Call::kill), 0u);
 }
 
 TEST_F(OSProcessWaitingTest, ProcessesAreEqualByTheirIds) {

@@ -24,6 +24,23 @@ struct OSSocketReceivingTest : PoolFixture {
     const SocketPair pair_;
 };
 
+/// A socket that changes what it receives.
+struct Shouting : OSSocket {
+    static Class *cls() {
+        static Class *const self = new Class("Shouting", OSSocket::cls(), {}, qb::construct<Shouting>);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+
+    std::int32_t bufferedReceiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
+                                           BOOL performPeek) override {
+        const std::int32_t count = OSSocket::bufferedReceiveWithBuffer(buffer, length, timeout, performPeek);
+        for (std::int32_t index = 0; index < count; ++index)
+            static_cast<char *>(buffer)[index] &= '\xDF';
+        return count;
+    }
+};
+
 TEST_F(OSSocketReceivingTest, ReadsDeliverWhatThereIsUpToTheEnd) {
     pair_.feed("abcd");
     pair_.peer->close();
@@ -92,6 +109,38 @@ TEST_F(OSSocketReceivingTest, PendingErrorsEndReadsAndBytesStay) {
     EXPECT_EQ(line(), "bc");
 }
 
+TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
+    const std::string text = std::string(70'000, 'x') + "\ry", all = text + "z\n";
+    const auto length = static_cast<std::uint32_t>(all.size());
+    const std::function<std::size_t()> rows[] = {
+        [&] { return read(length).size() - 2; }, // "-1"
+        [&] { return std::size_t{pair_.client->readBytes(length)->length()}; },
+        [&] { return line().size() + 1; }, // and the return
+    };
+    for (const auto &act : rows) {
+        pair_.feed(text);
+        std::size_t delivered = 0;
+        {
+            const ErrorExpectation error(100207);
+            const Fault fault(Call::recv, /*skip=*/2, /*times=*/1, EIO);
+            delivered = act();
+            EXPECT_EQ(delivered, &act == rows ? 0 : text.size());
+        }
+        pair_.feed("z\n");
+        EXPECT_TRUE(
+            read(length - static_cast<std::uint32_t>(delivered), 100).ends_with(all.substr(delivered)));
+        OSSocket::registerContinueBlockingOperationCallback([]() -> BOOL { throw NSException("A", "b"); });
+        pair_.feed(text);
+        {
+            const Fault fault(Call::poll, /*skip=*/2, /*times=*/1, EINTR);
+            EXPECT_THROW(act(), NSException);
+        }
+        OSSocket::registerContinueBlockingOperationCallback(nullptr);
+        pair_.feed("z\n");
+        EXPECT_TRUE(read(length, 100).ends_with(" " + all));
+    }
+}
+
 TEST_F(OSSocketReceivingTest, LinesEndAtLineFeedsAndLoseCarriageReturns) {
     pair_.feed("one\r\n\n\rt\rwo\r\r\nthree");
     EXPECT_EQ(line(), "one");
@@ -101,6 +150,14 @@ TEST_F(OSSocketReceivingTest, LinesEndAtLineFeedsAndLoseCarriageReturns) {
     pair_.peer->writeLine("four"_ns);
     pair_.peer->writeLine(nullptr);
     EXPECT_EQ(peek(8), "8 four\r\n\r\n");
+}
+
+TEST_F(OSSocketReceivingTest, LinesAreReadAsASubclassDeliversThem) {
+    const Ref<OSSocket> client = OSSocket::initClientSocketWithName(pair_.server->socketName());
+    auto *const socket =
+        send<OSSocket *>(Shouting::cls(), "acceptSocketFromListener:"_sel, pair_.server.get());
+    client->writeLine("loud"_ns);
+    EXPECT_EQ(describe(socket->readLine()), "LOUD");
 }
 
 // --- Streams ---

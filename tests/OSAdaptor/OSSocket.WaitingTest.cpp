@@ -1,6 +1,7 @@
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 
 constexpr int kPatience = 3;
@@ -135,4 +136,27 @@ TEST_F(OSSocketWaitingTest, WaitingGoesOnAsLongAsTheCallbackSays) {
     pair_.client->setNonBlocking();
     EXPECT_EQ(interrupted(1, [&] { return receive(0); }), 0);
     EXPECT_EQ(questions, 0);
+}
+
+TEST_F(OSSocketWaitingTest, OtherProcessesMayBeFasterThanAWait) {
+    char bytes[2];
+    const auto receive = [&] { return pair_.client->receiveWithBuffer(bytes, 2, /*timeout=*/1000, NO); };
+    pair_.feed("a");
+    {
+        const Fault fault(Call::recv, 0, 1, EAGAIN);
+        EXPECT_EQ(receive(), 1);
+    }
+    const int two = 2; // for which the system would block
+    pair_.client->setSockOptWithLevel(SOL_SOCKET, SO_RCVLOWAT, &two, sizeof two);
+    pair_.feed("b");
+    EXPECT_EQ(receive(), 1);
+    const SocketPair shared;
+    ::fcntl(shared.server->socketHandle(), F_SETFL, O_RDWR | O_NONBLOCK); // by one that waits already
+    registerAnswer(NO);
+    EXPECT_EQ(OSSocket::acceptSocketFromListener(shared.server), nullptr);
+    EXPECT_EQ(questions, 1);
+    const Ref<OSSocket> client = OSSocket::initClientSocketWithName(pair_.server->socketName());
+    const Fault fault(Call::accept, 0, 1, EAGAIN);
+    EXPECT_TRUE(OSSocket::acceptSocketFromListener(pair_.server));
+    EXPECT_TRUE(::fcntl(pair_.server->socketHandle(), F_GETFL) & O_NONBLOCK);
 }

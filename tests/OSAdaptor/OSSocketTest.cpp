@@ -64,6 +64,11 @@ TEST_F(OSSocketTest, NamesOfUnixSocketsAreChecked) {
     expectError(100066, "", makeClient(tooLong));
     expectError(100090, describe(withNul) + " 0 Invalid argument", makeClient(withNul));
     expectError(100064, describe(tree) + " Address already in use", makeServer(tree));
+    for (const auto &[error, number, text] : {std::tuple(EACCES, 100203, "Permission denied"),
+                                              std::tuple(ENOENT, 100064, "Address already in use")}) {
+        const Fault fault(Call::unlink, /*skip=*/0, /*times=*/1, error);
+        expectError(number, describe(path(longest)) + " " + text, makeServer(path(longest)));
+    }
     EXPECT_TRUE(directory_.has("tree/file")); // a directory isn't replaced
     EXPECT_NE(describe(OSSocket::makeNameForSocket()), describe(OSSocket::makeNameForSocket()));
 }

@@ -146,7 +146,8 @@ public:
     /// without a handler, the process ends with exit status 0: at once, so that what streams have buffered is
     /// lost and no exit function runs. A program that wants those sets a flag and answers NO.
     ///
-    /// A signal that comes while the handler runs is dropped. Raises the fatal error 130004 (signal's name,
+    /// Another of these signals that comes while the handler runs is dropped; the same one is held back, and
+    /// calls the handler afterwards. Raises the fatal error 130004 (signal's name,
     /// system text) when that can't be installed; nothing is then.
     static void registerTerminationHandler(BOOL (*handler)(int));
     /// Lets SIGUSR1 and SIGUSR2 call `handler` with the signal's number; otherwise as
@@ -196,6 +197,7 @@ private:
     bool signal(int number) const;
 
     std::int32_t processHandle_ = 0; // 0 only in an object that was never set up
+    std::int32_t starter_ = 0;       // the process that has started it, of which this may be a copy
     bool isChild_ = false;           // started, and not waited for to its end
 };
 

@@ -6,6 +6,7 @@
 #include <QBFoundation/OSAdaptor/OSObject.h>
 
 #include <cstdint>
+#include <span>
 #include <sys/select.h>
 
 class NSArray;
@@ -148,15 +149,15 @@ public:
     /// peek. After a peek that met the end or the time-out, further peeks find only what the buffer holds,
     /// and the next read that needs more tells of the end once; the one after it tries the socket again.
     /// Returns -1 when an error is pending after bytes were received, be it one from before; they stay in the
-    /// buffer.
+    /// buffer, with those that had come before them. So they do when the callback throws.
     virtual std::int32_t bufferedReceiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
                                                    BOOL performPeek);
     /// Copies what the socket's buffer holds, up to `length` bytes, to `buffer` from `offset` on (0 for a
     /// negative one); takes them unless `performPeek`. Returns how many there are.
     virtual std::int32_t _copyBytesFromInternalBufferIntoBuffer(void *buffer, std::uint32_t length,
                                                                 std::int32_t offset, BOOL performPeek);
-    /// Returns `count` bytes, fewer at the end and at the time-out, as `bufferedReceiveWithBuffer:…` delivers
-    /// them; empty data for none.
+    /// Returns `count` bytes, fewer at the end, at the time-out and after an error, as
+    /// `bufferedReceiveWithBuffer:…` delivers them; empty data for none.
     NSData *readBytes(std::uint32_t count) { return readBytes(count, /*withTimeout=*/0); }
     virtual NSData *readBytes(std::uint32_t count, std::int64_t withTimeout);
     /// Returns the bytes up to the next line feed, which is taken, too, without carriage returns.
@@ -232,6 +233,9 @@ public:
     /// its time, NO ends it as a time-out does. Without a callback an interruption ends receiving and
     /// selecting so, and accepting goes on. A signal handler that sets a flag and a callback that returns it
     /// stop a server within that time. The callback must leave the socket alone that waits; it may throw.
+    ///
+    /// The descriptor of a listener that has waited so answers at once from then on, in all processes that
+    /// share it; `acceptSocketFromListener:` waits as before, unless `setNonBlocking` was asked for.
     static void registerContinueBlockingOperationCallback(OSContinueBlockingOperationCallback callback);
 
     /// Does nothing on this system.
@@ -250,7 +254,8 @@ protected:
 private:
     BOOL startListening(const char *selector, const char *traceFormat);
     BOOL setServerOptions();
-    bool waitForInput(std::int64_t timeout);
+    bool waitsForConnections();
+    int acceptNext();
     std::int32_t bufferedCount() const { return numberOfBytesInBuffer_ - currentPositionInBuffer_; }
     void traceBuffer(const char *format, std::int32_t count, std::int32_t limit) const;
     std::int32_t receive(void *buffer, std::uint32_t length, std::int64_t timeout, BOOL performPeek);
@@ -258,6 +263,8 @@ private:
     std::int32_t fillBuffer(std::int64_t timeout);
     std::int32_t peek(char *buffer, std::uint32_t length, std::int64_t timeout);
     std::int32_t take(char *buffer, std::uint32_t length, std::int64_t timeout);
+    void putBack(const void *bytes, std::uint32_t count);
+    std::span<char> takePiece(std::int64_t timeout);
 
     std::int32_t socketHandle_ = -1;
     std::int32_t type_ = kUnix;
@@ -266,6 +273,7 @@ private:
     std::int32_t currentPositionInBuffer_ = 0;
     std::int32_t numberOfBytesInBuffer_ = 0;
     BOOL isEofReached_ = NO; // the last peek has met the end or the time-out
+    enum class Waiting : std::uint8_t { asDescriptor, never, byPolling } waiting_ = Waiting::asDescriptor;
     Ref<NSString> socketName_;
 };
 
