@@ -281,6 +281,10 @@ BOOL NSArray::isEqual(id other) const {
     return other && qb::areContainersEqual(self(), other);
 }
 
+std::uint32_t NSArray::hash() const {
+    return qb::hashOfContainer(self());
+}
+
 NSString *NSArray::description() const {
     std::string text;
     qb::appendPropertyListText(text, self());
