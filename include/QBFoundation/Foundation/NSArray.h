@@ -311,6 +311,8 @@ protected:
     static void requireRange(const NSArray *array, NSRange range, const char *selector);
 
 private:
+    class ReverseEnumerator;
+
     static Ref<NSArray> makeShort(std::span<const id> elements);
 };
 
