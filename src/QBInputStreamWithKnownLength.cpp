@@ -66,6 +66,8 @@ void QBInputStreamWithKnownLength::reset() {
 
 BOOL QBInputStreamWithKnownLength::providesSameDataAs(QBInputStreamWithKnownLength *other) {
     const Ref<QBInputStream> kept(other); // whatever reading does to its owner
+    if (other == this)
+        return reset(), YES;
     if (!other || byteLength() != other->byteLength())
         return NO;
     const std::unique_ptr<void, Release> chunks(qb::sys::allocate(2 * std::size_t{kChunkLength}));

@@ -146,7 +146,10 @@ NSString *NSString::utf8SubstringFromIndex(std::int32_t index, std::int32_t leng
     if (start.isMalformed)
         return string();
     const Walk end = walkOver(view(), start.offset, length);
-    return end.isMalformed ? string() : stringWith(view().substr(start.offset, end.offset - start.offset));
+    if (end.isMalformed)
+        return string();
+    const std::size_t bytes = end.offset - start.offset;
+    return bytes == view().size() ? unchanged() : stringWith(view().substr(start.offset, bytes));
 }
 
 std::int32_t NSString::indexOfFirstCorruptUtf8Character() const {

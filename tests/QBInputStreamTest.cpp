@@ -145,6 +145,8 @@ TEST_F(QBInputStreamTest, ContentsAreCompared) {
         EXPECT_EQ(data->providesSameDataAs(text), isEqual);
         EXPECT_EQ(data->readByte(), one[0]); // back at the start
         EXPECT_EQ(text->readByte(), other[0]);
+        EXPECT_TRUE(text->providesSameDataAs(text));
+        EXPECT_EQ(text->readByte(), other[0]);
     }
 }
 

@@ -148,7 +148,7 @@ TEST_F(QBPropertyListOutputStreamTest, ContainersStayWhileTheirElementsAreWritte
     meddler->list = outer.get();
     QBDataOutputStream *const stream = QBDataOutputStream::stream();
     fill(/*withEnumerator=*/true);
-    stream->writeObject(outer);
+    EXPECT_THROW(stream->writeObject(outer), InvalidUseOfMethodException);
     EXPECT_TRUE(stream->targetData()->isEqual(NSData::dataWithBytes("meddled withx", 13)));
     fill(/*withEnumerator=*/true);
     EXPECT_NO_THROW(QBPropertyListOutputStream::stream()->writeObject(outer)); // the list ends early

@@ -27,7 +27,9 @@ TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(1, 2)), "\xC3\xA9\xF0\x9F\x98\x80");
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(-5, 2)), "a\xC3\xA9");
     EXPECT_EQ(describe(text->utf8SubstringFromIndex(0, -1)), "");
-    EXPECT_EQ(describe(string("\xC3\xA9z")->utf8SubstringFromIndex(1, 100)), "z");
+    NSString *const two = string("\xC3\xA9z");
+    EXPECT_EQ(describe(two->utf8SubstringFromIndex(1, 100)), "z");
+    EXPECT_EQ(two->utf8SubstringFromIndex(0, 2), two);
 }
 
 TEST_F(QBStringUTF8ConversionTest, SubstringOfMalformedTextIsEmptyAndItsErrorStandsBehindEarlierOnes) {

@@ -17,7 +17,10 @@ class NSEnumerator;
 ///
 /// A concrete stream has one primitive, `_writeBuffer`, which every other operation ends in; callers use
 /// `writeBuffer`. A subclass may also override `writeByte`, `flush`, `close`, `reset` and `writeObject`, and
-/// the operations for single types, which is how it changes their rendering.
+/// the operations for single types, which is how it changes their rendering. Single bytes (`putByte`,
+/// `writeNL`, `writeSpace`, `writeTab`) end in `writeByte`, which `QBFileOutputStream`, `QBMD5OutputStream`
+/// and `QBValidCharFilter` answer without `_writeBuffer`; a subclass of these that is to see all overrides
+/// both.
 ///
 /// Lists and dictionaries are written up to `kDeepestNesting` levels deep, because each level takes some
 /// stack. One that is deeper raises 900003 (depth) and is left out, and so is what was still to come of the

@@ -11,8 +11,7 @@ namespace qb {
 
 /// Goes over what a collection's own iterator yields; `pick` makes the object of a step.
 ///
-/// The end is looked for before the iterator moves on, so that a collection that changes behind its last
-/// element is no error.
+/// A collection that changes after nil was returned is no error.
 template <class Collection, auto pick>
 class CollectionEnumerator final : public NSEnumerator {
 public:
@@ -20,18 +19,21 @@ public:
         : collection_(collection), next_(collection->begin()) {}
 
     id nextObject() override {
+        if (isAtEnd_)
+            return nullptr;
         if (!hasBegun_)
             next_ = collection_->begin();
-        else if (next_ != collection_->end())
+        else
             ++next_;
         hasBegun_ = true;
-        return next_ != collection_->end() ? pick(*next_) : nullptr;
+        isAtEnd_ = next_ == collection_->end();
+        return isAtEnd_ ? nullptr : pick(*next_);
     }
 
 private:
     Ref<Collection> collection_;
     decltype(std::declval<Collection>().begin()) next_;
-    bool hasBegun_ = false;
+    bool hasBegun_ = false, isAtEnd_ = false;
 };
 
 /// Returns an enumerator, autoreleased.

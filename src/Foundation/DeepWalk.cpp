@@ -5,6 +5,11 @@
 #include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include "Foundation/Kept.h"
+#include "Foundation/PlainClasses.h"
+#include "Text/Hash.h"
+
+#include <algorithm>
 #include <bit>
 #include <vector>
 
@@ -184,6 +189,50 @@ private:
     std::vector<Pair> open_; // the outermost first
 };
 
+// As many elements at each end of an array, and as many entries of a table, count for the hash: the whole of
+// what is usual as a key or as a row of a list.
+constexpr std::uint32_t kHashedAtEachEnd = 8;
+constexpr std::uint32_t kMostHashedEntries = 32;
+
+std::uint32_t hashOfElement(id element) {
+    if (!element)
+        return 0;
+    if (isPlainString(element))
+        return static_cast<NSString *>(element)->ownHash();
+    const ContainerKind kind = containerKindOf(element);
+    return kind == ContainerKind::none ? element->hash() : countOf(element, kind);
+}
+
+// The elements' own operations may change the container: each is kept while it is asked, and what is gone
+// then does not count.
+
+std::uint32_t hashOfArray(const NSArray *array) {
+    const std::uint32_t count = array->count();
+    const std::uint32_t passedOver = count - std::min(count, 2 * kHashedAtEachEnd);
+    std::uint32_t hash = count;
+    for (std::uint32_t i = 0; i < 2 * kHashedAtEachEnd; ++i) {
+        const std::uint32_t index = i < kHashedAtEachEnd ? i : i + passedOver;
+        if (index >= std::min(count, array->count()))
+            break;
+        const Kept element(array->view()[index]);
+        hash = text::hashPair(hash, hashOfElement(element.get()));
+    }
+    return hash;
+}
+
+// A sum, because equal tables may have their entries in different orders.
+std::uint32_t hashOfTable(const HashTable &table) {
+    if (table.count() > kMostHashedEntries)
+        return table.count();
+    std::uint32_t sum = table.count();
+    for (std::uint32_t i = 0; table.begin() + i < table.end(); ++i) {
+        const Kept key(table.begin()[i].key), value(table.begin()[i].value);
+        if (key.get())
+            sum += text::hashPair(hashOfElement(key.get()), hashOfElement(value.get()));
+    }
+    return sum;
+}
+
 } // namespace
 
 ContainerKind containerKindOf(id object) {
@@ -197,6 +246,13 @@ ContainerKind containerKindOf(id object) {
 
 bool areContainersEqual(id a, id b) {
     return a == b || EqualityWalk().run(a, b);
+}
+
+std::uint32_t hashOfContainer(id container) {
+    const Kept kept(container); // whatever its elements' own operations do
+    const ContainerKind kind = containerKindOf(container);
+    return kind == ContainerKind::array ? hashOfArray(static_cast<NSArray *>(container))
+                                        : hashOfTable(tableOf(container, kind));
 }
 
 } // namespace qb

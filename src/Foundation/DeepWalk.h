@@ -22,6 +22,12 @@ ContainerKind containerKindOf(id object);
 /// Throws std::bad_alloc.
 bool areContainersEqual(id a, id b);
 
+/// Returns the hash of a container: what `hash` of the containers does. Equal containers have equal hashes.
+///
+/// It takes a bounded time: of a long array the first and the last elements count, of a table with many
+/// entries none, and of a container inside another one only how many elements it has.
+std::uint32_t hashOfContainer(id container);
+
 } // namespace qb
 
 #endif

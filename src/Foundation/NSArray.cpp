@@ -245,23 +245,33 @@ std::uint32_t NSArray::indexOfObjectIdenticalTo(id object, NSRange inRange) cons
 
 // --- Enumeration ---
 
-namespace {
-
 // Goes from the last element to the first.
-class ReverseEnumerator final : public NSEnumerator {
+class NSArray::ReverseEnumerator final : public NSEnumerator {
 public:
-    explicit ReverseEnumerator(NSArray *array) : array_(array), left_(array->count()) {}
+    explicit ReverseEnumerator(NSArray *array) : array_(array) {}
+
     id nextObject() override {
-        left_ = std::min(left_, array_->count()); // the array may have become shorter
-        return left_ ? array_->objectAtIndex(--left_) : nullptr;
+        if (!hasBegun_)
+            begin();
+        if (isAtEnd_)
+            return nullptr;
+        if (array_->mutations_ != mutations_)
+            throwMutated();
+        isAtEnd_ = left_ == 0;
+        return isAtEnd_ ? nullptr : array_->objectAtIndex(--left_);
     }
 
 private:
-    Ref<NSArray> array_;
-    std::uint32_t left_;
-};
+    void begin() {
+        hasBegun_ = true;
+        left_ = array_->count();
+        mutations_ = array_->mutations_;
+    }
 
-} // namespace
+    Ref<NSArray> array_;
+    std::uint32_t left_ = 0, mutations_ = 0;
+    bool hasBegun_ = false, isAtEnd_ = false;
+};
 
 NSEnumerator *NSArray::objectEnumerator() const {
     return qb::enumeratorOf<NSArray, &qb::elementItself>(this);
@@ -279,6 +289,10 @@ BOOL NSArray::isEqualToArray(NSArray *other) const {
 
 BOOL NSArray::isEqual(id other) const {
     return other && qb::areContainersEqual(self(), other);
+}
+
+std::uint32_t NSArray::hash() const {
+    return qb::hashOfContainer(self());
 }
 
 NSString *NSArray::description() const {

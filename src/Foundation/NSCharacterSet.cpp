@@ -269,25 +269,33 @@ bool NSCharacterSet::isListed(std::uint32_t character) const {
     return behind != ranges_.begin() && NSLocationInRange(character, behind[-1]);
 }
 
-/// Sets that were made alike are equal at once; others are compared character by character.
 BOOL NSCharacterSet::isEqual(id other) const {
     const auto *const set = qb::castOrNil<NSCharacterSet>(other);
     if (!set || ascii_ != set->ascii_)
         return NO;
-    if (kind_ == set->kind_ && isInverted_ == set->isInverted_ && ranges_ == set->ranges_)
-        return YES;
-    for (std::uint32_t character = 128; character <= kFirstMalformed; ++character)
-        if (longCharacterIsMember(character) != set->longCharacterIsMember(character))
-            return NO;
-    return YES;
+    const bool areMadeAlike =
+        kind_ == set->kind_ && isInverted_ == set->isInverted_ && ranges_ == set->ranges_;
+    return areMadeAlike || edgesOf(*this) == edgesOf(*set);
 }
 
 BOOL NSCharacterSet::isSupersetOfSet(NSCharacterSet *other) const {
     return !other || combined(edgesOf(*this), edgesOf(*other), isOnlyInSecond).empty();
 }
 
+std::uint32_t NSCharacterSet::hashOfEdges() const {
+    const Edges edges = edgesOf(*this);
+    return qb::text::hashBytes(reinterpret_cast<const char *>(edges.data()), edges.size() * sizeof edges[0]);
+}
+
+// All characters must be looked through for the edges of a class, which is done once.
 std::uint32_t NSCharacterSet::hash() const {
-    return qb::text::hashBytes(reinterpret_cast<const char *>(ascii_.data()), sizeof ascii_);
+    static constinit std::uint32_t hashes[kKinds][2]{}; // 0: not known
+    if (kind_ == Kind::listed)
+        return hashOfEdges();
+    std::uint32_t &known = hashes[static_cast<std::size_t>(kind_)][isInverted_];
+    if (known == 0)
+        known = hashOfEdges();
+    return known;
 }
 
 BOOL NSCharacterSet::longCharacterIsMember(std::uint32_t character) const {

@@ -165,7 +165,11 @@ NSTimeInterval NSDate::timeIntervalSinceDate(NSDate *other) const {
 }
 
 NSDate *NSDate::addTimeInterval(NSTimeInterval seconds) const {
-    return dateWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate() + seconds);
+    const Ref<NSObject> object = classObject()->construct();
+    auto *const date = static_cast<NSDate *>(object.get());
+    const NSTimeInterval interval = timeIntervalSinceReferenceDate() + seconds;
+    return date->setUpWithTimeIntervalSinceReferenceDate(interval) ? Ref<NSDate>(date).autorelease()
+                                                                   : nullptr;
 }
 
 NSDate *NSDate::dateWith(TimePoint point) {

@@ -243,6 +243,10 @@ BOOL NSDictionary::isEqual(id other) const {
     return other && qb::areContainersEqual(self(), other);
 }
 
+std::uint32_t NSDictionary::hash() const {
+    return qb::hashOfContainer(self());
+}
+
 NSString *NSDictionary::description() const {
     std::string text;
     qb::appendPropertyListText(text, self());

@@ -209,6 +209,10 @@ NSSet *NSSet::setByAddingObjectsFromArray(NSArray *other) const {
 
 // --- Values ---
 
+std::uint32_t NSSet::hash() const {
+    return qb::hashOfContainer(self());
+}
+
 NSString *NSSet::description() const {
     std::string text;
     qb::appendPropertyListText(text, self());

@@ -174,9 +174,12 @@ NSString *NSString::stringByReplacingSubstring(NSString *substring, NSString *wi
 
 NSString *NSString::stringByReplacingCharactersInRange(NSRange range, NSString *withString) const {
     const std::string_view piece = viewOfRange(range, "stringByReplacingCharactersInRange:withString:");
+    const std::string_view replacement = viewOrEmpty(withString);
+    if (piece == replacement)
+        return unchanged();
     const auto from = static_cast<std::size_t>(piece.data() - bytes_);
     std::string result(view().substr(0, from));
-    qb::text::append(result, viewOrEmpty(withString));
+    qb::text::append(result, replacement);
     qb::text::append(result, view().substr(from + piece.size()));
     return stringWith(result);
 }

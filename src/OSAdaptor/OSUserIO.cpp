@@ -39,9 +39,10 @@ bool convertAll(iconv_t handle, std::string_view text, std::string &converted) {
         const bool isDone = sys::iconv(handle, &input, &inputLeft, &output, &outputLeft) != kFailed;
         const int error = isDone ? 0 : errno;
         converted.append(buffer, static_cast<std::size_t>(output - buffer));
-        if (isDone || error == EINVAL) // an incomplete character at the end
+        // An incomplete character at the end; or a handle that leaves characters out, which it tells then.
+        if (isDone || error == EINVAL || (error == EILSEQ && inputLeft == 0))
             return true;
-        if (error == EILSEQ && inputLeft > 0) {
+        if (error == EILSEQ) {
             converted += *input++;
             --inputLeft;
         } else if (error != E2BIG) {

@@ -39,6 +39,11 @@ inline std::uint32_t hashWord(std::uint64_t word, std::size_t length) {
     return detail::finished(detail::mixed(length * detail::kThird, word));
 }
 
+/// Returns the hash of a pair of values that have those hashes.
+inline std::uint32_t hashPair(std::uint32_t first, std::uint32_t second) {
+    return hashWord(std::uint64_t{first} << 32 | second, sizeof(std::uint64_t));
+}
+
 /// Returns a hash of the `length` bytes, the same on every machine and in every run.
 ///
 /// Every bit of the text reaches every bit of the result. It is made for tables of strings and gives no

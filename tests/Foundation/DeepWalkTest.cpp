@@ -3,6 +3,9 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
+#include <QBFoundation/QBNil.h>
+
+#include <set>
 #include <tuple>
 
 using DeepWalkTest = PoolFixture;
@@ -64,6 +67,59 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
 }
 
+TEST_F(DeepWalkTest, DifferentContainersDifferInTheirHashes) {
+    constexpr std::size_t kMany = 1000;
+    using Make = id (*)(id number);
+    const std::pair<const char *, Make> rows[] = {
+        {"array", [](id number) -> id { return NSArray::arrayWithObjects("x"_ns, number); }},
+        {"order", [](id number) -> id { return NSArray::arrayWithObjects(number, "x"_ns); }},
+        {"values",
+         [](id number) -> id {
+             return NSDictionary::dictionaryWith({{"id"_ns, number}});
+         }},
+        {"keys",
+         [](id number) -> id {
+             return NSDictionary::dictionaryWith({{number, "x"_ns}});
+         }},
+        {"set", [](id number) -> id { return NSSet::setWithObjects("x"_ns, number); }},
+    };
+    std::set<std::uint32_t> hashes;
+    std::size_t expected = 0;
+    for (const auto &[name, make] : rows) {
+        for (std::size_t i = 0; i < kMany; ++i)
+            hashes.insert(make(NSNumber::numberWithInt(static_cast<int>(i)))->hash());
+        EXPECT_GE(hashes.size(), expected += kMany - 10) << name;
+    }
+}
+
+TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
+    const auto list = [](std::uint32_t count, id last) {
+        NSMutableArray *const array = NSMutableArray::array();
+        while (array->count() < count)
+            array->addObject(QBNil::value());
+        array->addObject(last);
+        return array;
+    };
+    const auto first = Ref<FirstArray>::adopt(new FirstArray);
+    first->setArray(list(3, NSNumber::numberWithDouble(7)));
+    const id seven = NSNumber::numberWithInt(7),
+             inner = NSDictionary::dictionaryWith({{"a"_ns, first.get()}});
+    const id key = NSMutableString::stringWith("a");
+    const std::tuple<id, id> rows[] = {
+        {list(3, seven)->copy().autorelease(), first.get()},
+        {list(50, seven), list(50, NSNumber::numberWithLongLong(7))},
+        {NSArray::arrayWithObjects("a"_ns, list(3, seven)), NSArray::arrayWithObjects(key, first.get())},
+        {NSSet::setWithObjects("a"_ns, seven), NSMutableSet::setWithObjects(seven, key)},
+        {NSDictionary::dictionaryWith({{"a"_ns, seven}, {"b"_ns, list(3, seven)}}),
+         NSMutableDictionary::dictionaryWith({{"b"_ns, first.get()}, {key, seven}})},
+        {NSDictionary::dictionaryWith({{"a"_ns, list(3, seven)}}), inner},
+    };
+    for (const auto &[a, b] : rows) {
+        EXPECT_TRUE(a->isEqual(b)) << *a;
+        EXPECT_EQ(a->hash(), b->hash()) << *a;
+    }
+}
+
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
     // An array that is equal to others when their first elements are.
     struct FirstArray : NSMutableArray {
@@ -110,8 +166,11 @@ TEST_F(DeepWalkTest, ContainersThatHoldThemselvesAreComparedToAnEnd) {
         array->removeAllObjects();
 }
 
-TEST_F(DeepWalkTest, ComparisonsMayTakeNestedContainersOut) {
+TEST_F(DeepWalkTest, HashesAndComparisonsMayTakeNestedContainersOut) {
     meddle([](auto &it, auto &other) { it.array->isEqual(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->isEqual(other.dictionary); });
     meddle([](auto &it, auto &other) { it.set->isEqual(other.set); });
+    meddle([](auto &, auto &other) { other.array->hash(); });
+    meddle([](auto &, auto &other) { other.dictionary->hash(); });
+    meddle([](auto &, auto &other) { other.set->hash(); });
 }

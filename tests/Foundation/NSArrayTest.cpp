@@ -170,7 +170,7 @@ TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {
     EXPECT_EQ(joined(array), "cz");
 }
 
-TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangesDoWhileEnumerating) {
+TEST_F(NSArrayTest, NilAndWrongIndexesThrow) {
     NSMutableArray *const array = letters("ab");
     EXPECT_THROW(array->addObject(nullptr), InvalidArgumentException);
     EXPECT_THROW(array->removeObjectAtIndex(2), NSRangeException);
@@ -179,11 +179,37 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrowAndChangesDoWhileEnumerating) {
     array->exchangeObjectAtIndex(0, 1);
     array->replaceObjectsInRange(NSMakeRange(1, 0), letters("xyz"), NSMakeRange(1, 2));
     EXPECT_EQ(joined(array), "byza");
-    NSEnumerator *const enumerator = array->objectEnumerator();
-    enumerator->nextObject();
-    array->addObject("c"_ns);
-    EXPECT_REASON(enumerator->nextObject(),
-                  "NSArray nextObject must have an array that was not changed meanwhile.");
+}
+
+TEST_F(NSArrayTest, EnumerationsNoticeWhatComesAndLeavesUntilTheirEnd) {
+    using Change = void (*)(NSMutableArray * array);
+    const std::tuple<const char *, Change, const char *, const char *> rows[] = {
+        {"add", [](NSMutableArray *array) { array->addObject("x"_ns); }, nullptr, nullptr},
+        {"remove last", [](NSMutableArray *array) { array->removeLastObject(); }, nullptr, nullptr},
+        {"remove all", [](NSMutableArray *array) { array->removeAllObjects(); }, nullptr, nullptr},
+        {"sort", [](NSMutableArray *array) { array->sortUsingSelector("compare:"_sel); }, nullptr, nullptr},
+        {"replace", [](NSMutableArray *array) { array->replaceObjectAtIndex(1, "x"_ns); }, "(x, c)",
+         "(x, a)"},
+        {"exchange", [](NSMutableArray *array) { array->exchangeObjectAtIndex(0, 2); }, "(b, a)", "(b, c)"},
+    };
+    constexpr const char *kReason = "NSArray nextObject must have an array that was not changed meanwhile.";
+    for (const auto &[name, change, ahead, back] : rows)
+        for (const bool isReverse : {false, true})
+            for (const int steps : {1, 3, 4}) {
+                SCOPED_TRACE(std::string(name) + std::to_string(steps));
+                const char *const rest = isReverse ? back : ahead;
+                NSMutableArray *const array = letters("abc");
+                NSEnumerator *const it =
+                    isReverse ? array->reverseObjectEnumerator() : array->objectEnumerator();
+                for (int i = 0; i < steps; ++i)
+                    it->nextObject();
+                change(array);
+                if (steps < 4 && !rest) {
+                    EXPECT_REASON(it->nextObject(), kReason);
+                } else {
+                    EXPECT_EQ(describe(it->allObjects()), steps == 1 ? rest : "()");
+                }
+            }
 }
 
 TEST_F(NSArrayTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {

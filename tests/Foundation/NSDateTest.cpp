@@ -20,6 +20,27 @@ TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
                   "NSDate initWithTimeIntervalSinceReferenceDate: must have an interval that is a number.");
 }
 
+TEST_F(NSDateTest, LaterDatesAreOfTheReceiversClassAndMadeByItsInitialiser) {
+    class WholeDate : public NSDate {
+    public:
+        static Class *cls() {
+            static Class *const self = new Class("WholeDate", NSDate::cls(), {}, qb::construct<WholeDate>);
+            return self;
+        }
+        Class *classObject() const override { return cls(); }
+
+    protected:
+        BOOL setUpWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) override {
+            return seconds >= 0 && NSDate::setUpWithTimeIntervalSinceReferenceDate(std::floor(seconds));
+        }
+    };
+    const id date = send(WholeDate::cls(), "dateWithTimeIntervalSinceReferenceDate:"_sel, 2.0);
+    NSDate *const later = static_cast<NSDate *>(date)->addTimeInterval(1.5);
+    EXPECT_TRUE(later->isMemberOfClass(WholeDate::cls()));
+    EXPECT_EQ(later->timeIntervalSinceReferenceDate(), 3);
+    EXPECT_EQ(later->addTimeInterval(-4), nullptr);
+}
+
 TEST_F(NSDateTest, DescriptionsAreInGmtAndReadBack) {
     NSDate *const date = NSDate::dateWithTimeIntervalSinceReferenceDate(-0.001);
     EXPECT_EQ(date->description()->view(), "2000-12-31 23:59:59 +0000");

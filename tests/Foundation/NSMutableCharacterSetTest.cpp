@@ -1,5 +1,7 @@
 #include "support/PoolFixture.h"
 
+#include <set>
+
 using NSMutableCharacterSetTest = PoolFixture;
 
 TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
@@ -27,6 +29,21 @@ TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     set->formIntersectionWithCharacterSet(nullptr);
     EXPECT_TRUE(holds(""_ns));
     EXPECT_THROW(set->addCharactersInRange({0x10FFFF, 2}), InvalidArgumentException);
+}
+
+TEST_F(NSMutableCharacterSetTest, EqualSetsHaveOneHashAndOthersTheirOwn) {
+    std::set<std::uint32_t> hashes;
+    for (std::uint32_t first = 0x400; first < 0x800; ++first)
+        hashes.insert(NSCharacterSet::characterSetWithRange({first, 3})->hash());
+    EXPECT_GE(hashes.size(), 1020u);
+    const auto made = NSMutableCharacterSet::init();
+    made->addCharactersInRange({'\n', 4});
+    made->addCharactersInString("\u0085\u2028\u2029"_ns);
+    NSCharacterSet *const lineEnds = NSCharacterSet::newlineCharacterSet();
+    EXPECT_TRUE(made->isEqual(lineEnds) && made->hash() == lineEnds->hash());
+    made->invert();
+    EXPECT_TRUE(made->isEqual(lineEnds->invertedSet()) && made->hash() == lineEnds->invertedSet()->hash());
+    EXPECT_FALSE(made->isEqual(lineEnds) || made->hash() == lineEnds->hash());
 }
 
 TEST_F(NSMutableCharacterSetTest, SetsAreSupersetsOfTheirParts) {

@@ -111,6 +111,7 @@ TEST_F(NSStringSearchingTest, NilIsRefusedOrNothingAndPiecesMayBeFew) {
     NSString *const text = "abc"_ns;
     EXPECT_REASON(text->hasPrefix(nullptr), "NSString hasPrefix: must have an argument that is not nil.");
     EXPECT_EQ(text->stringByAppendingString(nullptr), text);
+    EXPECT_EQ(text->stringByReplacingCharactersInRange({1, 0}, nullptr), text);
     EXPECT_EQ(text->stringByAppendingFormat("-%d"_ns, 1)->view(), "abc-1");
     const auto split = [](NSString *whole, std::uint32_t count) {
         return describe(send<id>(whole, "componentsSeparatedByString:count:"_sel, "."_ns, count));

@@ -159,6 +159,15 @@ TEST_F(NSStringTest, RepresentationsAreThoseOfPropertyListsAndLegalNamesHaveLowL
     EXPECT_EQ("A-b.9ß_"_ns->asLegalNameString()->view(), "A_b_9___");
 }
 
+TEST_F(NSStringTest, UnionsReachFromTheFirstStartToTheLastEndAndNeverWrap) {
+    const std::tuple<NSRange, NSRange, NSRange> rows[] = {
+        {{5, 0}, {1, 2}, {1, 4}},
+        {{2, 3}, {4, 4}, {2, 6}},
+        {{0, UINT32_MAX}, {UINT32_MAX, 5}, {0, UINT32_MAX}}};
+    for (const auto &[a, b, expected] : rows)
+        EXPECT_EQ(NSUnionRange(a, b), expected) << expected.length;
+}
+
 TEST_F(NSStringTest, RangesAsText) {
     EXPECT_EQ(NSStringFromRange({3, UINT32_MAX})->view(), "{3, 4294967295}");
     static const std::pair<const char *, NSRange> kRows[] = {{"{3, 4}", {3, 4}},

@@ -6,6 +6,7 @@ const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
 const iconv_t kLatin = ::iconv_open("ISO-8859-1", "UTF-8"); // stays open
 const iconv_t kShifting = ::iconv_open("UTF-7", "UTF-8");
+const iconv_t kIgnoring = ::iconv_open("ISO-8859-1//IGNORE", "UTF-8");
 
 // Texts are printed as UTF-8 unless a test says otherwise.
 struct OSUserIOTest : ServicesFixture {
@@ -51,6 +52,7 @@ TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
     for (const auto &[text, expected] : rows)
         EXPECT_EQ(converted(kLatin, text), expected);
     EXPECT_EQ(converted(kShifting, "\xC3\xBC"), "+APw-"); // back in the first state
+    EXPECT_EQ(converted(kIgnoring, "a\xC3\xA9\xE2\x82\xAC"), "a\xE9");
 }
 
 TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {

@@ -158,12 +158,15 @@ public:
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToArray(NSArray *other) const;
-    std::uint32_t hash() const override { return count_; }
+    /// Of a long array the first and the last eight elements count, and of containers among them only how
+    /// many elements they have.
+    std::uint32_t hash() const override;
 
     // --- QBArrayAdditions: sets ---
 
     // Elements count as the same when they are equal (`isEqual:`, `hash`); of those the first one is
-    // returned. Takes time in proportion to the number of elements.
+    // returned. Takes time in proportion to the number of elements, as long as few different ones have the
+    // same hash.
 
     /// Returns the different elements in their order.
     virtual NSMutableArray *uniqueArray() const;
@@ -308,6 +311,8 @@ protected:
     static void requireRange(const NSArray *array, NSRange range, const char *selector);
 
 private:
+    class ReverseEnumerator;
+
     static Ref<NSArray> makeShort(std::span<const id> elements);
 };
 

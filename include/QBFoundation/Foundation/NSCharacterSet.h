@@ -123,6 +123,7 @@ private:
     static NSCharacterSet *shared(Kind kind);
     static Edges others(const Edges &edges);
     bool isListed(std::uint32_t character) const;
+    std::uint32_t hashOfEdges() const;
     void learnAscii();
 
     std::array<std::uint64_t, 2> ascii_{}; // of the first 128 characters, inversion included

@@ -84,7 +84,8 @@ public:
     virtual NSTimeInterval timeIntervalSinceNow() const;
     /// Returns the seconds from `other` to the receiver. Throws InvalidArgumentException when `other` is nil.
     virtual NSTimeInterval timeIntervalSinceDate(NSDate *other) const;
-    /// Returns the instant `seconds` later, of the receiver's class, autoreleased.
+    /// Returns the instant `seconds` later, of the receiver's class, autoreleased. Throws
+    /// InvalidUseOfMethodException when that class has no constructor.
     virtual NSDate *addTimeInterval(NSTimeInterval seconds) const;
     /// The instant on the C++ library's clock; the clock's first or last point when it is beyond its range.
     TimePoint timePoint() const;

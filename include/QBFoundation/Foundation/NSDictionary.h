@@ -254,7 +254,9 @@ public:
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToDictionary(NSDictionary *other) const;
-    std::uint32_t hash() const override { return count(); }
+    /// The entries count when there are at most 32, and of containers among them only how many elements they
+    /// have.
+    std::uint32_t hash() const override;
 
     // --- Files ---
 

@@ -9,8 +9,10 @@ class QBEnumFilter;
 
 /// Yields objects one after the other, then nil for ever. Subclasses override `nextObject`.
 ///
-/// The enumerators of collections retain their collection. `nextObject` of them throws
-/// InvalidUseOfMethodException when the collection was changed since the enumeration began.
+/// The enumerators of collections retain their collection. Until it has returned nil, `nextObject` of them
+/// throws InvalidUseOfMethodException when objects or keys came to the collection or left it, or an array was
+/// sorted, since its first call. Another object in the place of one is no such change: `nextObject` returns
+/// what stands there then.
 class QB_EXPORT NSEnumerator : public NSObject {
 public:
     static Class *cls();

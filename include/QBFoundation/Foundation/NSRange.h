@@ -46,10 +46,12 @@ constexpr NSRange NSIntersectionRange(NSRange a, NSRange b) {
     return {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end - start)};
 }
 
-/// The smallest range that holds all places of both.
+/// The smallest range that reaches from the start of either to the end of either, also when one of them is
+/// empty; 2^32 - 1 places at most.
 constexpr NSRange NSUnionRange(NSRange a, NSRange b) {
     const std::uint32_t start = std::min(a.location, b.location);
-    return {start, static_cast<std::uint32_t>(std::max(NSMaxRange(a), NSMaxRange(b)) - start)};
+    const std::uint64_t length = std::max(NSMaxRange(a), NSMaxRange(b)) - start;
+    return {start, static_cast<std::uint32_t>(std::min<std::uint64_t>(length, UINT32_MAX))};
 }
 
 /// Returns "{location, length}", autoreleased.

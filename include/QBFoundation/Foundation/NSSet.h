@@ -75,7 +75,9 @@ public:
     virtual BOOL isSubsetOfSet(NSSet *other) const;
     /// Whether the sets have an element in common.
     virtual BOOL intersectsSet(NSSet *other) const;
-    std::uint32_t hash() const override { return count(); }
+    /// The elements count when there are at most 32, and of containers among them only how many elements they
+    /// have.
+    std::uint32_t hash() const override;
 
     // --- Further sets ---
 
