@@ -49,7 +49,9 @@ function(qb_add_library_targets)
     qb_set_warnings(qb_objects)
     target_include_directories(qb_objects PRIVATE ${PROJECT_SOURCE_DIR}/src)
     target_compile_options(qb_objects PRIVATE -fno-semantic-interposition)
-    target_compile_definitions(qb_objects PRIVATE $<$<BOOL:${QB_FAULT_INJECTION}>:QB_FAULT_INJECTION>)
+    target_compile_definitions(qb_objects PRIVATE
+        QB_MAKES_LIBRARY_CLASSES
+        $<$<BOOL:${QB_FAULT_INJECTION}>:QB_FAULT_INJECTION>)
     set_target_properties(qb_objects PROPERTIES
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden

@@ -15,22 +15,41 @@
 #include <string>
 #include <vector>
 
-NSString *const NSFileType = "NSFileType"_ns;
-NSString *const NSFileSize = "NSFileSize"_ns;
-NSString *const NSFileModificationDate = "NSFileModificationDate"_ns;
-NSString *const NSFilePosixPermissions = "NSFilePosixPermissions"_ns;
-NSString *const NSFileReferenceCount = "NSFileReferenceCount"_ns;
-NSString *const NSFileOwnerAccountID = "NSFileOwnerAccountID"_ns;
-NSString *const NSFileGroupOwnerAccountID = "NSFileGroupOwnerAccountID"_ns;
-NSString *const NSFileSystemNumber = "NSFileSystemNumber"_ns;
-NSString *const NSFileSystemFileNumber = "NSFileSystemFileNumber"_ns;
-NSString *const NSFileTypeRegular = "NSFileTypeRegular"_ns;
-NSString *const NSFileTypeDirectory = "NSFileTypeDirectory"_ns;
-NSString *const NSFileTypeSymbolicLink = "NSFileTypeSymbolicLink"_ns;
-NSString *const NSFileTypeSocket = "NSFileTypeSocket"_ns;
-NSString *const NSFileTypePipe = "NSFileTypePipe"_ns;
-NSString *const NSFileTypeCharacterSpecial = "NSFileTypeCharacterSpecial"_ns;
-NSString *const NSFileTypeBlockSpecial = "NSFileTypeBlockSpecial"_ns;
+namespace {
+
+// Initialisers of static objects need the constants, which must neither be made first nor end.
+class Constant final : public NSString {
+public:
+    constexpr explicit Constant(std::string_view text) noexcept : NSString(text) { makeImmortal(); }
+};
+
+union Kept {
+    constexpr explicit Kept(std::string_view text) : string(text) {}
+    ~Kept() {}
+    Constant string;
+};
+
+template <qb::FixedString Text>
+constinit Kept kept(Text.view());
+
+} // namespace
+
+constinit NSString *const NSFileType = &kept<"NSFileType">.string;
+constinit NSString *const NSFileSize = &kept<"NSFileSize">.string;
+constinit NSString *const NSFileModificationDate = &kept<"NSFileModificationDate">.string;
+constinit NSString *const NSFilePosixPermissions = &kept<"NSFilePosixPermissions">.string;
+constinit NSString *const NSFileReferenceCount = &kept<"NSFileReferenceCount">.string;
+constinit NSString *const NSFileOwnerAccountID = &kept<"NSFileOwnerAccountID">.string;
+constinit NSString *const NSFileGroupOwnerAccountID = &kept<"NSFileGroupOwnerAccountID">.string;
+constinit NSString *const NSFileSystemNumber = &kept<"NSFileSystemNumber">.string;
+constinit NSString *const NSFileSystemFileNumber = &kept<"NSFileSystemFileNumber">.string;
+constinit NSString *const NSFileTypeRegular = &kept<"NSFileTypeRegular">.string;
+constinit NSString *const NSFileTypeDirectory = &kept<"NSFileTypeDirectory">.string;
+constinit NSString *const NSFileTypeSymbolicLink = &kept<"NSFileTypeSymbolicLink">.string;
+constinit NSString *const NSFileTypeSocket = &kept<"NSFileTypeSocket">.string;
+constinit NSString *const NSFileTypePipe = &kept<"NSFileTypePipe">.string;
+constinit NSString *const NSFileTypeCharacterSpecial = &kept<"NSFileTypeCharacterSpecial">.string;
+constinit NSString *const NSFileTypeBlockSpecial = &kept<"NSFileTypeBlockSpecial">.string;
 
 namespace {
 

@@ -289,6 +289,10 @@ NSString *NSNumber::descriptionWithLocale(NSDictionary *) const {
 
 Class *NSLongLongNumber::cls() {
     static const qb::Method methods[] = {
+        qb::maker<"numberWithLong:">(&NSLongLongNumber::setUpWithLongLong),
+        qb::maker<"numberWithUnsignedLong:">(&NSLongLongNumber::setUpWithUnsignedLongLong),
+        qb::initialiser<"initWithLong:">(&NSLongLongNumber::setUpWithLongLong),
+        qb::initialiser<"initWithUnsignedLong:">(&NSLongLongNumber::setUpWithUnsignedLongLong),
         qb::maker<"numberWithLongLong:">(&NSLongLongNumber::setUpWithLongLong),
         qb::maker<"numberWithUnsignedLongLong:">(&NSLongLongNumber::setUpWithUnsignedLongLong),
         qb::initialiser<"initWithLongLong:">(&NSLongLongNumber::setUpWithLongLong),

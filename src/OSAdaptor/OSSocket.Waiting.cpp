@@ -141,13 +141,17 @@ NSArray *OSSocket::selectSockets(NSArray *sockets, std::int32_t activation, std:
     return ready;
 }
 
-std::int32_t OSSocket::selectWithMaxSocket(std::int32_t maxSocket, fd_set *readfds, fd_set *writefds,
-                                           fd_set *exceptfds, timeval *timeVal) {
+std::int32_t OSSocket::selectForTime(std::int32_t maxSocket, fd_set *readfds, fd_set *writefds,
+                                     fd_set *exceptfds, Time *time) {
     const bool fits = maxSocket < FD_SETSIZE;
     if (!fits)
         errno = EINVAL; // the kernel would read, and write, behind the sets
-    const int ready =
-        fits ? sys::select(maxSocket + 1, readfds, writefds, exceptfds, timeVal, sys::OnSignal::report) : -1;
+    timeval left = time ? timeval{time->seconds, time->microseconds} : timeval{};
+    const int ready = fits ? sys::select(maxSocket + 1, readfds, writefds, exceptfds, time ? &left : nullptr,
+                                         sys::OnSignal::report)
+                           : -1;
+    if (time)
+        *time = {left.tv_sec, left.tv_usec};
     if (ready < 0 && errno != EINTR)
         qb::sockets::raiseReceiveError(__LINE__, maxSocket);
     return ready;

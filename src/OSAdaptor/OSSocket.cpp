@@ -67,7 +67,7 @@ Class *OSSocket::cls() {
         qb::method<"getOutputStream">(&OSSocket::getOutputStream),
         qb::classMethod<"selectSockets:activation:timeoutSecs:timeoutMilliSecs:">(&OSSocket::selectSockets),
         qb::classMethod<"selectWithMaxSocket:readfds:writefds:exceptfds:timeVal:">(
-            &OSSocket::selectWithMaxSocket),
+            &OSSocket::selectWithMaxSocket<>),
         qb::classMethod<"registerContinueBlockingOperationCallback:">(
             &OSSocket::registerContinueBlockingOperationCallback),
         qb::classMethod<"startup">(&OSSocket::startup),

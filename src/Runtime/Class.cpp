@@ -41,14 +41,14 @@ Class *Class::cls() {
 }
 
 Class::Class(const char *name, Class *superclass, const qb::MethodTables &methods, qb::Construct constructor,
-             std::initializer_list<const char *> protocols)
+             std::initializer_list<const char *> protocols, qb::ClassMaker maker)
     : name_(name), superclass_(superclass), construct_(constructor), protocols_(protocols),
       instanceCache_(std::make_unique<qb::MethodCache>()), classCache_(std::make_unique<qb::MethodCache>()) {
     makeImmortal();
     for (const auto &table : methods)
         for (const qb::Method &method : table)
             join(method);
-    qb::enterClass(this);
+    qb::enterClass(this, maker);
 }
 
 Class::~Class() = default;
@@ -119,7 +119,9 @@ void Class::addMethod(const qb::Method &method) {
     const std::string place = std::string(name_) + " addMethod: ";
     if (!method.selector())
         throw InvalidArgumentException(place + "must have a selector that is not null.");
-    if (instancesRespondToSelector(method.selector()))
+    const bool isAnswered = method.isClassMethod() ? respondsToSelector(method.selector())
+                                                   : instancesRespondToSelector(method.selector());
+    if (isAnswered)
         throw InvalidArgumentException(place + "must have a selector that the class does not answer yet.");
     const std::size_t named = method.parameterCount() - (method.hasVariableValues() ? 1U : 0U);
     if (method.selector()->colons() != named && method.selector()->colons() != method.parameterCount())
@@ -143,11 +145,12 @@ NSString *Protocol::name() const {
 
 Protocol *Protocol::named(std::string_view name) {
     static auto &protocols = *new std::map<std::string, Protocol *, std::less<>>;
-    const auto found = protocols.find(name);
-    if (found != protocols.end())
-        return found->second;
-    const auto entry = protocols.emplace(std::string(name), nullptr).first;
-    return entry->second = new Protocol(entry->first);
+    auto entry = protocols.find(name);
+    if (entry == protocols.end())
+        entry = protocols.emplace(std::string(name), nullptr).first;
+    if (!entry->second) // nor was there memory for it before
+        entry->second = new Protocol(entry->first);
+    return entry->second;
 }
 
 SEL NSSelectorFromString(NSString *text) {

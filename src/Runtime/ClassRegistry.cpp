@@ -25,27 +25,11 @@ ClassTable &table() {
 constinit const ClassRegistration *newestRegistration = nullptr;
 constinit const ClassRegistration *newestBuilt = nullptr;
 
-[[noreturn]] void throwNameIsTaken(std::string_view name) {
-    throw InvalidArgumentException("Class " + std::string(name) + " must have a name that is not taken.");
-}
-
 const ListedClass *listedClass(std::string_view name) {
     for (const ListedClass &listed : libraryClasses())
         if (name == listed.name)
             return &listed;
     return nullptr;
-}
-
-// Makes a registered class. The library's classes keep their names, also those that are made later.
-void buildRegisteredClass(const ClassRegistration &registration) {
-    Class *const made = registration.cls();
-    const ListedClass *const listed = listedClass(made->nameView());
-    if (!listed)
-        return;
-    table().erase(made->nameView());
-    if (listed->cls() != made)
-        throwNameIsTaken(made->nameView());
-    table().emplace(made->nameView(), made);
 }
 
 // Makes the registered classes that were not made yet, so that they can be found by their names. One that
@@ -56,7 +40,7 @@ void buildRegisteredClasses() {
     std::exception_ptr failure;
     for (const ClassRegistration *one = newest; one != built; one = one->next)
         try {
-            buildRegisteredClass(*one);
+            one->cls();
         } catch (...) {
             failure = std::current_exception();
         }
@@ -78,9 +62,11 @@ ClassRegistration::ClassRegistration(Class *(*function)()) : cls(function), next
     newestRegistration = this;
 }
 
-void enterClass(Class *cls) {
-    if (!table().emplace(cls->nameView(), cls).second)
-        throwNameIsTaken(cls->nameView());
+void enterClass(Class *cls, ClassMaker maker) {
+    const bool isReserved = maker == ClassMaker::client && listedClass(cls->nameView());
+    if (isReserved || !table().emplace(cls->nameView(), cls).second)
+        throw InvalidArgumentException("Class " + std::string(cls->nameView()) +
+                                       " must have a name that is not taken.");
 }
 
 std::vector<Class *> allClasses() {

@@ -30,8 +30,12 @@ std::string integerName(const Type &type) {
     return (type.isSigned ? "int" : "uint") + std::to_string(type.width) + "_t";
 }
 
+// In front of a pointer's name the word would say that what it points to is constant.
 std::string pointerName(const Type &type) {
-    return (type.isConst ? "const " : "") + demangled(*type.info) + " *";
+    const std::string pointee = demangled(*type.info);
+    if (!type.isConst)
+        return pointee + " *";
+    return pointee.ends_with('*') ? pointee + " const *" : "const " + pointee + " *";
 }
 
 } // namespace

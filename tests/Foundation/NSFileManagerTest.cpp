@@ -5,6 +5,8 @@
 
 using namespace std::string_literals;
 
+static NSString *const typeBeforeMain = NSFileTypeRegular;
+
 struct NSFileManagerTest : DirectoryFixture {
     /// A directory "tree" with a file, a link and a directory with a file in it.
     void makeTree() {
@@ -33,6 +35,7 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     EXPECT_EQ(told->filePosixPermissions(), 0600u);
     EXPECT_EQ(told->fileSize(), 3u);
     EXPECT_EQ(told->fileType(), NSFileTypeRegular);
+    EXPECT_EQ(told->fileType(), typeBeforeMain); // as static objects of a program find it
     EXPECT_TRUE(told->fileModificationDate()->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
     const struct stat info = status("f");
     EXPECT_TRUE(told->fileSystemFileNumber() == info.st_ino && told->fileSystemNumber() == info.st_dev);

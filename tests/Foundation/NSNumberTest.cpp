@@ -8,6 +8,22 @@ using NSNumberTest = PoolFixture;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+struct Wide : NSLongLongNumber {
+    static Class *cls() {
+        static Class *const self = new Class("Wide", NSLongLongNumber::cls(), {}, qb::construct<Wide>);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+};
+
+TEST_F(NSNumberTest, MakersOf64BitsMakeObjectsOfTheClassAsked) {
+    for (const char *selector : {"numberWithLong:", "numberWithUnsignedLongLong:", "numberWithUnsignedLong:",
+                                 "initWithLong:", "initWithUnsignedLongLong:", "initWithUnsignedLong:"}) {
+        const auto made = send<Ref<NSNumber>>(Wide::cls(), Selector::named(selector), 7);
+        EXPECT_TRUE(made->isMemberOfClass(Wide::cls()) && made->intValue() == 7) << selector;
+    }
+}
+
 TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
     const std::tuple<NSNumber *, const char *, const char *> rows[] = {
         {NSNumber::numberWithBool(7), "1", "c"},

@@ -94,15 +94,22 @@ TEST_F(OSSocketWaitingTest, DescriptorsMayBeLargerThanSetsHold) {
 TEST_F(OSSocketWaitingTest, SetsOfDescriptorsAreSelected) {
     const int handle = pair_.client->socketHandle();
     fd_set set;
+    struct {
+        timeval left;
+        std::int64_t behind;
+    } time;
     const auto select = [&] {
         FD_ZERO(&set);
         FD_SET(handle, &set);
-        timeval time{0, 1000};
-        return OSSocket::selectWithMaxSocket(handle, &set, nullptr, nullptr, &time);
+        time = {{0, 1000}, -1};
+        return OSSocket::selectWithMaxSocket(handle, &set, nullptr, nullptr, &time.left);
     };
     EXPECT_EQ(select(), 0);
+    EXPECT_EQ(time.left.tv_usec, 0);
+    EXPECT_EQ(time.behind, -1); // also where times are smaller than the library's
     pair_.feed("a");
     EXPECT_EQ(select(), 1);
+    EXPECT_NE(time.left.tv_usec, 0);
     EXPECT_TRUE(FD_ISSET(handle, &set));
     expectError(100207, std::to_string(FD_SETSIZE), [&] {
         EXPECT_EQ(OSSocket::selectWithMaxSocket(FD_SETSIZE, &set, nullptr, nullptr, nullptr), -1);

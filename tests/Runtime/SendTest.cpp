@@ -125,6 +125,11 @@ TEST_F(SendTest, MethodsAddedAtRunTimeAreFoundAtOnceAndInSubclasses) {
     EXPECT_EQ(send<std::uint32_t>(tally, "countTwice:"_sel, "a"_ns), 6u);
     EXPECT_THROW(QBTally::cls()->addMethod("countTwice:"_sel, &countTwice), InvalidArgumentException);
     EXPECT_THROW(QBTally::cls()->addMethod(nullptr, &countTwice), InvalidArgumentException);
+    if (!SharedTally::cls()->respondsToSelector("allStrings"_sel)) // the class itself; its objects do
+        SharedTally::cls()->addMethod(qb::classMethod<"allStrings">(&NSArray::array));
+    EXPECT_EQ(describe(send(SharedTally::cls(), "allStrings"_sel)), "()");
+    EXPECT_THROW(SharedTally::cls()->addMethod(qb::classMethod<"tallyWithLimit:">(&NSNumber::numberWithInt)),
+                 InvalidArgumentException);
     static int added = 0; // as a repeated test finds it
     qb::forEachMethod(Careless::cls(), [](const qb::Method &method) {
         if (method.owner() == Careless::cls() && added < 100)
@@ -150,7 +155,17 @@ TEST_F(SendTest, TablesListSelectorSignatureAndOwner) {
     EXPECT_THROW(new Class("QBTally", NSObject::cls(), {}), InvalidArgumentException);
 }
 
+TEST_F(SendTest, TypesAreNamedAsTheyAreChecked) {
+    enum class Switch : bool { off, on };
+    EXPECT_EQ(qb::nameOf(qb::typeOf<Switch>()), "bool");
+    EXPECT_EQ(qb::nameOf(qb::typeOf<const void *>()), "const void *");
+    EXPECT_EQ(qb::nameOf(qb::typeOf<const char **>()), "char const* *");
+    EXPECT_EQ(qb::nameOf(qb::typeOf<const char *const *>()), "char const* const *");
+}
+
 TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
+    EXPECT_THROW(new Class("OSTime", NSObject::cls(), {}), InvalidArgumentException);
+    EXPECT_EQ(NSClassFromString("OSTime"_ns), OSTime::cls());
     static const qb::ClassRegistration impostor{[] {
         static Class *const self = new Class("QBCopyShop", NSObject::cls(), {});
         return self;

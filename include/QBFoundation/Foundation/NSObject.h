@@ -248,7 +248,7 @@ protected:
     /// The object as an argument or result; operations that only look at the object are const all the same.
     id self() const { return const_cast<NSObject *>(this); }
     /// Excepts the object from counting: constants, shared instances and objects on the stack.
-    void makeImmortal() noexcept { referenceCount_ = kImmortal; }
+    constexpr void makeImmortal() noexcept { referenceCount_ = kImmortal; }
 
 private:
     static constexpr std::uint32_t kImmortal = 0x80000000U;
@@ -258,7 +258,8 @@ private:
 
 namespace qb {
 
-/// Returns `object` as a `T`; nil when it is nil, of another class, or the null object.
+/// Returns `object` as a `T`; nil when it is nil or of another class, as the null object is for each `T` but
+/// NSObject.
 template <class T>
 T *castOrNil(id object) {
     return object && object->isKindOfClass(T::cls()) ? static_cast<T *>(object) : nullptr;

@@ -539,6 +539,10 @@ protected:
 
     static constexpr std::uint32_t kLongestText = UINT32_MAX - 1;
 
+    /// For constants: `text` is not copied, is there for ever, and has a NUL behind it.
+    constexpr explicit NSString(std::string_view text) noexcept
+        : bytes_(text.data()), byteLength_(static_cast<std::uint32_t>(text.size())) {}
+
 private:
     friend class NSMutableString;
 

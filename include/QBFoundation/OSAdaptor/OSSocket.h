@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/OSAdaptor/OSObject.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <sys/select.h>
@@ -223,8 +224,21 @@ public:
     ///
     /// Returns how many are ready, 0 at the time-out, -1 after an interruption. Raises 100207 (maxSocket),
     /// and returns -1, for failures, among them a descriptor that no set can hold (`FD_SETSIZE` and above).
+    ///
+    /// On 32 bits `_TIME_BITS` decides how large a `timeval` is: this one fits the program that calls it, and
+    /// programs of either kind have a function of their own (`TimeSize`). Who sends the message hands over
+    /// one with times of 64 bits, as the library was built.
+    template <std::size_t TimeSize = sizeof(timeval)>
     static std::int32_t selectWithMaxSocket(std::int32_t maxSocket, fd_set *readfds, fd_set *writefds,
-                                            fd_set *exceptfds, timeval *timeVal);
+                                            fd_set *exceptfds, timeval *timeVal) {
+        if (!timeVal)
+            return selectForTime(maxSocket, readfds, writefds, exceptfds, nullptr);
+        Time time{timeVal->tv_sec, timeVal->tv_usec};
+        const std::int32_t ready = selectForTime(maxSocket, readfds, writefds, exceptfds, &time);
+        timeVal->tv_sec = static_cast<decltype(timeVal->tv_sec)>(time.seconds);
+        timeVal->tv_usec = static_cast<decltype(timeVal->tv_usec)>(time.microseconds);
+        return ready;
+    }
     /// Registers what is asked whether to go on by operations that wait for a peer: accepting, receiving and
     /// selecting sockets, but not connecting and sending. Null: nobody is asked.
     ///
@@ -252,6 +266,13 @@ protected:
     virtual BOOL setUpAcceptSocketFromListener(OSSocket *listener);
 
 private:
+    /// A `timeval` that is the same for every program.
+    struct Time {
+        std::int64_t seconds, microseconds;
+    };
+
+    static std::int32_t selectForTime(std::int32_t maxSocket, fd_set *readfds, fd_set *writefds,
+                                      fd_set *exceptfds, Time *time);
     BOOL startListening(const char *selector, const char *traceFormat);
     BOOL setServerOptions();
     bool waitsForConnections();

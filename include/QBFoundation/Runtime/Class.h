@@ -40,6 +40,14 @@ private:
 
 class MethodCache;
 
+/// Who makes a class. The library's own sources are compiled with QB_MAKES_LIBRARY_CLASSES.
+enum class ClassMaker : bool { client, library };
+#ifdef QB_MAKES_LIBRARY_CLASSES
+constexpr ClassMaker kClassMaker = ClassMaker::library;
+#else
+constexpr ClassMaker kClassMaker = ClassMaker::client;
+#endif
+
 } // namespace qb
 
 /// A class: its name, its superclass and the operations that its objects and the class itself answer.
@@ -48,9 +56,11 @@ class MethodCache;
 class QB_EXPORT Class final : public NSObject {
 public:
     /// `constructor`: null for a class that can't be default-constructed. `protocols`: names of those it
-    /// adopts. Throws InvalidArgumentException when a class of that name exists.
+    /// adopts. Throws InvalidArgumentException when a class of that name exists, and when the library has
+    /// one, also if that was not made yet. `maker` is left out.
     Class(const char *name, Class *superclass, const qb::MethodTables &methods,
-          qb::Construct constructor = nullptr, std::initializer_list<const char *> protocols = {});
+          qb::Construct constructor = nullptr, std::initializer_list<const char *> protocols = {},
+          qb::ClassMaker maker = qb::kClassMaker);
     ~Class() override;
 
     static Class *cls();
@@ -81,8 +91,9 @@ public:
     Ref<NSObject> construct() const;
 
     /// Adds an operation, `R (*)(id self, A…)`, to the class and its subclasses.
-    /// Throws InvalidArgumentException when the class answers the selector already, or the selector has
-    /// another number of colons than the function has arguments.
+    /// Throws InvalidArgumentException when the class's objects, or for a class operation the class itself,
+    /// answer the selector already, or the selector has another number of colons than the function has
+    /// arguments.
     template <class F>
     void addMethod(SEL selector, F *function) {
         addMethod(qb::Method::ofFunction(selector, function));
@@ -131,7 +142,7 @@ void forEachMethod(Class *cls, F &&visit) {
                 visit(method);
 }
 
-/// Calls `visit` with each class of the library, and each registered one, by name.
+/// Returns each class of the library, each registered one and each that was made before, by name.
 QB_EXPORT std::vector<Class *> allClasses();
 
 } // namespace qb

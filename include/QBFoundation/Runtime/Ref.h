@@ -62,9 +62,8 @@ public:
     operator T *() const &noexcept { return object_; }
     operator T *() const && = delete;
 
-    friend bool operator==(const Ref &a, const Ref &b) noexcept { return a.object_ == b.object_; }
-    friend bool operator==(const Ref &a, const T *b) noexcept { return a.object_ == b; }
-    friend bool operator==(const Ref &a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
+    /// Not a distance, as between pointers: then two references in braces would be taken for a range.
+    friend void operator-(const Ref &, const Ref &) = delete;
 
 private:
     void retain() {
@@ -74,5 +73,20 @@ private:
 
     T *object_ = nullptr;
 };
+
+// Templates for any two classes: they take the operands as they are, so that no conversion to a pointer
+// competes.
+template <class T, class U>
+bool operator==(const Ref<T> &a, const Ref<U> &b) noexcept {
+    return a.get() == b.get();
+}
+template <class T, class U>
+bool operator==(const Ref<T> &a, U *b) noexcept {
+    return a.get() == b;
+}
+template <class T>
+bool operator==(const Ref<T> &a, std::nullptr_t) noexcept {
+    return a.get() == nullptr;
+}
 
 #endif

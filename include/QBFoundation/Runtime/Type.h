@@ -146,7 +146,7 @@ constexpr Type makeType() {
     using D = std::decay_t<T>;
     Type type{.kind = kind};
     if constexpr (kind == Kind::integer || kind == Kind::character) {
-        type.width = std::is_same_v<D, bool> ? 1 : sizeof(D) * 8; // not every byte is a bool
+        type.width = std::is_same_v<IntegerOf<D>, bool> ? 1 : sizeof(D) * 8; // not every byte is a bool
         type.isSigned = isSignedInteger<D>();
     } else if constexpr (kind == Kind::real) {
         type.width = sizeof(D) * 8;
