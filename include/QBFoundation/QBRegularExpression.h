@@ -35,8 +35,9 @@ class QBRegularExpressionMatchObject;
 /// not exceed 32. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
-/// match nothing or repeats such a part and has an anchor, as "((^|,)a*)+": the platform would look for their
-/// places for ever. With such a pattern `matches:` works, and searches raise 100229 and find nothing.
+/// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
+/// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
+/// nothing.
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more

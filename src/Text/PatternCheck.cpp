@@ -256,16 +256,16 @@ private:
             fault_ = kRepeatedGroup; // the matcher forgets which of them it was
         else
             level().part = repeated(level().part, interval);
+        if (level().part.hasIdleLoop && PatternCount() < level().part.allAnchors)
+            groupFault_ = kIdleLoop;
     }
 
     /// The loop of a repeat without end.
     PatternShape endless(const PatternShape &part) {
         PatternShape shape = loop(part);
         shape.choices = part.choices;
-        const bool hasAnchors = PatternCount() < part.allAnchors;
-        if (PatternCount(1) < part.ways.through || (hasAnchors && shape.hasIdleLoop))
-            groupFault_ = "its groups can't be found where an endless repeat may match nothing in several "
-                          "ways or beside an anchor";
+        if (PatternCount(1) < part.ways.through)
+            groupFault_ = kIdleLoop;
         if (!isDelimited(simplePart_, rest_)) {
             shape.openEnds = shape.openEnds + 1;
             hasOpenEnd_ = true;
@@ -345,6 +345,9 @@ private:
 
     static constexpr const char *kRepeatedGroup =
         "a group that is referred to is repeated, or stands behind an endless repeat";
+
+    static constexpr const char *kIdleLoop = "its groups can't be found where an endless repeat may match "
+                                             "nothing in several ways or beside an anchor";
 
     std::string_view rest_;
     const References references_;

@@ -29,8 +29,8 @@ struct PatternLimits {
 ///
 /// To find the places of groups the matcher goes once more along what it has found. Where it comes a second
 /// time to a choice without having taken a character, it decides for the other side, and so on for ever when
-/// none of these leads out. So an endless repeat may have one way only to match nothing, and none beside an
-/// anchor, whose loops the compiler copies.
+/// none of these leads out. So an endless repeat may have one way only to match nothing, and none where
+/// it is repeated together with an anchor, for which the compiler copies loops.
 ///
 /// Back references make the matcher try all that a group may be at each place where a reference may stand. So
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless

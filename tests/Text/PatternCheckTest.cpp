@@ -121,6 +121,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"^(a*|b|)*$", kIdle},
         {"(^b|)+", kIdle},
         {"(()*^a)+", kIdle},
+        {"(()*^a){0,2}", kIdle},
     };
     for (const auto &[pattern, fault] : rows)
         EXPECT_EQ(faultOf(pattern), fault) << pattern.substr(0, 40);
