@@ -61,7 +61,7 @@ NSArray *NSArray::caseInsensitiveSortedArrayByKey(NSString *key) const {
     std::vector<Ref<NSObject>> values;
     std::vector<Keyed> sorted;
     for (id element : *elements) {
-        const Ref<NSObject> value = send<id>(element, "objectForKey:"_sel, id{sortKey.key});
+        const Ref<NSObject> value = send<Ref<NSObject>>(element, "objectForKey:"_sel, id{sortKey.key});
         values.emplace_back(IsNil(value) ? nullptr : value.get());
         sorted.push_back({element, values.back()});
     }

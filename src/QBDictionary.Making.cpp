@@ -53,7 +53,7 @@ BOOL NSDictionary::setUpFromAnswers(NSDictionary *dict, NSArray *goodKeys, SEL s
         return YES;
     const Ref<NSDictionary> kept = dict;
     for (const Ref<NSObject> key : *goodKeys)
-        if (const Ref<NSObject> answer = send(dict, selector, key); !IsNil(answer))
+        if (const Ref<NSObject> answer = send<Ref<NSObject>>(dict, selector, key); !IsNil(answer))
             store(key, answer);
     return YES;
 }

@@ -127,10 +127,14 @@ id QBRegularExpression::regularExpressionWithPatternOfClass(Class *asked, NSStri
 
 BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags) {
     const char *const text = checkedString(pattern, "initWithPattern:flags:")->cString();
-    if (const char *const fault = qb::text::patternFault(text, (flags & REG_NEWLINE) != 0, &longestText_)) {
-        qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, fault);
+    const qb::text::PatternLimits limits = qb::text::checkPattern(text, (flags & REG_NEWLINE) != 0);
+    if (limits.fault) {
+        qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, limits.fault);
         return NO;
     }
+    pattern_ = pattern->copy();
+    groupFault_ = limits.groupFault;
+    longestText_ = limits.longestText;
     const int code = qb::sys::regcomp(compiledRegex_, text, flags | REG_EXTENDED);
     isCompiled_ = code == 0;
     if (!isCompiled_)
@@ -153,6 +157,10 @@ bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatc
 QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, std::int32_t fromIndex) const {
     checkedString(string, "search:fromIndex:");
     NSString *const rest = string->substringFromIndex(static_cast<std::uint32_t>(fromIndex));
+    if (groupFault_) {
+        qb::raiseError(kFile, __LINE__, qb::kErrorMalformedPattern, pattern_.get(), groupFault_);
+        return nullptr;
+    }
     std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
     const std::size_t count = compiledRegex_.re_nsub + 1;
     std::fill_n(places.begin(), count, regmatch_t{-1, -1}); // REG_NOSUB leaves them as they are

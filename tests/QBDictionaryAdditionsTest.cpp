@@ -125,6 +125,19 @@ TEST_F(QBDictionaryAdditionsTest, DictionariesAreMadeFromOthers) {
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, keys)), "{b = 2; a = 1; }");
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, words("a x"), "translateKey:"_sel)),
               "{a = 1; x = x; }");
+    struct Minting : NSDictionary {
+        Ref<NSObject> coin = NSMutableArray::init();
+        Ref<NSObject> mint(id) { return coin; }
+        Class *classObject() const override {
+            static const qb::Method methods[] = {qb::method<"mint:">(&Minting::mint)};
+            static Class *const self = new Class("Minting", NSDictionary::cls(), methods);
+            return self;
+        }
+    };
+    const auto minting = Ref<Minting>::adopt(new Minting); // whose answers belong to the caller
+    EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(minting, words("a"), "mint:"_sel)),
+              "{a = (); }");
+    EXPECT_EQ(minting->coin->retainCount(), 2u); // by `minting` and the dictionary
     NSDictionary *const texts = NSDictionary::stringDictFromDict(source, keys);
     EXPECT_EQ(describe(texts), "{b = 2; a = 1; }");
     EXPECT_TRUE(texts->objectForKey("a"_ns)->isKindOfClass(NSString::cls()));

@@ -77,6 +77,11 @@ TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectT
     expectError(qb::kErrorMalformedPattern, "^(.+)-\\1$ too much of it may vary beside back references", [&] {
         EXPECT_EQ(expressionOf("^(.+)-\\1$", REG_NEWLINE), nullptr);
     }); // fine without the flag
+    expectError(qb::kErrorMalformedPattern,
+                "^(a*|b|)*$ its groups can't be found where an endless repeat may match nothing in several "
+                "ways or beside an anchor",
+                [&] { EXPECT_EQ(searched("^(a*|b|)*$", "b"), "nil"); });
+    EXPECT_TRUE("b"_ns->matches("^(a*|b|)*$"_ns)); // for which no groups are needed
     EXPECT_REASON(
         "a"_ns->matches(nullptr),
         "QBRegularExpression regularExpressionWithPattern:flags: must have a string that is not nil.");

@@ -34,6 +34,11 @@ class QBRegularExpressionMatchObject;
 /// the number of branches and of repeats that may but need not go on, times that of back references, must
 /// not exceed 32. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
+/// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
+/// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
+/// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
+/// nothing.
+///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
 /// than 4096 bytes for a pattern in which a group that is referred to has an open end inside, as
@@ -65,7 +70,8 @@ public:
         return qb::init<QBRegularExpression>(&QBRegularExpression::setUpWithPattern, pattern, flags);
     }
 
-    /// Returns the first match, autoreleased; nil when there is none.
+    /// Returns the first match, autoreleased; nil when there is none. Raises 100229 (pattern, what is wrong)
+    /// when the pattern's groups can't be found.
     QBRegularExpressionMatchObject *search(NSString *string) const { return search(string, 0); }
     /// As above, in the rest of the string from a character on, which is the beginning for "^".
     /// Throws NSRangeException when there is no such place in the string.
@@ -84,7 +90,9 @@ private:
 
     regex_t compiledRegex_{};
     bool isCompiled_ = false;
-    std::size_t longestText_ = 0; // bytes that the matcher is given at most
+    Ref<NSString> pattern_;
+    const char *groupFault_ = nullptr; // why groups can't be found
+    std::size_t longestText_ = 0;      // bytes that the matcher is given at most
 };
 
 /// What a search has found: the places of the whole match, group 0, and of the pattern's groups.

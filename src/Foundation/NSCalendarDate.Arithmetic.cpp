@@ -43,7 +43,8 @@ public:
                                  targetFields_.month - startFields_.month;
         take(months_, std::abs(all) - std::abs(years_) * kMonthsPerYear);
     }
-    void takeDays() { take(days_, std::abs(target_ - place()) / qb::calendar::kSecondsPerDay); }
+    // A zone that has moved across the date line has a day more than have passed, or one less.
+    void takeDays() { take(days_, std::abs(target_ - place()) / qb::calendar::kSecondsPerDay + 1); }
 
     std::int64_t years() const { return years_; }
     std::int64_t months() const { return months_; }

@@ -238,7 +238,9 @@ BOOL NSNumber::isEqualToNumber(NSNumber *other) const {
 // Equal numbers of different types have one hash: a whole floating-point number that of its integer.
 std::uint32_t NSNumber::hash() const {
     std::int64_t bits = integer_;
-    if (isReal() && std::floor(real_) == real_ && real_ >= -0x1p63 && real_ < 0x1p63)
+    if (isReal() && std::isnan(real_))
+        bits = 0; // whatever the bits of it, all are equal
+    else if (isReal() && std::floor(real_) == real_ && real_ >= -0x1p63 && real_ < 0x1p63)
         bits = static_cast<std::int64_t>(real_);
     else if (isReal() && real_ >= 0x1p63 && real_ < 0x1p64)
         bits = static_cast<std::int64_t>(static_cast<std::uint64_t>(real_));

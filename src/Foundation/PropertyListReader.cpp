@@ -43,7 +43,7 @@ constexpr auto kEscapedCharacters = [] {
 
 void PropertyListReader::skipByteOrderMark() {
     if (std::string_view(begin_, static_cast<std::size_t>(end_ - begin_)).starts_with(kByteOrderMark))
-        position_ += kByteOrderMark.size();
+        position_ = begin_ += kByteOrderMark.size();
 }
 
 Ref<NSObject> PropertyListReader::read() {
@@ -69,13 +69,17 @@ Ref<NSObject> PropertyListReader::readEntries() {
         if (position_ == end_)
             return takeDictionary(0);
         const char *const start = position_;
-        Ref<NSString> key = readKey();
+        Ref<NSString> key = readKey("a key");
         if (!key || !skipBlanks())
             return nullptr;
-        if (accept(';'))
+        if (position_ == end_ || *position_ == ';')
             addEntry(start, key, key);
         else if (!readEntryValue(start, std::move(key)))
             return nullptr;
+        if (!accept(';') && position_ != end_) {
+            fail("';'");
+            return nullptr;
+        }
     }
 }
 
@@ -182,19 +186,19 @@ Ref<NSObject> PropertyListReader::readArray() {
 
 bool PropertyListReader::readEntry() {
     const char *const start = position_;
-    Ref<NSString> key = readKey();
-    return key && readEntryValue(start, std::move(key));
+    Ref<NSString> key = readKey("a key or '}'");
+    if (!key || !readEntryValue(start, std::move(key)))
+        return false;
+    return accept(';') || (position_ != end_ && *position_ == '}') || fail("';' or '}'");
 }
 
-// Reads the rest of the entry whose key, which begins at `start`, is read.
+// Reads what stands between the key, which begins at `start` and is read, and the end of the entry.
 bool PropertyListReader::readEntryValue(const char *start, Ref<NSString> key) {
     if (!readEqualSign())
         return false;
     Ref<NSObject> value = readValue();
     if (!value || !skipBlanks())
         return false;
-    if (!accept(';') && (position_ == end_ || *position_ != '}'))
-        return fail("';' or '}'");
     addEntry(start, std::move(key), std::move(value));
     return true;
 }
@@ -249,9 +253,9 @@ Ref<NSObject> PropertyListReader::takeDictionary(std::size_t first) {
     return dictionary;
 }
 
-Ref<NSString> PropertyListReader::readKey() {
+Ref<NSString> PropertyListReader::readKey(const char *expected) {
     std::string_view text;
-    if (!readText(text, "a key or '}'"))
+    if (!readText(text, expected))
         return nullptr;
     Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
     if (!shared || shared->cStringLength() != text.size() ||

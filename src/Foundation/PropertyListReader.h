@@ -47,7 +47,7 @@ private:
     Ref<NSObject> readArray();
     Ref<NSObject> readDictionary();
     Ref<NSObject> readData();
-    Ref<NSString> readKey();
+    Ref<NSString> readKey(const char *expected);
     bool readEntry();
     bool readEntryValue(const char *start, Ref<NSString> key);
     void addEntry(const char *start, Ref<NSObject> key, Ref<NSObject> value);
@@ -68,7 +68,7 @@ private:
     bool fail(const char *expected);
     PropertyListFailure failureAt(const char *position, const char *expected) const;
 
-    const char *const begin_;
+    const char *begin_; // behind the byte-order mark
     const char *position_;
     const char *const end_;
     const char *value_ = nullptr; // the beginning of the whole

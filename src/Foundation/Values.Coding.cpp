@@ -312,6 +312,5 @@ BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
         return YES;
     // A system's zone may be known by its rule only, or by a file that no name in an archive leads to.
     const qb::calendar::ZoneRef &system = qb::calendar::systemZone();
-    return setUpWithRules(name->view() == system->name() ? system
-                                                         : qb::calendar::zoneFromRule(name->view()));
+    return setUpWithRules(name->view() == system->name() ? system : qb::calendar::zoneFromRule(name->view()));
 }

@@ -26,6 +26,10 @@ constexpr PairTable kPairs; // "00" to "99"
 
 constexpr std::uint32_t kEightDigits = 100000000;
 
+bool isLetter(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+}
+
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
@@ -92,6 +96,12 @@ std::size_t formatReal(Real value, char *target) {
     return static_cast<std::size_t>(result.ptr - target);
 }
 
+/// Whether a number in letters, up to `next`, is a word of its own, as in "nan" but not in "Nancy" or
+/// "nan(1)".
+bool isWord(const char *next, const char *end) {
+    return next[-1] != ')' && (next == end || (*next != '(' && !isLetter(*next) && !isDigit(*next)));
+}
+
 } // namespace
 
 std::size_t formatInteger(std::uint32_t value, char *target) {
@@ -155,7 +165,7 @@ ParsedDouble parseDouble(const char *position, const char *end) {
         return {0, position};
     double value = 0;
     const auto [next, error] = std::from_chars(number, end, value);
-    if (error == std::errc::invalid_argument)
+    if (error == std::errc::invalid_argument || (isLetter(*number) && !isWord(next, end)))
         return {0, position};
     if (error == std::errc::result_out_of_range)
         value = isTooLarge(number, next) ? std::numeric_limits<double>::infinity() : 0;

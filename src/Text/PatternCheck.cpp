@@ -121,9 +121,9 @@ public:
             isByLines || !pattern.starts_with('^') || (pattern.size() > 1 && std::strchr("*?{+", pattern[1]));
     }
 
-    const char *fault() {
+    PatternLimits limits() {
         if (rest_.size() > kLongestPattern)
-            return "it is too long";
+            return {.fault = "it is too long"};
         while (!rest_.empty() && !fault_)
             takeNext();
         // The compiler has read groups that lack their end, before it refuses them.
@@ -133,10 +133,10 @@ public:
         finishBranch();
         if (!fault_ && references_.areThere())
             checkFreedom();
-        return fault_;
+        return {.fault = fault_,
+                .groupFault = groupCount_ == 0 ? nullptr : groupFault_,
+                .longestText = hasOpenCapture_ ? kLongestForOpenCapture : INT_MAX};
     }
-
-    std::size_t longestText() const { return hasOpenCapture_ ? kLongestForOpenCapture : INT_MAX; }
 
 private:
     /// What stands between a pair of parentheses, or outside of all.
@@ -273,12 +273,16 @@ private:
             fault_ = kRepeatedGroup; // the matcher forgets which of them it was
         else
             level().part = repeated(level().part, interval);
+        if (level().part.hasIdleLoop && PatternCount() < level().part.allAnchors)
+            groupFault_ = kIdleLoop;
     }
 
     /// The loop of a repeat without end.
     PatternShape endless(const PatternShape &part) {
         PatternShape shape = loop(part);
         shape.choices = part.choices;
+        if (PatternCount(1) < part.ways.through)
+            groupFault_ = kIdleLoop;
         if (!isDelimited(simplePart_, rest_)) {
             shape.openEnds = shape.openEnds + 1;
             hasOpenEnd_ = true;
@@ -359,6 +363,9 @@ private:
     static constexpr const char *kRepeatedGroup =
         "a group that is referred to is repeated, or stands behind an endless repeat";
 
+    static constexpr const char *kIdleLoop = "its groups can't be found where an endless repeat may match "
+                                             "nothing in several ways or beside an anchor";
+
     std::string_view rest_;
     const References references_;
     bool beginsAnywhere_;
@@ -369,16 +376,13 @@ private:
     std::size_t groupCount_ = 0;
     unsigned repeatsInRow_ = 0;
     const char *fault_ = nullptr;
+    const char *groupFault_ = nullptr;
 };
 
 } // namespace
 
-const char *patternFault(const char *pattern, bool isByLines, std::size_t *longestText) {
-    PatternScanner scanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}, isByLines);
-    const char *const fault = scanner.fault();
-    if (longestText)
-        *longestText = scanner.longestText();
-    return fault;
+PatternLimits checkPattern(const char *pattern, bool isByLines) {
+    return PatternScanner({pattern, ::strnlen(pattern, kLongestPattern + 1)}, isByLines).limits();
 }
 
 } // namespace qb::text

@@ -12,14 +12,25 @@ inline constexpr std::size_t kLongestPattern = 32768;
 /// The most groups that a pattern may have, so that the positions of all of them fit on the stack.
 inline constexpr std::size_t kMostPatternGroups = 1000;
 
-/// Returns why `pattern`, a POSIX extended regular expression with the additions of the GNU C library, must
-/// not be compiled in the process's character set, as a text like "its groups are nested too deeply"; null
-/// when it may be.
+/// What may be done with a pattern. Its faults are texts like "its groups are nested too deeply", or null.
+struct PatternLimits {
+    const char *fault = nullptr;      // why it must not be compiled
+    const char *groupFault = nullptr; // why nobody must ask for the places of its groups
+    std::size_t longestText = 0;      // bytes that a text may have that is searched
+};
+
+/// Returns what may be done with `pattern`, a POSIX extended regular expression with the additions of the GNU
+/// C library, in the process's character set.
 ///
 /// What it lets pass, well formed or not, the compiler and the matcher work on without coming to the end of a
 /// stack of 256 KiB, and the compiler within some 100 milliseconds and 32 MiB. A pattern that is not well
 /// formed is left to the compiler to report. The check takes time in proportion to the pattern's length, and
 /// recurses nowhere.
+///
+/// To find the places of groups the matcher goes once more along what it has found. Where it comes a second
+/// time to a choice without having taken a character, it decides for the other side, and so on for ever when
+/// none of these leads out. So an endless repeat may have one way only to match nothing, and none where
+/// it is repeated together with an anchor, for which the compiler copies loops.
 ///
 /// Back references make the matcher try all that a group may be at each place where a reference may stand. So
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless
@@ -28,10 +39,10 @@ inline constexpr std::size_t kMostPatternGroups = 1000;
 /// neither be repeated nor stand behind such a repeat, and choices times back references may be 32. What is
 /// left takes some tenths of a second in a text of 4 KiB, and finds the same with groups as without.
 ///
-/// `isByLines`: "^" matches behind each newline. `longestText`, unless null, takes how many bytes a text may
-/// have that is searched: INT_MAX, but 4096 when a group that is referred to has an open end inside, for
-/// which the matcher takes memory in proportion to the square of the text's length.
-const char *patternFault(const char *pattern, bool isByLines = false, std::size_t *longestText = nullptr);
+/// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
+/// that is referred to has an open end inside, for which the matcher takes memory in proportion to the square
+/// of the text's length.
+PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text
 

@@ -34,6 +34,7 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.captures = first.captures + second.captures;
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
+    sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
     return sum;
 }
 
@@ -130,6 +131,7 @@ PatternShape loop(const PatternShape &part) {
     if (part.isNullable)
         shape.loopedAnchors = part.allAnchors;
     shape.leadsToLoop = part.leadsToLoop || part.isNullable;
+    shape.hasIdleLoop = part.hasIdleLoop || part.isNullable;
     return shape;
 }
 

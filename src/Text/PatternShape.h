@@ -57,6 +57,7 @@ struct PatternShape {
     Ways ways;
     bool isNullable = true;   // the end is reached from the beginning
     bool leadsToLoop = false; // a loop that needs no character is reached from the beginning
+    bool hasIdleLoop = false; // one that may be gone through without a character
 };
 
 /// Return the shapes of the simplest parts. Other than these, `PatternShape()` is that of nothing at all.

@@ -92,6 +92,17 @@ TEST_F(DeepWalkTest, DifferentContainersDifferInTheirHashes) {
     }
 }
 
+struct FirstArray : NSMutableArray {
+    BOOL isEqual(id other) const override {
+        auto *const array = qb::castOrNil<NSArray>(other);
+        return array && array->count() && objectAtIndex(0)->isEqual(array->objectAtIndex(0));
+    }
+    Class *classObject() const override {
+        static Class *const self = new Class("FirstArray", NSMutableArray::cls(), {});
+        return self;
+    }
+};
+
 TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
     const auto list = [](std::uint32_t count, id last) {
         NSMutableArray *const array = NSMutableArray::array();
@@ -122,16 +133,6 @@ TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
 
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
     // An array that is equal to others when their first elements are.
-    struct FirstArray : NSMutableArray {
-        BOOL isEqual(id other) const override {
-            auto *const array = qb::castOrNil<NSArray>(other);
-            return array && array->count() && objectAtIndex(0)->isEqual(array->objectAtIndex(0));
-        }
-        Class *classObject() const override {
-            static Class *const self = new Class("FirstArray", NSMutableArray::cls(), {});
-            return self;
-        }
-    };
     const auto chain = [](int depth, id unseen) {
         Ref<NSObject> object = "end"_ns;
         for (int i = 0; i < depth; ++i) {

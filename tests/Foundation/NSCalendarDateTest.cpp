@@ -97,7 +97,14 @@ TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
     EXPECT_EQ(hours, 70); // three days, less half an hour and the hour that the clocks went ahead
     dateIn(berlin(), 2024, 4, 1)
         ->years(nullptr, nullptr, &days, &hours, nullptr, nullptr, dateIn(berlin(), 2024, 3, 31));
-    EXPECT_EQ(days * 100 + hours, 100); // a day, though of 23 hours
+    EXPECT_EQ(days * 100 + hours, 100);                                       // a day, though of 23 hours
+    NSTimeZone *const apia = NSTimeZone::timeZoneWithName("Pacific/Apia"_ns); // which has left out a day
+    start = dateIn(apia, 1976, 2, 2, 18, 55, 5);
+    end = dateIn(apia, 2017, 3, 8, 19, 24, 4);
+    end->years(nullptr, nullptr, &days, &hours, nullptr, nullptr, start);
+    EXPECT_EQ(days * 100 + hours, 15010 * 100);
+    start->years(nullptr, nullptr, &days, &hours, nullptr, nullptr, end);
+    EXPECT_EQ(days * 100 + hours, -15010 * 100);
 
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);

@@ -67,7 +67,7 @@ TEST_F(NSNumberTest, ConversionsCutAsTheyAreStated) {
 TEST_F(NSNumberTest, OrderAndEqualityGoByValueWhateverTheType) {
     // Ascending; the numbers of one row are equal.
     const std::vector<std::vector<NSNumber *>> rows = {
-        {NSNumber::numberWithDouble(kNan), NSNumber::numberWithFloat(NAN)},
+        {NSNumber::numberWithDouble(kNan), NSNumber::numberWithFloat(NAN), NSNumber::numberWithDouble(-kNan)},
         {NSNumber::numberWithDouble(-kInfinity)},
         {NSNumber::numberWithLongLong(INT64_MIN), NSNumber::numberWithDouble(-0x1p63)},
         {NSNumber::numberWithInt(0), NSNumber::numberWithBool(NO), NSNumber::numberWithDouble(-0.0)},

@@ -127,6 +127,10 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
         {"\t1.5\n", "1 1 1 1 1.5 1 NSNumber"},
         {"", "0 0 0 0 0 0 nil"},
         {"nan", "0 0 0 0 nan 0 nil"},
+        {"-Infinity, 1", "0 0 0 0 -inf 0 nil"},
+        {"nan(1)", "0 0 0 0 0 0 nil"},
+        {"Nancy", "0 0 0 0 0 0 nil"},
+        {"inf1", "0 0 0 0 0 0 nil"},
         {"true", "0 0 0 0 0 1 nil"},
         {" +00Y", "0 0 0 0 0 1 nil"},
     };

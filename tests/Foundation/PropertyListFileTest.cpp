@@ -36,14 +36,14 @@ TEST_F(PropertyListFileTest, TooDeepListIsNotWritten) {
 }
 
 TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
-    NSDictionary *const read = "\xEF\xBB\xBF/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y);"_ns
+    NSDictionary *const read = "\xEF\xBB\xBF/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y)"_ns
                                    ->propertyListFromStringsFileFormat();
     EXPECT_EQ(describe(read), "{hello = Guten Tag; a b = a b; list = (x, y); }");
     NSDictionary *const texts =
         NSDictionary::dictionaryWith({{"a b"_ns, "\n"_ns}, {"c"_ns, NSNumber::numberWithInt(5)}});
     EXPECT_EQ(texts->descriptionInStringsFileFormat()->view(), "\"a b\" = \"\\n\";\nc = 5;\n");
     for (const auto &[text, values] :
-         {std::pair("a = 1", "1 6 ';' or '}'"), std::pair("a = 1; }", "1 8 a key or '}'"),
+         {std::pair("a = 1 }", "1 7 ';'"), std::pair("a = 1; }", "1 8 a key"),
           std::pair("a; b; a;", "1 7 a key that does not stand in the dictionary already")}) {
         expectError(900001, values, [text = text] {
             EXPECT_EQ(NSString::stringWith(text)->propertyListFromStringsFileFormat(), nullptr);

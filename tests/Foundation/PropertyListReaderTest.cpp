@@ -54,6 +54,7 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"a\0"sv, "1 2 the end of the text"},
         {"a/*", "1 2 a comment that is closed"},
         {"(a,\n  b c)", "2 5 ',' or ')'"},
+        {"\xEF\xBB\xBF(a b)", "1 4 ',' or ')'"},
         {"{a}", "1 3 '='"},
         {"{a=b c", "1 6 ';' or '}'"},
         {"{ a = 1;\n  b = 2;\n  \"a\" = 3; }", "3 3 a key that does not stand in the dictionary already"},

@@ -71,7 +71,7 @@ TEST(NumbersTest, DoublesHaveTheShortestDigitsInTheLayoutOfPrintf) {
 TEST(NumbersTest, NumbersAreReadAsTheCLibraryReadsThem) {
     Random random;
     const std::string pieces[] = {
-        "0", "1", "25", "9223372036854775807", ".", "-", "+", "e", ",", "E-", "e30", " ", "inf", "\n\v"};
+        "0", "1", "25", "9223372036854775807", ".", "-", "+", "e", ",", "E-", "e30", " ", "inf,", "\n\v"};
     for (int i = 0; i < 50000; ++i) {
         const std::string source = randomText(random, random.below(25), pieces);
         const char *const text = source.c_str();

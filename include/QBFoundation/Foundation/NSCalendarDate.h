@@ -66,8 +66,8 @@ public:
     /// text does not fit it, or names a zone that does not exist.
     ///
     /// Blanks in the format match any blanks or none, names are read in any case, short or long, and numbers
-    /// may have fewer digits. What the text leaves out is that of 1 January of the current year, midnight, in
-    /// the default zone.
+    /// may have fewer digits. Weekdays and %G and %V are read but decide nothing. What the text leaves out is
+    /// that of 1 January of the current year, midnight, in the default zone.
     static Ref<NSCalendarDate> initWithString(NSString *text, NSString *calendarFormat) {
         return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithStringFormat, text, calendarFormat);
     }

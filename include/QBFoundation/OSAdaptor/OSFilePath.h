@@ -102,8 +102,8 @@ public:
     static NSString *getcwd();
     /// Returns the paths that match the pattern, in the system's order; an empty array when there is none.
     ///
-    /// A directory that may not be read has none. Raises 100156, and 100240 (pattern, system text) when reading
-    /// one fails otherwise.
+    /// A directory that may not be read has none. Raises 100156, and 100240 (pattern, system text) when
+    /// reading one fails otherwise.
     static NSArray *glob(NSString *pattern);
     /// As `glob:` for the pattern in that directory.
     static NSArray *glob(NSString *pattern, NSString *dir);
