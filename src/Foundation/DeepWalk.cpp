@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace qb {
@@ -20,6 +22,9 @@ namespace {
 // So many walks may be inside each other, by way of subclasses' own `isEqual:`; each takes some 300 bytes of
 // stack beside what the subclass needs.
 constexpr unsigned kMostWalks = 32;
+
+// So many pairs of containers are compared before a walk remembers them.
+constexpr std::uint64_t kUsualPairs = 1 << 16;
 
 constinit unsigned walks = 0;
 
@@ -55,8 +60,10 @@ public:
         Verdict verdict = open(a, b, containerKindOf(a));
         while (!open_.empty()) {
             verdict = goOn(open_.back(), verdict);
-            if (verdict != Verdict::open)
+            if (verdict != Verdict::open) {
+                remember(open_.back(), verdict);
                 open_.pop_back();
+            }
         }
         return verdict == Verdict::equal;
     }
@@ -77,6 +84,19 @@ private:
         std::uint32_t candidate = 0; // the entry of `b` whose key may be equal
     };
 
+    struct Known {
+        Ref<NSObject> a, b; // kept, so that no other object takes their place
+        Verdict verdict;
+    };
+
+    // Containers that several others hold may be met on ever so many ways, twice as many with each level of
+    // such ones. Nothing is remembered of usual comparisons, which end before that matters.
+    void remember(const Pair &pair, Verdict verdict) {
+        constexpr std::uint32_t kOnce = 2; // by what holds it and by the pair
+        if (++done_ > kUsualPairs && (pair.a->retainCount() > kOnce || pair.b->retainCount() > kOnce))
+            known_.insert_or_assign({pair.a.get(), pair.b.get()}, Known{pair.a, pair.b, verdict});
+    }
+
     Verdict compare(id a, id b) {
         if (a == b)
             return Verdict::equal;
@@ -92,6 +112,8 @@ private:
     Verdict open(id a, id b, ContainerKind kind) {
         if (containerKindOf(b) != kind || countOf(a, kind) != countOf(b, kind))
             return Verdict::different;
+        if (const auto known = known_.find({a, b}); known != known_.end())
+            return known->second.verdict;
         // Containers that hold themselves come back to the same pairs. To meet one of them it is enough to
         // remember the pair at each power of two (R. P. Brent, "An improved Monte Carlo factorization
         // algorithm", 1980).
@@ -187,6 +209,8 @@ private:
     }
 
     std::vector<Pair> open_; // the outermost first
+    std::map<std::pair<id, id>, Known> known_;
+    std::uint64_t done_ = 0; // pairs
 };
 
 // As many elements at each end of an array, and as many entries of a table, count for the hash: the whole of

@@ -17,9 +17,9 @@ ContainerKind containerKindOf(id object);
 /// Whether two containers are of one kind and hold equal values: what `isEqual:` of the containers does.
 ///
 /// Containers inside them are compared by a list of what is open, so that depth costs memory, some 40 bytes a
-/// level, and no stack. A subclass's own `isEqual:` is asked, unless such questions are inside each other too
-/// deeply already. Containers that hold themselves are equal when no difference is found on the way.
-/// Throws std::bad_alloc.
+/// level, and no stack. Long walks remember those that several others hold. A subclass's own `isEqual:` is
+/// asked, unless such questions are inside each other too deeply already. Containers that hold themselves are
+/// equal when no difference is found on the way. Throws std::bad_alloc.
 bool areContainersEqual(id a, id b);
 
 /// Returns the hash of a container: what `hash` of the containers does. Equal containers have equal hashes.

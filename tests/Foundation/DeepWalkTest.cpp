@@ -92,6 +92,19 @@ TEST_F(DeepWalkTest, DifferentContainersDifferInTheirHashes) {
     }
 }
 
+// Each level doubles the ways to the innermost one.
+TEST_F(DeepWalkTest, ContainersThatSeveralHoldAreComparedOnce) {
+    const auto shared = [](id inner) {
+        for (int level = 0; level < 100; ++level)
+            inner = level % 2 ? static_cast<id>(NSArray::arrayWithObjects(inner, inner))
+                              : NSDictionary::dictionaryWith({{"a"_ns, inner}, {"b"_ns, inner}});
+        return inner;
+    };
+    const id one = shared("end"_ns);
+    EXPECT_TRUE(one->isEqual(shared("end"_ns)));
+    EXPECT_FALSE(one->isEqual(shared("END"_ns)));
+}
+
 struct FirstArray : NSMutableArray {
     BOOL isEqual(id other) const override {
         auto *const array = qb::castOrNil<NSArray>(other);
