@@ -1,6 +1,11 @@
 #include "support/ServicesFixture.h"
 
+#include <dlfcn.h>
+
 using OSDynamicLoaderTest = ServicesFixture;
+
+// A library of the C library's own that this program does not use.
+constexpr const char *kLibrary = "libBrokenLocale.so.1";
 
 // What a process says that ends in the attempt; it exits with 255.
 static std::string fatalError(const std::function<void()> &load) {
@@ -12,8 +17,15 @@ static std::string fatalError(const std::function<void()> &load) {
     return logLines(end.standardError, end.process);
 }
 
-TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
+TEST_F(OSDynamicLoaderTest, LibrariesAreLoadedAndStay) {
+    const auto isLoaded = [] { return ::dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD) != nullptr; };
+    ASSERT_FALSE(isLoaded());
+    OSDynamicLoader::loadLibraryFromPath(NSString::stringWith(kLibrary));
+    EXPECT_TRUE(isLoaded());
     OSDynamicLoader::loadLibraryFromPath(nullptr); // the program itself
+}
+
+TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
     const std::string file = directory_ / "libnone.so";
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }),
               "[T] (P) [] [100241] The library '" + file + "' could not be loaded: " + file +
@@ -21,7 +33,8 @@ TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nullptr); }),
               "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "
               "cannot open shared object file: No such file or directory\n\n");
-    NSString *const cut = NSString::stringWith({"libc.so.6\0x", 11});
-    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibraryFromPath(cut); }),
-              "[T] (P) [] [100241] The library 'libc.so.6' could not be loaded: Invalid argument\n\n");
+    NSString *const cut = NSString::stringWith(kLibrary + std::string("\0x", 2));
+    EXPECT_EQ(
+        fatalError([&] { OSDynamicLoader::loadLibraryFromPath(cut); }),
+        "[T] (P) [] [100241] The library 'libBrokenLocale.so.1' could not be loaded: Invalid argument\n\n");
 }

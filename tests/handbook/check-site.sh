@@ -10,10 +10,6 @@ inspect=$2 site=$3 out=$4
 rm -rf "$out"
 publish --quiet "$site" "$out"
 
-anchor_exists() {
-    [ -z "$2" ] || grep -q "id=\"$2\"" "$1"
-}
-
 if ! command -v tidy >/dev/null; then
     echo "The pages' HTML is not checked: tidy is not installed."
     tidy() { :; }
@@ -28,7 +24,7 @@ for page in "${pages[@]}"; do
         [ -z "${link%%#*}" ] || target=$(dirname "$page")/${link%%#*}
         anchor=
         [[ $link != *'#'* ]] || anchor=${link#*#}
-        { [ -f "$target" ] && anchor_exists "$target" "$anchor"; } || fail "$page leads to $link"
+        { [ -f "$target" ] && { [ -z "$anchor" ] || grep -q "id=\"$anchor\"" "$target"; }; } || fail "$page leads to $link"
     done < <(grep -oE '(href|src)="[^"]*"' "$page" | sed 's/^[a-z]*="//; s/"$//')
 done
 
@@ -52,8 +48,7 @@ NSMutableArray NSArray NSObject
 QBErrorCatalogue QBErrorHandler NSObject
 NSKeyedArchiver NSArchiver NSCoder NSObject
 ROWS
-status=0
-message=$("${launcher[@]}" "$inspect" NoSuchClass 2>&1 >/dev/null) || status=$?
-[ "$message [$status]" = "inspect: there is no class 'NoSuchClass'. [1]" ] || fail "inspect NoSuchClass: $message [$status]"
+errors_of() { { "$@" >/dev/null; } 2>&1; }
+expect 'a class that is none' "inspect: there is no class 'NoSuchClass'. [1]" errors_of "${launcher[@]}" "$inspect" NoSuchClass
 ! "${launcher[@]}" "$inspect" >/dev/full || fail "inspect: what could not be said counts as said"
 [ $failures -eq 0 ]
