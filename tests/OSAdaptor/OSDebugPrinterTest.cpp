@@ -49,6 +49,7 @@ TEST_F(OSDebugPrinterTest, NamesAreKeptAndListed) {
     name->appendString("!"_ns);
     printer()->registerDebugChannel("a"_ns);
     EXPECT_STREQ(printer()->debugChannelName(2), "b");
+    EXPECT_STREQ(printer()->profileChannelName(profile_), "here");
     EXPECT_EQ(describe(printer()->debugChannelNames()), "(a, all, b, here)");
     EXPECT_EQ(printer()->getHelpForDebugChannels()->view(),
               "\n     Possible debug channels are:\n       a\n       all\n       b\n       here");
@@ -205,12 +206,4 @@ TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
     expectErrorAt("src/OSAdaptor/OSFilePath:97", 100156, "",
                   [&] { EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr); });
     EXPECT_EQ(output.end(), "allocating 1 bytes in b:2 - return 0x00000000\n");
-}
-
-TEST_F(OSDebugPrinterTest, StartUpRegistersTheLibrarysChannels) {
-    printer()->release();
-    QBFoundationInitializer::initializeDebugAndProfileChannels();
-    EXPECT_EQ(describe(printer()->debugChannelNames()), "(all, fileio, misc, process, socket, utils)");
-    EXPECT_STREQ(printer()->debugChannelName(DEBUG_CHANNEL_SOCKET), "socket");
-    EXPECT_STREQ(printer()->profileChannelName(PROFILE_CHANNEL_NET_IO), "netio");
 }

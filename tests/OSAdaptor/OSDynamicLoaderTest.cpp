@@ -7,13 +7,6 @@ using OSDynamicLoaderTest = ServicesFixture;
 // A library of the C library's own that this program does not use.
 constexpr const char *kLibrary = "libBrokenLocale.so.1";
 
-static bool isLoaded(const char *library) {
-    void *const handle = ::dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle)
-        ::dlclose(handle);
-    return handle != nullptr;
-}
-
 // What a process says that ends in the attempt; it exits with 255.
 static std::string fatalError(const std::function<void()> &load) {
     const ChildEnd end = runInChild([&] {
@@ -25,9 +18,10 @@ static std::string fatalError(const std::function<void()> &load) {
 }
 
 TEST_F(OSDynamicLoaderTest, LibrariesAreLoadedAndStay) {
-    ASSERT_FALSE(isLoaded(kLibrary));
+    const auto isLoaded = [] { return ::dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD) != nullptr; };
+    ASSERT_FALSE(isLoaded());
     OSDynamicLoader::loadLibraryFromPath(NSString::stringWith(kLibrary));
-    EXPECT_TRUE(isLoaded(kLibrary));
+    EXPECT_TRUE(isLoaded());
     OSDynamicLoader::loadLibraryFromPath(nullptr); // the program itself
 }
 

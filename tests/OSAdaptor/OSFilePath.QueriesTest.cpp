@@ -4,16 +4,10 @@
 
 using OSFilePathQueriesTest = DirectoryFixture;
 
-static void setTimes(const std::string &path, std::int64_t seconds) {
-    const timespec time{static_cast<time_t>(seconds), 0};
-    const timespec times[2] = {time, time};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-}
-
 TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
     directory_.write("file", "12345");
     directory_.link("file", "link");
-    setTimes(directory_ / "file", 1000000);
+    OSFilePath::touchFileAtPath(path("file"), 1000000);
     std::filesystem::permissions(directory_ / "file", std::filesystem::perms(0640));
     OSFileInfo info;
     OSFilePath::fileInfo(&info, path("link"));
@@ -38,7 +32,7 @@ TEST_F(OSFilePathQueriesTest, WhatDoesNotFitAFieldIsReportedAndNeverCut) {
     directory_.write("long", "");
     directory_.write("late", "x");
     std::filesystem::resize_file(directory_ / "long", std::uintmax_t{3} << 30);
-    setTimes(directory_ / "late", std::int64_t{1} << 31);
+    OSFilePath::touchFileAtPath(path("late"), std::int64_t{1} << 31);
     for (const char *name : {"long", "late"}) {
         OSFileInfo info;
         expectError(100194, directory_ / name + " Value too large for defined data type",

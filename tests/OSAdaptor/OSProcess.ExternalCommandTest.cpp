@@ -1,5 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
+#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 
 using OSProcessExternalCommandTest = ServicesFixture;
@@ -8,22 +9,16 @@ static void run(const char *text) {
     OSProcess::runExternalCmd("sh"_ns, script(text), nullptr);
 }
 
-static int freeDescriptor() {
-    const int descriptor = ::dup(0);
-    ::close(descriptor);
-    return descriptor;
-}
-
 TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     using namespace std::string_view_literals;
-    const int before = freeDescriptor();
+    const std::ptrdiff_t before = openDescriptors();
     run("echo fine >&2");
     run("kill -9 $$"); // counts as success
     expectError(100227, "sh 3 ", [] { run("exit 3"); });
     expectError(100227, "sh 4 a\0b"sv, [] { run("printf 'a\\0b' >&2; exit 4"); });
     const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
     expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
-    EXPECT_EQ(freeDescriptor(), before); // without a pool of its own
+    EXPECT_EQ(openDescriptors(), before); // without a pool of its own
 }
 
 TEST_F(OSProcessExternalCommandTest, MissingProgramHasTheLogLineAsOutput) {

@@ -37,13 +37,6 @@ static std::string failureOf(NSString *command, NSArray *args = nullptr, NSDicti
     return logLines(output.end(), process->pid());
 }
 
-static bool canAllocationsFail() {
-    const AllocationFault fault(0, 1);
-    void *const volatile memory = std::malloc(1);
-    std::free(memory);
-    return fault.hits() > 0;
-}
-
 TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditions) {
     directory_.write("qb tool", "#!/bin/sh\necho \"$0|$1|$2|$#|$QB_OLD|$QB_NEW|$HOME\"\n");
     ASSERT_EQ(::chmod((directory_ / "qb tool").c_str(), 0700), 0);
@@ -126,8 +119,6 @@ TEST_F(OSProcessStartingTest, ChildThatCantBecomeTheProgramTellsWhyAndEndsWith17
 }
 
 TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
-    if (!canAllocationsFail())
-        GTEST_SKIP() << "allocations do not fail in this build";
     const auto args = NSArray::arrayWithObject("x"_ns);
     const auto env =
         NSDictionary::dictionaryWith({{"A"_ns, "a text that is too long to stand in its object"_ns}});
@@ -143,6 +134,8 @@ TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
         } catch (const std::bad_alloc &) {
             continue;
         }
+        if (hits == 0 && skip == 0)
+            GTEST_SKIP() << "allocations do not fail in this build";
         if (hits == 0)
             break;
         process->waitForProcessDoHang(YES);

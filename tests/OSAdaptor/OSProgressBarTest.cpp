@@ -1,4 +1,3 @@
-#include "support/CapturedOutput.h"
 #include "support/PoolFixture.h"
 #include "support/Terminal.h"
 
@@ -74,15 +73,4 @@ TEST_F(OSProgressBarTest, AnIndeterminateBarsMarkGoesToAndFro) {
     expected.emplace_back(""); // wiped out
     expected.emplace_back("behind");
     EXPECT_EQ(screens, expected);
-}
-
-TEST_F(OSProgressBarTest, NothingIsDrawnWhereThereIsNoTerminal) {
-    CapturedOutput output(STDOUT_FILENO);
-    {
-        const Ref<OSProgressBar> progress = OSProgressBar::initWithStart(0, 2);
-        progress->increment();
-        progress->finish();
-        OSProgressBar::progressBar()->increment();
-    }
-    EXPECT_EQ(output.end(), "");
 }

@@ -21,17 +21,16 @@ struct OSSocketWaitingTest : PoolFixture {
 
     // Which of the pair are ready: "server client", "none", "nil".
     std::string ready(std::int32_t activation, std::int64_t milliseconds = 0) const {
+        const char *const names[] = {"server ", "client ", "peer "};
         NSArray *const all =
             NSArray::arrayWithObjects(pair_.server.get(), pair_.client.get(), pair_.peer.get());
         NSArray *const found = OSSocket::selectSockets(all, activation, 0, milliseconds);
         if (!found)
             return "nil";
-        std::string names;
+        std::string text;
         for (id socket : *found)
-            names += socket == pair_.server.get()   ? "server "
-                     : socket == pair_.client.get() ? "client "
-                                                    : "peer ";
-        return names;
+            text += names[all->indexOfObjectIdenticalTo(socket)];
+        return text;
     }
 
     const SocketPair pair_;

@@ -2,30 +2,7 @@
 #include "support/ServicesFixture.h"
 #include "support/SocketPair.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-// The address that the socket is bound to, "127.0.0.1", and its port.
-static std::pair<std::string, int> boundTo(const OSSocket *socket) {
-    sockaddr_in address{};
-    socklen_t length = sizeof address;
-    ::getsockname(socket->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length);
-    return {::inet_ntoa(address.sin_addr), ntohs(address.sin_port)};
-}
-
 using OSSocketTest = ServicesFixture;
-
-TEST_F(OSSocketTest, PlacesOfStandardStreamsStayFree) {
-    const int kept = ::dup(STDIN_FILENO);
-    ::close(STDIN_FILENO);
-    OSSocket *const server = OSSocket::serverSocketWithName(path("socket"));
-    OSSocket *const client = OSSocket::clientSocketWithName(path("socket"));
-    for (const OSSocket *socket : {server, client, OSSocket::acceptSocketFromListener(server)})
-        EXPECT_GT(socket->socketHandle(), STDERR_FILENO);
-    ::dup2(kept, STDIN_FILENO);
-    ::close(kept);
-}
 
 TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
     std::filesystem::create_symlink("nowhere", directory_ / "socket");
@@ -41,7 +18,6 @@ TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
         ASSERT_TRUE(socket);
         EXPECT_EQ(socket->socketType(), OSSocket::kUnix);
         EXPECT_EQ(describe(socket->socketName()), name->cString());
-        EXPECT_EQ(::fcntl(socket->socketHandle(), F_GETFD), FD_CLOEXEC);
     }
     client->writeLine("a line"_ns);
     EXPECT_EQ(describe(accepted->readLine()), "a line");

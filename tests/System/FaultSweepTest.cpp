@@ -1,9 +1,8 @@
 #include "support/FaultSweep.h"
+#include "support/SocketPair.h"
 
 #include <cstdio>
 #include <filesystem>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 namespace fs = std::filesystem;
 
@@ -199,12 +198,9 @@ const Use kSockets[] = {
     {"InternetSockets", nothing,
      [](const Place &) {
          OSSocket *const server = OSSocket::serverSocketOnHost("127.0.0.1"_ns, 0);
-         sockaddr_in address{};
-         socklen_t length = sizeof address;
-         if (!server ||
-             ::getsockname(server->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
-             return std::string();
-         return conversation(server, OSSocket::clientSocketToHost("localhost"_ns, ntohs(address.sin_port)));
+         return server ? conversation(server,
+                                      OSSocket::clientSocketToHost("localhost"_ns, boundTo(server).second))
+                       : "";
      },
      Leaves::oldOrNew, kInterruptible},
     {"Names", nothing,

@@ -4,7 +4,9 @@
 #include "System/Stdio.h"
 #include "support/Faults.h"
 #include "support/OpenDescriptors.h"
-#include "support/TemporaryDirectory.h"
+#include "support/SocketPair.h"
+
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 
 #include <gtest/gtest.h>
 
@@ -69,8 +71,12 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     const int duplicate = sys::dup(opened);
     std::FILE *const file = sys::fopen((directory_ / "log").c_str(), "a");
     const Pipe pipe;
+    const NSAutoreleasePool pool;
+    const SocketPair sockets;
     ::dup2(kept, 0);
-    for (const int descriptor : {opened, inside, duplicate, sys::fileno(file), pipe.ends[0], pipe.ends[1]}) {
+    for (const int descriptor :
+         {opened, inside, duplicate, sys::fileno(file), pipe.ends[0], pipe.ends[1],
+          sockets.server->socketHandle(), sockets.client->socketHandle(), sockets.peer->socketHandle()}) {
         EXPECT_GT(descriptor, 2);
         EXPECT_TRUE(isCloseOnExec(descriptor));
     }

@@ -10,41 +10,30 @@ read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
 rm -rf "$work"
 mkdir -p "$work"
 
-# Every client prints what it should, whatever it was built with.
-run_client() {
-    "${launcher[@]}" "$1" | diff -u <(printf '%s\n' '(' '  "guest Ada"' ')' 'a stream' \
-        "[100039] The file '/no/such/file' does not exist.") -
-}
+example=$here/../../examples/publish/handbook/examples/objects # with a class of its own
 
-# Sets `shared` and `static` to the options that a client needs for either library.
-ask_pkg_config() {
-    local pc
+# run PROGRAM EXPECTED-OUTPUT
+run() { "${launcher[@]}" "$1" | diff -u "$2" -; }
+
+# compile_and_run SOURCE EXPECTED-OUTPUT: with either library.
+compile_and_run() {
+    local pc shared static
     pc=$(find "$prefix" -name qbfoundation.pc)
     export PKG_CONFIG_PATH=${pc%/*}
     read -ra shared <<<"$(pkg-config --cflags --libs qbfoundation)"
-    shared+=("-Wl,-rpath,$(pkg-config --variable=libdir qbfoundation)")
     read -ra static <<<"$(pkg-config --cflags qbfoundation) $(pkg-config --variable=archive qbfoundation)"
-}
-
-compile() {
-    local source=$1 program=$2
-    shift 2
-    "${CXX:-c++}" -std=c++20 "${flags[@]}" "$source" -o "$program" "$@"
+    "${CXX:-c++}" -std=c++20 "${flags[@]}" "$1" -o "$work/shared" "${shared[@]}" \
+        "-Wl,-rpath,$(pkg-config --variable=libdir qbfoundation)"
+    "${CXX:-c++}" -std=c++20 "${flags[@]}" "$1" -o "$work/static" "${static[@]}"
+    run "$work/shared" "$2"
+    run "$work/static" "$2"
 }
 
 check_cmake() {
     cmake -S "$here" -B "$work" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
     cmake --build "$work"
-    run_client "$work/client-QBFoundation"
-    run_client "$work/client-QBFoundationStatic"
-}
-
-check_pkg_config() {
-    ask_pkg_config
-    compile "$here/main.cpp" "$work/shared" "${shared[@]}"
-    run_client "$work/shared"
-    compile "$here/main.cpp" "$work/static" "${static[@]}"
-    run_client "$work/static"
+    run "$work/client-QBFoundation" "$example.output"
+    run "$work/client-QBFoundationStatic" "$example.output"
 }
 
 # The README's C++ example prints the block of plain text that follows it.
@@ -54,14 +43,12 @@ check_readme() {
     awk '/^```cpp$/ {seen = 1} /^```text$/ && seen && !done {done = on = 1; next} /^```$/ {on = 0} on' \
         "$readme" >"$work/expected.txt"
     [ -s "$work/example.cpp" ] && [ -s "$work/expected.txt" ]
-    ask_pkg_config
-    compile "$work/example.cpp" "$work/example" "${shared[@]}"
-    "${launcher[@]}" "$work/example" | diff -u "$work/expected.txt" -
+    compile_and_run "$work/example.cpp" "$work/expected.txt"
 }
 
 case $check in
     cmake) check_cmake ;;
-    pkg-config) check_pkg_config ;;
+    pkg-config) compile_and_run "$example.cpp" "$example.output" ;;
     readme) check_readme ;;
     *) exit 2 ;;
 esac

@@ -3,21 +3,12 @@
 # `inspect` lists them.
 #   tests/handbook/check-site.sh PUBLISH INSPECT SITE OUT
 set -euo pipefail
-read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
-publish=$1 inspect=$2 site=$3 out=$4
+# shellcheck source=tests/publish/common.sh
+. "${0%/*}/../publish/common.sh"
+inspect=$2 site=$3 out=$4
 
 rm -rf "$out"
-"${launcher[@]}" "$publish" --quiet "$site" "$out"
-
-failures=0
-complain() {
-    echo "FAILED: $*"
-    failures=$((failures + 1))
-}
-
-anchor_exists() {
-    [ -z "$2" ] || grep -q "id=\"$2\"" "$1"
-}
+publish --quiet "$site" "$out"
 
 if ! command -v tidy >/dev/null; then
     echo "The pages' HTML is not checked: tidy is not installed."
@@ -25,15 +16,15 @@ if ! command -v tidy >/dev/null; then
 fi
 
 mapfile -t pages < <(find "$out" -name '*.html')
-[ ${#pages[@]} -ge 10 ] || complain "there are only ${#pages[@]} pages"
+[ ${#pages[@]} -ge 10 ] || fail "there are only ${#pages[@]} pages"
 for page in "${pages[@]}"; do
-    complaints=$(tidy -q -e "$page" 2>&1) || complain "$page: $complaints"
+    complaints=$(tidy -q -e "$page" 2>&1) || fail "$page: $complaints"
     while read -r link; do
         target=$page
         [ -z "${link%%#*}" ] || target=$(dirname "$page")/${link%%#*}
         anchor=
         [[ $link != *'#'* ]] || anchor=${link#*#}
-        { [ -f "$target" ] && anchor_exists "$target" "$anchor"; } || complain "$page leads to $link"
+        { [ -f "$target" ] && { [ -z "$anchor" ] || grep -q "id=\"$anchor\"" "$target"; }; } || fail "$page leads to $link"
     done < <(grep -oE '(href|src)="[^"]*"' "$page" | sed 's/^[a-z]*="//; s/"$//')
 done
 
@@ -44,21 +35,20 @@ from_pages() {
         sed 's/&lt;/</g; s/&gt;/>/g; s/&quot;/"/g; s/&amp;/\&/g' |
         awk '/^class /{name = $2; next} {print name "\t" $0}'
 }
-"${launcher[@]}" "$inspect" | diff <(from_pages) - >&2 || complain "inspect and the reference differ"
+"${launcher[@]}" "$inspect" | diff <(from_pages) - >&2 || fail "inspect and the reference differ"
 answers() { # CLASS SUPERCLASS...: its operations and those that it inherits, the first of each selector
     for class; do
         from_pages | grep -P "^$class\t" || true
     done | awk -F '\t' -v OFS='\t' -v class="$1" '{ $1 = class } !seen[$2 $3]++'
 }
 while read -ra classes; do
-    "${launcher[@]}" "$inspect" "${classes[0]}" | diff <(answers "${classes[@]}") - >&2 || complain "inspect ${classes[0]}"
+    "${launcher[@]}" "$inspect" "${classes[0]}" | diff <(answers "${classes[@]}") - >&2 || fail "inspect ${classes[0]}"
 done <<'ROWS'
 NSMutableArray NSArray NSObject
 QBErrorCatalogue QBErrorHandler NSObject
 NSKeyedArchiver NSArchiver NSCoder NSObject
 ROWS
-status=0
-message=$("${launcher[@]}" "$inspect" NoSuchClass 2>&1 >/dev/null) || status=$?
-[ "$message [$status]" = "inspect: there is no class 'NoSuchClass'. [1]" ] || complain "inspect NoSuchClass: $message [$status]"
-! "${launcher[@]}" "$inspect" >/dev/full || complain "inspect: what could not be said counts as said"
+errors_of() { { "$@" >/dev/null; } 2>&1; }
+expect 'a class that is none' "inspect: there is no class 'NoSuchClass'. [1]" errors_of "${launcher[@]}" "$inspect" NoSuchClass
+! "${launcher[@]}" "$inspect" >/dev/full || fail "inspect: what could not be said counts as said"
 [ $failures -eq 0 ]

@@ -3,15 +3,9 @@
 #   tests/interruption/check.sh PROGRAM
 # Exit status 77: it can't be tried here.
 set -euo pipefail
-program=$1
 calls='openat open creat write writev pwrite64 rename renameat renameat2 unlink unlinkat rmdir mkdir mkdirat symlink
     symlinkat link linkat fsync fdatasync fchmod fchmodat chmod ftruncate ftruncate64 copy_file_range sendfile sendfile64
     close utimensat'
-failures=0
-fail() {
-    echo "FAILED: $*" >&2
-    failures=$((failures + 1))
-}
 
 if [ -n "${QB_TEST_LAUNCHER:-}" ] || ! strace -o /dev/null true 2>/dev/null; then
     echo "Not tried: strace is not installed, or may not trace ${QB_TEST_LAUNCHER:+what ${QB_TEST_LAUNCHER%% *} runs}."
@@ -19,8 +13,9 @@ if [ -n "${QB_TEST_LAUNCHER:-}" ] || ! strace -o /dev/null true 2>/dev/null; the
 fi
 
 # In memory, where that is to be had: it is the process that dies here, not the disk.
-work=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "${TMPDIR:-/tmp}")" qb-interruption-XXXXXX)
-trap 'rm -rf "$work"' EXIT
+[ ! -w /dev/shm ] || TMPDIR=/dev/shm
+# shellcheck source=tests/publish/common.sh
+. "${0%/*}/../publish/common.sh"
 cd "$work"
 mkdir -p kept/tree/deep/empty kept/away
 head -c 100000 /dev/urandom >kept/out

@@ -4,10 +4,8 @@
 #include <cstdio>
 #include <string_view>
 
-namespace {
-
 // Gives "out" the content of "new": lines, short and long pieces.
-void write(BOOL atomically) {
+static void write(BOOL atomically) {
     QBFileInputStream *const source = QBFileInputStream::streamWithFile("new"_ns);
     QBFileOutputStream *const target = QBFileOutputStream::streamWithFile("out"_ns, atomically);
     if (!source || !target)
@@ -21,25 +19,14 @@ void write(BOOL atomically) {
     target->close();
 }
 
-struct Change {
-    std::string_view name;
-    void (*make)();
-};
-
-const Change kChanges[] = {
-    {"overwrite", [] { write(/*atomically=*/NO); }},
-    {"replace", [] { write(/*atomically=*/YES); }},
-    {"remove", [] { OSFilePath::removePath("tree"_ns, "away"_ns); }},
-};
-
-} // namespace
-
 int main(int argc, char **argv) {
     const NSAutoreleasePool pool;
     ERRORHANDLER = QBErrorCatalogue::init().detach();
-    for (const Change &change : kChanges)
-        if (argc == 2 && change.name == argv[1])
-            change.make();
+    const std::string_view change = argc == 2 ? argv[1] : "";
+    if (change == "remove")
+        OSFilePath::removePath("tree"_ns, "away"_ns);
+    else if (change == "replace" || change == "overwrite")
+        write(/*atomically=*/change == "replace");
     if (ERRORHANDLER->errorState() == ERRORSTATE_OK)
         return 0;
     std::fprintf(stderr, "%s\n", ERRORHANDLER->errorStackMessagesStringWithIndent(nullptr)->cString());

@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2034
-# What the checks of the program, their first argument, share: how it is run, where, and what is said of failures.
+# What the checks of programs share: how the first argument is run, where, and what is said of failures.
 # QB_TEST_LAUNCHER: what is put before the program.
 program=$1
 read -ra launcher <<<"${QB_TEST_LAUNCHER:-}"
@@ -18,12 +18,12 @@ fail() {
     failures=$((failures + 1))
 }
 
-# What the program prints on standard output, and then its exit status.
+# expect WHAT WANTED COMMAND...: what the command prints, and "[5]" behind it for an exit status other than 0.
 expect() {
-    local what=$1 wanted=$2 got status=0
+    local what=$1 wanted=$2 got
     shift 2
-    got=$("$@" 2>"$work/stderr") || status=$?
-    [ "$got [$status]" = "$wanted" ] || fail "$what: '$got [$status]' instead of '$wanted'; $(cat "$work/stderr")"
+    got=$("$@" 2>"$work/messages") || got="$got [$?]"
+    [ "$got" = "$wanted" ] || fail "$what: '$got' instead of '$wanted'; $(cat "$work/messages")"
 }
 
 # rows_fail STATUS: the program ends so, and with that text in its messages, for each row ARGUMENTS|TEXT of standard input.

@@ -7,9 +7,13 @@
 
 #include "support/TemporaryDirectory.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <string>
 #include <string_view>
+#include <utility>
 
 /// A Unix-domain server, its client, and what the server has accepted.
 class SocketPair {
@@ -27,5 +31,13 @@ public:
     const TemporaryDirectory directory;
     const Ref<OSSocket> server, client, peer;
 };
+
+/// The internet address that the socket is bound to, "127.0.0.1", and its port.
+inline std::pair<std::string, int> boundTo(const OSSocket *socket) {
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    ::getsockname(socket->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length);
+    return {::inet_ntoa(address.sin_addr), ntohs(address.sin_port)};
+}
 
 #endif

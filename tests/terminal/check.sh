@@ -15,13 +15,7 @@ session=0 # each has a terminal server of its own
 terminal() { tmux -f /dev/null -S "$work/tmux-$session" "$@"; }
 
 stop() { terminal kill-server 2>/dev/null || true; }
-
-# shellcheck disable=SC2317 # the trap's
-clean_up() {
-    stop
-    rm -rf "$work"
-}
-trap clean_up EXIT
+trap 'stop; rm -rf "$work"' EXIT
 
 # start COMMAND: runs it on a terminal of 30 lines, each of 100 columns.
 start() {
@@ -47,30 +41,29 @@ bar() { # DOTS POSITION
     printf '[%-50s] %s' "$(printf '%*s' "$1" '' | tr ' ' '#')" "$2"
 }
 
+# answer TEXT NEXT: answers the last question, and waits for what comes then.
+answer() {
+    terminal send-keys "$1" Enter
+    dialogue="$dialogue $1
+$2"
+    shows "what follows the answer $1" "$dialogue"
+}
+
 # Questions and answers, at the screen's end.
 choices='How shall I count, Ada?
 u - Up to ten
 w - Without an end
 >'
 start "yes '' | head -40; ${launcher[*]} $questions"
-shows 'a question' 'What is your name?
+dialogue='What is your name?
 >'
-terminal send-keys Ada Enter
-dialogue="What is your name?
-> Ada
-$choices"
-shows 'choices' "$dialogue"
-terminal send-keys x Enter
-dialogue="$dialogue x
-$choices"
-shows 'choices after one that is none' "$dialogue"
-terminal send-keys u Enter
-dialogue="$dialogue u
-$(bar 50 10/10)
+shows 'a question' "$dialogue"
+answer Ada "$choices"
+answer x "$choices" # which is none of them
+answer u "$(bar 50 10/10)
 Counted to ten.
 Anything else?
 >"
-shows 'a choice' "$dialogue"
 terminal send-keys C-d
 shows 'the end of input' "$dialogue
 [900040] No answer could be read from standard input: Success"
