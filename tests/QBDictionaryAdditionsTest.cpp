@@ -42,13 +42,17 @@ TEST_F(QBDictionaryAdditionsTest, ManyValuesAreStoredTogether) {
     EXPECT_EQ(describe(dictionary), "{a = 1; 5 = 5; }"); // a number has no prefix
 }
 
-TEST_F(QBDictionaryAdditionsTest, PrefixesMayBelongToAValueThatGoes) {
+TEST_F(QBDictionaryAdditionsTest, WhatIsPassedMayBelongToAValueThatGoes) {
     NSMutableDictionary *const dictionary = entries("a old b old");
-    {
+    const auto owned = [dictionary](auto make) { // by the dictionary alone
         const NSAutoreleasePool pool;
-        dictionary->setObjectForKey(words("a b"), "a"_ns);
-    }
-    dictionary->removeObjectsForKeysWithPrefixes(static_cast<NSArray *>(dictionary->objectForKey("a"_ns)));
+        auto *const value = make();
+        dictionary->setObjectForKey(value, "a"_ns);
+        return value;
+    };
+    dictionary->addEntriesFromDictionary(owned([] { return entries("a 1 b 2"); }));
+    EXPECT_EQ(describe(dictionary), "{a = 1; b = 2; }");
+    dictionary->removeObjectsForKeysWithPrefixes(owned([] { return words("a b"); }));
     EXPECT_EQ(describe(dictionary), "{}");
 }
 
@@ -190,5 +194,4 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalke
     meddle([](auto &it, auto &other) { it.dictionary->setObjectIfNotQBNil(other.single, "k"_ns); });
     meddle([](auto &it, auto &other) { it.dictionary->setObjectForKeys(other.single, other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->setObjects(other.array, other.array); });
-    meddle([](auto &it, auto &other) { it.dictionary->addEntriesFromDictionary(other.dictionary); });
 }
