@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using QBCopyShopTest = PoolFixture;
@@ -6,17 +7,15 @@ using Strings = std::vector<std::string>;
 namespace {
 
 // A client's source: answers as it was told to, and notes what it was asked for.
-struct Source : QBInputStream {
-    explicit Source(std::vector<std::int32_t> results) : answers(std::move(results)) {}
+struct Source : ClientClass<Source, QBInputStream, "CopyShopSource"> {
+    explicit Source(std::vector<std::int32_t> results = {}) : answers(std::move(results)) {}
 
-    static Class *cls() {
-        static const qb::Method methods[] = {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {
             qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout),
         };
-        static Class *const self = new Class("CopyShopSource", QBInputStream::cls(), methods);
-        return self;
+        return table;
     }
-    Class *classObject() const override { return cls(); }
 
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override {
         asked.push_back(length);

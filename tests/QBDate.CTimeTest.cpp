@@ -1,4 +1,5 @@
 #include "Calendar/TimeZoneSetting.h"
+#include "support/ClientClass.h"
 #include "support/DateCommand.h"
 #include "support/PoolFixture.h"
 
@@ -29,13 +30,11 @@ TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
 
 TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
     // Dates with a format of their own.
-    struct Monthly : NSDate {
-        static Class *cls() {
-            static const qb::Method methods[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
-            static Class *const self = new Class("Monthly", NSDate::cls(), methods, qb::construct<Monthly>);
-            return self;
+    struct Monthly : ClientClass<Monthly, NSDate, "Monthly"> {
+        static qb::MethodTables methods() {
+            static const qb::Method table[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
+            return table;
         }
-        Class *classObject() const override { return cls(); }
     };
     EXPECT_STREQ(NSDate::stringValueFormat(), "%d.%m.%Y %H:%M");
     EXPECT_EQ(stringValueIn("Europe/Berlin", 1719792000, nullptr), "01.07.2024 02:00");

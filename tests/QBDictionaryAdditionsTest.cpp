@@ -43,35 +43,17 @@ TEST_F(QBDictionaryAdditionsTest, ManyValuesAreStoredTogether) {
 }
 
 TEST_F(QBDictionaryAdditionsTest, WhatIsPassedMayBelongToAValueThatGoes) {
-    const struct {
-        void (*change)(NSMutableDictionary *dictionary, NSMutableArray *keys);
-        const char *last;
-    } rows[] = {
-        {[](NSMutableDictionary *it, NSMutableArray *keys) { it->setObjectForKeys("v"_ns, keys); }, "v"},
-        {[](NSMutableDictionary *it, NSMutableArray *keys) { it->setObjects(keys, keys); }, "39"},
-        {[](NSMutableDictionary *it, NSMutableArray *keys) { it->removeObjectsForKeysWithPrefixes(keys); },
-         "nil"},
+    NSMutableDictionary *const dictionary = entries("a old b old");
+    const auto owned = [dictionary](auto make) { // by the dictionary alone
+        const NSAutoreleasePool pool;
+        auto *const value = make();
+        dictionary->setObjectForKey(value, "a"_ns);
+        return value;
     };
-    for (const auto &[change, last] : rows) {
-        NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();
-        Ref<NSMutableArray> keys = NSMutableArray::init();
-        dictionary->setObjectForKey(keys, "0"_ns);
-        dictionary->setObjectForKey("old"_ns, "39"_ns);
-        for (std::uint32_t i = 0; i < 40; ++i)
-            keys->addObject(NSString::stringWithFormat("%u"_ns, i));
-        NSMutableArray *const passed = keys.get();
-        keys = nullptr;
-        change(dictionary, passed);
-        EXPECT_EQ(describe(dictionary->objectForKey("39"_ns)), last);
-    }
-    NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();
-    Ref<NSMutableDictionary> other = NSMutableDictionary::initWithDictionary(
-        NSDictionary::dictionaryWith({{"0"_ns, "a"_ns}, {"1"_ns, "b"_ns}}));
-    dictionary->setObjectForKey(other, "0"_ns);
-    NSMutableDictionary *const passed = other.get();
-    other = nullptr;
-    dictionary->addEntriesFromDictionary(passed);
-    EXPECT_EQ(describe(dictionary->objectForKey("1"_ns)), "b");
+    dictionary->addEntriesFromDictionary(owned([] { return entries("a 1 b 2"); }));
+    EXPECT_EQ(describe(dictionary), "{a = 1; b = 2; }");
+    dictionary->removeObjectsForKeysWithPrefixes(owned([] { return words("a b"); }));
+    EXPECT_EQ(describe(dictionary), "{}");
 }
 
 TEST_F(QBDictionaryAdditionsTest, ValuesAreReadWithDefaults) {
@@ -211,4 +193,5 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalke
     });
     meddle([](auto &it, auto &other) { it.dictionary->setObjectIfNotQBNil(other.single, "k"_ns); });
     meddle([](auto &it, auto &other) { it.dictionary->setObjectForKeys(other.single, other.array); });
+    meddle([](auto &it, auto &other) { it.dictionary->setObjects(other.array, other.array); });
 }

@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 #include "support/Probe.h"
 #include "support/SmallStack.h"
@@ -7,23 +8,16 @@ using QBEnumFilterTest = PoolFixture;
 namespace {
 
 /// A client's filter, which lets every object pass.
-struct Passing : QBEnumFilter {
-    static Class *cls() {
-        static Class *const self = new Class("Passing", QBEnumFilter::cls(), {}, qb::construct<Passing>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
+struct Passing : ClientClass<Passing, QBEnumFilter, "Passing"> {
     id doFilter(id object) override { return object; }
 };
 
 /// A client's enumerator, with filters of its own.
-struct Single : NSEnumerator {
-    static Class *cls() {
-        static const qb::Method methods[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
-        static Class *const self = new Class("Single", NSEnumerator::cls(), methods, qb::construct<Single>);
-        return self;
+struct Single : ClientClass<Single, NSEnumerator, "Single"> {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
+        return table;
     }
-    Class *classObject() const override { return cls(); }
     static Class *filterClass() { return Passing::cls(); }
     id nextObject() override { return std::exchange(isDone_, true) ? nullptr : "x"_ns; }
 
@@ -47,26 +41,19 @@ struct Mark {
 };
 
 /// Has an operation from beside NSObject, one that a subclass overrides, and one in both.
-struct Marked : NSObject, Mark {
-    static Class *cls() {
-        static const qb::Method methods[] = {
+struct Marked : ClientClass<Marked, NSObject, "Marked">, Mark {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {
             qb::method<"kind">(&Marked::kind),
             qb::method<"itself">(&Marked::itself),
             qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
         };
-        static Class *const self = new Class("Marked", NSObject::cls(), methods, qb::construct<Marked>);
-        return self;
+        return table;
     }
-    Class *classObject() const override { return cls(); }
     virtual NSString *kind() const { return "marked"_ns; }
     Marked *itself() { return this; }
 };
-struct Remarked final : Marked {
-    static Class *cls() {
-        static Class *const self = new Class("Remarked", Marked::cls(), {}, qb::construct<Remarked>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
+struct Remarked final : ClientClass<Remarked, Marked, "Remarked"> {
     NSString *kind() const override { return "remarked"_ns; }
     BOOL isMarked() const override { return mark != 7; }
 };
@@ -216,13 +203,10 @@ TEST_F(QBEnumFilterTest, EnumeratorsChooseTheClassOfTheirFilters) {
 TEST_F(QBEnumFilterTest, ErrorsAreWhatIsPendingAfterTheMessage) {
     NSArray *const elements = Probe::probes({"-a", "b", "-c"});
     EXPECT_TRUE(Probe::probes({"-a", "-c"})->allOk("raise"_sel));
-    {
-        const ErrorExpectation error(990002);
-        const id filter = filterOfClass("QBEnumRejectOnErrorFilter", "raise"_sel);
-        EXPECT_EQ(yielded(static_cast<QBEnumFilter *>(filter), elements), "(b, -c)"); // it stays pending
-        EXPECT_EQ(error.values(), "b");
+    expectError(990002, "b", [&] { // which stays pending
+        EXPECT_EQ(yielded(filterOfClass("QBEnumRejectOnErrorFilter", "raise"_sel), elements), "(b, -c)");
         EXPECT_FALSE(elements->allOk("truth"_sel));
-    }
+    });
 }
 
 TEST_F(QBEnumFilterTest, AllOfThemOrNot) {

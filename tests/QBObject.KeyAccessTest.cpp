@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using QBObjectKeyAccessTest = PoolFixture;
@@ -5,9 +6,9 @@ using QBObjectKeyAccessTest = PoolFixture;
 namespace {
 
 /// A client's class: what stands in its table is all that keys need.
-struct Page : NSObject {
-    static Class *cls() {
-        static const qb::Method methods[] = {
+struct Page : ClientClass<Page, NSObject, "Page"> {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {
             qb::method<"title">(&Page::title),     qb::method<"setTitle:">(&Page::setTitle),
             qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
             qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
@@ -16,10 +17,8 @@ struct Page : NSObject {
             qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
             qb::method<"close">(&Page::close),
         };
-        static Class *const self = new Class("Page", NSObject::cls(), methods, qb::construct<Page>);
-        return self;
+        return table;
     }
-    Class *classObject() const override { return cls(); }
 
     NSString *title() const { return title_; }
     void setTitle(NSString *title) { title_ = title; }

@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/ServicesFixture.h"
 #include "support/SmallStack.h"
 
@@ -6,30 +7,23 @@ using QBPathTest = ServicesFixture;
 namespace {
 
 /// A subclass, which derived paths keep.
-struct SitePath : QBPath {
-    static Class *cls() {
-        static Class *const self = new Class("SitePath", QBPath::cls(), {}, qb::construct<SitePath>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-};
+struct SitePath : ClientClass<SitePath, QBPath, "SitePath"> {};
 
 /// A named object in a tree.
-struct Node : NSObject {
-    explicit Node(const char *name, Node *above = nullptr) : parent(above), name_(NSString::initWith(name)) {
+struct Node : ClientClass<Node, NSObject, "Node"> {
+    explicit Node(const char *name = "", Node *above = nullptr)
+        : parent(above), name_(NSString::initWith(name)) {
         if (above)
             above->children_.push_back(this);
     }
-    static Class *cls() {
-        static const qb::Method methods[] = {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {
             qb::method<"name">(&Node::name),
             qb::method<"parentObject">(&Node::parentObject),
             qb::method<"childObjectWithName:">(&Node::childObjectWithName),
         };
-        static Class *const self = new Class("Node", NSObject::cls(), methods);
-        return self;
+        return table;
     }
-    Class *classObject() const override { return cls(); }
 
     NSString *name() const { return name_; }
     id parentObject() const { return parent; }

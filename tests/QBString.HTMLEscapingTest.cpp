@@ -17,10 +17,6 @@ static const char *skipNothing(const char *position, const char *) {
     return position;
 }
 
-static const char *skipBeyondAnyEnd(const char *, const char *end) {
-    return end + 100;
-}
-
 static std::string escapedQuotes(std::string_view text, NSString::SkipFunction skip = &skipBrackets) {
     skipCalls.clear();
     return describe(NSString::stringWith(text)->stringWithEscapedHtmlQuotesSkipWith(skip, /*on=*/'['));
@@ -55,7 +51,8 @@ TEST_F(QBStringHTMLEscapingTest, SkippedPartsStayAsTheyAre) {
     EXPECT_EQ(escapedQuotes("[][\"]\""), "[][&quot;]&quot;"); // where escaping resumes nothing is skipped
     EXPECT_EQ(skipCalls, (std::vector<std::ptrdiff_t>{6}));
     EXPECT_EQ(escapedQuotes("[\"[\"]", &skipNothing), "[&quot;[&quot;]");
-    EXPECT_EQ(escapedQuotes("\"[\"]\"", &skipBeyondAnyEnd), "&quot;[\"]\"");
+    const auto skipBeyondAnyEnd = [](const char *, const char *end) { return end + 100; };
+    EXPECT_EQ(escapedQuotes("\"[\"]\"", skipBeyondAnyEnd), "&quot;[\"]\"");
     NSString *const quoteSkipsItself = "a\"<\""_ns;
     EXPECT_EQ(describe(quoteSkipsItself->stringWithEscapedHtmlLT(YES, NO, NO, YES, &skipNothing, '"')),
               "a&quot;&lt;&quot;");

@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/DirectoryFixture.h"
 #include "support/RandomValues.h"
 #include "support/SmallStack.h"
@@ -11,9 +12,14 @@ using NSArchiverTest = DirectoryFixture;
 namespace {
 
 /// A client's class whose objects know those that own them.
-struct TreeNode : NSObject {
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+struct TreeNode : ClientClass<TreeNode, NSObject, "TreeNode"> {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {
+            qb::initialiser<"initWithCoder:">(&TreeNode::setUpWithCoder),
+            qb::method<"encodeWithCoder:">(&TreeNode::encodeWithCoder),
+        };
+        return table;
+    }
     static TreeNode *node() { return qb::init<TreeNode>(&TreeNode::setUp).autorelease(); }
 
     void encodeWithCoder(NSCoder *coder) const override {
@@ -35,15 +41,6 @@ struct TreeNode : NSObject {
         return children != nullptr;
     }
 };
-
-Class *TreeNode::cls() {
-    static const qb::Method methods[] = {
-        qb::initialiser<"initWithCoder:">(&TreeNode::setUpWithCoder),
-        qb::method<"encodeWithCoder:">(&TreeNode::encodeWithCoder),
-    };
-    static Class *const self = new Class("TreeNode", NSObject::cls(), methods, qb::construct<TreeNode>);
-    return self;
-}
 
 NSArray *nodeClasses() {
     NSMutableArray *classes = NSMutableArray::arrayWithArray(NSUnarchiver::valueClasses());

@@ -1,4 +1,5 @@
 #include "System/Clock.h"
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 #include <cmath>
@@ -21,15 +22,7 @@ TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
 }
 
 TEST_F(NSDateTest, LaterDatesAreOfTheReceiversClassAndMadeByItsInitialiser) {
-    class WholeDate : public NSDate {
-    public:
-        static Class *cls() {
-            static Class *const self = new Class("WholeDate", NSDate::cls(), {}, qb::construct<WholeDate>);
-            return self;
-        }
-        Class *classObject() const override { return cls(); }
-
-    protected:
+    struct WholeDate : ClientClass<WholeDate, NSDate, "WholeDate"> {
         BOOL setUpWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) override {
             return seconds >= 0 && NSDate::setUpWithTimeIntervalSinceReferenceDate(std::floor(seconds));
         }

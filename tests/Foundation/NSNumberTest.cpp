@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 #include <cmath>
@@ -8,13 +9,7 @@ using NSNumberTest = PoolFixture;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-struct Wide : NSLongLongNumber {
-    static Class *cls() {
-        static Class *const self = new Class("Wide", NSLongLongNumber::cls(), {}, qb::construct<Wide>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-};
+struct Wide : ClientClass<Wide, NSLongLongNumber, "Wide"> {};
 
 TEST_F(NSNumberTest, MakersOf64BitsMakeObjectsOfTheClassAsked) {
     for (const char *selector : {"numberWithLong:", "numberWithUnsignedLongLong:", "numberWithUnsignedLong:",

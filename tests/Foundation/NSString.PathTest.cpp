@@ -49,22 +49,22 @@ TEST_F(NSStringPathTest, ComponentsAreJoinedWithOneSlash) {
 TEST_F(NSStringPathTest, HomeDirectoriesAndStandardForm) {
     const std::string root = qb::sys::homeDirectory("root");
     ASSERT_FALSE(root.empty());
-    const std::pair<std::string, std::string> expanded[] = {
-        {"~/a", "/h/me/a"}, {"~root/x", root + "/x"}, {"~no such name/x", "~no such name/x"}};
-    for (const auto &[path, wanted] : expanded)
-        EXPECT_EQ(NSString::stringWith(path)->stringByExpandingTildeInPath()->view(), wanted);
-    static const char *const kAbbreviated[][2] = {
-        {"/h/me", "~"}, {"/h/me/a", "~/a"}, {"/h/meadow", "/h/meadow"}};
-    for (const auto &row : kAbbreviated)
-        EXPECT_EQ(NSString::stringWith(row[0])->stringByAbbreviatingWithTildeInPath()->view(), row[1]);
-    static const char *const kStandard[][2] = {
-        {"/a/./b//c/../d/", "/a/b/d"},
-        {"/../..", "/"},
-        {"./a/../b/.", "a/../b"},
-        {"~/./x", "/h/me/x"},
+    const SEL expand = "stringByExpandingTildeInPath"_sel, standardize = "stringByStandardizingPath"_sel;
+    const SEL abbreviate = "stringByAbbreviatingWithTildeInPath"_sel;
+    const std::tuple<SEL, const char *, std::string> rows[] = {
+        {expand, "~/a", "/h/me/a"},
+        {expand, "~root/x", root + "/x"},
+        {expand, "~no such name/x", "~no such name/x"},
+        {abbreviate, "/h/me", "~"},
+        {abbreviate, "/h/me/a", "~/a"},
+        {abbreviate, "/h/meadow", "/h/meadow"},
+        {standardize, "/a/./b//c/../d/", "/a/b/d"},
+        {standardize, "/../..", "/"},
+        {standardize, "./a/../b/.", "a/../b"},
+        {standardize, "~/./x", "/h/me/x"},
     };
-    for (const auto &row : kStandard)
-        EXPECT_EQ(NSString::stringWith(row[0])->stringByStandardizingPath()->view(), row[1]);
+    for (const auto &[message, path, wanted] : rows)
+        EXPECT_EQ(describe(send<id>(string(path), message)), wanted) << path;
     ::setenv("HOME", "/", 1);
     EXPECT_EQ("~/a"_ns->stringByExpandingTildeInPath()->view(), "/a");
     ::setenv("HOME", "", 1); // then the user database answers

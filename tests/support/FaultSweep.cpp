@@ -25,27 +25,28 @@ namespace {
 // Each strikes as long as it lives, in one of its ways, at the call or allocation of that index. Without hits
 // there is none of that index any more.
 
+struct Way {
+    const char *name;
+    int value;          // an error's number, or a size
+    unsigned times = 1; // 0: from then on
+};
+
 /// A call fails, a storm of signals interrupts it, or it transfers less than it was asked to.
 class CallFault {
 public:
-    struct Way {
-        const char *name;
-        int error; // 0: a short transfer
-        unsigned times;
-    };
-    static constexpr Way kWays[] = {{"EIO", EIO, 1},       {"ENOSPC", ENOSPC, 1}, {"EACCES", EACCES, 1},
-                                    {"ENOMEM", ENOMEM, 1}, {"EINTR", EINTR, 4},   {"one byte", 0, 1}};
+    static constexpr Way kWays[] = {{"EIO", EIO},       {"ENOSPC", ENOSPC},  {"EACCES", EACCES},
+                                    {"ENOMEM", ENOMEM}, {"EINTR", EINTR, 4}, {"one byte", 0}};
 
     /// Whether files don't show what such a failure may have lost, so that nothing but telling of it will do.
     static bool isToBeTold(const Way &way, Call call) {
         constexpr Call kLasting[] = {Call::fsync, Call::fdatasync, Call::fflush, Call::fclose};
-        return way.error != 0 && way.error != EINTR &&
+        return way.value != 0 && way.value != EINTR &&
                std::ranges::find(kLasting, call) != std::end(kLasting);
     }
 
     CallFault(const Way &way, unsigned index, const TemporaryDirectory &) {
-        if (way.error)
-            fault_.emplace(Call::any, index, way.times, way.error);
+        if (way.value)
+            fault_.emplace(Call::any, index, way.times, way.value);
         else
             fault_.emplace(Call::any, index, way.times, sys::ShortTransfer{1});
     }
@@ -59,11 +60,7 @@ private:
 /// An allocation fails, or all from it on.
 class MemoryFault {
 public:
-    struct Way {
-        const char *name;
-        unsigned times;
-    };
-    static constexpr Way kWays[] = {{"no block", 1}, {"no more blocks", 0}};
+    static constexpr Way kWays[] = {{"no block", ENOMEM, 1}, {"no more blocks", ENOMEM, 0}};
 
     MemoryFault(const Way &way, unsigned index, const TemporaryDirectory &) : fault_(index, way.times) {}
     unsigned hits() const { return fault_.hits(); }
@@ -81,10 +78,6 @@ struct Lasting {
 
 /// Files can't become longer than so many bytes.
 struct SizeLimit : Lasting {
-    struct Way {
-        const char *name;
-        rlim_t bytes;
-    };
     static constexpr Way kWays[] = {{"files of 0 bytes", 0},
                                     {"files of 1 byte", 1},
                                     {"files of 1000 bytes", 1000},
@@ -92,7 +85,7 @@ struct SizeLimit : Lasting {
 
     SizeLimit(const Way &way, unsigned, const TemporaryDirectory &) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
         ::getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit{way.bytes, old_.rlim_max};
+        const rlimit limit{static_cast<rlim_t>(way.value), old_.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &limit);
     }
     ~SizeLimit() {
@@ -108,10 +101,7 @@ struct SizeLimit : Lasting {
 
 /// The directory can't be changed, not even by root, which is nobody to the file system for that time.
 struct ReadOnlyDirectory : Lasting {
-    struct Way {
-        const char *name;
-    };
-    static constexpr Way kWays[] = {{"read-only directory"}};
+    static constexpr Way kWays[] = {{"read-only directory", 0}};
 
     ReadOnlyDirectory(const Way &, unsigned, const TemporaryDirectory &directory) : path_(directory.path()) {
         fs::permissions(fs::path(path_).parent_path(), fs::perms(0711));
@@ -179,7 +169,7 @@ void takeErrors(std::string &told) {
 }
 
 template <class Kind>
-void act(const Use &use, const TemporaryDirectory &directory, const typename Kind::Way &way, unsigned index,
+void act(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index,
          Outcome &outcome) {
     std::exception_ptr thrown;
     {
@@ -203,8 +193,7 @@ void act(const Use &use, const TemporaryDirectory &directory, const typename Kin
 }
 
 template <class Kind>
-Outcome outcomeOf(const Use &use, const TemporaryDirectory &directory, const typename Kind::Way &way,
-                  unsigned index) {
+Outcome outcomeOf(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index) {
     Outcome outcome;
     const std::ptrdiff_t descriptors = openDescriptors();
     const std::int64_t blocks = blocksInUse();
@@ -226,9 +215,9 @@ public:
     void run() {
         const FreeListsAside aside;
         const NSAutoreleasePool pool;
-        whole_ = perform<NoFault>(NoFault::kWays[0], 0); // also for what is made once and kept
+        whole_ = perform<NoFault>(NoFault::kWay, 0); // also for what is made once and kept
         EXPECT_EQ(whole_.told, "") << "without a fault";
-        expectFaultless(perform<NoFault>(NoFault::kWays[0], 0), "without a fault");
+        expectFaultless(perform<NoFault>(NoFault::kWay, 0), "without a fault");
         runAll<CallFault>();
         runAll<MemoryFault>();
         runAll<SizeLimit>();
@@ -237,15 +226,14 @@ public:
 
 private:
     struct NoFault : Lasting {
-        struct Way {};
-        static constexpr Way kWays[1] = {};
+        static constexpr Way kWay = {"no fault", 0};
         NoFault(const Way &, unsigned, const TemporaryDirectory &) {}
     };
     static constexpr unsigned kMostCalls = 100000; // no use makes as many
 
     template <class Kind>
     void runAll() {
-        for (const auto &way : Kind::kWays) {
+        for (const Way &way : Kind::kWays) {
             bool goesOn = true;
             for (unsigned index = 0; goesOn; ++index) {
                 const Outcome outcome = performTwice<Kind>(way, index);
@@ -263,7 +251,7 @@ private:
     }
 
     template <class Kind>
-    Outcome perform(const typename Kind::Way &way, unsigned index) {
+    Outcome perform(const Way &way, unsigned index) {
         // As long as names can be, and no UTF-8.
         const TemporaryDirectory directory(std::string(255, '\xFF'));
         use_.prepare(directory);
@@ -273,7 +261,7 @@ private:
 
     // Again, when blocks are missing: what is made once and kept then is no leak.
     template <class Kind>
-    Outcome performTwice(const typename Kind::Way &way, unsigned index) {
+    Outcome performTwice(const Way &way, unsigned index) {
         Outcome outcome = perform<Kind>(way, index);
         for (int again = 0; again < 2 && outcome.leakedBlocks > 0; ++again)
             outcome = perform<Kind>(way, index);

@@ -15,19 +15,12 @@ id RandomValues::value(unsigned depth) {
 }
 
 id RandomValues::leaf() {
-    switch (upTo(7)) {
-    case 0:
-        return QBNil::value();
-    case 1:
-    case 2:
-        return number();
-    case 3:
-        return date();
-    case 4:
-        return range();
-    default:
-        return text();
-    }
+    const auto kind = upTo(7);
+    return kind == 0   ? QBNil::value()
+           : kind <= 2 ? number()
+           : kind == 3 ? date()
+           : kind == 4 ? range()
+                       : text();
 }
 
 id RandomValues::range() {
