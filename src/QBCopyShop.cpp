@@ -11,14 +11,31 @@
 #include "System/Memory.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
 constexpr const char *kFile = "src/QBCopyShop";
 
-struct Release {
-    void operator()(void *memory) const { qb::sys::release(memory); }
+/// Memory for the pieces of a copy, which a source that has its bytes in memory never needs.
+class PieceBuffer {
+public:
+    explicit PieceBuffer(std::uint32_t size) : size_(size) {}
+    ~PieceBuffer() { qb::sys::release(memory_); }
+    PieceBuffer(const PieceBuffer &) = delete;
+    PieceBuffer &operator=(const PieceBuffer &) = delete;
+
+    // Returns null, with an error, when there is no memory.
+    void *memory() {
+        if (!memory_)
+            memory_ = qb::sys::allocate(size_);
+        if (!memory_)
+            qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+        return memory_;
+    }
+
+private:
+    const std::uint32_t size_;
+    void *memory_ = nullptr;
 };
 
 /// Bytes of a source: where they are, and how many; less than 1 when there are none.
@@ -28,13 +45,16 @@ struct Piece {
 };
 
 // Reads up to `length` bytes: to the buffer, unless they can be had where they are.
-Piece nextPiece(QBInputStream *from, void *buffer, std::uint32_t length, const long *timeout) {
-    if (timeout)
-        return {buffer, send<std::int32_t>(from, "readBuffer:length:timeout:"_sel, buffer, length, *timeout)};
+Piece nextPiece(QBInputStream *from, PieceBuffer &buffer, std::uint32_t length, const long *timeout) {
     std::int32_t count = 0;
-    if (const void *const bytes = from->takeBuffer(length, &count))
+    if (const void *const bytes = timeout ? nullptr : from->takeBuffer(length, &count))
         return {bytes, count};
-    return {buffer, from->readBuffer(buffer, length)};
+    void *const memory = buffer.memory();
+    if (!memory)
+        return {nullptr, 0};
+    if (timeout)
+        return {memory, send<std::int32_t>(from, "readBuffer:length:timeout:"_sel, memory, length, *timeout)};
+    return {memory, from->readBuffer(memory, length)};
 }
 
 } // namespace
@@ -94,15 +114,11 @@ std::uint64_t QBCopyShop::copyUpTo(std::uint64_t limit, QBInputStream *from, QBO
     const Ref<QBInputStream> keptSource(from); // whatever the two do to their owners
     const Ref<QBOutputStream> keptSink(to);
     const qb::SavedErrors errors;
-    const std::unique_ptr<void, Release> buffer(qb::sys::allocate(bufferSize_));
-    if (!buffer) {
-        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
-        return 0; // also where no handler has recorded it
-    }
+    PieceBuffer buffer(bufferSize_);
     std::uint64_t done = 0;
     while (done < limit && !qb::isErrorPending()) {
         const auto most = static_cast<std::uint32_t>(std::min<std::uint64_t>(bufferSize_, limit - done));
-        const Piece piece = nextPiece(from, buffer.get(), most, timeout);
+        const Piece piece = nextPiece(from, buffer, most, timeout);
         if (piece.length < 1)
             break;
         const std::uint32_t length = std::min(static_cast<std::uint32_t>(piece.length), most);

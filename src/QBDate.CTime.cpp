@@ -96,7 +96,10 @@ BOOL NSDate::setUpWithCTime(std::int32_t seconds) {
 }
 
 std::int32_t NSDate::ctime() const {
-    return static_cast<std::int32_t>(std::clamp<double>(timeIntervalSince1970(), INT32_MIN, INT32_MAX));
+    const double seconds = timeIntervalSince1970();
+    if (seconds >= INT32_MIN && seconds <= INT32_MAX) [[likely]]
+        return static_cast<std::int32_t>(seconds);
+    return seconds > 0 ? INT32_MAX : INT32_MIN;
 }
 
 NSNumber *NSDate::ctimeAsNSNumber() const {

@@ -44,8 +44,10 @@ public:
 
     /// Returns the local time at `utcSeconds`, in seconds after 1970-01-01 00:00:00 local time.
     std::int64_t utcToLocal(std::int64_t utcSeconds) const {
-        const std::int64_t within = std::clamp(utcSeconds, INT64_MIN + kReach, INT64_MAX - kReach);
-        return within + remembered(within).offset.seconds;
+        // By a jump, so that what is computed next need not wait for the comparison.
+        if (utcSeconds < INT64_MIN + kReach || utcSeconds > INT64_MAX - kReach) [[unlikely]]
+            utcSeconds = std::clamp(utcSeconds, INT64_MIN + kReach, INT64_MAX - kReach);
+        return utcSeconds + remembered(utcSeconds).offset.seconds;
     }
 
     /// Returns the local date and time at `utcSeconds`.

@@ -27,11 +27,14 @@ constexpr double kNanosecondsPerSecond = 1e9;
 // A double of today's interval is some 0.1 microseconds off; that much must not cost a millisecond.
 constexpr double kMillisecondTolerance = 1e-3;
 
-// Without the function for it, which is slow where the processor is to be any.
+// Without the function for it, which is slow where the processor is to be any. Usual intervals are whole or
+// positive, so that what is computed next need not wait for the comparison.
 std::int64_t floorOf(double value) {
     const double within = std::clamp(value, -kFurthestInterval, kFurthestInterval);
     const auto whole = static_cast<std::int64_t>(within);
-    return whole - (static_cast<double>(whole) > within ? 1 : 0);
+    if (static_cast<double>(whole) > within) [[unlikely]]
+        return whole - 1;
+    return whole;
 }
 
 } // namespace
