@@ -115,8 +115,7 @@ bool PropertyListReader::skipComment() {
     return true;
 }
 
-// Skips white space and comments. Returns false when a comment is not closed.
-bool PropertyListReader::skipBlanks() {
+bool PropertyListReader::skipSomeBlanks() {
     for (;;) {
         position_ = text::findNoBlank(position_, end_);
         if (position_ == end_ || *position_ != '/')
@@ -253,17 +252,37 @@ Ref<NSObject> PropertyListReader::takeDictionary(std::size_t first) {
     return dictionary;
 }
 
+// Whether that key stands here without quotes, and ends here.
+bool PropertyListReader::isBareAt(const SharedKey &expected) const {
+    const std::size_t length = expected.bareLength;
+    return length != 0 && length < static_cast<std::size_t>(end_ - position_) &&
+           !text::kPlistBare.contains(static_cast<unsigned char>(position_[length])) &&
+           text::areEqual(expected.key->cString(), position_, length);
+}
+
+// The keys of one dictionary are mostly those of another one before it, in the same order.
 Ref<NSString> PropertyListReader::readKey(const char *expected) {
+    SharedKey &likely = keys_[lastKey_->next];
+    if (isBareAt(likely)) {
+        position_ += likely.bareLength;
+        lastKey_ = &likely;
+        return likely.key;
+    }
+    const char *const start = position_;
     std::string_view text;
     if (!readText(text, expected))
         return nullptr;
-    Ref<NSString> &shared = keys_[text::hashBytes(text.data(), text.size()) % kSharedKeys];
-    if (!shared || shared->cStringLength() != text.size() ||
-        !text::areEqual(shared->cString(), text.data(), text.size())) {
-        shared = NSString::initWith(text);
-        shared->hash(); // kept in the string, for every dictionary that it stands in
+    const std::size_t place = text::hashBytes(text.data(), text.size()) % kSharedKeys;
+    SharedKey &shared = keys_[place];
+    if (!shared.key || shared.key->cStringLength() != text.size() ||
+        !text::areEqual(shared.key->cString(), text.data(), text.size())) {
+        shared.key = NSString::initWith(text);
+        shared.key->hash(); // kept in the string, for every dictionary that it stands in
     }
-    return shared;
+    shared.bareLength = text.data() == start ? static_cast<std::uint32_t>(text.size()) : 0;
+    lastKey_->next = static_cast<std::uint32_t>(place);
+    lastKey_ = &shared;
+    return shared.key;
 }
 
 Ref<NSObject> PropertyListReader::readData() {

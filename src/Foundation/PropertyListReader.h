@@ -43,11 +43,19 @@ public:
 private:
     static constexpr std::size_t kSharedKeys = 256;
 
+    /// A key that stands again and again.
+    struct SharedKey {
+        Ref<NSString> key;
+        std::uint32_t bareLength = 0; // 0: it was quoted
+        std::uint32_t next = 0;       // the number of the key that stood behind it last
+    };
+
     Ref<NSObject> readValue();
     Ref<NSObject> readArray();
     Ref<NSObject> readDictionary();
     Ref<NSObject> readData();
     Ref<NSString> readKey(const char *expected);
+    bool isBareAt(const SharedKey &expected) const;
     bool readEntry();
     bool readEntryValue(const char *start, Ref<NSString> key);
     void addEntry(const char *start, Ref<NSObject> key, Ref<NSObject> value);
@@ -62,7 +70,12 @@ private:
     Ref<NSObject> takeDictionary(std::size_t firstEntry);
 
     void skipByteOrderMark();
-    bool skipBlanks();
+    /// Skips white space and comments. Returns false when a comment is not closed.
+    bool skipBlanks() {
+        const bool isAtText = position_ != end_ && *position_ > ' ' && *position_ != '/';
+        return isAtText || skipSomeBlanks();
+    }
+    bool skipSomeBlanks();
     bool skipComment();
     bool accept(char character);
     bool fail(const char *expected);
@@ -79,7 +92,8 @@ private:
     std::vector<Ref<NSObject>> unfinished_;  // the elements, keys and values of the containers being read
     std::vector<const char *> keyPositions_; // of the keys in there
     std::vector<id> elements_;               // of the array being made
-    std::array<Ref<NSString>, kSharedKeys> keys_;
+    std::array<SharedKey, kSharedKeys> keys_;
+    SharedKey *lastKey_ = keys_.data();
 };
 
 } // namespace qb
