@@ -128,7 +128,7 @@ BOOL QBFileInputStream::setUpWithFile(NSString *file) {
         qb::raiseError(kFile, kLineOfOpening, qb::kErrorCannotRead, file->cString(), std::strerror(errno));
         return NO;
     }
-    filename_ = file;
+    filename_ = file->copy(); // the caller may change it
     window_ = static_cast<char *>(sys::allocate(kWindowLength));
     if (!window_)
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);

@@ -142,7 +142,7 @@ BOOL QBFileOutputStream::setUpWithFilePointer(std::FILE *filePointer) {
 }
 
 BOOL QBFileOutputStream::setUpWithFile(NSString *file, BOOL atomically) {
-    filename_ = tmpFilename_ = file;
+    filename_ = tmpFilename_ = file ? file->copy() : nullptr; // the caller may change it
     if (file && atomically == YES)
         tmpFilename_ = NSString::stringWithRestrictedFormat("%s.%s", file, IdCreator::createId());
     if (!open())

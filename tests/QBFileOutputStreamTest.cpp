@@ -32,7 +32,9 @@ TEST_F(QBFileOutputStreamTest, WritesInPlaceAndMakesTheDirectoriesAbove) {
 TEST_F(QBFileOutputStreamTest, AtomicStreamReplacesTheTargetAtClose) {
     directory_.write("out", "old");
     ASSERT_EQ(::chmod((directory_ / "out").c_str(), 0606), 0);
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), YES);
+    NSMutableString *const name = NSMutableString::stringWithString(path("out"));
+    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(name, YES);
+    name->setString(path("other"));
     write(stream, "new");
     stream->flush();
     const std::string temporary(stream->tmpFilename()->view());

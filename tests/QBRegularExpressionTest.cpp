@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -111,6 +112,13 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
                 [&] { EXPECT_EQ(expressionOf("memory"), nullptr); });
     const Fault notSearched(Call::regexec, 0, 1, ENOMEM);
     expectError(qb::kErrorOutOfMemory, "", [] { EXPECT_EQ(expressionOf("a")->search("a"_ns), nullptr); });
+    const Ref<QBRegularExpression> expression = expressionOf("(x+) id=[0-9]+$");
+    for (unsigned skip = 0, hits = 1; hits != 0; ++skip) { // what the C library itself lacks
+        const AllocationFault fault(skip, /*times=*/1);
+        const bool isFound = expression->matches("xxxx id=42"_ns);
+        hits = fault.hits();
+        EXPECT_EQ(takenErrors(), isFound ? "()" : "(100156)") << skip;
+    }
 }
 
 TEST_F(QBRegularExpressionTest, MatchObjectsAreMadeChangedAndMayBeEmpty) {

@@ -32,18 +32,30 @@ const ListedClass *listedClass(std::string_view name) {
     return nullptr;
 }
 
+// Makes the class, unless it is there or being made. Returns whether there is nothing left to try.
+bool isBuilt(const ClassRegistration &registration, std::exception_ptr &failure) {
+    if (std::exchange(registration.isMade, true))
+        return true;
+    try {
+        registration.cls();
+    } catch (const InvalidArgumentException &) { // its name is taken
+        failure = std::current_exception();
+    } catch (...) {
+        failure = std::current_exception();
+        registration.isMade = false;
+    }
+    return registration.isMade;
+}
+
 // Makes the registered classes that were not made yet, so that they can be found by their names. One that
-// can't be made, because its name is taken, keeps no other from being made.
+// can't be made keeps no other from being made. What makes a class may come back here.
 void buildRegisteredClasses() {
-    const ClassRegistration *const newest = newestRegistration;
-    const ClassRegistration *const built = std::exchange(newestBuilt, newest);
+    const ClassRegistration *const newest = newestRegistration, *const built = newestBuilt;
     std::exception_ptr failure;
+    bool areBuilt = true;
     for (const ClassRegistration *one = newest; one != built; one = one->next)
-        try {
-            one->cls();
-        } catch (...) {
-            failure = std::current_exception();
-        }
+        areBuilt = isBuilt(*one, failure) && areBuilt;
+    newestBuilt = areBuilt ? newest : built;
     if (failure)
         std::rethrow_exception(failure);
 }

@@ -3,7 +3,7 @@
 #include "Text/Hash.h"
 
 #include <algorithm>
-#include <cstring>
+#include <memory>
 #include <unordered_map>
 
 namespace {
@@ -33,14 +33,14 @@ SEL Selector::named(std::string_view text) {
     if (const SEL known = namedIfKnown(text))
         return known;
 
-    char *const copy = new char[text.size() + 1];
-    std::memcpy(copy, text.data(), text.size());
-    copy[text.size()] = '\0';
-    auto *selector = new Selector;
-    selector->text_ = copy;
+    auto copy = std::make_unique<char[]>(text.size() + 1);
+    std::copy(text.begin(), text.end(), copy.get());
+    std::unique_ptr<Selector> selector(new Selector);
+    selector->text_ = copy.get();
     selector->length_ = static_cast<std::uint32_t>(text.size());
     selector->hash_ = static_cast<std::uint32_t>(TextHash()(text));
     selector->colons_ = static_cast<unsigned>(std::count(text.begin(), text.end(), ':'));
-    table().emplace(selector->view(), selector);
-    return selector;
+    table().emplace(selector->view(), selector.get());
+    copy.release();
+    return selector.release();
 }

@@ -2,6 +2,8 @@
 
 #include "Faults.h"
 
+#include <cerrno>
+
 namespace qb::sys {
 
 int regcomp(regex_t &expression, const char *pattern, int flags) noexcept {
@@ -9,7 +11,12 @@ int regcomp(regex_t &expression, const char *pattern, int flags) noexcept {
 }
 
 int regexec(const regex_t &expression, const char *text, std::size_t count, regmatch_t *places) noexcept {
-    return fails(Call::regexec) ? REG_ESPACE : ::regexec(&expression, text, count, places, 0);
+    if (fails(Call::regexec))
+        return REG_ESPACE;
+    errno = 0;
+    const int result = ::regexec(&expression, text, count, places, 0);
+    // The C library takes missing memory for no match.
+    return result == REG_NOMATCH && errno == ENOMEM ? REG_ESPACE : result;
 }
 
 std::string regerror(int code, const regex_t &expression) {

@@ -177,6 +177,36 @@ TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
     EXPECT_EQ(NSClassFromString("QBCopyShop"_ns), QBCopyShop::cls());
 }
 
+TEST_F(SendTest, ARegisteredClassIsTriedAgainAndMayAskForOthers) {
+    static const qb::ClassRegistration older{[] {
+        static Class *const self = new Class("Older", NSObject::cls(), {});
+        return self;
+    }};
+    static const qb::ClassRegistration newer{[] {
+        static bool isTriedAgain = false;
+        EXPECT_NE(NSClassFromString("Older"_ns), nullptr);
+        if (!std::exchange(isTriedAgain, true))
+            throw std::bad_alloc();
+        static Class *const self = new Class("Newer", NSObject::cls(), {});
+        return self;
+    }};
+    EXPECT_THROW(NSClassFromString("Newer"_ns), std::bad_alloc);
+    EXPECT_NE(NSClassFromString("Newer"_ns), nullptr);
+}
+
+TEST_F(SendTest, ASelectorThatCannotBeMadeLeavesNothing) {
+    for (unsigned skip = 0, hits = 1; hits != 0; ++skip) {
+        const std::int64_t before = blocksInUse();
+        const AllocationFault fault(skip, /*times=*/1);
+        try {
+            Selector::named("neverNamed:before:");
+        } catch (const std::bad_alloc &) {
+        }
+        hits = fault.hits();
+        EXPECT_TRUE(hits == 0 || blocksInUse() == before) << skip;
+    }
+}
+
 TEST_F(SendTest, OnlyAStatedOrderIsListedAlthoughTheRootHasTheMember) {
     EXPECT_FALSE(QBTally::tallyWithLimit(0)->respondsToSelector("compare:"_sel));
     EXPECT_THROW(QBTally::tallyWithLimit(0)->compare("a"_ns), InvalidArgumentException);

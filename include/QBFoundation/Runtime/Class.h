@@ -130,6 +130,7 @@ public:
 
     Class *(*const cls)();
     const ClassRegistration *const next;
+    mutable bool isMade = false; // or being made
 };
 
 /// Calls `visit` with each operation of the class: its own first, then those that it inherits and does not
