@@ -17,6 +17,10 @@ exported_names() {
         sort -u
 }
 
+if [ $# = 0 ]; then
+    sed -n '2,4s/^# *//p' "$0" >&2
+    exit 2
+fi
 if [ "$1" = --update ]; then
     exported_names "$2" >"$list"
     exit

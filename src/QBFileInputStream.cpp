@@ -12,16 +12,11 @@
 #include "Text/Scan.h"
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace sys = qb::sys;
 
@@ -38,8 +33,6 @@ constexpr std::uint32_t kWindowLength = 65536;
 // A read of this length costs more by way of the window than a system call of its own.
 constexpr std::uint32_t kLongRead = 16384;
 constexpr std::ptrdiff_t kLongestLine = 999;
-
-constexpr qb::text::ByteSet kLineStops(std::string_view("\0\r\n", 3));
 
 // Reads until at least `least` bytes are there, as a pipe or a terminal brings them. Returns how many are;
 // fewer at the end, with errno 0, and after an error.
@@ -66,24 +59,9 @@ struct Line {
     std::string_view bytes, text;
 };
 
-// Returns the first byte from `position` on that may end a line's text, or `limit`. Most lines are short.
-const char *findLineStop(const char *position, const char *limit) {
-#ifdef __SSE2__
-    for (; limit - position >= 16; position += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(position));
-        const __m128i ends = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')),
-                                          _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')));
-        const __m128i stops = _mm_or_si128(ends, _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
-        if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(stops)))
-            return position + std::countr_zero(mask);
-    }
-#endif
-    return qb::text::findIn(position, limit, kLineStops);
-}
-
 // Returns the line that begins at `start`, up to `limit` when its end is not there.
 Line lineAt(const char *start, const char *limit) {
-    const char *const stop = findLineStop(start, limit);
+    const char *const stop = qb::text::findLineStop(start, limit);
     if (stop != start && stop != limit && *stop == '\n')
         return {{start, stop + 1}, {start, stop}};
     const char *const lineFeed = qb::text::findByte(stop, limit, '\n');
@@ -91,7 +69,7 @@ Line lineAt(const char *start, const char *limit) {
     // The text ends at a NUL and at the first line end behind another character.
     const auto isLineEnd = [](char byte) { return byte == '\r' || byte == '\n'; };
     const char *const first = std::find_if_not(start, end, isLineEnd);
-    return {{start, end}, {start, findLineStop(first, end)}};
+    return {{start, end}, {start, qb::text::findLineStop(first, end)}};
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/Kept.h"
 #include "Foundation/PlainClasses.h"
+#include "Text/ByteGroup.h"
 #include "Text/Bytes.h"
 #include "Text/Hash.h"
 
@@ -15,10 +16,6 @@
 #include <cstring>
 #include <new>
 #include <utility>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace qb {
 
@@ -64,37 +61,18 @@ inline bool areEqualShortTexts(const NSObject *a, const NSObject *b) {
 struct alignas(16) HashTable::Group {
     static constexpr std::uint32_t kPlaces = 12;
 
-    std::uint8_t tags[kPlaces];     // 0: free
+    std::uint8_t tags[kPlaces];     // 0: free; sixteen bytes together with the next
     std::uint32_t passedBy;         // how many keys found no free place here and stand in a later group
     std::uint32_t indexes[kPlaces]; // the numbers of the entries in the places
 
     // Returns a mask of the places that have that tag.
     std::uint32_t placesWith(std::uint8_t tag) const {
-#ifdef __SSE2__
-        const __m128i line = _mm_load_si128(reinterpret_cast<const __m128i *>(this));
-        const __m128i same = _mm_cmpeq_epi8(line, _mm_set1_epi32(static_cast<int>(tag * 0x01010101U)));
-        return static_cast<std::uint32_t>(_mm_movemask_epi8(same)) & ((1U << kPlaces) - 1);
-#else
-        std::uint32_t places = 0;
-        for (std::uint32_t i = 0; i < kPlaces; ++i)
-            places |= static_cast<std::uint32_t>(tags[i] == tag) << i;
-        return places;
-#endif
+        return text::bytesThatAre(reinterpret_cast<const std::uint8_t *>(this), tag) & ((1U << kPlaces) - 1);
     }
 
-    // Writes the tag of a free place. The tags are written as a whole, as they are read: the processor makes
-    // a read of many bytes wait when a part of them was written just before.
+    // Writes the tag of a free place.
     void take(int place, std::uint8_t tag) {
-#ifdef __SSE2__
-        static constexpr std::uint8_t kOneByte[2 * 16 - 1] = {0, 0, 0, 0, 0, 0, 0, 0,
-                                                              0, 0, 0, 0, 0, 0, 0, 0xff};
-        auto *const line = reinterpret_cast<__m128i *>(this);
-        const __m128i at = _mm_loadu_si128(reinterpret_cast<const __m128i *>(kOneByte + 15 - place));
-        const __m128i everywhere = _mm_set1_epi32(static_cast<int>(tag * 0x01010101U));
-        _mm_store_si128(line, _mm_or_si128(_mm_load_si128(line), _mm_and_si128(at, everywhere)));
-#else
-        tags[place] = tag;
-#endif
+        text::setByte(reinterpret_cast<std::uint8_t *>(this), place, tag);
     }
 };
 

@@ -17,15 +17,6 @@ const char *find(const char *position, const char *end, const ByteSet &set) {
     return position;
 }
 
-// Returns `word` with the letters "A" to "Z" among its eight bytes as small ones.
-std::uint64_t lowered(std::uint64_t word) {
-    constexpr std::uint64_t kEach = 0x0101010101010101u;
-    const std::uint64_t ascii = word & (0x7F * kEach);
-    const std::uint64_t fromA = ascii + (0x80 - 'A') * kEach; // top bit: "A" or above
-    const std::uint64_t pastZ = ascii + (0x7F - 'Z') * kEach; // top bit: above "Z"
-    return word | ((fromA & ~pastZ & ~word & (0x80 * kEach)) >> 2);
-}
-
 } // namespace
 
 const char *findIn(const char *position, const char *end, const ByteSet &set) {
@@ -48,13 +39,6 @@ std::uint64_t membersAmong(const char *position, std::size_t length, const ByteS
     for (std::size_t i = 0; i < length; ++i)
         mask |= std::uint64_t{set.contains(static_cast<unsigned char>(position[i]))} << i;
     return mask;
-}
-
-std::size_t countByte(const char *position, const char *end, char byte) {
-    std::size_t count = 0;
-    for (; position != end; ++position)
-        count += *position == byte;
-    return count;
 }
 
 } // namespace plain
@@ -139,19 +123,6 @@ find(const char *position, const char *end, const ByteSet &set) {
     return count + static_cast<unsigned>(__builtin_popcount(inside));
 }
 
-[[gnu::target("avx2,popcnt")]] static std::size_t countByte(const char *position, const char *end,
-                                                            char byte) {
-    const __m256i wanted = _mm256_set1_epi8(byte);
-    std::size_t count = 0;
-    for (; end - position >= 32; position += 32) {
-        const std::uint32_t hits = topBits(_mm256_cmpeq_epi8(load(position), wanted));
-        count += static_cast<unsigned>(__builtin_popcount(hits));
-    }
-    const auto rest = static_cast<std::size_t>(end - position);
-    const std::uint32_t hits = topBits(_mm256_cmpeq_epi8(loadPart(position, rest), wanted));
-    return count + static_cast<unsigned>(__builtin_popcount(hits & ((1u << rest) - 1)));
-}
-
 } // namespace avx2
 
 const char *findIn(const char *position, const char *end, const ByteSet &set) {
@@ -168,17 +139,6 @@ std::size_t countIn(const char *position, const char *end, const ByteSet &set) {
 
 std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set) {
     return hasAvx2() ? avx2::membersAmong(position, length, set) : plain::membersAmong(position, length, set);
-}
-
-std::size_t countByte(const char *position, const char *end, char byte) {
-    return hasAvx2() ? avx2::countByte(position, end, byte) : plain::countByte(position, end, byte);
-}
-
-bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length) {
-    for (; length > 8; left += 8, right += 8, length -= 8)
-        if (plain::lowered(loadWord<std::uint64_t>(left)) != plain::lowered(loadWord<std::uint64_t>(right)))
-            return false;
-    return plain::lowered(loadShort(left, length)) == plain::lowered(loadShort(right, length));
 }
 
 } // namespace qb::text

@@ -1,4 +1,4 @@
-// Scans for bytes of a set, and comparisons that ignore ASCII case.
+// Scans for bytes of a set, for one byte, and for the ends of lines.
 #ifndef QB_TEXT_SCAN_H
 #define QB_TEXT_SCAN_H
 
@@ -10,6 +10,10 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace qb::text {
 
@@ -123,12 +127,22 @@ inline const char *findByteNearby(const char *position, const char *end, char by
     return end;
 }
 
-/// Returns how often `byte` stands in the text, which is one less than the pieces that it splits the text
-/// into.
-std::size_t countByte(const char *position, const char *end, char byte);
+/// What ends the text of a line: a line feed, a carriage return, a NUL.
+inline constexpr ByteSet kLineStops = ByteSet(std::string_view("\0\r\n", 3));
 
-/// Returns whether both runs of `length` bytes are equal when "A" to "Z" count as "a" to "z".
-bool equalIgnoringAsciiCase(const char *left, const char *right, std::size_t length);
+/// Returns the first of those bytes from `position` on, or `end`. Most lines are short, which needs no call.
+inline const char *findLineStop(const char *position, const char *end) {
+#ifdef __SSE2__
+    for (; end - position >= 16; position += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(position));
+        const auto places = [bytes](char byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte)); };
+        const __m128i stops = _mm_or_si128(_mm_or_si128(places('\n'), places('\r')), places('\0'));
+        if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(stops)))
+            return position + std::countr_zero(mask);
+    }
+#endif
+    return findIn(position, end, kLineStops);
+}
 
 /// Letters, digits and "_": what may stand in any name.
 inline constexpr ByteSet kLegalName = ByteSet("_").with('a', 'z').with('A', 'Z').with('0', '9');
@@ -138,7 +152,6 @@ const char *findIn(const char *position, const char *end, const ByteSet &set);
 const char *findNotIn(const char *position, const char *end, const ByteSet &set);
 std::size_t countIn(const char *position, const char *end, const ByteSet &set);
 std::uint64_t membersAmong(const char *position, std::size_t length, const ByteSet &set);
-std::size_t countByte(const char *position, const char *end, char byte);
 } // namespace plain
 
 } // namespace qb::text

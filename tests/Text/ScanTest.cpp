@@ -1,4 +1,5 @@
 #include "Text/Scan.h"
+#include "Text/ByteGroup.h"
 
 #include "RandomText.h"
 
@@ -47,34 +48,34 @@ TEST(ScanTest, SetsHoldTheirMembersOnly) {
 
 TEST(ScanTest, PlainAndVectorScansAgreeAtEachLengthAndAlignment) {
     Random random;
-    const std::string pieces[] = {"harmless text ", "x",  "name_1", "<", "&", "\xC3\xA9",
-                                  "\xE2\x82\xAC",   "\"", "\x7F"};
+    const std::string pieces[] = {"harmless text ", "x",  "name_1", "<",  "&",  "\xC3\xA9",
+                                  "\xE2\x82\xAC",   "\"", "\x7F",   "\r", "\n", std::string(1, '\0')};
     for (std::size_t length = 0; length <= 200 && !HasFailure(); ++length)
         for (std::size_t alignment = 0; alignment < 32; ++alignment) {
             ExactCopy copy(randomText(random, length, pieces), alignment);
             for (const text::ByteSet &set : {kMixed, kWords})
                 expectScansEqual(copy, set);
-            const auto xs = static_cast<std::size_t>(std::count(copy.begin(), copy.end(), 'x'));
-            EXPECT_EQ(text::countByte(copy.begin(), copy.end(), 'x'), xs);
-            EXPECT_EQ(text::plain::countByte(copy.begin(), copy.end(), 'x'), xs);
-            EXPECT_EQ(text::countByte(copy.begin(), copy.end(), '\0'), 0u); // behind the end neither
             const char *const firstX = std::find(copy.begin(), copy.end(), 'x');
             EXPECT_EQ(text::findByte(copy.begin(), copy.end(), 'x'), firstX);
             EXPECT_EQ(text::findByteNearby(copy.begin(), copy.end(), 'x'), firstX);
+            EXPECT_EQ(text::findLineStop(copy.begin(), copy.end()),
+                      text::plain::findIn(copy.begin(), copy.end(), text::kLineStops));
         }
 }
 
-TEST(ScanTest, OnlyAsciiLettersAreEqualInAnotherCase) {
-    for (const std::size_t place : {0u, 3u, 7u, 8u, 11u})
-        for (int left = 0; left < 256; ++left)
-            for (int right = 0; right < 256; ++right) {
-                std::string one(12, 'q');
-                std::string other(12, 'Q');
-                one[place] = static_cast<char>(left);
-                other[place] = static_cast<char>(right);
-                const auto isLetter = [](int byte) { return (byte | 32) >= 'a' && (byte | 32) <= 'z'; };
-                const bool isEqual = left == right || (isLetter(left) && (left ^ right) == 32);
-                ASSERT_EQ(text::equalIgnoringAsciiCase(one.data(), other.data(), 12), isEqual)
-                    << left << ' ' << right;
-            }
+TEST(ScanTest, GroupsOfBytesTellPlacesAndTakeBytes) {
+    Random random;
+    for (int round = 0; round < 1000; ++round) {
+        alignas(16) std::uint8_t group[16], other[16];
+        for (std::uint8_t &byte : group)
+            byte = static_cast<std::uint8_t>(random.below(3) * 0x7F);
+        std::copy(std::begin(group), std::end(group), other);
+        for (const std::uint8_t wanted : {0x00, 0x7F, 0xFE})
+            EXPECT_EQ(text::bytesThatAre(group, wanted), text::plain::bytesThatAre(group, wanted));
+        const auto place = static_cast<int>(random.below(16));
+        group[place] = other[place] = 0;
+        text::setByte(group, place, 0x81);
+        text::plain::setByte(other, place, 0x81);
+        EXPECT_TRUE(std::equal(std::begin(group), std::end(group), other));
+    }
 }
