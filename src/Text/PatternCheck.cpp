@@ -35,6 +35,8 @@ constexpr unsigned kMostRepeatsInRow = 8;
 constexpr PatternCount kMostReferences = 64;
 // Choices times back references; each asks for the places that the others have led to.
 constexpr PatternCount kMostChoices = 32;
+// Ways to choose anew at each back reference; the matcher tries them all.
+constexpr PatternCount kMostTrials = 2048;
 constexpr PatternCount kMostOpenEnds = 1;
 // Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
 // takes some 8 bytes for each two places.
@@ -295,8 +297,17 @@ private:
         const PatternShape &whole = level().branches;
         if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0))
             fault_ = "too much of it may vary beside back references";
-        else if (kMostChoices < whole.choices * whole.references)
+        else if (kMostChoices < whole.choices * whole.references || kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";
+        else if (whole.hasIdleLoop)
+            fault_ = "an endless repeat may match nothing beside back references";
+    }
+
+    static PatternCount trials(const PatternShape &whole) {
+        PatternCount trials = 1;
+        for (PatternCount i = 0; i < whole.references; i = i + 1)
+            trials = trials * (whole.choices + 1);
+        return trials;
     }
 
     /// How often a part is repeated.

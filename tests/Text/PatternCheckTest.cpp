@@ -80,9 +80,9 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
         "", "^[0-9]{14}$", "([a-z]+) \\1", "(^|[^a-z])word($|[^a-z])", "((25[0-5]|[01]?[0-9]?[0-9])\\.){3}",
         "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
         "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
-        "([^:]*):([a-z]+)/\\2", "[\\0-9]+(a*)(b*)[]\\1]", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}",
-        "a)b", "(|)\\1\\1", times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""),
-        times(100, "(a?)"), "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
+        "^a?([a-z]+)\\1{11}", "([^:]*):([a-z]+)/\\2", "[\\0-9]+(a*)(b*)[]\\1]", "\\0*.*", "a{32767}",
+        "(ab){1000}", "x{0,999}", "a)b", "(|)\\1\\1", times(2000, "[a-z]x"), "word" + times(999, "|word"),
+        nested(200, "a", ""), times(100, "(a?)"), "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
         // Malformed, which is the compiler's to say.
         "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x"};
     for (const std::string &pattern : patterns)
@@ -116,7 +116,9 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"^(a?)(.?)?\\2\\1", kGroup},
         {"(.{0,33})\\1", "it has too many choices beside back references"},
         {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
+        {"^a?([a-z]+)\\1{12}", "it has too many choices beside back references"},
         {"(a)\\1{65}", "it has too many back references"},
+        {"^([\"]?).([^\"]?)*\\1$", "an endless repeat may match nothing beside back references"},
         {"^(a*|b|)*$", kIdle},
         {"(^b|)+", kIdle},
         {"(()*^a)+", kIdle},
