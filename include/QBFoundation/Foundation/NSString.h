@@ -45,8 +45,8 @@ enum NSStringCompareOptions : std::uint32_t {
 ///
 /// A text is cut between characters only: a position inside a character of two units counts as the one in
 /// front of it. Operations that take a position or range throw NSRangeException when it is not inside the
-/// text, those that look at another text InvalidArgumentException when it is nil. What returns a text returns
-/// an immutable one, the receiver itself when nothing changes.
+/// text, those that look at another text, but for equality, InvalidArgumentException when it is nil. What
+/// returns a text returns an immutable one, the receiver itself when nothing changes.
 class QB_EXPORT NSString : public NSObject {
 public:
     NSString() noexcept;
