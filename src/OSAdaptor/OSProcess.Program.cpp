@@ -136,6 +136,7 @@ void Program::run(std::span<const Redirection> redirections) const noexcept {
 }
 
 void logAlert(const char *format, const char *first, const char *second) noexcept {
+    sys::ignoreSignalsOfWriting();
     try {
         OSLogger::loggerForCategory("alert"_ns)
             ->logWithLevelFormat(0, NSString::stringWithCString(format), first, second);
