@@ -178,25 +178,34 @@ TEST_F(QBFileOutputStreamTest, FilePointerIsWrittenInOrderWithOthersAndClosed) {
     EXPECT_EQ(directory_.read("out"), "abc");
 }
 
-TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsBuffer) {
-    for (int buffering : {_IOFBF, _IOLBF, _IONBF}) {
-        std::FILE *file = std::fopen((directory_ / "out").c_str(), "wb");
+TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsModeAndBuffer) {
+    const std::tuple<const char *, std::string, int> rows[] = {
+        {"wb", "", _IOFBF},   {"wb", "", _IOLBF},     {"wb", "", _IONBF},   {"w+b", "", _IOLBF},
+        {"r+b", "o", _IOFBF}, {"a+b", "old", _IOFBF}, {"r+b", "o", _IOLBF}, {"a+b", "old", _IOLBF}};
+    for (const auto &[mode, kept, buffering] : rows) {
+        directory_.write("out", "old");
+        std::FILE *file = std::fopen((directory_ / "out").c_str(), mode);
         std::setvbuf(file, nullptr, buffering, 0);
-        std::fputs("first", file);
+        if (!kept.empty())
+            std::fgetc(file); // and more into the buffer
+        const std::string first = kept.empty() || buffering == _IOLBF ? "first" : "";
+        std::fputs(first.c_str(), file);
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFilePointer(file);
         const std::string text = "line\n" + std::string(BUFSIZ, 'x') + "\ntail";
         {
             const Fault signals(Call::write, /*skip=*/0, /*times=*/3, EINTR);
             write(stream, text);
             stream->flush();
-            EXPECT_EQ(std::ftell(file), static_cast<long>(5 + text.size()));
+            EXPECT_EQ(signals.hits(), 3u) << mode << buffering;
+            EXPECT_EQ(std::ftell(file), static_cast<long>((kept + first + text).size())) << mode << buffering;
         }
         write(stream, "end");
         stream->close();
-        EXPECT_EQ(directory_.read("out"), "first" + text + "end");
+        EXPECT_EQ(directory_.read("out"), kept + first + text + "end") << mode << buffering;
 
-        file = std::fopen("/dev/full", "wb");
+        file = std::fopen("/dev/full", mode);
         std::setvbuf(file, nullptr, buffering, 0);
+        std::fputs("half a ", file);
         stream = QBFileOutputStream::streamWithFilePointer(file);
         expectErrorAt(buffering == _IOFBF ? "src/QBFileOutputStream:285" : "src/QBFileOutputStream:231",
                       100024, "<filehandle> No space left on device",

@@ -43,9 +43,31 @@ bool interrupted(std::FILE *file) {
     return true;
 }
 
-// Whether the stream does nothing but write bytes to a descriptor.
+// Whether what is written to the stream are bytes for a descriptor.
+bool isPlain(std::FILE *file) {
+    return ::__fwritable(file) && std::fwide(file, 0) <= 0 && ::fileno(file) >= 0;
+}
+
+// Whether there is nothing in the stream's buffer but what is to be written.
+bool isWriting(std::FILE *file) {
+    const char *const start = file->_IO_buf_base;
+    return ::__fwriting(file) && start && file->_IO_write_base == start && file->_IO_read_end == start;
+}
+
 bool isPlainSink(std::FILE *file) {
-    return ::__fwriting(file) && !::__freadable(file) && std::fwide(file, 0) <= 0 && ::fileno(file) >= 0;
+    return isWriting(file) && isPlain(file);
+}
+
+// Turns a plain stream, which may have been read, to writing. The descriptor is moved back to the stream's
+// place: behind it is what was read ahead.
+bool startWriting(std::FILE *file) {
+    if (::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
+        file->_IO_read_base = file->_IO_read_ptr = file->_IO_read_end = file->_IO_buf_base;
+        if (::__overflow(file, EOF) == 0)
+            return true;
+    }
+    file->_flags |= _IO_ERR_SEEN; // with ESPIPE where there is no way back
+    return false;
 }
 
 // Writes to the descriptor of a plain sink; returns whether all was written. The stream remembers a failure.
@@ -77,10 +99,12 @@ std::size_t lengthAtOnce(std::FILE *file, const char *bytes, std::size_t length)
     return length - lines < (lines ? size : room) ? lines : length;
 }
 
-// Returns how many of the bytes were written or collected. A stream has no buffer before its first bytes.
+// Returns how many of the bytes were written or collected.
 std::size_t putInto(std::FILE *file, const char *bytes, std::size_t length) {
-    if (!isPlainSink(file) || ::__fbufsize(file) == 0)
+    if (!isPlain(file))
         return ::fwrite_unlocked(bytes, 1, length, file);
+    if (!isWriting(file) && !startWriting(file))
+        return 0;
     const std::size_t atOnce = lengthAtOnce(file, bytes, length);
     std::size_t done = 0;
     if (atOnce > 0 && !(writeCollected(file) && writePast(file, bytes, atOnce, done)))

@@ -1,9 +1,9 @@
 // C streams. The library has one thread, so nothing here takes the stream's lock.
 //
 // A full disk shows at the latest in `fflush` or `fclose`. Reading and writing are repeated after a signal
-// and lose nothing. Writing on a stream that also reads, or of wide characters, can't be: the C library drops
-// what it had buffered when a write fails, so an interruption, possible only on pipes, sockets and terminals
-// and under handlers without the restart flag, is an error like any other there.
+// and lose nothing. Writing of wide characters, and on streams without a descriptor, can't be: the C library
+// drops what it had buffered when a write fails, so an interruption, possible only on pipes, sockets and
+// terminals and under handlers without the restart flag, is an error like any other there.
 #ifndef QBFOUNDATION_SYSTEM_STDIO_H
 #define QBFOUNDATION_SYSTEM_STDIO_H
 
