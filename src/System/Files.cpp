@@ -2,7 +2,9 @@
 
 #include "Attempt.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <sys/sendfile.h>
 #include <unistd.h>
 
@@ -10,12 +12,16 @@ namespace qb::sys {
 
 namespace {
 
-int globError = 0; // why the last expansion was given up
+int globError = 0; // why the last expansion is not whole
 
-// A directory that may not be read has no matches, as in a shell. One that could have been read has.
-int givesUpGlob(const char *, int error) {
-    globError = error;
-    return error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO;
+// Notes the failure of a call for an expansion. What isn't there or may not be read has no matches, as in a
+// shell; what could have been read has, and the C library would leave them out without a word.
+template <class Result>
+Result noted(Result result) {
+    constexpr int kWithoutMatches[] = {0, ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG};
+    if (result == failure<Result>() && std::ranges::find(kWithoutMatches, errno) == std::end(kWithoutMatches))
+        globError = errno;
+    return result;
 }
 
 int answerOfGlob(int error) {
@@ -247,8 +253,17 @@ int glob(const char *pattern, int flags, glob_t *matches) noexcept {
     *matches = glob_t{};
     if (fails(Call::glob))
         return answerOfGlob(errno);
-    const int result = ::glob(pattern, flags & ~(GLOB_APPEND | GLOB_DOOFFS), givesUpGlob, matches);
-    return result == GLOB_ABORTED ? answerOfGlob(globError) : result;
+    matches->gl_opendir = [](const char *path) { return static_cast<void *>(noted(sys::opendir(path))); };
+    matches->gl_readdir = [](void *directory) { return noted(sys::readdir(static_cast<DIR *>(directory))); };
+    matches->gl_closedir = [](void *directory) {
+        static_cast<void>(sys::closedir(static_cast<DIR *>(directory)));
+    };
+    matches->gl_stat = [](const char *path, struct stat *info) { return noted(sys::stat(path, info)); };
+    matches->gl_lstat = [](const char *path, struct stat *info) { return noted(sys::lstat(path, info)); };
+    globError = 0;
+    const int result =
+        ::glob(pattern, (flags & ~(GLOB_APPEND | GLOB_DOOFFS)) | GLOB_ALTDIRFUNC, nullptr, matches);
+    return globError != 0 ? answerOfGlob(globError) : result;
 }
 
 void globfree(glob_t *matches) noexcept {

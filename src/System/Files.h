@@ -118,7 +118,8 @@ char *getcwd(char *buffer, std::size_t size) noexcept;
 /// Changes the working directory.
 int chdir(const char *path) noexcept;
 /// Expands a pattern; returns 0, GLOB_NOMATCH, GLOB_NOSPACE or, with errno set, GLOB_ABORTED: when a
-/// directory could not be read for another reason than that it may not. Always to be followed by `globfree`.
+/// directory or name could not be looked at for another reason than that it isn't there or may not be read.
+/// Always to be followed by `globfree`.
 int glob(const char *pattern, int flags, glob_t *matches) noexcept;
 /// Frees what `glob` stored, after a failure too.
 void globfree(glob_t *matches) noexcept;
