@@ -133,10 +133,11 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
         write(stream, "first");
         expectError(100024, describe(stream->tmpFilename()) + " Input/output error", [&] {
-            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
+            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO), alarm(Call::open, 0, 3, EINTR);
             stream->reset(); // nothing is missing after it
+            EXPECT_EQ(alarm.hits(), atomically ? 0u : 3u);
         });
-        const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR);
+        const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR), last(Call::fclose, 0, 1, EINTR);
         write(stream, "2nd");
         stream->close();
         EXPECT_EQ(describeFiles(), "out: 2nd\n");
@@ -277,7 +278,7 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
 
 TEST_F(QBFileOutputStreamTest, FailedResetClosesTheFile) {
     directory_.write("out", "old");
-    for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::freopen, NO)}) {
+    for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::open, NO)}) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), atomically);
         const std::string name = describe(stream->tmpFilename());
         {

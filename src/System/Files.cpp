@@ -1,10 +1,12 @@
 #include "Files.h"
 
 #include "Attempt.h"
+#include "Descriptor.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 #include <sys/sendfile.h>
 #include <unistd.h>
 
@@ -42,12 +44,32 @@ int aboveStandardStreams(int descriptor) noexcept {
 }
 
 int open(const char *path, int flags, mode_t mode) noexcept {
-    return aboveStandardStreams(repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+    return openat(AT_FDCWD, path, flags, mode);
 }
 
 int openat(int directory, const char *path, int flags, mode_t mode) noexcept {
-    return aboveStandardStreams(
-        repeat(Call::open, [&] { return ::openat(directory, path, flags | O_CLOEXEC, mode); }));
+    const int firstFlags = (flags & ~O_TRUNC) | O_CLOEXEC;
+    const int opened = repeat(Call::open, [&] { return ::openat(directory, path, firstFlags, mode); });
+    Descriptor descriptor(aboveStandardStreams(opened));
+    if (opened >= 0 && !descriptor && (flags & O_CREAT) && (flags & O_EXCL)) {
+        const int error = errno;
+        ::unlinkat(directory, path, 0);
+        errno = error;
+    }
+    return descriptor && (flags & O_TRUNC) && makeEmpty(descriptor.get()) != 0 ? -1 : descriptor.release();
+}
+
+int openingFlags(const char *mode) noexcept {
+    const std::string_view letters = mode ? mode : "";
+    const bool isBoth = letters.find('+') != letters.npos, isNew = letters.find('x') != letters.npos;
+    const int writing = (isBoth ? O_RDWR : O_WRONLY) | O_CREAT | (isNew ? O_EXCL : 0);
+    if (letters.starts_with('r'))
+        return isBoth ? O_RDWR : O_RDONLY;
+    if (letters.starts_with('w'))
+        return writing | O_TRUNC;
+    if (letters.starts_with('a'))
+        return writing | O_APPEND;
+    return errno = EINVAL, -1;
 }
 
 int openExclusive(const char *path, mode_t mode) noexcept {
@@ -135,6 +157,10 @@ ssize_t sendfile(int target, int source, off_t *offset, std::size_t length) noex
 
 int ftruncate(int descriptor, off_t length) noexcept {
     return repeat(Call::ftruncate, [&] { return ::ftruncate(descriptor, length); });
+}
+
+int makeEmpty(int descriptor) noexcept {
+    return ftruncate(descriptor, 0) == 0 || errno == EINVAL ? 0 : -1;
 }
 
 int fsync(int descriptor) noexcept {

@@ -24,9 +24,13 @@ namespace qb::sys {
 /// it. Takes -1 for a failed call and leaves errno.
 int aboveStandardStreams(int descriptor) noexcept;
 /// Opens `path`; `mode` (less the umask) is for a file that is created.
+///
+/// Where a duplicate is needed and can't be had, O_EXCL leaves no new file behind, and O_TRUNC the content.
 int open(const char *path, int flags, mode_t mode = 0666) noexcept;
 /// As `open`; a relative path is one in the open directory (the call `open` to faults).
 int openat(int directory, const char *path, int flags, mode_t mode = 0666) noexcept;
+/// Returns the flags with which a C stream of that mode opens its file; -1 and EINVAL when it is no mode.
+int openingFlags(const char *mode) noexcept;
 /// Creates `path` for reading and writing; EEXIST when anything has that name already, be it a dangling link.
 int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
@@ -61,6 +65,8 @@ ssize_t copy_file_range(int source, off64_t *sourceOffset, int target, off64_t *
 ssize_t sendfile(int target, int source, off_t *offset, std::size_t length) noexcept;
 /// Sets the file's length.
 int ftruncate(int descriptor, off_t length) noexcept;
+/// Takes away an open file's content; what has no length, such as a pipe, stays as it is.
+int makeEmpty(int descriptor) noexcept;
 /// Waits until data and metadata are on the disk.
 int fsync(int descriptor) noexcept;
 /// Waits until the data, and what it takes to find them, are on the disk.

@@ -13,16 +13,15 @@
 
 namespace qb::sys {
 
-/// Opens with close-on-exec, never on a standard stream's descriptor; a null or overlong `mode` is EINVAL.
+/// Opens as `open` does, with its close-on-exec; a null `mode` is EINVAL.
 std::FILE *fopen(const char *path, const char *mode) noexcept;
 /// Makes a stream that owns `descriptor`; after null the descriptor is still the caller's.
 std::FILE *fdopen(int descriptor, const char *mode) noexcept;
-/// Opens `path` in place of the stream's file, on the same descriptor; close-on-exec unless that is 0, 1
-/// or 2.
-///
-/// After null the old file is closed, and the stream gone, except for the three standard ones.
+/// Opens `path` in place of a standard stream's file, on the same descriptor, for programs started to
+/// inherit. After null the stream is closed.
 std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept;
-/// Writes out and closes; EOF when either failed. The stream is gone in any case.
+/// Writes out and closes; EOF when either failed, other than by an interruption of the closing. The stream is
+/// gone in any case.
 int fclose(std::FILE *file) noexcept;
 
 /// Reads whole items; fewer at the end of the file, with errno 0, or after an error (`ferror`).
