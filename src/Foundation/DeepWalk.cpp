@@ -104,8 +104,10 @@ private:
         ContainerKind kind = kindOfLibraryClass(cls);
         if (kind == ContainerKind::none && walks >= kMostWalks)
             kind = containerKindOf(a);
-        if (kind == ContainerKind::none)
+        if (kind == ContainerKind::none) {
+            const Kept keptA(a), keptB(b); // whatever they do to what holds them
             return a->isEqual(b) ? Verdict::equal : Verdict::different;
+        }
         return open(a, b, kind);
     }
 
