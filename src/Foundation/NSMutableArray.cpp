@@ -58,10 +58,10 @@ Class *NSMutableArray::cls() {
 }
 
 Ref<NSMutableArray> NSMutableArray::initWith(std::span<const id> elements) {
+    const std::uint32_t count = qb::countOf(elements, "NSMutableArray initWithObjects:count:");
     if (std::find(elements.begin(), elements.end(), nullptr) != elements.end())
         qb::throwMissing("NSMutableArray initWithObjects:count:", "an object");
-    return qb::init<NSMutableArray>(&NSMutableArray::setUpWithObjects, elements.data(),
-                                    static_cast<std::uint32_t>(elements.size()));
+    return qb::init<NSMutableArray>(&NSMutableArray::setUpWithObjects, elements.data(), count);
 }
 
 Ref<NSMutableArray> NSMutableArray::initWithArray(NSArray *other) {
