@@ -94,7 +94,8 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
 void NSMutableArray::addObject(id object) {
     qb::required(object, "NSMutableArray addObject:", "an object");
     if (count_ == capacity_)
-        reserve(std::max<std::uint64_t>(4, std::uint64_t{capacity_} * 2));
+        qb::growCapacity(capacity_, std::max<std::uint64_t>(4, std::uint64_t{count_} + 1), kMostElements,
+                         [this](std::uint64_t capacity) { reserve(capacity); });
     elements_[count_++] = object->retain();
     ++mutations_;
 }
