@@ -275,8 +275,12 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
     const std::uint32_t hash = hashOf(key);
     if (Entry *const entry = lookUp(key, hash))
         return *entry;
-    if (used_ == capacity_)
-        rebuild(std::max(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2, kLeastCapacity));
+    if (used_ == capacity_) {
+        const bool staysAsLarge = count_ + count_ / 4 < capacity_; // without its holes
+        growCapacity(staysAsLarge ? capacity_ / 2 : capacity_, std::max(count_ + 1, kLeastCapacity),
+                     kMostEntries,
+                     [this](std::uint64_t capacity) { rebuild(static_cast<std::uint32_t>(capacity)); });
+    }
     const std::uint32_t index = used_++;
     entries_[index] = {key->retain(), nullptr};
     hashes_[index] = hash;

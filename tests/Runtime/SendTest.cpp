@@ -17,7 +17,8 @@ struct Proxy : NSObject {
 /// Lets go of the invocation that it is called by, and of its values.
 struct Careless : NSObject {
     static Class *cls() {
-        static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop)};
+        static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop),
+                                             qb::method<"square">(&Careless::square)};
         static Class *const self = new Class("Careless", NSObject::cls(), methods);
         return self;
     }
@@ -27,7 +28,9 @@ struct Careless : NSObject {
         invocation = nullptr;
         return NSString::stringWith(text->view());
     }
+    float square() { return root * root; } // on 32 bits with more digits than a float has
     Ref<NSInvocation> invocation;
+    volatile float root = 9.99F;
 };
 
 std::uint32_t countTwice(id self, NSString *string) {
@@ -106,6 +109,16 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
         careless->invocation->setArguments({NSString::stringWith("a text on the heap")});
     }
     careless->invocation->invoke();
+}
+
+TEST_F(SendTest, ResultsAndValuesHaveTheDigitsOfTheirTypes) {
+    const Ref<Careless> careless = Ref<Careless>::adopt(new Careless);
+    const volatile float square = careless->square();
+    EXPECT_EQ(qb::Value(careless->root * careless->root).as<float>(), square);
+    NSInvocation *const invocation = NSInvocation::invocationWithTarget(careless, "square"_sel);
+    invocation->invoke();
+    EXPECT_EQ(invocation->returnValue().as<float>(), square);
+    EXPECT_EQ(send<float>(careless, "square"_sel), square);
 }
 
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {

@@ -7,6 +7,7 @@
 #include <QBFoundation/Runtime/Ref.h>
 #include <QBFoundation/Runtime/Type.h>
 
+#include <cfloat>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -17,6 +18,19 @@
 #include <vector>
 
 namespace qb {
+
+namespace detail {
+// Returns a floating-point number with no more digits than its type has, as it may have in a register.
+template <class T>
+T rounded(T number) {
+    if constexpr (FLT_EVAL_METHOD == 0) {
+        return number;
+    } else {
+        const volatile T stored = number;
+        return stored;
+    }
+}
+} // namespace detail
 
 /// One value of any type that an operation can take or return. It retains the object that it holds.
 class QB_EXPORT Value {
@@ -168,7 +182,7 @@ void Value::store(const T &value) {
         width_ = sizeof(T) * 8;
         isSigned_ = isSignedInteger<T>();
     } else if constexpr (kind == Kind::real) {
-        payload_.real = static_cast<double>(value);
+        payload_.real = static_cast<double>(detail::rounded(value));
     } else if constexpr (kind == Kind::cString) {
         payload_.pointer = value;
         info_ = &typeid(char);
