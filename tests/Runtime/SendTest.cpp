@@ -163,7 +163,13 @@ TEST_F(SendTest, TypesAreNamedAsTheyAreChecked) {
     EXPECT_EQ(qb::nameOf(qb::typeOf<const char *const *>()), "char const* const *");
 }
 
-TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
+TEST_F(SendTest, NamesOfClassesAreTheirOwnAndNoneOfTheLibrary) {
+    std::string name = "MadeAtRunTime";
+    static Class *const made = new Class(name.c_str(), NSObject::cls(), {}, nullptr, {name.c_str()});
+    name[0] = '#';
+    EXPECT_EQ(NSClassFromString("MadeAtRunTime"_ns), made);
+    EXPECT_TRUE(made->conformsToProtocol(Protocol::named("MadeAtRunTime")));
+
     EXPECT_THROW(new Class("OSTime", NSObject::cls(), {}), InvalidArgumentException);
     EXPECT_EQ(NSClassFromString("OSTime"_ns), OSTime::cls());
     static const qb::ClassRegistration impostor{[] {
