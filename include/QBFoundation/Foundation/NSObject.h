@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <new>
+#include <string_view> // has std::hash
 
 class NSArray;
 class NSCoder;
@@ -62,6 +64,13 @@ public:
     static void *operator new(std::size_t size) { return qb::allocateObject(size); }
     static void *operator new(std::size_t, void *place) noexcept { return place; }
     static void operator delete(void *memory, std::size_t size) noexcept { qb::freeObject(memory, size); }
+    // For classes that need more alignment than the free lists give.
+    static void *operator new(std::size_t size, std::align_val_t alignment) {
+        return ::operator new(size, alignment);
+    }
+    static void operator delete(void *memory, std::align_val_t alignment) noexcept {
+        ::operator delete(memory, alignment);
+    }
 
     static Class *cls();
 

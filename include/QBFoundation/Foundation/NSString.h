@@ -52,6 +52,7 @@ public:
     NSString() noexcept;
     ~NSString() override;
 
+    using NSObject::operator delete;
     static void operator delete(void *memory, std::size_t size) noexcept;
 
     static Class *cls();
