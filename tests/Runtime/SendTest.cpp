@@ -57,6 +57,13 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
                   "QBTally allStrings must have a result that is a NSString *.");
     EXPECT_EQ(tally->countForString("a"_ns), 3u);
+    EXPECT_EQ(qb::Value(INT64_MIN).as<double>(), -0x1p63);
+    EXPECT_EQ(qb::Value(UINT64_MAX << 11).as<double>(), 0x1p64 - 0x1p11);
+    EXPECT_EQ(qb::Value(0).as<float>(), 0);
+    EXPECT_THROW(static_cast<void>(qb::Value(UINT64_MAX << 10).as<double>()), InvalidArgumentException);
+    const auto order = +[](id, id, void *) noexcept { return 0; };
+    NSArray *const texts = NSArray::arrayWith({"b"_ns, "a"_ns});
+    EXPECT_TRUE(send(texts, "sortedArrayUsingFunction:context:"_sel, order, nullptr)->isEqual(texts));
 }
 
 TEST_F(SendTest, NilAnswersZeroAndUnknownSelectorsThrowOrAreForwarded) {
