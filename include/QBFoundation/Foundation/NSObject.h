@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/Ref.h>
 #include <QBFoundation/Runtime/Types.h>
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -116,7 +117,8 @@ public:
     /// equal hashes.
     virtual BOOL isEqual(id other) const;
     virtual std::uint32_t hash() const;
-    /// Orders the values. Only classes with an order respond to the selector; here it throws
+    friend bool operator==(const NSObject &a, const NSObject &b) { return a.isEqual(b.self()); }
+    /// Orders the values. Only classes with an order respond to the selector, and have `<=>`; here it throws
     /// InvalidArgumentException.
     virtual NSComparisonResult compare(id other) const;
     /// Returns an immutable object of equal value, the object itself when it is immutable.
@@ -278,5 +280,11 @@ T *castOrNil(id object) {
 
 /// Writes the description of `object`, or "(null)".
 QB_EXPORT std::ostream &operator<<(std::ostream &stream, const NSObject &object);
+
+/// `hash`, of objects of every class.
+template <std::derived_from<NSObject> Object>
+struct std::hash<Object> {
+    std::size_t operator()(const Object &object) const { return object.hash(); }
+};
 
 #endif
