@@ -116,8 +116,10 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
 }
 
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {
-    Class *const strings = NSString::cls();
-    EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b")), "1b");
+    Class *const strings = NSMutableString::cls();
+    const id made = send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b");
+    EXPECT_EQ(describe(made), "1b");
+    EXPECT_TRUE(made->isMemberOfClass(strings));
     const qb::Value both[] = {1, "b"};
     EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:andArglist:"_sel, "%d%s"_ns,
                             qb::ArgList(both, 2))),
