@@ -152,12 +152,23 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
     std::uint32_t place = 0;
     while (Entry *const entry = nextWithHash(hash, place)) {
         // The comparison may be a client's code, which may change the table.
+        NSObject *const candidate = entry->key;
         const auto index = static_cast<std::uint32_t>(entry - entries_);
-        const Kept kept(keptOf(entry->key));
-        if (entry->key == key || key->isEqual(entry->key))
-            return index < used_ && entries_[index].key ? &entries_[index] : nullptr;
+        const Kept kept(isPlainString(key) ? keptOf(candidate) : candidate);
+        if (candidate == key || key->isEqual(candidate))
+            return index < used_ && entries_[index].key == candidate ? &entries_[index]
+                                                                     : entryOf(candidate, hash);
     }
     return nullptr;
+}
+
+// The entry of that very key, wherever it stands now; null when it is gone.
+HashTable::Entry *HashTable::entryOf(const NSObject *key, std::uint32_t hash) const {
+    std::uint32_t place = 0;
+    Entry *entry = nextWithHash(hash, place);
+    while (entry && entry->key != key)
+        entry = nextWithHash(hash, place);
+    return entry;
 }
 
 HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {

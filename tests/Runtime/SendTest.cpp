@@ -60,6 +60,13 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
                   "QBTally allStrings must have a result that is a NSString *.");
     EXPECT_EQ(tally->countForString("a"_ns), 3u);
+    EXPECT_EQ(qb::Value(INT64_MIN).as<double>(), -0x1p63);
+    EXPECT_EQ(qb::Value(UINT64_MAX << 11).as<double>(), 0x1p64 - 0x1p11);
+    EXPECT_EQ(qb::Value(0).as<float>(), 0);
+    EXPECT_THROW(static_cast<void>(qb::Value(UINT64_MAX << 10).as<double>()), InvalidArgumentException);
+    const auto order = +[](id, id, void *) noexcept { return 0; };
+    NSArray *const texts = NSArray::arrayWith({"b"_ns, "a"_ns});
+    EXPECT_TRUE(send(texts, "sortedArrayUsingFunction:context:"_sel, order, nullptr)->isEqual(texts));
 }
 
 TEST_F(SendTest, NilAnswersZeroAndUnknownSelectorsThrowOrAreForwarded) {
@@ -122,8 +129,10 @@ TEST_F(SendTest, ResultsAndValuesHaveTheDigitsOfTheirTypes) {
 }
 
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {
-    Class *const strings = NSString::cls();
-    EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b")), "1b");
+    Class *const strings = NSMutableString::cls();
+    const id made = send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b");
+    EXPECT_EQ(describe(made), "1b");
+    EXPECT_TRUE(made->isMemberOfClass(strings));
     const qb::Value both[] = {1, "b"};
     EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:andArglist:"_sel, "%d%s"_ns,
                             qb::ArgList(both, 2))),
@@ -176,7 +185,13 @@ TEST_F(SendTest, TypesAreNamedAsTheyAreChecked) {
     EXPECT_EQ(qb::nameOf(qb::typeOf<const char *const *>()), "char const* const *");
 }
 
-TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
+TEST_F(SendTest, NamesOfClassesAreTheirOwnAndNoneOfTheLibrary) {
+    std::string name = "MadeAtRunTime";
+    static Class *const made = new Class(name.c_str(), NSObject::cls(), {}, nullptr, {name.c_str()});
+    name[0] = '#';
+    EXPECT_EQ(NSClassFromString("MadeAtRunTime"_ns), made);
+    EXPECT_TRUE(made->conformsToProtocol(Protocol::named("MadeAtRunTime")));
+
     EXPECT_THROW(new Class("OSTime", NSObject::cls(), {}), InvalidArgumentException);
     EXPECT_EQ(NSClassFromString("OSTime"_ns), OSTime::cls());
     static const qb::ClassRegistration impostor{[] {
