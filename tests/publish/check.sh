@@ -362,14 +362,15 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         ) 2>"$work/stderr"
     }
     new_site
-    mkdir "$site/assets/e"
-    echo more >"$site/assets/e/more"
+    mkdir -p "$site/assets/e/e"
+    echo more >"$site/assets/e/e/more"
+    ln -s loop "$site/assets/loop"
     publish --quiet "$site" "$work/old"
     page index.html '{ title = New; }' changed
-    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e}
+    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e,loop}
     ln -s d "$site/assets/e"
-    mkdir "$site/assets/data.bin"
-    echo new >"$site/assets/data.bin/new"
+    mkdir "$site"/assets/{data.bin,loop}
+    echo new | tee "$site"/assets/{data.bin,loop}/new >/dev/null
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
@@ -407,6 +408,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
     publish --quiet "$site" "$out"
+    injected rmdir error=ENOTEMPTY 1 || fail 'what got a file while it was removed is left'
     injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
     grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
 fi
