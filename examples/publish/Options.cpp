@@ -21,7 +21,7 @@ const char *const kUsage =
     "  --watch              while serving, publish again when something in SITE has changed\n"
     "  --key-file FILE      the key of enciphered pages, up to 72 bytes\n"
     "  --encipher FILE      write FILE enciphered to standard output, for a page's source\n"
-    "  --decipher FILE      write the text of the enciphered FILE to standard output\n"
+    "  --decipher FILE      write what the enciphered FILE holds to standard output\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"

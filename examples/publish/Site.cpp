@@ -67,7 +67,9 @@ bool addDates(Page &page) {
 
 NSString *readEnciphered(NSString *file, const Cipher &cipher) {
     NSData *const bytes = readBytes(file);
-    return bytes ? cipher.deciphered(bytes, file) : nullptr;
+    NSData *const content = bytes ? cipher.deciphered(bytes, file) : nullptr;
+    NSString *const text = content ? textIn(content) : nullptr;
+    return text && isUtf8(text, file) ? text : nullptr;
 }
 
 bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) {

@@ -101,20 +101,22 @@ bool publishSite(const Options &options, const Plugins &plugins, Counts &counts,
     return isDone && !hasFailed();
 }
 
-// Writes the enciphered bytes of a file, or the text of an enciphered one, to standard output.
+// Writes the enciphered bytes of a file, or what an enciphered one holds, to standard output.
 bool convert(const Options &options) {
     Cipher cipher;
     NSData *const bytes =
         !options.keyFile || cipher.readKey(options.keyFile) ? readBytes(options.converted) : nullptr;
     if (!bytes)
         return false;
-    const id result = options.action == Options::Action::encipher
-                          ? static_cast<id>(cipher.enciphered(bytes, options.converted))
-                          : cipher.deciphered(bytes, options.converted);
+    NSData *const result = options.action == Options::Action::encipher
+                               ? cipher.enciphered(bytes, options.converted)
+                               : cipher.deciphered(bytes, options.converted);
     if (!result)
         return false;
-    const Ref<QBFileOutputStream> output =
-        QBFileOutputStream::initWithFilePointer(::fdopen(::dup(STDOUT_FILENO), "wb"));
+    std::FILE *const standardOutput = ::fdopen(::dup(STDOUT_FILENO), "wb");
+    if (!standardOutput)
+        return failWith(__LINE__, qb::kErrorCannotWrite, "standard output"_ns);
+    const Ref<QBFileOutputStream> output = QBFileOutputStream::initWithFilePointer(standardOutput);
     output->writeObject(result);
     output->close();
     return !hasFailed();

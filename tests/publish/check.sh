@@ -313,10 +313,16 @@ grep -qF 'deep/secret.html &lt;' "$out/deep/secret.html" || fail "secret.html: $
 with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text.html index.html.enc' ||
     fail 'index.html.enc does not come back'
 head -c 23 "$out/index.html.enc" >"$work/cut.enc"
+head -c -8 "$site/pages/deep/secret.txt.enc" >"$work/shortened.enc"
+printf '{ title = T; }\n---\n\xff' >"$work/latin.txt"
+with_key --encipher "$work/latin.txt" >"$site/pages/deep/latin.txt.enc"
 rows_fail 1 <<'ROWS'
 "$site" "$out"|[910031] There is no key for '
 --key-file "$work/other-key" "$site" "$out"|[910032] '
+--key-file "$work/key" "$site" "$out"|latin.txt.enc:3: the text is not valid UTF-8 at byte 19
 --key-file "$work/key" --decipher "$work/cut.enc"|[100239] The blowfish encrypted data is corrupt.
+--key-file "$work/key" --decipher "$work/shortened.enc"|[910032] '
+--key-file "$work/key" --encipher "$work/secret.txt" >&-|'standard output' could not be written: Bad file descriptor
 --key-file "$work/no-key" "$site" "$out"|[910030] The file '
 ROWS
 
