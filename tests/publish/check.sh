@@ -110,6 +110,7 @@ publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --s
     --set people.2.k=z "$site" "$out"
 [ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y z;' ] || fail "settings: $(cat "$out/index.html")"
 expect_failure 'a setting in none' "site.plist: the setting 'none.x' can't be replaced." --set none.x=1
+expect_failure 'a place of no name' "site.plist: the setting 'people.' can't be replaced." --set people.=1
 expect_failure 'pages above the site' "'..' is no path inside of a site." --set pages=..
 
 # Sorted lists, defaults, links and images.
@@ -125,7 +126,7 @@ page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
 {{#each pages by url as p}}{{link p.url}} {{/each}}
 {{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
-{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}}'
+{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}} {{link "1:2.html"}} {{link "deep/ü:x"}}'
 publish --quiet "$site" "$out"
 diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
 
@@ -134,7 +135,7 @@ A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
 er.html text.html ../index.html
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
-data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top
+data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top ../1:2.html ./ü:x
 TEXT
 rm -r "$out"
 
