@@ -18,11 +18,11 @@ namespace qb::sys {
 enum class Call : unsigned {
     any,
     // Memory
-    allocate, allocateZeroed, reallocate,
+    allocate, reallocate,
     // Files
-    open, close, dup, fcntl, read, pread, write, lseek, stat, fstat, lstat, access, readlink, rename,
+    open, close, fcntl, read, write, lseek, stat, fstat, lstat, access, readlink, rename,
     unlink, rmdir, mkdir, symlink, link, chmod, fchmod, utimensat, opendir, readdir, closedir, getcwd,
-    chdir, fsync, fdatasync, ftruncate, copy_file_range, sendfile, glob,
+    chdir, fsync, ftruncate, copy_file_range, sendfile, glob,
     // Stdio
     fopen, fdopen, freopen, fclose, fread, fwrite, fflush, fgets, fgetc, fseeko,
     // Clock
@@ -32,7 +32,7 @@ enum class Call : unsigned {
     gethostname,
     // Sockets
     socket, bind, listen, accept, connect, send, recv, poll, select, getsockopt, setsockopt, getsockname,
-    getpeername, shutdown, getaddrinfo, getnameinfo,
+    shutdown, getaddrinfo, getnameinfo,
     // Library, Iconv, Regex
     dlopen, iconv_open, iconv, iconv_close, setlocale, regcomp, regexec,
     end

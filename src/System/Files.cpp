@@ -85,10 +85,6 @@ int close(int descriptor) noexcept {
     return result == -1 && errno == EINTR ? 0 : result;
 }
 
-int dup(int descriptor) noexcept {
-    return attempt(Call::dup, [&] { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1); });
-}
-
 int fcntl(int descriptor, int command, int argument) noexcept {
     return repeat(Call::fcntl, [&] { return ::fcntl(descriptor, command, argument); });
 }
@@ -109,11 +105,6 @@ ssize_t readAll(int descriptor, void *buffer, std::size_t length) noexcept {
         done += static_cast<std::size_t>(count);
     }
     return static_cast<ssize_t>(done);
-}
-
-ssize_t pread(int descriptor, void *buffer, std::size_t length, off_t offset) noexcept {
-    return repeat(
-        Call::pread, [&] { return ::pread(descriptor, buffer, length, offset); }, &length);
 }
 
 ssize_t write(int descriptor, const void *buffer, std::size_t length, OnSignal onSignal) noexcept {
@@ -165,10 +156,6 @@ int makeEmpty(int descriptor) noexcept {
 
 int fsync(int descriptor) noexcept {
     return repeat(Call::fsync, [&] { return ::fsync(descriptor); });
-}
-
-int fdatasync(int descriptor) noexcept {
-    return repeat(Call::fdatasync, [&] { return ::fdatasync(descriptor); });
 }
 
 int syncDirectory(const char *path) noexcept {
@@ -231,13 +218,6 @@ int chmod(const char *path, mode_t mode) noexcept {
 
 int fchmod(int descriptor, mode_t mode) noexcept {
     return repeat(Call::fchmod, [&] { return ::fchmod(descriptor, mode); });
-}
-
-mode_t currentUmask() noexcept {
-    // The system tells the mask only when it is changed; a strict one in between opens nothing to others.
-    const mode_t mask = ::umask(077);
-    ::umask(mask);
-    return mask;
 }
 
 int utimensat(const char *path, const timespec times[2]) noexcept {

@@ -36,8 +36,6 @@ int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
 /// success.
 int close(int descriptor) noexcept;
-/// Returns another descriptor for the same open file, never 0, 1 or 2.
-int dup(int descriptor) noexcept;
 /// Does a command that takes an integer or nothing (F_GETFL, F_SETFL, F_GETFD, F_SETFD).
 int fcntl(int descriptor, int command, int argument = 0) noexcept;
 
@@ -47,8 +45,6 @@ int fcntl(int descriptor, int command, int argument = 0) noexcept;
 ssize_t read(int descriptor, void *buffer, std::size_t length, OnSignal onSignal = OnSignal::repeat) noexcept;
 /// Reads until `length` bytes are there or the end is reached; returns how many there are, -1 after an error.
 ssize_t readAll(int descriptor, void *buffer, std::size_t length) noexcept;
-/// Reads once, from `offset` on.
-ssize_t pread(int descriptor, void *buffer, std::size_t length, off_t offset) noexcept;
 /// Writes once; returns the bytes written, which may be fewer.
 ssize_t write(int descriptor, const void *buffer, std::size_t length,
               OnSignal onSignal = OnSignal::repeat) noexcept;
@@ -69,8 +65,6 @@ int ftruncate(int descriptor, off_t length) noexcept;
 int makeEmpty(int descriptor) noexcept;
 /// Waits until data and metadata are on the disk.
 int fsync(int descriptor) noexcept;
-/// Waits until the data, and what it takes to find them, are on the disk.
-int fdatasync(int descriptor) noexcept;
 /// Waits until the directory's entries are on the disk; success where the file system can't sync directories,
 /// and where the directory may not be read.
 int syncDirectory(const char *path) noexcept;
@@ -103,8 +97,6 @@ int link(const char *source, const char *target) noexcept;
 int chmod(const char *path, mode_t mode) noexcept;
 /// Sets the permissions of an open file.
 int fchmod(int descriptor, mode_t mode) noexcept;
-/// Returns the process's umask, unchanged.
-mode_t currentUmask() noexcept;
 /// Sets access and modification time (null: both to now).
 int utimensat(const char *path, const timespec times[2]) noexcept;
 

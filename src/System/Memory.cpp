@@ -12,10 +12,6 @@ void *allocate(std::size_t size) noexcept {
     return attempt(Call::allocate, [&] { return std::malloc(size); });
 }
 
-void *allocateZeroed(std::size_t count, std::size_t size) noexcept {
-    return attempt(Call::allocateZeroed, [&] { return std::calloc(count, size); });
-}
-
 void *allocateAligned(std::size_t alignment, std::size_t size) noexcept {
     return attempt(Call::allocate, [&] { return std::aligned_alloc(alignment, size); });
 }

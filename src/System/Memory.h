@@ -10,9 +10,6 @@ namespace qb::sys {
 /// `malloc`: returns `size` bytes (0: a pointer of its own), or null with ENOMEM. To be given to `release`.
 [[nodiscard]] void *allocate(std::size_t size) noexcept;
 
-/// `calloc`: as `allocate` for `count` items of `size` bytes, all zero; a product that overflows is ENOMEM.
-[[nodiscard]] void *allocateZeroed(std::size_t count, std::size_t size) noexcept;
-
 /// `aligned_alloc`: as `allocate`, at a multiple of `alignment`, a power of two that divides `size`.
 [[nodiscard]] void *allocateAligned(std::size_t alignment, std::size_t size) noexcept;
 

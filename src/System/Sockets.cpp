@@ -85,10 +85,6 @@ int getsockname(int socket, sockaddr *address, socklen_t *length) noexcept {
     return attempt(Call::getsockname, [&] { return ::getsockname(socket, address, length); });
 }
 
-int getpeername(int socket, sockaddr *address, socklen_t *length) noexcept {
-    return attempt(Call::getpeername, [&] { return ::getpeername(socket, address, length); });
-}
-
 int shutdown(int socket, int how) noexcept {
     return attempt(Call::shutdown, [&] { return ::shutdown(socket, how); });
 }

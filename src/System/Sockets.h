@@ -52,8 +52,6 @@ int getsockopt(int socket, int level, int option, void *value, socklen_t *length
 int setsockopt(int socket, int level, int option, const void *value, socklen_t length) noexcept;
 /// Stores the socket's own address.
 int getsockname(int socket, sockaddr *address, socklen_t *length) noexcept;
-/// Stores the peer's address.
-int getpeername(int socket, sockaddr *address, socklen_t *length) noexcept;
 /// Ends one direction of a connection, or both.
 int shutdown(int socket, int how) noexcept;
 /// Looks a host or service up; returns 0 or an EAI number (EAI_SYSTEM: see errno). `freeaddrinfo` frees the

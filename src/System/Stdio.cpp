@@ -217,10 +217,6 @@ std::size_t readLine(char *buffer, std::size_t size, std::FILE *file) noexcept {
     return length;
 }
 
-char *fgets(char *buffer, std::size_t size, std::FILE *file) noexcept {
-    return readLine(buffer, size, file) > 0 ? buffer : nullptr;
-}
-
 int fgetc(std::FILE *file) noexcept {
     errno = 0;
     int byte = EOF;
@@ -247,10 +243,6 @@ int rewind(std::FILE *file) noexcept {
     const int outcome = sys::fseeko(file, 0, SEEK_SET);
     sys::clearerr(file); // of a pipe too, whose next writer may have come
     return outcome;
-}
-
-bool feof(std::FILE *file) noexcept {
-    return ::feof_unlocked(file) != 0;
 }
 
 bool ferror(std::FILE *file) noexcept {

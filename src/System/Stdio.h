@@ -34,8 +34,6 @@ int fflush(std::FILE *file) noexcept;
 ///
 /// Returns how many bytes were read: 0 at the end (errno 0) or after an error (`ferror`).
 std::size_t readLine(char *buffer, std::size_t size, std::FILE *file) noexcept;
-/// `readLine` that answers `buffer`, or null when nothing was read.
-char *fgets(char *buffer, std::size_t size, std::FILE *file) noexcept;
 /// Reads one byte, 0..255, or EOF at the end (errno 0) and after an error.
 int fgetc(std::FILE *file) noexcept;
 /// Writes the bytes at once, behind what the stream has buffered. `ferror` tells of a failure.
@@ -45,8 +43,6 @@ void print(const void *bytes, std::size_t length, std::FILE *file) noexcept;
 int fseeko(std::FILE *file, off_t offset, int whence) noexcept;
 /// Moves to the start, and forgets end and errors; unlike the C function it answers -1 when it can't move.
 int rewind(std::FILE *file) noexcept;
-/// Returns whether reading has met the end.
-bool feof(std::FILE *file) noexcept;
 /// Returns whether a call has failed on this stream.
 bool ferror(std::FILE *file) noexcept;
 /// Forgets end and errors.

@@ -39,7 +39,7 @@ public:
 
     /// Whether files don't show what such a failure may have lost, so that nothing but telling of it will do.
     static bool isToBeTold(const Way &way, Call call) {
-        constexpr Call kLasting[] = {Call::fsync, Call::fdatasync, Call::fflush, Call::fclose};
+        constexpr Call kLasting[] = {Call::fsync, Call::fflush, Call::fclose};
         return way.value != 0 && way.value != EINTR &&
                std::ranges::find(kLasting, call) != std::end(kLasting);
     }
