@@ -85,7 +85,7 @@ check 'no leftovers' no_line_matches '\b(TO''DO|FIX''ME)\b' "${texts[@]}"
 check 'no path of one machine' no_line_matches '/(ho''me|Us''ers)/[a-z]|/ro''ot/' "${texts[@]}"
 check 'no trailing blanks' no_line_matches '[[:blank:]]+$' "${code[@]}" "${shells[@]}"
 check 'each suppression gives its check and reason' no_line_matches 'NOLINT[A-Z]*($|[^A-Z(]|\([^)]*\)[[:blank:]]*$)' "${code[@]}"
-check 'files under 600 lines' no_file_is_long
+check 'files of at most 600 lines' no_file_is_long
 check 'include guards' guards_follow_paths
 check 'headers compile alone' headers_compile_alone
 [ $tidy = none ] || check 'clang-tidy' tidy_is_clean

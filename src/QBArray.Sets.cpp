@@ -200,7 +200,7 @@ NSArray *NSArray::badElementsForGoodElements(NSArray *goodElements) const {
 std::uint32_t NSArray::indexOfObjectUsingSelector(SEL selector, id withObject) const {
     const qb::Value value(withObject);
     std::uint32_t index = 0;
-    for (id element : *this) {
+    for (const Ref<NSObject> element : *this) { // kept, whatever it does to the array
         if (isTrueAnswer(element, selector, {&value, 1}))
             return index;
         ++index;

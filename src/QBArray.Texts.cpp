@@ -4,7 +4,9 @@
 #include <QBFoundation/OSAdaptor/OSFilePath.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSArray.Tables.h"
+#include "Foundation/PlainClasses.h"
 
 #include <string>
 #include <string_view>
@@ -13,6 +15,9 @@
 namespace {
 
 std::string_view textOf(id element) {
+    if (qb::isPlainString(element))
+        return static_cast<NSString *>(element)->cString();
+    const qb::Kept kept(element); // whose text it may be
     const char *const text = element->cStringValue();
     return text ? text : std::string_view();
 }

@@ -45,7 +45,7 @@ struct Piece {
 };
 
 // Reads up to `length` bytes: to the buffer, unless they can be had where they are.
-Piece nextPiece(QBInputStream *from, PieceBuffer &buffer, std::uint32_t length, const long *timeout) {
+Piece nextPiece(QBInputStream *from, PieceBuffer &buffer, std::uint32_t length, const std::int64_t *timeout) {
     std::int32_t count = 0;
     if (const void *const bytes = timeout ? nullptr : from->takeBuffer(length, &count))
         return {bytes, count};
@@ -70,7 +70,7 @@ Class *QBCopyShop::cls() {
         qb::method<"copyFrom:to:">(&QBCopyShop::copyFrom),
         qb::method<"copyFrom:to:timeout:">(&QBCopyShop::copyFromToTimeout),
         qb::method<"copyFrom:to:length:", Count(From, To, Count)>(&QBCopyShop::copyFromToLength),
-        qb::method<"copyFrom:to:length:timeout:", Count(From, To, Count, long)>(
+        qb::method<"copyFrom:to:length:timeout:", Count(From, To, Count, std::int64_t)>(
             &QBCopyShop::copyFromToLength),
     };
     static Class *const self = new Class("QBCopyShop", NSObject::cls(), methods, qb::construct<QBCopyShop>);
@@ -86,7 +86,7 @@ std::int32_t QBCopyShop::copyFrom(QBInputStream *from, QBOutputStream *to) {
     return copyAll(from, to, nullptr);
 }
 
-std::int32_t QBCopyShop::copyFromToTimeout(QBInputStream *from, QBOutputStream *to, long timeout) {
+std::int32_t QBCopyShop::copyFromToTimeout(QBInputStream *from, QBOutputStream *to, std::int64_t timeout) {
     return copyAll(from, to, &timeout);
 }
 
@@ -95,11 +95,11 @@ std::uint32_t QBCopyShop::copyFromToLength(QBInputStream *from, QBOutputStream *
 }
 
 std::uint32_t QBCopyShop::copyFromToLength(QBInputStream *from, QBOutputStream *to, std::uint32_t length,
-                                           long timeout) {
+                                           std::int64_t timeout) {
     return static_cast<std::uint32_t>(copyUpTo(length, from, to, &timeout));
 }
 
-std::int32_t QBCopyShop::copyAll(QBInputStream *from, QBOutputStream *to, const long *timeout) const {
+std::int32_t QBCopyShop::copyAll(QBInputStream *from, QBOutputStream *to, const std::int64_t *timeout) const {
     const std::uint64_t count = copyUpTo(UINT64_MAX, from, to, timeout);
     if (count <= INT32_MAX)
         return static_cast<std::int32_t>(count);
@@ -108,7 +108,7 @@ std::int32_t QBCopyShop::copyAll(QBInputStream *from, QBOutputStream *to, const 
 }
 
 std::uint64_t QBCopyShop::copyUpTo(std::uint64_t limit, QBInputStream *from, QBOutputStream *to,
-                                   const long *timeout) const {
+                                   const std::int64_t *timeout) const {
     qb::required(from, "QBCopyShop copyFrom:to:", "a source");
     qb::required(to, "QBCopyShop copyFrom:to:", "a sink");
     const Ref<QBInputStream> keptSource(from); // whatever the two do to their owners

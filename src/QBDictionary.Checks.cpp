@@ -33,7 +33,7 @@ NSArray *NSDictionary::badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) co
         bad->addObjectsFromArray(allKeys()->badElementsForGoodElements(allowed));
     if (required)
         for (const Ref<NSObject> key : *required)
-            if (IsNil(objectForKey(key)))
+            if (const Ref<NSObject> value = objectForKey(key); IsNil(value))
                 bad->addObject(key);
     return bad->containsData() ? bad : nullptr;
 }

@@ -31,7 +31,7 @@ public:
         const bool hasEnd = length != 0 && bytes_[length - 1] == '\n';
         line_ = {bytes_, length - hasEnd};
         ++number_;
-        if (!hasEnd && qb::sys::ferror(file_)) {
+        if (!hasEnd && errno != 0 && qb::sys::ferror(file_)) { // the flag may be an earlier call's
             qb::raiseError(kFile, __LINE__, qb::kErrorCannotRead, "<unknown>", std::strerror(errno));
             return Step::failure;
         }

@@ -5,6 +5,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/Nesting.h"
 
@@ -17,6 +18,7 @@ struct KeysAndValues {
 };
 
 NSString *textOf(id object) {
+    const qb::Kept kept(object); // whatever it does for its text
     if (auto *string = qb::castOrNil<NSString>(object))
         return string;
     return object ? object->stringValue() : nullptr;
@@ -52,13 +54,13 @@ id NSDictionary::deepObjectForKey(NSString *key, id withDefault) const {
 }
 
 std::int32_t NSDictionary::intValueForKey(id key, std::int32_t withDefault) const {
-    const id value = objectForKey(key);
-    return value ? send<std::int32_t>(value, "intValue"_sel) : withDefault;
+    const qb::Kept value(objectForKey(key));
+    return value.get() ? send<std::int32_t>(value.get(), "intValue"_sel) : withDefault;
 }
 
 BOOL NSDictionary::boolValueForKey(id key, BOOL withDefault) const {
-    const id value = objectForKey(key);
-    return value ? send<BOOL>(value, "boolValue"_sel) : withDefault;
+    const qb::Kept value(objectForKey(key));
+    return value.get() ? send<BOOL>(value.get(), "boolValue"_sel) : withDefault;
 }
 
 NSString *NSDictionary::pathForKey(id key, NSString *withDefault, NSString *defaultBasePath) const {
@@ -72,8 +74,8 @@ NSString *NSDictionary::pathForKey(id key, NSString *withDefault, NSString *defa
 }
 
 NSString *NSDictionary::stringForKey(id key) const {
-    const id value = objectForKey(key);
-    return value ? value->stringValue() : nullptr;
+    const qb::Kept value(objectForKey(key));
+    return value.get() ? value.get()->stringValue() : nullptr;
 }
 
 NSArray *NSDictionary::array() const {
@@ -99,8 +101,10 @@ NSArray *NSDictionary::allKeysAndValuesRecursive(BOOL recursive, BOOL sorted) co
     if (nesting.isTooDeep())
         return nullptr;
     NSMutableArray *const texts = NSMutableArray::array();
-    for (const auto &[key, value] : *this)
+    for (const auto &[key, value] : *this) {
+        const Ref<NSObject> kept = key;
         texts->addObjectIfNotNil(key->stringValue());
+    }
     for (const auto &[key, value] : *this) {
         const Ref<NSObject> kept = value; // whatever its own values do for their texts
         if (recursive && value->respondsToSelector(kThisOperation))

@@ -23,9 +23,6 @@ namespace {
 // So many objects go through a filter before the answers that were dropped are given back.
 constexpr unsigned kPulledInAPool = 1024;
 
-// The changes of sources by which chains may have become out of date.
-constinit std::uint64_t sourceChanges = 0;
-
 // Filters and other enumerators that are just asking each other.
 constinit unsigned nesting = 0;
 
@@ -101,19 +98,29 @@ id QBEnumFilter::doFilter(id object) {
 
 /// What the objects of a filter come through: filters of the library, whose steps are done one after the
 /// other without a call of `nextObject`, so that their number meets no end of the stack; and what the first
-/// of them has as its source.
+/// of them has as its source. No filter has one that is out of date: it would keep what nobody else does.
 class QBEnumFilter::Chain final : public NSObject {
 public:
-    explicit Chain(QBEnumFilter *last) : lastIsOfLibrary_(isFilterOfLibrary(*last)) {
+    explicit Chain(QBEnumFilter *last) : last_(last), lastIsOfLibrary_(isFilterOfLibrary(*last)) {
         collectFilters(last);
         steps_.assign(filters_.rbegin(), filters_.rend());
         if (lastIsOfLibrary_)
             steps_.push_back(last);
         if (NSObject *const origin = origin_; origin && typeid(*origin) == typeid(qb::ArrayEnumerator))
             array_ = static_cast<qb::ArrayEnumerator *>(origin);
+        if (next_)
+            next_->place_ = &next_;
+        newest_ = this;
     }
+    ~Chain() override { leaveList(); }
 
-    bool isCurrent() const { return sourceChanges_ == sourceChanges; }
+    /// Takes the chains of all filters away; who goes through one just now keeps it until then.
+    static void dropAll() {
+        while (Chain *const chain = newest_) {
+            chain->leaveList();
+            const Ref<Chain> dropped = std::exchange(chain->last_->chain_, nullptr);
+        }
+    }
 
     /// Returns the next object that comes in at the first filter; nil at the end.
     [[gnu::always_inline]] id nextOfOrigin() const {
@@ -138,6 +145,15 @@ public:
     }
 
 private:
+    void leaveList() {
+        if (!place_)
+            return;
+        *place_ = next_;
+        if (next_)
+            next_->place_ = place_;
+        place_ = nullptr;
+    }
+
     // A circle comes back to the filter at a power of two (R. P. Brent, "An improved Monte Carlo
     // factorization algorithm", 1980).
     void collectFilters(QBEnumFilter *last) {
@@ -162,12 +178,16 @@ private:
     std::vector<QBEnumFilter *> steps_; // the same in their order, and the last one if it is of the library
     Ref<NSObject> origin_;
     qb::ArrayEnumerator *array_ = nullptr; // the origin, when it is one
-    const std::uint64_t sourceChanges_ = sourceChanges;
+    QBEnumFilter *const last_;             // which has the chain as long as that is in the list of all
     const bool lastIsOfLibrary_;
+
+    static inline constinit Chain *newest_ = nullptr;
+    Chain *next_ = newest_;    // an older one
+    Chain **place_ = &newest_; // where the list leads here; null: not in it any more
 };
 
 const Ref<QBEnumFilter::Chain> &QBEnumFilter::currentChain() {
-    if (!chain_ || !chain_->isCurrent())
+    if (!chain_)
         chain_ = Ref<Chain>::adopt(new Chain(this));
     return chain_;
 }
@@ -176,9 +196,8 @@ void QBEnumFilter::_setSource(id source) {
     if (source_.get() == source)
         return;
     std::exchange(source_, source).autorelease();
-    chain_ = nullptr; // which keeps the old source
     if (isInChain_)
-        ++sourceChanges;
+        Chain::dropAll();
 }
 
 // --- Enumeration ---
@@ -186,7 +205,7 @@ void QBEnumFilter::_setSource(id source) {
 // Takes one object of the origin. Returns false at the end; else `result` is what comes out for the object,
 // or nil.
 [[gnu::always_inline]] inline bool QBEnumFilter::pull(Ref<Chain> &chain, id &result) {
-    if (!chain || !chain->isCurrent())
+    if (!chain_ || chain != chain_)
         chain = currentChain();
     const id object = chain->nextOfOrigin();
     result = object ? chain->pass(object, this) : nullptr;

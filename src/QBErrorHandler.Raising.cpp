@@ -145,6 +145,7 @@ void QBErrorHandler::raiseFatalErrorWithArgList(int error, const qb::ArgList &ar
 
 // The messages are the format themselves: a "%" in them is read as a conversion.
 void QBErrorHandler::terminateBecauseOfFatalError() {
+    qb::sys::ignoreSignalsOfWriting();
     try {
         NSString *const messages = errorStackMessagesStringWithIndent(nullptr);
         OSLogger::loggerForCategory("alert"_ns)->logWithLevelFormat(0, messages);

@@ -274,7 +274,10 @@ void QBFileOutputStream::reset() {
 
 // Returns false, with errno set, when the file is not open any more.
 bool QBFileOutputStream::reopen() {
-    filePtr_ = sys::freopen(tmpFilename_->cString(), "wb", filePtr_);
+    std::FILE *const before = std::exchange(filePtr_, sys::fopen(tmpFilename_->cString(), "wb"));
+    const int error = errno;
+    sys::fclose(before); // has been flushed
+    errno = error;
     if (filePtr_ && window_)
         sys::setUnbuffered(filePtr_);
     return filePtr_ != nullptr;

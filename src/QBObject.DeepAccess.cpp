@@ -12,6 +12,7 @@
 #include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSObject.Tables.h"
 #include "Foundation/PlainClasses.h"
 #include "Text/Scan.h"
@@ -126,6 +127,7 @@ id valueAt(id object, std::string_view component) {
     const Ref<NSString> kept = NSString::initWith(walk.key); // whoever gets one may change the text
     walk.key = kept->view();
     for (; !walk.isOver; isReceiver = false) {
+        const qb::Kept keptObject(walk.object); // whatever it does to what holds it
         if (!isReceiver && Question::isDueTo(walk.object)) {
             const Question question;
             return walk.object->deepObjectForKey(NSString::stringWith(walk.key));

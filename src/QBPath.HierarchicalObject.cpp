@@ -19,11 +19,11 @@ class Climb {
 public:
     Climb(id start, const char *selector) : object_(start), marked_(start), selector_(selector) {}
 
-    id object() const { return object_; }
+    const Ref<NSObject> &object() const { return object_; }
 
     // Returns false at the root.
     bool goOn() {
-        const id parent = send<id>(object_, "parentObject"_sel);
+        const Ref<NSObject> parent = send<id>(object_.get(), "parentObject"_sel);
         if (IsNil(parent))
             return false;
         // An object that is met again would be for ever; it is enough to remember the one at each power of
@@ -40,14 +40,13 @@ public:
     }
 
 private:
-    id object_;
-    id marked_;
+    Ref<NSObject> object_, marked_; // kept, for their operations may take the tree apart
     const char *selector_;
     std::uint64_t steps_ = 0;
     std::uint64_t nextMark_ = 1;
 };
 
-id rootOf(id object) {
+Ref<NSObject> rootOf(id object) {
     Climb climb(object, "_objRelativeTo:exact:");
     while (climb.goOn()) {
     }
@@ -81,11 +80,12 @@ std::span<const qb::Method> qb::tables::pathHierarchicalObject() {
 }
 
 QBPath *QBPath::qbPathWithObjectOfClass(Class *asked, id object) {
+    const Ref<NSObject> kept = object; // whatever it does when it is asked
     std::vector<Ref<NSObject>> names;
     if (!IsNil(object)) {
         Climb climb(object, "qbPathWithObject:");
         do
-            names.emplace_back(send<id>(climb.object(), "name"_sel));
+            names.emplace_back(send<id>(climb.object().get(), "name"_sel));
         while (climb.goOn());
     }
     const std::vector<id> components(names.rbegin(), names.rend());
@@ -105,8 +105,8 @@ id QBPath::_objRelativeTo(id start, BOOL) const {
     if (!start)
         return nullptr;
     const Ref<NSArray> components = pathArray(); // the objects may let the path go
-    id object = isAbsolutePath() ? rootOf(start) : start;
+    Ref<NSObject> object = isAbsolutePath() ? rootOf(start) : Ref<NSObject>(start);
     for (std::uint32_t i = 0; object && i < components->count(); ++i)
         object = stepFrom(object, static_cast<NSString *>(components->objectAtIndex(i)));
-    return object;
+    return object.autorelease();
 }

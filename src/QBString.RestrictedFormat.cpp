@@ -127,17 +127,24 @@ Ref<NSString> filled(std::string_view format, Source source) {
     return NSString::initWith(fill(text, format, source) ? text.view() : format);
 }
 
+// The class operations, which make a string of the class that was asked.
+NSString *ofClass(Class *asked, NSString *text) {
+    return text && asked != NSString::cls() ? NSString::initOfClass(asked, text->view()).autorelease() : text;
+}
+NSString *withListOfClass(Class *asked, NSString *format, const qb::ArgList &argList) {
+    return ofClass(asked, NSString::stringWithRestrictedFormatAndArglist(format, argList));
+}
+NSString *withObjectsOfClass(Class *asked, NSString *format, NSArray *objects) {
+    return ofClass(asked, NSString::stringWithRestrictedFormatAndObjects(format, objects));
+}
+
 } // namespace
 
 std::span<const qb::Method> qb::tables::stringRestrictedFormat() {
     static const qb::Method methods[] = {
-        qb::classMethod<"stringWithRestrictedFormat:", NSString *(NSString *, const qb::ArgList &)>(
-            &NSString::stringWithRestrictedFormatAndArglist),
-        qb::classMethod<"stringWithRestrictedFormat:andArglist:",
-                        NSString *(NSString *, const qb::ArgList &)>(
-            &NSString::stringWithRestrictedFormatAndArglist),
-        qb::classMethod<"stringWithRestrictedFormat:andObjects:">(
-            &NSString::stringWithRestrictedFormatAndObjects),
+        qb::classMethod<"stringWithRestrictedFormat:">(&withListOfClass),
+        qb::classMethod<"stringWithRestrictedFormat:andArglist:">(&withListOfClass),
+        qb::classMethod<"stringWithRestrictedFormat:andObjects:">(&withObjectsOfClass),
     };
     return methods;
 }

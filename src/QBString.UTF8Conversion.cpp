@@ -34,7 +34,8 @@ const unsigned char *unsignedBytes(const char *bytes) {
 void raiseMalformed(std::string_view text, std::size_t offset) {
     const std::size_t before = std::min(offset, kShownBefore);
     const std::string shown(text.substr(offset - before, before + kShownAfter)); // a handler may change it
-    qb::raiseError(kFile, kLineOfMalformed, qb::kErrorMalformedUtf8, static_cast<std::uint32_t>(offset));
+    const auto shownOffset = static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, UINT32_MAX));
+    qb::raiseError(kFile, kLineOfMalformed, qb::kErrorMalformedUtf8, shownOffset);
     if (debug <= 0)
         return;
     const std::string mark = std::string(before, ' ') + "^";

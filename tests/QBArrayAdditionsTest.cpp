@@ -157,4 +157,8 @@ TEST_F(QBArrayAdditionsTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed)
     meddle([](auto &it, auto &) { it.array->replace("a"_ns, "b"_ns, /*recursive=*/YES); });
     meddle([](auto &it, auto &other) { it.array->addObjectIfNotQBNil(other.single); });
     meddle([](auto &, auto &other) { QBPath::qbPathWithArray(other.array, YES, NO); });
+    meddle([](auto &it, auto &) { it.array->stringsJoinedByString(nullptr); });
+    meddle([](auto &it, auto &) { it.array->indexOfObjectUsingSelector("isEqual:"_sel, "x"_ns); });
+    meddle([](auto &it, auto &) { QBPath::qbPathWithObject(it.array->firstObject()); });
+    meddle([](auto &it, auto &) { "/a"_ns->asQbPath()->objectRelativeTo(it.array->firstObject()); });
 }

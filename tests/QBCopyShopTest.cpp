@@ -27,14 +27,14 @@ struct Source : ClientClass<Source, QBInputStream, "CopyShopSource"> {
             std::memset(buffer, 'x', std::min(static_cast<std::uint32_t>(result), length));
         return result;
     }
-    std::int32_t readBufferTimeout(void *buffer, std::uint32_t length, long timeout) {
+    std::int32_t readBufferTimeout(void *buffer, std::uint32_t length, std::int64_t timeout) {
         timeouts.push_back(timeout);
         return _readBuffer(buffer, length);
     }
 
     std::vector<std::int32_t> answers;
     std::vector<std::uint32_t> asked;
-    std::vector<long> timeouts;
+    std::vector<std::int64_t> timeouts;
 };
 
 Ref<Source> source(std::vector<std::int32_t> answers) {
@@ -101,9 +101,10 @@ TEST_F(QBCopyShopTest, TimedCopiesReadWithTheTimeOutAndEndWithIt) {
     QBDataOutputStream *const target = QBDataOutputStream::stream();
     QBCopyShop *const shop = QBCopyShop::copyShop();
     QBInputStream *const input = from.get();
-    EXPECT_EQ(send<std::int32_t>(shop, "copyFrom:to:timeout:"_sel, input, target, 250L), 3); // late
+    constexpr std::int64_t kLong = std::int64_t{1} << 32;
+    EXPECT_EQ(send<std::int32_t>(shop, "copyFrom:to:timeout:"_sel, input, target, kLong), 3); // late
     EXPECT_EQ(send<std::uint32_t>(shop, "copyFrom:to:length:timeout:"_sel, input, target, 6u, -1L), 6u);
-    EXPECT_EQ(from->timeouts, (std::vector<long>{250, 250, -1, -1}));
+    EXPECT_EQ(from->timeouts, (std::vector<std::int64_t>{kLong, kLong, -1, -1}));
     EXPECT_EQ(from->asked, (std::vector<std::uint32_t>{65536, 65536, 6, 3}));
     EXPECT_EQ(target->byteCounter(), 9u);
     EXPECT_THROW(shop->copyFromToTimeout(QBDataInputStream::streamWithData(dataOf("x")), target, 1),

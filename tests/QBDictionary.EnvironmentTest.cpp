@@ -61,7 +61,8 @@ TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
         });
     }
     const auto file = fileWith("A=1\n");
-    const Fault broken(Call::fgets, 0, 0, EIO);
+    const Fault broken(Call::fgets, 0, 1, EIO);
     expectError(100023, "<unknown> Input/output error",
                 [&] { EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr); });
+    EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), "{A = 1; }");
 }

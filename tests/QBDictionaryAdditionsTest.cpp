@@ -178,6 +178,8 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalke
     using Dictionary = NSDictionary;
     meddle(
         [](auto &it, auto &) { it.dictionary->allKeysAndValuesRecursive(/*recursive=*/YES, /*sorted=*/NO); });
+    meddle([](auto &it, auto &) { it.dictionary->stringForKey(it.dictionary->allKeys()->firstObject()); });
+    meddle([](auto &it, auto &) { it.dictionary->deepObjectForKey("nested.inner.name"_ns); });
     meddle([](auto &it, auto &other) { it.dictionary->arrayUsingKeysFromArray(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->keysContainedBy(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->badKeysForGoodKeys(other.array, other.array); });

@@ -180,6 +180,9 @@ TEST_F(QBEnumFilterTest, SourcesAreKeptSharedAndGivenBack) {
             describe(NSArray::arrayWithObjects(copy->filterTarget(), copy->argument1(), copy->argument2())),
             "(t, x, y)");
     }
+    QBEnumFilter *const behind = filterOfClass("QBEnumFilter", "object"_sel);
+    behind->setSource(filter);
+    behind->nextObject();
     {
         const NSAutoreleasePool pool;
         filter->setSource("alone"_ns); // no enumerator: yields itself

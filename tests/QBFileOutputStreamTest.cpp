@@ -135,10 +135,11 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(directory_.string("out"), atomically);
         write(stream, "first");
         expectError(100024, describe(stream->tmpFilename()) + " Input/output error", [&] {
-            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO);
+            const Fault fault(Call::fflush, /*skip=*/0, /*times=*/1, EIO), alarm(Call::open, 0, 3, EINTR);
             stream->reset(); // nothing is missing after it
+            EXPECT_EQ(alarm.hits(), atomically ? 0u : 3u);
         });
-        const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR);
+        const Fault signals(Call::fwrite, /*skip=*/0, /*times=*/3, EINTR), last(Call::fclose, 0, 1, EINTR);
         write(stream, "2nd");
         stream->close();
         EXPECT_EQ(describeFiles(), "out: 2nd\n");
@@ -180,25 +181,34 @@ TEST_F(QBFileOutputStreamTest, FilePointerIsWrittenInOrderWithOthersAndClosed) {
     EXPECT_EQ(directory_.read("out"), "abc");
 }
 
-TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsBuffer) {
-    for (int buffering : {_IOFBF, _IOLBF, _IONBF}) {
-        std::FILE *file = std::fopen((directory_ / "out").c_str(), "wb");
+TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsModeAndBuffer) {
+    const std::tuple<const char *, std::string, int> rows[] = {
+        {"wb", "", _IOFBF},   {"wb", "", _IOLBF},     {"wb", "", _IONBF},   {"w+b", "", _IOLBF},
+        {"r+b", "o", _IOFBF}, {"a+b", "old", _IOFBF}, {"r+b", "o", _IOLBF}, {"a+b", "old", _IOLBF}};
+    for (const auto &[mode, kept, buffering] : rows) {
+        directory_.write("out", "old");
+        std::FILE *file = std::fopen((directory_ / "out").c_str(), mode);
         std::setvbuf(file, nullptr, buffering, 0);
-        std::fputs("first", file);
+        if (!kept.empty())
+            std::fgetc(file); // and more into the buffer
+        const std::string first = kept.empty() || buffering == _IOLBF ? "first" : "";
+        std::fputs(first.c_str(), file);
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFilePointer(file);
         const std::string text = "line\n" + std::string(BUFSIZ, 'x') + "\ntail";
         {
             const Fault signals(Call::write, /*skip=*/0, /*times=*/3, EINTR);
             write(stream, text);
             stream->flush();
-            EXPECT_EQ(std::ftell(file), static_cast<long>(5 + text.size()));
+            EXPECT_EQ(signals.hits(), 3u) << mode << buffering;
+            EXPECT_EQ(std::ftell(file), static_cast<long>((kept + first + text).size())) << mode << buffering;
         }
         write(stream, "end");
         stream->close();
-        EXPECT_EQ(directory_.read("out"), "first" + text + "end");
+        EXPECT_EQ(directory_.read("out"), kept + first + text + "end") << mode << buffering;
 
-        file = std::fopen("/dev/full", "wb");
+        file = std::fopen("/dev/full", mode);
         std::setvbuf(file, nullptr, buffering, 0);
+        std::fputs("half a ", file);
         stream = QBFileOutputStream::streamWithFilePointer(file);
         expectErrorAt(buffering == _IOFBF ? "src/QBFileOutputStream:285" : "src/QBFileOutputStream:231",
                       100024, "<filehandle> No space left on device",
@@ -270,7 +280,7 @@ TEST_F(QBFileOutputStreamTest, FailureAtAnyStepIsAnErrorAndLeavesTheOldFile) {
 
 TEST_F(QBFileOutputStreamTest, FailedResetClosesTheFile) {
     directory_.write("out", "old");
-    for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::freopen, NO)}) {
+    for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::open, NO)}) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), atomically);
         const std::string name = describe(stream->tmpFilename());
         {

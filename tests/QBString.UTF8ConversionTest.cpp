@@ -22,6 +22,11 @@ TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
     expectErrorAt(kPlace, 100231, "2", [&] { _raiseUtf8ErrorInString(bad, bad + 2); });
     expectError(100231, "3", [&] { EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2); });
     expectErrorAt(kPlace, 100231, "2", [&] { send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel); });
+    const std::string text = "0123456789\xFF";
+    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(&text.back()) - ((1ULL << 32) + 5);
+    if (sizeof start == 8)
+        expectError(100231, "4294967295",
+                    [&] { _raiseUtf8ErrorInString(reinterpret_cast<const char *>(start), &text.back()); });
 }
 
 TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {

@@ -4,6 +4,8 @@
 
 #include <QBFoundation/QBFoundation.h>
 
+#include <initializer_list>
+
 namespace publish {
 
 /// The extension of enciphered files, behind their own one.
@@ -17,16 +19,16 @@ public:
     /// Takes the bytes of a file as the key, without the line ends behind them. Returns false when it can't
     /// be read, or there are none.
     bool readKey(NSString *file);
-    /// Returns the bytes enciphered, which gives the same for the same bytes and key; nil without a key.
-    /// `name`: of the file that needs it.
+    /// Returns the bytes and their MD5 enciphered, which gives the same for the same bytes and key; nil
+    /// without a key. `name`: of the file that needs it.
     NSData *enciphered(NSData *bytes, NSString *name) const;
-    /// Returns the text that was enciphered; nil without a key, and when the bytes are damaged or not of this
-    /// key, as far as that can be seen.
-    NSString *deciphered(NSData *bytes, NSString *name) const;
+    /// Returns the bytes that were enciphered; nil without a key, and when they don't have the MD5 behind
+    /// them, for they are damaged or not of this key.
+    NSData *deciphered(NSData *bytes, NSString *name) const;
 
 private:
     bool hasKeyFor(NSString *name) const;
-    NSData *converted(NSData *bytes, BOOL decrypt, std::uint32_t seed) const;
+    NSData *converted(std::initializer_list<NSData *> parts, BOOL decrypt, std::uint32_t seed) const;
     std::uint32_t seedFor(NSData *bytes) const;
 
     Ref<NSData> key_; // null when there is none

@@ -97,7 +97,7 @@ bool isWithin(const std::string &path, const std::string &directory) {
 Kind kindOf(NSString *path) {
     struct stat status;
     if (::lstat(path->cString(), &status) != 0) {
-        if (errno != ENOENT && errno != ENOTDIR)
+        if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) // a loop on the way
             failWith(__LINE__, qb::kErrorCannotStat, path);
         return Kind::nothing;
     }

@@ -24,11 +24,16 @@ QBPath *fromRoot(NSString *path) {
     return QBPath::qbPathWithString("/"_ns)->pathByAppendingPathComponent(path);
 }
 
+// Whether a path's first component has a colon, which no path without "./" may have (RFC 3986, section 4.2).
+bool hasColonFirst(std::string_view path) {
+    return path.substr(0, path.find('/')).find(':') != std::string_view::npos;
+}
+
 // The way from a page to a path from the site's root.
 NSString *wayFrom(NSString *page, NSString *path) {
     if (path->containsData() && !path->hasSuffix("/"_ns)) {
         NSString *const way = fromRoot(page)->relativePathTo(fromRoot(path))->stringValue();
-        return hasScheme(way->view()) ? "./"_ns->stringByAppendingString(way) : way;
+        return hasColonFirst(way->view()) ? "./"_ns->stringByAppendingString(way) : way;
     }
     // That to a directory is that to a file in it, without the file.
     NSString *const file = wayFrom(page, path->stringByAppendingString("-"_ns));
@@ -39,8 +44,11 @@ NSString *wayFrom(NSString *page, NSString *path) {
 } // namespace
 
 bool hasScheme(std::string_view address) {
-    const std::size_t end = address.find_first_of(":/?#");
-    return end != std::string_view::npos && end != 0 && address[end] == ':';
+    constexpr std::string_view kBytes = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-.";
+    constexpr std::string_view kLetters = kBytes.substr(0, kBytes.find('0'));
+    const std::size_t end = address.find_first_not_of(kBytes);
+    return end != std::string_view::npos && address[end] == ':' &&
+           kLetters.find(address.front()) != std::string_view::npos;
 }
 
 std::string escapedPath(std::string_view path) {

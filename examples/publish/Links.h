@@ -9,7 +9,7 @@
 
 namespace publish {
 
-/// Whether an address begins with a scheme, as "https:".
+/// Whether an address begins with a scheme, as "https:" (RFC 3986, section 3.1).
 bool hasScheme(std::string_view address);
 
 /// Returns a path with all bytes escaped that mean something else in an address (RFC 3986, section 2).

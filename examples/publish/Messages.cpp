@@ -54,6 +54,8 @@ NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultF
         return "%s: '%s' is no address that a site can have."_ns;
     case kErrorNoPlugin:
         return "'%s' is no page plug-in: it has no class '%s' that answers valuesForPage:body:."_ns;
+    case kErrorThrown:
+        return "The run was ended by an exception: %s"_ns;
     case kErrorNoKey:
         return "The file '%s' holds no key."_ns;
     case kErrorKeyNeeded:

@@ -34,6 +34,7 @@ constexpr int kErrorNotSortable = 910022;
 constexpr int kErrorNoDate = 910023;
 constexpr int kErrorNoAddress = 910024;
 constexpr int kErrorNoPlugin = 910025;
+constexpr int kErrorThrown = 910026;
 constexpr int kErrorNoKey = 910030;
 constexpr int kErrorKeyNeeded = 910031;
 constexpr int kErrorNotDeciphered = 910032;

@@ -21,7 +21,7 @@ const char *const kUsage =
     "  --watch              while serving, publish again when something in SITE has changed\n"
     "  --key-file FILE      the key of enciphered pages, up to 72 bytes\n"
     "  --encipher FILE      write FILE enciphered to standard output, for a page's source\n"
-    "  --decipher FILE      write the text of the enciphered FILE to standard output\n"
+    "  --decipher FILE      write what the enciphered FILE holds to standard output\n"
     "  --log FILE           log to FILE instead of standard error\n"
     "  --log-level N        log lines up to level N (0 to 255; default 0)\n"
     "  --debug CHANNELS     trace these channels, separated by commas; 'help' lists them\n"
@@ -31,9 +31,9 @@ const char *const kUsage =
     "  --quiet              say nothing but errors, and where OUT is served\n"
     "  --help, --version    say this, or the version, and end\n"
     "\n"
-    "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or "
-    "the\n"
-    "next run completes the new one, or when nobody could be told; 2 when the command line was wrong.\n";
+    "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or\n"
+    "the next run completes the new one, or when nobody could be told; 2 when the command line was wrong;\n"
+    "255 when a plug-in could not be loaded.\n";
 
 namespace {
 

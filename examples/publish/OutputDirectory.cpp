@@ -20,15 +20,21 @@ constexpr std::string_view kStaging = ".publish";
 
 // Removes a directory of ours with all that is in it. No link is followed, be it ours or planted.
 bool removeTree(NSString *path) {
-    return NSFileManager::defaultManager()->removeFileAtPath(path) || errno == ENOENT ||
-           failWith(__LINE__, qb::kErrorCannotRemove, path);
+    // The filter of a run that was killed goes on, and may put its three files there meanwhile.
+    for (int filesToCome = 3; filesToCome >= 0; --filesToCome) {
+        if (NSFileManager::defaultManager()->removeFileAtPath(path) || errno == ENOENT)
+            return true;
+        if (errno != ENOTEMPTY)
+            break;
+    }
+    return failWith(__LINE__, qb::kErrorCannotRemove, path);
 }
 
-// Directories that are left empty go with their last file.
+// Directories that are left empty go with their last file. A run that was cut off may have removed some.
 void removeEmptyDirectories(NSString *root, NSString *path) {
     for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
          directory = directory->stringByDeletingLastPathComponent())
-        if (::rmdir(root->stringByAppendingPathComponent(directory)->cString()) != 0)
+        if (::rmdir(root->stringByAppendingPathComponent(directory)->cString()) != 0 && errno != ENOENT)
             return;
 }
 

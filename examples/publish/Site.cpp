@@ -67,7 +67,9 @@ bool addDates(Page &page) {
 
 NSString *readEnciphered(NSString *file, const Cipher &cipher) {
     NSData *const bytes = readBytes(file);
-    return bytes ? cipher.deciphered(bytes, file) : nullptr;
+    NSData *const content = bytes ? cipher.deciphered(bytes, file) : nullptr;
+    NSString *const text = content ? textIn(content) : nullptr;
+    return text && isUtf8(text, file) ? text : nullptr;
 }
 
 bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) {
@@ -199,11 +201,17 @@ bool readSettings(Site &site) {
     return settings;
 }
 
+// Whether a dotted key has no empty component, which would lead to the first place of a list.
+bool isComplete(NSString *key) {
+    return NSString::stringWithFormat(".%@."_ns, key)->view().find("..") == std::string_view::npos;
+}
+
 bool override(NSArray *overrides, Site &site) {
     for (std::uint32_t i = 0; i + 1 < overrides->count(); i += 2) {
         auto *key = static_cast<NSString *>(overrides->objectAtIndex(i));
         const id value = overrides->objectAtIndex(i + 1);
-        site.settings->setDeepObject(value, key);
+        if (isComplete(key))
+            site.settings->setDeepObject(value, key);
         // Where an array has no such place, nothing is stored and nothing said.
         if (hasFailed() || site.settings->deepObjectForKey(key) != value)
             return fail(__LINE__, kErrorNotASetting, site.file.get(), key);

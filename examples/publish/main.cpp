@@ -101,20 +101,22 @@ bool publishSite(const Options &options, const Plugins &plugins, Counts &counts,
     return isDone && !hasFailed();
 }
 
-// Writes the enciphered bytes of a file, or the text of an enciphered one, to standard output.
+// Writes the enciphered bytes of a file, or what an enciphered one holds, to standard output.
 bool convert(const Options &options) {
     Cipher cipher;
     NSData *const bytes =
         !options.keyFile || cipher.readKey(options.keyFile) ? readBytes(options.converted) : nullptr;
     if (!bytes)
         return false;
-    const id result = options.action == Options::Action::encipher
-                          ? static_cast<id>(cipher.enciphered(bytes, options.converted))
-                          : cipher.deciphered(bytes, options.converted);
+    NSData *const result = options.action == Options::Action::encipher
+                               ? cipher.enciphered(bytes, options.converted)
+                               : cipher.deciphered(bytes, options.converted);
     if (!result)
         return false;
-    const Ref<QBFileOutputStream> output =
-        QBFileOutputStream::initWithFilePointer(::fdopen(::dup(STDOUT_FILENO), "wb"));
+    std::FILE *const standardOutput = ::fdopen(::dup(STDOUT_FILENO), "wb");
+    if (!standardOutput)
+        return failWith(__LINE__, qb::kErrorCannotWrite, "standard output"_ns);
+    const Ref<QBFileOutputStream> output = QBFileOutputStream::initWithFilePointer(standardOutput);
     output->writeObject(result);
     output->close();
     return !hasFailed();
@@ -125,10 +127,22 @@ void sayErrors() {
     OSUserIO::eprintLn(messages);
 }
 
+// Makes an error of an exception, which a plug-in may throw.
+template <class Action>
+bool succeeds(Action action) {
+    try {
+        return action();
+    } catch (const std::exception &exception) {
+        return fail(__LINE__, kErrorThrown, exception.what());
+    } catch (...) {
+        return fail(__LINE__, kErrorThrown, "something was thrown that is none.");
+    }
+}
+
 // Publishes the site and says how that went.
 bool publishAndReport(const Options &options, const Plugins &plugins, serving::Watch *watch) {
     Counts counts;
-    const bool isPublished = publishSite(options, plugins, counts, watch);
+    const bool isPublished = succeeds([&] { return publishSite(options, plugins, counts, watch); });
     if (options.showsStatistics)
         NSAutoreleasePool::showAllPoolStatistics();
     if (!isPublished) {
@@ -168,14 +182,7 @@ private:
     static constexpr unsigned kLongestPause = 64; // seconds
 
     bool publishOnce() {
-        bool isDone = false;
-        try {
-            isDone = publishAndReport(options_, plugins_, watch_);
-        } catch (const std::exception &exception) { // of a plug-in, for one
-            OSUserIO::eprintLn(NSString::stringWithFormat("publish: %s"_ns, exception.what()));
-        } catch (...) {
-            OSUserIO::eprintLn("publish: something was thrown that is no exception"_ns);
-        }
+        const bool isDone = publishAndReport(options_, plugins_, watch_);
         std::fflush(stdout);
         ERRORHANDLER->clearErrorStack();
         return isDone;
@@ -206,7 +213,7 @@ int run(const Options &options) {
     watchForInterruption();
     Plugins plugins; // once, as a library that is loaded again stays what it was
     Ref<OSSocket> listener;
-    if (plugins.load(options.plugins) && options.serves())
+    if (succeeds([&] { return plugins.load(options.plugins); }) && options.serves())
         listener = options.socket ? serving::listenAt(options.socket) : serving::listenOnPort(options.port);
     if (hasFailed()) {
         sayErrors();
@@ -276,9 +283,6 @@ int main(int count, char **arguments) {
         return publish::main(count, arguments);
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "publish: %s\n", exception.what());
-        return 1;
-    } catch (...) { // as a plug-in may
-        std::fputs("publish: something was thrown that is no exception\n", stderr);
         return 1;
     }
 }

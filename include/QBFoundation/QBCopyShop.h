@@ -38,11 +38,11 @@ public:
     virtual std::int32_t copyFrom(QBInputStream *from, QBOutputStream *to);
     /// As above, by `readBuffer:length:timeout:`, which the streams of sockets have; `timeout`: milliseconds
     /// that each read waits. Throws InvalidArgumentException when the source has no such operation.
-    virtual std::int32_t copyFromToTimeout(QBInputStream *from, QBOutputStream *to, long timeout);
+    virtual std::int32_t copyFromToTimeout(QBInputStream *from, QBOutputStream *to, std::int64_t timeout);
     /// Copies `length` bytes, or all when there are less. Returns how many, counted as above.
     virtual std::uint32_t copyFromToLength(QBInputStream *from, QBOutputStream *to, std::uint32_t length);
     virtual std::uint32_t copyFromToLength(QBInputStream *from, QBOutputStream *to, std::uint32_t length,
-                                           long timeout);
+                                           std::int64_t timeout);
 
 protected:
     /// The initialiser `init`.
@@ -51,9 +51,9 @@ protected:
     virtual BOOL setUpWithBufferSize(std::uint32_t bufferSize);
 
 private:
-    std::int32_t copyAll(QBInputStream *from, QBOutputStream *to, const long *timeout) const;
+    std::int32_t copyAll(QBInputStream *from, QBOutputStream *to, const std::int64_t *timeout) const;
     std::uint64_t copyUpTo(std::uint64_t limit, QBInputStream *from, QBOutputStream *to,
-                           const long *timeout) const;
+                           const std::int64_t *timeout) const;
 
     static constexpr std::uint32_t kDefaultBufferSize = 65536;
 

@@ -6,7 +6,7 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Foundation/NSString.h>
 
-/// A path that does not change: a text that is taken apart at its slashes.
+/// A path: a text that is taken apart at its slashes. It does not change as long as its text does not.
 ///
 /// A path is absolute when it begins with "/", and one of a directory when it ends with it; the empty path is
 /// neither. Nothing asks the file system or looks at "." and "..". Derived paths are of the receiver's class.

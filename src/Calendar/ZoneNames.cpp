@@ -183,7 +183,8 @@ ZoneRef zoneFromLocalTime(int &error) {
     const std::string_view path(target, length > 0 ? static_cast<std::size_t>(length) : 0);
     if (const std::size_t mark = path.find(kMark); mark != std::string_view::npos) {
         const std::string_view name = path.substr(mark + kMark.size());
-        if (ZoneRef zone = databaseZone(name, name, error))
+        ZoneRef zone = databaseZone(name, name, error);
+        if (zone || !isLasting(error))
             return zone;
     }
     return zoneFromFile(kLocalTime, "localtime", error);

@@ -174,16 +174,16 @@ void Reader::end(std::uint32_t index, bool isAccepted) {
 
 // Calls itself through the objects, so that its frame is kept small.
 id Reader::makeObject(std::uint32_t index, NSCoder *coder, std::uint32_t offset) {
-    if (!begin(index, offset))
-        return nullptr;
-    NSObject *const object = records_[index].object.get();
     try {
+        if (!begin(index, offset))
+            return nullptr;
+        NSObject *const object = records_[index].object.get();
         end(index, (object->*Initialiser::kMember)(coder));
+        return hasFailed_ ? nullptr : Ref<NSObject>(object).autorelease();
     } catch (...) {
         hasFailed_ = true; // the exception says what is wrong
         throw;
     }
-    return hasFailed_ ? nullptr : Ref<NSObject>(object).autorelease();
 }
 
 } // namespace qb::archive

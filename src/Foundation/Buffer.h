@@ -4,8 +4,11 @@
 
 #include <QBFoundation/Runtime/Memory.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <new>
 
 namespace qb {
 
@@ -28,6 +31,22 @@ inline void *growBuffer(void *buffer, std::size_t bytes, std::size_t used, std::
         std::memcpy(grown, buffer, used);
     freeBuffer(buffer, bytes);
     return grown;
+}
+
+/// Calls `resize` with the capacity for at least `least` items: twice the old one but not above `most`, so
+/// that what grows bit by bit is seldom moved. Where that is less, or std::bad_alloc is thrown for it, with
+/// `least`.
+template <class Resize>
+[[gnu::noinline]] void growCapacity(std::uint64_t capacity, std::uint64_t least, std::uint64_t most,
+                                    Resize resize) {
+    const std::uint64_t wanted = std::min(2 * capacity, most);
+    if (wanted > least) {
+        try {
+            return resize(wanted);
+        } catch (const std::bad_alloc &) { // there may be memory for less
+        }
+    }
+    resize(least);
 }
 
 } // namespace qb

@@ -26,9 +26,12 @@ int millisecondOf(NSTimeInterval interval);
 /// The seconds from 1970 to the reference date.
 inline constexpr std::int64_t kReferenceSeconds = 978307200;
 
-/// Returns the interval since the reference date.
+/// Returns the interval since the reference date; seconds before what 64 bits count from there are the first.
 inline NSTimeInterval intervalOf(std::int64_t utcSeconds, int millisecond = 0) {
-    const auto seconds = static_cast<NSTimeInterval>(utcSeconds - kReferenceSeconds);
+    std::int64_t counted;
+    if (__builtin_sub_overflow(utcSeconds, kReferenceSeconds, &counted)) [[unlikely]]
+        counted = INT64_MIN;
+    const auto seconds = static_cast<NSTimeInterval>(counted);
     return millisecond == 0 ? seconds : seconds + millisecond / 1000.0;
 }
 

@@ -104,8 +104,10 @@ private:
         ContainerKind kind = kindOfLibraryClass(cls);
         if (kind == ContainerKind::none && walks >= kMostWalks)
             kind = containerKindOf(a);
-        if (kind == ContainerKind::none)
+        if (kind == ContainerKind::none) {
+            const Kept keptA(a), keptB(b); // whatever they do to what holds them
             return a->isEqual(b) ? Verdict::equal : Verdict::different;
+        }
         return open(a, b, kind);
     }
 
@@ -213,46 +215,72 @@ private:
     std::uint64_t done_ = 0; // pairs
 };
 
-// As many elements at each end of an array, and as many entries of a table, count for the hash: the whole of
-// what is usual as a key or as a row of a list.
-constexpr std::uint32_t kHashedAtEachEnd = 8;
-constexpr std::uint32_t kMostHashedEntries = 32;
+// So many elements of the containers inside another one count for its hash, besides all of its own. Those
+// containers share them equally, level by level, so that they take a bounded time and little stack, however
+// deep they are and however often they are met.
+constexpr std::uint32_t kHashedInside = 4096;
 
-std::uint32_t hashOfElement(id element) {
+// How many elements count of the container that is just asked for its hash by the one around it: its own and
+// those inside it.
+class Share {
+public:
+    Share(id container, std::uint64_t elements) : outer_(std::exchange(asked_, {container, elements})) {}
+    ~Share() { asked_ = outer_; }
+    Share(const Share &) = delete;
+    Share &operator=(const Share &) = delete;
+
+    // Returns that of a container with `count` elements, which may be an outermost one.
+    static std::uint64_t of(id container, std::uint64_t count) {
+        return asked_.container == container ? asked_.elements : count + kHashedInside;
+    }
+
+private:
+    struct Asked {
+        id container;
+        std::uint64_t elements;
+    };
+    static inline constinit Asked asked_{};
+    const Asked outer_;
+};
+
+std::uint32_t hashOfElement(id element, std::uint64_t share) {
     if (!element)
         return 0;
     if (isPlainString(element))
         return static_cast<NSString *>(element)->ownHash();
-    const ContainerKind kind = containerKindOf(element);
-    return kind == ContainerKind::none ? element->hash() : countOf(element, kind);
+    if (containerKindOf(element) == ContainerKind::none)
+        return element->hash();
+    if (share == 0)
+        return 0;
+    const Share asked(element, share);
+    return element->hash(); // a client's class may have one that goes with its `isEqual:`
 }
 
 // The elements' own operations may change the container: each is kept while it is asked, and what is gone
 // then does not count.
 
-std::uint32_t hashOfArray(const NSArray *array) {
+// `counted`: so many elements, from both ends.
+std::uint32_t hashOfArray(const NSArray *array, std::uint32_t counted, std::uint64_t shareOfEach) {
     const std::uint32_t count = array->count();
-    const std::uint32_t passedOver = count - std::min(count, 2 * kHashedAtEachEnd);
     std::uint32_t hash = count;
-    for (std::uint32_t i = 0; i < 2 * kHashedAtEachEnd; ++i) {
-        const std::uint32_t index = i < kHashedAtEachEnd ? i : i + passedOver;
-        if (index >= std::min(count, array->count()))
+    for (std::uint32_t i = 0; i < counted; ++i) {
+        const std::uint32_t index = i < counted / 2 ? i : i + (count - counted);
+        if (index >= array->count())
             break;
         const Kept element(array->view()[index]);
-        hash = text::hashPair(hash, hashOfElement(element.get()));
+        hash = text::hashPair(hash, hashOfElement(element.get(), shareOfEach));
     }
     return hash;
 }
 
 // A sum, because equal tables may have their entries in different orders.
-std::uint32_t hashOfTable(const HashTable &table) {
-    if (table.count() > kMostHashedEntries)
-        return table.count();
+std::uint32_t hashOfTable(const HashTable &table, std::uint64_t shareOfEach) {
     std::uint32_t sum = table.count();
     for (std::uint32_t i = 0; table.begin() + i < table.end(); ++i) {
         const Kept key(table.begin()[i].key), value(table.begin()[i].value);
         if (key.get())
-            sum += text::hashPair(hashOfElement(key.get()), hashOfElement(value.get()));
+            sum += text::hashPair(hashOfElement(key.get(), shareOfEach),
+                                  hashOfElement(value.get(), shareOfEach));
     }
     return sum;
 }
@@ -275,8 +303,14 @@ bool areContainersEqual(id a, id b) {
 std::uint32_t hashOfContainer(id container) {
     const Kept kept(container); // whatever its elements' own operations do
     const ContainerKind kind = containerKindOf(container);
-    return kind == ContainerKind::array ? hashOfArray(static_cast<NSArray *>(container))
-                                        : hashOfTable(tableOf(container, kind));
+    const std::uint32_t count = countOf(container, kind);
+    const std::uint64_t share = Share::of(container, count);
+    const std::uint64_t shareOfEach = share > count ? (share - count) / (count + std::uint64_t{1}) : 0;
+    if (kind == ContainerKind::array)
+        return hashOfArray(static_cast<NSArray *>(container),
+                           static_cast<std::uint32_t>(std::min<std::uint64_t>(count, share)), shareOfEach);
+    // No few of a table's entries can be chosen whatever their order is.
+    return share < count ? count : hashOfTable(tableOf(container, kind), shareOfEach);
 }
 
 } // namespace qb

@@ -24,8 +24,9 @@ bool areContainersEqual(id a, id b);
 
 /// Returns the hash of a container: what `hash` of the containers does. Equal containers have equal hashes.
 ///
-/// It takes a bounded time: of a long array the first and the last elements count, of a table with many
-/// entries none, and of a container inside another one only how many elements it has.
+/// All its elements and entries count, and so does a bounded number of those inside the containers in it.
+/// These share that number: a longer array counts with its first and its last elements, a table with more
+/// entries with how many it has, and what has no share as any other. A subclass's own `hash` is asked.
 std::uint32_t hashOfContainer(id container);
 
 } // namespace qb

@@ -152,12 +152,23 @@ HashTable::Entry *HashTable::findWithHash(const NSObject *key, std::uint32_t has
     std::uint32_t place = 0;
     while (Entry *const entry = nextWithHash(hash, place)) {
         // The comparison may be a client's code, which may change the table.
+        NSObject *const candidate = entry->key;
         const auto index = static_cast<std::uint32_t>(entry - entries_);
-        const Kept kept(keptOf(entry->key));
-        if (entry->key == key || key->isEqual(entry->key))
-            return index < used_ && entries_[index].key ? &entries_[index] : nullptr;
+        const Kept kept(isPlainString(key) ? keptOf(candidate) : candidate);
+        if (candidate == key || key->isEqual(candidate))
+            return index < used_ && entries_[index].key == candidate ? &entries_[index]
+                                                                     : entryOf(candidate, hash);
     }
     return nullptr;
+}
+
+// The entry of that very key, wherever it stands now; null when it is gone.
+HashTable::Entry *HashTable::entryOf(const NSObject *key, std::uint32_t hash) const {
+    std::uint32_t place = 0;
+    Entry *entry = nextWithHash(hash, place);
+    while (entry && entry->key != key)
+        entry = nextWithHash(hash, place);
+    return entry;
 }
 
 HashTable::Entry *HashTable::findUnhashed(const NSObject *key) const {
@@ -275,8 +286,12 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
     const std::uint32_t hash = hashOf(key);
     if (Entry *const entry = lookUp(key, hash))
         return *entry;
-    if (used_ == capacity_)
-        rebuild(std::max(count_ + count_ / 4 < capacity_ ? capacity_ : capacity_ * 2, kLeastCapacity));
+    if (used_ == capacity_) {
+        const bool staysAsLarge = count_ + count_ / 4 < capacity_; // without its holes
+        growCapacity(staysAsLarge ? capacity_ / 2 : capacity_, std::max(count_ + 1, kLeastCapacity),
+                     kMostEntries,
+                     [this](std::uint64_t capacity) { rebuild(static_cast<std::uint32_t>(capacity)); });
+    }
     const std::uint32_t index = used_++;
     entries_[index] = {key->retain(), nullptr};
     hashes_[index] = hash;

@@ -93,7 +93,7 @@ NSMutableData *NSArchiver::archiverData() {
 }
 
 void NSArchiver::encodeValueOfObjCType(const char *type, const void *at) {
-    writer("encodeValueOfObjCType:at:").putValue(qb::typeCode(type), at, this);
+    writer("encodeValueOfObjCType:at:").putValue(qb::typeCode(type, at), at, this);
 }
 
 void NSArchiver::encodeBytes(const void *bytes, std::uint32_t length) {
@@ -128,7 +128,7 @@ void NSKeyedArchiver::putKey(NSString *key, const char *selector) {
 }
 
 void NSKeyedArchiver::encodeValueOfObjCType(const char *type, const void *at, NSString *key) {
-    const char code = qb::typeCode(type);
+    const char code = qb::typeCode(type, at);
     putKey(key, "encodeValueOfObjCType:at:forKey:");
     writer("encodeValueOfObjCType:at:forKey:").putValue(code, at, this);
 }

@@ -9,6 +9,7 @@
 #include "Foundation/DeepWalk.h"
 #include "Foundation/NSArray.Tables.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 
 #include <algorithm>
 #include <new>
@@ -20,6 +21,13 @@ namespace {
 void requireNoNil(std::span<const id> elements) {
     if (std::find(elements.begin(), elements.end(), nullptr) != elements.end())
         throw InvalidArgumentException("NSArray initWithObjects:count: must have objects that are not nil.");
+}
+
+// Returns how many elements there are, none of them nil.
+std::uint32_t checkedCount(std::span<const id> elements) {
+    const std::uint32_t count = qb::countOf(elements, "NSArray initWithObjects:count:");
+    requireNoNil(elements);
+    return count;
 }
 
 std::span<const id> viewOf(NSArray *array) {
@@ -135,6 +143,7 @@ void NSArray::operator delete(void *memory, std::size_t size) noexcept {
 }
 
 Ref<NSArray> NSArray::makeShort(std::span<const id> elements) {
+    requireNoNil(elements);
     auto *const array = new (qb::allocateObject(sizeof(NSArray) + elements.size_bytes())) NSArray;
     array->elements_ = reinterpret_cast<id *>(array + 1);
     array->count_ = static_cast<std::uint32_t>(elements.size());
@@ -143,22 +152,18 @@ Ref<NSArray> NSArray::makeShort(std::span<const id> elements) {
 }
 
 Ref<NSArray> NSArray::initWith(std::span<const id> elements) {
-    requireNoNil(elements);
     if (sizeof(NSArray) + elements.size_bytes() <= qb::kLargestPooledSize)
         return makeShort(elements);
-    return qb::init<NSArray>(&NSArray::setUpWithObjects, elements.data(),
-                             static_cast<std::uint32_t>(elements.size()));
+    return qb::init<NSArray>(&NSArray::setUpWithObjects, elements.data(), checkedCount(elements));
 }
 
 Ref<NSArray> NSArray::initOfClass(Class *asked, std::span<const id> elements) {
     if (asked == NSArray::cls())
         return initWith(elements);
-    requireNoNil(elements);
+    const std::uint32_t count = checkedCount(elements);
     const Ref<NSObject> object = asked->construct();
     auto *array = static_cast<NSArray *>(object.get());
-    return array->setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()))
-               ? Ref<NSArray>(array)
-               : Ref<NSArray>();
+    return array->setUpWithObjects(elements.data(), count) ? Ref<NSArray>(array) : Ref<NSArray>();
 }
 
 BOOL NSArray::setUpWithObjects(const id *objects, std::uint32_t count) {

@@ -40,7 +40,15 @@ NSAutoreleasePool::NSAutoreleasePool(Outermost) {
 
 NSAutoreleasePool::~NSAutoreleasePool() {
     drain();
-    newestPool = parent_;
+    if (newestPool == this) [[likely]] {
+        newestPool = parent_;
+        return;
+    }
+    // Pools that don't belong to a scope may end in any order.
+    NSAutoreleasePool *inner = newestPool;
+    while (inner->parent_ != this)
+        inner = inner->parent_;
+    inner->parent_ = parent_;
 }
 
 NSAutoreleasePool *NSAutoreleasePool::defaultPool() {

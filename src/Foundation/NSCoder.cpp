@@ -18,6 +18,12 @@ char qb::typeCode(const char *type) {
     return code;
 }
 
+char qb::typeCode(const char *type, const void *variable) {
+    if (!variable)
+        throw InvalidArgumentException("NSCoder must have a variable that is not NULL.");
+    return typeCode(type);
+}
+
 std::uint32_t qb::sizeOfTypeCode(char code) {
     std::uint32_t size = code == 'f' ? sizeof(float) : code == 'd' ? sizeof(double) : sizeof(void *);
     visitInteger(code, [&](auto zero) { size = sizeof zero; });

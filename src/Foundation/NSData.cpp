@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Buffer.h"
 #include "Foundation/NSData.Tables.h"
 #include "System/Memory.h"
 #include "Text/Hash.h"
@@ -121,8 +122,9 @@ void NSData::reserve(std::uint64_t capacity) {
 }
 
 void NSData::reserveGrowing(std::uint64_t length) {
+    constexpr std::uint64_t kMost = std::min<std::uint64_t>(kLongestData, PTRDIFF_MAX);
     if (length > capacity_)
-        reserve(std::max(length, std::min<std::uint64_t>(capacity_ * std::uint64_t{2}, kLongestData)));
+        qb::growCapacity(capacity_, length, kMost, [this](std::uint64_t capacity) { reserve(capacity); });
 }
 
 void NSData::append(const void *bytes, std::uint32_t length) {

@@ -199,7 +199,7 @@ BOOL NSDate::isEqual(id other) const {
 }
 
 BOOL NSDate::isEqualToDate(NSDate *other) const {
-    return other && *other == *this;
+    return other && other->timeIntervalSinceReferenceDate() == timeIntervalSinceReferenceDate();
 }
 
 std::uint32_t NSDate::hash() const {
@@ -211,7 +211,9 @@ NSComparisonResult NSDate::compare(id other) const {
     auto *date = qb::castOrNil<NSDate>(other);
     if (!date)
         throw InvalidArgumentException("NSDate compare: must have an argument that is a date.");
-    return *this < *date ? NSOrderedAscending : *this > *date ? NSOrderedDescending : NSOrderedSame;
+    const NSTimeInterval own = timeIntervalSinceReferenceDate(),
+                         others = date->timeIntervalSinceReferenceDate();
+    return own < others ? NSOrderedAscending : own > others ? NSOrderedDescending : NSOrderedSame;
 }
 
 NSDate *NSDate::earlierDate(NSDate *other) const {

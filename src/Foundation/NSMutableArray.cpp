@@ -58,10 +58,10 @@ Class *NSMutableArray::cls() {
 }
 
 Ref<NSMutableArray> NSMutableArray::initWith(std::span<const id> elements) {
+    const std::uint32_t count = qb::countOf(elements, "NSMutableArray initWithObjects:count:");
     if (std::find(elements.begin(), elements.end(), nullptr) != elements.end())
         qb::throwMissing("NSMutableArray initWithObjects:count:", "an object");
-    return qb::init<NSMutableArray>(&NSMutableArray::setUpWithObjects, elements.data(),
-                                    static_cast<std::uint32_t>(elements.size()));
+    return qb::init<NSMutableArray>(&NSMutableArray::setUpWithObjects, elements.data(), count);
 }
 
 Ref<NSMutableArray> NSMutableArray::initWithArray(NSArray *other) {
@@ -94,7 +94,8 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
 void NSMutableArray::addObject(id object) {
     qb::required(object, "NSMutableArray addObject:", "an object");
     if (count_ == capacity_)
-        reserve(std::max<std::uint64_t>(4, std::uint64_t{capacity_} * 2));
+        qb::growCapacity(capacity_, std::max<std::uint64_t>(4, std::uint64_t{count_} + 1), kMostElements,
+                         [this](std::uint64_t capacity) { reserve(capacity); });
     elements_[count_++] = object->retain();
     ++mutations_;
 }

@@ -2,6 +2,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/Refill.h"
+#include "Foundation/Required.h"
 
 Class *NSMutableSet::cls() {
     static const qb::Method methods[] = {
@@ -23,7 +24,7 @@ Class *NSMutableSet::cls() {
 
 Ref<NSMutableSet> NSMutableSet::initWith(std::span<const id> elements) {
     return qb::init<NSMutableSet>(&NSMutableSet::setUpWithObjects, elements.data(),
-                                  static_cast<std::uint32_t>(elements.size()));
+                                  qb::countOf(elements, "NSMutableSet initWithObjects:count:"));
 }
 
 Ref<NSMutableSet> NSMutableSet::initWithCapacity(std::uint32_t capacity) {

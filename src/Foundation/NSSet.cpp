@@ -50,7 +50,7 @@ Class *NSSet::cls() {
 
 Ref<NSSet> NSSet::initWith(std::span<const id> elements) {
     return qb::init<NSSet>(&NSSet::setUpWithObjects, elements.data(),
-                           static_cast<std::uint32_t>(elements.size()));
+                           qb::countOf(elements, "NSSet initWithObjects:count:"));
 }
 
 Ref<NSSet> NSSet::initWithArray(NSArray *array) {

@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Buffer.h"
 #include "Foundation/NSString.Tables.h"
 #include "System/Memory.h"
 #include "Text/Bytes.h"
@@ -257,18 +258,18 @@ void NSString::reserve(std::uint64_t byteLength) {
         return;
     if (byteLength > kLongestText)
         throw InvalidArgumentException("NSString must have less than 2^32 - 1 bytes.");
-    std::uint64_t capacity =
-        flags_ & kOwnsBytes ? std::max<std::uint64_t>(byteLength, capacity_ * std::uint64_t{2}) : byteLength;
-    capacity = std::min<std::uint64_t>(capacity, kLongestText);
     void *const old = flags_ & kOwnsBytes ? ownBytes() : nullptr;
-    char *const bytes = static_cast<char *>(qb::sys::reallocate(old, static_cast<std::size_t>(capacity) + 1));
-    if (!bytes)
-        throw std::bad_alloc();
-    if (!old)
-        std::memcpy(bytes, bytes_, byteLength_ + std::size_t{1});
-    bytes_ = bytes;
-    capacity_ = static_cast<std::uint32_t>(capacity);
-    flags_ |= kOwnsBytes;
+    const auto resize = [this, old](std::uint64_t capacity) {
+        void *const bytes = qb::sys::reallocate(old, static_cast<std::size_t>(capacity) + 1);
+        if (!bytes)
+            throw std::bad_alloc();
+        if (!old)
+            std::memcpy(bytes, bytes_, byteLength_ + std::size_t{1});
+        bytes_ = static_cast<char *>(bytes);
+        capacity_ = static_cast<std::uint32_t>(capacity);
+        flags_ |= kOwnsBytes;
+    };
+    qb::growCapacity(old ? capacity_ : 0, byteLength, kLongestText, resize);
 }
 
 void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by) {

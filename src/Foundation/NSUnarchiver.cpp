@@ -90,7 +90,7 @@ BOOL NSUnarchiver::isAtEnd() const {
 }
 
 void NSUnarchiver::decodeValueOfObjCType(const char *type, void *at) {
-    reader().takeValue(qb::typeCode(type), at, this);
+    reader().takeValue(qb::typeCode(type, at), at, this);
 }
 
 const void *NSUnarchiver::handOut(std::string_view bytes, std::uint32_t *length) const {
@@ -127,7 +127,7 @@ id NSKeyedUnarchiver::decodeRootObject() {
 }
 
 void NSKeyedUnarchiver::decodeValueOfObjCType(const char *type, void *at, NSString *key) {
-    reader().takeValue(qb::typeCode(type), at, viewOf(key), this);
+    reader().takeValue(qb::typeCode(type, at), at, viewOf(key), this);
 }
 
 const void *NSKeyedUnarchiver::decodeBytesForKey(NSString *key, std::uint32_t *returnedLength) {

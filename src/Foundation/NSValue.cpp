@@ -49,12 +49,28 @@ NSNumber *numberAt(const void *place, char code) {
 } // namespace
 
 Class *NSValue::cls() {
+    // The value as an object of the class that was asked. Numbers' classes have none of values of other
+    // types.
+    static constexpr auto ofClass = [](Class *asked, NSValue *value) {
+        if (asked == cls() || asked->isSubclassOfClass(NSNumber::cls()) || value->type_ < Type::range)
+            return value;
+        const Ref<NSValue> made = static_cast<NSValue *>(asked->construct().get());
+        made->type_ = value->type_;
+        made->integer_ = value->integer_;
+        return Ref<NSValue>(made).autorelease();
+    };
+    static constexpr auto withBytes = [](Class *asked, const void *value, const char *objCType) {
+        return ofClass(asked, valueWithBytes(value, objCType));
+    };
     static const qb::Method methods[] = {
-        qb::classMethod<"valueWithBytes:objCType:">(&NSValue::valueWithBytes),
-        qb::classMethod<"value:withObjCType:">(&NSValue::value),
-        qb::classMethod<"valueWithRange:">(&NSValue::valueWithRange),
-        qb::classMethod<"valueWithPointer:">(&NSValue::valueWithPointer),
-        qb::classMethod<"valueWithNonretainedObject:">(&NSValue::valueWithNonretainedObject),
+        qb::classMethod<"valueWithBytes:objCType:">(+withBytes),
+        qb::classMethod<"value:withObjCType:">(+withBytes),
+        qb::classMethod<"valueWithRange:">(
+            +[](Class *asked, NSRange range) { return ofClass(asked, valueWithRange(range)); }),
+        qb::classMethod<"valueWithPointer:">(
+            +[](Class *asked, const void *pointer) { return ofClass(asked, valueWithPointer(pointer)); }),
+        qb::classMethod<"valueWithNonretainedObject:">(
+            +[](Class *asked, id object) { return ofClass(asked, valueWithNonretainedObject(object)); }),
         qb::method<"objCType">(&NSValue::objCType),
         qb::method<"getValue:">(&NSValue::getValue),
         qb::method<"rangeValue">(&NSValue::rangeValue),

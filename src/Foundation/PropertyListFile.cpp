@@ -111,7 +111,7 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
 NSString *NSDictionary::descriptionInStringsFileFormat() const {
     std::string text;
     for (const auto &[key, value] : *this) {
-        const Ref<NSObject> kept = value; // whatever the key does for its text
+        const Ref<NSObject> keptKey = key, keptValue = value; // whatever they do for their texts
         appendText(text, key);
         text += " = ";
         appendText(text, value);

@@ -7,3 +7,7 @@
 void qb::throwMissing(const char *operation, const char *what) {
     throw InvalidArgumentException(std::string(operation) + " must have " + what + " that is not nil.");
 }
+
+void qb::throwTooMany(const char *operation) {
+    throw InvalidArgumentException(std::string(operation) + " must have less than 2^32 objects.");
+}

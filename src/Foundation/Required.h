@@ -2,6 +2,11 @@
 #ifndef QBFOUNDATION_FOUNDATION_REQUIRED_H
 #define QBFOUNDATION_FOUNDATION_REQUIRED_H
 
+#include <QBFoundation/Runtime/Types.h>
+
+#include <cstdint>
+#include <span>
+
 namespace qb {
 
 /// Throws InvalidArgumentException: "`operation` must have `what` that is not nil."
@@ -13,6 +18,17 @@ T *required(T *object, const char *operation, const char *what = "an argument") 
     if (!object)
         throwMissing(operation, what);
     return object;
+}
+
+/// Throws InvalidArgumentException: "`operation` must have less than 2^32 objects."
+[[noreturn]] void throwTooMany(const char *operation);
+
+/// Returns how many `objects` there are, an argument of `operation`. Throws for more than 32 bits count.
+inline std::uint32_t countOf(std::span<const id> objects, const char *operation) {
+    const std::uint64_t count = objects.size();
+    if (count > UINT32_MAX)
+        throwTooMany(operation);
+    return static_cast<std::uint32_t>(count);
 }
 
 } // namespace qb

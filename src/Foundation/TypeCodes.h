@@ -13,6 +13,8 @@ namespace qb {
 /// Returns the letter of a type code. Throws InvalidArgumentException for a text that is none: null, of
 /// several letters, or of an unknown one.
 char typeCode(const char *type);
+/// As above, for a value at `variable`, which must not be null either.
+char typeCode(const char *type, const void *variable);
 
 /// Returns how many bytes a value of that type takes in memory.
 std::uint32_t sizeOfTypeCode(char code);

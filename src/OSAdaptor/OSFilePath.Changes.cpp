@@ -7,7 +7,6 @@
 
 #include "OSFilePath.Support.h"
 #include "System/Descriptor.h"
-#include "System/Stdio.h"
 
 #include <cerrno>
 #include <cstring>
@@ -115,12 +114,8 @@ void OSFilePath::chdir(NSString *path) {
 
 std::int32_t OSFilePath::openFile(NSString *path, const char *mode) {
     const char *const name = systemPath(path);
-    std::FILE *const file = name ? sys::fopen(name, mode) : nullptr;
-    if (!file)
-        return -1;
-    const int descriptor = sys::dup(sys::fileno(file)); // outlives the stream
-    sys::fclose(file);
-    return descriptor;
+    const int flags = name ? sys::openingFlags(mode) : -1;
+    return flags < 0 ? -1 : sys::open(name, flags);
 }
 
 std::int32_t OSFilePath::closeFile(std::int32_t descriptor) {

@@ -97,7 +97,12 @@ int empty(int target, const struct stat &source) {
         errno = ELOOP;
         return -1;
     }
-    return S_ISREG(status.st_mode) ? sys::ftruncate(target, 0) : 0;
+    return sys::makeEmpty(target);
+}
+
+bool isRegular(int descriptor) {
+    struct stat status;
+    return sys::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 } // namespace
@@ -109,7 +114,8 @@ mode_t creationMode(mode_t sourceMode) {
 CopyFailure copyContent(int source, int target, const struct stat &status) {
     constexpr std::int64_t kUnitOfBlocks = 512; // in which stat counts
     const bool isSparse = S_ISREG(status.st_mode) && status.st_blocks < status.st_size / kUnitOfBlocks;
-    return isSparse ? copySparse(source, target, status.st_size) : copyRange(source, target, status.st_size);
+    return isSparse && isRegular(target) ? copySparse(source, target, status.st_size)
+                                         : copyRange(source, target, status.st_size);
 }
 
 bool report(CopyFailure failure, const std::string &source, const std::string &target) {

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 
 namespace sys = qb::sys;
 
@@ -29,6 +30,7 @@ public:
         sys::fflush(stderr); // or one that logs would write again what is buffered here
         between_ = sys::fork();
         if (between_ != 0) {
+            blocked_.reset(); // they are for the caller, also while it waits
             side_ = between_ > 0 ? Side::caller : Side::failure;
             return;
         }
@@ -44,7 +46,7 @@ public:
 
 private:
     // The handlers of the caller's signals are not for the copies.
-    const sys::SignalsBlocked blocked_;
+    std::optional<sys::SignalsBlocked> blocked_{std::in_place};
     pid_t between_;
     Side side_;
 };

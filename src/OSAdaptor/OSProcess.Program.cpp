@@ -4,6 +4,7 @@
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/OSAdaptor/OSLogger.h>
 
+#include "Foundation/Kept.h"
 #include "System/Files.h"
 #include "System/Process.h"
 
@@ -60,6 +61,7 @@ Program::Program(NSString *command, NSArray *args, NSDictionary *env)
 }
 
 std::string_view Program::text(NSObject *value) {
+    const Kept kept(value); // whatever it does for its text
     NSString *const text = value->stringValue();
     texts_.push_back(text ? text->copy() : Ref<NSString>(NSString::string())); // unchanged until the start
     return texts_.back()->view();
@@ -136,6 +138,7 @@ void Program::run(std::span<const Redirection> redirections) const noexcept {
 }
 
 void logAlert(const char *format, const char *first, const char *second) noexcept {
+    sys::ignoreSignalsOfWriting();
     try {
         OSLogger::loggerForCategory("alert"_ns)
             ->logWithLevelFormat(0, NSString::stringWithCString(format), first, second);

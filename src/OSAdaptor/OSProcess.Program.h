@@ -73,8 +73,8 @@ private:
     StartFailure failure_;               // of the making
 };
 
-/// Logs for the category "alert", at level 0, what the format makes of the texts. What that throws is lost:
-/// it is the last that a process does.
+/// Logs for the category "alert", at level 0, what the format makes of the texts. What that throws is lost,
+/// and no write raises a signal any more: it is the last that a process does before it ends with its status.
 void logAlert(const char *format, const char *first = "", const char *second = "") noexcept;
 
 } // namespace qb

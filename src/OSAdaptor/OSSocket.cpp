@@ -126,6 +126,7 @@ void OSSocket::close() {
     if (socketHandle_ >= 0)
         sys::close(std::exchange(socketHandle_, -1));
     currentPositionInBuffer_ = numberOfBytesInBuffer_ = 0;
+    isEofReached_ = NO;
 }
 
 // An open descriptor belongs to one object, so that the inherited hash fits.

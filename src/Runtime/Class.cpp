@@ -42,8 +42,9 @@ Class *Class::cls() {
 
 Class::Class(const char *name, Class *superclass, const qb::MethodTables &methods, qb::Construct constructor,
              std::initializer_list<const char *> protocols, qb::ClassMaker maker)
-    : name_(name), superclass_(superclass), construct_(constructor), protocols_(protocols),
-      instanceCache_(std::make_unique<qb::MethodCache>()), classCache_(std::make_unique<qb::MethodCache>()) {
+    : name_(name), superclass_(superclass), construct_(constructor),
+      protocols_(protocols.begin(), protocols.end()), instanceCache_(std::make_unique<qb::MethodCache>()),
+      classCache_(std::make_unique<qb::MethodCache>()) {
     makeImmortal();
     for (const auto &table : methods)
         for (const qb::Method &method : table)
@@ -102,21 +103,20 @@ BOOL Class::conformsToProtocol(Protocol *protocol) const {
     if (!protocol)
         return NO;
     for (const Class *one = this; one; one = one->superclass_)
-        if (std::any_of(one->protocols_.begin(), one->protocols_.end(),
-                        [&](const char *name) { return protocol->nameView() == name; }))
+        if (std::find(one->protocols_.begin(), one->protocols_.end(), protocol->nameView()) !=
+            one->protocols_.end())
             return YES;
     return NO;
 }
 
 Ref<NSObject> Class::construct() const {
     if (!construct_)
-        throw InvalidUseOfMethodException(std::string(name_) +
-                                          " has no objects that are made without arguments.");
+        throw InvalidUseOfMethodException(name_ + " has no objects that are made without arguments.");
     return Ref<NSObject>::adopt(construct_());
 }
 
 void Class::addMethod(const qb::Method &method) {
-    const std::string place = std::string(name_) + " addMethod: ";
+    const std::string place = name_ + " addMethod: ";
     if (!method.selector())
         throw InvalidArgumentException(place + "must have a selector that is not null.");
     const bool isAnswered = method.isClassMethod() ? respondsToSelector(method.selector())

@@ -3,6 +3,8 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include <bit>
+
 namespace qb {
 
 Value::Value(const Value &other)
@@ -63,6 +65,18 @@ bool Value::fitsInteger(std::int64_t least, std::uint64_t greatest) const {
     if (isSigned_ && payload_.integer < 0)
         return payload_.integer >= least;
     return static_cast<std::uint64_t>(payload_.integer) <= greatest;
+}
+
+// Whether a double has room for all digits of the integer, which `number` becomes then.
+bool Value::isExactReal(double &number) const {
+    const bool isNegative = isSigned_ && payload_.integer < 0;
+    const auto bits = static_cast<std::uint64_t>(payload_.integer);
+    const std::uint64_t magnitude = isNegative ? 0 - bits : bits;
+    constexpr int kSpareBits = 64 - std::numeric_limits<double>::digits;
+    if (std::countl_zero(magnitude) + std::countr_zero(magnitude) < kSpareBits)
+        return false;
+    number = isNegative ? -static_cast<double>(magnitude) : static_cast<double>(magnitude);
+    return true;
 }
 
 bool Value::pointsTo(const std::type_info &pointee, bool asConst) const {

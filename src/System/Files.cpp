@@ -1,8 +1,12 @@
 #include "Files.h"
 
 #include "Attempt.h"
+#include "Descriptor.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <string_view>
 #include <sys/sendfile.h>
 #include <unistd.h>
 
@@ -10,12 +14,16 @@ namespace qb::sys {
 
 namespace {
 
-int globError = 0; // why the last expansion was given up
+int globError = 0; // why the last expansion is not whole
 
-// A directory that may not be read has no matches, as in a shell. One that could have been read has.
-int givesUpGlob(const char *, int error) {
-    globError = error;
-    return error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO;
+// Notes the failure of a call for an expansion. What isn't there or may not be read has no matches, as in a
+// shell; what could have been read has, and the C library would leave them out without a word.
+template <class Result>
+Result noted(Result result) {
+    constexpr int kWithoutMatches[] = {0, ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG};
+    if (result == failure<Result>() && std::ranges::find(kWithoutMatches, errno) == std::end(kWithoutMatches))
+        globError = errno;
+    return result;
 }
 
 int answerOfGlob(int error) {
@@ -36,12 +44,32 @@ int aboveStandardStreams(int descriptor) noexcept {
 }
 
 int open(const char *path, int flags, mode_t mode) noexcept {
-    return aboveStandardStreams(repeat(Call::open, [&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+    return openat(AT_FDCWD, path, flags, mode);
 }
 
 int openat(int directory, const char *path, int flags, mode_t mode) noexcept {
-    return aboveStandardStreams(
-        repeat(Call::open, [&] { return ::openat(directory, path, flags | O_CLOEXEC, mode); }));
+    const int firstFlags = (flags & ~O_TRUNC) | O_CLOEXEC;
+    const int opened = repeat(Call::open, [&] { return ::openat(directory, path, firstFlags, mode); });
+    Descriptor descriptor(aboveStandardStreams(opened));
+    if (opened >= 0 && !descriptor && (flags & O_CREAT) && (flags & O_EXCL)) {
+        const int error = errno;
+        ::unlinkat(directory, path, 0);
+        errno = error;
+    }
+    return descriptor && (flags & O_TRUNC) && makeEmpty(descriptor.get()) != 0 ? -1 : descriptor.release();
+}
+
+int openingFlags(const char *mode) noexcept {
+    const std::string_view letters = mode ? mode : "";
+    const bool isBoth = letters.find('+') != letters.npos, isNew = letters.find('x') != letters.npos;
+    const int writing = (isBoth ? O_RDWR : O_WRONLY) | O_CREAT | (isNew ? O_EXCL : 0);
+    if (letters.starts_with('r'))
+        return isBoth ? O_RDWR : O_RDONLY;
+    if (letters.starts_with('w'))
+        return writing | O_TRUNC;
+    if (letters.starts_with('a'))
+        return writing | O_APPEND;
+    return errno = EINVAL, -1;
 }
 
 int openExclusive(const char *path, mode_t mode) noexcept {
@@ -129,6 +157,10 @@ ssize_t sendfile(int target, int source, off_t *offset, std::size_t length) noex
 
 int ftruncate(int descriptor, off_t length) noexcept {
     return repeat(Call::ftruncate, [&] { return ::ftruncate(descriptor, length); });
+}
+
+int makeEmpty(int descriptor) noexcept {
+    return ftruncate(descriptor, 0) == 0 || errno == EINVAL ? 0 : -1;
 }
 
 int fsync(int descriptor) noexcept {
@@ -247,8 +279,17 @@ int glob(const char *pattern, int flags, glob_t *matches) noexcept {
     *matches = glob_t{};
     if (fails(Call::glob))
         return answerOfGlob(errno);
-    const int result = ::glob(pattern, flags & ~(GLOB_APPEND | GLOB_DOOFFS), givesUpGlob, matches);
-    return result == GLOB_ABORTED ? answerOfGlob(globError) : result;
+    matches->gl_opendir = [](const char *path) { return static_cast<void *>(noted(sys::opendir(path))); };
+    matches->gl_readdir = [](void *directory) { return noted(sys::readdir(static_cast<DIR *>(directory))); };
+    matches->gl_closedir = [](void *directory) {
+        static_cast<void>(sys::closedir(static_cast<DIR *>(directory)));
+    };
+    matches->gl_stat = [](const char *path, struct stat *info) { return noted(sys::stat(path, info)); };
+    matches->gl_lstat = [](const char *path, struct stat *info) { return noted(sys::lstat(path, info)); };
+    globError = 0;
+    const int result =
+        ::glob(pattern, (flags & ~(GLOB_APPEND | GLOB_DOOFFS)) | GLOB_ALTDIRFUNC, nullptr, matches);
+    return globError != 0 ? answerOfGlob(globError) : result;
 }
 
 void globfree(glob_t *matches) noexcept {

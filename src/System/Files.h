@@ -24,9 +24,13 @@ namespace qb::sys {
 /// it. Takes -1 for a failed call and leaves errno.
 int aboveStandardStreams(int descriptor) noexcept;
 /// Opens `path`; `mode` (less the umask) is for a file that is created.
+///
+/// Where a duplicate is needed and can't be had, O_EXCL leaves no new file behind, and O_TRUNC the content.
 int open(const char *path, int flags, mode_t mode = 0666) noexcept;
 /// As `open`; a relative path is one in the open directory (the call `open` to faults).
 int openat(int directory, const char *path, int flags, mode_t mode = 0666) noexcept;
+/// Returns the flags with which a C stream of that mode opens its file; -1 and EINVAL when it is no mode.
+int openingFlags(const char *mode) noexcept;
 /// Creates `path` for reading and writing; EEXIST when anything has that name already, be it a dangling link.
 int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
@@ -61,6 +65,8 @@ ssize_t copy_file_range(int source, off64_t *sourceOffset, int target, off64_t *
 ssize_t sendfile(int target, int source, off_t *offset, std::size_t length) noexcept;
 /// Sets the file's length.
 int ftruncate(int descriptor, off_t length) noexcept;
+/// Takes away an open file's content; what has no length, such as a pipe, stays as it is.
+int makeEmpty(int descriptor) noexcept;
 /// Waits until data and metadata are on the disk.
 int fsync(int descriptor) noexcept;
 /// Waits until the data, and what it takes to find them, are on the disk.
@@ -118,7 +124,8 @@ char *getcwd(char *buffer, std::size_t size) noexcept;
 /// Changes the working directory.
 int chdir(const char *path) noexcept;
 /// Expands a pattern; returns 0, GLOB_NOMATCH, GLOB_NOSPACE or, with errno set, GLOB_ABORTED: when a
-/// directory could not be read for another reason than that it may not. Always to be followed by `globfree`.
+/// directory or name could not be looked at for another reason than that it isn't there or may not be read.
+/// Always to be followed by `globfree`.
 int glob(const char *pattern, int flags, glob_t *matches) noexcept;
 /// Frees what `glob` stored, after a failure too.
 void globfree(glob_t *matches) noexcept;

@@ -209,6 +209,12 @@ void resetSignals() noexcept {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+void ignoreSignalsOfWriting() noexcept {
+    // To a pipe that nobody reads, to a file at its limit, and to a terminal from the background.
+    for (const int signal : {SIGPIPE, SIGXFSZ, SIGTTOU})
+        ::signal(signal, SIG_IGN);
+}
+
 ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t length,
                            OnSignal onSignal) noexcept {
     sigset_t pipe, before;

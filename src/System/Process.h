@@ -59,6 +59,8 @@ private:
 
 /// Gives each signal its default action and blocks none, as a new program may expect to find it.
 void resetSignals() noexcept;
+/// Ignores from now on the signals that a write may raise: it fails instead, or goes through.
+void ignoreSignalsOfWriting() noexcept;
 /// Writes once to a pipe or the like; where nobody reads any more it is EPIPE, and never the signal.
 ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t length,
                            OnSignal onSignal) noexcept;

@@ -1,7 +1,7 @@
 #include "Stdio.h"
 
 #include "Attempt.h"
-#include "Files.h"
+#include "Descriptor.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -43,9 +43,31 @@ bool interrupted(std::FILE *file) {
     return true;
 }
 
-// Whether the stream does nothing but write bytes to a descriptor.
+// Whether what is written to the stream are bytes for a descriptor.
+bool isPlain(std::FILE *file) {
+    return ::__fwritable(file) && std::fwide(file, 0) <= 0 && ::fileno(file) >= 0;
+}
+
+// Whether there is nothing in the stream's buffer but what is to be written.
+bool isWriting(std::FILE *file) {
+    const char *const start = file->_IO_buf_base;
+    return ::__fwriting(file) && start && file->_IO_write_base == start && file->_IO_read_end == start;
+}
+
 bool isPlainSink(std::FILE *file) {
-    return ::__fwriting(file) && !::__freadable(file) && std::fwide(file, 0) <= 0 && ::fileno(file) >= 0;
+    return isWriting(file) && isPlain(file);
+}
+
+// Turns a plain stream, which may have been read, to writing. The descriptor is moved back to the stream's
+// place: behind it is what was read ahead.
+bool startWriting(std::FILE *file) {
+    if (::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
+        file->_IO_read_base = file->_IO_read_ptr = file->_IO_read_end = file->_IO_buf_base;
+        if (::__overflow(file, EOF) == 0)
+            return true;
+    }
+    file->_flags |= _IO_ERR_SEEN; // with ESPIPE where there is no way back
+    return false;
 }
 
 // Writes to the descriptor of a plain sink; returns whether all was written. The stream remembers a failure.
@@ -77,10 +99,12 @@ std::size_t lengthAtOnce(std::FILE *file, const char *bytes, std::size_t length)
     return length - lines < (lines ? size : room) ? lines : length;
 }
 
-// Returns how many of the bytes were written or collected. A stream has no buffer before its first bytes.
+// Returns how many of the bytes were written or collected.
 std::size_t putInto(std::FILE *file, const char *bytes, std::size_t length) {
-    if (!isPlainSink(file) || ::__fbufsize(file) == 0)
+    if (!isPlain(file))
         return ::fwrite_unlocked(bytes, 1, length, file);
+    if (!isWriting(file) && !startWriting(file))
+        return 0;
     const std::size_t atOnce = lengthAtOnce(file, bytes, length);
     std::size_t done = 0;
     if (atOnce > 0 && !(writeCollected(file) && writePast(file, bytes, atOnce, done)))
@@ -88,37 +112,10 @@ std::size_t putInto(std::FILE *file, const char *bytes, std::size_t length) {
     return done + ::fwrite_unlocked(bytes + done, 1, length - done, file);
 }
 
-// A stream on the same file whose descriptor is none of the standard streams'.
-std::FILE *movedAboveStandardStreams(std::FILE *file, const char *mode) {
-    const int descriptor = sys::dup(::fileno(file));
-    const int error = errno;
-    ::fclose(file);
-    errno = error;
-    std::FILE *const moved = descriptor < 0 ? nullptr : ::fdopen(descriptor, mode);
-    if (!moved && descriptor >= 0)
-        sys::close(descriptor);
-    return moved;
-}
-
-bool isStandard(std::FILE *file) {
-    return file == stdin || file == stdout || file == stderr;
-}
-
 // Such a stream stays a valid one when it is closed, but in some C libraries a seek there frees its buffer
 // anew.
 bool isClosedStandard(std::FILE *file) {
-    return isStandard(file) && ::fileno(file) < 0; // with EBADF
-}
-
-// `mode` with the flag for close-on-exec behind its first letter; false when it is no mode.
-bool closeOnExecMode(const char *mode, char (&result)[16]) {
-    const std::size_t length = mode ? std::strlen(mode) : 0;
-    if (length == 0 || length + 2 > sizeof result)
-        return errno = EINVAL, false;
-    result[0] = mode[0];
-    result[1] = 'e';
-    std::memcpy(result + 2, mode + 1, length); // with its NUL
-    return true;
+    return (file == stdin || file == stdout || file == stderr) && ::fileno(file) < 0; // with EBADF
 }
 
 // Bytes of `count` items; errno and SIZE_MAX when they are more than an address space holds.
@@ -130,11 +127,18 @@ std::size_t byteCount(std::size_t size, std::size_t count) {
 } // namespace
 
 std::FILE *fopen(const char *path, const char *mode) noexcept {
-    char closeOnExec[16];
-    if (!closeOnExecMode(mode, closeOnExec))
+    const int flags = openingFlags(mode);
+    if (flags < 0 || fails(Call::fopen))
         return nullptr;
-    std::FILE *const file = repeat(Call::fopen, [&] { return ::fopen(path, closeOnExec); });
-    return !file || ::fileno(file) > 2 ? file : movedAboveStandardStreams(file, closeOnExec);
+    Descriptor descriptor(sys::open(path, flags & ~O_TRUNC)); // the content stays until there is a stream
+    std::FILE *const file = descriptor ? sys::fdopen(descriptor.get(), mode) : nullptr;
+    if (file)
+        static_cast<void>(descriptor.release());
+    if (!file || !(flags & O_TRUNC) || makeEmpty(::fileno(file)) == 0)
+        return file;
+    const int error = errno;
+    ::fclose(file);
+    return errno = error, nullptr;
 }
 
 std::FILE *fdopen(int descriptor, const char *mode) noexcept {
@@ -143,27 +147,17 @@ std::FILE *fdopen(int descriptor, const char *mode) noexcept {
 
 std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept {
     forget(file);
-    const bool staysOpenOnExec = ::fileno(file) <= 2;
-    char closeOnExec[16];
-    std::FILE *result = nullptr;
-    if (closeOnExecMode(mode, closeOnExec)) {
-        const char *usedMode = staysOpenOnExec ? mode : closeOnExec;
-        result = attempt(Call::freopen, [&] { return ::freopen(path, usedMode, file); });
-    }
-    // The C library closes the file then, but leaves the stream's memory behind.
-    if (!result && !isStandard(file)) {
-        const int error = errno;
-        ::fclose(file);
-        errno = error;
-    }
-    return result;
+    return attempt(Call::freopen, [&] { return ::freopen(path, mode, file); });
 }
 
 int fclose(std::FILE *file) noexcept {
     forget(file);
     const bool isWritten = !isPlainSink(file) || writeCollected(file);
-    const int result = ::fclose(file);
-    return fails(Call::fclose) || !isWritten ? EOF : result;
+    const bool isAllOut = isWritten && ::__fpending(file) == 0;
+    const bool isClosed = ::fclose(file) == 0;
+    if (!fails(Call::fclose) && isClosed)
+        return isWritten ? 0 : EOF;
+    return isAllOut && errno == EINTR ? 0 : EOF; // as for `close`
 }
 
 std::size_t fread(void *buffer, std::size_t size, std::size_t count, std::FILE *file) noexcept {

@@ -1,9 +1,9 @@
 // C streams. The library has one thread, so nothing here takes the stream's lock.
 //
 // A full disk shows at the latest in `fflush` or `fclose`. Reading and writing are repeated after a signal
-// and lose nothing. Writing on a stream that also reads, or of wide characters, can't be: the C library drops
-// what it had buffered when a write fails, so an interruption, possible only on pipes, sockets and terminals
-// and under handlers without the restart flag, is an error like any other there.
+// and lose nothing. Writing of wide characters, and on streams without a descriptor, can't be: the C library
+// drops what it had buffered when a write fails, so an interruption, possible only on pipes, sockets and
+// terminals and under handlers without the restart flag, is an error like any other there.
 #ifndef QBFOUNDATION_SYSTEM_STDIO_H
 #define QBFOUNDATION_SYSTEM_STDIO_H
 
@@ -13,16 +13,15 @@
 
 namespace qb::sys {
 
-/// Opens with close-on-exec, never on a standard stream's descriptor; a null or overlong `mode` is EINVAL.
+/// Opens as `open` does, with its close-on-exec; a null `mode` is EINVAL.
 std::FILE *fopen(const char *path, const char *mode) noexcept;
 /// Makes a stream that owns `descriptor`; after null the descriptor is still the caller's.
 std::FILE *fdopen(int descriptor, const char *mode) noexcept;
-/// Opens `path` in place of the stream's file, on the same descriptor; close-on-exec unless that is 0, 1
-/// or 2.
-///
-/// After null the old file is closed, and the stream gone, except for the three standard ones.
+/// Opens `path` in place of a standard stream's file, on the same descriptor, for programs started to
+/// inherit. After null the stream is closed.
 std::FILE *freopen(const char *path, const char *mode, std::FILE *file) noexcept;
-/// Writes out and closes; EOF when either failed. The stream is gone in any case.
+/// Writes out and closes; EOF when either failed, other than by an interruption of the closing. The stream is
+/// gone in any case.
 int fclose(std::FILE *file) noexcept;
 
 /// Reads whole items; fewer at the end of the file, with errno 0, or after an error (`ferror`).

@@ -1,4 +1,5 @@
 #include "support/Allocations.h"
+#include "support/ClientClass.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
@@ -67,21 +68,30 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
 }
 
+// Forty elements and entries, one of them in the middle.
+static NSMutableArray *longArray(id middle) {
+    NSMutableArray *const array = letters("0123456789abcdefghijklmnopqrstuvwxyzABCD");
+    array->replaceObjectAtIndex(20, middle);
+    return array;
+}
+static NSMutableDictionary *wideTable(id middle) {
+    NSMutableDictionary *const table = NSMutableDictionary::dictionary();
+    table->setObjectForKeys("x"_ns, longArray("middle"_ns));
+    table->setObjectForKey(middle, "middle"_ns);
+    return table;
+}
+
 TEST_F(DeepWalkTest, DifferentContainersDifferInTheirHashes) {
     constexpr std::size_t kMany = 1000;
     using Make = id (*)(id number);
     const std::pair<const char *, Make> rows[] = {
         {"array", [](id number) -> id { return NSArray::arrayWithObjects("x"_ns, number); }},
         {"order", [](id number) -> id { return NSArray::arrayWithObjects(number, "x"_ns); }},
-        {"values",
-         [](id number) -> id {
-             return NSDictionary::dictionaryWith({{"id"_ns, number}});
-         }},
-        {"keys",
-         [](id number) -> id {
-             return NSDictionary::dictionaryWith({{number, "x"_ns}});
-         }},
+        {"keys", [](id number) -> id { return NSDictionary::dictionaryWithObjectForKey("x"_ns, number); }},
         {"set", [](id number) -> id { return NSSet::setWithObjects("x"_ns, number); }},
+        {"middle", [](id number) -> id { return longArray(number); }},
+        {"wide", [](id number) -> id { return wideTable(number); }},
+        {"inside", [](id number) -> id { return NSArray::arrayWithObjects(wideTable(longArray(number))); }},
     };
     std::set<std::uint32_t> hashes;
     std::size_t expected = 0;
@@ -101,18 +111,21 @@ TEST_F(DeepWalkTest, ContainersThatSeveralHoldAreComparedOnce) {
         return inner;
     };
     const id one = shared("end"_ns);
-    EXPECT_TRUE(one->isEqual(shared("end"_ns)));
+    EXPECT_TRUE(one->isEqual(shared("end"_ns)) && one->hash() == shared("end"_ns)->hash());
     EXPECT_FALSE(one->isEqual(shared("END"_ns)));
 }
 
-struct FirstArray : NSMutableArray {
+/// Equal to those that have the same "id", whatever else they have.
+struct Record : ClientClass<Record, NSMutableDictionary, "Record"> {
+    BOOL isEqual(id other) const override { return hash() == other->hash(); }
+    std::uint32_t hash() const override { return objectForKey("id"_ns)->hash(); }
+};
+
+/// Equal to other arrays when their first elements are.
+struct FirstArray : ClientClass<FirstArray, NSMutableArray, "FirstArray"> {
     BOOL isEqual(id other) const override {
         auto *const array = qb::castOrNil<NSArray>(other);
         return array && array->count() && objectAtIndex(0)->isEqual(array->objectAtIndex(0));
-    }
-    Class *classObject() const override {
-        static Class *const self = new Class("FirstArray", NSMutableArray::cls(), {});
-        return self;
     }
 };
 
@@ -124,6 +137,16 @@ TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
         array->addObject(last);
         return array;
     };
+    const auto record = [](id unseen) {
+        const auto made = Ref<Record>::adopt(new Record);
+        made->setObjectForKey("one"_ns, "id"_ns);
+        made->setObjectForKey("x"_ns, unseen);
+        return NSArray::arrayWithObject(made);
+    };
+    NSMutableArray *const many = NSMutableArray::array(); // more than count in a set inside another container
+    for (int i = 0; i < 5000; ++i)
+        many->addObject(NSNumber::numberWithInt(i));
+    const auto setOf = [](NSArray *array) { return NSArray::arrayWithObject(NSSet::setWithArray(array)); };
     const auto first = Ref<FirstArray>::adopt(new FirstArray);
     first->setArray(list(3, NSNumber::numberWithDouble(7)));
     const id seven = NSNumber::numberWithInt(7),
@@ -137,6 +160,8 @@ TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
         {NSDictionary::dictionaryWith({{"a"_ns, seven}, {"b"_ns, list(3, seven)}}),
          NSMutableDictionary::dictionaryWith({{"b"_ns, first.get()}, {key, seven}})},
         {NSDictionary::dictionaryWith({{"a"_ns, list(3, seven)}}), inner},
+        {record("a"_ns), record("b"_ns)},
+        {setOf(many), setOf(many->reverseObjectEnumerator()->allObjects())},
     };
     for (const auto &[a, b] : rows) {
         EXPECT_TRUE(a->isEqual(b)) << *a;
@@ -145,7 +170,6 @@ TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
 }
 
 TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
-    // An array that is equal to others when their first elements are.
     const auto chain = [](int depth, id unseen) {
         Ref<NSObject> object = "end"_ns;
         for (int i = 0; i < depth; ++i) {

@@ -2,6 +2,7 @@
 
 #include "support/PoolFixture.h"
 
+#include <functional>
 #include <unordered_map>
 
 using HashTableTest = PoolFixture;
@@ -86,6 +87,30 @@ TEST_F(HashTableTest, FindsTextsThatAreKeysOfOtherClasses) {
     qb::HashTable table;
     const auto *const entry = &table.entryFor(key);
     EXPECT_EQ(table.findText(""), entry);
+}
+
+TEST_F(HashTableTest, FindsTheKeyThatWasComparedIfItIsStillThere) {
+    struct Key : NSObject {
+        std::function<void()> onComparison = [] {};
+        BOOL isEqual(id) const override { return onComparison(), YES; }
+        std::uint32_t hash() const override { return 5; }
+    };
+    const Ref<Key> key = Ref<Key>::adopt(new Key), asked = Ref<Key>::adopt(new Key);
+    qb::HashTable table;
+    table.entryFor("first"_ns);
+    table.entryFor(key);
+    asked->onComparison = [&] { // the key's entry moves to the first one's place
+        table.remove(table.find("first"_ns));
+        table.reserve(100);
+    };
+    const auto *const entry = table.find(asked);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->key, key.get());
+    asked->onComparison = [&] {
+        table.removeAll();
+        table.entryFor("other"_ns);
+    };
+    EXPECT_EQ(table.find(asked), nullptr);
 }
 
 TEST_F(HashTableTest, TellsTextsOfOneHashApart) {

@@ -223,6 +223,7 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     writer->encodeBytes("a\0b", 3);
     writer->encodeDataObject(NSData::dataWithBytes("d", 1));
     EXPECT_THROW(writer->encodeValuesOfObjCTypes("ii", &tenth), InvalidArgumentException);
+    EXPECT_THROW(writer->encodeValueOfObjCType("i", nullptr), InvalidArgumentException);
     writer->encodeObject(nullptr);
     writer->encodePropertyList(QBNil::value());
     EXPECT_EQ(writer->archiverData(), data.get());
@@ -253,6 +254,7 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
+    EXPECT_THROW(reader->decodeValueOfObjCType("i", nullptr), InvalidArgumentException);
 }
 
 TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
@@ -265,6 +267,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     writer->encodeBytes("a\0c", 3, "bytes"_ns);
     writer->encodeObject("text"_ns, "object"_ns);
     writer->encodeObject(nullptr, "nil"_ns);
+    EXPECT_THROW(writer->encodeValueOfObjCType("i", nullptr, "null"_ns), InvalidArgumentException);
     EXPECT_REASON(writer->encodeInt(1, "int"_ns),
                   "NSKeyedArchiver encodeValueOfObjCType:at:forKey: must have a "
                   "key that the object has not used yet.");
@@ -273,6 +276,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_EQ(describe(reader->decodeObjectForKey("object"_ns)), "text");
     EXPECT_TRUE(reader->containsValueForKey("nil"_ns) && !reader->containsValueForKey("other"_ns));
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
+    EXPECT_THROW(reader->decodeValueOfObjCType("i", nullptr, "int"_ns), InvalidArgumentException);
     std::uint32_t length = 0;
     EXPECT_EQ(std::memcmp(reader->decodeBytesForKey("bytes"_ns, &length), "a\0c", 3), 0);
     EXPECT_EQ(length, 3u);
@@ -297,12 +301,20 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     EXPECT_THROW(NSArchiver::init()->encodeInt(1, "key"_ns), InvalidUseOfMethodException);
 }
 
-TEST_F(NSArchiverTest, ClassesWithoutAFormAndExceptionsLeaveNoArchive) {
+TEST_F(NSArchiverTest, ExceptionsEndWritingAndReading) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
     expectError(900005, "an object could not write itself",
                 [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
+
+    NSData *const archive = archiveOf({"NSCoder"}, {"\1"}, "\2\0\3\2"s); // an object and a number
+    const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(archive);
+    reader->setAllowedClasses(NSArray::arrayWithObject(NSCoder::cls()));
+    EXPECT_THROW(reader->decodeObject(), InvalidUseOfMethodException);
+    int number = 1;
+    reader->decodeValueOfObjCType("i", &number);
+    EXPECT_EQ(number, 0);
 }
 
 TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {

@@ -39,6 +39,20 @@ TEST_F(NSArrayTest, InsertingIsNotAddingOfASubclass) {
     EXPECT_EQ(joined(array), "xyx");
 }
 
+TEST_F(NSArrayTest, MoreObjectsThan32BitsCountAreRefused) {
+    const id one = "x"_ns;
+    const std::span<const id> many(&one, static_cast<std::size_t>((1ULL << 32) + 1)); // on 32 bits one
+    if (many.size() > 1) {
+        const char *const reason = "NSArray initWithObjects:count: must have less than 2^32 objects.";
+        EXPECT_REASON(NSArray::initWith(many), reason);
+        EXPECT_REASON(NSArray::initOfClass(NSMutableArray::cls(), many), reason);
+        EXPECT_REASON(NSMutableArray::initWith(many),
+                      "NSMutableArray initWithObjects:count: must have less than 2^32 objects.");
+        EXPECT_THROW(NSSet::initWith(many), InvalidArgumentException);
+        EXPECT_THROW(NSMutableSet::initWith(many), InvalidArgumentException);
+    }
+}
+
 TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     NSString *const second = NSString::stringWith("a");
     NSArray *const array = NSArray::arrayWithObjects("a"_ns, "b"_ns, second, "c"_ns);

@@ -1,3 +1,4 @@
+#include "Foundation/Buffer.h"
 #include "support/Answer.h"
 #include "support/PoolFixture.h"
 
@@ -97,6 +98,29 @@ TEST_F(NSDataTest, BytesAreReplaced) {
     EXPECT_REASON(
         data->replaceBytesInRange(NSMakeRange(2, 1), "y"),
         "NSMutableData replaceBytesInRange:withBytes:length: must have a range inside the 1 bytes.");
+}
+
+TEST_F(NSDataTest, WhatGrowsTakesNoMoreThanThereIs) {
+    NSMutableData *const data = NSMutableData::dataWithData(dataOf("abcd"));
+    NSMutableString *const text = NSMutableString::stringWith("abcd");
+    NSMutableArray *const array = NSMutableArray::arrayWithCapacity(100);
+    for (int i = 0; i < 100; ++i)
+        array->addObject(NSNumber::numberWithInt(i));
+    const Ref<NSMutableSet> set = NSMutableSet::initWithArray(array);
+    const auto withoutTwiceTheMemory = [](auto add) {
+        const Fault bytes(Call::reallocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        const Fault objects(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_NO_THROW(add());
+    };
+    withoutTwiceTheMemory([&] { data->appendBytes("e", 1); });
+    withoutTwiceTheMemory([&] { text->appendString("e"_ns); });
+    withoutTwiceTheMemory([&] { array->addObject("e"_ns); });
+    withoutTwiceTheMemory([&] { set->addObject("e"_ns); });
+    EXPECT_EQ(bytesOf(data), text->view());
+    EXPECT_EQ(array->count() + set->count(), 202u);
+    std::uint64_t taken = 0;
+    qb::growCapacity(8, 9, /*most=*/12, [&](std::uint64_t capacity) { taken = capacity; });
+    EXPECT_EQ(taken, 12u);
 }
 
 TEST_F(NSDataTest, BytesAreFoundInBothDirections) {

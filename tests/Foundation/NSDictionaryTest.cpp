@@ -65,7 +65,7 @@ TEST_F(NSDictionaryTest, TakesOtherDictionariesInAndOut) {
     NSMutableDictionary *const other = NSMutableDictionary::dictionary();
     for (int i = 0; i < 100; ++i)
         other->setObjectForKey(number(i), number(i));
-    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
     try {
         dictionary->setDictionary(other);
     } catch (const std::bad_alloc &) {

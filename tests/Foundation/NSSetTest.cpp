@@ -43,7 +43,7 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     NSMutableSet *const other = NSMutableSet::setWithCapacity(0);
     for (int i = 0; i < 100; ++i)
         other->addObject(NSNumber::numberWithInt(i));
-    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
     try {
         set->setSet(other);
     } catch (const std::bad_alloc &) {

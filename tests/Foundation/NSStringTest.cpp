@@ -175,13 +175,16 @@ TEST_F(NSStringTest, NumbersAreReadLenientlyAndStopAtTheEndsOfTheirTypes) {
     EXPECT_EQ(NSString::stringWith(std::string_view("1\0", 2))->asNumber(), nullptr);
 }
 
-TEST_F(NSStringTest, StringsAreGoodValuesInCpp) {
+TEST_F(NSStringTest, ValuesAreGoodValuesInCpp) {
     const Ref<NSString> a = NSString::initWith("a");
     NSString *const b = "b"_ns;
     EXPECT_TRUE(*a == *NSMutableString::stringWith("a"));
     EXPECT_TRUE(*a < *b && *b >= *a && *a != *b);
     EXPECT_EQ((std::ostringstream() << *a << *b).str(), "ab");
-    EXPECT_EQ(std::hash<NSString>()(*a), a->hash());
+    EXPECT_EQ(std::hash<NSMutableString>()(*NSMutableString::stringWith("a")), a->hash());
+    EXPECT_TRUE(*NSArray::arrayWith({a}) == *NSArray::arrayWith({a}) && *NSArray::array() != *a);
+    EXPECT_TRUE(*NSNumber::numberWithInt(2) > *NSNumber::numberWithDouble(1.5));
+    EXPECT_TRUE(*NSDate::distantPast() < *NSCalendarDate::calendarDate());
 }
 
 TEST_F(NSStringTest, RepresentationsAreThoseOfPropertyListsAndLegalNamesHaveLowLines) {

@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using NSValueTest = PoolFixture;
@@ -16,6 +17,9 @@ TEST_F(NSValueTest, HoldsRangesAddressesAndObjects) {
     EXPECT_EQ(range->hash(), NSValue::valueWithRange(NSMakeRange(3, 4))->hash());
     EXPECT_FALSE(range->isEqualToValue(NSValue::valueWithRange(NSMakeRange(3, 5))));
     EXPECT_FALSE(NSValue::valueWithPointer(nullptr)->isEqual(NSNumber::numberWithInt(0)));
+    struct OtherValue : ClientClass<OtherValue, NSValue, "OtherValue"> {};
+    EXPECT_EQ(send(OtherValue::cls(), "valueWithPointer:"_sel, &place)->classObject(), OtherValue::cls());
+    EXPECT_EQ(send(NSNumber::cls(), "valueWithPointer:"_sel, &place)->classObject(), NSValue::cls());
 }
 
 TEST_F(NSValueTest, ValuesOfEveryTypeGoInAndOut) {

@@ -1,3 +1,4 @@
+#include "System/Descriptor.h"
 #include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
 
@@ -27,6 +28,11 @@ TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
     EXPECT_EQ(fs::file_size(directory_ / "copy"), 50000000u);
     EXPECT_FALSE(OSFilePath::fileAtPath(path("sparse"), path("copy")));
     EXPECT_LT(status("copy").st_blocks, 10000);
+    fs::resize_file(directory_ / "sparse", 50000);
+    ASSERT_EQ(::mkfifo((directory_ / "pipe").c_str(), 0600), 0); // which has none
+    const sys::Descriptor reader(sys::open((directory_ / "pipe").c_str(), O_RDONLY | O_NONBLOCK));
+    _copyFile((directory_ / "sparse").c_str(), directory_.path().c_str(), "pipe");
+    EXPECT_EQ(sys::read(reader.get(), std::string(60000, '.').data(), 60000), 50000);
     const Fault fault(Call::lseek, /*skip=*/1, /*times=*/1, EIO); // where does the data end?
     expectError(100023, directory_ / "sparse Input/output error", [&] { copy("sparse", "other", YES); });
 }

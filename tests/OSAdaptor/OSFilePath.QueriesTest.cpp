@@ -102,9 +102,18 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
         names.insert(describe(path).substr(directory_.path().size()));
     EXPECT_EQ(names, (std::set<std::string>{"/./a1", "/./a2", "/./d"}));
     EXPECT_EQ(OSFilePath::glob(path("z*"))->count(), 0u);
-    for (const auto &[number, system] : {std::pair(100156, ENOMEM), std::pair(100240, EACCES)}) {
-        const Fault fault(Call::glob, /*skip=*/0, /*times=*/1, system);
-        expectError(number, system == ENOMEM ? "" : "* Permission denied",
-                    [&] { EXPECT_EQ(OSFilePath::glob("*"_ns), nullptr); });
+    NSString *const pattern = path("[ad]*/a3");
+    for (const auto &[call, system] :
+         {std::pair(Call::glob, EACCES), std::pair(Call::opendir, ENOMEM), std::pair(Call::opendir, ESTALE),
+          std::pair(Call::readdir, EIO), std::pair(Call::lstat, EIO)}) {
+        const Fault fault(call, /*skip=*/0, /*times=*/1, system);
+        const bool isMemory = system == ENOMEM;
+        expectError(isMemory ? 100156 : 100240,
+                    isMemory ? "" : describe(pattern) + " " + std::strerror(system),
+                    [&] { EXPECT_EQ(OSFilePath::glob(pattern), nullptr); });
+    }
+    for (const int passing : {EINTR, EACCES}) {
+        const Fault fault(Call::opendir, /*skip=*/0, /*times=*/1, passing);
+        EXPECT_EQ(OSFilePath::glob(pattern)->count(), passing == EINTR ? 1u : 0u);
     }
 }

@@ -1,6 +1,8 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
+#include <csignal>
+#include <poll.h>
 #include <sys/wait.h>
 
 using OSProcessDetachedTest = ServicesFixture;
@@ -94,19 +96,25 @@ TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNoWhereverThatIsFou
         EXPECT_EQ(errno, EAGAIN);
         EXPECT_TRUE(pipe->_isReadHandleOpen());
     }
-    OSPipe *const report = OSPipe::pipe();
+    static OSPipe *report;
+    report = OSPipe::pipe();
+    std::signal(SIGUSR1, [](int) { report->write("waiting: ", 9); });
     const pid_t self = ::getpid();
     {
         const Fault second(Call::fork, 1, 1, EAGAIN);
         const BOOL answer = start();
-        if (::getpid() != self) { // the process in between
+        if (::getpid() != self) { // the process in between, whose parent still gets its signals
+            ::kill(self, SIGUSR1);
+            pollfd handled{report->readHandle(), POLLIN, 0};
+            ::poll(&handled, 1, /*timeout=*/5000);
             report->write(answer ? "YES" : "NO", 2);
             ::_exit(0);
         }
         EXPECT_TRUE(answer);
     }
+    std::signal(SIGUSR1, SIG_DFL);
     report->closeWriteHandle();
-    EXPECT_EQ(contentOf(report), "NO");
+    EXPECT_EQ(contentOf(report), "waiting: NO");
     EXPECT_TRUE(hasNoChild());
 }
 

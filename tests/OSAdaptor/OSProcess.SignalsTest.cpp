@@ -1,6 +1,7 @@
 #include "support/ServicesFixture.h"
 
 #include <csignal>
+#include <sys/resource.h>
 
 using OSProcessSignalsTest = ServicesFixture;
 
@@ -113,4 +114,33 @@ TEST_F(OSProcessSignalsTest, SelfDestructionEndsTheProcessWhateverStateItIsInUnl
         ::raise(SIGALRM);
     });
     EXPECT_EQ(broken.status, 17);
+}
+
+TEST_F(OSProcessSignalsTest, NoSignalOfItsLastWritesChangesTheStatusOfAProcess) {
+    void (*const rows[])() = {
+        [] { (ERRORHANDLER = QBErrorHandler::init().detach())->raiseFatalError(1); },
+        [] { OSProcess::abortWithMessage("text"_ns); },
+        [] {
+            OSProcess::selfDestructionWithTimeout(100);
+            ::raise(SIGALRM);
+        },
+        [] {
+            std::int32_t code = 0;
+            OSProcess::initWithCommand("/no/such"_ns, nullptr, nullptr)->waitForProcessDoHang(YES, &code);
+            ::_exit(code);
+        }};
+    for (const auto &act : rows) {
+        const ChildEnd end = runInChild([&] {
+            const OSPipe *const unread = OSPipe::pipe();
+            ::dup2(unread->writeHandle(), STDOUT_FILENO);
+            ::close(unread->readHandle());
+            const rlimit none{};
+            ::setrlimit(RLIMIT_FSIZE, &none); // standard error is a file
+            std::signal(SIGTTOU, [](int) { ::_exit(1); });
+            std::atexit([] { ::raise(SIGTTOU); }); // as a terminal may
+            std::printf("until the exit");
+            act();
+        });
+        EXPECT_EQ(end.status, &act == rows ? 255 : 17) << &act - rows;
+    }
 }

@@ -44,6 +44,9 @@ TEST_F(OSSocketReceivingTest, ReadsDeliverWhatThereIsUpToTheEnd) {
     EXPECT_EQ(read(10), "-1");
     EXPECT_EQ(receive(10), "-1");
     EXPECT_EQ(describe(pair_.client->readBytes(UINT32_MAX - 1)), "<>"); // grows with what comes
+    EXPECT_EQ(peek(1), "0");
+    pair_.client->close(); // which forgets the end
+    expectError(100207, "-1", [&] { EXPECT_EQ(read(1), "-1"); });
 }
 
 TEST_F(OSSocketReceivingTest, TimeOutsEndReadsThatAreTriedAgain) {

@@ -17,7 +17,8 @@ struct Proxy : NSObject {
 /// Lets go of the invocation that it is called by, and of its values.
 struct Careless : NSObject {
     static Class *cls() {
-        static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop)};
+        static const qb::Method methods[] = {qb::method<"drop:">(&Careless::drop),
+                                             qb::method<"square">(&Careless::square)};
         static Class *const self = new Class("Careless", NSObject::cls(), methods);
         return self;
     }
@@ -27,7 +28,9 @@ struct Careless : NSObject {
         invocation = nullptr;
         return NSString::stringWith(text->view());
     }
+    float square() { return root * root; } // on 32 bits with more digits than a float has
     Ref<NSInvocation> invocation;
+    volatile float root = 9.99F;
 };
 
 std::uint32_t countTwice(id self, NSString *string) {
@@ -57,6 +60,13 @@ TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {
     EXPECT_REASON(send<NSString *>(tally, "allStrings"_sel),
                   "QBTally allStrings must have a result that is a NSString *.");
     EXPECT_EQ(tally->countForString("a"_ns), 3u);
+    EXPECT_EQ(qb::Value(INT64_MIN).as<double>(), -0x1p63);
+    EXPECT_EQ(qb::Value(UINT64_MAX << 11).as<double>(), 0x1p64 - 0x1p11);
+    EXPECT_EQ(qb::Value(0).as<float>(), 0);
+    EXPECT_THROW(static_cast<void>(qb::Value(UINT64_MAX << 10).as<double>()), InvalidArgumentException);
+    const auto order = +[](id, id, void *) noexcept { return 0; };
+    NSArray *const texts = NSArray::arrayWith({"b"_ns, "a"_ns});
+    EXPECT_TRUE(send(texts, "sortedArrayUsingFunction:context:"_sel, order, nullptr)->isEqual(texts));
 }
 
 TEST_F(SendTest, NilAnswersZeroAndUnknownSelectorsThrowOrAreForwarded) {
@@ -108,9 +118,21 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
     careless->invocation->invoke();
 }
 
+TEST_F(SendTest, ResultsAndValuesHaveTheDigitsOfTheirTypes) {
+    const Ref<Careless> careless = Ref<Careless>::adopt(new Careless);
+    const volatile float square = careless->square();
+    EXPECT_EQ(qb::Value(careless->root * careless->root).as<float>(), square);
+    NSInvocation *const invocation = NSInvocation::invocationWithTarget(careless, "square"_sel);
+    invocation->invoke();
+    EXPECT_EQ(invocation->returnValue().as<float>(), square);
+    EXPECT_EQ(send<float>(careless, "square"_sel), square);
+}
+
 TEST_F(SendTest, VariableValuesAreGatheredOrPassedAsOneList) {
-    Class *const strings = NSString::cls();
-    EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b")), "1b");
+    Class *const strings = NSMutableString::cls();
+    const id made = send(strings, "stringWithRestrictedFormat:"_sel, "%d%s"_ns, 1, "b");
+    EXPECT_EQ(describe(made), "1b");
+    EXPECT_TRUE(made->isMemberOfClass(strings));
     const qb::Value both[] = {1, "b"};
     EXPECT_EQ(describe(send(strings, "stringWithRestrictedFormat:andArglist:"_sel, "%d%s"_ns,
                             qb::ArgList(both, 2))),
@@ -163,7 +185,13 @@ TEST_F(SendTest, TypesAreNamedAsTheyAreChecked) {
     EXPECT_EQ(qb::nameOf(qb::typeOf<const char *const *>()), "char const* const *");
 }
 
-TEST_F(SendTest, NoClientTakesANameOfTheLibrary) {
+TEST_F(SendTest, NamesOfClassesAreTheirOwnAndNoneOfTheLibrary) {
+    std::string name = "MadeAtRunTime";
+    static Class *const made = new Class(name.c_str(), NSObject::cls(), {}, nullptr, {name.c_str()});
+    name[0] = '#';
+    EXPECT_EQ(NSClassFromString("MadeAtRunTime"_ns), made);
+    EXPECT_TRUE(made->conformsToProtocol(Protocol::named("MadeAtRunTime")));
+
     EXPECT_THROW(new Class("OSTime", NSObject::cls(), {}), InvalidArgumentException);
     EXPECT_EQ(NSClassFromString("OSTime"_ns), OSTime::cls());
     static const qb::ClassRegistration impostor{[] {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <sys/resource.h>
 #include <sys/time.h>
 
 namespace {
@@ -62,14 +63,28 @@ private:
 
 } // namespace
 
-// Started without standard input: what is opened next would take its place.
+// Started without standard input: what is opened next would take its place. Without another one to be had,
+// nothing is made or emptied either.
 TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
+    const std::string log = directory_ / "log";
+    directory_.write("log", "old");
     const int kept = sys::dup(0);
     ::close(0);
+    rlimit before;
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit limit{static_cast<rlim_t>(kept) + 1, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(sys::openExclusive((directory_ / "new").c_str(), 0600), -1);
+    EXPECT_EQ(errno, EMFILE);
+    EXPECT_EQ(sys::fopen(log.c_str(), "w"), nullptr);
+    EXPECT_EQ(sys::open(log.c_str(), O_WRONLY | O_TRUNC), -1);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(directory_.names(), std::vector<std::string>{"log"});
+    EXPECT_EQ(directory_.read("log"), "old");
     const int opened = sys::open("/dev/null", O_RDONLY);
     const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);
     const int duplicate = sys::dup(opened);
-    std::FILE *const file = sys::fopen((directory_ / "log").c_str(), "a");
+    std::FILE *const file = sys::fopen(log.c_str(), "a");
     const Pipe pipe;
     const NSAutoreleasePool pool;
     const SocketPair sockets;

@@ -48,7 +48,12 @@ check_readme() {
 
 case $check in
     cmake) check_cmake ;;
-    pkg-config) compile_and_run "$example.cpp" "$example.output" ;;
+    pkg-config)
+        compile_and_run "$example.cpp" "$example.output"
+        # Where objects would be laid out otherwise, on 32 bits, a client doesn't compile.
+        [[ ${flags[*]} != *-m32* ]] || ! "${CXX:-c++}" -std=c++20 "${flags[@]}" -malign-double -fsyntax-only \
+            -I"$prefix/include" "$example.cpp" 2>"$work/errors"
+        ;;
     readme) check_readme ;;
     *) exit 2 ;;
 esac

@@ -14,12 +14,15 @@ echo '{ title = T; }' >"$site/site.plist"
 printf '{ title = T; }\n---\n<p>{{page.words}} words <b>in {{page.minutes}}</b> min</p>\n' >"$site/pages/index.html"
 publish --quiet --plugins "$plugins" "$site" "$out"
 [ "$(tail -1 "$out/index.html")" = '<p>5 words <b>in 1</b> min</p>' ] || fail "a page with values: $(cat "$out/index.html")"
-mkdir "$work/plugins"
+mkdir "$work/plugins" "$work/twice"
 echo 'not looked at' >"$work/plugins/readme.so"
+cp "$plugins/libReadingTime.so" "$work/twice"
+cp "$plugins/libReadingTime.so" "$work/twice/libTwin.so"
 cp "$plugins/libReadingTime.so" "$work/plugins/libAnother.so"
 rows_fail 1 <<ROWS
 "$site" "$out"|there is no value for 'page.words'
 --plugins "$work/plugins" "$site" "$out"|'$work/plugins/libAnother.so' is no page plug-in: it has no class 'Another' that answers valuesForPage:body:.
+--plugins "$work/twice" "$site" "$out"|[910026] The run was ended by an exception: Class ReadingTime must
 --plugins "$work/no" "$site" "$out"|The directory '$work/no' can't be read.
 ROWS
 echo 'no library' >"$work/plugins/libA.so"

@@ -110,6 +110,7 @@ publish --quiet --set title=C --set 'author.name=<=>' --set new=x --set new= --s
     --set people.2.k=z "$site" "$out"
 [ "$(xargs <"$out/index.html")" = 'C &lt;=&gt;[] y z;' ] || fail "settings: $(cat "$out/index.html")"
 expect_failure 'a setting in none' "site.plist: the setting 'none.x' can't be replaced." --set none.x=1
+expect_failure 'a place of no name' "site.plist: the setting 'people.' can't be replaced." --set people.=1
 expect_failure 'pages above the site' "'..' is no path inside of a site." --set pages=..
 
 # Sorted lists, defaults, links and images.
@@ -125,7 +126,7 @@ page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
 {{#each pages by url as p}}{{link p.url}} {{/each}}
 {{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
-{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}}'
+{{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}} {{link "1:2.html"}} {{link "deep/ü:x"}}'
 publish --quiet "$site" "$out"
 diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted lists, defaults, links and images'
 
@@ -134,7 +135,7 @@ A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
 er.html text.html ../index.html
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
-data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top
+data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top ../1:2.html ./ü:x
 TEXT
 rm -r "$out"
 
@@ -313,10 +314,16 @@ grep -qF 'deep/secret.html &lt;' "$out/deep/secret.html" || fail "secret.html: $
 with_key --decipher "$out/index.html.enc" | grep -qF 'deep/secret.html deep/text.html index.html.enc' ||
     fail 'index.html.enc does not come back'
 head -c 23 "$out/index.html.enc" >"$work/cut.enc"
+head -c -8 "$site/pages/deep/secret.txt.enc" >"$work/shortened.enc"
+printf '{ title = T; }\n---\n\xff' >"$work/latin.txt"
+with_key --encipher "$work/latin.txt" >"$site/pages/deep/latin.txt.enc"
 rows_fail 1 <<'ROWS'
 "$site" "$out"|[910031] There is no key for '
 --key-file "$work/other-key" "$site" "$out"|[910032] '
+--key-file "$work/key" "$site" "$out"|latin.txt.enc:3: the text is not valid UTF-8 at byte 19
 --key-file "$work/key" --decipher "$work/cut.enc"|[100239] The blowfish encrypted data is corrupt.
+--key-file "$work/key" --decipher "$work/shortened.enc"|[910032] '
+--key-file "$work/key" --encipher "$work/secret.txt" >&-|'standard output' could not be written: Bad file descriptor
 --key-file "$work/no-key" "$site" "$out"|[910030] The file '
 ROWS
 
@@ -362,14 +369,15 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         ) 2>"$work/stderr"
     }
     new_site
-    mkdir "$site/assets/e"
-    echo more >"$site/assets/e/more"
+    mkdir -p "$site/assets/e/e"
+    echo more >"$site/assets/e/e/more"
+    ln -s loop "$site/assets/loop"
     publish --quiet "$site" "$work/old"
     page index.html '{ title = New; }' changed
-    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e}
+    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e,loop}
     ln -s d "$site/assets/e"
-    mkdir "$site/assets/data.bin"
-    echo new >"$site/assets/data.bin/new"
+    mkdir "$site"/assets/{data.bin,loop}
+    echo new | tee "$site"/assets/{data.bin,loop}/new >/dev/null
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
@@ -407,6 +415,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
     publish --quiet "$site" "$out"
+    injected rmdir error=ENOTEMPTY 1 || fail 'what got a file while it was removed is left'
     injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
     grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
 fi

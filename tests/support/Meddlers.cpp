@@ -1,6 +1,11 @@
 #include "support/Meddlers.h"
 
+#include "support/ClientClass.h"
+
 #include <QBFoundation/Foundation/NSAutoreleasePool.h>
+#include <QBFoundation/Runtime/MethodTable.h>
+
+#include <gtest/gtest.h>
 
 #include <exception>
 #include <functional>
@@ -14,12 +19,21 @@ std::function<void()> action;     // done once
 std::function<void()> lastAction; // done once, when a meddler is destroyed after that
 BOOL isEqualToAll = NO;
 
-struct Meddler : NSObject {
+const NSObject *asked = nullptr; // while it does the action
+
+struct Meddler : ClientClass<Meddler, NSObject, "Meddler"> {
     ~Meddler() override {
+        EXPECT_NE(this, asked) << "gone while it is asked";
         if (lastAction)
             std::exchange(lastAction, nullptr)();
     }
     static id make() { return (new Meddler)->autorelease(); }
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {qb::method<"name">(&Meddler::stringValue),
+                                           qb::method<"parentObject">(&Meddler::parentObject),
+                                           qb::method<"childObjectWithName:">(&Meddler::childObjectWithName)};
+        return table;
+    }
 
     BOOL isEqual(id other) const override { return ask(isEqualToAll || other == this); }
     std::uint32_t hash() const override { return ask(7u); }
@@ -27,11 +41,16 @@ struct Meddler : NSObject {
     NSString *stringValue() const override { return ask("meddler"_ns); }
     Ref<NSObject> copyWithZone(void *) const override { return ask(Ref<NSObject>(self())); }
     void encodeWithCoder(NSCoder *) const override { ask(NO); }
+    id parentObject() const { return ask(id{}); }
+    id childObjectWithName(NSString *) const { return ask(id{}); }
 
     template <class Answer>
-    static Answer ask(Answer answer) {
-        if (action && asksLeft-- == 0)
+    Answer ask(Answer answer) const {
+        if (action && asksLeft-- == 0) {
+            asked = this;
             std::exchange(action, nullptr)();
+            asked = nullptr;
+        }
         return answer;
     }
 };

@@ -7,7 +7,9 @@ namespace publish::serving {
 Watch::Watch(NSString *directory, NSString *log) {
     if (log)
         log_ = NSFileManager::defaultManager()->fileAttributesAtPath(log, /*traverseLink=*/YES);
-    states_->setObjectForKey(stateOf(directory), directory);
+    const std::string place = realPath(directory);
+    places_.insert(place);
+    states_->setObjectForKey(stateOf(directory, place), directory);
 }
 
 // Whatever its name is by now.
@@ -16,11 +18,19 @@ bool Watch::isLog(NSDictionary *attributes) const {
            attributes->fileSystemNumber() == log_->fileSystemNumber();
 }
 
+// Whether it is the place of something watched, or below one.
+bool Watch::isWatched(std::string_view place) const {
+    for (std::size_t end = place.find('/'); end != std::string_view::npos; end = place.find('/', end + 1))
+        if (places_.contains(place.substr(0, end + 1)))
+            return true;
+    return false;
+}
+
 bool Watch::add(NSString *path) {
     const std::string place = realPath(path);
-    for (const auto &[watched, state] : *states_)
-        if (place.starts_with(realPath(static_cast<NSString *>(watched))))
-            return false;
+    if (isWatched(place))
+        return false;
+    places_.insert(place);
     states_->setObjectForKey(NSString::string(), path);
     return true;
 }
@@ -40,7 +50,7 @@ void Watch::addLinkedFrom(NSString *directory) {
 }
 
 // A digest of the list, so that a large site costs no memory.
-NSString *Watch::stateOf(NSString *path) const {
+NSString *Watch::stateOf(NSString *path, const std::string &real) const {
     NSFileManager *const files = NSFileManager::defaultManager();
     QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
     const auto note = [this, digest](id name, NSDictionary *attributes) {
@@ -52,7 +62,7 @@ NSString *Watch::stateOf(NSString *path) const {
                             attributes ? attributes->filePosixPermissions() : 0,
                             modified ? modified->timeIntervalSince1970() : 0);
     };
-    NSString *const place = NSString::stringWith(realPath(path));
+    NSString *const place = NSString::stringWith(real);
     note(place, files->fileAttributesAtPath(path, /*traverseLink=*/YES));
     NSDirectoryEnumerator *const paths = files->enumeratorAtPath(place);
     while (id below = paths ? paths->nextObject() : nullptr) {
@@ -70,9 +80,12 @@ NSString *Watch::stateOf(NSString *path) const {
 bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
+    places_.clear();
     for (id element : *states_->allKeys()) {
         auto *path = static_cast<NSString *>(element);
-        NSString *const now = stateOf(path);
+        const std::string place = realPath(path);
+        places_.insert(place);
+        NSString *const now = stateOf(path, place);
         isOther |= !now->isEqual(states_->objectForKey(path));
         states_->setObjectForKey(now, path);
     }

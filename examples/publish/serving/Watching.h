@@ -4,6 +4,11 @@
 
 #include <QBFoundation/QBFoundation.h>
 
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+
 namespace publish::serving {
 
 /// Files, and what stands below directories, by names, sizes, times and rights. Links count with the file
@@ -22,11 +27,13 @@ public:
     bool hasChanged();
 
 private:
-    NSString *stateOf(NSString *path) const;
+    bool isWatched(std::string_view place) const;
+    NSString *stateOf(NSString *path, const std::string &real) const;
     bool isLog(NSDictionary *attributes) const;
 
     Ref<NSDictionary> log_;                                         // its attributes
     Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
+    std::set<std::string, std::less<>> places_;                     // the real paths, as they were last seen
 };
 
 } // namespace publish::serving

@@ -74,6 +74,7 @@ private:
     Entry *findUnhashed(const NSObject *key) const;
     Entry *findByText(const NSObject *key, std::uint32_t hash, std::uint32_t index) const;
     Entry *findWithHash(const NSObject *key, std::uint32_t hash) const;
+    Entry *entryOf(const NSObject *key, std::uint32_t hash) const;
     void enter(std::uint32_t hash, std::uint32_t index) noexcept;
     void leave(std::uint32_t hash, std::uint32_t index) noexcept;
     void rebuild(std::uint32_t capacity);

@@ -25,6 +25,7 @@ public:
     NSArray() noexcept = default;
     ~NSArray() override;
 
+    using NSObject::operator delete;
     static void operator delete(void *memory, std::size_t size) noexcept;
 
     static Class *cls();

@@ -10,8 +10,9 @@ class NSMutableSet;
 
 /// A scope for autoreleased objects: its end gives back each reference that was handed to it.
 ///
-/// Pools form a stack, the newest is the default one. There is always an outermost pool, made on first use
-/// and kept. The pool's objects stand in a chain of pages, in the order in which they came.
+/// Pools form a stack, the newest is the default one. One that ends before those inside it just leaves the
+/// stack. There is always an outermost pool, made on first use and kept. The pool's objects stand in a chain
+/// of pages, in the order in which they came.
 class QB_EXPORT NSAutoreleasePool final : public NSObject {
 public:
     /// What a pool keeps its objects in: a page of memory.

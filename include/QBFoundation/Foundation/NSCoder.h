@@ -25,6 +25,7 @@ public:
 
     // --- In order ---
 
+    /// Throws InvalidArgumentException when the variable is null, as the other operations with one do.
     virtual void encodeValueOfObjCType(const char *type, const void *at);
     /// Objects that are read belong to the pool, and C strings and bytes are valid as long as it.
     virtual void decodeValueOfObjCType(const char *type, void *at);
@@ -51,8 +52,8 @@ public:
     virtual id decodeObject();
     /// Writes the object that all others hang on.
     virtual void encodeRootObject(id object) { encodeObject(object); }
-    /// Write and read data, and a value of a property list, as the objects that they are; another object
-    /// reads as nil.
+    /// Write and read data, and a value of a property list, as the objects that they are. What is read as
+    /// data and is none is nil; what is read as a property list may be any object.
     virtual void encodeDataObject(NSData *data);
     virtual NSData *decodeDataObject();
     virtual void encodePropertyList(id propertyList) { encodeObject(propertyList); }

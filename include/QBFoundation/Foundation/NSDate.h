@@ -98,6 +98,9 @@ public:
     std::uint32_t hash() const override;
     /// Orders by time. Throws InvalidArgumentException when `other` is no date.
     NSComparisonResult compare(id other) const override;
+    friend std::weak_ordering operator<=>(const NSDate &a, const NSDate &b) {
+        return a.compare(b.self()) <=> 0;
+    }
     /// Returns the earlier or later of both, the receiver when they are the same or `other` is nil.
     virtual NSDate *earlierDate(NSDate *other) const;
     virtual NSDate *laterDate(NSDate *other) const;
@@ -173,18 +176,6 @@ protected:
     BOOL setUpWithCoder(NSCoder *coder) override;
 
     NSTimeInterval interval_ = 0;
-};
-
-inline bool operator==(const NSDate &a, const NSDate &b) {
-    return a.timeIntervalSinceReferenceDate() == b.timeIntervalSinceReferenceDate();
-}
-inline std::partial_ordering operator<=>(const NSDate &a, const NSDate &b) {
-    return a.timeIntervalSinceReferenceDate() <=> b.timeIntervalSinceReferenceDate();
-}
-
-template <>
-struct std::hash<NSDate> {
-    std::size_t operator()(const NSDate &date) const { return date.hash(); }
 };
 
 #endif

@@ -4,6 +4,7 @@
 
 #include <QBFoundation/Foundation/NSValue.h>
 
+#include <compare>
 #include <cstdint>
 
 /// A number that does not change: a truth value, an integer of 32 bits, or a floating-point number; integers
@@ -65,6 +66,9 @@ public:
     std::uint32_t hash() const override;
     /// Orders by value. Throws InvalidArgumentException when `other` is no number.
     NSComparisonResult compare(id other) const override;
+    friend std::weak_ordering operator<=>(const NSNumber &a, const NSNumber &b) {
+        return a.compare(b.self()) <=> 0;
+    }
 
     NSString *stringValue() const override;
     NSString *description() const override { return stringValue(); }

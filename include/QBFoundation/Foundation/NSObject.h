@@ -6,9 +6,12 @@
 #include <QBFoundation/Runtime/Ref.h>
 #include <QBFoundation/Runtime/Types.h>
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <new>
+#include <string_view> // has std::hash
 
 class NSArray;
 class NSCoder;
@@ -62,6 +65,13 @@ public:
     static void *operator new(std::size_t size) { return qb::allocateObject(size); }
     static void *operator new(std::size_t, void *place) noexcept { return place; }
     static void operator delete(void *memory, std::size_t size) noexcept { qb::freeObject(memory, size); }
+    // For classes that need more alignment than the free lists give.
+    static void *operator new(std::size_t size, std::align_val_t alignment) {
+        return ::operator new(size, alignment);
+    }
+    static void operator delete(void *memory, std::align_val_t alignment) noexcept {
+        ::operator delete(memory, alignment);
+    }
 
     static Class *cls();
 
@@ -107,7 +117,8 @@ public:
     /// equal hashes.
     virtual BOOL isEqual(id other) const;
     virtual std::uint32_t hash() const;
-    /// Orders the values. Only classes with an order respond to the selector; here it throws
+    friend bool operator==(const NSObject &a, const NSObject &b) { return a.isEqual(b.self()); }
+    /// Orders the values. Only classes with an order respond to the selector, and have `<=>`; here it throws
     /// InvalidArgumentException.
     virtual NSComparisonResult compare(id other) const;
     /// Returns an immutable object of equal value, the object itself when it is immutable.
@@ -269,5 +280,11 @@ T *castOrNil(id object) {
 
 /// Writes the description of `object`, or "(null)".
 QB_EXPORT std::ostream &operator<<(std::ostream &stream, const NSObject &object);
+
+/// `hash`, of objects of every class.
+template <std::derived_from<NSObject> Object>
+struct std::hash<Object> {
+    std::size_t operator()(const Object &object) const { return object.hash(); }
+};
 
 #endif

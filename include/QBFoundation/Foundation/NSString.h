@@ -45,13 +45,14 @@ enum NSStringCompareOptions : std::uint32_t {
 ///
 /// A text is cut between characters only: a position inside a character of two units counts as the one in
 /// front of it. Operations that take a position or range throw NSRangeException when it is not inside the
-/// text, those that look at another text InvalidArgumentException when it is nil. What returns a text returns
-/// an immutable one, the receiver itself when nothing changes.
+/// text, those that look at another text, but for equality, InvalidArgumentException when it is nil. What
+/// returns a text returns an immutable one, the receiver itself when nothing changes.
 class QB_EXPORT NSString : public NSObject {
 public:
     NSString() noexcept;
     ~NSString() override;
 
+    using NSObject::operator delete;
     static void operator delete(void *memory, std::size_t size) noexcept;
 
     static Class *cls();
@@ -165,6 +166,9 @@ public:
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
+    friend std::strong_ordering operator<=>(const NSString &a, const NSString &b) {
+        return a.compare(b.self()) <=> 0;
+    }
     /// Orders by characters, with `NSCaseInsensitiveSearch` whatever their case; bytes that are no valid
     /// UTF-8 stand behind all characters then.
     virtual NSComparisonResult compare(NSString *other, std::uint32_t options) const;
@@ -584,17 +588,5 @@ NSString *operator""_ns() {
     static NSString *const constant = NSString::initWith(Text.view()).detach();
     return constant;
 }
-
-inline bool operator==(const NSString &a, const NSString &b) {
-    return a.view() == b.view();
-}
-inline std::strong_ordering operator<=>(const NSString &a, const NSString &b) {
-    return a.view() <=> b.view();
-}
-
-template <>
-struct std::hash<NSString> {
-    std::size_t operator()(const NSString &string) const { return string.hash(); }
-};
 
 #endif

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -56,8 +57,8 @@ constexpr ClassMaker kClassMaker = ClassMaker::client;
 class QB_EXPORT Class final : public NSObject {
 public:
     /// `constructor`: null for a class that can't be default-constructed. `protocols`: names of those it
-    /// adopts. Throws InvalidArgumentException when a class of that name exists, and when the library has
-    /// one, also if that was not made yet. `maker` is left out.
+    /// adopts; they are copied, as `name` is. Throws InvalidArgumentException when a class of that name
+    /// exists, and when the library has one, also if that was not made yet. `maker` is left out.
     Class(const char *name, Class *superclass, const qb::MethodTables &methods,
           qb::Construct constructor = nullptr, std::initializer_list<const char *> protocols = {},
           qb::ClassMaker maker = qb::kClassMaker);
@@ -109,11 +110,11 @@ public:
 private:
     void join(const qb::Method &method);
 
-    const std::string_view name_;
+    const std::string name_;
     Class *const superclass_;
     const qb::Construct construct_;
     std::vector<std::unique_ptr<qb::Method>> methods_;
-    std::vector<const char *> protocols_;
+    std::vector<std::string> protocols_;
     std::unique_ptr<qb::MethodCache> instanceCache_;
     std::unique_ptr<qb::MethodCache> classCache_;
 };

@@ -122,6 +122,8 @@ decltype(auto) unpass(PassedAs<T> value) {
         return static_cast<ObjectOf<D> *>(value);
     else if constexpr (kind == Kind::argList)
         return static_cast<const ArgList &>(value);
+    else if constexpr (kind == Kind::real)
+        return rounded(value);
     else
         return static_cast<D>(value);
 }

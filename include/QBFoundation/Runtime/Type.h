@@ -83,6 +83,15 @@ constexpr Kind kindOfPointer() {
     }
 }
 
+template <class F>
+struct Function {
+    using Type = F;
+};
+template <class R, class... P>
+struct Function<R(P...) noexcept> {
+    using Type = R(P...);
+};
+
 template <class T, bool = std::is_enum_v<T>>
 struct Integer {
     using Number = T;
@@ -96,6 +105,10 @@ struct Integer<T, true> {
 /// An enumeration's underlying type, any other type itself.
 template <class T>
 using IntegerOf = typename detail::Integer<T>::Number;
+
+/// The type of the function behind a pointer; noexcept makes no difference.
+template <class T>
+using FunctionOf = typename detail::Function<std::remove_pointer_t<std::decay_t<T>>>::Type;
 
 /// The class behind an object pointer or a `Ref`.
 template <class T>
@@ -157,7 +170,7 @@ constexpr Type makeType() {
         type.isConst = std::is_const_v<std::remove_pointer_t<D>>;
         type.info = &typeid(std::remove_cv_t<std::remove_pointer_t<D>>);
     } else if constexpr (kind == Kind::function) {
-        type.info = &typeid(std::remove_pointer_t<D>);
+        type.info = &typeid(FunctionOf<D>);
     }
     return type;
 }

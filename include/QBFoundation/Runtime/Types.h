@@ -4,6 +4,11 @@
 
 #include <QBFoundation/Runtime/Export.h>
 
+#ifdef __i386__
+static_assert(alignof(double) == 4,
+              "the library's objects have the platform's layout: without -malign-double");
+#endif
+
 class NSObject;
 class Class;
 class Selector;

@@ -7,6 +7,7 @@
 #include <QBFoundation/Runtime/Ref.h>
 #include <QBFoundation/Runtime/Type.h>
 
+#include <cfloat>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -17,6 +18,19 @@
 #include <vector>
 
 namespace qb {
+
+namespace detail {
+// Returns a floating-point number with no more digits than its type has, as it may have in a register.
+template <class T>
+T rounded(T number) {
+    if constexpr (FLT_EVAL_METHOD == 0) {
+        return number;
+    } else {
+        const volatile T stored = number;
+        return stored;
+    }
+}
+} // namespace detail
 
 /// One value of any type that an operation can take or return. It retains the object that it holds.
 class QB_EXPORT Value {
@@ -112,6 +126,7 @@ private:
     void storeList(const ArgList &list);
     void giveUp() noexcept;
     bool fitsInteger(std::int64_t least, std::uint64_t greatest) const;
+    bool isExactReal(double &number) const;
     bool pointsTo(const std::type_info &pointee, bool asConst) const;
     bool holdsObjectOf(Class *cls) const;
     [[noreturn]] static void throwMismatch(const Type &wanted);
@@ -168,7 +183,7 @@ void Value::store(const T &value) {
         width_ = sizeof(T) * 8;
         isSigned_ = isSignedInteger<T>();
     } else if constexpr (kind == Kind::real) {
-        payload_.real = static_cast<double>(value);
+        payload_.real = static_cast<double>(detail::rounded(value));
     } else if constexpr (kind == Kind::cString) {
         payload_.pointer = value;
         info_ = &typeid(char);
@@ -179,7 +194,7 @@ void Value::store(const T &value) {
         isConst_ = std::is_const_v<std::remove_pointer_t<T>>;
     } else if constexpr (kind == Kind::function) {
         payload_.function = reinterpret_cast<void (*)()>(+value);
-        info_ = &typeid(std::remove_pointer_t<std::decay_t<T>>);
+        info_ = &typeid(FunctionOf<T>);
     } else if constexpr (kind == Kind::selector) {
         payload_.selector = value;
     } else if constexpr (kind == Kind::range) {
@@ -207,9 +222,8 @@ bool Value::get(T &result) const {
             return false;
         result = static_cast<char>(payload_.integer);
     } else if constexpr (kind == Kind::real) {
-        const bool isExact = kind_ == Kind::integer && fitsInteger(-(1LL << 53), 1ULL << 53);
-        const double number = isExact ? static_cast<double>(payload_.integer) : payload_.real;
-        if (!isExact && kind_ != Kind::real)
+        double number = payload_.real;
+        if (kind_ != Kind::real && !(kind_ == Kind::integer && isExactReal(number)))
             return false;
         if (number == number && static_cast<double>(static_cast<T>(number)) != number)
             return false;
@@ -220,7 +234,7 @@ bool Value::get(T &result) const {
             return false;
         result = static_cast<T>(const_cast<void *>(payload_.pointer));
     } else if constexpr (kind == Kind::function) {
-        if (!isNull() && (kind_ != Kind::function || *info_ != typeid(std::remove_pointer_t<T>)))
+        if (!isNull() && (kind_ != Kind::function || *info_ != typeid(FunctionOf<T>)))
             return false;
         result = kind_ == Kind::function ? reinterpret_cast<T>(payload_.function) : nullptr;
     } else if constexpr (kind == Kind::selector) {
