@@ -59,7 +59,8 @@ TEST_F(NSObjectTest, TheRootsOperationsAnswerForItsSubclasses) {
     EXPECT_EQ(array->asNumber(), nullptr);
     EXPECT_EQ(answer(NSNumber::numberWithInt(12), "asData"), "<3132>");
     EXPECT_EQ(answer(NSNumber::numberWithInt(12), "containsData"), "1");
-    EXPECT_EQ(describe(NSProtocolFromString("OutputStreaming"_ns)->name()), "OutputStreaming");
+    EXPECT_EQ(NSProtocolFromString("OutputStreaming"_ns), Protocol::named("OutputStreaming"));
+    EXPECT_EQ(answer(Protocol::named("OutputStreaming"), "name"), "OutputStreaming");
     EXPECT_EQ(NSProtocolFromString(nullptr), nullptr);
     EXPECT_REASON(text->doesNotRecognizeSelector("fly"_sel),
                   "NSString fly must be an operation that the receiver has.");
