@@ -15,6 +15,12 @@ TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("intValue"_sel)), "(7x, 7, 7)");
     EXPECT_EQ(describe(numbers->uniqueArraySelectedWithSelector("asNumber"_sel)), "(0, 0, 7, 7)");
     EXPECT_EQ(describe(numbers->uniqueArrayWithoutObj("7"_ns, "boolValue"_sel)), "(7x, 7)");
+    EXPECT_EQ(describe(numbers->selectWithSelector("boolValue"_sel)), "(7x, 7, 7, 7)");
+    EXPECT_EQ(describe(numbers->selectWithSelector("isEqual:"_sel, "7"_ns)), "(7)");
+    EXPECT_EQ(describe(numbers->rejectWithSelector("boolValue"_sel)), "(0, 0)");
+    EXPECT_EQ(describe(letters("ab")->filterWithSelector("stringByAppendingString:"_sel, "x"_ns)),
+              "(ax, bx)");
+    EXPECT_TRUE(letters("aa")->allTrueWithObject("a"_ns, "isEqual:"_sel));
     // The first of equal elements stands for all: it is not asked for a second one.
     NSArray *const objects = NSArray::arrayWithObjects(QBNil::value(), QBNil::value(), "a"_ns);
     EXPECT_EQ(describe(objects->uniqueArraySelectedWithSelector("isNotNil"_sel)), "(a)");

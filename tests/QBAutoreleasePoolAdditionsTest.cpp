@@ -19,6 +19,7 @@ TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
     const std::string address = addressOf(object);
     {
         const NSAutoreleasePool inner;
+        NSAutoreleasePool::pool1Special();
         EXPECT_EQ(outer.description()->view(), "  NSObject\n");
         debug = 12;
         outer.description();
@@ -30,6 +31,7 @@ TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
     EXPECT_EQ(shown.substr(shown.find("(NSAuto")),
               "(NSAutoreleasePool): -description -> NSObject (1): " + address + "\npool description:\n  " +
                   address + " (1)\n");
+    EXPECT_EQ(shown.rfind("pool description:\n[", 0), 0u) << shown; // of the inner one, which was empty
 }
 
 TEST_F(QBAutoreleasePoolAdditionsTest, StatisticsGoOverAllPagesFromTheDefaultPoolOutwards) {

@@ -53,6 +53,8 @@ TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
               "- [000100] disk failed 2 times\n- [000007] unknown error");
     NSArray *const objects = NSArray::arrayWithObjects("disk"_ns, NSNumber::numberWithInt(3));
     EXPECT_EQ(handler_->errorMsgForErrorWithObjects(100, objects)->view(), "[000100] disk failed 3 times");
+    EXPECT_EQ(handler_->errorMsgForError(101, {})->view(), "[000101] 100");
+    EXPECT_EQ(QBErrorHandler::init()->formatStringForErrorId(5, "own"_ns)->view(), "own");
 }
 
 TEST_F(QBErrorHandlerTest, ShortFormsGoToTheProcesssHandlerUnderTheirOwnLines) {

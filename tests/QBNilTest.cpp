@@ -23,6 +23,8 @@ TEST_F(QBNilTest, EveryObjectsOperationsAnswerNothing) {
     EXPECT_EQ(null->makeMutable(), null);
     EXPECT_NO_THROW(null->subclassResponsibility("copy"_sel));
     null->setDeepObject("v"_ns, "a.b"_ns); // and no error
+    null->setObjectForKey("v"_ns, "a"_ns);
+    null->removeObjectForKey("a"_ns);
 }
 
 TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {

@@ -34,6 +34,7 @@ TEST_F(QBRegularExpressionTest, SearchesFindTheFirstMatchAndItsGroups) {
 
 TEST_F(QBRegularExpressionTest, MatchWantsTheWholeStringAndMatchesAnyPart) {
     EXPECT_EQ(describe(expressionOf("a+")->match("aaa"_ns)->groups()), "(aaa)");
+    EXPECT_EQ(describe(expressionOf("a+")->match("aaa"_ns)->string()), "aaa");
     EXPECT_EQ(expressionOf("a+")->match("aaab"_ns), nullptr);
     EXPECT_TRUE(expressionOf("^B", REG_ICASE)->matches("b"_ns));
     EXPECT_EQ(expressionOf("(b)", REG_NOSUB)->search("ab"_ns)->startOfGroup(1), -1);

@@ -18,6 +18,8 @@ TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstErr
 
 TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
     EXPECT_EQ(string("a\xC3\xA9\xF0\x9F\x98\x80\0z"sv)->utf8CharCount(), 5);
+    const char *const bad = "ab\xFF";
+    expectErrorAt(kPlace, 100231, "2", [&] { _raiseUtf8ErrorInString(bad, bad + 2); });
     expectError(100231, "3", [&] { EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2); });
     expectErrorAt(kPlace, 100231, "2", [&] { send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel); });
     const std::string text = "0123456789\xFF";
@@ -49,6 +51,10 @@ TEST_F(QBStringUTF8ConversionTest, SubstringOfMalformedTextIsEmptyAndItsErrorSta
 TEST_F(QBStringUTF8ConversionTest, FirstCorruptAndFirstCorrectPositionLeaveNoTrace) {
     EXPECT_EQ(string("a\xA9\xC3\xA9")->indexOfFirstCorruptUtf8Character(), 1);
     EXPECT_EQ(string("\xC0\x80\xED\xA0\x80")->indexOfFirstCorruptUtf8Character(), -1);
+    unsigned codePoint = 0;
+    EXPECT_EQ(_getUtf8CharacterByteLength(reinterpret_cast<const unsigned char *>("\xC3\xA9z"), &codePoint),
+              2);
+    EXPECT_EQ(codePoint, 0xE9u);
     EXPECT_EQ(string("\xE2\x82z")->indexOfFirstCorrectUtf8Character(), 2);
     EXPECT_EQ(ERRORHANDLER->errorState(), ERRORSTATE_OK);
 }

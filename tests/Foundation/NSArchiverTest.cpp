@@ -43,9 +43,7 @@ struct TreeNode : ClientClass<TreeNode, NSObject, "TreeNode"> {
 };
 
 NSArray *nodeClasses() {
-    NSMutableArray *classes = NSMutableArray::arrayWithArray(NSUnarchiver::valueClasses());
-    classes->addObject(TreeNode::cls());
-    return classes;
+    return NSUnarchiver::valueClasses()->arrayByAddingObject(TreeNode::cls());
 }
 
 /// An archive of those names, objects (class and values) and root.
@@ -131,8 +129,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x7f\1"}, one),
          "17 a value does not fit the type that its class reads"},
         {archiveOf({"NSArray"}, {"\1\3\2\2\0"s}, one), "19 a container holds itself"},
-        {archiveOf({"NSFileManager"}, {"\1"}, one),
-         "24 the class 'NSFileManager' is not among those that are accepted"},
         {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
          "24 an object of class 'NSCalendarDate' can't have its values"},
         {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
@@ -254,6 +250,7 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_EQ(std::string_view(static_cast<const char *>(readBytes), length), "a\0b"s);
     EXPECT_EQ(bytesOf(reader->decodeDataObject()), "d");
     EXPECT_EQ(reader->decodeObject(), nullptr);
+    EXPECT_FALSE(reader->isAtEnd());
     EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
@@ -277,7 +274,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
 
     const Ref<NSKeyedUnarchiver> reader = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     EXPECT_EQ(describe(reader->decodeObjectForKey("object"_ns)), "text");
-    EXPECT_TRUE(reader->containsValueForKey("nil"_ns));
+    EXPECT_TRUE(reader->containsValueForKey("nil"_ns) && !reader->containsValueForKey("other"_ns));
     EXPECT_EQ(reader->decodeIntForKey("other"_ns), 0);
     EXPECT_THROW(reader->decodeValueOfObjCType("i", nullptr, "int"_ns), InvalidArgumentException);
     std::uint32_t length = 0;

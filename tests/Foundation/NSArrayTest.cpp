@@ -1,3 +1,4 @@
+#include "support/Answer.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -59,6 +60,10 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     EXPECT_EQ(array->indexOfObjectIdenticalTo(second), 2u);
     EXPECT_EQ(array->indexOfObjectIdenticalTo(second, NSMakeRange(1, 2)), 2u);
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 3)), 2u);
+    const Ref<NSMutableArray> rest = NSMutableArray::initWithArray(array, /*copyItems=*/NO);
+    rest->removeObjectIdenticalTo(second, NSMakeRange(0, 2));
+    rest->removeObjectIdenticalTo(rest->objectAtIndex(0), NSMakeRange(0, 2));
+    EXPECT_EQ(joined(rest), "bac");
     EXPECT_EQ(array->indexOfObject("a"_ns, NSMakeRange(1, 1)), NSNotFound);
     EXPECT_EQ(describe(array->firstObjectCommonWithArray(letters("xcb"))), "b");
     EXPECT_REASON(array->indexOfObject("a"_ns, NSMakeRange(UINT32_MAX, UINT32_MAX)),
@@ -66,14 +71,31 @@ TEST_F(NSArrayTest, FindsEqualAndIdenticalElementsInRanges) {
     EXPECT_REASON(array->objectAtIndex(4), "NSArray objectAtIndex: must have an index below 4, not 4.");
 }
 
+TEST_F(NSArrayTest, MakersMakeArraysOfTheClassAsked) {
+    const id elements[] = {"a"_ns};
+    const qb::Value values[] = {"a"_ns};
+    for (Class *asked : {NSArray::cls(), NSMutableArray::cls()}) {
+        for (const char *maker : {"arrayWithObjects:count:", "initWithObjects:count:"})
+            EXPECT_EQ(made(asked, maker, {&elements[0], 1}), "(a)");
+        for (const char *maker : {"arrayWithObjects:", "initWithObjects:"})
+            EXPECT_EQ(made(asked, maker, {qb::ArgList(values, 1)}), "(a)");
+        for (const char *maker : {"arrayWithArray:", "initWithArray:"})
+            EXPECT_EQ(made(asked, maker, {letters("a")}), "(a)");
+        EXPECT_EQ(made(asked, "initWithArray:copyItems:", {letters("a"), YES}), "(a)");
+        EXPECT_EQ(made(asked, "arrayWithObject:", {"a"_ns}) + made(asked, "init"), "(a)()");
+    }
+}
+
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     NSArray *const abc = letters("abc");
     EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
     NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
     EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");
-    id buffer[2] = {};
+    id buffer[3] = {};
     abc->getObjects(buffer, NSMakeRange(1, 2));
     EXPECT_EQ(describe(buffer[0]) + describe(buffer[1]), "bc");
+    abc->getObjects(buffer);
+    EXPECT_EQ(describe(buffer[0]) + describe(buffer[2]), "ac");
     NSMutableArray *const lists = NSMutableArray::arrayWithObjects(letters("a"), letters("b"));
     const Ref<NSArray> copies = NSArray::initWithArray(lists, /*copyItems=*/YES);
     lists->makeObjectsPerformSelector("addObject:"_sel, "x"_ns);

@@ -20,6 +20,8 @@ TEST_F(NSCalendarDateTest, FieldsAreThoseOfTheZone) {
     EXPECT_EQ(date->dayOfYear(), 60);
     EXPECT_EQ(date->dayOfCommonEra(), 738945);
     EXPECT_EQ(dateIn(NSTimeZone::gmt(), 1, 1, 1)->dayOfCommonEra(), 1);
+    EXPECT_EQ(date->minuteOfHour(), 30);
+    EXPECT_EQ(describe(date->timeZone()), "Europe/Berlin");
     date->setTimeZone(NSTimeZone::timeZoneWithName("+0930"_ns));
     const int parts[] = {date->yearOfCommonEra(), date->monthOfYear(),  date->dayOfMonth(),
                          date->hourOfDay(),       date->minuteOfHour(), date->secondOfMinute()};

@@ -1,4 +1,5 @@
 #include "Foundation/Buffer.h"
+#include "support/Answer.h"
 #include "support/PoolFixture.h"
 
 using NSDataTest = PoolFixture;
@@ -22,6 +23,16 @@ TEST_F(NSDataTest, GivesPartsOfItsBytes) {
     char buffer[8] = "-------";
     data->getBytes(buffer, NSMakeRange(4, 2));
     EXPECT_STREQ(buffer, "ef-----");
+    data->getBytes(buffer, 3);
+    EXPECT_STREQ(buffer, "abc----");
+    data->getBytes(buffer);
+    EXPECT_STREQ(buffer, "abcdef-");
+    for (Class *asked : {NSData::cls(), NSMutableData::cls()})
+        EXPECT_EQ(made(asked, "dataWithData:", {data}) + made(asked, "initWithData:", {data}),
+                  "<61626364 6566><61626364 6566>");
+    EXPECT_EQ(made(NSMutableData::cls(), "dataWithCapacity:", {9}), "<>");
+    EXPECT_EQ(made(NSMutableData::cls(), "initWithLength:", {2}), "<0000>");
+    EXPECT_EQ(answer(data, "mutableCopyWithZone:", {nullptr}), "<61626364 6566>");
     EXPECT_EQ(bytesOf(data->subdataWithRange(NSMakeRange(2, 3))), "cde");
     EXPECT_REASON(data->getBytes(buffer, NSMakeRange(6, 1)),
                   "NSMutableData getBytes:range: must have a range inside the 6 bytes.");

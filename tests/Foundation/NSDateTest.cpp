@@ -1,4 +1,5 @@
 #include "System/Clock.h"
+#include "support/Answer.h"
 #include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
@@ -16,6 +17,8 @@ TEST_F(NSDateTest, MakersCountFromTheirOwnZero) {
     EXPECT_EQ(NSDate::dateWithTimeIntervalSinceReferenceDate(0.5)->timeIntervalSince1970(), 978307200.5);
     NSDate *one = NSDate::dateWithTimeIntervalSinceReferenceDate(1);
     EXPECT_EQ(NSDate::initWithTimeInterval(2, one)->timeIntervalSinceReferenceDate(), 3);
+    EXPECT_EQ(NSDate::dateWithTimeInterval(2, one)->timeIntervalSinceReferenceDate(), 3);
+    EXPECT_EQ(answer(NSDate::cls(), "initWithTimeIntervalSince1970:", {1}), "1970-01-01 00:00:01 +0000");
     EXPECT_EQ(one->timeIntervalSinceDate(one->addTimeInterval(4)), -4);
     EXPECT_REASON(NSDate::dateWithTimeIntervalSinceReferenceDate(std::nan("")),
                   "NSDate initWithTimeIntervalSinceReferenceDate: must have an interval that is a number.");

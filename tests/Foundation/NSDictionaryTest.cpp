@@ -1,3 +1,4 @@
+#include "support/Answer.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -27,6 +28,10 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     id objects[2] = {}, words[2] = {};
     NSDictionary::dictionaryWithObjectsForKeys(values, keys)->getObjects(objects, words);
     EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(objects, words, 2)), "{a = 1; b = 2; }");
+    for (const char *maker : {"dictionaryWithObjects:forKeys:", "initWithObjects:forKeys:"})
+        EXPECT_EQ(made(NSMutableDictionary::cls(), maker, {values, keys}), "{a = 1; b = 2; }");
+    for (const char *maker : {"dictionaryWithObject:forKey:", "initWithObject:forKey:"})
+        EXPECT_EQ(made(NSDictionary::cls(), maker, {"x"_ns, "y"_ns}), "{y = x; }");
     EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsAndKeys(number(1), "a"_ns, number(2), "b"_ns)),
               "{a = 1; b = 2; }");
     EXPECT_REASON(NSDictionary::dictionaryWithObjectsForKeys(values, NSArray::arrayWithObject("a"_ns)),

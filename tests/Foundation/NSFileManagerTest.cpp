@@ -34,6 +34,10 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     NSDictionary *told = manager_->fileAttributesAtPath(path("f"), /*traverseLink=*/YES);
     EXPECT_EQ(told->filePosixPermissions(), 0600u);
     EXPECT_EQ(told->fileSize(), 3u);
+    NSDictionary *const owned =
+        NSDictionary::dictionaryWith({{NSFileOwnerAccountID, NSNumber::numberWithInt(7)},
+                                      {NSFileGroupOwnerAccountID, NSNumber::numberWithInt(8)}});
+    EXPECT_TRUE(owned->fileOwnerAccountID() == 7 && owned->fileGroupOwnerAccountID() == 8);
     EXPECT_EQ(told->fileType(), NSFileTypeRegular);
     EXPECT_EQ(told->fileType(), typeBeforeMain); // as static objects of a program find it
     EXPECT_TRUE(told->fileModificationDate()->isEqual(NSDate::dateWithTimeIntervalSince1970(1000.5)));
@@ -54,8 +58,10 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     EXPECT_TRUE(!manager_->fileExistsAtPath(path("none"), &isDirectory) && !isDirectory);
     EXPECT_TRUE(manager_->isReadableFileAtPath(path("f")) && manager_->isWritableFileAtPath(path("f")) &&
                 manager_->isDeletableFileAtPath(path("f")));
-    EXPECT_FALSE(manager_->isExecutableFileAtPath(path("f")) ||
-                 manager_->isDeletableFileAtPath(path("none")));
+    EXPECT_FALSE(
+        manager_->isExecutableFileAtPath(path("f")) || manager_->isDeletableFileAtPath(path("none")) ||
+        manager_->isReadableFileAtPath(path("none")) || manager_->isWritableFileAtPath(path("none")));
+    EXPECT_TRUE(manager_->isExecutableFileAtPath("/bin/sh"_ns));
 }
 
 TEST_F(NSFileManagerTest, LinksAreMadeReadAndNotFollowedUnlessAsked) {

@@ -1,3 +1,4 @@
+#include "support/Answer.h"
 #include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
@@ -17,6 +18,9 @@ TEST_F(NSNumberTest, MakersOf64BitsMakeObjectsOfTheClassAsked) {
         const auto made = send<Ref<NSNumber>>(Wide::cls(), Selector::named(selector), 7);
         EXPECT_TRUE(made->isMemberOfClass(Wide::cls()) && made->intValue() == 7) << selector;
     }
+    for (const char *type : {"Bool", "Char", "UnsignedChar", "Short", "UnsignedShort", "Int", "UnsignedInt",
+                             "Long", "LongLong", "Float", "Double"})
+        EXPECT_EQ(answer(NSNumber::cls(), ("initWith" + std::string(type) + ":").c_str(), {1}), "1") << type;
 }
 
 TEST_F(NSNumberTest, TextsAndTypesTellWhatWasPutIn) {
@@ -45,9 +49,11 @@ TEST_F(NSNumberTest, ConversionsCutAsTheyAreStated) {
     EXPECT_EQ(wide->charValue(), static_cast<char>(0x85));
     EXPECT_EQ(wide->unsignedCharValue(), 0x85);
     EXPECT_TRUE(wide->shortValue() == -123 && wide->unsignedShortValue() == 0xFF85);
+    EXPECT_TRUE(wide->longValue() == 0x1'8000'FF85 && wide->unsignedLongValue() == 0x1'8000'FF85);
     EXPECT_TRUE(wide->intValue() == -0x7FFF'007B && wide->unsignedIntValue() == 0x8000'FF85);
     NSNumber *const real = NSNumber::numberWithDouble(-2.9);
     EXPECT_EQ(real->intValue(), -2);
+    EXPECT_EQ(real->floatValue(), -2.9f);
     EXPECT_EQ(real->unsignedLongLongValue(), 0u);
     NSNumber *const many = NSNumber::numberWithDouble(3e9);
     EXPECT_TRUE(many->intValue() == INT32_MAX && many->unsignedIntValue() == 3'000'000'000u &&

@@ -43,6 +43,7 @@ TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
     NSProcessInfo *info = NSProcessInfo::processInfo();
     char name[256];
     ASSERT_EQ(gethostname(name, sizeof name), 0);
+    EXPECT_EQ(describe(info->operatingSystemName()), "Linux");
     EXPECT_EQ(info->hostName()->view(), name);
     Fault noName(Call::gethostname, 0, 0, ENAMETOOLONG);
     Fault noFile(Call::read, 0, 0, EIO);

@@ -1,3 +1,4 @@
+#include "support/Answer.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -55,13 +56,16 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
 
 TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
     NSMutableString *const text = NSMutableString::stringWith("a");
-    NSSet *const set = NSSet::setWithObject(text);
+    NSSet *const set = NSSet::setWithSet(NSSet::setWithObject(text));
     EXPECT_EQ(NSSet::initWithSet(set, /*copyItems=*/NO)->anyObject(), text);
     const Ref<NSSet> copies = NSSet::initWithSet(set, /*copyItems=*/YES);
     text->appendString("b"_ns);
     EXPECT_EQ(elements(copies), "(a)");
     set->makeObjectsPerformSelector("appendString:"_sel, "c"_ns);
-    EXPECT_EQ(elements(set), "(abc)");
+    EXPECT_EQ(describe(set->objectEnumerator()->allObjects()), "(abc)");
+    const Ref<NSObject> copy = set->mutableCopy();
+    NSSet::setWithObject(copy)->makeObjectsPerformSelector("removeAllObjects"_sel);
+    EXPECT_EQ(answer(copy, "allObjects"), "()");
 }
 
 TEST_F(NSSetTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {

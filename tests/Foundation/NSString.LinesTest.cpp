@@ -55,6 +55,7 @@ TEST_F(NSStringLinesTest, EncodingsGoBothWays) {
     EXPECT_EQ(bytesOf("aé€"_ns->dataUsingEncoding(NSISOLatin1StringEncoding, /*allowLossyConversion=*/YES)),
               "a\xE9?");
     EXPECT_EQ(bytesOf("€"_ns->dataUsingEncoding(NSISOLatin1StringEncoding)), "nil");
+    EXPECT_TRUE("é"_ns->canBeConvertedToEncoding(NSISOLatin1StringEncoding));
     EXPECT_FALSE("é"_ns->canBeConvertedToEncoding(NSASCIIStringEncoding));
     EXPECT_EQ(textOf("\xFE\xFF\0a"s, NSUnicodeStringEncoding), "a");
     EXPECT_EQ(textOf("\xE9", NSUTF8StringEncoding) + textOf("a", 99), "nilnil");

@@ -1,4 +1,5 @@
 #include "Foundation/UnitModel.h"
+#include "support/Answer.h"
 #include "support/PoolFixture.h"
 
 #include <iomanip>
@@ -43,23 +44,48 @@ TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
     EXPECT_THROW(text->deleteCharactersInRange({1, 2}), NSRangeException);
     EXPECT_THROW(text->insertString("x"_ns, 3), NSRangeException);
     EXPECT_EQ(text->view(), "a€");
+    text->replaceCharactersInRange({0, 1}, "bc"_ns);
+    EXPECT_EQ(text->view(), "bc€");
+}
+
+template <class String>
+static void expectTypedMakers() {
+    const std::pair<Ref<String>, const char *> rows[] = {
+        {String::initWithString("x"_ns), "x"},     {String::initWithCString("xyz"), "xyz"},
+        {String::initWithCString("xyz", 2), "xy"}, {String::initWithUTF8String("x"), "x"},
+        {String::initWithBytes("xyz", 1), "x"},    {String::initWithData(NSData::dataWithBytes("x", 1)), "x"},
+        {String::initWithFormat("%d"_ns, 5), "5"}, {String::stringWithString("x"_ns), "x"},
+        {String::stringWithCString("xyz"), "xyz"}, {String::stringWithCString("xyz", 2), "xy"},
+    };
+    for (const auto &[string, text] : rows)
+        EXPECT_TRUE(string->isMemberOfClass(String::cls()) && string->view() == text) << text;
 }
 
 TEST_F(NSStringTest, StringsAreMadeFromOtherFormsOfTheClassAsked) {
+    expectTypedMakers<NSString>();
+    expectTypedMakers<NSMutableString>();
     const unichar units[] = {'a', 0xD83D, 0xDE00, 0xDE00, 0, 0xD83D};
     EXPECT_EQ(NSString::stringWithCharacters(units, 6)->view(), std::string_view("a😀\uFFFD\0\uFFFD", 12));
     EXPECT_EQ(NSString::initWithData(NSData::dataWithBytes("\xFF\0z", 3))->view(),
               std::string_view("\xFF\0z", 3));
+    NSArray *const names = NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns});
+    const qb::Value values[] = {"x"_ns, 5};
     for (Class *asked : {NSString::cls(), NSMutableString::cls()}) {
-        const std::pair<id, const char *> made[] = {
-            {send(asked, "stringWithUTF8String:"_sel, "x"), "x"},
-            {send(asked, "stringWithFormat:"_sel, "%@-%d"_ns, "x"_ns, 5), "x-5"},
-            {send(asked, "pathWithComponents:"_sel, NSArray::arrayWith({"/"_ns, "a"_ns, "b"_ns})), "/a/b"},
-        };
-        for (const auto &[string, text] : made) {
-            EXPECT_EQ(string->classObject(), asked);
-            EXPECT_EQ(describe(string), text);
-        }
+        EXPECT_EQ(made(asked, "stringWithUTF8String:", {"x"}), "x");
+        EXPECT_EQ(made(asked, "stringWithFormat:", {"%@-%d"_ns, qb::ArgList(values, 2)}), "x-5");
+        EXPECT_EQ(made(asked, "pathWithComponents:", {names}), "/a/b");
+        EXPECT_EQ(made(asked, "string") + made(asked, "init"), "");
+        EXPECT_EQ(made(asked, "stringWithString:", {"x"_ns}) + made(asked, "initWithString:", {"y"_ns}),
+                  "xy");
+        EXPECT_EQ(made(asked, "stringWithCString:", {"xyz"}), "xyz");
+        EXPECT_EQ(made(asked, "stringWithCString:length:", {"xyz", 2}), "xy");
+        EXPECT_EQ(made(asked, "initWithCString:", {"xyz"}), "xyz");
+        EXPECT_EQ(made(asked, "initWithCString:length:", {"xyz", 2}), "xy");
+        EXPECT_EQ(made(asked, "initWithUTF8String:", {"x"}), "x");
+        EXPECT_EQ(made(asked, "stringWithCharacters:length:", {&units[0], 1}), "a");
+        EXPECT_EQ(made(asked, "initWithCharacters:length:", {&units[0], 1}), "a");
+        EXPECT_EQ(made(asked, "initWithData:", {NSData::dataWithBytes("x", 1)}), "x");
+        EXPECT_EQ(made(asked, "initWithFormat:", {"%@-%d"_ns, qb::ArgList(values, 2)}), "x-5");
     }
     EXPECT_REASON(NSString::stringWithUTF8String(nullptr),
                   "NSString stringWithUTF8String: must have a C string that is not NULL.");
@@ -167,12 +193,14 @@ TEST_F(NSStringTest, RepresentationsAreThoseOfPropertyListsAndLegalNamesHaveLowL
 }
 
 TEST_F(NSStringTest, UnionsReachFromTheFirstStartToTheLastEndAndNeverWrap) {
-    const std::tuple<NSRange, NSRange, NSRange> rows[] = {
-        {{5, 0}, {1, 2}, {1, 4}},
-        {{2, 3}, {4, 4}, {2, 6}},
-        {{0, UINT32_MAX}, {UINT32_MAX, 5}, {0, UINT32_MAX}}};
-    for (const auto &[a, b, expected] : rows)
-        EXPECT_EQ(NSUnionRange(a, b), expected) << expected.length;
+    const std::tuple<NSRange, NSRange, NSRange, NSRange> rows[] = {
+        {{5, 0}, {1, 2}, {1, 4}, {0, 0}},
+        {{2, 3}, {4, 4}, {2, 6}, {4, 1}},
+        {{0, UINT32_MAX}, {UINT32_MAX, 5}, {0, UINT32_MAX}, {0, 0}}};
+    for (const auto &[a, b, both, common] : rows) {
+        EXPECT_TRUE(NSEqualRanges(NSUnionRange(a, b), both) && !NSEqualRanges(a, b)) << both.length;
+        EXPECT_EQ(NSIntersectionRange(a, b), common);
+    }
 }
 
 TEST_F(NSStringTest, RangesAsText) {

@@ -29,6 +29,8 @@ TEST_F(NSTimeZoneTest, NamesAbbreviationsAndOffsetsFindZones) {
                 ->view(),
             told);
         EXPECT_EQ(zone->secondsFromGMT(), zone->secondsFromGMTForDate(NSDate::date()));
+        EXPECT_EQ(describe(zone->abbreviation()), describe(zone->abbreviationForDate(NSDate::date())));
+        EXPECT_EQ(zone->isDaylightSavingTime(), zone->isDaylightSavingTimeForDate(NSDate::date()));
     }
     EXPECT_EQ(NSTimeZone::timeZoneWithName("Nowhere/Land"_ns), nullptr);
     EXPECT_EQ(NSTimeZone::timeZoneForSecondsFromGMT(27 * 3600), nullptr);
@@ -52,6 +54,17 @@ TEST_F(NSTimeZoneTest, TheDefaultIsTheSystemsUntilItIsSet) {
     EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "Asia/Tokyo");
     NSTimeZone::setDefaultTimeZone(nullptr);
     EXPECT_EQ(describe(NSTimeZone::defaultTimeZone()), "Asia/Tokyo");
+}
+
+TEST_F(NSTimeZoneTest, TheSystemsZoneIsKeptUntilItIsReset) {
+    const TimeZoneSetting setting("Etc/GMT-12"); // not asked for elsewhere
+    {
+        const Fault fault(Call::open, /*skip=*/0, /*times=*/0, ENOENT);
+        EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "UTC");
+    }
+    EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "UTC");
+    NSTimeZone::resetSystemTimeZone();
+    EXPECT_EQ(describe(NSTimeZone::systemTimeZone()), "Etc/GMT-12");
 }
 
 TEST_F(NSTimeZoneTest, TheSystemsOwnZoneIsFoundInAnArchive) {

@@ -71,6 +71,9 @@ TEST_F(OSFilePathTextTest, OtherTextOperationsTakeThePathAsItIs) {
     EXPECT_EQ(describe(OSFilePath::shortPathForPath("/a/./b"_ns)), "/a/./b");
     EXPECT_EQ(describe(OSFilePath::completeExecutable("/a/./b"_ns)), "/a/./b");
     EXPECT_EQ(describe(OSFilePath::stringByStandardizingPath("/a/./b"_ns)), "/a/./b");
+    EXPECT_EQ(describe(OSFilePath::stringByNormalizingPath("/a/./b"_ns)), "/a/./b");
+    EXPECT_EQ(describe(OSFilePath::stringByNormalizingAndSimplifyingPath("/a/./b"_ns)), "/a/b");
+    EXPECT_EQ(describe(OSFilePath::pathSeparatorString()), "/");
     const char *const rows[][3] = {{"a/b/c", "a", "b/c"}, {"a", "a", ""}, {"/a", "", "a"}};
     for (const auto &[path, first, rest] : rows) {
         NSString *const text = NSString::stringWithCString(path);
@@ -84,6 +87,7 @@ TEST_F(OSFilePathTextTest, UniqueNamesDiffer) {
     for (int i = 0; i < 100; ++i)
         names.insert(describe(OSFilePath::uniqueTmpFilename()));
     EXPECT_EQ(names.size(), 100u);
+    EXPECT_EQ(names.begin()->rfind(describe(OSFilePath::tmpDir()) + "/"), 0u);
     EXPECT_EQ(names.begin()->rfind("/var/tmp/"), 0u);
     EXPECT_EQ(describe(OSFilePath::uniqueFilenameWithPrefix("p_"_ns, "d"_ns)).rfind("d/p_", 0), 0u);
     EXPECT_EQ(describe(OSFilePath::uniqueFilenameWithPrefix("p_"_ns, ""_ns)).rfind("p_", 0), 0u);

@@ -114,7 +114,7 @@ TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
 TEST_F(OSProcessWaitingTest, ProcessesAreEqualByTheirIds) {
     OSProcess *const one = start("exit 0");
     OSProcess *const other = start("exit 0");
-    EXPECT_FALSE(one->isEqual(other));
+    EXPECT_TRUE(one->isEqual(one) && !one->isEqual(other));
     const auto none = send<Ref<OSProcess>>(OSProcess::cls(), "init"_sel);
     EXPECT_EQ(none->pid(), 0);
     EXPECT_FALSE(none->isRunning()); // nor signalled: 0 would mean the whole group

@@ -21,7 +21,9 @@ TEST_F(OSSocketTest, UnixServersReplaceFilesAndTakeClients) {
     }
     client->writeLine("a line"_ns);
     EXPECT_EQ(describe(accepted->readLine()), "a line");
-    EXPECT_FALSE(client->isEqual(accepted));
+    EXPECT_TRUE(client->isEqual(client) && !client->isEqual(accepted));
+    client->setSocketName("other"_ns);
+    EXPECT_EQ(describe(client->socketName()), "other");
     server->setNonBlocking();
     EXPECT_EQ(OSSocket::acceptSocketFromListener(server), nullptr); // nobody is waiting
 }
@@ -128,6 +130,7 @@ TEST_F(OSSocketTest, FullPeersBlockSendersThatMayNotWait) {
 TEST_F(OSSocketTest, StateIsWrittenToTheErrorLog) {
     const SocketPair pair;
     pair.server->setWantToBeClosed(YES);
+    EXPECT_TRUE(pair.server->wantToBeClosed() && !pair.client->wantToBeClosed());
     CapturedOutput output;
     pair.server->writeStateToErrorLog();
     pair.server->close();

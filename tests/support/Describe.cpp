@@ -33,6 +33,7 @@ std::string describe(const qb::Value &value) {
     case qb::Kind::cString:
         return value.cString() ? value.cString() : "NULL";
     case qb::Kind::object:
+    case qb::Kind::classObject:
         return describe(value.object());
     default:
         return "kind " + std::to_string(static_cast<int>(value.kind()));

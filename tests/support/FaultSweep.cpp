@@ -72,6 +72,9 @@ private:
 
 /// What strikes no call of its own.
 struct Lasting {
+    Lasting() = default;
+    Lasting(const Lasting &) = delete;
+    Lasting &operator=(const Lasting &) = delete;
     unsigned hits() const { return 0; }
     Call struck() const { return Call::any; }
 };
@@ -92,8 +95,6 @@ struct SizeLimit : Lasting {
         ::setrlimit(RLIMIT_FSIZE, &old_);
         std::signal(SIGXFSZ, signal_);
     }
-    SizeLimit(const SizeLimit &) = delete;
-    SizeLimit &operator=(const SizeLimit &) = delete;
 
     void (*signal_)(int);
     rlimit old_;
@@ -113,8 +114,6 @@ struct ReadOnlyDirectory : Lasting {
         ::setfsuid(::geteuid());
         fs::permissions(path_, fs::perms(0755));
     }
-    ReadOnlyDirectory(const ReadOnlyDirectory &) = delete;
-    ReadOnlyDirectory &operator=(const ReadOnlyDirectory &) = delete;
 
     static constexpr uid_t kNobody = 65534;
     std::string path_;
@@ -161,13 +160,6 @@ std::map<std::string, std::string> filesIn(const TemporaryDirectory &directory) 
     return files;
 }
 
-void takeErrors(std::string &told) {
-    const NSAutoreleasePool pool;
-    if (ERRORHANDLER->errorState() != ERRORSTATE_OK)
-        told += describe(ERRORHANDLER->errorIds());
-    ERRORHANDLER->clearErrorStack();
-}
-
 template <class Kind>
 void act(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index,
          Outcome &outcome) {
@@ -189,7 +181,9 @@ void act(const Use &use, const TemporaryDirectory &directory, const Way &way, un
     } catch (const std::exception &exception) {
         outcome.told += exception.what();
     }
-    takeErrors(outcome.told);
+    const NSAutoreleasePool pool;
+    if (ERRORHANDLER->errorState() != ERRORSTATE_OK)
+        outcome.told += takenErrors();
 }
 
 template <class Kind>
