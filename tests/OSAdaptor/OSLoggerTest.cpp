@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/ServicesFixture.h"
 
 using OSLoggerTest = ServicesFixture;
@@ -22,13 +23,7 @@ TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
 }
 
 TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
-    struct Journal : OSLogger {
-        static Class *cls() {
-            static Class *const self = new Class("Journal", OSLogger::cls(), {}, qb::construct<Journal>);
-            return self;
-        }
-        Class *classObject() const override { return cls(); }
-    };
+    struct Journal : ClientClass<Journal, OSLogger, "Journal"> {};
     send<void>(Journal::cls(), "createLoggerForCategory:"_sel, "journal"_ns);
     EXPECT_EQ(OSLogger::loggerForCategory("journal"_ns)->classObject(), Journal::cls());
 }

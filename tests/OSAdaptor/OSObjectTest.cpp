@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 #include <unistd.h>
@@ -15,14 +16,11 @@ TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
 }
 
 TEST_F(OSObjectTest, ObjectsAskTheirClass) {
-    struct Remote : OSObject {
-        static Class *cls() {
-            static const qb::Method methods[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
-            static Class *const self = new Class("Remote", OSObject::cls(), methods, qb::construct<Remote>);
-            return self;
+    struct Remote : ClientClass<Remote, OSObject, "Remote"> {
+        static qb::MethodTables methods() {
+            static const qb::Method table[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
+            return table;
         }
-        Class *classObject() const override { return cls(); }
-
         static std::uint32_t getErrorCode() { return 7; } // of another system
     };
     const auto object = Ref<Remote>::adopt(new Remote);

@@ -18,7 +18,6 @@ static std::string logOf(auto start) {
     OSPipe *const held = OSPipe::pipe();
     const std::int32_t end = held->writeHandle();
     start(&end);
-    held->closeWriteHandle();
     contentOf(held);
     return replaced(output.end(), "^.*?\\(\\d+\\) \\[\\] ", "");
 }
@@ -37,8 +36,6 @@ TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {
               YES);
     EXPECT_FALSE(input->_isReadHandleOpen());
     EXPECT_TRUE(hasNoChild());
-    output->closeWriteHandle();
-    errors->closeWriteHandle();
     input->getOutputStream()->writeObject("through\n"_ns);
     input->closeWriteHandle();
     const std::string text = contentOf(output);
@@ -113,7 +110,6 @@ TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNoWhereverThatIsFou
         EXPECT_TRUE(answer);
     }
     std::signal(SIGUSR1, SIG_DFL);
-    report->closeWriteHandle();
     EXPECT_EQ(contentOf(report), "waiting: NO");
     EXPECT_TRUE(hasNoChild());
 }

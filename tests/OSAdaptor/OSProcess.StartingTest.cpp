@@ -16,7 +16,6 @@ static std::string outputOf(NSString *command, NSArray *args, NSDictionary *env 
     const std::int32_t end = pipe->writeHandle();
     OSProcess *const process =
         OSProcess::subProcessWithCommand(command, args, env, stdinHandle, &end, nullptr);
-    pipe->closeWriteHandle();
     const std::string output = contentOf(pipe);
     std::int32_t code = -1;
     EXPECT_EQ(process->waitForProcessDoHang(YES, &code), 1);
@@ -85,7 +84,6 @@ TEST_F(OSProcessStartingTest, OneDescriptorMayServeTwoStreams) {
         OSProcess::cls(), "subProcessWithCommand:withArgs:withEnv:stdinHandle:stdoutHandle:stderrHandle:"_sel,
         "sh"_ns, script("echo out; echo err >&2"), nullptr, nullptr, &end, &end);
     EXPECT_EQ(send<std::int32_t>(process, "waitForProcessDoHang:"_sel, YES), 1);
-    pipe->closeWriteHandle();
     EXPECT_EQ(contentOf(pipe), "out\nerr\n");
 }
 
@@ -182,7 +180,6 @@ TEST_F(OSProcessStartingTest, NoChildWritesWhatTheParentHasBuffered) {
         const std::int32_t held = pipe->writeHandle(); // as long as there is a child
         OSProcess::createSubProcessWritingToPipe(OSPipe::pipe(), "/no/such"_ns, nullptr, nullptr, &held,
                                                  nullptr);
-        pipe->closeWriteHandle();
         contentOf(pipe); // until it has ended
     });
     std::string text = child.standardError;

@@ -1,4 +1,5 @@
 #include "System/Clock.h"
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 
@@ -25,13 +26,7 @@ struct OSSocketReceivingTest : PoolFixture {
 };
 
 /// A socket that changes what it receives.
-struct Shouting : OSSocket {
-    static Class *cls() {
-        static Class *const self = new Class("Shouting", OSSocket::cls(), {}, qb::construct<Shouting>);
-        return self;
-    }
-    Class *classObject() const override { return cls(); }
-
+struct Shouting : ClientClass<Shouting, OSSocket, "Shouting"> {
     std::int32_t bufferedReceiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
                                            BOOL performPeek) override {
         const std::int32_t count = OSSocket::bufferedReceiveWithBuffer(buffer, length, timeout, performPeek);

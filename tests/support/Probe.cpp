@@ -9,8 +9,8 @@
 
 std::function<void(Probe *)> Probe::action;
 
-Class *Probe::cls() {
-    static const qb::Method methods[] = {
+qb::MethodTables Probe::methods() {
+    static const qb::Method table[] = {
         qb::method<"object">(&Probe::object),
         qb::method<"kind">(&Probe::kind),
         qb::method<"made">(&Probe::made),
@@ -36,14 +36,12 @@ Class *Probe::cls() {
         qb::method<"raise">(&Probe::raise),
         qb::method<"act">(&Probe::act),
     };
-    static Class *const self = new Class("Probe", NSObject::cls(), methods, qb::construct<Probe>);
-    return self;
+    return table;
 }
 
-Class *OtherProbe::cls() {
-    static const qb::Method methods[] = {qb::method<"other">(&OtherProbe::other)};
-    static Class *const self = new Class("OtherProbe", Probe::cls(), methods, qb::construct<OtherProbe>);
-    return self;
+qb::MethodTables OtherProbe::methods() {
+    static const qb::Method table[] = {qb::method<"other">(&OtherProbe::other)};
+    return table;
 }
 
 NSArray *Probe::probes(std::initializer_list<const char *> names) {
@@ -55,10 +53,6 @@ NSArray *Probe::probes(std::initializer_list<const char *> names) {
 
 NSString *Probe::takes(id one) const {
     return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ">");
-}
-
-NSString *Probe::takesClass(Class *one) const {
-    return takes(one);
 }
 
 NSString *Probe::takesTwo(id one, id two) const {

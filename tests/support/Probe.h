@@ -6,16 +6,17 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/Ref.h>
 
+#include "support/ClientClass.h"
+
 #include <functional>
 
 /// Answers with a result of each kind that messages have, with zero or nil when its name begins with a dash.
-class Probe : public NSObject {
+class Probe : public ClientClass<Probe, NSObject, "Probe"> {
 public:
     Probe() = default;
     explicit Probe(const char *name) : name_(NSString::stringWithCString(name)) {}
 
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+    static qb::MethodTables methods();
     NSString *description() const override { return name_; }
 
     /// Returns the probes of those names.
@@ -40,7 +41,7 @@ public:
     /// What it was called with.
     NSString *takes(id one) const;
     NSString *takesText(NSString *one) const { return takes(one); }
-    NSString *takesClass(Class *one) const;
+    NSString *takesClass(Class *one) const { return takes(one); }
     NSString *takesPointer(const char *one) const { return one ? "pointer"_ns : "(null)"_ns; }
     NSString *takesNumber(std::int32_t) const { return "number"_ns; }
     NSString *takesTwo(id one, id two) const;
@@ -62,11 +63,9 @@ private:
 };
 
 /// A probe of a class with operations of its own.
-class OtherProbe : public Probe {
-public:
-    using Probe::Probe;
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+struct OtherProbe : ClientClass<OtherProbe, Probe, "OtherProbe"> {
+    using ClientClass::ClientClass;
+    static qb::MethodTables methods();
     NSString *other() const { return "other"_ns; }
 };
 

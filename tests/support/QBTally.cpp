@@ -39,9 +39,4 @@ NSArray *QBTally::allStrings() const {
     return counts_->allKeys();
 }
 
-Class *SharedTally::cls() {
-    static Class *const self = new Class("SharedTally", QBTally::cls(), {}, qb::construct<SharedTally>);
-    return self;
-}
-
 static const qb::ClassRegistration registration{&SharedTally::cls};

@@ -5,6 +5,8 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Runtime/Ref.h>
 
+#include "support/ClientClass.h"
+
 #include <cstdint>
 
 class NSArray;
@@ -39,10 +41,7 @@ private:
 };
 
 /// A subclass that repeats the makers it inherits, typed for itself.
-class SharedTally : public QBTally {
-public:
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+struct SharedTally : ClientClass<SharedTally, QBTally, "SharedTally"> {
     static SharedTally *tallyWithLimit(std::uint32_t limit) {
         return qb::init<SharedTally>(&SharedTally::setUpWithLimit, limit).autorelease();
     }
