@@ -3,12 +3,6 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "support/Describe.h"
-
-#include <string>
-
-std::function<void(Probe *)> Probe::action;
-
 qb::MethodTables Probe::methods() {
     static const qb::Method table[] = {
         qb::method<"object">(&Probe::object),
@@ -49,22 +43,6 @@ NSArray *Probe::probes(std::initializer_list<const char *> names) {
     for (const char *name : names)
         array->addObject(Ref<Probe>::adopt(new Probe(name)).get());
     return array;
-}
-
-NSString *Probe::takes(id one) const {
-    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ">");
-}
-
-NSString *Probe::takesTwo(id one, id two) const {
-    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ", " + describe(two) + ">");
-}
-
-NSString *Probe::takesThree(id one, id two, id three) const {
-    return NSString::stringWith(describe(takesTwo(one, two)) + describe(three));
-}
-
-NSString *Probe::takesMore(id one, const qb::ArgList &more) const {
-    return NSString::stringWith(describe(takes(one)) + std::to_string(more.count()));
 }
 
 void Probe::raise() const {
