@@ -16,8 +16,7 @@ TEST_F(OSFilePathChangesTest, MakePathCreatesEachMissingDirectory) {
     OSFilePath::makePath(path("file")); // not looked at
     expectError(100168, directory_ / "file/x Not a directory",
                 [&] { OSFilePath::makePath(path("file/x/y")); });
-    NSString *const nulPath = NSString::stringWith(std::string_view("a\0b", 3));
-    expectError(100168, "a Invalid argument", [&] { OSFilePath::makePath(nulPath); });
+    expectError(100168, "a Invalid argument", [&] { OSFilePath::makePath("a\0b"_ns); });
 }
 
 TEST_F(OSFilePathChangesTest, RenameReplacesAndReportsBothNames) {

@@ -42,8 +42,9 @@ TEST_F(OSFilePathQueriesTest, WhatDoesNotFitAFieldIsReportedAndNeverCut) {
     EXPECT_EQ(OSFilePath::fileSizeAtPath(path("long")), INT32_MAX);
 }
 
-TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
+TEST_F(OSFilePathQueriesTest, WhatIsMissingOrEmptyIsAnsweredWithNo) {
     directory_.write("file", "abc");
+    directory_.write("empty", "");
     directory_.link("nowhere", "dangling");
     for (const char *name : {"dangling", "file/x"}) {
         BOOL isDirectory = YES;
@@ -53,11 +54,6 @@ TEST_F(OSFilePathQueriesTest, QueriesThatNeverRaiseAnswerNoInstead) {
     }
     EXPECT_EQ(OSFilePath::fileSizeAtPath(path("file")), 3);
     EXPECT_TRUE(OSFilePath::directoryExistsAtPath(path(".")));
-}
-
-TEST_F(OSFilePathQueriesTest, OnlyFilesThatAreNotEmptyContainData) {
-    directory_.write("file", "abc");
-    directory_.write("empty", "");
     for (const char *name : {".", "empty", "missing"})
         EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path(name))) << name;
     expectError(100194, directory_ / "file/x Not a directory",

@@ -15,7 +15,6 @@ struct Daemon {
 Daemon daemon(auto work) {
     const Ref<OSPipe> report = OSPipe::init();
     const ChildEnd end = runInChild([&] { work(report.get()); });
-    report->closeWriteHandle();
     return {end.status, contentOf(report)};
 }
 

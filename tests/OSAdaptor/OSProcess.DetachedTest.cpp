@@ -18,7 +18,6 @@ static std::string logOf(auto start) {
     OSPipe *const held = OSPipe::pipe();
     const std::int32_t end = held->writeHandle();
     start(&end);
-    held->closeWriteHandle();
     contentOf(held);
     return replaced(output.end(), "^.*?\\(\\d+\\) \\[\\] ", "");
 }
@@ -37,8 +36,6 @@ TEST_F(OSProcessDetachedTest, ProgramReadsFromThePipeAndIsNoChild) {
               YES);
     EXPECT_FALSE(input->_isReadHandleOpen());
     EXPECT_TRUE(hasNoChild());
-    output->closeWriteHandle();
-    errors->closeWriteHandle();
     input->getOutputStream()->writeObject("through\n"_ns);
     input->closeWriteHandle();
     const std::string text = contentOf(output);
@@ -62,12 +59,6 @@ TEST_F(OSProcessDetachedTest, ProgramWritesToThePipe) {
 }
 
 TEST_F(OSProcessDetachedTest, FailuresOfTheProgramAreLogged) {
-    const auto reading = [](OSPipe *pipe, NSString *command, const std::int32_t *out) {
-        return logOf([=](const std::int32_t *end) {
-            EXPECT_TRUE(
-                OSProcess::createSubProcessReadingFromPipe(pipe, command, nullptr, nullptr, out, end));
-        });
-    };
     const auto writing = [](OSPipe *pipe, NSString *command, const std::int32_t *err) {
         return logOf([=](const std::int32_t *end) {
             EXPECT_TRUE(OSProcess::createSubProcessWritingToPipe(pipe, command, nullptr, nullptr, end, err));
@@ -80,8 +71,11 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheProgramAreLogged) {
     EXPECT_EQ(writing(pipe, "true"_ns, nullptr),
               "could not reset stdout for 'true'\n\n"); // closed already
     EXPECT_EQ(writing(OSPipe::pipe(), "true"_ns, &none), "could not reset stderr for 'true'\n\n");
-    EXPECT_EQ(reading(nullptr, "true"_ns, nullptr), "could not reset stdin for 'true'\n\n");
-    EXPECT_EQ(reading(OSPipe::pipe(), "true"_ns, &none), "could not reset stdout for 'true'\n\n");
+    const std::string log = logOf([](const std::int32_t *end) {
+        EXPECT_TRUE(
+            OSProcess::createSubProcessReadingFromPipe(nullptr, "true"_ns, nullptr, nullptr, nullptr, end));
+    });
+    EXPECT_EQ(log, "could not reset stdin for 'true'\n\n");
     EXPECT_TRUE(hasNoChild());
 }
 
@@ -113,7 +107,6 @@ TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNoWhereverThatIsFou
         EXPECT_TRUE(answer);
     }
     std::signal(SIGUSR1, SIG_DFL);
-    report->closeWriteHandle();
     EXPECT_EQ(contentOf(report), "waiting: NO");
     EXPECT_TRUE(hasNoChild());
 }
@@ -143,9 +136,6 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheCoprocessAreLoggedOrRaised) {
     EXPECT_EQ(start(nullptr, nullptr, "cat"_ns), "could not reset stdout for 'cat'\n\n");
     EXPECT_EQ(start(OSPipe::pipe(), nullptr, "cat"_ns), "could not reset stdin for 'cat'\n\n");
     EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns, &none), "could not reset stderr for 'cat'\n\n");
-    const std::int32_t err = STDERR_FILENO;
-    EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "/no/such"_ns, &err),
-              "execvp() for '/no/such' failed: No such file or directory!\n\n");
     {
         const Fault second(Call::fork, 1, 1, EAGAIN);
         EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns), "fork for 'cat' failed!\n\n");

@@ -139,12 +139,11 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
     }
 }
 
-TEST_F(OSSocketReceivingTest, LinesEndAtLineFeedsAndLoseCarriageReturns) {
-    pair_.feed("one\r\n\n\rt\rwo\r\r\nthree");
-    EXPECT_EQ(line(), "one");
-    EXPECT_EQ(line(), "");
+// Others are compared with a plain model in fuzz/SocketLines.cpp.
+TEST_F(OSSocketReceivingTest, LinesLoseCarriageReturnsAndAlsoEndAtTheTimeOut) {
+    pair_.feed("\rt\rwo\r\r\nthree");
     EXPECT_EQ(line(), "two");
-    EXPECT_EQ(line(20), "three"); // time out
+    EXPECT_EQ(line(20), "three");
     pair_.peer->writeLine("four"_ns);
     pair_.peer->writeLine(nullptr);
     EXPECT_EQ(peek(8), "8 four\r\n\r\n");
@@ -185,6 +184,4 @@ TEST_F(OSSocketReceivingTest, StreamsNeedOpenSockets) {
     EXPECT_REASON(
         pair_.client->receiveWithBuffer(nullptr, 1, 0, NO),
         "OSSocket receiveWithBuffer:length:timeout:performPeek: must have a buffer that is not NULL.");
-    pair_.client->close();
-    expectError(100206, "Broken pipe", [&] { pair_.peer->getOutputStream()->writeObject("text"_ns); });
 }

@@ -33,14 +33,13 @@ TEST_F(OSSocketTest, NamesOfUnixSocketsAreChecked) {
     EXPECT_TRUE(OSSocket::serverSocketWithName(path(longest)));
     EXPECT_TRUE(OSSocket::clientSocketWithName(path(longest)));
     NSString *const tooLong = path(longest + "x");
-    NSString *const withNul = NSString::stringWith({"a\0b", 3});
     directory_.write("tree/file", "");
     NSString *const tree = path("tree");
     const auto makeServer = [](NSString *name) { return [=] { OSSocket::serverSocketWithName(name); }; };
     const auto makeClient = [](NSString *name) { return [=] { OSSocket::clientSocketWithName(name); }; };
     expectError(100065, "", makeServer(nullptr));
     expectError(100066, "", makeClient(tooLong));
-    expectError(100090, describe(withNul) + " 0 Invalid argument", makeClient(withNul));
+    expectError(100090, describe("a\0b"_ns) + " 0 Invalid argument", makeClient("a\0b"_ns));
     expectError(100064, describe(tree) + " Address already in use", makeServer(tree));
     for (const auto &[error, number, text] : {std::tuple(EACCES, 100203, "Permission denied"),
                                               std::tuple(ENOENT, 100064, "Address already in use")}) {

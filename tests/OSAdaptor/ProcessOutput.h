@@ -13,8 +13,9 @@ inline NSArray *script(const char *text) {
     return NSArray::arrayWith({"-c"_ns, NSString::stringWithCString(text)});
 }
 
-/// Reads until nobody can write to the pipe any more.
+/// Closes our end to write, and reads until nobody can write to the pipe any more.
 inline std::string contentOf(OSPipe *pipe) {
+    pipe->closeWriteHandle();
     std::string content;
     char block[512];
     for (std::int32_t count; (count = pipe->read(block, sizeof block)) > 0;)

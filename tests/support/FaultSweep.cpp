@@ -4,8 +4,6 @@
 #include "support/OpenDescriptors.h"
 #include "support/SmallStack.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <filesystem>

@@ -3,14 +3,8 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
-#include "support/Describe.h"
-
-#include <string>
-
-std::function<void(Probe *)> Probe::action;
-
-Class *Probe::cls() {
-    static const qb::Method methods[] = {
+qb::MethodTables Probe::methods() {
+    static const qb::Method table[] = {
         qb::method<"object">(&Probe::object),
         qb::method<"kind">(&Probe::kind),
         qb::method<"made">(&Probe::made),
@@ -36,14 +30,12 @@ Class *Probe::cls() {
         qb::method<"raise">(&Probe::raise),
         qb::method<"act">(&Probe::act),
     };
-    static Class *const self = new Class("Probe", NSObject::cls(), methods, qb::construct<Probe>);
-    return self;
+    return table;
 }
 
-Class *OtherProbe::cls() {
-    static const qb::Method methods[] = {qb::method<"other">(&OtherProbe::other)};
-    static Class *const self = new Class("OtherProbe", Probe::cls(), methods, qb::construct<OtherProbe>);
-    return self;
+qb::MethodTables OtherProbe::methods() {
+    static const qb::Method table[] = {qb::method<"other">(&OtherProbe::other)};
+    return table;
 }
 
 NSArray *Probe::probes(std::initializer_list<const char *> names) {
@@ -51,26 +43,6 @@ NSArray *Probe::probes(std::initializer_list<const char *> names) {
     for (const char *name : names)
         array->addObject(Ref<Probe>::adopt(new Probe(name)).get());
     return array;
-}
-
-NSString *Probe::takes(id one) const {
-    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ">");
-}
-
-NSString *Probe::takesClass(Class *one) const {
-    return takes(one);
-}
-
-NSString *Probe::takesTwo(id one, id two) const {
-    return NSString::stringWith(describe(name_.get()) + "<" + describe(one) + ", " + describe(two) + ">");
-}
-
-NSString *Probe::takesThree(id one, id two, id three) const {
-    return NSString::stringWith(describe(takesTwo(one, two)) + describe(three));
-}
-
-NSString *Probe::takesMore(id one, const qb::ArgList &more) const {
-    return NSString::stringWith(describe(takes(one)) + std::to_string(more.count()));
 }
 
 void Probe::raise() const {

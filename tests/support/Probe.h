@@ -2,20 +2,19 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_PROBE_H
 #define QBFOUNDATION_TESTS_SUPPORT_PROBE_H
 
-#include <QBFoundation/Foundation/NSArray.h>
-#include <QBFoundation/Foundation/NSString.h>
-#include <QBFoundation/Runtime/Ref.h>
+#include "support/Bytes.h"
+#include "support/ClientClass.h"
+#include "support/Describe.h"
 
 #include <functional>
 
 /// Answers with a result of each kind that messages have, with zero or nil when its name begins with a dash.
-class Probe : public NSObject {
+class Probe : public ClientClass<Probe, NSObject, "Probe"> {
 public:
     Probe() = default;
     explicit Probe(const char *name) : name_(NSString::stringWithCString(name)) {}
 
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+    static qb::MethodTables methods();
     NSString *description() const override { return name_; }
 
     /// Returns the probes of those names.
@@ -38,15 +37,21 @@ public:
     void nothing() const {}
 
     /// What it was called with.
-    NSString *takes(id one) const;
+    NSString *takes(id one) const { return string(describe(name_.get()) + "<" + describe(one) + ">"); }
     NSString *takesText(NSString *one) const { return takes(one); }
-    NSString *takesClass(Class *one) const;
+    NSString *takesClass(Class *one) const { return takes(one); }
     NSString *takesPointer(const char *one) const { return one ? "pointer"_ns : "(null)"_ns; }
     NSString *takesNumber(std::int32_t) const { return "number"_ns; }
-    NSString *takesTwo(id one, id two) const;
-    NSString *takesThree(id one, id two, id three) const;
+    NSString *takesTwo(id one, id two) const {
+        return string(describe(name_.get()) + "<" + describe(one) + ", " + describe(two) + ">");
+    }
+    NSString *takesThree(id one, id two, id three) const {
+        return string(describe(takesTwo(one, two)) + describe(three));
+    }
     NSString *takesFour(id, id, id, id) const { return "four"_ns; }
-    NSString *takesMore(id one, const qb::ArgList &more) const;
+    NSString *takesMore(id one, const qb::ArgList &more) const {
+        return string(describe(takes(one)) + std::to_string(more.count()));
+    }
     /// Raises error 990002 (name) unless the name begins with a dash.
     void raise() const;
     /// Does what the test wants it to do, and answers YES.
@@ -55,18 +60,16 @@ public:
         return YES;
     }
 
-    static std::function<void(Probe *)> action;
+    inline static std::function<void(Probe *)> action;
 
 private:
     Ref<NSString> name_ = NSString::string();
 };
 
 /// A probe of a class with operations of its own.
-class OtherProbe : public Probe {
-public:
-    using Probe::Probe;
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+struct OtherProbe : ClientClass<OtherProbe, Probe, "OtherProbe"> {
+    using ClientClass::ClientClass;
+    static qb::MethodTables methods();
     NSString *other() const { return "other"_ns; }
 };
 

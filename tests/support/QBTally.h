@@ -2,23 +2,14 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_QBTALLY_H
 #define QBFOUNDATION_TESTS_SUPPORT_QBTALLY_H
 
-#include <QBFoundation/Foundation/NSObject.h>
-#include <QBFoundation/Runtime/Ref.h>
+#include <QBFoundation/QBFoundation.h>
 
-#include <cstdint>
-
-class NSArray;
-class NSMutableDictionary;
-class NSString;
+#include "support/ClientClass.h"
 
 /// Counts how often each string has been added.
-class QBTally : public NSObject {
+class QBTally : public ClientClass<QBTally, NSObject, "QBTally"> {
 public:
-    QBTally();
-    ~QBTally() override;
-
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+    static qb::MethodTables methods();
 
     static QBTally *tallyWithLimit(std::uint32_t limit) { return initWithLimit(limit).autorelease(); }
     static Ref<QBTally> initWithLimit(std::uint32_t limit) {
@@ -26,23 +17,27 @@ public:
     }
 
     std::uint32_t addString(NSString *string) { return addString(string, 1); }
-    virtual std::uint32_t addString(NSString *string, std::uint32_t times);
-    virtual std::uint32_t countForString(NSString *string) const;
-    virtual NSArray *allStrings() const;
+    virtual std::uint32_t addString(NSString *string, std::uint32_t times) {
+        const std::uint32_t count = countForString(string) + times;
+        counts_->setObjectForKey(NSNumber::numberWithUnsignedInt(count), string);
+        return count;
+    }
+    virtual std::uint32_t countForString(NSString *string) const {
+        auto *number = qb::castOrNil<NSNumber>(counts_->objectForKey(string));
+        return number ? number->unsignedIntValue() : 0;
+    }
+    virtual NSArray *allStrings() const { return counts_->allKeys(); }
 
 protected:
     /// Answers NO for a limit of UINT32_MAX.
-    virtual BOOL setUpWithLimit(std::uint32_t limit);
+    virtual BOOL setUpWithLimit(std::uint32_t limit) { return limit != UINT32_MAX; }
 
 private:
-    Ref<NSMutableDictionary> counts_;
+    const Ref<NSMutableDictionary> counts_ = NSMutableDictionary::init();
 };
 
 /// A subclass that repeats the makers it inherits, typed for itself.
-class SharedTally : public QBTally {
-public:
-    static Class *cls();
-    Class *classObject() const override { return cls(); }
+struct SharedTally : ClientClass<SharedTally, QBTally, "SharedTally"> {
     static SharedTally *tallyWithLimit(std::uint32_t limit) {
         return qb::init<SharedTally>(&SharedTally::setUpWithLimit, limit).autorelease();
     }

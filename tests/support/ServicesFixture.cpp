@@ -1,6 +1,5 @@
 #include "support/ServicesFixture.h"
 
-#include <cstdio>
 #include <regex>
 #include <sys/wait.h>
 
