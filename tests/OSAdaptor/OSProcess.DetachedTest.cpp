@@ -71,11 +71,14 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheProgramAreLogged) {
     EXPECT_EQ(writing(pipe, "true"_ns, nullptr),
               "could not reset stdout for 'true'\n\n"); // closed already
     EXPECT_EQ(writing(OSPipe::pipe(), "true"_ns, &none), "could not reset stderr for 'true'\n\n");
-    const std::string log = logOf([](const std::int32_t *end) {
-        EXPECT_TRUE(
-            OSProcess::createSubProcessReadingFromPipe(nullptr, "true"_ns, nullptr, nullptr, nullptr, end));
-    });
-    EXPECT_EQ(log, "could not reset stdin for 'true'\n\n");
+    const auto reading = [](OSPipe *pipe, const std::int32_t *out) {
+        return logOf([=](const std::int32_t *end) {
+            EXPECT_TRUE(
+                OSProcess::createSubProcessReadingFromPipe(pipe, "true"_ns, nullptr, nullptr, out, end));
+        });
+    };
+    EXPECT_EQ(reading(nullptr, nullptr), "could not reset stdin for 'true'\n\n");
+    EXPECT_EQ(reading(OSPipe::pipe(), &none), "could not reset stdout for 'true'\n\n");
     EXPECT_TRUE(hasNoChild());
 }
 
@@ -136,6 +139,9 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheCoprocessAreLoggedOrRaised) {
     EXPECT_EQ(start(nullptr, nullptr, "cat"_ns), "could not reset stdout for 'cat'\n\n");
     EXPECT_EQ(start(OSPipe::pipe(), nullptr, "cat"_ns), "could not reset stdin for 'cat'\n\n");
     EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns, &none), "could not reset stderr for 'cat'\n\n");
+    const std::int32_t err = STDERR_FILENO;
+    EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "/no/such"_ns, &err),
+              "execvp() for '/no/such' failed: No such file or directory!\n\n");
     {
         const Fault second(Call::fork, 1, 1, EAGAIN);
         EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns), "fork for 'cat' failed!\n\n");

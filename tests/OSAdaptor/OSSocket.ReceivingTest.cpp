@@ -184,4 +184,6 @@ TEST_F(OSSocketReceivingTest, StreamsNeedOpenSockets) {
     EXPECT_REASON(
         pair_.client->receiveWithBuffer(nullptr, 1, 0, NO),
         "OSSocket receiveWithBuffer:length:timeout:performPeek: must have a buffer that is not NULL.");
+    pair_.client->close();
+    expectError(100206, "Broken pipe", [&] { pair_.peer->getOutputStream()->writeObject("text"_ns); });
 }
