@@ -71,10 +71,10 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheProgramAreLogged) {
     EXPECT_EQ(writing(pipe, "true"_ns, nullptr),
               "could not reset stdout for 'true'\n\n"); // closed already
     EXPECT_EQ(writing(OSPipe::pipe(), "true"_ns, &none), "could not reset stderr for 'true'\n\n");
-    const auto reading = [](OSPipe *pipe, const std::int32_t *out) {
+    const auto reading = [](OSPipe *input, const std::int32_t *out) {
         return logOf([=](const std::int32_t *end) {
             EXPECT_TRUE(
-                OSProcess::createSubProcessReadingFromPipe(pipe, "true"_ns, nullptr, nullptr, out, end));
+                OSProcess::createSubProcessReadingFromPipe(input, "true"_ns, nullptr, nullptr, out, end));
         });
     };
     EXPECT_EQ(reading(nullptr, nullptr), "could not reset stdin for 'true'\n\n");
