@@ -55,12 +55,6 @@ TEST_F(QBStringBinaryTextsTest, HexadecimalDigitsBothWays) {
         expectError(900007, offset, [text = text] { EXPECT_EQ(string(text)->dataFromHexString(), nullptr); });
 }
 
-TEST_F(QBStringURLEscapingTest, TextsWithoutMarksComeBackThemselves) {
-    NSString *const plain = string("nothing/to-do");
-    EXPECT_EQ(plain->urlEscape(), plain);
-    EXPECT_EQ(plain->urlUnEscape(), plain);
-}
-
 TEST_F(QBStringURLEscapingTest, RandomTextsAreEscapedAndUnescapedAsTheRulesAreWorded) {
     std::mt19937 random(11);
     const std::string_view pieces[] = {
