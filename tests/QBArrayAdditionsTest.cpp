@@ -8,7 +8,6 @@ static NSNumber *number(int value) {
 }
 
 TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
-    EXPECT_EQ(describe(letters("abacb")->uniqueArray()), "(a, b, c)");
     EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj("b"_ns)), "(a)");
     NSArray *const numbers =
         NSArray::arrayWithObjects("0"_ns, number(0), "7x"_ns, number(7), "7"_ns, number(7));
@@ -24,9 +23,6 @@ TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     // The first of equal elements stands for all: it is not asked for a second one.
     NSArray *const objects = NSArray::arrayWithObjects(QBNil::value(), QBNil::value(), "a"_ns);
     EXPECT_EQ(describe(objects->uniqueArraySelectedWithSelector("isNotNil"_sel)), "(a)");
-    NSMutableArray *const array = letters("abacb");
-    array->makeUnique();
-    EXPECT_EQ(describe(array), "(a, b, c)");
 }
 
 TEST_F(QBArrayAdditionsTest, NilCountsAsAnEmptySet) {
@@ -54,7 +50,7 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
             }
             return array;
         };
-        NSArray *const a = make();
+        NSMutableArray *const a = make();
         NSArray *const b = make();
         NSArray *const bad = filtered(a, [b](id element, id) { return !b->containsObject(element); });
         NSArray *const common = filtered(b, [a](id element, id) { return a->containsObject(element) != NO; });
@@ -65,6 +61,9 @@ TEST_F(QBArrayAdditionsTest, SetOperationsAreThoseOfPlainLoops) {
         EXPECT_EQ(describe(a->commonElementsWithArray(b)), described(common));
         EXPECT_EQ(a->hasCommonElementsWithArray(b), common->count() > 0);
         EXPECT_EQ(describe(a->badElementsForGoodElements(b)), described(bad));
+        const std::string unique = describe(a->uniqueArray());
+        a->makeUnique();
+        EXPECT_EQ(describe(a), unique);
     }
 }
 

@@ -114,14 +114,12 @@ TEST_F(QBBlowfishOutputFilterTest, OpenSslDeciphersStreamsUnderRandomKeys) {
     EXPECT_EQ(streams, "");
 }
 
-TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredIsReadAgainHoweverItIsWritten) {
-    for (const std::size_t length : {0, 1, 7, 8, 9, 200, 1'000'003}) { // the last in more than one write
-        const std::string text(length, 'x');
-        const std::string stream = enciphered(sixteen(), text);
-        EXPECT_EQ(stream.size(), 8 * (length / 8 + 3));
-        EXPECT_TRUE(deciphered(sixteen(), stream) == text) << length;
-        EXPECT_TRUE(enciphered(sixteen(), text, 13) == stream) << length;
-    }
+// Short ones come back in fuzz/EncipheredFrames.cpp.
+TEST_F(QBBlowfishOutputFilterTest, WhatWasEncipheredInMoreThanOneWriteIsReadAgain) {
+    const std::string text(1'000'003, 'x');
+    const std::string stream = enciphered(sixteen(), text);
+    EXPECT_TRUE(deciphered(sixteen(), stream) == text);
+    EXPECT_TRUE(enciphered(sixteen(), text, 13) == stream);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {

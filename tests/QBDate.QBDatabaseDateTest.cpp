@@ -11,8 +11,8 @@ static std::string dateOf(std::string_view text) {
     return date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_ns)->view()) : "nil";
 }
 
-static std::string completed(NSArray *array) {
-    return describe(NSDate::_completeDateArray(array));
+static std::string completed(std::string_view text) {
+    return describe(NSDate::_completeDateArray(string(text)->componentsSeparatedByString("."_ns)));
 }
 
 TEST_F(QBDatabaseDateTest, DatesAreReadDayFirst) {
@@ -35,10 +35,9 @@ TEST_F(QBDatabaseDateTest, DatesAreReadDayFirst) {
 
 TEST_F(QBDatabaseDateTest, MissingPartsAreTheCurrentOnes) {
     const std::string month = now("%m"_ns), year = now("%Y"_ns);
-    EXPECT_EQ(completed("24.12."_ns->componentsSeparatedByString("."_ns)), "(24, 12, " + year + ", 0)");
-    EXPECT_EQ(completed("24.."_ns->componentsSeparatedByString("."_ns)),
-              "(24, " + month + ", " + year + ", 0)");
-    EXPECT_EQ(completed("1.2.3."_ns->componentsSeparatedByString("."_ns)), "(1, 2, 3, , 0)");
+    EXPECT_EQ(completed("24.12."), "(24, 12, " + year + ", 0)");
+    EXPECT_EQ(completed("24.."), "(24, " + month + ", " + year + ", 0)");
+    EXPECT_EQ(completed("1.2.3."), "(1, 2, 3, , 0)");
     EXPECT_EQ(NSDate::_dateWithArray(NSArray::arrayWith({"1"_ns, "2"_ns, ""_ns, "5"_ns})), nullptr);
 }
 
@@ -48,7 +47,7 @@ TEST_F(QBDatabaseDateTest, ArraysAreTracedFromTheLevels2And7On) {
     for (const int level : {1, 2, 6, 7}) {
         debug = level;
         std::fprintf(stderr, "level %d\n", level);
-        NSDate::_completeDateArray("1.2.2003"_ns->componentsSeparatedByString("."_ns));
+        completed("1.2.2003");
     }
     EXPECT_EQ(replaced(output.end(), "\\[.* -> |\\([^)]*\\)", ""),
               "level 1\nlevel 2\ninput array==\nlevel 6\ninput array==\nlevel 7\ninput array==\n"

@@ -36,13 +36,10 @@ TEST_F(EnvironmentTest, WholeEnvironmentIsADictionaryInItsOrder) {
     EXPECT_EQ(cleared, "{}");
 }
 
+// Lines of any kind and length are compared with a model in fuzz/EncodedEnvironment.cpp.
 TEST_F(EnvironmentTest, EncodedOneIsReadUpToAnEmptyLine) {
-    const std::string longest(8192 - 2, 'x');
-    const std::string rows[][3] = {
-        {"\nA=1\n", "{}", "A=1\n"},
-        {"A=1\nB=x=y\n\nrest", "{A = 1; B = x=y; }", "rest"},
-        {"A=" + longest + "\n\n", "{A = " + longest + "; }", ""},
-    };
+    const char *const rows[][3] = {{"\nA=1\n", "{}", "A=1\n"},
+                                   {"A=1\nB=x=y\n\nrest", "{A = 1; B = x=y; }", "rest"}};
     for (const auto &[bytes, expected, rest] : rows) {
         const auto file = fileWith(bytes);
         EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), expected);

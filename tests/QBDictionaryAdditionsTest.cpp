@@ -150,10 +150,8 @@ TEST_F(QBDictionaryAdditionsTest, ValuesOfListsAreTraced) {
     activateChannel("misc");
     CapturedOutput output;
     NSDictionary::dictFromCorrectArray(NSArray::arrayWithObjects("a"_ns, QBNil::value()));
-    const std::string lines = output.end();
-    EXPECT_NE(lines.find("(NSDictionary): +dictFromArray:supportedMultiValues: -> value==<nil>\n"),
-              std::string::npos)
-        << lines;
+    EXPECT_EQ(replaced(output.end(), ".*\\(NSDictionary\\)", ""),
+              ": +dictFromArray:supportedMultiValues: -> value==<nil>\n");
 }
 
 TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {

@@ -120,25 +120,20 @@ TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
 }
 
 TEST_F(QBEnumFilterTest, EachClassGetsItsOwnOperationWheneverItComes) {
-    NSMutableArray *const elements = NSMutableArray::array();
-    for (int i = 0; i < 2; ++i) {
-        elements->addObject(Ref<OtherProbe>::adopt(new OtherProbe("o")).get());
-        elements->addObject(QBNil::value());
-        elements->addObject(NSNumber::numberWithInt(i));
-        elements->addObject(NSString::cls()); // classes are objects of one kind, with operations of their own
-        elements->addObject(NSArray::cls());
-    }
+    // Classes are objects of one kind, with operations of their own.
+    NSArray *const once =
+        NSArray::arrayWithObjects(Ref<OtherProbe>::adopt(new OtherProbe("o")).get(), QBNil::value(),
+                                  NSNumber::numberWithInt(0), NSString::cls(), NSArray::cls());
+    NSArray *const elements = once->arrayByAddingObjectsFromArray(once);
     EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)),
-              "(o, 0, NSString, NSArray, o, 1, NSString, NSArray)");
+              "(o, 0, NSString, NSArray, o, 0, NSString, NSArray)");
     EXPECT_EQ(describe(elements->filterWithSelector("array"_sel)), "((), ())"); // a class's operation
 }
 
 TEST_F(QBEnumFilterTest, MembersOfBasesAndOfSubclassesAreTheOnesCalled) {
-    NSMutableArray *const elements = NSMutableArray::array();
-    for (int i = 0; i < 2; ++i) {
-        elements->addObject(Ref<Marked>::adopt(new Marked).get());
-        elements->addObject(Ref<Remarked>::adopt(new Remarked).get());
-    }
+    NSArray *const once = NSArray::arrayWithObjects(Ref<Marked>::adopt(new Marked).get(),
+                                                    Ref<Remarked>::adopt(new Remarked).get());
+    NSArray *const elements = once->arrayByAddingObjectsFromArray(once);
     EXPECT_EQ(describe(elements->filterWithSelector("kind"_sel)), "(marked, remarked, marked, remarked)");
     NSArray *const marked = elements->filterWithSelector("itself"_sel);
     EXPECT_TRUE(marked->isEqual(elements));

@@ -50,21 +50,12 @@ function shown($value) {
 }
 )";
 
-TEST_F(QBPhpStringTest, EachTypeHasItsText) {
-    const std::string string = "not implemented correctly";
-    NSArray *const numbers =
-        NSArray::arrayWithObjects(NSNumber::numberWithInt(1), NSNumber::numberWithDouble(1.5));
-    const std::pair<id, std::string> rows[] = {
-        {NSNumber::numberWithLongLong(INT64_MIN), "-9223372036854775808"},
-        {QBBool::trueBoolean(), string},
-        {NSArray::arrayWithObjects(numbers, NSArray::array(), QBNil::value()),
-         "array(array(1, 1.5), array(), " + string + ")"},
-        {NSDictionary::dictionaryWithObjectsAndKeys(numbers, NSNumber::numberWithInt(7),
-                                                    NSNumber::numberWithInt(8), "k"_ns),
-         "array(7 => array(1, 1.5), " + string + " => 8)"},
-    };
-    for (const auto &[value, text] : rows)
-        EXPECT_EQ(describe(value->asPhpString()), text);
+// The texts of numbers, strings and containers are read along their trees in fuzz/PhpText.cpp.
+TEST_F(QBPhpStringTest, OtherValuesAreNotImplementedCorrectly) {
+    NSArray *const values = NSArray::arrayWithObjects(NSNumber::numberWithLongLong(INT64_MIN),
+                                                      QBBool::trueBoolean(), QBNil::value());
+    EXPECT_EQ(describe(values->asPhpString()),
+              "array(-9223372036854775808, not implemented correctly, not implemented correctly)");
 }
 
 TEST_F(QBPhpStringTest, DepthIsBounded) {

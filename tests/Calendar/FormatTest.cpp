@@ -103,15 +103,17 @@ TEST(FormatTest, ParsingIsLenientOnBlanksNamesAndMissingDigits) {
 }
 
 TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
-    const std::pair<const char *, const char *> rows[] = {{"0", "%I"},
-                                                          {"62", "%S"},
-                                                          {"", "%Y"},
-                                                          {"Mai", "%b"},
-                                                          {"+2400", "%z"},
-                                                          {"+0160", "%z"},
-                                                          {"999999999999", "%Y"},
-                                                          {"9999999999999999999", "%s"},
-                                                          {"2024 5", "%Y %d %m"}};
+    const std::pair<std::string, const char *> rows[] = {{"0", "%I"},
+                                                         {"62", "%S"},
+                                                         {"", "%Y"},
+                                                         {"Mai", "%b"},
+                                                         {"+2400", "%z"},
+                                                         {"+0160", "%z"},
+                                                         {"999999999999", "%Y"},
+                                                         {"9999999999999999999", "%s"},
+                                                         {"2024 5", "%Y %d %m"},
+                                                         {std::string(300, 'a'), "%Z"},
+                                                         {std::string(1, '5') + '\0', "%d"}};
     for (const auto &[text, pattern] : rows) {
         ParsedDate date;
         date.fields.year = 1;
@@ -119,7 +121,4 @@ TEST(FormatTest, MismatchLeavesTheDateAsItWas) {
         EXPECT_EQ(date.fields, (Fields{1, 1, 1, 0, 0, 0})) << text;
         EXPECT_TRUE(date.zoneName.empty() && !date.offset && !date.utcSeconds) << text;
     }
-    ParsedDate date;
-    EXPECT_FALSE(parseDate(std::string(300, 'a'), "%Z", date));
-    EXPECT_FALSE(parseDate(std::string_view("5\0", 2), "%d", date));
 }
