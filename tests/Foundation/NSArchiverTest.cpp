@@ -160,9 +160,8 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
         });
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
-            objects += "\1"s + (i < 128 ? "\4\3\2\2" : "\5\3\2\2") +
-                       (i < 128 ? ""s : std::string(1, static_cast<char>(0x80 | i))) +
-                       static_cast<char>(i < 128 ? i : i >> 7);
+            objects += i < 128 ? "\1\4\3\2\2"s + static_cast<char>(i)
+                               : "\1\5\3\2\2"s + static_cast<char>(0x80 | i) + static_cast<char>(i >> 7);
         NSData *const deeper = dataOf("QBAR\1\1\7NSArray\xad\2" + objects + "\1\0\2\2\0"s);
         expectError(900002, "1678 objects lie inside each other deeper than 256",
                     [&] { EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(deeper), nullptr); });

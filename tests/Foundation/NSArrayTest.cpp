@@ -218,15 +218,14 @@ TEST_F(NSArrayTest, NilAndWrongIndexesThrow) {
 }
 
 TEST_F(NSArrayTest, EnumerationsNoticeWhatComesAndLeavesUntilTheirEnd) {
-    using Change = void (*)(NSMutableArray * array);
+    using Change = void (*)(NSMutableArray *);
     const std::tuple<const char *, Change, const char *, const char *> rows[] = {
-        {"add", [](NSMutableArray *array) { array->addObject("x"_ns); }, nullptr, nullptr},
-        {"remove last", [](NSMutableArray *array) { array->removeLastObject(); }, nullptr, nullptr},
-        {"remove all", [](NSMutableArray *array) { array->removeAllObjects(); }, nullptr, nullptr},
-        {"sort", [](NSMutableArray *array) { array->sortUsingSelector("compare:"_sel); }, nullptr, nullptr},
-        {"replace", [](NSMutableArray *array) { array->replaceObjectAtIndex(1, "x"_ns); }, "(x, c)",
-         "(x, a)"},
-        {"exchange", [](NSMutableArray *array) { array->exchangeObjectAtIndex(0, 2); }, "(b, a)", "(b, c)"},
+        {"add", [](auto *array) { array->addObject("x"_ns); }, nullptr, nullptr},
+        {"remove last", [](auto *array) { array->removeLastObject(); }, nullptr, nullptr},
+        {"remove all", [](auto *array) { array->removeAllObjects(); }, nullptr, nullptr},
+        {"sort", [](auto *array) { array->sortUsingSelector("compare:"_sel); }, nullptr, nullptr},
+        {"replace", [](auto *array) { array->replaceObjectAtIndex(1, "x"_ns); }, "(x, c)", "(x, a)"},
+        {"exchange", [](auto *array) { array->exchangeObjectAtIndex(0, 2); }, "(b, a)", "(b, c)"},
     };
     constexpr const char *kReason = "NSArray nextObject must have an array that was not changed meanwhile.";
     for (const auto &[name, change, ahead, back] : rows)

@@ -111,12 +111,10 @@ TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
 
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);
-    std::uniform_int_distribution<int> instants(-2'000'000'000, 2'000'000'000);
+    std::uniform_int_distribution<std::int64_t> instants(-1'000'000'000, 3'000'000'000);
     for (int i = 0; i < 2000; ++i) {
-        NSCalendarDate *from = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(instants(random));
-        NSCalendarDate *to = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(instants(random));
-        from->setTimeZone(berlin());
-        to->setTimeZone(berlin());
+        NSCalendarDate *from = NSCalendarDate::dateAt(instants(random), berlin());
+        NSCalendarDate *to = NSCalendarDate::dateAt(instants(random), berlin());
         to->years(&years, i % 2 ? &months : nullptr, i % 3 ? &days : nullptr, &hours, &minutes, &seconds,
                   from);
         NSCalendarDate *sum =

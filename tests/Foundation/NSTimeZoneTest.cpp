@@ -22,12 +22,11 @@ TEST_F(NSTimeZoneTest, NamesAbbreviationsAndOffsetsFindZones) {
     NSDate *const summer = NSDate::dateWithString("2024-07-15 12:00:00 +0000"_ns);
     for (const auto &[zone, told] : rows) {
         ASSERT_NE(zone, nullptr) << told;
-        EXPECT_EQ(
+        NSString *const found =
             NSString::stringWithFormat("%@ %d %d %@ %d"_ns, zone->name(), zone->secondsFromGMTForDate(winter),
                                        zone->secondsFromGMTForDate(summer), zone->abbreviationForDate(summer),
-                                       zone->isDaylightSavingTimeForDate(summer))
-                ->view(),
-            told);
+                                       zone->isDaylightSavingTimeForDate(summer));
+        EXPECT_EQ(found->view(), told);
         EXPECT_EQ(zone->secondsFromGMT(), zone->secondsFromGMTForDate(NSDate::date()));
         EXPECT_EQ(describe(zone->abbreviation()), describe(zone->abbreviationForDate(NSDate::date())));
         EXPECT_EQ(zone->isDaylightSavingTime(), zone->isDaylightSavingTimeForDate(NSDate::date()));

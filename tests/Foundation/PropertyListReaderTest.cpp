@@ -14,7 +14,7 @@ static std::string nested(unsigned depth) {
     return std::string(depth, '(') + std::string(depth, ')');
 }
 
-TEST_F(PropertyListReaderTest, ReadsEachKindOfValue) {
+TEST_F(PropertyListReaderTest, ReadsEachKindOfValueAndOfEscape) {
     const std::pair<std::string_view, std::string_view> rows[] = {
         {" \t\r\n\v\fa\n", "a"},
         {"\xEF\xBB\xBF/usr/lib-1.2:$x_y", "/usr/lib-1.2:$x_y"},
@@ -26,13 +26,7 @@ TEST_F(PropertyListReaderTest, ReadsEachKindOfValue) {
         {"{ \"k k\" = {c = (d)}; e = f }", "{k k = {c = (d); }; e = f; }"},
         {"/* one */ ( // two\na, /* , b */ c // three\n)", "(a, c)"},
         {"/**/a/* / **/", "a"},
-    };
-    for (const auto &[text, expected] : rows)
-        EXPECT_EQ(read(text), expected) << text;
-}
-
-TEST_F(PropertyListReaderTest, EscapesStandForBytesAndCharacters) {
-    const std::pair<std::string_view, std::string_view> rows[] = {
+        // Escapes stand for bytes and characters.
         {R"("\a\b\f\n\r\t\v\"\\\q")", "\a\b\f\n\r\t\v\"\\q"},
         {R"("\0\18\0011\377x\7")", "\0\1"
                                    "8\001"

@@ -61,14 +61,12 @@ std::string secondsOf(NSDate *date) {
 void compareMidnights(const std::string &zone, NSTimeZone *timeZone,
                       const std::vector<std::int64_t> &instants) {
     const NSAutoreleasePool outerPool;
-    std::vector<std::int64_t> midnights;
-    for (const std::int64_t instant : instants)
-        midnights.push_back(static_cast<std::int64_t>(NSCalendarDate::dateAt(instant, timeZone)
-                                                          ->midnightOfTimeZone(timeZone)
-                                                          ->timeIntervalSince1970()));
-    std::vector<std::int64_t> dayBefore;
-    for (const std::int64_t midnight : midnights)
-        dayBefore.push_back(midnight - 86400);
+    std::vector<std::int64_t> midnights, dayBefore;
+    for (const std::int64_t instant : instants) {
+        NSDate *const midnight = NSCalendarDate::dateAt(instant, timeZone)->midnightOfTimeZone(timeZone);
+        midnights.push_back(static_cast<std::int64_t>(midnight->timeIntervalSince1970()));
+        dayBefore.push_back(midnights.back() - 86400);
+    }
     const std::vector<std::string> days = answers(zone, instants, "%d.%m.%Y");
     const std::vector<std::string> found = answers(zone, midnights, "%d.%m.%Y %H:%M:%S");
     const std::vector<std::string> before = answers(zone, dayBefore, "%H:%M:%S");

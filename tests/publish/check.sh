@@ -380,6 +380,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     echo new | tee "$site"/assets/{data.bin,loop}/new >/dev/null
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
+    restore() { rm -rf "$out" && cp -a "$work/old" "$out"; }
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
     is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
     cuts=0
@@ -387,8 +388,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         what=signal=KILL
         [ "$call" = "${call% failing}" ] || what=error=EIO
         for ((nth = 1; nth < 40; ++nth)); do
-            rm -rf "$out"
-            cp -a "$work/old" "$out"
+            restore
             ! injected "${call% failing}" $what $nth || break
             cuts=$((cuts + 1))
             [ -e "$out/.publish/journal.plist" ] || same "$work/old" || same "$work/new" ||
@@ -399,15 +399,13 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
-    rm -rf "$out"
-    cp -a "$work/old" "$out"
+    restore
     injected rename signal=KILL 3 && fail 'a run that was cut off succeeded'
     mv "$site/site.plist" "$work/site.plist"
     ! publish --quiet "$site" "$out" 2>/dev/null || fail 'a run without a site succeeded'
     is_all "$work/new" || fail "a site that can't be read kept an earlier run unfinished: $(cat "$work/difference")"
     mv "$work/site.plist" "$site"
-    rm -rf "$out"
-    cp -a "$work/old" "$out"
+    restore
     for nth in {1..99}; do # sanitizers write something before the program begins
         injected write signal=INT "$nth" && fail 'an interrupted run succeeded'
         ! grep -qF 'The run was interrupted' "$work/stderr" || break
