@@ -116,6 +116,14 @@ TEST_F(QBCopyShopTest, ErrorsEndACopyAndStandBehindThoseOfTheCaller) {
     EXPECT_EQ(takenErrors(), "(100023, 100024)");
 }
 
+TEST_F(QBCopyShopTest, MissingMemoryIsTold) {
+    const Ref<Source> from = source({3});
+    const ErrorExpectation error(100156);
+    const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, QBDataOutputStream::stream()), 0);
+    EXPECT_TRUE(from->asked.empty());
+}
+
 TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     // Reads that leave the memory alone, so that it is never there.
     struct Vast : QBInputStream {

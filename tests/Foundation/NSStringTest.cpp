@@ -48,22 +48,7 @@ TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
     EXPECT_EQ(text->view(), "bc€");
 }
 
-template <class String>
-static void expectTypedMakers() {
-    const std::pair<Ref<String>, const char *> rows[] = {
-        {String::initWithString("x"_ns), "x"},     {String::initWithCString("xyz"), "xyz"},
-        {String::initWithCString("xyz", 2), "xy"}, {String::initWithUTF8String("x"), "x"},
-        {String::initWithBytes("xyz", 1), "x"},    {String::initWithData(NSData::dataWithBytes("x", 1)), "x"},
-        {String::initWithFormat("%d"_ns, 5), "5"}, {String::stringWithString("x"_ns), "x"},
-        {String::stringWithCString("xyz"), "xyz"}, {String::stringWithCString("xyz", 2), "xy"},
-    };
-    for (const auto &[string, text] : rows)
-        EXPECT_TRUE(string->isMemberOfClass(String::cls()) && string->view() == text) << text;
-}
-
 TEST_F(NSStringTest, StringsAreMadeFromOtherFormsOfTheClassAsked) {
-    expectTypedMakers<NSString>();
-    expectTypedMakers<NSMutableString>();
     const unichar units[] = {'a', 0xD83D, 0xDE00, 0xDE00, 0, 0xD83D};
     EXPECT_EQ(NSString::stringWithCharacters(units, 6)->view(), std::string_view("a😀\uFFFD\0\uFFFD", 12));
     EXPECT_EQ(NSString::initWithData(NSData::dataWithBytes("\xFF\0z", 3))->view(),
