@@ -6,9 +6,11 @@
 #include "support/TemporaryDirectory.h"
 
 #include <cctype>
+#include <climits>
 
 using QBStringBinaryTextsTest = PoolFixture;
 using QBStringURLEscapingTest = PoolFixture;
+using QBStringMoneySupportTest = PoolFixture;
 
 TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
     EXPECT_EQ(bytesOf(string("TWFu IGlz\n")->decodeBase64()), "Man is");
@@ -88,4 +90,13 @@ TEST_F(QBStringURLEscapingTest, LegalCharactersOfNames) {
         EXPECT_EQ(isLegalNameChar(character), isName) << character;
         EXPECT_EQ(isLegalObjNameChar(character), isName || character == '$' || character == '-') << character;
     }
+}
+
+TEST_F(QBStringMoneySupportTest, AmountsInCents) {
+    const std::pair<const char *, std::int32_t> rows[] = {
+        {"12.34", 1234},   {"3", 300}, {"3.5", 35},           {"12.345", 1234}, {"-3.50", -350},
+        {"1.234,56", 123}, {"abc", 0}, {"99999999", INT_MAX}, {".5", 5},        {"21474836.47", INT_MAX}};
+    for (const auto &[text, cents] : rows)
+        EXPECT_EQ(string(text)->intFromMoneyString(), cents) << text;
+    EXPECT_EQ(string("1,25")->intNumberFromMoneyString()->intValue(), 125);
 }
