@@ -115,7 +115,7 @@ void OSFilePath::chdir(NSString *path) {
 std::int32_t OSFilePath::openFile(NSString *path, const char *mode) {
     const char *const name = systemPath(path);
     const int flags = name ? sys::openingFlags(mode) : -1;
-    return flags < 0 ? -1 : sys::open(name, flags);
+    return flags < 0 ? -1 : sys::openAtPlace(name, flags);
 }
 
 std::int32_t OSFilePath::closeFile(std::int32_t descriptor) {

@@ -16,12 +16,12 @@ namespace {
 
 int globError = 0; // why the last expansion is not whole
 
-// Notes the failure of a call for an expansion. What isn't there or may not be read has no matches, as in a
+// Notes the failure of a call for an expansion. What isn't there or can't be read has no matches, as in a
 // shell; what could have been read has, and the C library would leave them out without a word.
 template <class Result>
 Result noted(Result result) {
-    constexpr int kWithoutMatches[] = {0, ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG};
-    if (result == failure<Result>() && std::ranges::find(kWithoutMatches, errno) == std::end(kWithoutMatches))
+    constexpr int kLost[] = {ENOMEM, EMFILE, ENFILE, EIO};
+    if (result == failure<Result>() && std::ranges::find(kLost, errno) != std::end(kLost))
         globError = errno;
     return result;
 }
@@ -70,6 +70,13 @@ int openingFlags(const char *mode) noexcept {
     if (letters.starts_with('a'))
         return writing | O_APPEND;
     return errno = EINVAL, -1;
+}
+
+int openAtPlace(const char *path, int flags) noexcept {
+    const int descriptor = open(path, flags);
+    if (descriptor >= 0 && (flags & O_APPEND) && (flags & O_ACCMODE) == O_WRONLY)
+        ::lseek(descriptor, 0, SEEK_END); // a pipe has no end
+    return descriptor;
 }
 
 int openExclusive(const char *path, mode_t mode) noexcept {

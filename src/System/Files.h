@@ -31,6 +31,8 @@ int open(const char *path, int flags, mode_t mode = 0666) noexcept;
 int openat(int directory, const char *path, int flags, mode_t mode = 0666) noexcept;
 /// Returns the flags with which a C stream of that mode opens its file; -1 and EINVAL when it is no mode.
 int openingFlags(const char *mode) noexcept;
+/// As `open`; what can only be appended to is at its end, as for a C stream.
+int openAtPlace(const char *path, int flags) noexcept;
 /// Creates `path` for reading and writing; EEXIST when anything has that name already, be it a dangling link.
 int openExclusive(const char *path, mode_t mode) noexcept;
 /// Closes. The descriptor is gone even after a failure, so it is never to be closed again; an interruption is
@@ -116,8 +118,8 @@ char *getcwd(char *buffer, std::size_t size) noexcept;
 /// Changes the working directory.
 int chdir(const char *path) noexcept;
 /// Expands a pattern; returns 0, GLOB_NOMATCH, GLOB_NOSPACE or, with errno set, GLOB_ABORTED: when a
-/// directory or name could not be looked at for another reason than that it isn't there or may not be read.
-/// Always to be followed by `globfree`.
+/// directory or name could have been looked at, but for want of memory or descriptors or an error of the
+/// disk. Always to be followed by `globfree`.
 int glob(const char *pattern, int flags, glob_t *matches) noexcept;
 /// Frees what `glob` stored, after a failure too.
 void globfree(glob_t *matches) noexcept;

@@ -61,7 +61,9 @@ bool isPlainSink(std::FILE *file) {
 // Turns a plain stream, which may have been read, to writing. The descriptor is moved back to the stream's
 // place: behind it is what was read ahead.
 bool startWriting(std::FILE *file) {
-    if (::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
+    // A byte that was pushed back has memory of its own, which a seek gives back.
+    const bool isInOrder = !file->_IO_save_base || ::fseeko(file, 0, SEEK_CUR) == 0;
+    if (isInOrder && ::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
         file->_IO_read_base = file->_IO_read_ptr = file->_IO_read_end = file->_IO_buf_base;
         if (::__overflow(file, EOF) == 0)
             return true;
@@ -130,7 +132,7 @@ std::FILE *fopen(const char *path, const char *mode) noexcept {
     const int flags = openingFlags(mode);
     if (flags < 0 || fails(Call::fopen))
         return nullptr;
-    Descriptor descriptor(sys::open(path, flags & ~O_TRUNC)); // the content stays until there is a stream
+    Descriptor descriptor(openAtPlace(path, flags & ~O_TRUNC)); // the content stays until there is a stream
     std::FILE *const file = descriptor ? sys::fdopen(descriptor.get(), mode) : nullptr;
     if (file)
         static_cast<void>(descriptor.release());

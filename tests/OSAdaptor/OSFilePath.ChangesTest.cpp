@@ -68,6 +68,7 @@ TEST_F(OSFilePathChangesTest, DescriptorsOpenWithStdioModesAndStayWithUs) {
     EXPECT_EQ(OSFilePath::closeFile(writer), 0);
     EXPECT_EQ(OSFilePath::closeFile(writer), -1);
     const std::int32_t appender = OSFilePath::openFile(path("file"), "a");
+    EXPECT_EQ(::lseek(appender, 0, SEEK_CUR), 3);
     EXPECT_EQ(::write(appender, "d", 1), 1);
     OSFilePath::closeFile(appender);
     EXPECT_EQ(directory_.read("file"), "abcd");

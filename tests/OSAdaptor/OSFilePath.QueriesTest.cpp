@@ -100,7 +100,7 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
     EXPECT_EQ(OSFilePath::glob(path("z*"))->count(), 0u);
     NSString *const pattern = path("[ad]*/a3");
     for (const auto &[call, system] :
-         {std::pair(Call::glob, EACCES), std::pair(Call::opendir, ENOMEM), std::pair(Call::opendir, ESTALE),
+         {std::pair(Call::glob, EACCES), std::pair(Call::opendir, ENOMEM), std::pair(Call::opendir, EMFILE),
           std::pair(Call::readdir, EIO), std::pair(Call::lstat, EIO)}) {
         const Fault fault(call, /*skip=*/0, /*times=*/1, system);
         const bool isMemory = system == ENOMEM;
@@ -108,7 +108,7 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
                     isMemory ? "" : describe(pattern) + " " + std::strerror(system),
                     [&] { EXPECT_EQ(OSFilePath::glob(pattern), nullptr); });
     }
-    for (const int passing : {EINTR, EACCES}) {
+    for (const int passing : {EINTR, EACCES, ENOTCONN}) {
         const Fault fault(Call::opendir, /*skip=*/0, /*times=*/1, passing);
         EXPECT_EQ(OSFilePath::glob(pattern)->count(), passing == EINTR ? 1u : 0u);
     }
