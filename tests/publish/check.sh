@@ -323,7 +323,7 @@ rows_fail 1 <<'ROWS'
 --key-file "$work/key" "$site" "$out"|latin.txt.enc:3: the text is not valid UTF-8 at byte 19
 --key-file "$work/key" --decipher "$work/cut.enc"|[100239] The blowfish encrypted data is corrupt.
 --key-file "$work/key" --decipher "$work/shortened.enc"|[910032] '
---key-file "$work/key" --encipher "$work/secret.txt" >&-|'standard output' could not be written: Bad file descriptor
+--key-file "$work/key" --encipher "$work/secret.txt" 1</dev/null|'standard output' could not be written: Invalid argument
 --key-file "$work/no-key" "$site" "$out"|[910030] The file '
 ROWS
 
