@@ -113,9 +113,13 @@ bool convert(const Options &options) {
                                : cipher.deciphered(bytes, options.converted);
     if (!result)
         return false;
-    std::FILE *const standardOutput = ::fdopen(::dup(STDOUT_FILENO), "wb");
-    if (!standardOutput)
-        return failWith(__LINE__, qb::kErrorCannotWrite, "standard output"_ns);
+    const int descriptor = ::dup(STDOUT_FILENO);
+    std::FILE *const standardOutput = ::fdopen(descriptor, "wb");
+    if (!standardOutput) {
+        failWith(__LINE__, qb::kErrorCannotWrite, "standard output"_ns);
+        ::close(descriptor);
+        return false;
+    }
     const Ref<QBFileOutputStream> output = QBFileOutputStream::initWithFilePointer(standardOutput);
     output->writeObject(result);
     output->close();
