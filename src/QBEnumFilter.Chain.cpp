@@ -114,6 +114,16 @@ public:
     }
     ~Chain() override { leaveList(); }
 
+    /// For a filter that is gone, or has another chain soon; the chain itself may be freed later.
+    void leaveList() {
+        if (!place_)
+            return;
+        *place_ = next_;
+        if (next_)
+            next_->place_ = place_;
+        place_ = nullptr;
+    }
+
     /// Takes the chains of all filters away; who goes through one just now keeps it until then.
     static void dropAll() {
         while (Chain *const chain = newest_) {
@@ -145,15 +155,6 @@ public:
     }
 
 private:
-    void leaveList() {
-        if (!place_)
-            return;
-        *place_ = next_;
-        if (next_)
-            next_->place_ = place_;
-        place_ = nullptr;
-    }
-
     // A circle comes back to the filter at a power of two (R. P. Brent, "An improved Monte Carlo
     // factorization algorithm", 1980).
     void collectFilters(QBEnumFilter *last) {
@@ -246,7 +247,10 @@ QBEnumFilter::QBEnumFilter() noexcept : QBEnumFilter(Yields::answers) {}
 QBEnumFilter::QBEnumFilter(Yields yields, SendsTo sendsTo) noexcept
     : message_(wantedFor(yields, sendsTo)), yields_(yields), sendsTo_(sendsTo) {}
 
-QBEnumFilter::~QBEnumFilter() = default;
+QBEnumFilter::~QBEnumFilter() {
+    if (chain_)
+        chain_->leaveList();
+}
 
 // An error says more than any answer, and a target wants to be told the object.
 qb::RepeatedMessage::Wanted QBEnumFilter::wantedFor(Yields yields, SendsTo sendsTo) {

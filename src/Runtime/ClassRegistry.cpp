@@ -63,6 +63,9 @@ void buildRegisteredClasses() {
 Class *classNamed(std::string_view name) {
     if (const ListedClass *listed = listedClass(name))
         return listed->cls();
+    // What is there is found whatever the others do.
+    if (const auto found = table().find(name); found != table().end())
+        return found->second;
     buildRegisteredClasses();
     const auto found = table().find(name);
     return found == table().end() ? nullptr : found->second;
