@@ -24,6 +24,15 @@ struct Single : ClientClass<Single, NSEnumerator, "Single"> {
     bool isDone_ = false;
 };
 
+/// Changes a filter's source when it goes.
+struct Changer final : ClientClass<Changer, NSObject, "Changer"> {
+    ~Changer() override {
+        if (filter)
+            filter->_setSource(nullptr);
+    }
+    Ref<QBEnumFilter> filter;
+};
+
 QBEnumFilter *filterOfClass(const char *name, SEL message, id argument = nullptr, id argument2 = nullptr) {
     Class *const cls = NSClassFromString(NSString::stringWithCString(name));
     return send<QBEnumFilter *>(cls, "filterWithMessage:argument:argument:"_sel, message, argument,
@@ -245,6 +254,26 @@ TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
     EXPECT_EQ(describe(filter->nextObject()), "a"); // it was on its way already
     EXPECT_EQ(filter->nextObject(), nullptr);       // and a text has no `act`
     Probe::action = nullptr;
+}
+
+TEST_F(QBEnumFilterTest, AFilterMayGoBeforeWhatIsKnownOfItsChain) {
+    NSArray *const elements = NSArray::arrayWith({"a"_ns, "b"_ns});
+    const auto used = [&] {
+        QBEnumFilter *const filter = filterOfClass("QBEnumSelectFilter", "isNotNil"_sel);
+        filter->setSource(elements->objectEnumerator());
+        EXPECT_EQ(describe(filter->nextObject()), "a");
+        return filter;
+    };
+    QBEnumFilter *const other = used();
+    for (unsigned depth = 0; depth < 100; ++depth) { // what lies deep is destroyed later
+        const NSAutoreleasePool pool;
+        const auto changer = Ref<Changer>::adopt(new Changer);
+        changer->filter = other;
+        id last = NSArray::arrayWith({used(), changer.get()});
+        for (unsigned i = 0; i < depth; ++i)
+            last = NSArray::arrayWith({last});
+    }
+    EXPECT_EQ(other->nextObject(), nullptr);
 }
 
 TEST_F(QBEnumFilterTest, FiltersBehindEachOtherMeetNoEndOfTheStack) {

@@ -43,6 +43,7 @@ public:
     /// Whether both texts are equal; `other` may be of any class that has a `stringValue`.
     BOOL isEqual(id other) const override;
     std::uint32_t hash() const override;
+    friend bool operator==(const QBPath &a, const QBPath &b) { return a.isEqual(b.self()); }
     virtual BOOL isAbsolutePath() const;
     virtual BOOL isDirectory() const;
     /// Returns the components (array of NSString), without empty ones. A NUL byte ends the last.
@@ -106,5 +107,8 @@ private:
     mutable Ref<NSString> basename_;
     mutable bool parsed_ = false; // whether the extension and the basename are there
 };
+
+template <>
+struct std::hash<QBPath> : qb::ValueHash {};
 
 #endif

@@ -34,15 +34,15 @@ inline void *growBuffer(void *buffer, std::size_t bytes, std::size_t used, std::
 }
 
 /// Calls `resize` with the capacity for at least `least` items: twice the old one but not above `most`, so
-/// that what grows bit by bit is seldom moved. Where that is less, or std::bad_alloc is thrown for it, with
-/// `least`.
+/// that what grows bit by bit is seldom moved. Where std::bad_alloc is thrown for it, with half as much room
+/// beyond `least`, and so on.
 template <class Resize>
 [[gnu::noinline]] void growCapacity(std::uint64_t capacity, std::uint64_t least, std::uint64_t most,
                                     Resize resize) {
-    const std::uint64_t wanted = std::min(2 * capacity, most);
-    if (wanted > least) {
+    std::uint64_t room = std::max(std::min(2 * capacity, most), least) - least;
+    for (; room > 0; room /= 2) {
         try {
-            return resize(wanted);
+            return resize(least + room);
         } catch (const std::bad_alloc &) { // there may be memory for less
         }
     }

@@ -27,6 +27,7 @@ bool areContainersEqual(id a, id b);
 /// All its elements and entries count, and so does a bounded number of those inside the containers in it.
 /// These share that number: a longer array counts with its first and its last elements, a table with more
 /// entries with how many it has, and what has no share as any other. A subclass's own `hash` is asked.
+/// Other classes' containers begin anew with what their `hash` asks, so that its answer depends on nobody.
 std::uint32_t hashOfContainer(id container);
 
 } // namespace qb

@@ -38,7 +38,7 @@ bool isBuilt(const ClassRegistration &registration, std::exception_ptr &failure)
         return true;
     try {
         registration.cls();
-    } catch (const InvalidArgumentException &) { // its name is taken
+    } catch (const InvalidArgumentException &) { // what it is made of is wrong, or its name is taken
         failure = std::current_exception();
     } catch (...) {
         failure = std::current_exception();
@@ -48,27 +48,28 @@ bool isBuilt(const ClassRegistration &registration, std::exception_ptr &failure)
 }
 
 // Makes the registered classes that were not made yet, so that they can be found by their names. One that
-// can't be made keeps no other from being made. What makes a class may come back here.
-void buildRegisteredClasses() {
+// can't be made keeps no other from being made. What makes a class may come back here. Returns why one was
+// not made.
+std::exception_ptr buildRegisteredClasses() {
     const ClassRegistration *const newest = newestRegistration, *const built = newestBuilt;
     std::exception_ptr failure;
     bool areBuilt = true;
     for (const ClassRegistration *one = newest; one != built; one = one->next)
         areBuilt = isBuilt(*one, failure) && areBuilt;
     newestBuilt = areBuilt ? newest : built;
-    if (failure)
-        std::rethrow_exception(failure);
+    return failure;
 }
 
 Class *classNamed(std::string_view name) {
     if (const ListedClass *listed = listedClass(name))
         return listed->cls();
+    const std::exception_ptr failure = buildRegisteredClasses();
     // What is there is found whatever the others do.
     if (const auto found = table().find(name); found != table().end())
         return found->second;
-    buildRegisteredClasses();
-    const auto found = table().find(name);
-    return found == table().end() ? nullptr : found->second;
+    if (failure)
+        std::rethrow_exception(failure);
+    return nullptr;
 }
 
 } // namespace
@@ -85,7 +86,8 @@ void enterClass(Class *cls, ClassMaker maker) {
 }
 
 std::vector<Class *> allClasses() {
-    buildRegisteredClasses();
+    if (const std::exception_ptr failure = buildRegisteredClasses())
+        std::rethrow_exception(failure);
     for (const ListedClass &listed : libraryClasses())
         listed.cls();
     std::vector<Class *> result;

@@ -121,6 +121,12 @@ TEST_F(NSDataTest, WhatGrowsTakesNoMoreThanThereIs) {
     std::uint64_t taken = 0;
     qb::growCapacity(8, 9, /*most=*/12, [&](std::uint64_t capacity) { taken = capacity; });
     EXPECT_EQ(taken, 12u);
+    qb::growCapacity(1000, 1001, /*most=*/UINT32_MAX, [&](std::uint64_t capacity) {
+        if (capacity > 1300)
+            throw std::bad_alloc();
+        taken = capacity;
+    });
+    EXPECT_EQ(taken, 1250u);
 }
 
 TEST_F(NSDataTest, BytesAreFoundInBothDirections) {

@@ -159,9 +159,9 @@ public:
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToArray(NSArray *other) const;
-    /// Of a long array the first and the last eight elements count, and of containers among them only how
-    /// many elements they have.
+    /// All elements count, and a bounded number of those inside containers among them.
     std::uint32_t hash() const override;
+    friend bool operator==(const NSArray &a, const NSArray &b) { return a.isEqual(b.self()); }
 
     // --- QBArrayAdditions: sets ---
 
@@ -421,5 +421,8 @@ private:
     template <class Sort>
     void sortInPlace(Sort sort);
 };
+
+template <>
+struct std::hash<NSArray> : qb::ValueHash {};
 
 #endif

@@ -74,6 +74,7 @@ public:
     /// Whether both have the same characters, however they were made.
     BOOL isEqual(id other) const override;
     std::uint32_t hash() const override;
+    friend bool operator==(const NSCharacterSet &a, const NSCharacterSet &b) { return a.isEqual(b.self()); }
     void encodeWithCoder(NSCoder *coder) const override;
     Ref<NSObject> copyWithZone(void *) const override { return self(); }
     Ref<NSObject> mutableCopyWithZone(void *) const override;
@@ -160,5 +161,8 @@ public:
     Ref<NSObject> copyWithZone(void *) const override;
     id makeMutable() const override { return self(); }
 };
+
+template <>
+struct std::hash<NSCharacterSet> : qb::ValueHash {};
 
 #endif

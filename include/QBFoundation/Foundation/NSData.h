@@ -68,6 +68,7 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToData(NSData *other) const;
     std::uint32_t hash() const override;
+    friend bool operator==(const NSData &a, const NSData &b) { return a.isEqual(b.self()); }
 
     /// As `propertyList` of the string with these bytes.
     virtual id propertyList() const;
@@ -197,5 +198,8 @@ protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
     virtual BOOL setUpWithLength(std::uint32_t length);
 };
+
+template <>
+struct std::hash<NSData> : qb::ValueHash {};
 
 #endif

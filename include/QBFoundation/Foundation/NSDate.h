@@ -98,8 +98,11 @@ public:
     std::uint32_t hash() const override;
     /// Orders by time. Throws InvalidArgumentException when `other` is no date.
     NSComparisonResult compare(id other) const override;
-    friend std::weak_ordering operator<=>(const NSDate &a, const NSDate &b) {
-        return a.compare(b.self()) <=> 0;
+    friend bool operator==(const NSDate &a, const NSDate &b) {
+        return a.timeIntervalSinceReferenceDate() == b.timeIntervalSinceReferenceDate();
+    }
+    friend std::partial_ordering operator<=>(const NSDate &a, const NSDate &b) {
+        return a.timeIntervalSinceReferenceDate() <=> b.timeIntervalSinceReferenceDate();
     }
     /// Returns the earlier or later of both, the receiver when they are the same or `other` is nil.
     virtual NSDate *earlierDate(NSDate *other) const;
@@ -177,5 +180,8 @@ protected:
 
     NSTimeInterval interval_ = 0;
 };
+
+template <>
+struct std::hash<NSDate> : qb::ValueHash {};
 
 #endif

@@ -254,9 +254,9 @@ public:
 
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToDictionary(NSDictionary *other) const;
-    /// The entries count when there are at most 32, and of containers among them only how many elements they
-    /// have.
+    /// All entries count, and a bounded number of those inside containers among them.
     std::uint32_t hash() const override;
+    friend bool operator==(const NSDictionary &a, const NSDictionary &b) { return a.isEqual(b.self()); }
 
     // --- Files ---
 
@@ -529,5 +529,8 @@ public:
 protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
 };
+
+template <>
+struct std::hash<NSDictionary> : qb::ValueHash {};
 
 #endif

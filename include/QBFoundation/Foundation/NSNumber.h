@@ -126,4 +126,7 @@ public:
     NSString *descriptionWithLocale(NSDictionary *locale) const override;
 };
 
+template <>
+struct std::hash<NSNumber> : qb::ValueHash {};
+
 #endif

@@ -6,7 +6,6 @@
 #include <QBFoundation/Runtime/Ref.h>
 #include <QBFoundation/Runtime/Types.h>
 
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -117,8 +116,7 @@ public:
     /// equal hashes.
     virtual BOOL isEqual(id other) const;
     virtual std::uint32_t hash() const;
-    friend bool operator==(const NSObject &a, const NSObject &b) { return a.isEqual(b.self()); }
-    /// Orders the values. Only classes with an order respond to the selector, and have `<=>`; here it throws
+    /// Orders the values. Only classes with an order respond to the selector; here it throws
     /// InvalidArgumentException.
     virtual NSComparisonResult compare(id other) const;
     /// Returns an immutable object of equal value, the object itself when it is immutable.
@@ -276,15 +274,14 @@ T *castOrNil(id object) {
     return object && object->isKindOfClass(T::cls()) ? static_cast<T *>(object) : nullptr;
 }
 
+/// The `std::hash` of a class whose objects are values: `hash`.
+struct ValueHash {
+    std::size_t operator()(const NSObject &value) const { return value.hash(); }
+};
+
 } // namespace qb
 
 /// Writes the description of `object`, or "(null)".
 QB_EXPORT std::ostream &operator<<(std::ostream &stream, const NSObject &object);
-
-/// `hash`, of objects of every class.
-template <std::derived_from<NSObject> Object>
-struct std::hash<Object> {
-    std::size_t operator()(const Object &object) const { return object.hash(); }
-};
 
 #endif

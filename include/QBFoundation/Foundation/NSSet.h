@@ -75,9 +75,9 @@ public:
     virtual BOOL isSubsetOfSet(NSSet *other) const;
     /// Whether the sets have an element in common.
     virtual BOOL intersectsSet(NSSet *other) const;
-    /// The elements count when there are at most 32, and of containers among them only how many elements they
-    /// have.
+    /// All elements count, and a bounded number of those inside containers among them.
     std::uint32_t hash() const override;
+    friend bool operator==(const NSSet &a, const NSSet &b) { return a.isEqual(b.self()); }
 
     // --- Further sets ---
 
@@ -204,5 +204,8 @@ public:
 protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
 };
+
+template <>
+struct std::hash<NSSet> : qb::ValueHash {};
 
 #endif

@@ -80,6 +80,7 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToTimeZone(NSTimeZone *other) const;
     std::uint32_t hash() const override;
+    friend bool operator==(const NSTimeZone &a, const NSTimeZone &b) { return a.isEqual(b.self()); }
 
     // --- What every value answers ---
 
@@ -106,5 +107,8 @@ private:
 
     Rules zone_;
 };
+
+template <>
+struct std::hash<NSTimeZone> : qb::ValueHash {};
 
 #endif

@@ -61,6 +61,7 @@ public:
     BOOL isEqual(id other) const override;
     virtual BOOL isEqualToValue(NSValue *other) const;
     std::uint32_t hash() const override;
+    friend bool operator==(const NSValue &a, const NSValue &b) { return a.isEqual(b.self()); }
     /// Returns "{location, length}" of a range, and the address of pointers and objects.
     NSString *description() const override;
     /// Throws InvalidUseOfMethodException unless it is a range: an address means nothing to another program.
@@ -82,5 +83,8 @@ private:
     static NSValue *make(Type type);
     void requireType(Type type, const char *selector) const;
 };
+
+template <>
+struct std::hash<NSValue> : qb::ValueHash {};
 
 #endif

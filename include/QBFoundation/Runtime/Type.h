@@ -91,6 +91,10 @@ template <class R, class... P>
 struct Function<R(P...) noexcept> {
     using Type = R(P...);
 };
+template <class R, class... P>
+struct Function<R(P..., ...) noexcept> {
+    using Type = R(P..., ...);
+};
 
 template <class T, bool = std::is_enum_v<T>>
 struct Integer {
