@@ -125,18 +125,17 @@ NSMutableSet *NSAutoreleasePool::addresses() const {
 void NSAutoreleasePool::showNewEntries() const {
     const NSAutoreleasePool own;
     NSMutableSet *const known = addresses();
-    std::string text = "new in the pool:\n";
+    qb::writeStandardError("new in the pool:\n");
     forEachObject([&](const NSObject *object) {
         NSNumber *const address = NSNumber::numberWithUnsignedLongLong(addressOf(object));
         if (known->containsObject(address))
             return;
-        known->addObject(address);
         if (!isFirstSweep)
-            text += qb::printed("+ 0x%08" PRIxPTR " %s:%" PRIu32 ": '%s'\n", addressOf(object),
-                                classDescriptionOf(object).c_str(), object->retainCount(),
-                                shortDescriptionOf(object).c_str());
+            qb::writeStandardError(qb::printed("+ 0x%08" PRIxPTR " %s:%" PRIu32 ": '%s'\n", addressOf(object),
+                                               classDescriptionOf(object).c_str(), object->retainCount(),
+                                               shortDescriptionOf(object).c_str()));
+        known->addObject(address);
     });
-    qb::writeStandardError(text);
 }
 
 void NSAutoreleasePool::showNewEntriesOfClass() {

@@ -196,7 +196,8 @@ const Ref<QBEnumFilter::Chain> &QBEnumFilter::currentChain() {
 void QBEnumFilter::_setSource(id source) {
     if (source_.get() == source)
         return;
-    std::exchange(source_, source).autorelease();
+    Ref<NSObject>(source_).autorelease(); // may throw, with nothing changed
+    source_ = source;
     if (isInChain_)
         Chain::dropAll();
 }

@@ -4,6 +4,8 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
+
 #include <new>
 #include <utility>
 
@@ -198,13 +200,15 @@ NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
     const Ref<NSArray> stack(stackTrace()); // whatever is done to make its texts
     bool isFirst = true;
     for (id element : *stack) {
+        const qb::Kept kept(element);
         auto *description = qb::castOrNil<NSArray>(element);
         if (!description || !description->count())
             continue;
         if (!std::exchange(isFirst, false))
             text->append("\n");
         text->appendString(indent);
-        text->appendString(description->objectAtIndex(0)->stringValue());
+        const qb::Kept message(description->objectAtIndex(0));
+        text->appendString(message.get()->stringValue());
     }
     if (errorState() != ERRORSTATE_FATAL)
         return text;

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Foundation/Conversion.h"
+#include "Foundation/Kept.h"
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/RestrictedFormat.h"
 
@@ -39,6 +40,7 @@ public:
 
     bool write(const Conversion &conversion, qb::text::Builder &target) {
         const id object = objects_ && next_ < objects_->count() ? objects_->objectAtIndex(next_++) : nullptr;
+        const qb::Kept kept(object); // whatever is done to make its text
         if (conversion.letter() == 's')
             return writeText(object, conversion, target);
         if (!object)

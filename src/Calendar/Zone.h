@@ -83,6 +83,9 @@ private:
 /// Zones are shared by all who asked for them; null means that there is none.
 using ZoneRef = std::shared_ptr<const Zone>;
 
+/// No zone's name has more bytes.
+constexpr std::size_t kLongestZoneName = 255;
+
 /// Returns the zone "GMT": offset 0, abbreviation "GMT". Always the same one.
 const ZoneRef &utc();
 

@@ -20,7 +20,6 @@ namespace {
 constexpr std::string_view kZoneDirectory = "/usr/share/zoneinfo/";
 constexpr const char *kLocalTime = "/etc/localtime";
 constexpr std::string_view kAheadSuffix = " DST";
-constexpr std::size_t kNameLimit = 255;
 // More than the database has names; only made-up names reach it.
 constexpr std::size_t kCacheLimit = 1024;
 
@@ -114,7 +113,7 @@ std::optional<std::int32_t> offsetFromName(std::string_view name) {
 }
 
 bool isSafeName(std::string_view name) {
-    return !name.empty() && name.size() <= kNameLimit && name.front() != '/' &&
+    return !name.empty() && name.size() <= kLongestZoneName && name.front() != '/' &&
            name.find('\0') == std::string_view::npos && name.find("..") == std::string_view::npos;
 }
 
@@ -275,7 +274,7 @@ ZoneRef fixedZone(std::int32_t offset, std::string_view name, bool isDst) {
 
 ZoneRef zoneNamed(std::string_view name) {
     static auto &cache = *new std::map<std::string, ZoneRef, std::less<>>;
-    if (name.empty() || name.size() > kNameLimit)
+    if (name.empty() || name.size() > kLongestZoneName)
         return nullptr;
     if (const auto found = cache.find(name); found != cache.end())
         return found->second;
@@ -302,7 +301,8 @@ ZoneRef zoneForAbbreviation(std::string_view abbreviation) {
 
 ZoneRef zoneFromRule(std::string_view rule) {
     ZoneData data;
-    data.rule = parsePosixRule(rule);
+    if (rule.size() <= kLongestZoneName)
+        data.rule = parsePosixRule(rule);
     if (!data.rule)
         return nullptr;
     data.names = data.rule->standardName;

@@ -75,6 +75,17 @@ bool decodeObjects(NSCoder *coder, std::vector<id> &objects) {
     return true;
 }
 
+// Whether the object may be what a copy was, as keys and formats are, and not a mutable one: many containers
+// may mention it, and a copy for each would take memory for which the archive has no bytes.
+bool isCopy(id object) {
+    try {
+        const Ref<NSObject> copy = object ? object->copy() : nullptr;
+        return copy && copy->classObject() == object->classObject();
+    } catch (const InvalidUseOfMethodException &) { // it has no copies
+        return false;
+    }
+}
+
 } // namespace
 
 const std::vector<Class *> &qb::archive::valueClasses() {
@@ -214,9 +225,10 @@ void NSArray::encodeWithCoder(NSCoder *coder) const {
         coder->encodeObject(element);
 }
 
+// Its elements may have added to it already.
 BOOL NSArray::setUpWithCoder(NSCoder *coder) {
     std::vector<id> elements;
-    return decodeObjects(coder, elements) &&
+    return decodeObjects(coder, elements) && capacity_ == 0 &&
            setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()));
 }
 
@@ -242,17 +254,12 @@ void NSDictionary::encodeWithCoder(NSCoder *coder) const {
     }
 }
 
-// Keys are copied.
-static bool canBeKey(id object) {
-    return object && (qb::castOrNil<NSString>(object) || object->respondsToSelector("copyWithZone:"_sel));
-}
-
 BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
     const auto wanted = decode<std::uint32_t>(coder, "I");
     for (std::uint32_t i = 0; i < wanted; ++i) {
         const id key = coder->decodeObject();
         const id value = coder->decodeObject();
-        if (!value || !canBeKey(key))
+        if (!value || !isCopy(key))
             return NO;
         store(key, value);
     }
@@ -281,7 +288,7 @@ BOOL NSCalendarDate::setUpWithCoder(NSCoder *coder) {
         return NO;
     auto *const zone = qb::castOrNil<NSTimeZone>(coder->decodeObject());
     const id format = coder->decodeObject();
-    if (!zone || (format && !format->isKindOfClass(NSString::cls())))
+    if (!zone || (format && !(format->isKindOfClass(NSString::cls()) && isCopy(format))))
         return NO;
     setTimeZone(zone);
     setCalendarFormat(static_cast<NSString *>(format));
@@ -299,18 +306,25 @@ void NSTimeZone::encodeWithCoder(NSCoder *coder) const {
     encode(coder, "c", static_cast<BOOL>(offset.isDst));
 }
 
+// A system's zone may be known by its rule only, or by a file that no name in an archive leads to.
+static qb::calendar::ZoneRef zoneWithName(std::string_view name) {
+    using namespace qb::calendar;
+    if (ZoneRef zone = zoneNamed(name))
+        return zone;
+    return name == systemZone()->name() ? systemZone() : zoneFromRule(name);
+}
+
 BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
     auto *const name = qb::castOrNil<NSString>(required(coder)->decodeObject());
     const auto isFixed = decode<BOOL>(coder, "c");
-    if (!name)
+    if (!name || name->view().size() > qb::calendar::kLongestZoneName)
         return NO;
-    if (isFixed) {
-        const auto seconds = decode<std::int32_t>(coder, "i");
-        return setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), decode<BOOL>(coder, "c")));
-    }
-    if (setUpWithName(name))
-        return YES;
-    // A system's zone may be known by its rule only, or by a file that no name in an archive leads to.
-    const qb::calendar::ZoneRef &system = qb::calendar::systemZone();
-    return setUpWithRules(name->view() == system->name() ? system : qb::calendar::zoneFromRule(name->view()));
+    const qb::calendar::ZoneRef zone = zoneWithName(name->view());
+    if (!isFixed)
+        return setUpWithRules(zone);
+    const auto seconds = decode<std::int32_t>(coder, "i");
+    const bool isDst = decode<BOOL>(coder, "c");
+    if (zone && zone->isFixed() && zone->offsetAt(0).seconds == seconds && zone->offsetAt(0).isDst == isDst)
+        return setUpWithRules(zone); // which has its abbreviation
+    return setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), isDst));
 }

@@ -16,9 +16,29 @@ namespace {
 
 constexpr const char *kPlaceFormat = "%s:%d(%s): %c%s -> ";
 
+// So many traces may be inside each other: what writes them may fail, or do what is traced too, for each line
+// again.
+constexpr unsigned kMostTraces = 4;
+
+class Traced {
+public:
+    Traced() { ++open_; }
+    ~Traced() { --open_; }
+    Traced(const Traced &) = delete;
+    Traced &operator=(const Traced &) = delete;
+
+    static bool areTooMany() { return open_ > kMostTraces; }
+
+private:
+    static inline constinit unsigned open_ = 0;
+};
+
 // The channel's and the state's text become part of the format, as they stand in front of it. What is traced
 // may be a failure whose errno is still to be told of.
 void writeTrace(int channel, const char *format, const qb::ArgList &argList) {
+    const Traced traced;
+    if (Traced::areTooMany())
+        return;
     const int error = errno;
     NSString *const whole = NSString::stringWithRestrictedFormat(
         "[%s(%d) %s] %s", OSDebugPrinter::globalDebugPrinter()->debugChannelName(channel), debug,

@@ -67,34 +67,65 @@ private:
             errno = ELOOP; // a link leads up again
             return fails(__LINE__, qb::kErrorCannotStat);
         }
+        if (levels_.empty() && !removeLinks())
+            return false;
+        EntryNames names;
+        if (!forEachEntry([&](const dirent &entry) { names.add(entry.d_name); }))
+            return false;
+        levels_.push_back({path_.size(), identity, std::move(names)});
+        return true;
+    }
+
+    // Calls visit(entry) for what stands in the directory at `path_`. Returns false with an error raised.
+    template <class Visit>
+    bool forEachEntry(Visit visit) {
         const Directory directory(sys::opendir(path_.c_str()));
         if (!directory)
             return fails(__LINE__, qb::kErrorCannotRemove);
-        // A link that outlives what it points to counts as missing, so that it would stay: links go first,
-        // and what lies deeper goes before what it may point up to.
-        EntryNames links, directories, others;
-        while (const dirent *entry = sys::readdir(directory.get())) {
-            if (EntryNames::isSelfOrParent(entry->d_name))
-                continue;
-            const unsigned char type = typeOf(*entry);
-            (type == DT_LNK ? links : type == DT_DIR ? directories : others).add(entry->d_name);
+        while (const dirent *entry = sys::readdir(directory.get()))
+            if (!EntryNames::isSelfOrParent(entry->d_name))
+                visit(*entry);
+        return errno == 0 || fails(__LINE__, qb::kErrorCannotReadDirectory);
+    }
+
+    // Removes the links below `path_` that lead to something other than a directory. A link that outlives
+    // what it points to counts as missing, so that it would stay: all are asked before the first one goes.
+    bool removeLinks() {
+        const std::string top = path_;
+        std::vector<std::string> links, directories = {top};
+        const auto sort = [&](const dirent &entry) {
+            std::string name = path_ + qb::files::kSeparator + entry.d_name;
+            if (const unsigned char type = typeOf(name, entry); type == DT_DIR)
+                directories.push_back(std::move(name));
+            else if (type == DT_LNK && leadsToAFile(name))
+                links.push_back(std::move(name));
+        };
+        while (!directories.empty()) {
+            path_ = std::exchange(directories.back(), {});
+            directories.pop_back();
+            if (!forEachEntry(sort))
+                return false;
         }
-        if (errno != 0)
-            return fails(__LINE__, qb::kErrorCannotReadDirectory);
-        Level level{path_.size(), identity, std::move(links)};
-        level.rest.add(directories);
-        level.rest.add(others);
-        levels_.push_back(std::move(level));
+        for (std::string &link : links) {
+            path_ = std::move(link);
+            if (!succeeds(sys::unlink(path_.c_str())))
+                return false;
+        }
+        path_ = top;
         return true;
     }
 
     // Some file systems leave it to us to ask.
-    unsigned char typeOf(const dirent &entry) const {
+    static unsigned char typeOf(const std::string &path, const dirent &entry) {
         struct stat status;
-        if (entry.d_type != DT_UNKNOWN ||
-            sys::lstat((path_ + qb::files::kSeparator + entry.d_name).c_str(), &status) != 0)
+        if (entry.d_type != DT_UNKNOWN || sys::lstat(path.c_str(), &status) != 0)
             return entry.d_type;
         return static_cast<unsigned char>(IFTODT(status.st_mode));
+    }
+
+    static bool leadsToAFile(const std::string &link) {
+        struct stat status;
+        return sys::stat(link.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
     }
 
     template <class... V>

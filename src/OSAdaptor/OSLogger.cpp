@@ -217,6 +217,8 @@ void OSLogger::logWithLevelMessage(std::int32_t level, NSString *message) {
     const Ref<OSLogger> logger(this);
     if (!file_)
         openStream();
+    if (!file_) // it has given it one, and has closed standard error so
+        openStream();
     std::FILE *const file = file_ ? file_ : stderr;
     char pid[qb::text::kLongestInteger];
     const std::size_t pidLength = qb::text::formatInteger(OSProcess::getCurrentPid(), pid);

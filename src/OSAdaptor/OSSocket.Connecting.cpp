@@ -31,7 +31,12 @@ public:
     explicit NetworkAction(const char *name) : name_(name) {
         profile_beginAction(PROFILE_CHANNEL_NET_IO, "%s", name_);
     }
-    ~NetworkAction() { profile_endAction(PROFILE_CHANNEL_NET_IO, "%s", name_); }
+    ~NetworkAction() {
+        try {
+            profile_endAction(PROFILE_CHANNEL_NET_IO, "%s", name_);
+        } catch (...) { // the line is lost
+        }
+    }
     NetworkAction(const NetworkAction &) = delete;
     NetworkAction &operator=(const NetworkAction &) = delete;
 
@@ -204,7 +209,7 @@ BOOL OSSocket::setUpServerSocketWithName(NSString *name) {
 
 BOOL OSSocket::setUpClientSocketWithName(NSString *name) {
     qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "initClientSocketWithName:"},
-              "Initializing client socket with name '%s'", name);
+              "Initializing client socket with name '%s'", nameOf(name));
     const std::optional<sockaddr_un> address = unixAddress(name, qb::kErrorCannotConnect, /*port=*/0);
     if (!address || !setUpWithSocketType(kUnix))
         return NO;

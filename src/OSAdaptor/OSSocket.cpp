@@ -78,8 +78,11 @@ Class *OSSocket::cls() {
 }
 
 OSSocket::~OSSocket() {
-    qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "dealloc"}, "Deallocing socket %d",
-              socketHandle_);
+    try {
+        qb::trace(DEBUG_CHANNEL_SOCKET, {kFile, __LINE__, this, "dealloc"}, "Deallocing socket %d",
+                  socketHandle_);
+    } catch (...) { // the line is lost
+    }
     OSSocket::shutdown();
     OSSocket::close();
     sys::release(internalBuffer_);

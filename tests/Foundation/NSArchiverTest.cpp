@@ -31,15 +31,26 @@ struct TreeNode : ClientClass<TreeNode, NSObject, "TreeNode"> {
     Ref<NSMutableArray> children = NSMutableArray::init();
     TreeNode *parent = nullptr; // not retained
     std::function<void()> onEncoding = [] {};
+    static inline std::function<void(NSCoder *)> onDecoding = [](NSCoder *) {};
     static inline int made = 0;
 
     TreeNode() { ++made; }
 
     BOOL setUpWithCoder(NSCoder *coder) override {
+        onDecoding(coder);
         parent = qb::castOrNil<TreeNode>(coder->decodeObjectForKey("parent"_ns));
         children = qb::castOrNil<NSMutableArray>(coder->decodeObjectForKey("children"_ns));
         return children != nullptr;
     }
+};
+
+/// One that has no copies.
+struct Leaf : ClientClass<Leaf, NSObject, "Leaf"> {
+    static qb::MethodTables methods() {
+        static const qb::Method table[] = {qb::initialiser<"initWithCoder:">(&Leaf::setUpWithCoder)};
+        return table;
+    }
+    BOOL setUpWithCoder(NSCoder *) override { return YES; }
 };
 
 NSArray *nodeClasses() {
@@ -129,6 +140,10 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x7f\1"}, one),
          "17 a value does not fit the type that its class reads"},
         {archiveOf({"NSArray"}, {"\1\3\2\2\0"s}, one), "19 a container holds itself"},
+        {archiveOf({"NSDictionary", "NSMutableString"}, {"\1\3\2\2\1\2\1", "\2\6\1a"}, one), // a key
+         "38 an object of class 'NSDictionary' can't have its values"},
+        {archiveOf({"NSDictionary", "Leaf"}, {"\1\3\2\2\1\2\1", "\2"}, one), // another one
+         "27 an object of class 'NSDictionary' can't have its values"},
         {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
          "24 an object of class 'NSCalendarDate' can't have its values"},
         {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
@@ -142,9 +157,10 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
     };
+    NSArray *const classes = NSUnarchiver::valueClasses()->arrayByAddingObject(Leaf::cls());
     for (const auto &[archive, values] : rows) {
         ErrorExpectation error(900002);
-        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(archive), nullptr) << values;
+        EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(archive, classes), nullptr) << values;
         EXPECT_EQ(error.values(), values);
         EXPECT_EQ(error.place().substr(0, 28), "src/Foundation/NSUnarchiver:");
     }
@@ -314,6 +330,22 @@ TEST_F(NSArchiverTest, ExceptionsEndWritingAndReading) {
     int number = 1;
     reader->decodeValueOfObjCType("i", &number);
     EXPECT_EQ(number, 0);
+}
+
+TEST_F(NSArchiverTest, AnArrayThatIsAddedToBeforeItIsWholeIsRefused) {
+    NSMutableArray *const array = NSMutableArray::array();
+    TreeNode *const node = TreeNode::node();
+    array->addObject(node);
+    node->children = array;
+    NSData *const archive = NSKeyedArchiver::archivedDataWithRootObject(array);
+    node->children = nullptr;
+    TreeNode::onDecoding = [](NSCoder *coder) {
+        static_cast<NSMutableArray *>(coder->decodeObjectForKey("children"_ns))->addObject("x"_ns);
+    };
+    expectError(900002, "54 an object of class 'NSMutableArray' can't have its values", [&] {
+        EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(archive, nodeClasses()), nullptr);
+    });
+    TreeNode::onDecoding = [](NSCoder *) {};
 }
 
 TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {

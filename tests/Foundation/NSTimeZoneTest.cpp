@@ -17,16 +17,22 @@ TEST_F(NSTimeZoneTest, NamesAbbreviationsAndOffsetsFindZones) {
         {NSTimeZone::timeZoneWithAbbreviation("CET"_ns), "CET 3600 3600 CET 0"},
         {NSTimeZone::timeZoneWithAbbreviation("Asia/Tokyo"_ns), "Asia/Tokyo 32400 32400 JST 0"},
         {NSTimeZone::timeZoneForSecondsFromGMT(-5400), "-0130 -5400 -5400 -0130 0"},
+        {NSTimeZone::timeZoneWithName("Zulu"_ns), "Zulu 0 0 UTC 0"}, // a place whose clocks never change
     };
     NSDate *const winter = NSDate::dateWithString("2024-01-15 12:00:00 +0000"_ns);
     NSDate *const summer = NSDate::dateWithString("2024-07-15 12:00:00 +0000"_ns);
+    const auto tell = [&](NSTimeZone *zone) {
+        return NSString::stringWithFormat(
+                   "%@ %d %d %@ %d"_ns, zone->name(), zone->secondsFromGMTForDate(winter),
+                   zone->secondsFromGMTForDate(summer), zone->abbreviationForDate(summer),
+                   zone->isDaylightSavingTimeForDate(summer))
+            ->view();
+    };
     for (const auto &[zone, told] : rows) {
         ASSERT_NE(zone, nullptr) << told;
-        NSString *const found =
-            NSString::stringWithFormat("%@ %d %d %@ %d"_ns, zone->name(), zone->secondsFromGMTForDate(winter),
-                                       zone->secondsFromGMTForDate(summer), zone->abbreviationForDate(summer),
-                                       zone->isDaylightSavingTimeForDate(summer));
-        EXPECT_EQ(found->view(), told);
+        EXPECT_EQ(tell(zone), told);
+        NSData *const archive = NSArchiver::archivedDataWithRootObject(zone);
+        EXPECT_EQ(tell(static_cast<NSTimeZone *>(NSUnarchiver::unarchiveObjectWithData(archive))), told);
         EXPECT_EQ(zone->secondsFromGMT(), zone->secondsFromGMTForDate(NSDate::date()));
         EXPECT_EQ(describe(zone->abbreviation()), describe(zone->abbreviationForDate(NSDate::date())));
         EXPECT_EQ(zone->isDaylightSavingTime(), zone->isDaylightSavingTimeForDate(NSDate::date()));

@@ -81,10 +81,13 @@ TEST_F(OSFilePathChangesTest, RemovalTakesFilesAndWholeTrees) {
     directory_.write("tree/a/b/\xff\n", "1");
     directory_.write("other/kept", "3");
     directory_.link("../other/kept", "tree/link");
-    for (const char *name : {"1", "2", "3", "4"}) {
-        directory_.write(std::string("tree/file") + name, "");
-        directory_.link(std::string("file") + name, std::string("tree/link") + name);
-        directory_.link(std::string("../file") + name, std::string("tree/a/up") + name);
+    for (const std::string name : {"1", "2", "3", "4"}) {
+        directory_.write("tree/file" + name, "");
+        directory_.link("file" + name, "tree/link" + name);
+        directory_.link("link" + name, "tree/more" + name);
+        directory_.makeDirectory("tree/d" + name);
+        directory_.link("../more" + name, "tree/a/up" + name);
+        directory_.link("../a/up" + name, "tree/d" + name + "/beside");
     }
     OSFilePath::removePath(path("tree"));
     OSFilePath::removePath(path("missing"));

@@ -117,22 +117,47 @@ TEST_F(OSLoggerTest, AnErrorHandlerMayLogAndChangeTheLoggers) {
         void raiseErrorInFileWithArgList(const char *, int, int, const qb::ArgList &, NSArray *,
                                          NSString *) override {
             log("raised"_ns);
-            OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
+            if (hasNewLogger)
+                OSLogger::createLoggerForCategory(""_ns, /*withLogLevel=*/0, nullptr, other);
+            else
+                OSLogger::setDefaultLogFileName(other);
         }
 
         NSString *other = nullptr;
+        bool hasNewLogger = false;
     } handler;
-    handler.other = path("other");
-    const ChildEnd end = runInChild([&] {
-        ERRORHANDLER = &handler;
-        _duplicateLogToStderr = NO;
-        OSLogger::setDefaultLogFileName(path("missing/log"));
-        log("one"_ns);
-        log("two"_ns);
-    });
-    EXPECT_EQ(end.status, 0);
-    EXPECT_EQ(logLines(end.standardError, end.process), "[T] (P) [] raised\n[T] (P) [] one\n");
-    EXPECT_EQ(logLines(directory_.read("other"), end.process), "[T] (P) [] two\n");
+    for (const bool hasNewLogger : {true, false}) { // or standard error closed, and its own file opened
+        handler.hasNewLogger = hasNewLogger;
+        handler.other = directory_.string(hasNewLogger ? "other" : "another");
+        const ChildEnd end = runInChild([&] {
+            ERRORHANDLER = &handler;
+            _duplicateLogToStderr = NO;
+            OSLogger::setDefaultLogFileName(path("missing/log"));
+            log("one"_ns);
+            log("two"_ns);
+        });
+        EXPECT_EQ(end.status, 0);
+        EXPECT_EQ(logLines(end.standardError + directory_.read(handler.other->lastPathComponent()->view()),
+                           end.process),
+                  "[T] (P) [] raised\n[T] (P) [] one\n[T] (P) [] two\n");
+    }
+}
+
+TEST_F(OSLoggerTest, ALoggerMayFailWhileATraceIsWritten) {
+    struct Failing : ClientClass<Failing, OSLogger, "Failing"> {
+        void logWithLevelMessage(std::int32_t, NSString *) override {
+            ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
+            throw InvalidArgumentException("no journal");
+        }
+    };
+    send<void>(Failing::cls(), "createLoggerForCategory:"_sel, "debug"_ns);
+    Ref<OSSocket> socket = OSSocket::initWithSocketType(/*SOCK_STREAM*/ 1);
+    activateChannel("socket");
+    socket = nullptr; // in whose end no exception may leave
+    activateChannel("utils");
+    debug = 1;
+    EXPECT_THROW(ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900998), InvalidArgumentException);
+    EXPECT_EQ(takenErrors(), "(900999, 900999, 900999, 900999, 900998, 900999)"); // an end after four
 }
 
 TEST_F(OSLoggerTest, LinesThatCannotBeWrittenAreLostWithoutAnError) {
