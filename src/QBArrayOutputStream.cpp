@@ -14,11 +14,6 @@ Class *QBArrayOutputStream::cls() {
 
 QBArrayOutputStream::~QBArrayOutputStream() = default;
 
-BOOL QBArrayOutputStream::setUp() {
-    targetArray_ = NSMutableArray::init();
-    return YES;
-}
-
 void QBArrayOutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {
     targetArray_->addObject(NSData::initWithBytes(buffer, length).autorelease());
 }

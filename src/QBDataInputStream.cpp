@@ -37,7 +37,7 @@ std::uint32_t QBDataInputStream::byteLength() const {
 
 std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) {
     const std::uint32_t begin = position();
-    const std::uint32_t end = byteLength();
+    const std::uint32_t end = QBDataInputStream::byteLength(); // a subclass may have more
     if (begin >= end)
         return -1;
     const std::uint32_t count = std::min({length, end - begin, std::uint32_t{INT32_MAX}});

@@ -263,6 +263,7 @@ void QBFileOutputStream::reset() {
     flush();
     if (!filePtr_) // the error handler has closed it
         return;
+    next_ = window_; // whatever a subclass has made of that
     hasFailed_ = false;
     if (isAtomic() ? truncate() : reopen())
         return;
@@ -274,10 +275,8 @@ void QBFileOutputStream::reset() {
 
 // Returns false, with errno set, when the file is not open any more.
 bool QBFileOutputStream::reopen() {
-    std::FILE *const before = std::exchange(filePtr_, sys::fopen(tmpFilename_->cString(), "wb"));
-    const int error = errno;
-    sys::fclose(before); // has been flushed
-    errno = error;
+    sys::fclose(filePtr_); // first, for what it may still hold goes with the rest
+    filePtr_ = sys::fopen(tmpFilename_->cString(), "wb");
     if (filePtr_ && window_)
         sys::setUnbuffered(filePtr_);
     return filePtr_ != nullptr;

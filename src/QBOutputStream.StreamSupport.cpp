@@ -3,6 +3,7 @@
 #include <QBFoundation/QBOutputStream.h>
 
 #include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
@@ -58,6 +59,7 @@ void NSObject::writeOnPropertyListOutputStream(QBOutputStream *stream) {
 void NSData::writeOnPropertyListOutputStream(QBOutputStream *stream) {
     if (!stream)
         return;
+    const NSAutoreleasePool pool;
     NSString *const text = description();
     stream->writeBuffer(text->cString(), text->cStringLength());
 }

@@ -2,6 +2,7 @@
 
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Foundation/NSException.h>
@@ -57,6 +58,7 @@ void QBOutputStream::writeFormatWithArgList(NSString *format, const qb::ArgList 
 }
 
 void QBOutputStream::_writeNSObject(id object) {
+    const NSAutoreleasePool pool; // a long container makes many texts
     if (object)
         writeObject(object->stringValue());
 }
@@ -73,6 +75,7 @@ void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
 }
 
 void QBOutputStream::_writeArray(NSArray *array) {
+    const NSAutoreleasePool pool;
     if (array)
         writeObject(array->objectEnumerator());
 }
@@ -86,6 +89,7 @@ void QBOutputStream::_writeDictionary(NSDictionary *dictionary) {
 }
 
 void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesting) {
+    const NSAutoreleasePool pool;
     NSEnumerator *const keys = dictionary ? dictionary->keyEnumerator() : nullptr;
     while (keys && !nesting.isCut()) {
         const id key = keys->nextObject();

@@ -8,6 +8,7 @@
 
 #include "Foundation/NSObject.Tables.h"
 #include "Foundation/Nesting.h"
+#include "Foundation/PlainClasses.h"
 #include "Text/Room.h"
 
 #include <string>
@@ -28,7 +29,7 @@ NSString *notImplemented() {
 // Goes over a container; `textOf` makes the text of a step, which is left out when it is nil. It keeps the
 // objects of the step, because texts may be made by clients, who may change the container.
 template <class Container, class TextOf>
-NSString *phpArray(const Container &container, TextOf textOf) {
+NSString *phpArray(Container &container, TextOf textOf) {
     const qb::Nesting<PhpStrings> nesting(kFile, __LINE__);
     std::string text = "array(";
     const char *separator = "";
@@ -43,6 +44,18 @@ NSString *phpArray(const Container &container, TextOf textOf) {
         qb::text::append(text, elementText->view());
     }
     return nesting.isTooDeep() ? nullptr : NSString::stringWith(text += ")");
+}
+
+NSString *phpElement(const Ref<NSObject> &element) {
+    return element->asPhpString();
+}
+
+NSString *phpEntry(const Ref<NSObject> &key, const Ref<NSObject> &value) {
+    NSString *const valueText = value ? value->asPhpString() : nullptr;
+    NSString *const keyText = key->asPhpString();
+    if (!keyText || !valueText)
+        return nullptr;
+    return NSString::stringWithRestrictedFormat("%s => %s"_ns, keyText, valueText);
 }
 
 } // namespace
@@ -65,18 +78,14 @@ NSString *QBNil::asPhpString() const {
     return notImplemented();
 }
 
+// A subclass's elements and entries are those that its enumerators give.
+
 NSString *NSArray::asPhpString() const {
-    return phpArray(*this, [](const Ref<NSObject> &element) { return element->asPhpString(); });
+    return qb::isPlainArray(this) ? phpArray(*this, &phpElement) : phpArray(*objectEnumerator(), &phpElement);
 }
 
 NSString *NSDictionary::asPhpString() const {
-    return phpArray(*this, [](const Pair &entry) -> NSString * {
-        const Ref<NSObject> key(entry.first);
-        const Ref<NSObject> value(entry.second);
-        NSString *const valueText = value->asPhpString();
-        NSString *const keyText = key->asPhpString();
-        if (!keyText || !valueText)
-            return nullptr;
-        return NSString::stringWithRestrictedFormat("%s => %s"_ns, keyText, valueText);
-    });
+    if (qb::isPlainDictionary(this))
+        return phpArray(*this, [](const Pair &entry) { return phpEntry(entry.first, entry.second); });
+    return phpArray(*keyEnumerator(), [this](id key) { return phpEntry(key, objectForKey(key)); });
 }

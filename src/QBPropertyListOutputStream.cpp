@@ -1,6 +1,7 @@
 #include <QBFoundation/QBPropertyListOutputStream.h>
 
 #include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/QBNil.h>
@@ -112,6 +113,7 @@ void QBPropertyListOutputStream::writeObject(id object) {
 }
 
 void QBPropertyListOutputStream::_writeString(NSString *string) {
+    const NSAutoreleasePool pool;
     QBDataOutputStream::_writeString(string ? string->stringRepresentation() : nullptr);
 }
 

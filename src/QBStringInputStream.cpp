@@ -23,10 +23,9 @@ QBStringInputStream::~QBStringInputStream() = default;
 BOOL QBStringInputStream::setUpWithString(NSString *string) {
     sourceString_ = string;
     isConstant_ = string && typeid(*string) == typeid(NSString);
-    if (isConstant_ && string->isAscii()) {
-        ascii_ = string->cString();
-        asciiEnd_ = string->cStringLength();
-    }
+    const bool isAscii = isConstant_ && string->isAscii();
+    ascii_ = isAscii ? string->cString() : nullptr;
+    asciiEnd_ = isAscii ? string->cStringLength() : 0;
     return YES;
 }
 
@@ -35,7 +34,7 @@ std::uint32_t QBStringInputStream::byteLength() const {
 }
 
 std::int32_t QBStringInputStream::_readBuffer(void *buffer, std::uint32_t length) {
-    const std::uint32_t end = byteLength();
+    const std::uint32_t end = QBStringInputStream::byteLength(); // a subclass may have more
     if (position_ >= end)
         return -1;
     const std::uint32_t count = std::min({length, end - position_, std::uint32_t{INT32_MAX}});
@@ -45,7 +44,7 @@ std::int32_t QBStringInputStream::_readBuffer(void *buffer, std::uint32_t length
 }
 
 std::int32_t QBStringInputStream::readCharacter() {
-    if (position_ >= byteLength())
+    if (position_ >= QBStringInputStream::byteLength())
         return -1;
     if (!isConstant_)
         return position_ < sourceString_->length() ? sourceString_->characterAtIndex(position_++) : -1;
@@ -75,5 +74,5 @@ bool QBStringInputStream::findCharacter() {
             qb::text::byteOffsetOfUnit(text.data(), text.size(), position_, &isSecondHalf));
         foundUnit_ = position_ - (isSecondHalf ? 1 : 0);
     }
-    return foundByte_ < byteLength();
+    return foundByte_ < QBStringInputStream::byteLength();
 }

@@ -146,6 +146,19 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
         stream->close();
         EXPECT_EQ(describeFiles(), "out: 2nd\n");
     }
+    struct Lazy : QBFileOutputStream {
+        using QBFileOutputStream::setUpWithFile;
+        void flush() override {}
+    };
+    for (const BOOL atomically : {YES, NO}) {
+        const auto lazy = Ref<Lazy>::adopt(new Lazy);
+        lazy->setUpWithFile(path("out"), atomically);
+        write(lazy, "first");
+        lazy->reset();
+        write(lazy, "2nd");
+        lazy->close();
+        EXPECT_EQ(describeFiles(), "out: 2nd\n");
+    }
     directory_.write("victim", "precious");
     QBFileOutputStream *const stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);
     std::filesystem::remove(stream->tmpFilename()->cString());

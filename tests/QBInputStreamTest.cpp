@@ -109,6 +109,29 @@ TEST_F(QBInputStreamTest, StringGivesBytesInBulkAndCharactersOneByOne) {
               expected);
 }
 
+TEST_F(QBInputStreamTest, ALengthThatASubclassTellsIsNotThatOfTheSource) {
+    const auto expectSource = [](auto *longer, auto setUp) {
+        setUp(longer);
+        EXPECT_EQ(longer->byteLength(), 12u);
+        EXPECT_EQ(counts(longer, 8), (std::vector<int>{2, -1}));
+        longer->reset();
+        EXPECT_EQ(characters(longer, 3), (std::vector<int>{'a', 'b', -1}));
+    };
+    struct LongerString : QBStringInputStream {
+        using QBStringInputStream::setUpWithString;
+        std::uint32_t byteLength() const override { return QBStringInputStream::byteLength() + 10; }
+    };
+    struct LongerData : QBDataInputStream {
+        using QBDataInputStream::setUpWithData;
+        std::uint32_t byteLength() const override { return QBDataInputStream::byteLength() + 10; }
+    };
+    for (NSString *text : {"ab"_ns, static_cast<NSString *>(NSMutableString::stringWith("ab"))})
+        expectSource(Ref<LongerString>::adopt(new LongerString).autorelease(),
+                     [&](LongerString *stream) { stream->setUpWithString(text); });
+    expectSource(Ref<LongerData>::adopt(new LongerData).autorelease(),
+                 [](LongerData *stream) { stream->setUpWithData(dataOf("ab")); });
+}
+
 TEST_F(QBInputStreamTest, PiecesOfAnySizeGiveTheWhole) {
     Random random;
     for (int round = 0; round < 20; ++round) {

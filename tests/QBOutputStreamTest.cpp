@@ -52,6 +52,21 @@ TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
     EXPECT_EQ(written(QBNil::value()), "");
 }
 
+TEST_F(QBOutputStreamTest, TheTextsOfALongContainerLeaveNothingInThePool) {
+    NSArray *const array =
+        NSArray::arrayWithObjects(NSNumber::numberWithInt(5), NSData::dataWithBytes("x", 1));
+    NSDictionary *const dictionary =
+        NSDictionary::dictionaryWithObjectForKey(array, NSNumber::numberWithInt(1));
+    for (QBOutputStream *stream : {static_cast<QBOutputStream *>(QBDataOutputStream::stream()),
+                                   static_cast<QBOutputStream *>(QBPropertyListOutputStream::stream()),
+                                   static_cast<QBOutputStream *>(QBArrayOutputStream::stream())}) {
+        const std::uint32_t before = pool_.objectCount();
+        stream->_writeArray(array);
+        stream->_writeDictionary(dictionary);
+        EXPECT_EQ(pool_.objectCount(), before);
+    }
+}
+
 TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
     struct Quoter : Recorder {
         void _writeString(NSString *string) override {

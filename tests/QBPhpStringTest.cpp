@@ -50,6 +50,22 @@ function shown($value) {
 }
 )";
 
+TEST_F(QBPhpStringTest, SubclassesHaveWhatTheirEnumeratorsGive) {
+    static NSArray *shown;
+    shown = NSArray::arrayWithObjects(NSNumber::numberWithInt(2), NSNumber::numberWithInt(1));
+    struct Shown : NSMutableDictionary {
+        NSEnumerator *keyEnumerator() const override { return shown->objectEnumerator(); }
+        id objectForKey(id key) const override { return key == shown->lastObject() ? nullptr : key; }
+    };
+    struct Reversed : NSMutableArray {
+        NSEnumerator *objectEnumerator() const override { return shown->objectEnumerator(); }
+    };
+    const auto dictionary = Ref<Shown>::adopt(new Shown);
+    const auto array = Ref<Reversed>::adopt(new Reversed);
+    EXPECT_EQ(describe(dictionary->asPhpString()), "array(2 => 2)");
+    EXPECT_EQ(describe(array->asPhpString()), "array(2, 1)");
+}
+
 // The texts of numbers, strings and containers are read along their trees in fuzz/PhpText.cpp.
 TEST_F(QBPhpStringTest, OtherValuesAreNotImplementedCorrectly) {
     NSArray *const values = NSArray::arrayWithObjects(NSNumber::numberWithLongLong(INT64_MIN),

@@ -9,7 +9,7 @@
 /// A sink that keeps each write as an element of its own: bytes as data, values as the values themselves.
 class QB_EXPORT QBArrayOutputStream : public QBOutputStream {
 public:
-    QBArrayOutputStream() noexcept = default;
+    QBArrayOutputStream() = default;
     ~QBArrayOutputStream() override;
 
     static Class *cls();
@@ -29,11 +29,8 @@ public:
     /// Flushes, then empties the array.
     void reset() override;
 
-protected:
-    BOOL setUp() override;
-
 private:
-    Ref<NSMutableArray> targetArray_;
+    Ref<NSMutableArray> targetArray_ = NSMutableArray::init();
 };
 
 #endif

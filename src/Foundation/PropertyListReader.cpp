@@ -252,12 +252,13 @@ Ref<NSObject> PropertyListReader::takeDictionary(std::size_t first) {
     return dictionary;
 }
 
-// Whether that key stands here without quotes, and ends here.
+// Whether that key stands here without quotes, and ends here: no "/" of its own begins a comment.
 bool PropertyListReader::isBareAt(const SharedKey &expected) const {
     const std::size_t length = expected.bareLength;
     return length != 0 && length < static_cast<std::size_t>(end_ - position_) &&
            !text::kPlistBare.contains(static_cast<unsigned char>(position_[length])) &&
-           text::areEqual(expected.key->cString(), position_, length);
+           text::areEqual(expected.key->cString(), position_, length) &&
+           !(position_[length] == '*' && position_[length - 1] == '/');
 }
 
 // The keys of one dictionary are mostly those of another one before it, in the same order.

@@ -1,6 +1,7 @@
 #include "Foundation/PropertyListText.h"
 
 #include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSSet.h>
@@ -55,6 +56,7 @@ private:
             return open(value, kind);
         if (auto *const string = castOrNil<NSString>(value))
             return appendPropertyListString(target_, string->view());
+        const NSAutoreleasePool pool; // a long container makes many texts
         if (auto *const data = castOrNil<NSData>(value))
             return text::append(target_, data->description()->view());
         if (NSString *const text = value->stringValue())

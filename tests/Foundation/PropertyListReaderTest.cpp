@@ -26,6 +26,7 @@ TEST_F(PropertyListReaderTest, ReadsEachKindOfValueAndOfEscape) {
         {"{ \"k k\" = {c = (d)}; e = f }", "{k k = {c = (d); }; e = f; }"},
         {"/* one */ ( // two\na, /* , b */ c // three\n)", "(a, c)"},
         {"/**/a/* / **/", "a"},
+        {"({a/ = 1;}, {a/ = 2;}, {a/*c*/ = 3;})", "({a/ = 1; }, {a/ = 2; }, {a = 3; })"},
         // Escapes stand for bytes and characters.
         {R"("\a\b\f\n\r\t\v\"\\\q")", "\a\b\f\n\r\t\v\"\\q"},
         {R"("\0\18\0011\377x\7")", "\0\1"
