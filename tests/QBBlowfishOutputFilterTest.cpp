@@ -160,7 +160,7 @@ TEST_F(QBBlowfishOutputFilterTest, ASeedSaysNothingOfLaterRandomNumbers) {
 
 TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
     const std::string stream = enciphered("15"_ns, kText);
-    EXPECT_EQ(deciphered(NSNumber::numberWithInt(15), stream), kText);
+    EXPECT_EQ(deciphered(number(15), stream), kText);
     const std::string longKey(72, 'k');
     EXPECT_EQ(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey), kText)), kText);
     EXPECT_NE(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey.substr(1) + "z"), kText)), kText);

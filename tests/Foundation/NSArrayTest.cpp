@@ -89,7 +89,7 @@ TEST_F(NSArrayTest, MakersMakeArraysOfTheClassAsked) {
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     NSArray *const abc = letters("abc");
     EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
-    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
+    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, number(-1), "b"_ns);
     EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");
     id buffer[3] = {};
     abc->getObjects(buffer, NSMakeRange(1, 2));
@@ -135,13 +135,13 @@ TEST_F(NSArrayTest, FailingAndFoolishComparisonsLoseNothing) {
     int calls = 0;
     EXPECT_THROW(array->sortUsingFunction(&throwing, &calls), InvalidArgumentException);
     EXPECT_EQ(joined(array), "hgfedcba");
-    array->addObject(NSNumber::numberWithInt(1));
+    array->addObject(number(1));
     EXPECT_THROW(array->sortUsingSelector("compare:"_sel),
                  InvalidArgumentException); // strings against a number
     EXPECT_EQ(joined(array), "hgfedcba1");
     NSMutableArray *const many = NSMutableArray::array();
     for (int i = 0; i < 1000; ++i)
-        many->addObject(NSNumber::numberWithInt(i));
+        many->addObject(number(i));
     many->sortUsingFunction(&random, nullptr);
     many->sortUsingSelector("compare:"_sel);
     EXPECT_EQ(describe(many->subarrayWithRange(NSMakeRange(997, 3))), "(997, 998, 999)");

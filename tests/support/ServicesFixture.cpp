@@ -21,6 +21,16 @@ void ServicesFixture::activateChannel(const char *name) {
         NSArray::arrayWithObject(NSString::stringWithCString(name)));
 }
 
+std::string ServicesFixture::traced(const char *channel, int level, const std::function<void()> &act) {
+    activateChannel(channel);
+    debug = level;
+    CapturedOutput output;
+    act();
+    const std::string state = std::string(channel) + "\\(" + std::to_string(level) + "\\) OK";
+    const std::string start = R"((^|\n)\[T\] \(P\) \[\] \[)" + state + R"(\] (src/[^:]*):[0-9]+)";
+    return replaced(logLines(output.end()), start, "$1$2:L");
+}
+
 std::string logLines(const std::string &text, pid_t process) {
     const std::string start =
         R"((^|\n)\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] \()" + std::to_string(process) + R"(\) )";

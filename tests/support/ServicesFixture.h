@@ -17,6 +17,10 @@ protected:
 
     /// Lets the library's traces on that channel pass, and on no other.
     static void activateChannel(const char *name);
+    /// What `act` writes to standard error, with that channel active at that level; the beginnings of its
+    /// traces, which name time, process, channel and level, are left out, and lines become "L":
+    /// "src/QBPath:L(QBPath): -initWithCoder: -> enter".
+    static std::string traced(const char *channel, int level, const std::function<void()> &act);
 
 private:
     static void reset();
