@@ -28,12 +28,15 @@ TEST_F(QBNilTest, EveryObjectsOperationsAnswerNothing) {
 }
 
 TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {
-    const auto act = [] {
-        EXPECT_EQ(send<double>(QBNil::new_(), "doubleValue"_sel), 0);
-        EXPECT_EQ(send<id>(QBNil::new_(), "objectForKey:"_sel, "a"_ns), nullptr);
-    };
-    EXPECT_EQ(traced("misc", /*level=*/6, act), "");
-    EXPECT_EQ(traced("misc", /*level=*/7, act),
-              "src/QBNil:L(QBNil): -forwardInvocation: -> sel==doubleValue\n"
-              "src/QBNil:L(QBNil): -forwardInvocation: -> sel==objectForKey:\n");
+    activateChannel("misc");
+    CapturedOutput output;
+    debug = 6;
+    EXPECT_EQ(send<id>(QBNil::new_(), "objectForKey:"_sel, "a"_ns), nullptr);
+    EXPECT_EQ(output.text(), "");
+    debug = 7;
+    EXPECT_EQ(send<double>(QBNil::new_(), "doubleValue"_sel), 0);
+    EXPECT_EQ(send<id>(QBNil::new_(), "objectForKey:"_sel, "a"_ns), nullptr);
+    EXPECT_EQ(logLines(output.end()),
+              "[T] (P) [] [misc(7) OK] src/QBNil:39(QBNil): -forwardInvocation: -> sel==doubleValue\n"
+              "[T] (P) [] [misc(7) OK] src/QBNil:39(QBNil): -forwardInvocation: -> sel==objectForKey:\n");
 }

@@ -174,5 +174,6 @@ TEST_F(NSStringSearchingTest, CharacterClassesKnowOtherScripts) {
         EXPECT_TRUE(set->isSupersetOfSet(setOf(members))) << members;
         EXPECT_TRUE(set->invertedSet()->isSupersetOfSet(setOf(others))) << members;
     }
+    EXPECT_FALSE(setOf("\v\f\r\n\u2029")->isEqual(NSCharacterSet::newlineCharacterSet()));
     EXPECT_THROW(NSCharacterSet::characterSetWithRange({0x110000, 1}), InvalidArgumentException);
 }
