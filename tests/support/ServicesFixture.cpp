@@ -41,6 +41,12 @@ std::string replaced(const std::string &text, const std::string &pattern, const 
     return std::regex_replace(text, std::regex(pattern), by);
 }
 
+std::string addressOf(const void *object) {
+    char text[32];
+    std::snprintf(text, sizeof text, "0x%08lx", reinterpret_cast<unsigned long>(object));
+    return text;
+}
+
 ChildEnd runInChild(const std::function<void()> &work) {
     CapturedOutput output;
     const pid_t child = ::fork();

@@ -33,6 +33,9 @@ std::string logLines(const std::string &text, pid_t process = ::getpid());
 /// The text with `by` in the place of whatever matches the regular expression.
 std::string replaced(const std::string &text, const std::string &pattern, const std::string &by);
 
+/// The address as the library's own lines show it.
+std::string addressOf(const void *object);
+
 /// How a child process has ended.
 struct ChildEnd {
     pid_t process = -1;
