@@ -106,15 +106,13 @@ TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
 }
 
 TEST_F(NSArrayTest, StringsAreSortedAsTheirComparisonSays) {
-    std::mt19937 generator(20);
+    Random random;
+    const std::string ends[] = {std::string(1, '\0'), "a", "b", "\xFF"};
     for (const std::size_t count : {0, 1, 2, 13, 300, 3000}) {
         std::vector<std::string> texts;
-        for (std::size_t i = 0; i < count; ++i) {
-            std::string text(generator() % 4 ? generator() % 30 : 0, 'p'); // long common beginnings, and NULs
-            for (std::size_t rest = generator() % 4; rest != 0; --rest)
-                text += std::string_view("\0ab\xFF", 4)[generator() % 4];
-            texts.push_back(text);
-        }
+        for (std::size_t i = 0; i < count; ++i) // long common beginnings, and NULs
+            texts.push_back(std::string(random.below(4) ? random.below(30) : 0, 'p') +
+                            randomText(random, random.below(4), ends));
         NSMutableArray *const array = NSMutableArray::array();
         for (std::size_t i = 0; i < count; ++i)
             array->addObject(i % 3 ? NSString::stringWith(texts[i]) : NSMutableString::stringWith(texts[i]));
