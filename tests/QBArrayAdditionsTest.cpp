@@ -3,10 +3,6 @@
 
 using QBArrayAdditionsTest = PoolFixture;
 
-static NSNumber *number(int value) {
-    return NSNumber::numberWithInt(value);
-}
-
 TEST_F(QBArrayAdditionsTest, EqualElementsAreKeptOnce) {
     EXPECT_EQ(describe(letters("aba")->uniqueArrayWithoutObj("b"_ns)), "(a)");
     NSArray *const numbers =

@@ -2,12 +2,6 @@
 
 using QBAutoreleasePoolAdditionsTest = ServicesFixture;
 
-static std::string addressOf(const void *object) {
-    char text[32];
-    std::snprintf(text, sizeof text, "0x%08lx", reinterpret_cast<unsigned long>(object));
-    return text;
-}
-
 TEST_F(QBAutoreleasePoolAdditionsTest, DescriptionsLeaveThePoolAsItIs) {
     struct Undescribed : NSObject {
         NSString *description() const override { return nullptr; }

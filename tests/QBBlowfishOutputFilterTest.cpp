@@ -58,11 +58,7 @@ static NSString *sixteen() {
 
 // Vectors that were published with the cipher.
 TEST_F(QBBlowfishOutputFilterTest, BlocksAreThoseOfThePublishedVectors) {
-    struct Row {
-        const char *key;
-        Block plain, cipher;
-    };
-    const Row rows[] = {
+    const std::tuple<const char *, Block, Block> rows[] = {
         {"0000000000000000", {0, 0}, {0x4EF99745, 0x6198DD78}},
         {"FEDCBA9876543210", {0x01234567, 0x89ABCDEF}, {0x0ACEAB0F, 0xC6A0A28D}},
         {"F0", {0xFEDCBA98, 0x76543210}, {0xF9AD597C, 0x49DB005E}},
@@ -70,10 +66,10 @@ TEST_F(QBBlowfishOutputFilterTest, BlocksAreThoseOfThePublishedVectors) {
          {0xFEDCBA98, 0x76543210},
          {0x05044B62, 0xFA52D080}},
     };
-    for (const Row &row : rows) {
-        Filter *const filter = cipher(dataOf(fromHex(row.key)));
-        EXPECT_EQ(convertedBlock(filter, row.plain, "_blowfishEncryptBlock"_sel), row.cipher) << row.key;
-        EXPECT_EQ(convertedBlock(filter, row.cipher, "_blowfishDecryptBlock"_sel), row.plain) << row.key;
+    for (const auto &[key, plain, secret] : rows) {
+        Filter *const filter = cipher(dataOf(fromHex(key)));
+        EXPECT_EQ(convertedBlock(filter, plain, "_blowfishEncryptBlock"_sel), secret) << key;
+        EXPECT_EQ(convertedBlock(filter, secret, "_blowfishDecryptBlock"_sel), plain) << key;
     }
 }
 
@@ -160,7 +156,7 @@ TEST_F(QBBlowfishOutputFilterTest, ASeedSaysNothingOfLaterRandomNumbers) {
 
 TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
     const std::string stream = enciphered("15"_ns, kText);
-    EXPECT_EQ(deciphered(NSNumber::numberWithInt(15), stream), kText);
+    EXPECT_EQ(deciphered(number(15), stream), kText);
     const std::string longKey(72, 'k');
     EXPECT_EQ(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey), kText)), kText);
     EXPECT_NE(deciphered(dataOf(longKey + "z"), enciphered(dataOf(longKey.substr(1) + "z"), kText)), kText);

@@ -59,12 +59,7 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     EXPECT_EQ(stream->targetString()->view(), "");
     EXPECT_EQ(string->view(), "ab"); // still there, and still what it was
     stream->writeObject(string);
-    NSString *own;
-    {
-        const NSAutoreleasePool pool;
-        own = stream->targetString();
-    }
-    stream->writeObject(own);
+    stream->writeObject(inOwnPool([&] { return stream->targetString(); }));
     EXPECT_EQ(stream->targetString()->view(), "abab");
 }
 

@@ -17,7 +17,7 @@ TEST_F(QBCoderAdditionsTest, SelectorsAndClassesComeBackByTheirNames) {
         coder->encodeClass(nullptr);
         coder->encodeObject("asks:for:nothing:that:is:there:"_ns);
         coder->encodeObject("NoSuchClass"_ns);
-        coder->encodeObject(NSNumber::numberWithInt(5));
+        coder->encodeObject(number(5));
         coder->encodeObject(QBPath::qbPathWithString("/a"_ns));
     });
     EXPECT_EQ(reader->decodeSelector(), "setObject:forKey:"_sel);
@@ -32,13 +32,13 @@ TEST_F(QBCoderAdditionsTest, SelectorsAndClassesComeBackByTheirNames) {
 }
 
 TEST_F(QBCoderAdditionsTest, EachOperationTracesItsWayInAndOutFromLevel12On) {
-    activateChannel("misc");
-    CapturedOutput output;
-    for (debug = 11; debug <= 12; ++debug)
+    const auto act = [] {
         readerOf([](NSCoder *coder) { coder->encodeClass(NSCoder::cls()); })->decodeClass();
-    std::string expected;
-    for (const char *operation : {"NSArchiver): -encodeClass:", "NSUnarchiver): -decodeClass"})
-        for (const char *message : {" -> enter\n", " -> leave\n"})
-            expected += std::string("[T] (P) [] [misc(12) OK] src/QBCoderAdditions:L(") + operation + message;
-    EXPECT_EQ(replaced(logLines(output.end()), "Additions:[0-9]+", "Additions:L"), expected);
+    };
+    EXPECT_EQ(traced("misc", /*level=*/11, act), "");
+    EXPECT_EQ(traced("misc", /*level=*/12, act),
+              "src/QBCoderAdditions:L(NSArchiver): -encodeClass: -> enter\n"
+              "src/QBCoderAdditions:L(NSArchiver): -encodeClass: -> leave\n"
+              "src/QBCoderAdditions:L(NSUnarchiver): -decodeClass -> enter\n"
+              "src/QBCoderAdditions:L(NSUnarchiver): -decodeClass -> leave\n");
 }

@@ -31,7 +31,6 @@ TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
 
 TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     EXPECT_TRUE(runOnSmallStack([] {
-        const NSAutoreleasePool pool;
         expectError(900003, "256",
                     [&] { EXPECT_EQ(arraysInArrays(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
         EXPECT_NE(arraysInArrays(256)->asArrayWith("x"_ns, "y"_ns),

@@ -6,11 +6,6 @@
 using QBDateISODateTimeTest = PoolFixture;
 using namespace std::string_view_literals;
 
-/// The text of the date that the digits are; "nil" when they are none.
-static std::string dateOf(std::string_view digits) {
-    return describe(NSString::stringWith(digits)->asDateFromISODateTimeString());
-}
-
 TEST_F(QBDateISODateTimeTest, TextIsInGmtWithFourDigitsOfTheYear) {
     NSTimeZone *const berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
     const auto textIn = [berlin](int year) {
@@ -34,7 +29,7 @@ TEST_F(QBDateISODateTimeTest, DigitsAreClampedToTheirRanges) {
         {"2004123123595", "nil"},
     };
     for (const auto &[digits, expected] : rows)
-        EXPECT_EQ(dateOf(digits), expected) << digits;
+        EXPECT_EQ(describe(string(digits)->asDateFromISODateTimeString()), expected) << digits;
     EXPECT_EQ(
         "20041231235959987"_ns->asDateFromISODateTimeStringWithMilliseconds()->asISODateTimeString()->view(),
         "20041231235959");

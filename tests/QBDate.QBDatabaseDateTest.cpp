@@ -1,6 +1,7 @@
 #include "support/ServicesFixture.h"
 
 using QBDatabaseDateTest = ServicesFixture;
+using namespace std::string_literals;
 
 static std::string now(NSString *format) {
     return std::string(NSCalendarDate::calendarDate()->descriptionWithCalendarFormat(format)->view());
@@ -42,14 +43,9 @@ TEST_F(QBDatabaseDateTest, MissingPartsAreTheCurrentOnes) {
 }
 
 TEST_F(QBDatabaseDateTest, ArraysAreTracedFromTheLevels2And7On) {
-    activateChannel("misc");
-    CapturedOutput output;
-    for (const int level : {1, 2, 6, 7}) {
-        debug = level;
-        std::fprintf(stderr, "level %d\n", level);
-        completed("1.2.2003");
+    const std::string input = "input array==\n", result = input + "completed date array==\n";
+    for (const auto &[level, wanted] : {std::pair(1, ""s), {2, input}, {6, input}, {7, result}}) {
+        const std::string traces = traced("misc", level, [] { completed("1.2.2003"); });
+        EXPECT_EQ(replaced(traces, "src/.* -> |\\([^)]*\\)", ""), wanted) << level;
     }
-    EXPECT_EQ(replaced(output.end(), "\\[.* -> |\\([^)]*\\)", ""),
-              "level 1\nlevel 2\ninput array==\nlevel 6\ninput array==\nlevel 7\ninput array==\n"
-              "completed date array==\n");
 }

@@ -51,11 +51,7 @@ TEST_F(QBBase64OutputFilterTest, ResultsOfTheTargetAreNotWrittenOver) {
     write(filter, "ManMan");
     EXPECT_EQ(first->view(), "TWFu");
     EXPECT_EQ(target->targetString()->view(), "TWFuTWFuTWFu");
-    NSString *own;
-    {
-        const NSAutoreleasePool pool;
-        own = target->targetString();
-    }
+    NSString *const own = inOwnPool([&] { return target->targetString(); });
     filter->writeObject(own); // which the first group takes from its only owner
     EXPECT_EQ(target->targetString()->view(), "TWFuTWFuTWFuVFdGdVRXRnVUV0Z1");
 }

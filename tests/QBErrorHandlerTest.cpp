@@ -51,7 +51,7 @@ TEST_F(QBErrorHandlerTest, MessagesCarryTheirNumber) {
     EXPECT_EQ(handler_->errorStackMessagesStringWithIndent("- "_ns)->view(),
               "- [000100] %s failed %d times\n- [000101] 100\n- [000008] own text\n"
               "- [000100] disk failed 2 times\n- [000007] unknown error");
-    NSArray *const objects = NSArray::arrayWithObjects("disk"_ns, NSNumber::numberWithInt(3));
+    NSArray *const objects = NSArray::arrayWithObjects("disk"_ns, number(3));
     EXPECT_EQ(handler_->errorMsgForErrorWithObjects(100, objects)->view(), "[000100] disk failed 3 times");
     EXPECT_EQ(handler_->errorMsgForError(101, {})->view(), "[000101] 100");
     EXPECT_EQ(QBErrorHandler::init()->formatStringForErrorId(5, "own"_ns)->view(), "own");
@@ -120,10 +120,7 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
     handler_->replaceErrorStack(NSArray::array());
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_OK);
     raise(4);
-    {
-        const NSAutoreleasePool pool;
-        handler_->addErrorDescr(NSArray::arrayWith({"a part of the old stack"_ns}));
-    }
+    inOwnPool([&] { handler_->addErrorDescr(NSArray::arrayWith({"a part of the old stack"_ns})); });
     handler_->replaceErrorStack(handler_->errorDescr());
     EXPECT_EQ(handler_->errorState(), ERRORSTATE_ERROR);
     handler_->clearErrorStack();

@@ -43,10 +43,10 @@ TEST_F(QBOutputStreamTest, EveryOperationEndsInThePrimitive) {
 
 TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
     NSDictionary *dictionary = NSDictionary::dictionaryWithObjectForKey("value"_ns, "key"_ns);
-    NSArray *array = NSArray::arrayWithObjects("x"_ns, NSNumber::numberWithInt(5), dictionary);
+    NSArray *array = NSArray::arrayWithObjects("x"_ns, number(5), dictionary);
     EXPECT_EQ(written(NSString::stringWith(std::string("a\0b", 3))), std::string("a\0b", 3));
     EXPECT_EQ(written(NSData::dataWithBytes("\x01\xFF", 2)), "\x01\xFF");
-    EXPECT_EQ(written(NSNumber::numberWithInt(-12)), "-12");
+    EXPECT_EQ(written(number(-12)), "-12");
     EXPECT_EQ(written(array), "x5value");
     EXPECT_EQ(written(array->objectEnumerator()), "x5value");
     EXPECT_EQ(written(QBNil::value()), "");
@@ -81,7 +81,7 @@ TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
         }
     };
     Ref<Quoter> stream = Ref<Quoter>::adopt(new Quoter);
-    stream->writeObject(NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(1), "k"_ns));
+    stream->writeObject(NSDictionary::dictionaryWithObjectForKey(number(1), "k"_ns));
     EXPECT_EQ(stream->writes, (std::vector<std::string>{"\"", "k", "\"", "=", "\"", "1", "\""}));
 }
 

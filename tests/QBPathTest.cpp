@@ -65,7 +65,7 @@ TEST_F(QBPathTest, IsTakenApartAtItsSlashesAndItsExtension) {
 }
 
 TEST_F(QBPathTest, ValuesBecomePathsAndPathsAreEqualByTheirText) {
-    NSArray *const names = NSArray::arrayWith({"a"_ns, NSNumber::numberWithInt(1)});
+    NSArray *const names = NSArray::arrayWith({"a"_ns, number(1)});
     EXPECT_EQ(describe(names->asQbPath()), "/a/1");
     EXPECT_EQ(describe(NSNumber::numberWithDouble(1.5)->asQbPath()), "1.5");
     EXPECT_EQ(describe(QBPath::qbPathWithArray(names, NO, YES)), "a/1/");
@@ -145,14 +145,13 @@ TEST_F(QBPathTest, PathsOfAMillionComponentsAreWalkedOnASmallStack) {
 }
 
 TEST_F(QBPathTest, IsArchivedWithTraces) {
-    activateChannel("misc");
-    CapturedOutput output;
-    debug = 6;
-    NSData *const archive = NSArchiver::archivedDataWithRootObject(qbPath("/a/b"));
-    EXPECT_TRUE(qbPath("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
-        archive, NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls()))));
-    const std::string line = "[T] (P) [] [misc(6) OK] src/QBPath:L(QBPath): -";
-    EXPECT_EQ(replaced(logLines(output.end()), "QBPath:[0-9]+", "QBPath:L"),
-              line + "encodeWithCoder: -> enter\n" + line + "encodeWithCoder: -> leave\n" + line +
-                  "initWithCoder: -> enter\n" + line + "initWithCoder: -> leave\n");
+    const std::string traces = traced("misc", /*level=*/6, [] {
+        NSData *const archive = NSArchiver::archivedDataWithRootObject(qbPath("/a/b"));
+        EXPECT_TRUE(qbPath("/a/b")->isEqual(NSUnarchiver::unarchiveObjectWithData(
+            archive, NSUnarchiver::valueClasses()->arrayByAddingObject(QBPath::cls()))));
+    });
+    EXPECT_EQ(traces, "src/QBPath:L(QBPath): -encodeWithCoder: -> enter\n"
+                      "src/QBPath:L(QBPath): -encodeWithCoder: -> leave\n"
+                      "src/QBPath:L(QBPath): -initWithCoder: -> enter\n"
+                      "src/QBPath:L(QBPath): -initWithCoder: -> leave\n");
 }

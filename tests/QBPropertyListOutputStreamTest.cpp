@@ -60,10 +60,7 @@ id randomTree(Random &random, int depth) {
 
 // Writes meddlers by way of an enumerator that only the array keeps.
 void writeEnumerator(const Meddlers &it, QBDataOutputStream *stream) {
-    {
-        const NSAutoreleasePool pool;
-        it.array->replaceObjectAtIndex(0, it.set->allObjects()->objectEnumerator());
-    }
+    inOwnPool([&] { it.array->replaceObjectAtIndex(0, it.set->allObjects()->objectEnumerator()); });
     stream->writeObject(it.array);
 }
 
@@ -112,7 +109,6 @@ TEST_F(QBPropertyListOutputStreamTest, MillionLevelsRaiseOneErrorAndNeedLittleSt
     std::string text;
     expectError(900003, "512", [&text] {
         ASSERT_TRUE(runOnSmallStack([&text] {
-            const NSAutoreleasePool pool;
             const Ref<NSArray> deep = arraysInArrays(1'000'000);
             text = written(NSArray::arrayWithObjects("first"_ns, deep.get(), "left out"_ns));
         }));

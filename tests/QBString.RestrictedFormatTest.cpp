@@ -100,7 +100,7 @@ TEST_F(RestrictedFormatTest, AValueOfAnotherKindOrNoneMakesTheFormatInvalid) {
     EXPECT_EQ(restricted("%f", 1), "%f");
     EXPECT_EQ(restricted("%c", 65), "A");
     EXPECT_EQ(restricted("%s", static_cast<const char *>(nullptr)), "%s");
-    EXPECT_EQ(restricted("%s", NSNumber::numberWithInt(1)), "%s");
+    EXPECT_EQ(restricted("%s", number(1)), "%s");
     EXPECT_EQ(restricted("%s|%.1s", "é"_ns, NSMutableString::stringWith("ab")), "é|a");
     EXPECT_EQ(restricted("%d", 1, 2), "1"); // a value too many is left alone
     NSMutableString *const text = NSMutableString::stringWith("-");
@@ -114,8 +114,8 @@ TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
     EXPECT_EQ(ofObjects("%d %d", {NSNumber::numberWithLongLong(INT64_MIN),
                                   NSNumber::numberWithUnsignedLongLong(UINT64_MAX)}),
               "-9223372036854775808 18446744073709551615");
-    EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, NSNumber::numberWithInt(7)}), "12|1.50|7");
-    const id negative = NSNumber::numberWithInt(-1);
+    EXPECT_EQ(ofObjects("%d|%.2f|%s", {"12abc"_ns, "1.5"_ns, number(7)}), "12|1.50|7");
+    const id negative = number(-1);
     EXPECT_EQ(ofObjects("%x %u %o", {negative, negative, negative}), "ffffffff 4294967295 37777777777");
     EXPECT_EQ(ofObjects("%s", {NSString::stringWith({"x\0y", 3})}), std::string("x\0y", 3));
     EXPECT_EQ(ofObjects("a%db%fc%cd", {}), "abcd"); // run out: nothing for the conversion itself
@@ -123,8 +123,7 @@ TEST_F(RestrictedFormatTest, ObjectsGiveTheirOwnValues) {
 
 TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCentSign) {
     NSString *const nothing = nullptr;
-    EXPECT_EQ(formatted("%@ %@ %5@|%-3@|%%", "a"_ns, nothing, NSNumber::numberWithInt(42), "é"_ns),
-              "a (null)    42|é |%");
+    EXPECT_EQ(formatted("%@ %@ %5@|%-3@|%%", "a"_ns, nothing, number(42), "é"_ns), "a (null)    42|é |%");
     EXPECT_EQ(formatted("%*d|%-*d|%.*f|%*.*f|%.*s", 4, 1, 4, 2, 1, 2.55, -8, 2, 3.14159, -1, "all"),
               "   1|2   |2.5|3.14    |all");
     EXPECT_EQ(formatted("%hd %ld %lld %qu %zu %g %G %a", 1, 2L, 3LL, 4ULL, sizeof(int), 0.5, 1e-10, 1.0),

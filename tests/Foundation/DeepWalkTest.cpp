@@ -29,7 +29,6 @@ static Ref<NSObject> nested(int depth, id innermost) {
 TEST_F(DeepWalkTest, AMillionNestedContainersAreComparedHashedAndDestroyedOnASmallStack) {
     bool isTold = false;
     ASSERT_TRUE(runOnSmallStack([&] {
-        NSAutoreleasePool pool;
         const Ref<NSObject> one = nested(kDeep, "end"_ns);
         const Ref<NSObject> same = nested(kDeep, NSString::stringWith("end"));
         const Ref<NSObject> other = nested(kDeep, "END"_ns);
@@ -97,7 +96,7 @@ TEST_F(DeepWalkTest, DifferentContainersDifferInTheirHashes) {
     std::size_t expected = 0;
     for (const auto &[name, make] : rows) {
         for (std::size_t i = 0; i < kMany; ++i)
-            hashes.insert(make(NSNumber::numberWithInt(static_cast<int>(i)))->hash());
+            hashes.insert(make(number(static_cast<int>(i)))->hash());
         EXPECT_GE(hashes.size(), expected += kMany - 10) << name;
     }
 }
@@ -145,12 +144,11 @@ TEST_F(DeepWalkTest, EqualContainersOfAnyClassesHaveOneHash) {
     };
     NSMutableArray *const many = NSMutableArray::array(); // more than count in a set inside another container
     for (int i = 0; i < 5000; ++i)
-        many->addObject(NSNumber::numberWithInt(i));
+        many->addObject(number(i));
     const auto setOf = [](NSArray *array) { return NSArray::arrayWithObject(NSSet::setWithArray(array)); };
     const auto first = Ref<FirstArray>::adopt(new FirstArray);
     first->setArray(list(3, NSNumber::numberWithDouble(7)));
-    const id seven = NSNumber::numberWithInt(7),
-             inner = NSDictionary::dictionaryWith({{"a"_ns, first.get()}});
+    const id seven = number(7), inner = NSDictionary::dictionaryWith({{"a"_ns, first.get()}});
     const id key = NSMutableString::stringWith("a");
     const std::tuple<id, id> rows[] = {
         {list(3, seven)->copy().autorelease(), first.get()},
@@ -181,10 +179,7 @@ TEST_F(DeepWalkTest, ASubclassComparesInItsOwnWayAndNeverTooDeep) {
     };
     EXPECT_TRUE(chain(3, "x"_ns)->isEqual(chain(3, "y"_ns)));
     BOOL isEqual = NO;
-    ASSERT_TRUE(runOnSmallStack([&] {
-        NSAutoreleasePool pool;
-        isEqual = chain(100'000, "x"_ns)->isEqual(chain(100'000, "x"_ns));
-    }));
+    ASSERT_TRUE(runOnSmallStack([&] { isEqual = chain(100'000, "x"_ns)->isEqual(chain(100'000, "x"_ns)); }));
     EXPECT_TRUE(isEqual);
 }
 

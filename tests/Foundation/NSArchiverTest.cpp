@@ -168,7 +168,6 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
 
 TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesAndNeedsLittleStack) {
     EXPECT_TRUE(runOnSmallStack([] {
-        NSAutoreleasePool pool;
         NSData *deepest = NSArchiver::archivedDataWithRootObject(arraysInArrays(255).get());
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(arraysInArrays(255).get()));
         expectError(900005, "objects lie inside each other deeper than 256", [&] {

@@ -89,7 +89,7 @@ TEST_F(NSArrayTest, MakersMakeArraysOfTheClassAsked) {
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
     NSArray *const abc = letters("abc");
     EXPECT_EQ(joined(abc->arrayByAddingObjectsFromArray(abc)), "abcabc");
-    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, NSNumber::numberWithInt(-1), "b"_ns);
+    NSArray *const mixed = NSArray::arrayWithObjects("a"_ns, number(-1), "b"_ns);
     EXPECT_EQ(mixed->componentsJoinedByString(", "_ns)->view(), "a, -1, b");
     id buffer[3] = {};
     abc->getObjects(buffer, NSMakeRange(1, 2));
@@ -106,15 +106,13 @@ TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
 }
 
 TEST_F(NSArrayTest, StringsAreSortedAsTheirComparisonSays) {
-    std::mt19937 generator(20);
+    Random random;
+    const std::string ends[] = {std::string(1, '\0'), "a", "b", "\xFF"};
     for (const std::size_t count : {0, 1, 2, 13, 300, 3000}) {
         std::vector<std::string> texts;
-        for (std::size_t i = 0; i < count; ++i) {
-            std::string text(generator() % 4 ? generator() % 30 : 0, 'p'); // long common beginnings, and NULs
-            for (std::size_t rest = generator() % 4; rest != 0; --rest)
-                text += std::string_view("\0ab\xFF", 4)[generator() % 4];
-            texts.push_back(text);
-        }
+        for (std::size_t i = 0; i < count; ++i) // long common beginnings, and NULs
+            texts.push_back(std::string(random.below(4) ? random.below(30) : 0, 'p') +
+                            randomText(random, random.below(4), ends));
         NSMutableArray *const array = NSMutableArray::array();
         for (std::size_t i = 0; i < count; ++i)
             array->addObject(i % 3 ? NSString::stringWith(texts[i]) : NSMutableString::stringWith(texts[i]));
@@ -135,13 +133,13 @@ TEST_F(NSArrayTest, FailingAndFoolishComparisonsLoseNothing) {
     int calls = 0;
     EXPECT_THROW(array->sortUsingFunction(&throwing, &calls), InvalidArgumentException);
     EXPECT_EQ(joined(array), "hgfedcba");
-    array->addObject(NSNumber::numberWithInt(1));
+    array->addObject(number(1));
     EXPECT_THROW(array->sortUsingSelector("compare:"_sel),
                  InvalidArgumentException); // strings against a number
     EXPECT_EQ(joined(array), "hgfedcba1");
     NSMutableArray *const many = NSMutableArray::array();
     for (int i = 0; i < 1000; ++i)
-        many->addObject(NSNumber::numberWithInt(i));
+        many->addObject(number(i));
     many->sortUsingFunction(&random, nullptr);
     many->sortUsingSelector("compare:"_sel);
     EXPECT_EQ(describe(many->subarrayWithRange(NSMakeRange(997, 3))), "(997, 998, 999)");

@@ -4,10 +4,6 @@
 
 using NSDictionaryTest = PoolFixture;
 
-static NSNumber *number(int value) {
-    return NSNumber::numberWithInt(value);
-}
-
 TEST_F(NSDictionaryTest, KeepsTheOrderOfFirstInsertionAndCopiesKeys) {
     NSMutableString *const key = NSMutableString::stringWith("b");
     NSMutableDictionary *const dictionary = NSMutableDictionary::dictionary();

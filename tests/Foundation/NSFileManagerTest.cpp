@@ -27,16 +27,15 @@ static std::string sorted(NSArray *names) {
 TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     NSData *content = dataOf("a\0b"s);
     NSDictionary *attributes = NSDictionary::dictionaryWith(
-        {{NSFilePosixPermissions, NSNumber::numberWithInt(0600)},
+        {{NSFilePosixPermissions, number(0600)},
          {NSFileModificationDate, NSDate::dateWithTimeIntervalSince1970(1000.5)}});
     EXPECT_TRUE(manager_->createFileAtPath(path("f"), content, attributes));
     EXPECT_TRUE(manager_->contentsAtPath(path("f"))->isEqual(content));
     NSDictionary *told = manager_->fileAttributesAtPath(path("f"), /*traverseLink=*/YES);
     EXPECT_EQ(told->filePosixPermissions(), 0600u);
     EXPECT_EQ(told->fileSize(), 3u);
-    NSDictionary *const owned =
-        NSDictionary::dictionaryWith({{NSFileOwnerAccountID, NSNumber::numberWithInt(7)},
-                                      {NSFileGroupOwnerAccountID, NSNumber::numberWithInt(8)}});
+    NSDictionary *const owned = NSDictionary::dictionaryWith(
+        {{NSFileOwnerAccountID, number(7)}, {NSFileGroupOwnerAccountID, number(8)}});
     EXPECT_TRUE(owned->fileOwnerAccountID() == 7 && owned->fileGroupOwnerAccountID() == 8);
     EXPECT_EQ(told->fileType(), NSFileTypeRegular);
     EXPECT_EQ(told->fileType(), typeBeforeMain); // as static objects of a program find it
@@ -133,8 +132,7 @@ TEST_F(NSFileManagerTest, PathsThatNameNothingAreRefused) {
 }
 
 TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
-    NSDictionary *attributes =
-        NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(0700), NSFilePosixPermissions);
+    NSDictionary *attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, number(0700)}});
     EXPECT_TRUE(manager_->createDirectoryAtPath(path("d"), attributes));
     EXPECT_EQ(manager_->fileAttributesAtPath(path("d"), NO)->filePosixPermissions(), 0700u);
     NSString *before = manager_->currentDirectoryPath();
@@ -181,7 +179,6 @@ TEST_F(NSFileManagerTest, DeepTreesNeedNoStack) {
     for (int i = 1; i < kDepth; ++i)
         ASSERT_EQ(::mkdir((deep += "/d").c_str(), 0700), 0);
     EXPECT_TRUE(runOnSmallStack([&] {
-        NSAutoreleasePool pool;
         EXPECT_EQ(manager_->subpathsAtPath("t"_ns)->count(), kDepth - 1u);
         EXPECT_TRUE(manager_->copyPath("t"_ns, "c"_ns));
         EXPECT_TRUE(manager_->contentsEqualAtPath("t"_ns, "c"_ns));

@@ -55,10 +55,10 @@ TEST_F(NSObjectTest, TheRootsOperationsAnswerForItsSubclasses) {
     EXPECT_EQ(answer(array, "descriptionWithLocale:", {nullptr}), "(\n  ab\n)");
     EXPECT_EQ(answer(text, "asArray"), "(ab)");
     EXPECT_EQ(answer(NSObject::init().autorelease(), "description").substr(0, 9), "<NSObject");
-    EXPECT_EQ(answer(NSNumber::numberWithInt(2024), "standardizedISODateTimeString"), "20240101000000");
+    EXPECT_EQ(answer(number(2024), "standardizedISODateTimeString"), "20240101000000");
     EXPECT_EQ(array->asNumber(), nullptr);
-    EXPECT_EQ(answer(NSNumber::numberWithInt(12), "asData"), "<3132>");
-    EXPECT_EQ(answer(NSNumber::numberWithInt(12), "containsData"), "1");
+    EXPECT_EQ(answer(number(12), "asData"), "<3132>");
+    EXPECT_EQ(answer(number(12), "containsData"), "1");
     EXPECT_EQ(NSProtocolFromString("OutputStreaming"_ns), Protocol::named("OutputStreaming"));
     EXPECT_EQ(answer(Protocol::named("OutputStreaming"), "name"), "OutputStreaming");
     EXPECT_EQ(NSProtocolFromString(nullptr), nullptr);
@@ -77,7 +77,7 @@ TEST_F(NSObjectTest, EachClassHasAnEqualityOfItsOwn) {
         {"isEqualToDate:", date, NSDate::dateWithTimeInterval(1, date)},
         {"isEqualToDictionary:", NSDictionary::dictionary(),
          NSDictionary::dictionaryWith({{"a"_ns, "b"_ns}})},
-        {"isEqualToNumber:", NSNumber::numberWithInt(1), NSNumber::numberWithInt(2)},
+        {"isEqualToNumber:", number(1), number(2)},
         {"isEqualToSet:", NSSet::set(), NSSet::setWithObject("a"_ns)},
         {"isEqualToString:", "a"_ns, "b"_ns},
         {"isEqualToTimeZone:", zone, NSTimeZone::timeZoneForSecondsFromGMT(0)},

@@ -32,13 +32,6 @@ TEST_F(NSProcessInfoTest, ChildrenOfEveryKindHaveIdsOfTheirOwn) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(NSProcessInfoTest, EnvironmentIsTheCurrentOneWithWholeValues) {
-    setenv("QB_TEST_VALUE", "a=b", 1);
-    EXPECT_EQ(describe(NSProcessInfo::processInfo()->environment()->objectForKey("QB_TEST_VALUE"_ns)), "a=b");
-    unsetenv("QB_TEST_VALUE");
-    EXPECT_EQ(NSProcessInfo::processInfo()->environment()->objectForKey("QB_TEST_VALUE"_ns), nullptr);
-}
-
 TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
     NSProcessInfo *info = NSProcessInfo::processInfo();
     char name[256];

@@ -42,7 +42,7 @@ TEST_F(NSSetTest, MutableSetsTakeOthersInOutAndTogether) {
     EXPECT_EQ(elements(set), "(a, c)");
     NSMutableSet *const other = NSMutableSet::setWithCapacity(0);
     for (int i = 0; i < 100; ++i)
-        other->addObject(NSNumber::numberWithInt(i));
+        other->addObject(number(i));
     const Fault fault(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
     try {
         set->setSet(other);

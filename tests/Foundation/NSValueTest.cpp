@@ -16,7 +16,7 @@ TEST_F(NSValueTest, HoldsRangesAddressesAndObjects) {
     EXPECT_TRUE(range->isEqual(NSValue::valueWithRange(NSMakeRange(3, 4))));
     EXPECT_EQ(range->hash(), NSValue::valueWithRange(NSMakeRange(3, 4))->hash());
     EXPECT_FALSE(range->isEqualToValue(NSValue::valueWithRange(NSMakeRange(3, 5))));
-    EXPECT_FALSE(NSValue::valueWithPointer(nullptr)->isEqual(NSNumber::numberWithInt(0)));
+    EXPECT_FALSE(NSValue::valueWithPointer(nullptr)->isEqual(number(0)));
     struct OtherValue : ClientClass<OtherValue, NSValue, "OtherValue"> {};
     EXPECT_EQ(send(OtherValue::cls(), "valueWithPointer:"_sel, &place)->classObject(), OtherValue::cls());
     EXPECT_EQ(send(NSNumber::cls(), "valueWithPointer:"_sel, &place)->classObject(), NSValue::cls());
@@ -41,5 +41,5 @@ TEST_F(NSValueTest, ValuesOfEveryTypeGoInAndOut) {
     EXPECT_EQ(describe(goesRound(true, "B", "c")), "1");
     int value = 0;
     EXPECT_THROW(NSValue::valueWithBytes(&value, "*"), InvalidArgumentException);
-    EXPECT_THROW(NSNumber::numberWithInt(1)->getValue(nullptr), InvalidArgumentException);
+    EXPECT_THROW(number(1)->getValue(nullptr), InvalidArgumentException);
 }

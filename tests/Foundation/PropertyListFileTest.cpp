@@ -39,8 +39,7 @@ TEST_F(PropertyListFileTest, EntriesStandWithoutBracesToo) {
     NSDictionary *const read = "\xEF\xBB\xBF/* texts */ hello = \"Guten Tag\";\n\"a b\";\nlist = (x, y)"_ns
                                    ->propertyListFromStringsFileFormat();
     EXPECT_EQ(describe(read), "{hello = Guten Tag; a b = a b; list = (x, y); }");
-    NSDictionary *const texts =
-        NSDictionary::dictionaryWith({{"a b"_ns, "\n"_ns}, {"c"_ns, NSNumber::numberWithInt(5)}});
+    NSDictionary *const texts = NSDictionary::dictionaryWith({{"a b"_ns, "\n"_ns}, {"c"_ns, number(5)}});
     EXPECT_EQ(texts->descriptionInStringsFileFormat()->view(), "\"a b\" = \"\\n\";\nc = 5;\n");
     for (const auto &[text, values] :
          {std::pair("a = 1 }", "1 7 ';'"), std::pair("a = 1; }", "1 8 a key"),

@@ -28,12 +28,12 @@ TEST_F(PropertyListTextTest, StringsStandBareOrQuoted) {
 TEST_F(PropertyListTextTest, ContainersAreIndented) {
     NSDictionary *const value = NSDictionary::dictionaryWith(
         {{"a"_ns, NSArray::arrayWithObjects("x"_ns, QBNil::value(), "y z"_ns)},
-         {"b b"_ns, NSDictionary::dictionaryWithObjectForKey(NSNumber::numberWithInt(-5), "c"_ns)},
+         {"b b"_ns, NSDictionary::dictionaryWithObjectForKey(number(-5), "c"_ns)},
          {"gone"_ns, QBNil::value()},
          {QBNil::value(), "gone"_ns},
          {"d"_ns, NSData::dataWithBytes("\x0F\xBD\x77\x71\xC2", 5)},
          {"f"_ns, NSSet::setWithObject(NSDictionary::dictionary())},
-         {NSArray::arrayWithObject(QBNil::value()), NSNumber::numberWithInt(7)}});
+         {NSArray::arrayWithObject(QBNil::value()), number(7)}});
     EXPECT_EQ(value->description()->view(), "{\n"
                                             "  a = (\n    x,\n    \"y z\"\n  );\n"
                                             "  \"b b\" = {\n    c = -5;\n  };\n"
@@ -47,7 +47,6 @@ TEST_F(PropertyListTextTest, DepthIndentsBy78BlanksAtMostAndEndsInDots) {
     Ref<NSArray> list = NSArray::initWith({"end"_ns});
     std::string text;
     ASSERT_TRUE(runOnSmallStack([&] {
-        NSAutoreleasePool pool;
         for (std::size_t i = 1; i < 100'000; ++i)
             list = NSArray::initWith({list.get(), "x"_ns});
         text = list->description()->view();

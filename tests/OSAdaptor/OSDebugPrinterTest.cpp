@@ -204,10 +204,8 @@ TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
     CapturedOutput output;
     void *const told = _dbgMalloc(12, 34, "src/A");
     _dbgFree(told, 35, "src/A");
-    char address[32];
-    std::snprintf(address, sizeof address, "0x%08lx", reinterpret_cast<unsigned long>(told));
-    EXPECT_EQ(output.text(), std::string("allocating 12 bytes in src/A:34 - return ") + address +
-                                 "\nfreeing memory at " + address + " in src/A:35\n");
+    EXPECT_EQ(output.text(), "allocating 12 bytes in src/A:34 - return " + addressOf(told) +
+                                 "\nfreeing memory at " + addressOf(told) + " in src/A:35\n");
 
     Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
     expectErrorAt("src/OSAdaptor/OSFilePath:97", 100156, "",

@@ -43,15 +43,10 @@ TEST_F(OSProcessExternalCommandTest, WithoutPipeOrProcessItIsNotStarted) {
 }
 
 TEST_F(OSProcessExternalCommandTest, CommandIsTracedFromLevel3) {
-    activateChannel("misc");
-    for (debug = 2; debug <= 3; ++debug) {
-        CapturedOutput output;
-        run("exit 0");
-        EXPECT_EQ(replaced(output.end(), ".*OSProcess:\\d+\\(OSProcess\\): |returned \\d+", ""),
-                  debug < 3 ? ""
-                            : "+runExternalCmd:withArgs:withEnv: -> running 'sh' with args "
-                              "'(\n  -c,\n  \"exit 0\"\n)'\n"
-                              "-waitForProcessDoHang:exitCode: -> waitpid() \n"
-                              "-waitForProcessDoHang:exitCode: -> exit code is 0\n");
-    }
+    EXPECT_EQ(traced("misc", /*level=*/2, [] { run("exit 0"); }), "");
+    const std::string traces = traced("misc", /*level=*/3, [] { run("exit 0"); });
+    EXPECT_EQ(replaced(traces, "src/OSAdaptor/OSProcess:L\\(OSProcess\\): |returned \\d+", ""),
+              "+runExternalCmd:withArgs:withEnv: -> running 'sh' with args '(\n  -c,\n  \"exit 0\"\n)'\n"
+              "-waitForProcessDoHang:exitCode: -> waitpid() \n"
+              "-waitForProcessDoHang:exitCode: -> exit code is 0\n");
 }

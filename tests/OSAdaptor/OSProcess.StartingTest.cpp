@@ -42,8 +42,8 @@ TEST_F(OSProcessStartingTest, ProgramGetsItsArgumentsAndTheEnvironmentWithAdditi
     ::setenv("QB_OLD", "before", 1);
     const auto env = NSDictionary::dictionaryWith({{"PATH"_ns, path("")}, // where it is looked up
                                                    {"QB_OLD"_ns, "after=1"_ns},
-                                                   {"QB_NEW"_ns, NSNumber::numberWithInt(7)}});
-    const auto args = NSArray::arrayWith({"a b*"_ns, NSNumber::numberWithInt(5)});
+                                                   {"QB_NEW"_ns, number(7)}});
+    const auto args = NSArray::arrayWith({"a b*"_ns, number(5)});
     EXPECT_EQ(outputOf("qb tool"_ns, args, env),
               directory_ / "/qb tool|a b*|5|2|after=1|7|" + ::getenv("HOME") + "\n");
     EXPECT_STREQ(::getenv("QB_OLD"), "before");

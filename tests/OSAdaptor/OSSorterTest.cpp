@@ -60,7 +60,7 @@ TEST_F(OSSorterTest, TextsAreSortedBothWaysIntoNewArrays) {
     EXPECT_EQ(describe(sorter->sortArrayDescending(letters)), "(c, b, a, B)");
     EXPECT_EQ(describe(letters), "(b, a, c, B)");
     EXPECT_EQ(describe(sorter->sortArrayDescending(nullptr)), "()");
-    EXPECT_EQ(localeCompare(NSNumber::numberWithInt(9), NSNumber::numberWithInt(10)), 1);
+    EXPECT_EQ(localeCompare(number(9), number(10)), 1);
     EXPECT_EQ(localeCompare(nullptr, ""_ns), 0);
     EXPECT_REASON(
         OSSorter::sorterForLanguageCompareFunction("de_DE"_ns, nullptr),
@@ -89,7 +89,7 @@ TEST_F(OSSorterTest, ManyTextsComeAsThePassesLeaveThemInEachLanguage) {
                 if (!items.empty() && random.below(20) == 0)
                     object = items.back().first;
                 else if (random.below(30) == 0)
-                    object = NSNumber::numberWithInt(static_cast<int>(random.below(50)));
+                    object = number(static_cast<int>(random.below(50)));
                 array->addObject(object);
                 items.push_back({object, object});
             }

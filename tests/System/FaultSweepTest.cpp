@@ -230,10 +230,7 @@ TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
     const TemporaryDirectory directory;
     longFile(directory);
     for (const Act &act : acts) {
-        {
-            const NSAutoreleasePool pool;
-            act(directory);
-        }
+        inOwnPool([&] { act(directory); });
         const auto row = &act - acts;
         EXPECT_EQ(takenErrors().substr(0, 7), "(100024") << "row " << row;
         EXPECT_NE(recordingErrorHandler()->raised.back().values.find("No space left"), std::string::npos)

@@ -25,10 +25,6 @@ struct SystemTest : testing::Test {
     const std::ptrdiff_t descriptorsBefore_ = openDescriptors();
 };
 
-bool isCloseOnExec(int descriptor) {
-    return sys::fcntl(descriptor, F_GETFD) == FD_CLOEXEC;
-}
-
 // Two connected descriptors that close themselves: a reading and a writing end.
 struct Pipe {
     Pipe() { EXPECT_EQ(sys::pipe(ends), 0); }
@@ -92,7 +88,7 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
          {opened, inside, sys::fileno(file), pipe.ends[0], pipe.ends[1], sockets.server->socketHandle(),
           sockets.client->socketHandle(), sockets.peer->socketHandle()}) {
         EXPECT_GT(descriptor, 2);
-        EXPECT_TRUE(isCloseOnExec(descriptor));
+        EXPECT_EQ(sys::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
     }
     EXPECT_EQ(sys::fclose(file), 0);
     for (const int descriptor : {kept, opened, inside})

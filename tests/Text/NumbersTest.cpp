@@ -11,12 +11,6 @@
 
 namespace text = qb::text;
 
-template <class Integer>
-static std::string formatted(Integer value) {
-    char target[text::kLongestInteger];
-    return {target, text::formatInteger(value, target)};
-}
-
 static std::string formattedDouble(double value) {
     char target[text::kLongestDouble];
     return {target, text::formatDouble(value, target)};
@@ -41,8 +35,9 @@ static void expectStandardText() {
             values.insert(values.end(), {near, static_cast<Integer>(0 - near)});
     for (int i = 0; i < 2000; ++i)
         values.push_back(static_cast<Integer>(random.bits() >> random.below(64)));
+    char target[text::kLongestInteger];
     for (const Integer value : values)
-        ASSERT_EQ(formatted(value), std::to_string(value));
+        ASSERT_EQ(std::string(target, text::formatInteger(value, target)), std::to_string(value));
 }
 
 TEST(NumbersTest, IntegersOfEachWidthAreWrittenAsTheStandardWritesThem) {

@@ -2,14 +2,33 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_ANSWER_H
 #define QBFOUNDATION_TESTS_SUPPORT_ANSWER_H
 
+#include <QBFoundation/Foundation/NSInvocation.h>
+#include <QBFoundation/Runtime/Class.h>
+
 #include "support/Describe.h"
+
+#include <gtest/gtest.h>
 
 #include <vector>
 
-/// Sends the message as an invocation does, by way of the class's table, and describes what comes back.
-std::string answer(id receiver, const char *selector, std::vector<qb::Value> arguments = {});
+/// Sends the message as an invocation does, by way of the class's table, and returns what comes back.
+inline qb::Value resultOf(id receiver, const char *selector, std::vector<qb::Value> arguments) {
+    NSInvocation *const message = NSInvocation::invocationWithTarget(receiver, Selector::named(selector));
+    message->setArguments(std::move(arguments));
+    message->invoke();
+    return message->returnValue();
+}
 
-/// Does so with the class, and expects an object of that very class.
-std::string made(Class *asked, const char *selector, std::vector<qb::Value> arguments = {});
+/// Describes what comes back.
+inline std::string answer(id receiver, const char *selector, std::vector<qb::Value> arguments = {}) {
+    return describe(resultOf(receiver, selector, std::move(arguments)));
+}
+
+/// Asks the class, and expects an object of that very class.
+inline std::string made(Class *asked, const char *selector, std::vector<qb::Value> arguments = {}) {
+    const qb::Value result = resultOf(asked, selector, std::move(arguments));
+    EXPECT_TRUE(result.object() && result.object()->isMemberOfClass(asked)) << selector;
+    return describe(result);
+}
 
 #endif

@@ -1,9 +1,10 @@
-// Bytes between the standard library and the library's data, strings and streams.
+// Values of the library made of those of the standard library, and bytes between both.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_BYTES_H
 #define QBFOUNDATION_TESTS_SUPPORT_BYTES_H
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/QBArrayOutputStream.h>
 
 #include "Text/RandomText.h"
@@ -25,6 +26,11 @@ inline std::string bytesOf(NSData *data) {
 /// A string of those bytes, autoreleased.
 inline NSString *string(std::string_view bytes) {
     return NSString::stringWith(bytes);
+}
+
+/// A number, autoreleased.
+inline NSNumber *number(int value) {
+    return NSNumber::numberWithInt(value);
 }
 
 /// The text's characters as strings.

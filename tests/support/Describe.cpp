@@ -2,13 +2,15 @@
 
 #include <QBFoundation/Foundation/NSString.h>
 
+#include <utility>
+
 std::string describe(id object) {
     if (!object)
         return "nil";
     if (auto *array = qb::castOrNil<NSArray>(object)) {
-        std::string text;
+        std::string text, between;
         for (id element : *array)
-            text += (text.empty() ? "" : ", ") + describe(element);
+            text += std::exchange(between, ", ") + describe(element);
         return "(" + text + ")";
     }
     if (auto *dictionary = qb::castOrNil<NSDictionary>(object)) {

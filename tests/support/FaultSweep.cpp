@@ -70,9 +70,6 @@ private:
 
 /// What strikes no call of its own.
 struct Lasting {
-    Lasting() = default;
-    Lasting(const Lasting &) = delete;
-    Lasting &operator=(const Lasting &) = delete;
     unsigned hits() const { return 0; }
     Call struck() const { return Call::any; }
 };

@@ -33,4 +33,10 @@ protected:
     NSAutoreleasePool pool_;
 };
 
+/// Does `act`, and returns what it returns, with a pool that is gone afterwards.
+auto inOwnPool(auto act) {
+    const NSAutoreleasePool pool;
+    return act();
+}
+
 #endif

@@ -9,7 +9,18 @@
 /// Counts how often each string has been added.
 class QBTally : public ClientClass<QBTally, NSObject, "QBTally"> {
 public:
-    static qb::MethodTables methods();
+    static qb::MethodTables methods() {
+        using Count = std::uint32_t;
+        static const qb::Method table[] = {
+            qb::maker<"tallyWithLimit:">(&QBTally::setUpWithLimit),
+            qb::initialiser<"initWithLimit:">(&QBTally::setUpWithLimit),
+            qb::method<"addString:", Count(NSString *)>(&QBTally::addString),
+            qb::method<"addString:times:", Count(NSString *, Count)>(&QBTally::addString),
+            qb::method<"countForString:">(&QBTally::countForString),
+            qb::method<"allStrings">(&QBTally::allStrings),
+        };
+        return table;
+    }
 
     static QBTally *tallyWithLimit(std::uint32_t limit) { return initWithLimit(limit).autorelease(); }
     static Ref<QBTally> initWithLimit(std::uint32_t limit) {
@@ -42,5 +53,7 @@ struct SharedTally : ClientClass<SharedTally, QBTally, "SharedTally"> {
         return qb::init<SharedTally>(&SharedTally::setUpWithLimit, limit).autorelease();
     }
 };
+
+inline const qb::ClassRegistration registrationOfSharedTally{&SharedTally::cls};
 
 #endif

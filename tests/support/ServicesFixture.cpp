@@ -21,6 +21,16 @@ void ServicesFixture::activateChannel(const char *name) {
         NSArray::arrayWithObject(NSString::stringWithCString(name)));
 }
 
+std::string ServicesFixture::traced(const char *channel, int level, const std::function<void()> &act) {
+    activateChannel(channel);
+    debug = level;
+    CapturedOutput output;
+    act();
+    const std::string state = std::string(channel) + "\\(" + std::to_string(level) + "\\) OK";
+    const std::string start = R"((^|\n)\[T\] \(P\) \[\] \[)" + state + R"(\] (src/[^:]*):[0-9]+)";
+    return replaced(logLines(output.end()), start, "$1$2:L");
+}
+
 std::string logLines(const std::string &text, pid_t process) {
     const std::string start =
         R"((^|\n)\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] \()" + std::to_string(process) + R"(\) )";
@@ -29,6 +39,12 @@ std::string logLines(const std::string &text, pid_t process) {
 
 std::string replaced(const std::string &text, const std::string &pattern, const std::string &by) {
     return std::regex_replace(text, std::regex(pattern), by);
+}
+
+std::string addressOf(const void *object) {
+    char text[32];
+    std::snprintf(text, sizeof text, "0x%08lx", reinterpret_cast<unsigned long>(object));
+    return text;
 }
 
 ChildEnd runInChild(const std::function<void()> &work) {

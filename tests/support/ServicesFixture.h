@@ -17,6 +17,10 @@ protected:
 
     /// Lets the library's traces on that channel pass, and on no other.
     static void activateChannel(const char *name);
+    /// What `act` writes to standard error, with that channel active at that level; the beginnings of its
+    /// traces, which name time, process, channel and level, are left out, and lines become "L":
+    /// "src/QBPath:L(QBPath): -initWithCoder: -> enter".
+    static std::string traced(const char *channel, int level, const std::function<void()> &act);
 
 private:
     static void reset();
@@ -28,6 +32,9 @@ std::string logLines(const std::string &text, pid_t process = ::getpid());
 
 /// The text with `by` in the place of whatever matches the regular expression.
 std::string replaced(const std::string &text, const std::string &pattern, const std::string &by);
+
+/// The address as the library's own lines show it.
+std::string addressOf(const void *object);
 
 /// How a child process has ended.
 struct ChildEnd {

@@ -3,6 +3,7 @@
 #define QBFOUNDATION_TESTS_SUPPORT_SMALLSTACK_H
 
 #include <QBFoundation/Foundation/NSArray.h>
+#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <pthread.h>
@@ -23,14 +24,15 @@ inline Ref<NSArray> arraysInArrays(std::size_t depth) {
     return array;
 }
 
-/// Runs `work` to its end on a thread whose stack has `kSmallStack` bytes. Returns false when there is no
-/// such thread.
+/// Runs `work` to its end, with a pool of its own, on a thread whose stack has `kSmallStack` bytes. Returns
+/// false when there is no such thread.
 template <class Work>
 bool runOnSmallStack(Work work) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_t thread;
     const auto run = [](void *context) -> void * {
+        const NSAutoreleasePool pool;
         (*static_cast<Work *>(context))();
         return nullptr;
     };
