@@ -7,6 +7,7 @@
 #include "Foundation/Kept.h"
 #include "Foundation/NSArray.Tables.h"
 #include "Foundation/PlainClasses.h"
+#include "Text/Room.h"
 
 #include <string>
 #include <string_view>
@@ -52,8 +53,8 @@ NSString *NSArray::stringsJoinedByString(NSString *separator) const {
             text = wholeTextOf(element);
             continue;
         }
-        text += between;
-        text += textOf(element);
+        qb::text::append(text, between);
+        qb::text::append(text, textOf(element));
     }
     return text.empty() ? ""_ns : NSString::stringWithCString(text.c_str());
 }

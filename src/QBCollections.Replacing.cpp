@@ -10,6 +10,7 @@
 #include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/Nesting.h"
 
+#include <utility>
 #include <vector>
 
 namespace {
@@ -113,13 +114,15 @@ void NSMutableArray::replace(id object, id with, BOOL recursive) {
 
 void NSMutableDictionary::replace(id object, id with, BOOL recursive) {
     const Replacement replacement{object, with, recursive};
-    auto values = NSMutableDictionary::initWithCapacity(count());
+    std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> changes; // keys with their new values
     for (const auto &[key, value] : *this) {
-        const Ref<NSObject> keptKey = key;
-        const Ref<NSObject> newValue = replacement.valueFor(value);
+        const Ref<NSObject> keptKey = key, kept = value;
+        const Ref<NSObject> newValue = replacement.valueFor(kept);
         if (!newValue)
             return;
-        values->setObjectForKey(newValue, keptKey);
+        if (newValue.get() != kept.get())
+            changes.emplace_back(keptKey, newValue);
     }
-    addEntriesFromDictionary(values);
+    for (const auto &[key, value] : changes)
+        setObjectForKey(value, key);
 }

@@ -81,8 +81,8 @@ NSDictionary *NSDictionary::dictByPrefixingKeysWith(NSString *prefix) const {
     Ref<NSDictionary> result = init();
     result->table_.reserve(count());
     for (const auto &[key, value] : *this) {
-        const Ref<NSObject> kept = value;
-        result->store(prefix->stringByAppendingString(key->stringValue()), kept);
+        const Ref<NSObject> keptKey = key, kept = value;
+        result->store(prefix->stringByAppendingString(keptKey->stringValue()), kept);
     }
     return result.autorelease();
 }

@@ -67,6 +67,7 @@ NSString *NSDictionary::pathForKey(id key, NSString *withDefault, NSString *defa
     NSString *const path = textOf(objectForKey(key, withDefault));
     if (!path || path->isAbsolutePath())
         return path;
+    const qb::Kept kept(path); // whatever makes the text of the other one
     NSString *base = textOf(objectForKey("basedir"_ns, defaultBasePath));
     if (!base)
         base = ""_ns;

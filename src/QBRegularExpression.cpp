@@ -162,7 +162,7 @@ QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, st
         return nullptr;
     }
     std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
-    const std::size_t count = compiledRegex_.re_nsub + 1;
+    const std::size_t count = std::min(compiledRegex_.re_nsub + 1, places.size());
     std::fill_n(places.begin(), count, regmatch_t{-1, -1}); // REG_NOSUB leaves them as they are
     if (!isFoundIn(rest, count, places.data()))
         return nullptr;

@@ -95,9 +95,10 @@ void checkRanges(std::string_view text, std::span<const NSRange> ranges) {
 } // namespace
 
 int _getUtf8CharacterByteLength(const unsigned char *position, unsigned *codePoint) {
-    // The text ends at its NUL, which is no following byte, so that nothing behind it is read.
-    std::size_t length = 0;
-    while (length < qb::text::kLongestSequence && position[length])
+    // Nothing is read behind the last byte that belongs to the character, or the first one that doesn't.
+    const auto wanted = static_cast<std::size_t>(qb::text::structuralLength(*position));
+    std::size_t length = *position ? 1 : 0;
+    while (length != 0 && length < wanted && (position[length] & 0xC0) == 0x80)
         ++length;
     std::uint32_t decoded = 0;
     const int result = qb::text::sequenceLength(position, position + length, &decoded);
@@ -107,8 +108,8 @@ int _getUtf8CharacterByteLength(const unsigned char *position, unsigned *codePoi
 }
 
 void _raiseUtf8ErrorInString(const char *start, const char *bad) {
-    raiseMalformed({start, static_cast<std::size_t>(bad - start) + std::strlen(bad)},
-                   static_cast<std::size_t>(bad - start));
+    const auto offset = static_cast<std::size_t>(bad - start);
+    raiseMalformed({start, offset + ::strnlen(bad, kShownAfter)}, offset);
 }
 
 std::span<const qb::Method> qb::tables::stringUtf8Conversion() {
@@ -128,7 +129,13 @@ std::span<const qb::Method> qb::tables::stringUtf8Conversion() {
 }
 
 std::int32_t NSString::_indexOfUtf8Index(std::int32_t count, const char *in) {
-    return in ? asInt(walkOver(in, 0, count).offset) : 0;
+    if (!in || count <= 0)
+        return 0;
+    const std::uint64_t most =
+        qb::text::kLongestSequence * std::uint64_t{static_cast<std::uint32_t>(count)} + kShownAfter;
+    const std::size_t length =
+        ::strnlen(in, static_cast<std::size_t>(std::min<std::uint64_t>(most, PTRDIFF_MAX)));
+    return asInt(walkOver({in, length}, 0, count).offset);
 }
 
 std::int32_t NSString::utf8CharCount() const {

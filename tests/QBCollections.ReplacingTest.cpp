@@ -19,6 +19,13 @@ TEST_F(ReplacingTest, ReachesIntoContainersWhenItIsRecursive) {
     EXPECT_EQ(describe(changed), "{x = x; list = (x, -); }");
     const id changedList = changed->objectForKey("list"_ns);
     EXPECT_TRUE(changedList != inner && changedList->isKindOfClass(NSMutableArray::cls()));
+
+    NSMutableString *const part = NSMutableString::stringWith("k");
+    NSMutableDictionary *const lost = NSMutableDictionary::dictionary();
+    lost->setObjectForKey("v"_ns, NSArray::arrayWithObject(part));
+    part->setString("changed"_ns); // so that the entry can't be found
+    lost->replace("x"_ns, "-"_ns, NO);
+    EXPECT_EQ(lost->count(), 1u);
 }
 
 TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {

@@ -126,6 +126,9 @@ TEST_F(RestrictedFormatTest, FormatsOfTheValueModelKnowObjectsStarsAndOnePerCent
     EXPECT_EQ(formatted("%@ %@ %5@|%-3@|%%", "a"_ns, nothing, number(42), "é"_ns), "a (null)    42|é |%");
     EXPECT_EQ(formatted("%*d|%-*d|%.*f|%*.*f|%.*s", 4, 1, 4, 2, 1, 2.55, -8, 2, 3.14159, -1, "all"),
               "   1|2   |2.5|3.14    |all");
+    const auto unended = std::make_unique<char[]>(4); // only what the precision says is looked at
+    std::memcpy(unended.get(), "abcd", 4);
+    EXPECT_EQ(formatted("%.*s", 4, unended.get()) + restricted("%.4s", unended.get()), "abcdabcd");
     EXPECT_EQ(formatted("%hd %ld %lld %qu %zu %g %G %a", 1, 2L, 3LL, 4ULL, sizeof(int), 0.5, 1e-10, 1.0),
               "1 2 3 4 4 0.5 1E-10 0x1p+0");
     EXPECT_EQ(formatted("%p %p", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1f)), "(nil) 0x1f");

@@ -52,8 +52,9 @@ TEST_F(QBStringUTF8ConversionTest, FirstCorruptAndFirstCorrectPositionLeaveNoTra
     EXPECT_EQ(string("a\xA9\xC3\xA9")->indexOfFirstCorruptUtf8Character(), 1);
     EXPECT_EQ(string("\xC0\x80\xED\xA0\x80")->indexOfFirstCorruptUtf8Character(), -1);
     unsigned codePoint = 0;
-    EXPECT_EQ(_getUtf8CharacterByteLength(reinterpret_cast<const unsigned char *>("\xC3\xA9z"), &codePoint),
-              2);
+    const auto unended = std::make_unique<unsigned char[]>(2); // nothing behind the character is looked at
+    std::memcpy(unended.get(), "\xC3\xA9", 2);
+    EXPECT_EQ(_getUtf8CharacterByteLength(unended.get(), &codePoint), 2);
     EXPECT_EQ(codePoint, 0xE9u);
     EXPECT_EQ(string("\xE2\x82z")->indexOfFirstCorrectUtf8Character(), 2);
     EXPECT_EQ(ERRORHANDLER->errorState(), ERRORSTATE_OK);

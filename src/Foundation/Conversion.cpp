@@ -53,9 +53,9 @@ bool isRealLetter(char letter) {
     return lower == 'a' || (lower >= 'e' && lower <= 'g');
 }
 
-bool textOf(const Value &value, std::string_view &text) {
+bool textOf(const Value &value, std::string_view &text, std::size_t most) {
     if (const char *cString = value.cString()) {
-        text = cString;
+        text = {cString, ::strnlen(cString, most)};
         return true;
     }
     auto *string = castOrNil<NSString>(value.object());
@@ -145,7 +145,7 @@ bool Conversion::appendValue(text::Builder &target, const Value &value) const {
         appendCharacter(target, static_cast<char>(value.integer()));
     } else {
         std::string_view text;
-        if (letter_ != 's' || !textOf(value, text))
+        if (letter_ != 's' || !textOf(value, text, precision_))
             return false;
         appendText(target, text);
     }

@@ -86,8 +86,9 @@ private:
 bool isIntegerLetter(char letter);
 bool isRealLetter(char letter);
 
-/// The text of a value that serves "%s": a C string or an NSString that is not null. Returns whether it does.
-bool textOf(const Value &value, std::string_view &text);
+/// The text of a value that serves "%s": a C string, of which `most` bytes are looked at, or an NSString that
+/// is not null. Returns whether it does.
+bool textOf(const Value &value, std::string_view &text, std::size_t most);
 
 } // namespace qb
 

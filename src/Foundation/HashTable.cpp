@@ -309,6 +309,8 @@ HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
     if (Entry *const entry = find(key))
         return *entry;
     const Kept copy(key->copy());
+    if (!copy.get())
+        throw InvalidArgumentException("NSDictionary must have keys whose copies are not nil.");
     return entryFor(copy.get());
 }
 

@@ -263,8 +263,10 @@ private:
             interval = {0, 1, /*isEndless=*/false};
             break;
         default:
-            if (!takeInterval(interval)) {
-                rest_ = {}; // the compiler refuses it here
+            if (!takeInterval(interval)) { // the compiler refuses it here, unless it takes what is escaped
+                if (rest_.find('\\') < rest_.find('}'))
+                    fault_ = "an interval has an escaped character";
+                rest_ = {};
                 return;
             }
         }

@@ -59,14 +59,13 @@ void addRun(Utf8Run &run, const Utf8Run &more) {
     run.units += more.units;
 }
 
-// Lead bytes 110xxxxx to 1111110x as lengths; 0: no lead byte.
+} // namespace
+
 int structuralLength(unsigned char lead) {
     if (lead < 0xC0 || lead >= 0xFE)
         return lead < 0x80 ? 1 : 0;
     return __builtin_clz(~(std::uint32_t{lead} << 24));
 }
-
-} // namespace
 
 void CheckedText::dropCutSequence(const char *text) {
     for (std::size_t back = 1; back <= 3 && back <= bytes; ++back) {

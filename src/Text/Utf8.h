@@ -30,6 +30,9 @@ Utf8Run validRun(const char *bytes, std::size_t length);
 /// As `validRun`, for callers that want the number of bytes only: `length` when all are valid.
 std::size_t validPrefix(const char *bytes, std::size_t length);
 
+/// Returns the length in bytes (1 to 6) of the sequence that begins with `lead`, 0 when none does.
+int structuralLength(unsigned char lead);
+
 /// Returns the length in bytes (1 to 6) of the structurally valid sequence at `position`, 0 at the end of the
 /// text (a NUL or `end`), -1 for an invalid or truncated sequence.
 ///

@@ -39,6 +39,12 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
 }
 
 TEST_F(NSDictionaryTest, KeysAreFoundByTheirValues) {
+    struct Copyless : NSObject {
+        Ref<NSObject> copyWithZone(void *) const override { return nullptr; }
+    };
+    const auto copyless = Ref<Copyless>::adopt(new Copyless);
+    EXPECT_THROW(NSMutableDictionary::dictionary()->setObjectForKey("v"_ns, copyless),
+                 InvalidArgumentException);
     NSDictionary *const dictionary = NSDictionary::dictionaryWith(
         {{"a"_ns, number(3)}, {"b"_ns, number(1)}, {"c"_ns, number(3)}, {"d"_ns, number(2)}});
     EXPECT_EQ(describe(dictionary->allKeysForObject(NSNumber::numberWithDouble(3))), "(a, c)");

@@ -119,6 +119,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"^a?([a-z]+)\\1{12}", "it has too many choices beside back references"},
         {"(a)\\1{65}", "it has too many back references"},
         {"^([\"]?).([^\"]?)*\\1$", "an endless repeat may match nothing beside back references"},
+        {"x{\\,}" + times(1001, "()"), "an interval has an escaped character"},
+        {"x{1\\0}", "an interval has an escaped character"},
         {"^(a*|b|)*$", kIdle},
         {"(^b|)+", kIdle},
         {"(()*^a)+", kIdle},

@@ -230,7 +230,10 @@ bool Value::get(T &result) const {
         result = static_cast<T>(number);
     } else if constexpr (kind == Kind::cString || kind == Kind::pointer) {
         using Pointee = std::remove_pointer_t<T>;
-        if (!pointsTo(typeid(std::remove_cv_t<Pointee>), std::is_const_v<Pointee>))
+        bool fits = pointsTo(typeid(std::remove_cv_t<Pointee>), std::is_const_v<Pointee>);
+        if constexpr (std::is_const_v<Pointee> && std::is_pointer_v<Pointee>) // "char **" serves it too
+            fits = fits || pointsTo(typeid(std::remove_const_t<std::remove_pointer_t<Pointee>> *), true);
+        if (!fits)
             return false;
         result = static_cast<T>(const_cast<void *>(payload_.pointer));
     } else if constexpr (kind == Kind::function) {
