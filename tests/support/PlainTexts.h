@@ -2,32 +2,11 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_PLAINTEXTS_H
 #define QBFOUNDATION_TESTS_SUPPORT_PLAINTEXTS_H
 
-#include <algorithm>
 #include <cctype>
 #include <string>
 #include <string_view>
 
 namespace plain {
-
-/// The classical encoder's text: sixty characters a line, a backquote for 0; other lines stand around it.
-inline std::string uuencoded(std::string_view bytes) {
-    std::string text = "junk\nbegin 644 name\n";
-    const auto digit = [](std::size_t value) {
-        return value % 64 == 0 ? '`' : static_cast<char>(' ' + value % 64);
-    };
-    for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(45, bytes.size()))) {
-        const std::string_view line = bytes.substr(0, 45);
-        text += digit(line.size());
-        for (std::size_t i = 0; i < (line.size() + 2) / 3 * 4; ++i) { // six bits each
-            std::size_t pair = 0;
-            for (std::size_t at : {i * 6 / 8, i * 6 / 8 + 1})
-                pair = pair << 8 | (at < line.size() ? static_cast<unsigned char>(line[at]) : 0U);
-            text += digit(pair >> (10 - i * 6 % 8));
-        }
-        text += '\n';
-    }
-    return text + "`\nend\nmore\n";
-}
 
 inline std::string urlUnescaped(std::string_view text) {
     std::string result;
