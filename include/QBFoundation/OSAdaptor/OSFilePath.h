@@ -118,8 +118,9 @@ public:
     /// Removes a file, or a directory with all that is in it; nothing happens when there is none.
     ///
     /// Links are followed: of a link to a directory the content is removed, and the link itself then can't
-    /// be. Raises 100194, 100198 and 100203 (path, system text) and stops there; 100194 with the text for
-    /// ELOOP at a directory that it is inside of already. Errors that were pending before stay, in front.
+    /// be; one that leads nowhere counts as missing and stays. Raises 100194, 100198 and 100203 (path, system
+    /// text) and stops there; 100194 with the text for ELOOP at a directory that it is inside of already.
+    /// Errors that were pending before stay, in front.
     static void removePath(NSString *path);
     /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first.
     static void removePath(NSString *path, NSString *atomicallyWithTmpDir);
