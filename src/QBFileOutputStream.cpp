@@ -263,7 +263,7 @@ void QBFileOutputStream::reset() {
     flush();
     if (!filePtr_) // the error handler has closed it
         return;
-    next_ = window_; // whatever a subclass has made of that
+    next_ = window_; // though a subclass has not flushed it
     hasFailed_ = false;
     if (isAtomic() ? truncate() : reopen())
         return;
@@ -284,7 +284,8 @@ bool QBFileOutputStream::reopen() {
 
 // As `reopen`, but not by the temporary name, which somebody else may have taken meanwhile.
 bool QBFileOutputStream::truncate() {
-    if (sys::ftruncate(sys::fileno(filePtr_), 0) == 0 && sys::fseeko(filePtr_, 0, SEEK_SET) == 0)
+    // The C stream may still hold bytes, which going to the start writes out.
+    if (sys::fseeko(filePtr_, 0, SEEK_SET) == 0 && sys::ftruncate(sys::fileno(filePtr_), 0) == 0)
         return true;
     const int error = errno;
     sys::fclose(std::exchange(filePtr_, nullptr));

@@ -67,6 +67,7 @@ void QBOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
     const Ref<NSEnumerator> kept(enumerator); // whatever its objects do while they are written
     const Nesting nesting(this);
     while (enumerator && !nesting.isCut()) {
+        const NSAutoreleasePool pool;
         const id object = enumerator->nextObject();
         if (!object)
             return;
@@ -92,6 +93,7 @@ void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesti
     const NSAutoreleasePool pool;
     NSEnumerator *const keys = dictionary ? dictionary->keyEnumerator() : nullptr;
     while (keys && !nesting.isCut()) {
+        const NSAutoreleasePool step;
         const id key = keys->nextObject();
         if (!key)
             return;

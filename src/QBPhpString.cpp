@@ -26,8 +26,8 @@ NSString *notImplemented() {
     return "not implemented correctly"_ns;
 }
 
-// Goes over a container; `textOf` makes the text of a step, which is left out when it is nil. It keeps the
-// objects of the step, because texts may be made by clients, who may change the container.
+// Goes over a container or an enumerator; `textOf` makes the text of a step, which is left out when it is
+// nil. It keeps the objects of the step, because texts may be made by clients, who may change the container.
 template <class Container, class TextOf>
 NSString *phpArray(Container &container, TextOf textOf) {
     const qb::Nesting<PhpStrings> nesting(kFile, __LINE__);
@@ -81,11 +81,15 @@ NSString *QBNil::asPhpString() const {
 // A subclass's elements and entries are those that its enumerators give.
 
 NSString *NSArray::asPhpString() const {
-    return qb::isPlainArray(this) ? phpArray(*this, &phpElement) : phpArray(*objectEnumerator(), &phpElement);
+    if (qb::isPlainArray(this))
+        return phpArray(*this, &phpElement);
+    NSEnumerator *const elements = objectEnumerator();
+    return elements ? phpArray(*elements, &phpElement) : "array()"_ns;
 }
 
 NSString *NSDictionary::asPhpString() const {
     if (qb::isPlainDictionary(this))
         return phpArray(*this, [](const Pair &entry) { return phpEntry(entry.first, entry.second); });
-    return phpArray(*keyEnumerator(), [this](id key) { return phpEntry(key, objectForKey(key)); });
+    NSEnumerator *const keys = keyEnumerator();
+    return keys ? phpArray(*keys, [this](id key) { return phpEntry(key, objectForKey(key)); }) : "array()"_ns;
 }

@@ -7,6 +7,7 @@
 
 #include "Foundation/Buffer.h"
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/PlainClasses.h"
 #include "System/Memory.h"
 #include "Text/Bytes.h"
 #include "Text/Hash.h"
@@ -203,10 +204,16 @@ BOOL NSString::isAscii() const {
     return (flags_ & kIsAscii) != 0;
 }
 
+// Returns the object when it is a string, as most are, else nil.
+static NSString *asString(id object) {
+    return object && qb::isPlainString(object) ? static_cast<NSString *>(object)
+                                               : qb::castOrNil<NSString>(object);
+}
+
 BOOL NSString::isEqual(id other) const {
     if (other == this)
         return YES;
-    auto *string = qb::castOrNil<NSString>(other);
+    auto *string = asString(other);
     return string && string->view() == view();
 }
 
@@ -221,7 +228,7 @@ std::uint32_t NSString::hash() const {
 }
 
 NSComparisonResult NSString::compare(id other) const {
-    auto *string = qb::castOrNil<NSString>(other);
+    auto *string = asString(other);
     if (!string)
         throw InvalidArgumentException("NSString compare: must have an argument that is a string.");
     const int order = view().compare(string->view());

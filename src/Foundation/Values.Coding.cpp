@@ -75,8 +75,8 @@ bool decodeObjects(NSCoder *coder, std::vector<id> &objects) {
     return true;
 }
 
-// Whether the object may be what a copy was, as keys and formats are, and not a mutable one: many containers
-// may mention it, and a copy for each would take memory for which the archive has no bytes.
+// Whether the object may be what a copy was, as keys and formats are. A mutable one may be mentioned by many
+// containers, and a copy for each would take memory for which the archive has no bytes.
 bool isCopy(id object) {
     try {
         const Ref<NSObject> copy = object ? object->copy() : nullptr;
@@ -317,7 +317,7 @@ static qb::calendar::ZoneRef zoneWithName(std::string_view name) {
 BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
     auto *const name = qb::castOrNil<NSString>(required(coder)->decodeObject());
     const auto isFixed = decode<BOOL>(coder, "c");
-    if (!name || name->view().size() > qb::calendar::kLongestZoneName)
+    if (!name)
         return NO;
     const qb::calendar::ZoneRef zone = zoneWithName(name->view());
     if (!isFixed)
@@ -326,5 +326,6 @@ BOOL NSTimeZone::setUpWithCoder(NSCoder *coder) {
     const bool isDst = decode<BOOL>(coder, "c");
     if (zone && zone->isFixed() && zone->offsetAt(0).seconds == seconds && zone->offsetAt(0).isDst == isDst)
         return setUpWithRules(zone); // which has its abbreviation
-    return setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), isDst));
+    return name->view().size() <= qb::calendar::kLongestZoneName &&
+           setUpWithRules(qb::calendar::fixedZone(seconds, name->view(), isDst));
 }

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -19,6 +21,101 @@ using qb::files::EntryNames;
 using qb::files::Identity;
 using qb::files::raiseSystemError;
 namespace sys = qb::sys;
+
+bool fails(int line, int error, const std::string &path) {
+    raiseSystemError(line, error, path.c_str());
+    return false;
+}
+
+// Calls visit(entry) for what stands in the directory. Returns false with an error raised.
+template <class Visit>
+bool forEachEntry(const std::string &path, Visit visit) {
+    const Directory directory(sys::opendir(path.c_str()));
+    if (!directory)
+        return fails(__LINE__, qb::kErrorCannotRemove, path);
+    while (const dirent *entry = sys::readdir(directory.get()))
+        if (!EntryNames::isSelfOrParent(entry->d_name))
+            visit(*entry);
+    return errno == 0 || fails(__LINE__, qb::kErrorCannotReadDirectory, path);
+}
+
+// Some file systems leave it to us to ask.
+unsigned char typeOf(const std::string &directory, const dirent &entry) {
+    struct stat status;
+    if (entry.d_type != DT_UNKNOWN ||
+        sys::lstat((directory + qb::files::kSeparator + entry.d_name).c_str(), &status) != 0)
+        return entry.d_type;
+    return static_cast<unsigned char>(IFTODT(status.st_mode));
+}
+
+/// Finds the links below a directory that lead to something other than a directory. It looks below links to
+/// directories too, and nowhere twice.
+class LinkSearch {
+public:
+    struct Found {
+        std::string directory;
+        EntryNames links;
+    };
+
+    explicit LinkSearch(std::string path) : path_(std::move(path)) {}
+
+    /// Returns false with an error raised.
+    bool run() {
+        bool goesOn = enter();
+        while (goesOn && !levels_.empty()) {
+            Level &level = levels_.back();
+            path_.resize(level.pathLength);
+            if (const char *const name = level.directories.next()) {
+                path_.append(1, qb::files::kSeparator).append(name);
+                goesOn = enter();
+            } else {
+                levels_.pop_back();
+            }
+        }
+        return goesOn;
+    }
+
+    std::vector<Found> &found() { return found_; }
+
+private:
+    struct Level {
+        std::size_t pathLength;
+        EntryNames directories;
+    };
+
+    // What has gone meanwhile, or can't be asked, is for the walk to tell.
+    bool enter() {
+        struct stat status;
+        if (sys::stat(path_.c_str(), &status) != 0 || !seen_.emplace(status.st_dev, status.st_ino).second)
+            return true;
+        Level level{path_.size(), {}};
+        EntryNames links;
+        const auto sort = [&](const dirent &entry) {
+            const unsigned char type = typeOf(path_, entry);
+            if (type == DT_DIR || (type == DT_LNK && leadsTo(entry, /*directory=*/true)))
+                level.directories.add(entry.d_name);
+            else if (type == DT_LNK && leadsTo(entry, /*directory=*/false))
+                links.add(entry.d_name);
+        };
+        if (!forEachEntry(path_, sort))
+            return false;
+        if (!links.isEmpty())
+            found_.push_back({path_, std::move(links)});
+        levels_.push_back(std::move(level));
+        return true;
+    }
+
+    bool leadsTo(const dirent &link, bool directory) const {
+        struct stat status;
+        return sys::stat((path_ + qb::files::kSeparator + link.d_name).c_str(), &status) == 0 &&
+               S_ISDIR(status.st_mode) == directory;
+    }
+
+    std::string path_;
+    std::vector<Level> levels_;
+    std::vector<Found> found_;
+    std::set<std::pair<dev_t, ino_t>> seen_; // directories
+};
 
 /// A walk that removes what it meets, without a directory open across its steps and with a stack of its own,
 /// so that depth costs neither descriptors nor C stack.
@@ -53,7 +150,7 @@ private:
         struct stat status;
         const bool exists = sys::stat(path_.c_str(), &status) == 0;
         if (!exists && errno != ENOENT)
-            return fails(__LINE__, qb::kErrorCannotStat);
+            return fails(__LINE__, qb::kErrorCannotStat, path_);
         trace(__LINE__, "file '%s' exists: %d", path_.c_str(), exists ? 1 : 0);
         if (!exists)
             return true;
@@ -65,67 +162,39 @@ private:
         const auto isIt = [&](const Level &level) { return level.identity == identity; };
         if (std::any_of(levels_.begin(), levels_.end(), isIt)) {
             errno = ELOOP; // a link leads up again
-            return fails(__LINE__, qb::kErrorCannotStat);
+            return fails(__LINE__, qb::kErrorCannotStat, path_);
         }
         if (levels_.empty() && !removeLinks())
             return false;
-        EntryNames names;
-        if (!forEachEntry([&](const dirent &entry) { names.add(entry.d_name); }))
+        // Links to directories go first, so that they still lead there.
+        EntryNames links, others;
+        const auto sort = [&](const dirent &entry) {
+            (typeOf(path_, entry) == DT_LNK ? links : others).add(entry.d_name);
+        };
+        if (!forEachEntry(path_, sort))
             return false;
-        levels_.push_back({path_.size(), identity, std::move(names)});
+        links.add(others);
+        levels_.push_back({path_.size(), identity, std::move(links)});
         return true;
     }
 
-    // Calls visit(entry) for what stands in the directory at `path_`. Returns false with an error raised.
-    template <class Visit>
-    bool forEachEntry(Visit visit) {
-        const Directory directory(sys::opendir(path_.c_str()));
-        if (!directory)
-            return fails(__LINE__, qb::kErrorCannotRemove);
-        while (const dirent *entry = sys::readdir(directory.get()))
-            if (!EntryNames::isSelfOrParent(entry->d_name))
-                visit(*entry);
-        return errno == 0 || fails(__LINE__, qb::kErrorCannotReadDirectory);
-    }
-
-    // Removes the links below `path_` that lead to something other than a directory. A link that outlives
-    // what it points to counts as missing, so that it would stay: all are asked before the first one goes.
+    // A link that outlives what it points to counts as missing, so that it would stay: all are looked for
+    // before the first one goes. Returns false with an error pending.
     bool removeLinks() {
+        LinkSearch search(path_);
+        if (qb::isErrorPending() || !search.run())
+            return false;
         const std::string top = path_;
-        std::vector<std::string> links, directories = {top};
-        const auto sort = [&](const dirent &entry) {
-            std::string name = path_ + qb::files::kSeparator + entry.d_name;
-            if (const unsigned char type = typeOf(name, entry); type == DT_DIR)
-                directories.push_back(std::move(name));
-            else if (type == DT_LNK && leadsToAFile(name))
-                links.push_back(std::move(name));
-        };
-        while (!directories.empty()) {
-            path_ = std::exchange(directories.back(), {});
-            directories.pop_back();
-            if (!forEachEntry(sort))
-                return false;
-        }
-        for (std::string &link : links) {
-            path_ = std::move(link);
-            if (!succeeds(sys::unlink(path_.c_str())))
-                return false;
-        }
+        for (LinkSearch::Found &found : search.found())
+            while (const char *const name = found.links.next()) {
+                path_ = found.directory + qb::files::kSeparator + name;
+                trace(__LINE__, "file '%s' exists: %d", path_.c_str(), 1);
+                trace(__LINE__, "file is directory: %d", 0);
+                if (!succeeds(sys::unlink(path_.c_str())) || qb::isErrorPending())
+                    return false;
+            }
         path_ = top;
         return true;
-    }
-
-    // Some file systems leave it to us to ask.
-    static unsigned char typeOf(const std::string &path, const dirent &entry) {
-        struct stat status;
-        if (entry.d_type != DT_UNKNOWN || sys::lstat(path.c_str(), &status) != 0)
-            return entry.d_type;
-        return static_cast<unsigned char>(IFTODT(status.st_mode));
-    }
-
-    static bool leadsToAFile(const std::string &link) {
-        struct stat status;
-        return sys::stat(link.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
     }
 
     template <class... V>
@@ -135,12 +204,7 @@ private:
                       format, values...);
     }
 
-    bool succeeds(int outcome) { return outcome == 0 || fails(__LINE__, qb::kErrorCannotRemove); }
-
-    bool fails(int line, int error) {
-        raiseSystemError(line, error, path_.c_str());
-        return false;
-    }
+    bool succeeds(int outcome) { return outcome == 0 || fails(__LINE__, qb::kErrorCannotRemove, path_); }
 
     std::string path_;
     std::vector<Level> levels_;

@@ -102,6 +102,7 @@ public:
 
     void add(std::string_view name) { names_.append(name).push_back('\0'); }
     void add(const EntryNames &others) { names_.append(others.names_); }
+    bool isEmpty() const { return names_.empty(); }
     /// Returns the next name; null behind the last.
     const char *next();
 

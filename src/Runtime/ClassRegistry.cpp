@@ -63,13 +63,14 @@ std::exception_ptr buildRegisteredClasses() {
 Class *classNamed(std::string_view name) {
     if (const ListedClass *listed = listedClass(name))
         return listed->cls();
-    const std::exception_ptr failure = buildRegisteredClasses();
-    // What is there is found whatever the others do.
-    if (const auto found = table().find(name); found != table().end())
+    auto found = table().find(name);
+    if (found != table().end())
         return found->second;
-    if (failure)
+    const std::exception_ptr failure = buildRegisteredClasses();
+    found = table().find(name); // which is there whatever has become of the others
+    if (found == table().end() && failure)
         std::rethrow_exception(failure);
-    return nullptr;
+    return found == table().end() ? nullptr : found->second;
 }
 
 } // namespace

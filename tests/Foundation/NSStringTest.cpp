@@ -166,7 +166,7 @@ TEST_F(NSStringTest, ValuesAreGoodValuesInCpp) {
     EXPECT_TRUE(*a == *NSMutableString::stringWith("a"));
     EXPECT_TRUE(*a < *b && *b >= *a && *a != *b);
     EXPECT_EQ((std::ostringstream() << *a << *b).str(), "ab");
-    EXPECT_EQ(std::hash<NSString>()(*NSMutableString::stringWith("a")), a->hash());
+    EXPECT_EQ(std::hash<NSMutableString>()(*NSMutableString::stringWith("a")), a->hash());
     EXPECT_TRUE(*NSArray::arrayWith({a}) == *NSArray::arrayWith({a}) && *NSArray::array() != *a->asArray());
     static_assert(!std::equality_comparable<NSEnumerator>); // no value
     EXPECT_TRUE(*NSNumber::numberWithInt(2) > *NSNumber::numberWithDouble(1.5));

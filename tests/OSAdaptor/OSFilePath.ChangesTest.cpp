@@ -96,10 +96,16 @@ TEST_F(OSFilePathChangesTest, RemovalTakesFilesAndWholeTrees) {
 }
 
 TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
-    directory_.write("other/gone", "");
-    directory_.link("other", "link");
-    expectError(100203, directory_ / "link Not a directory", [&] { OSFilePath::removePath(path("link")); });
-    EXPECT_TRUE(directory_.names("other").empty());
+    directory_.link("../other", "around/link");
+    for (const char *link : {"around", "around/link"}) {
+        for (const std::string name : {"1", "2", "3", "4"}) {
+            directory_.write("other/gone" + name, "");
+            directory_.link("gone" + name, "other/link" + name);
+        }
+        expectError(100203, directory_ / "around/link Not a directory",
+                    [&] { OSFilePath::removePath(path(link)); });
+        EXPECT_TRUE(directory_.names("other").empty());
+    }
     directory_.makeDirectory("loop/a");
     directory_.link("..", "loop/a/up");
     expectError(100194, directory_ / "loop/a/up Too many levels of symbolic links",
@@ -109,7 +115,10 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
 
 TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront) {
     directory_.write("tree/file", "");
+    directory_.link("file", "tree/link");
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
+    OSFilePath::_removePath((directory_ / "tree").c_str());
+    EXPECT_TRUE(directory_.has("tree/link"));
     const Fault fault(Call::readdir, /*skip=*/0, /*times=*/1, EIO);
     OSFilePath::removePath(path("tree"));
     EXPECT_EQ(recordingErrorHandler()->raised.back().values, directory_ / "tree Input/output error");

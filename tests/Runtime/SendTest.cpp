@@ -222,6 +222,11 @@ TEST_F(SendTest, ARegisteredClassIsTriedAgainAndMayAskForOthers) {
     EXPECT_NE(NSClassFromString("Older"_ns), nullptr); // whatever becomes of the newer one
     EXPECT_THROW(NSClassFromString("Newer"_ns), std::bad_alloc);
     EXPECT_NE(NSClassFromString("Newer"_ns), nullptr);
+    static const qb::ClassRegistration newest{[] {
+        static Class *const self = new Class("Newest", NSClassFromString("Newer"_ns), {});
+        return self;
+    }};
+    EXPECT_EQ(newest.cls()->superclass(), NSClassFromString("Newer"_ns)); // made before it is asked for
 }
 
 TEST_F(SendTest, ASelectorThatCannotBeMadeLeavesNothing) {

@@ -424,5 +424,7 @@ private:
 
 template <>
 struct std::hash<NSArray> : qb::ValueHash {};
+template <>
+struct std::hash<NSMutableArray> : qb::ValueHash {};
 
 #endif

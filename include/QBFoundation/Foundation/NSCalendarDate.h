@@ -162,4 +162,7 @@ private:
     Ref<NSString> format_; // null: the default
 };
 
+template <>
+struct std::hash<NSCalendarDate> : qb::ValueHash {};
+
 #endif

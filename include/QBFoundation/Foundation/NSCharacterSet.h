@@ -164,5 +164,7 @@ public:
 
 template <>
 struct std::hash<NSCharacterSet> : qb::ValueHash {};
+template <>
+struct std::hash<NSMutableCharacterSet> : qb::ValueHash {};
 
 #endif

@@ -201,5 +201,7 @@ protected:
 
 template <>
 struct std::hash<NSData> : qb::ValueHash {};
+template <>
+struct std::hash<NSMutableData> : qb::ValueHash {};
 
 #endif

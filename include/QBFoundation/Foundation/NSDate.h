@@ -98,11 +98,9 @@ public:
     std::uint32_t hash() const override;
     /// Orders by time. Throws InvalidArgumentException when `other` is no date.
     NSComparisonResult compare(id other) const override;
-    friend bool operator==(const NSDate &a, const NSDate &b) {
-        return a.timeIntervalSinceReferenceDate() == b.timeIntervalSinceReferenceDate();
-    }
-    friend std::partial_ordering operator<=>(const NSDate &a, const NSDate &b) {
-        return a.timeIntervalSinceReferenceDate() <=> b.timeIntervalSinceReferenceDate();
+    friend bool operator==(const NSDate &a, const NSDate &b) { return a.isEqual(b.self()); }
+    friend std::weak_ordering operator<=>(const NSDate &a, const NSDate &b) {
+        return a.compare(b.self()) <=> 0;
     }
     /// Returns the earlier or later of both, the receiver when they are the same or `other` is nil.
     virtual NSDate *earlierDate(NSDate *other) const;

@@ -533,5 +533,7 @@ protected:
 
 template <>
 struct std::hash<NSDictionary> : qb::ValueHash {};
+template <>
+struct std::hash<NSMutableDictionary> : qb::ValueHash {};
 
 #endif

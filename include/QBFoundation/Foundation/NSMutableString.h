@@ -93,4 +93,7 @@ private:
     void replaceRange(NSRange range, NSString *by, const char *selector);
 };
 
+template <>
+struct std::hash<NSMutableString> : qb::ValueHash {};
+
 #endif

@@ -128,5 +128,7 @@ public:
 
 template <>
 struct std::hash<NSNumber> : qb::ValueHash {};
+template <>
+struct std::hash<NSLongLongNumber> : qb::ValueHash {};
 
 #endif

@@ -207,5 +207,7 @@ protected:
 
 template <>
 struct std::hash<NSSet> : qb::ValueHash {};
+template <>
+struct std::hash<NSMutableSet> : qb::ValueHash {};
 
 #endif

@@ -166,9 +166,9 @@ public:
     /// Orders by bytes, which for UTF-8 is the order of code points.
     /// Throws InvalidArgumentException when `other` is no string.
     NSComparisonResult compare(id other) const override;
-    friend bool operator==(const NSString &a, const NSString &b) { return a.view() == b.view(); }
+    friend bool operator==(const NSString &a, const NSString &b) { return a.isEqual(b.self()); }
     friend std::strong_ordering operator<=>(const NSString &a, const NSString &b) {
-        return a.view() <=> b.view();
+        return a.compare(b.self()) <=> 0;
     }
     /// Orders by characters, with `NSCaseInsensitiveSearch` whatever their case; bytes that are no valid
     /// UTF-8 stand behind all characters then.
