@@ -278,6 +278,7 @@ pages/index.txt|$(page_of '')|'index.html' would be written twice.
 pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
+site.plist|{ pages = "a\0b"; }|'a\0b' is no path inside of a site.
 site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
 ROWS
 find "$site" -type d -empty -delete
@@ -287,7 +288,10 @@ done
 page index.html '{ title = T; template = t0; }' x
 expect_failure 'a long way of templates' 't63.html:1: templates include each other too deeply.'
 page index.html '{ title = T; }' x
+mkdir plug-ins
+mkfifo plug-ins/libPipe.so
 rows_fail 1 <<'ROWS'
+--plugins plug-ins "$site" "$out"|'plug-ins/libPipe.so' is no plain file.
 "$work/gone" "$out"|/gone/site.plist' does not exist.
 "$site" "$site/site.plist/.."|may not contain one another.
 "$site" "$work/other"|/other' can't be read.
