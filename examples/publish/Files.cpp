@@ -31,13 +31,6 @@ bool addFiles(NSString *root, NSString *below, unsigned depth, HiddenFiles hidde
     return !hasFailed();
 }
 
-// Whether the file is none that would keep us waiting, as a pipe does.
-bool mayBeRead(NSString *file) {
-    OSFileInfo info;
-    OSFilePath::fileInfo(&info, file);
-    return !hasFailed() && (!info.exists || S_ISREG(info.mode) || fail(__LINE__, kErrorNotAFile, file));
-}
-
 // Bytes as a C literal has them, so that any can be shown.
 std::string shown(std::string_view bytes) {
     std::string literal;
@@ -111,6 +104,12 @@ Kind kindOf(NSString *path) {
     default:
         return Kind::other;
     }
+}
+
+bool mayBeRead(NSString *file) {
+    OSFileInfo info;
+    OSFilePath::fileInfo(&info, file);
+    return !hasFailed() && (!info.exists || S_ISREG(info.mode) || fail(__LINE__, kErrorNotAFile, file));
 }
 
 NSData *readBytes(NSString *file) {

@@ -15,6 +15,10 @@ enum class Kind { nothing, file, directory, link, other };
 /// Returns what stands at a path; nothing, and 100194 raised, when that can't be found out.
 Kind kindOf(NSString *path);
 
+/// Whether the file, if it exists, is none that would keep us waiting, as a pipe does; 910017 is raised for
+/// what is no plain file.
+bool mayBeRead(NSString *file);
+
 /// Returns the file's bytes; nil, with an error raised, when it can't be read or is no plain file.
 NSData *readBytes(NSString *file);
 

@@ -17,11 +17,14 @@ NSString *script() {
 
 } // namespace
 
-PageFilter::PageFilter(NSString *command, NSString *directory)
-    : command_(command), input_(directory->stringByAppendingPathComponent("filter.in"_ns)),
-      output_(directory->stringByAppendingPathComponent("filter.out"_ns)),
-      errors_(directory->stringByAppendingPathComponent("filter.err"_ns)),
-      mark_(directory->stringByAppendingPathComponent("filter.done"_ns)) {}
+// The names are this run's alone, for the command of one that was killed goes on.
+PageFilter::PageFilter(NSString *command, NSString *directory) : command_(command) {
+    NSString *const start = directory->stringByAppendingPathComponent(IdCreator::createId());
+    input_ = start->stringByAppendingString(".in"_ns);
+    output_ = start->stringByAppendingString(".out"_ns);
+    errors_ = start->stringByAppendingString(".err"_ns);
+    mark_ = start->stringByAppendingString(".done"_ns);
+}
 
 NSData *PageFilter::filtered(NSString *path, NSData *page) const {
     if (!command_)

@@ -22,6 +22,8 @@ bool Plugins::load(NSString *directory) {
 }
 
 bool Plugins::loadLibrary(NSString *file) {
+    if (!mayBeRead(file))
+        return false;
     OSDynamicLoader::loadLibraryFromPath(file);
     NSString *const name =
         file->lastPathComponent()->stringByDeletingPathExtension()->substringFromIndex(3); // behind "lib"

@@ -16,8 +16,8 @@ namespace publish {
 class Plugins {
 public:
     /// Loads the plug-ins of a directory, in the order of their names; nil has none. Returns false, with an
-    /// error raised, when the directory can't be read or a library has no such class. A file that is no
-    /// library ends the program, see `OSDynamicLoader`.
+    /// error raised, when the directory can't be read, what is named as a library is no plain file, or a
+    /// library has no such class. A file that is no library ends the program, see `OSDynamicLoader`.
     bool load(NSString *directory);
 
     /// Adds the plug-ins' values to the head of each page, where a later plug-in's replace an earlier one's.

@@ -7,8 +7,12 @@
 #include "OwnFiles.h"
 
 #include <cerrno>
+#include <fcntl.h>
+#include <optional>
+#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace publish {
 
@@ -20,23 +24,42 @@ bool canChange(NSString *directory) {
     return files->isWritableFileAtPath(directory) && files->isExecutableFileAtPath(directory);
 }
 
-// Whether files of others may not be replaced there.
-bool keepsFilesOfOthers(NSString *directory) {
-    struct stat status;
-    return ::geteuid() != 0 && ::stat(directory->cString(), &status) == 0 &&
-           (status.st_mode & S_ISVTX) != 0 && status.st_uid != ::geteuid();
+// Whether what has that path, if anything, may be taken away or replaced by those who can change its
+// directory. If not, errno says why.
+bool mayGo(NSString *path) {
+    struct statx status, above;
+    if (::statx(AT_FDCWD, path->cString(), AT_SYMLINK_NOFOLLOW, STATX_UID, &status) != 0 ||
+        ::statx(AT_FDCWD, path->stringByDeletingLastPathComponent()->cString(), 0, STATX_UID | STATX_MODE,
+                &above) != 0)
+        return true;
+    const bool isMounted = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+    const bool isMarked =
+        ((status.stx_attributes | above.stx_attributes) & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
+    const uid_t user = ::geteuid();
+    const bool isOfOther =
+        user != 0 && (above.stx_mode & S_ISVTX) != 0 && above.stx_uid != user && status.stx_uid != user;
+    errno = isMounted ? EBUSY : EPERM;
+    return !isMounted && !isMarked && !isOfOther;
 }
 
-bool isOfOther(NSString *file) {
-    struct stat status;
-    return ::lstat(file->cString(), &status) == 0 && status.st_uid != ::geteuid();
+// Whether files can be renamed from one directory to the other. One device may be mounted several times, and
+// one mount show several devices.
+bool areOnOneMount(NSString *directory, NSString *other) {
+    struct statx one, two;
+    return ::statx(AT_FDCWD, directory->cString(), 0, STATX_MNT_ID, &one) == 0 &&
+           ::statx(AT_FDCWD, other->cString(), 0, STATX_MNT_ID, &two) == 0 &&
+           one.stx_mnt_id == two.stx_mnt_id && one.stx_dev_major == two.stx_dev_major &&
+           one.stx_dev_minor == two.stx_dev_minor;
 }
 
-// Whether files can be renamed from one to the other.
-bool areOnOneDevice(NSString *directory, NSString *other) {
-    struct stat status, otherStatus;
-    return ::stat(directory->cString(), &status) == 0 && ::stat(other->cString(), &otherStatus) == 0 &&
-           status.st_dev == otherStatus.st_dev;
+using Identity = std::pair<dev_t, ino_t>;
+
+// Returns what tells a file from others; nothing when there is none, or one that has several links.
+std::optional<Identity> identityOf(NSString *path) {
+    struct stat status;
+    if (::lstat(path->cString(), &status) != 0 || status.st_nlink != 1)
+        return std::nullopt;
+    return Identity(status.st_dev, status.st_ino);
 }
 
 // Whether the file there has the rights of the staged one; links have none.
@@ -117,12 +140,13 @@ bool Publication::addPage(NSString *path, NSData *text) {
     return isUnchanged || writeFile(out_.staged(path), text);
 }
 
-// The library copies the tree with its links; what is as it was before does not leave its stage.
+// The library copies the tree with its links, and tells those that lead out by their paths: the directory's
+// is the real one. What is as it was before does not leave its stage.
 bool Publication::addAssets(NSString *directory) {
     if (!OSFilePath::directoryExistsAtPath(directory))
         return fail(__LINE__, kErrorDirectoryUnreadable, directory);
     NSString *const name = directory->lastPathComponent();
-    OSFilePath::copyPath(directory, out_.staged(NSString::string()));
+    OSFilePath::copyPath(NSString::stringWith(realPath(directory)), out_.staged(name));
     NSArray *const files = hasFailed() ? nullptr : filesBelow(out_.staged(name), HiddenFiles::included);
     if (!files)
         return false;
@@ -153,7 +177,27 @@ NSArray *Publication::vanished() const {
         if (!isTaken(path) && kindOf(out_.place(path)) != Kind::nothing && !out_.linkAbove(path))
             old->addObject(path);
     }
-    return hasFailed() ? nullptr : old;
+    if (hasFailed())
+        return nullptr;
+    return old->count() > 0 ? withoutOurs(old) : old;
+}
+
+// Leaves out those that are files of this run under another name, as where case is disregarded.
+NSArray *Publication::withoutOurs(NSArray *paths) const {
+    std::set<Identity> ours;
+    for (id path : *paths_) {
+        const NSAutoreleasePool pool;
+        if (const auto identity = identityOf(out_.place(path->stringValue())))
+            ours.insert(*identity);
+    }
+    NSMutableArray *const others = NSMutableArray::array();
+    for (id path : *paths) {
+        const NSAutoreleasePool pool;
+        const auto identity = identityOf(out_.place(path->stringValue()));
+        if (!identity || !ours.contains(*identity))
+            others->addObject(path);
+    }
+    return others;
 }
 
 // The last to be renamed.
@@ -190,7 +234,6 @@ bool Publication::canCarryOut(const Plan &plan) const {
     }
     NSSet *const leaving = NSSet::setWithArray(plan.removed);
     Ref<NSString> checked; // the directory of the path before; most share theirs
-    bool keepsOthers = false;
     for (id element : *plan.moved) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
@@ -198,10 +241,6 @@ bool Publication::canCarryOut(const Plan &plan) const {
         const bool isChecked = checked && checked->isEqualToString(directory);
         if ((!isChecked && !hasDirectory(path, leaving)) || !isFree(path, leaving))
             return false;
-        if (!isChecked)
-            keepsOthers = keepsFilesOfOthers(out_.place(directory));
-        if (keepsOthers && isOfOther(out_.place(path)))
-            return errno = EPERM, failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
         checked = directory;
     }
     return !hasFailed();
@@ -209,9 +248,7 @@ bool Publication::canCarryOut(const Plan &plan) const {
 
 bool Publication::canRemove(NSString *path) const {
     NSString *const file = out_.place(path);
-    if (isOfOther(file) && keepsFilesOfOthers(file->stringByDeletingLastPathComponent()))
-        return errno = EPERM, failWith(__LINE__, qb::kErrorCannotRemove, file);
-    return NSFileManager::defaultManager()->isDeletableFileAtPath(file) ||
+    return (NSFileManager::defaultManager()->isDeletableFileAtPath(file) && mayGo(file)) ||
            failWith(__LINE__, qb::kErrorCannotRemove, file);
 }
 
@@ -224,13 +261,13 @@ bool Publication::hasDirectory(NSString *path, NSSet *leaving) const {
             above = above->stringByDeletingLastPathComponent();
     }
     if (leaving->containsObject(above))
-        return true;
+        above = above->stringByDeletingLastPathComponent();
     NSString *const directory = above->containsData() ? out_.place(above) : out_.path();
     if (above->containsData() && kindOf(directory) != Kind::directory)
         return fail(__LINE__, kErrorInTheWay, directory);
     if (!canChange(directory))
         return failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
-    return areOnOneDevice(directory, out_.path()) ||
+    return areOnOneMount(directory, out_.path()) ||
            (errno = EXDEV, failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path)));
 }
 
@@ -243,10 +280,11 @@ bool Publication::isAboveOneOf(NSSet *paths, NSString *directory) {
     return false;
 }
 
-// Whether no directory has the file's name, or only one that is removed with the last file in it.
+// Whether what has the file's name can be replaced. A directory has to be one that can be removed with the
+// last file in it.
 bool Publication::isFree(NSString *path, NSSet *leaving) const {
     if (kindOf(out_.place(path)) != Kind::directory)
-        return true;
+        return mayGo(out_.place(path)) || failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
     bool isLeft = true;
     if (NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(out_.place(path))) {
         for (id element : *inside) {
@@ -255,9 +293,11 @@ bool Publication::isFree(NSString *path, NSSet *leaving) const {
                 isLeft = false;
             else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
                 return fail(__LINE__, kErrorInTheWay, out_.place(one));
+            if (!canRemove(one))
+                return false;
         }
     }
-    return !isLeft || fail(__LINE__, kErrorInTheWay, out_.place(path));
+    return isLeft ? fail(__LINE__, kErrorInTheWay, out_.place(path)) : canRemove(path);
 }
 
 } // namespace publish

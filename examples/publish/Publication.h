@@ -44,6 +44,7 @@ private:
     void count(NSString *path, bool isUnchanged);
     bool addManifest();
     NSArray *vanished() const;
+    NSArray *withoutOurs(NSArray *paths) const;
     bool canCarryOut(const Plan &plan) const;
     bool canRemove(NSString *path) const;
     bool hasDirectory(NSString *path, NSSet *leaving) const;

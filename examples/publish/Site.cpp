@@ -122,8 +122,10 @@ bool readPages(Site &site) {
 // absolute one, that does not lead back on its way.
 bool isSafe(const Site &site, id value) {
     auto *path = qb::castOrNil<NSString>(value);
-    return (path && isInside(path->view().substr(path->isAbsolutePath()))) ||
-           fail(__LINE__, kErrorUnsafePath, site.file.get(), value->stringValue());
+    if (path && isInside(path->view().substr(path->isAbsolutePath())))
+        return true;
+    NSArray *const parts = value->stringValue()->componentsSeparatedByString("\0"_ns); // which ends a message
+    return fail(__LINE__, kErrorUnsafePath, site.file.get(), parts->componentsJoinedByString("\\0"_ns));
 }
 
 // Makes the directory that names are relative to, if they have one of their own, relative to `above`.

@@ -81,8 +81,10 @@ expect_failure 'a file where a directory of others is' "assets/d/empty' is in th
 rmdir "$out/assets/d/empty"
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed" publish "$site" "$out"
 echo other >"$work/other"
+mv "$site/assets" "$work/assets"
+ln -s ../assets "$site"
 ln -s "$work/other" "$site/assets/outside"
-ln -s "$site/assets/d" "$site/assets/absolute"
+ln -s "$work/assets/d" "$site/assets/absolute"
 expect 'links that lead out' "$out: 2 written, 2 unchanged, 0 removed" publish "$site" "$out"
 { [ "$(readlink "$out/assets/absolute")" = d ] && [ ! -L "$out/assets/outside" ] &&
     [ "$(cat "$out/assets/outside")" = other ]; } || fail "links that lead out: $(ls -l "$out/assets")"
@@ -278,6 +280,7 @@ pages/index.txt|$(page_of '')|'index.html' would be written twice.
 pages/pipe.txt|pipe|'$site/pages/pipe.txt' is no plain file.
 templates/who.html|{{> who}}|templates/who.html:1: the template 'who' includes itself.
 site.plist|{ texts = { a = gone; }; }|site/gone' does not exist.
+site.plist|{ pages = "a\0b"; }|'a\0b' is no path inside of a site.
 site.plist|{ address = "example.org"; people = (); title = T; }|site.plist: 'example.org' is no address that a site can have.
 ROWS
 find "$site" -type d -empty -delete
@@ -287,7 +290,10 @@ done
 page index.html '{ title = T; template = t0; }' x
 expect_failure 'a long way of templates' 't63.html:1: templates include each other too deeply.'
 page index.html '{ title = T; }' x
+mkdir plug-ins
+mkfifo plug-ins/libPipe.so
 rows_fail 1 <<'ROWS'
+--plugins plug-ins "$site" "$out"|'plug-ins/libPipe.so' is no plain file.
 "$work/gone" "$out"|/gone/site.plist' does not exist.
 "$site" "$site/site.plist/.."|may not contain one another.
 "$site" "$work/other"|/other' can't be read.
@@ -351,9 +357,14 @@ if "${as[@]}" test -x "$program" && "${as[@]}" test -r "$site/site.plist"; then
     denied 'unreadable page' "index.html' could not be read: Permission denied" "$site/pages/index.html" 000
     denied 'read-only target' ".publish' could not be made: Permission denied" "$out" 555
     page index.html '{ title = T; }' x
+    mkdir "$site/assets/d/d"
+    mv "$site/assets/d/more" "$site/assets/d/d"
     publish --quiet "$site" "$out"
     rm "$site/assets/link"
     denied 'read-only directory of old files' "link' could not be removed: Permission denied" "$out/assets" 555
+    rm -r "$site/assets/d"
+    echo file >"$site/assets/d"
+    denied 'read-only directory of one that has to go' "d/d' could not be removed: Permission denied" "$out/assets/d" 555
 else
     echo "publish: missing rights are not tried, because the program can't be run as another user" >&2
 fi
@@ -463,12 +474,47 @@ mkfifo go gone
 publish --quiet --filter 'cat; case $PUBLISH_PAGE in d*) (read -r x <go; echo late; echo >gone) & ;; *) echo >go; read -r x <gone ;; esac' \
     "$site" "$out"
 ! grep -q late "$out/index.html" || fail "a page that another one's command wrote to"
-# The site at another place.
+# The command of a run that was killed ends in the next one.
+"${launcher[@]}" "$program" --filter 'echo >gone; read -r x <go' "$site" "$out" &
+read -r _ <gone
+kill -9 $!
+wait $! 2>/dev/null || true
+rows_fail 1 <<'ROWS'
+--filter 'head -c 5; echo >go; rm go; sleep 1; kill -9 $PPID' "$site" "$out"|deep/text.html: the filter was ended before it was done
+ROWS
+
+# Files that are marked, and what is mounted in the target, are noticed before anything has changed.
+echo changed >"$site/assets/data.bin"
+rm "$site/assets/own.html"
+if chattr +a "$out/assets" 2>/dev/null; then
+    expect_failure 'a directory that keeps its files' "own.html' could not be removed: Operation not permitted"
+    chattr -a "$out/assets"
+    chattr +i "$out/assets/data.bin"
+    expect_failure 'a file that stays as it is' "data.bin' could not be written: Operation not permitted"
+    chattr -i "$out/assets/data.bin"
+else
+    echo "publish: marked files are not tried, because they can't be marked" >&2
+fi
 if unshare -m mount --bind "$site" "$out" 2>/dev/null; then
     # shellcheck disable=SC2016
-    as=(unshare -m sh -c 'mount --bind "$0" "$1" && shift && exec "$@"' "$site" "$out")
+    mounted() { as=(unshare -m sh -c 'mount --bind "$0" "$1" && shift && exec "$@"' "$1" "$out$2"); }
+    mounted "$site" ''
     expect_failure 'the site mounted as its target' "'$site' and the directory '$out' that it goes to"
+    cp -a "$out/assets" "$work/mounted"
+    mounted "$work/mounted" /assets
+    expect_failure 'a mounted directory' "data.bin' could not be written: Invalid cross-device link"
+    mounted "$work/mounted/own.html" /index.html
+    expect_failure 'a mounted file' "index.html' could not be written: Device or resource busy"
     as=()
+    publish --quiet "$site" "$out"
+    mv "$site/pages/deep" "$site/pages/Deep"
+    mkdir "$out/Deep"
+    mounted "$out/deep" /Deep # as if case did not matter
+    expect 'another name of the same file' "$out: 0 written, 6 unchanged, 0 removed" publish "$site" "$out"
+    [ -s "$out/deep/text.html" ] || fail 'a file is gone with its old name'
+    as=()
+else
+    echo "publish: mounts are not tried, because nothing can be mounted" >&2
 fi
 ! publish --help >/dev/full 2>&1 || fail 'what could not be said counts as said'
 
