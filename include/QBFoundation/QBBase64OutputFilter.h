@@ -44,7 +44,7 @@ public:
     /// Completes the group that was begun, then flushes the target. Raises 50052 when decoding ends within a
     /// group, which is dropped.
     void flush() override;
-    /// Flushes, then closes the target.
+    /// Flushes, then closes the target, also after an error.
     void close() override;
 
 protected:

@@ -77,7 +77,8 @@ public:
     /// Writes what was kept back and the end of the stream, then closes the target. Nothing on a second call.
     ///
     /// When deciphering, raises 100239 if the stream is too short to have an end; what was written until then
-    /// stays. A wrong key, and most changes on the way, are no error: they give garbage.
+    /// stays, and a target that replaces a file replaces it. A wrong key, and most changes on the way, are no
+    /// error: they give garbage.
     void close() override;
 
     // --- The cipher alone ---

@@ -134,8 +134,8 @@ public:
     ///
     /// Raises 100024 (path, system text) when it can't be created, 100235 when the times can't be set.
     static void touchFileAtPath(NSString *path, std::int64_t mtime);
-    /// Makes `link` a symbolic link to the directory, replacing a link of that name in one step; nothing
-    /// happens when one is nil.
+    /// Makes `link` a symbolic link to the directory, replacing a link or file of that name in one step;
+    /// nothing happens when one is nil.
     ///
     /// Raises 100170 (directory) when there is no such directory, 100199 (directory, link, system text).
     static void symlink(NSString *link, NSString *toTargetDir);
@@ -176,9 +176,10 @@ QB_EXPORT char *_pathRelativeToDir(const char *path, const char *directory);
 /// Copies a file, a link or a directory with all that is in it.
 ///
 /// `target` is the directory for the copy, which is created if need be, or with `targetIsNewName` the path of
-/// the copy itself. Permissions are copied, owners and times are not; devices, pipes and sockets are left
-/// out. A link to something inside of the source becomes a relative link to its copy, any other a copy of
-/// what it points to. What was copied before an error stays.
+/// the copy itself. Files keep their permissions, directories get those that the umask leaves (see
+/// `NSFileManager` for copies that keep theirs); owners and times are not copied, devices, pipes and sockets
+/// are left out. A link to something inside of the source becomes a relative link to its copy, any other a
+/// copy of what it points to. What was copied before an error stays.
 ///
 /// Raises 100195 (source, target) for a new name that is taken, 100170 (target) when it is no directory,
 /// 100194 (path, system text) for a source that can't be asked, and with the text for ELOOP for a directory
