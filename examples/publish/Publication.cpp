@@ -243,21 +243,23 @@ bool Publication::isAboveOneOf(NSSet *paths, NSString *directory) {
     return false;
 }
 
-// Whether no directory has the file's name, or only one that is removed with the last file in it.
+// Whether no directory has the file's name, or only one that is empty or is removed with the last file in it.
 bool Publication::isFree(NSString *path, NSSet *leaving) const {
-    if (kindOf(out_.place(path)) != Kind::directory)
+    NSString *const place = out_.place(path);
+    if (kindOf(place) != Kind::directory)
         return true;
-    bool isLeft = true;
-    if (NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(out_.place(path))) {
-        for (id element : *inside) {
-            NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
-            if (leaving->containsObject(one))
-                isLeft = false;
-            else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
-                return fail(__LINE__, kErrorInTheWay, out_.place(one));
-        }
+    NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(place);
+    if (!inside)
+        return fail(__LINE__, kErrorInTheWay, place);
+    bool isLeft = inside->count() > 0 || !areOnOneDevice(place, out_.path());
+    for (id element : *inside) {
+        NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
+        if (leaving->containsObject(one))
+            isLeft = false;
+        else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
+            return fail(__LINE__, kErrorInTheWay, out_.place(one));
     }
-    return !isLeft || fail(__LINE__, kErrorInTheWay, out_.place(path));
+    return !isLeft || fail(__LINE__, kErrorInTheWay, place);
 }
 
 } // namespace publish
