@@ -30,12 +30,48 @@ bool removeTree(NSString *path) {
     return failWith(__LINE__, qb::kErrorCannotRemove, path);
 }
 
-// Directories that are left empty go with their last file. A run that was cut off may have removed some.
-void removeEmptyDirectories(NSString *root, NSString *path) {
-    for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
-         directory = directory->stringByDeletingLastPathComponent())
-        if (::rmdir(root->stringByAppendingPathComponent(directory)->cString()) != 0 && errno != ENOENT)
-            return;
+bool removeFile(NSString *path) {
+    return ::unlink(path->cString()) == 0 || errno == ENOENT || errno == EISDIR || errno == ENOTDIR ||
+           failWith(__LINE__, qb::kErrorCannotRemove, path);
+}
+
+// Removes a directory of the site unless something is in it. One that others hold or have not given us the
+// right to remove stays too, for nothing can be done about it by trying again.
+bool removeIfEmpty(NSString *directory) {
+    if (::rmdir(directory->cString()) == 0)
+        return true;
+    switch (errno) {
+    case ENOENT:
+    case ENOTEMPTY:
+    case EEXIST:
+    case ENOTDIR:
+    case EACCES:
+    case EPERM:
+    case EBUSY:
+        return true;
+    default:
+        return failWith(__LINE__, qb::kErrorCannotRemove, directory);
+    }
+}
+
+// Removes the directories in it that have no files.
+void removeEmptyDirectories(NSString *tree) {
+    if (NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(tree))
+        for (std::uint32_t i = inside->count(); i-- > 0;) // what is in a directory comes behind it
+            ::rmdir(tree->stringByAppendingPathComponent(inside->objectAtIndex(i)->stringValue())->cString());
+}
+
+// The directories that the paths stand in.
+NSSet *directoriesAbove(NSArray *paths) {
+    NSMutableSet *const above = NSMutableSet::set();
+    for (id path : *paths) {
+        const NSAutoreleasePool pool;
+        for (NSString *directory = path->stringValue()->stringByDeletingLastPathComponent();
+             directory->containsData() && !above->containsObject(directory);
+             directory = directory->stringByDeletingLastPathComponent())
+            above->addObject(directory);
+    }
+    return above;
 }
 
 } // namespace
@@ -49,7 +85,7 @@ OutputDirectory::OutputDirectory(NSString *path)
     : path_(path), staging_(place(NSString::stringWith(kStaging))),
       files_(staging_->stringByAppendingPathComponent("files"_ns)),
       journal_(staging_->stringByAppendingPathComponent("journal.plist"_ns)),
-      directories_(staging_->stringByAppendingPathComponent("directories.plist"_ns)) {}
+      list_(staging_->stringByAppendingPathComponent("brought.plist"_ns)) {}
 
 OutputDirectory::~OutputDirectory() {
     const qb::SavedErrors errors(qb::SavedErrors::kDiscard); // the run has failed for another reason
@@ -61,9 +97,8 @@ OutputDirectory::~OutputDirectory() {
 bool OutputDirectory::discard() {
     if (!std::exchange(hasStaged_, false))
         return true;
-    ::unlink(journal_->cString()); // first, so that it never names what is gone
-    removeDirectories(made_);
-    return removeTree(staging_);
+    // The journal first, so that it never names what is gone.
+    return removeFile(journal_) && takeBack(brought_) && removeTree(staging_);
 }
 
 bool OutputDirectory::lock() {
@@ -87,15 +122,15 @@ bool OutputDirectory::recover() {
     return lock() && finishEarlierRun();
 }
 
-// Without a journal, what an earlier run staged is of no use; with one, that run is decided and is finished
-// here.
+// Without a journal, what an earlier run staged and brought is of no use; with one, that run is decided and
+// is finished here.
 bool OutputDirectory::finishEarlierRun() {
     const bool isOurs = kindOf(staging_) == Kind::directory;
     Plan plan;
     if (isOurs && kindOf(journal_) != Kind::nothing)
         return readPlan(journal_, plan) && finish(plan);
-    if (isOurs && kindOf(directories_) != Kind::nothing && readPlan(directories_, plan))
-        removeDirectories(plan.removed);
+    if (isOurs && kindOf(list_) != Kind::nothing && (!readPlan(list_, plan) || !takeBack(plan.removed)))
+        return false;
     return !hasFailed() && removeTree(staging_);
 }
 
@@ -120,62 +155,96 @@ bool OutputDirectory::readListed(Manifest &manifest) const {
 
 bool OutputDirectory::exchange(const Plan &plan) {
     // What is staged is on the disk before the journal says that it is to be used.
-    if (!makeDirectories(plan.moved) || !synchronize() || !writePlan(plan, journal_))
+    if (!bringNewNames(plan.moved) || !synchronize() || !writePlan(plan, journal_))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not
     return finish(plan);
 }
 
-// Before anything is decided, for a full disk has no room for them. They are written down first, so that the
-// next run takes them away if this one is cut off.
-bool OutputDirectory::makeDirectories(NSArray *paths) {
-    const Ref<NSMutableSet> missing = NSMutableSet::init(); // in order
-    Ref<NSString> before; // the directory of the path before; most share theirs
-    for (id element : *paths) {
-        const NSAutoreleasePool pool;
-        NSString *const directory = static_cast<NSString *>(element)->stringByDeletingLastPathComponent();
-        if (!before || !before->isEqualToString(directory))
-            addMissing(directory, missing);
-        before = directory;
-    }
-    if (hasFailed() || missing->count() == 0)
+// They are written down first, so that the next run takes them away if this one is cut off.
+bool OutputDirectory::bringNewNames(NSArray *paths) {
+    NSArray *const names = newNames(paths);
+    if (hasFailed() || names->count() == 0)
         return !hasFailed();
-    made_ = missing->allObjects();
-    if (!writePlan({made_, NSArray::array()}, directories_))
+    if (!writePlan({names, NSArray::array()}, list_))
         return false;
-    for (id one : *made_)
-        if (::mkdir(place(one->stringValue())->cString(), 0777) != 0)
-            return failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(one->stringValue()));
+    brought_ = names;
+    for (id name : *names)
+        if (!bring(name->stringValue()))
+            return false;
     return true;
 }
 
-// The outermost first. Where a file or a link has to go before, directories are made when it has gone.
-void OutputDirectory::addMissing(NSString *directory, NSMutableSet *missing) const {
-    NSMutableArray *const found = NSMutableArray::array();
+// Those of the paths, and of the directories above them, that nothing has yet; a directory before what is in
+// it. What stands below a file or link that has to go first is not among them.
+NSArray *OutputDirectory::newNames(NSArray *paths) const {
+    const Ref<NSMutableSet> names = NSMutableSet::init(); // in order
+    Ref<NSString> before; // the directory of the path before; most share theirs
+    bool hasDirectory = false;
+    for (id element : *paths) {
+        const NSAutoreleasePool pool;
+        auto *path = static_cast<NSString *>(element);
+        NSString *const directory = path->stringByDeletingLastPathComponent();
+        if (!before || !before->isEqualToString(directory))
+            hasDirectory = addMissing(path, names);
+        before = directory;
+        if (hasDirectory && kindOf(place(path)) == Kind::nothing)
+            names->addObject(path);
+    }
+    return names->allObjects();
+}
+
+// Adds the directories that the path is in, the outermost first. Returns whether none has to wait.
+bool OutputDirectory::addMissing(NSString *path, NSMutableSet *names) const {
+    NSMutableArray *const missing = NSMutableArray::array();
+    NSString *directory = path->stringByDeletingLastPathComponent();
     while (directory->containsData() && kindOf(place(directory)) == Kind::nothing) {
-        found->insertObject(directory, 0);
+        missing->insertObject(directory, 0);
         directory = directory->stringByDeletingLastPathComponent();
     }
-    if (!directory->containsData() || kindOf(place(directory)) == Kind::directory)
-        missing->addObjectsFromArray(found);
+    if (linkAbove(path) || (directory->containsData() && kindOf(place(directory)) != Kind::directory))
+        return false;
+    names->addObjectsFromArray(missing);
+    return true;
 }
 
-// Those that are empty.
-void OutputDirectory::removeDirectories(NSArray *paths) const {
-    for (std::uint32_t i = paths->count(); i-- > 0;)
-        ::rmdir(place(paths->objectAtIndex(i)->stringValue())->cString());
+bool OutputDirectory::bring(NSString *name) {
+    const NSAutoreleasePool pool;
+    if (kindOf(staged(name)) == Kind::directory)
+        return ::mkdir(place(name)->cString(), 0777) == 0 ||
+               failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(name));
+    OSFilePath::renamePath(staged(name), place(name));
+    return !hasFailed();
 }
 
+// The innermost first. A file that is still staged is not the one in its place; what others put into a
+// directory stays with it.
+bool OutputDirectory::takeBack(NSArray *names) const {
+    for (std::uint32_t i = names->count(); i-- > 0;) {
+        const NSAutoreleasePool pool;
+        NSString *const name = names->objectAtIndex(i)->stringValue();
+        if (linkAbove(name))
+            continue;
+        const bool isBroughtFile = kindOf(staged(name)) == Kind::nothing;
+        if (!(isBroughtFile ? removeFile(place(name)) : removeIfEmpty(place(name))))
+            return false;
+    }
+    return removeFile(list_); // whoever has one of the names from now on keeps it
+}
+
+// The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves.
 bool OutputDirectory::finish(const Plan &plan) {
-    return (carryOut(plan) && removeTree(staging_)) || fail(__LINE__, kErrorUnfinished, path_.get());
+    return (removeFile(list_) && carryOut(plan) && removeTree(staging_)) ||
+           fail(__LINE__, kErrorUnfinished, path_.get());
 }
 
 bool OutputDirectory::carryOut(const Plan &plan) {
-    return remove(plan.removed) && move(plan.moved) && synchronize();
+    return remove(plan) && move(plan.moved) && synchronize();
 }
 
-bool OutputDirectory::remove(NSArray *paths) {
-    for (id element : *paths) {
+bool OutputDirectory::remove(const Plan &plan) {
+    NSSet *const kept = directoriesAbove(plan.moved); // those that something comes to
+    for (id element : *plan.removed) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         // After a run that was cut off, a new directory may have the name, or a new file or link that of one
@@ -185,10 +254,19 @@ bool OutputDirectory::remove(NSArray *paths) {
         if (hasFailed())
             return false;
         debug_printf(debugChannel, "%s is removed"_ns, path);
-        if (::unlink(place(path)->cString()) != 0 && errno != ENOENT && errno != EISDIR && errno != ENOTDIR)
-            return failWith(__LINE__, qb::kErrorCannotRemove, place(path));
-        removeEmptyDirectories(path_, path);
+        if (!removeFile(place(path)) || !removeDirectoriesAbove(path, kept))
+            return false;
     }
+    return true;
+}
+
+// Directories that are left empty go with their last file.
+bool OutputDirectory::removeDirectoriesAbove(NSString *path, NSSet *kept) const {
+    for (NSString *directory = path->stringByDeletingLastPathComponent();
+         directory->containsData() && !kept->containsObject(directory);
+         directory = directory->stringByDeletingLastPathComponent())
+        if (!removeIfEmpty(place(directory)))
+            return false;
     return true;
 }
 
@@ -198,24 +276,34 @@ bool OutputDirectory::move(NSArray *paths) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         if (kindOf(staged(path)) == Kind::nothing && !hasFailed())
-            continue; // a run that was cut off has moved it
+            continue; // it was brought before the journal, in its directory, or by a run that was cut off
         NSString *const directory = path->stringByDeletingLastPathComponent();
         const bool isPrepared = prepared && prepared->isEqualToString(directory);
-        if (hasFailed() || (!isPrepared && !prepareDirectory(path)))
+        if (hasFailed() || !(isPrepared ? replace(path) : moveWithDirectory(path)))
             return false;
         prepared = directory;
-        OSFilePath::renamePath(staged(path), place(path));
-        if (hasFailed())
-            return false;
     }
     return true;
 }
 
-// Makes the directory for a file that comes to its place.
-bool OutputDirectory::prepareDirectory(NSString *path) {
+// A directory that a file or link has left its name to comes as it is staged: to make it could need room.
+bool OutputDirectory::moveWithDirectory(NSString *path) {
     if (NSString *const link = linkAbove(path))
         return fail(__LINE__, kErrorInTheWay, place(link));
-    OSFilePath::makePath(place(path)->stringByDeletingLastPathComponent());
+    NSString *name = path;
+    for (NSString *directory = path->stringByDeletingLastPathComponent();
+         directory->containsData() && kindOf(place(directory)) == Kind::nothing;
+         directory = directory->stringByDeletingLastPathComponent())
+        name = directory;
+    if (name != path)
+        removeEmptyDirectories(staged(name));
+    return !hasFailed() && replace(name);
+}
+
+bool OutputDirectory::replace(NSString *name) {
+    if (!removeIfEmpty(place(name)))
+        return false;
+    OSFilePath::renamePath(staged(name), place(name));
     return !hasFailed();
 }
 

@@ -1,9 +1,11 @@
 // The directory that a site is published into, and how its files are exchanged.
 //
-// Everything new is first written below OUT/.publish/files. Then a journal names what is to be done, and with
-// that the run is decided: old files go, new ones are renamed to their place, the manifest last. A run that
-// finds a journal finishes what it says before it does anything else, so that a run that was cut off leaves
-// no mixed site behind.
+// Everything new is first written below OUT/.publish/files. New names, which a full disk may have no room
+// for, then come to their place, where nothing leads to them yet; a list has them, by which they are taken
+// away again when the run fails. Then a journal names what is to be done, and with that the run is decided:
+// old files go, the other new ones are renamed over what they replace, the manifest last. A run that finds a
+// journal finishes what it says before it does anything else, and one that finds only the list takes back
+// what it says, so that a run that was cut off leaves no mixed site behind.
 #ifndef PUBLISH_OUTPUTDIRECTORY_H
 #define PUBLISH_OUTPUTDIRECTORY_H
 
@@ -62,22 +64,26 @@ public:
 private:
     bool lock();
     bool finishEarlierRun();
-    bool makeDirectories(NSArray *paths);
-    void addMissing(NSString *directory, NSMutableSet *missing) const;
-    void removeDirectories(NSArray *paths) const;
+    bool bringNewNames(NSArray *paths);
+    NSArray *newNames(NSArray *paths) const;
+    bool addMissing(NSString *path, NSMutableSet *names) const;
+    bool bring(NSString *name);
+    bool takeBack(NSArray *names) const;
     bool finish(const Plan &plan);
     bool carryOut(const Plan &plan);
-    bool remove(NSArray *paths);
+    bool remove(const Plan &plan);
+    bool removeDirectoriesAbove(NSString *path, NSSet *kept) const;
     bool move(NSArray *paths);
-    bool prepareDirectory(NSString *path);
+    bool moveWithDirectory(NSString *path);
+    bool replace(NSString *name);
     bool synchronize();
 
     Ref<NSString> path_;
     Ref<NSString> staging_;
     Ref<NSString> files_;
     Ref<NSString> journal_;
-    Ref<NSString> directories_;           // lists those that are made before the journal
-    Ref<NSArray> made_ = NSArray::init(); // directories for what is staged, before it is decided
+    Ref<NSString> list_;                     // of what comes to its place before the journal
+    Ref<NSArray> brought_ = NSArray::init(); // the names in it
     int lock_ = -1;
     bool hasStaged_ = false;
 };

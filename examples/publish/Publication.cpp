@@ -280,24 +280,26 @@ bool Publication::isAboveOneOf(NSSet *paths, NSString *directory) {
     return false;
 }
 
-// Whether what has the file's name can be replaced. A directory has to be one that can be removed with the
-// last file in it.
+// Whether what has the file's name can be replaced. A directory has to be one that can be removed, being
+// empty or with the last file in it.
 bool Publication::isFree(NSString *path, NSSet *leaving) const {
-    if (kindOf(out_.place(path)) != Kind::directory)
-        return mayGo(out_.place(path)) || failWith(__LINE__, qb::kErrorCannotWrite, out_.place(path));
-    bool isLeft = true;
-    if (NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(out_.place(path))) {
-        for (id element : *inside) {
-            NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
-            if (leaving->containsObject(one))
-                isLeft = false;
-            else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
-                return fail(__LINE__, kErrorInTheWay, out_.place(one));
-            if (!canRemove(one))
-                return false;
-        }
+    NSString *const place = out_.place(path);
+    if (kindOf(place) != Kind::directory)
+        return mayGo(place) || failWith(__LINE__, qb::kErrorCannotWrite, place);
+    NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(place);
+    if (!inside)
+        return fail(__LINE__, kErrorInTheWay, place);
+    bool isLeft = inside->count() > 0;
+    for (id element : *inside) {
+        NSString *const one = path->stringByAppendingPathComponent(static_cast<NSString *>(element));
+        if (leaving->containsObject(one))
+            isLeft = false;
+        else if (kindOf(out_.place(one)) != Kind::directory || !isAboveOneOf(leaving, one))
+            return fail(__LINE__, kErrorInTheWay, out_.place(one));
+        if (!canRemove(one))
+            return false;
     }
-    return isLeft ? fail(__LINE__, kErrorInTheWay, out_.place(path)) : canRemove(path);
+    return isLeft ? fail(__LINE__, kErrorInTheWay, place) : canRemove(path);
 }
 
 } // namespace publish

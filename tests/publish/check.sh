@@ -101,6 +101,14 @@ page index.html '{ title = "\377"; }' x
 expect_failure 'a value that is no UTF-8' "index.html:1: "
 : >"$site/pages/index.html"
 expect_failure 'an empty page' 'index.html'
+chmod 2750 "$out/deep"
+mkdir "$site/pages/deep/text.html"
+mv "$site"/pages/deep/text.{txt,html}
+page index.html '{ title = T; }' x
+rm "$out/index.html"
+mkdir "$out/index.html"
+publish --quiet "$site" "$out" || fail 'an empty directory that has the name of a page'
+[ "$(stat -c %a "$out/deep")" = 2750 ] || fail 'the rights of a directory that all files have left'
 
 # Settings that the command line replaces.
 new_site
@@ -395,27 +403,36 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
     is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
     cuts=0
-    for call in mkdir write sendfile symlink fsync syncfs rename unlink rmdir 'rename failing' 'syncfs failing'; do
+    is_kept() { same "$work/old" || ! grep -qv "^Only in $out" "$work/difference"; } # and new names beside it
+    for call in mkdir write sendfile symlink fsync syncfs rename unlink unlinkat rmdir {rename,syncfs,rmdir}' failing'; do
         what=signal=KILL
         [ "$call" = "${call% failing}" ] || what=error=EIO
         for ((nth = 1; nth < 40; ++nth)); do
             restore
             ! injected "${call% failing}" $what $nth || break
             cuts=$((cuts + 1))
-            [ -e "$out/.publish/journal.plist" ] || same "$work/old" || same "$work/new" ||
+            [ -e "$out/.publish/journal.plist" ] || same "$work/new" || is_kept ||
                 fail "cut off at $call $nth: $(cat "$work/difference")"
+            if ((nth % 2)); then # a run without a site takes back or finishes, too
+                ! publish "$work/gone" "$out" 2>/dev/null
+                is_all "$work/old" || is_all "$work/new" || fail "a site between both after $call $nth"
+            fi
             publish --quiet "$site" "$out" || fail "the run after $call $nth"
             is_all "$work/new" ||
                 fail "the run after the one that was cut off at $call $nth: $(cat "$work/difference")"
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
-    restore
-    injected rename signal=KILL 3 && fail 'a run that was cut off succeeded'
-    mv "$site/site.plist" "$work/site.plist"
-    ! publish --quiet "$site" "$out" 2>/dev/null || fail 'a run without a site succeeded'
-    is_all "$work/new" || fail "a site that can't be read kept an earlier run unfinished: $(cat "$work/difference")"
-    mv "$work/site.plist" "$site"
+    while read -r call what nth left; do # what needs room comes before it is decided, and is taken back
+        restore
+        if injected "$call" "$what" "$nth"; then
+            [ "$call" = mkdir ] || fail "a run with $what at $call $nth succeeded"
+            continue
+        fi
+        [ "$what" = error=ENOSPC ] || ! publish "$work/gone" "$out" 2>/dev/null
+        is_all "$work/$left" || fail "no $left site after $call $nth with $what: $(cat "$work/difference")"
+    done < <(printf '%s\n' 'rename signal=KILL 3 old' 'rename signal=KILL 5 new' 'rename error=ENOSPC 2 old' &&
+        printf 'mkdir error=ENOSPC %s old\n' {1..30})
     restore
     for nth in {1..99}; do # sanitizers write something before the program begins
         injected write signal=INT "$nth" && fail 'an interrupted run succeeded'
@@ -423,6 +440,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     done
     grep -qF 'The run was interrupted' "$work/stderr" || fail "interruption: $(cat "$work/stderr")"
     is_all "$work/old" || fail 'the interrupted run left something'
+    injected rmdir error=EIO 1 && fail 'a directory of the site that could not be removed passed unseen'
     publish --quiet "$site" "$out"
     injected rmdir error=ENOTEMPTY 1 || fail 'what got a file while it was removed is left'
     injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
