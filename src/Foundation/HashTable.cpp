@@ -310,7 +310,8 @@ HashTable::Entry &HashTable::entryForCopyOf(NSObject *key) {
         return *entry;
     const Kept copy(key->copy());
     if (!copy.get())
-        throw InvalidArgumentException("NSDictionary setObject:forKey: must have a key whose copy is not nil.");
+        throw InvalidArgumentException(
+            "NSDictionary setObject:forKey: must have a key whose copy is not nil.");
     return entryFor(copy.get());
 }
 
