@@ -212,28 +212,4 @@ const Use kSockets[] = {
 
 QB_FAULT_SWEEP(Sockets, kSockets);
 
-// --- A full disk ---
-
-using FullDiskTest = PoolFixture;
-
 } // namespace
-
-TEST_F(FullDiskTest, IsToldByAllThatWritesInPlace) {
-    const Act acts[] = {
-        [](const Place &) { writeInSteps(QBFileOutputStream::streamWithFile("/dev/full"_ns)); },
-        [](const Place &) {
-            QBFileOutputStream::streamWithFilePointer(std::fopen("/dev/full", "w"))->writeNL();
-        },
-        [](const Place &) { EXPECT_FALSE("x"_ns->writeToFile("/dev/full"_ns, NO)); },
-        [](const Place &place) { _copyFile((place / "in").c_str(), "/dev", "full"); },
-    };
-    const TemporaryDirectory directory;
-    longFile(directory);
-    for (const Act &act : acts) {
-        inOwnPool([&] { act(directory); });
-        const auto row = &act - acts;
-        EXPECT_EQ(takenErrors().substr(0, 7), "(100024") << "row " << row;
-        EXPECT_NE(recordingErrorHandler()->raised.back().values.find("No space left"), std::string::npos)
-            << row;
-    }
-}
