@@ -66,6 +66,8 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) 
         EXPECT_TRUE(error.values().ends_with(" File name too long")) << error.values();
         EXPECT_EQ(directory_.read(longest), "old");
     }
+    expectError(100024, "/dev/full No space left on device",
+                [] { EXPECT_FALSE("x"_ns->writeToFile("/dev/full"_ns, /*atomically=*/NO)); });
     const Fault fault(Call::mkdir, /*skip=*/0, /*times=*/1, EACCES);
     EXPECT_EQ(QBFileOutputStream::streamWithFile(path("a/out")), nullptr);
     EXPECT_EQ(takenErrors(), "(100024, 100168)"); // the directory's error stays, too

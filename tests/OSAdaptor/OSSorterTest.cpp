@@ -1,7 +1,6 @@
 #include "Text/RandomText.h"
 #include "support/Locales.h"
 #include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <clocale>
 
@@ -101,26 +100,6 @@ TEST_F(OSSorterTest, ManyTextsComeAsThePassesLeaveThemInEachLanguage) {
             }
         }
     }
-}
-
-TEST_F(OSSorterTest, TheOrderIsThatOfTheCommandSort) {
-    NEED_LOCALE("de_DE.UTF-8");
-    Random random;
-    const TemporaryDirectory directory;
-    NSMutableArray *const lines = NSMutableArray::array();
-    std::string text;
-    for (int i = 0; i < 5000; ++i) {
-        const std::string line =
-            randomText(random, 1 + random.below(9), {"a", "b", "c", "Z", "ä", "Ö", "ß", "7"}) + "x";
-        lines->addObject(NSString::stringWith(line));
-        text += line + "\n";
-    }
-    directory.write("in", text);
-    const std::string command =
-        "LC_ALL=de_DE.UTF-8 sort -o '" + directory / "out" + "' '" + directory / "in" + "'";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    NSArray *const sorted = OSSorter::sorterForLanguage("de_DE"_ns)->sortArrayAscending(lines);
-    EXPECT_EQ(describe(sorted->stringsJoinedByString("\n"_ns)) + "\n", directory.read("out"));
 }
 
 TEST_F(OSSorterTest, TextsMayBeMadeBySortingInAnotherLanguage) {
