@@ -116,8 +116,14 @@ TEST_F(NSArchiverTest, EveryCutArchiveIsAnError) {
 }
 
 TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
-    const std::string one = "\2\0"s; // the root's value: object 0
-    const std::pair<NSData *, const char *> rows[] = {
+    const auto objectOf = [](const std::string &cls, const std::string &values) {
+        return archiveOf({cls}, {values}, "\2\0"s); // the root's value: object 0
+    };
+    const auto unfit = [=](const std::string &cls, const std::string &values, const std::string &offset) {
+        return std::pair(objectOf(cls, values),
+                         offset + " an object of class '" + cls + "' can't have its values");
+    };
+    const std::pair<NSData *, std::string> rows[] = {
         {nullptr, "0 it is no archive"},
         {dataOf("QBAR\2"), "4 it is of another version"},
         {dataOf("QBAR\1\xff\xff\xff\xff\xff\xff\xff\xff\xff\2"),
@@ -125,35 +131,29 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         {dataOf("QBAR\1\x80\0"s), "5 a count is not in its shortest form, or larger than 64 bits"},
         {dataOf("QBAR\1\1\xff\xff\xff\xff\x0fx"), "6 it has less bytes than a length says"},
         {archiveOf({"a", "a"}, {}, ""), "8 a name stands twice"},
-        {archiveOf({"NSString"}, {"\2\6\1a"}, one), "16 an object has no class"},
+        {objectOf("NSString", "\2\6\1a"), "16 an object has no class"},
         {dataOf(bytesOf(archiveOf({}, {}, "")) + "x"), "8 something stands behind its end"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\2\1"), "22 an index is too large"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\12"), "22 a value has an unknown type"},
         {archiveOf({"NSString"}, {"\1\6\1a"}, "\3\0"s), "22 a value has another type than its class reads"},
-        {archiveOf({"NSString"}, {"\1\6\1a\0"s}, one),
+        {objectOf("NSString", "\1\6\1a\0"s),
          "21 an object of class 'NSString' has more values than it reads"},
-        {archiveOf({"NSDate"}, {"\1\5\0\0\0\0\0\0\xf8\x7f"s}, one),
-         "16 an object of class 'NSDate' can't have its values"},
-        {archiveOf({"NSArray"}, {"\1\3\4\0"s}, one), "17 an object of class 'NSArray' can't have its values"},
-        {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x1f\1"}, one),
+        unfit("NSDate", "\1\5\0\0\0\0\0\0\xf8\x7f"s, "16"),
+        unfit("NSArray", "\1\3\4\0"s, "17"),
+        {objectOf("NSArray", "\1\3\xfe\xff\xff\xff\x1f\1"),
          "24 an object has less values than its class reads"},
-        {archiveOf({"NSArray"}, {"\1\3\xfe\xff\xff\xff\x7f\1"}, one),
+        {objectOf("NSArray", "\1\3\xfe\xff\xff\xff\x7f\1"),
          "17 a value does not fit the type that its class reads"},
-        {archiveOf({"NSArray"}, {"\1\3\2\2\0"s}, one), "19 a container holds itself"},
-        {archiveOf({"NSDictionary", "NSMutableString"}, {"\1\3\2\2\1\2\1", "\2\6\1a"}, one), // a key
+        {objectOf("NSArray", "\1\3\2\2\0"s), "19 a container holds itself"},
+        {archiveOf({"NSDictionary", "NSMutableString"}, {"\1\3\2\2\1\2\1", "\2\6\1a"}, "\2\0"s), // a key
          "38 an object of class 'NSDictionary' can't have its values"},
-        {archiveOf({"NSDictionary", "Leaf"}, {"\1\3\2\2\1\2\1", "\2"}, one), // another one
+        {archiveOf({"NSDictionary", "Leaf"}, {"\1\3\2\2\1\2\1", "\2"}, "\2\0"s), // another one
          "27 an object of class 'NSDictionary' can't have its values"},
-        {archiveOf({"NSCalendarDate"}, {"\1\5\0\0\0\0\0\0\0\0\0\0"s}, one),
-         "24 an object of class 'NSCalendarDate' can't have its values"},
-        {archiveOf({"NSNumber"}, {"\1\3\60\3\2"}, one),
-         "18 an object of class 'NSNumber' can't have its values"},
-        {archiveOf({"NSValue"}, {"\1\3\20\3\0\3\0"s}, one),
-         "17 an object of class 'NSValue' can't have its values"},
-        {archiveOf({"NSCharacterSet"}, {"\1\3\0\3\0\3\4\3\0\3\2\3\2\3\2"s}, one), // touching ranges
-         "24 an object of class 'NSCharacterSet' can't have its values"},
-        {archiveOf({"NSCharacterSet"}, {"\1\3\76\3\0\3\0"s}, one), // a class that is none
-         "24 an object of class 'NSCharacterSet' can't have its values"},
+        unfit("NSCalendarDate", "\1\5\0\0\0\0\0\0\0\0\0\0"s, "24"),
+        unfit("NSNumber", "\1\3\60\3\2", "18"),
+        unfit("NSValue", "\1\3\20\3\0\3\0"s, "17"),
+        unfit("NSCharacterSet", "\1\3\0\3\0\3\4\3\0\3\2\3\2\3\2"s, "24"), // touching ranges
+        unfit("NSCharacterSet", "\1\3\76\3\0\3\0"s, "24"),                // a class that is none
         {archiveOf({"k"}, {}, "\11\0\11\0\0"s), "12 a key has no value"},
         {archiveOf({"k"}, {}, "\11\0\0\11\0\0"s), "15 a key stands twice"},
     };

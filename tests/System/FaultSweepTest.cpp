@@ -56,8 +56,6 @@ void writeInSteps(QBFileOutputStream *stream) {
 }
 
 const Use kStreams[] = {
-    {"AtomicFile", oldFile,
-     [](const Place &place) { QBFileOutputStream::writeToFile("new"_ns, place.string("out"), YES); }},
     {"AtomicFileInSteps", oldFile,
      [](const Place &place) { writeInSteps(QBFileOutputStream::streamWithFile(place.string("out"), YES)); }},
     {"NewFileInNewDirectories", nothing,

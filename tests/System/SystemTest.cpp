@@ -2,37 +2,20 @@
 #include "System/Files.h"
 #include "System/Process.h"
 #include "System/Stdio.h"
-#include "support/Faults.h"
+#include "support/DirectoryFixture.h"
 #include "support/OpenDescriptors.h"
 #include "support/SocketPair.h"
 
-#include <QBFoundation/Foundation/NSAutoreleasePool.h>
-
-#include <gtest/gtest.h>
-
-#include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
 
 namespace {
 
 // Each test has a directory, and leaves no descriptor open.
-struct SystemTest : testing::Test {
+struct SystemTest : DirectoryFixture {
     ~SystemTest() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
 
-    const TemporaryDirectory directory_;
-
     const std::ptrdiff_t descriptorsBefore_ = openDescriptors();
-};
-
-// Two connected descriptors that close themselves: a reading and a writing end.
-struct Pipe {
-    Pipe() { EXPECT_EQ(sys::pipe(ends), 0); }
-    ~Pipe() {
-        sys::close(ends[0]);
-        sys::close(ends[1]);
-    }
-    int ends[2] = {-1, -1};
 };
 
 int wakeUpDescriptor = -1;
@@ -80,13 +63,12 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     const int opened = sys::open("/dev/null", O_RDONLY);
     const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);
     std::FILE *const file = sys::fopen(log.c_str(), "a");
-    const Pipe pipe;
-    const NSAutoreleasePool pool;
+    const Ref<OSPipe> pipe = OSPipe::init();
     const SocketPair sockets;
     ::dup2(kept, 0);
     for (const int descriptor :
-         {opened, inside, sys::fileno(file), pipe.ends[0], pipe.ends[1], sockets.server->socketHandle(),
-          sockets.client->socketHandle(), sockets.peer->socketHandle()}) {
+         {opened, inside, sys::fileno(file), pipe->readHandle(), pipe->writeHandle(),
+          sockets.server->socketHandle(), sockets.client->socketHandle(), sockets.peer->socketHandle()}) {
         EXPECT_GT(descriptor, 2);
         EXPECT_EQ(sys::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
     }
@@ -102,10 +84,10 @@ TEST_F(SystemTest, DirectoriesThatNeedNoSyncAreInSync) {
 
 TEST_F(SystemTest, LinesAndBlocksSurviveASignal) {
     char line[8];
-    const Pipe ends;
-    std::FILE *reader = sys::fdopen(::dup(ends.ends[0]), "r");
-    ASSERT_EQ(sys::writeAll(ends.ends[1], "ab", 2), 0);
-    wakeUpDescriptor = ends.ends[1];
+    const Ref<OSPipe> pipe = OSPipe::init();
+    std::FILE *reader = sys::fdopen(::dup(pipe->readHandle()), "r");
+    ASSERT_EQ(pipe->write("ab", 2), 2);
+    wakeUpDescriptor = pipe->writeHandle();
     const Alarm alarm(/*milliseconds=*/20, [](int) { sys::writeAll(wakeUpDescriptor, "c\n", 2); });
     EXPECT_EQ(sys::readLine(line, sizeof line, reader), 4u);
     EXPECT_STREQ(line, "abc\n");

@@ -3,13 +3,12 @@
 #include <QBFoundation/QBFoundation.h>
 
 #include "OSAdaptor/ProcessOutput.h"
+#include "support/OpenDescriptors.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string_view>
 #include <sys/wait.h>
 
@@ -27,9 +26,7 @@ struct State {
 State state() {
     long pages = 0;
     std::ifstream("/proc/self/statm").ignore(64, ' ') >> pages;
-    const auto open = std::filesystem::directory_iterator("/proc/self/fd");
-    return {pages * 4, std::distance(begin(open), end(open)),
-            ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD};
+    return {pages * 4, openDescriptors(), ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD};
 }
 
 // One start of each kind, each of which must do what it is to do.
@@ -37,9 +34,8 @@ bool runProcesses() {
     const NSAutoreleasePool pool;
     OSPipe *const output = OSPipe::pipe();
     const int end = output->writeHandle();
-    const Ref<OSProcess> echo =
-        OSProcess::initWithCommand("sh"_ns, NSArray::arrayWith({"-c"_ns, "echo $A"_ns}),
-                                   NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
+    const Ref<OSProcess> echo = OSProcess::initWithCommand(
+        "sh"_ns, script("echo $A"), NSDictionary::dictionaryWith({{"A"_ns, "b"_ns}}), nullptr, &end, nullptr);
     output->closeWriteHandle();
     bool isGood = contentOf(output) == "b\n" && echo->waitForProcessDoHang(YES) == 1;
 

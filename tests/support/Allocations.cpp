@@ -2,11 +2,9 @@
 
 #include <QBFoundation/Runtime/Memory.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <iterator>
-#include <type_traits>
-#include <utility>
 
 static bool isArmed = false;
 static unsigned toPass = 0;
@@ -36,23 +34,16 @@ std::int64_t blocksInUse() noexcept {
     return 0;
 }
 
-FreeListsAside::FreeListsAside() noexcept = default;
-FreeListsAside::~FreeListsAside() = default;
+void forgetFreeObjects() noexcept {}
 
 #else
 
-using FreeLists = std::remove_reference_t<decltype(qb::freeObjects)>;
-static FreeLists listsAside = {};
 static std::int64_t blocks = 0;
-
-static void *&next(void *object) {
-    return *static_cast<void **>(object);
-}
 
 static std::int64_t freeObjectCount() {
     std::int64_t count = 0;
     for (void *object : qb::freeObjects)
-        for (; object; object = next(object))
+        for (; object; object = *static_cast<void **>(object))
             ++count;
     return count;
 }
@@ -74,17 +65,8 @@ std::int64_t blocksInUse() noexcept {
     return blocks - freeObjectCount();
 }
 
-FreeListsAside::FreeListsAside() noexcept {
-    std::swap(qb::freeObjects, listsAside);
-}
-
-FreeListsAside::~FreeListsAside() {
-    std::swap(qb::freeObjects, listsAside);
-    for (std::size_t index = 0; index < std::size(listsAside); ++index)
-        while (void *const object = listsAside[index]) {
-            listsAside[index] = next(object);
-            next(object) = std::exchange(qb::freeObjects[index], object);
-        }
+void forgetFreeObjects() noexcept {
+    std::ranges::fill(qb::freeObjects, nullptr);
 }
 
 extern "C" {

@@ -202,7 +202,7 @@ public:
     explicit Sweep(const Use &use) : use_(use) {}
 
     void run() {
-        const FreeListsAside aside;
+        forgetFreeObjects();
         const NSAutoreleasePool pool;
         whole_ = perform<NoFault>(NoFault::kWay, 0); // also for what is made once and kept
         EXPECT_EQ(whole_.told, "") << "without a fault";
