@@ -86,7 +86,7 @@ private:
     // What has gone meanwhile, or can't be asked, is for the walk to tell.
     bool enter() {
         struct stat status;
-        if (sys::stat(path_.c_str(), &status) != 0 || !seen_.emplace(status.st_dev, status.st_ino).second)
+        if (sys::stat(path_.c_str(), &status) != 0 || !seen_.insert(Identity(status)).second)
             return true;
         Level level{path_.size(), {}};
         EntryNames links;
@@ -114,7 +114,7 @@ private:
     std::string path_;
     std::vector<Level> levels_;
     std::vector<Found> found_;
-    std::set<std::pair<dev_t, ino_t>> seen_; // directories
+    std::set<Identity> seen_; // directories
 };
 
 /// A walk that removes what it meets, without a directory open across its steps and with a stack of its own,
@@ -190,7 +190,8 @@ private:
                 path_ = found.directory + qb::files::kSeparator + name;
                 trace(__LINE__, "file '%s' exists: %d", path_.c_str(), 1);
                 trace(__LINE__, "file is directory: %d", 0);
-                if (!succeeds(sys::unlink(path_.c_str())) || qb::isErrorPending())
+                const bool isGone = sys::unlink(path_.c_str()) == 0 || errno == ENOENT;
+                if (!succeeds(isGone ? 0 : -1) || qb::isErrorPending())
                     return false;
             }
         path_ = top;

@@ -7,6 +7,7 @@
 #include "System/Files.h"
 #include "System/Memory.h"
 
+#include <compare>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -89,7 +90,7 @@ bool readLink(const char *path, std::string &text);
 struct Identity {
     Identity() = default;
     explicit Identity(const struct stat &status) : device(status.st_dev), number(status.st_ino) {}
-    bool operator==(const Identity &) const = default;
+    auto operator<=>(const Identity &) const = default;
 
     dev_t device = 0;
     ino_t number = 0;

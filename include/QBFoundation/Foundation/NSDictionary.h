@@ -431,8 +431,8 @@ public:
             objectsAndKeys...);
     }
 
-    /// Stores `object` under a copy of `key`, unless there is an equal key. Throws InvalidArgumentException
-    /// when one of them is nil.
+    /// Stores `object` under `key`, of which a new entry has a copy. Throws InvalidArgumentException when one
+    /// of them, or that copy, is nil.
     void setObjectForKey(id object, id key) override;
     /// Removes the key and its value; a key that is not there changes nothing, nil neither.
     void removeObjectForKey(id key) override;
