@@ -7,11 +7,11 @@
 #include "System/Files.h"
 #include "System/Memory.h"
 
-#include <compare>
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 class NSString;
 
@@ -90,7 +90,10 @@ bool readLink(const char *path, std::string &text);
 struct Identity {
     Identity() = default;
     explicit Identity(const struct stat &status) : device(status.st_dev), number(status.st_ino) {}
-    auto operator<=>(const Identity &) const = default;
+    bool operator==(const Identity &) const = default;
+    bool operator<(const Identity &other) const {
+        return std::pair(device, number) < std::pair(other.device, other.number);
+    }
 
     dev_t device = 0;
     ino_t number = 0;
