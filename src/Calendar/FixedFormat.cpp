@@ -39,22 +39,37 @@ constexpr auto shortNames(const std::array<std::string_view, count> &names) {
 constexpr auto kShortWeekdays = shortNames(kWeekdays);
 constexpr auto kShortMonths = shortNames(kMonths);
 
-/// Writes the day with a blank instead of a leading zero.
-void putPadded(char *target, std::int64_t day) {
-    putTwo(target, day);
-    if (day < 10)
-        target[0] = ' ';
-}
-
-/// Returns 0 for Sunday, by the days alone, so that it need not wait for the date.
-std::size_t weekdayOf(std::int64_t localSeconds) {
-    constexpr std::int64_t kAnySunday = daysFromCivil(0, 3, 5);
-    return static_cast<std::uint64_t>(localSeconds - kAnySunday * kSecondsPerDay) / kSecondsPerDay % 7;
-}
-
 /// Writes the name and its NUL.
 void putName(char *target, const char *names, std::size_t index) {
     std::memcpy(target, names + index * (kShortName + 1), kShortName + 1);
+}
+
+/// A day since 1970, and its parts but for the time of day.
+struct Day {
+    std::int64_t number = INT64_MIN; // none
+    Parts parts = {};
+};
+
+[[gnu::noinline]] void fill(Day &day, std::int64_t number) {
+    const Fields fields = civilFromDays(number);
+    Parts &parts = day.parts;
+    putStamp(fields, parts.stamp);
+    putTwo(parts.paddedDay, fields.day);
+    if (fields.day < 10)
+        parts.paddedDay[0] = ' ';
+    putName(parts.weekday, kShortWeekdays.data(), static_cast<std::size_t>(weekdayFromDays(number)));
+    putName(parts.month, kShortMonths.data(), static_cast<std::size_t>(fields.month - 1));
+    day.number = number;
+}
+
+/// Returns a day's parts, valid until the next call. Those of late are kept: the dates of a log, or of a
+/// site's files, lie on few days, and a day costs more than a time of day.
+const Parts &partsOfDay(std::int64_t number) {
+    static constinit std::array<Day, 64> kept{};
+    Day &day = kept[static_cast<std::uint64_t>(number) % kept.size()];
+    if (day.number != number)
+        fill(day, number);
+    return day.parts;
 }
 
 } // namespace
@@ -76,7 +91,6 @@ bool FixedFormat::add(char letter) {
         text_ += '%';
         return true;
     case 'a':
-        hasWeekday_ = true;
         addName(offsetof(Parts, weekday));
         return true;
     case 'b':
@@ -86,7 +100,6 @@ bool FixedFormat::add(char letter) {
         addPair(kDay);
         return true;
     case 'e':
-        hasPaddedDay_ = true;
         addPair(offsetof(Parts, paddedDay));
         return true;
     case 'H':
@@ -130,14 +143,13 @@ void FixedFormat::addName(std::size_t source) {
 }
 
 void FixedFormat::write(std::int64_t localSeconds, char *target) const {
-    const Fields fields = fieldsFromSeconds(localSeconds);
-    Parts parts;
-    putStamp(fields, parts.stamp);
-    if (hasPaddedDay_)
-        putPadded(parts.paddedDay, fields.day);
-    putName(parts.month, kShortMonths.data(), static_cast<std::size_t>(fields.month - 1));
-    if (hasWeekday_)
-        putName(parts.weekday, kShortWeekdays.data(), weekdayOf(localSeconds));
+    const auto sinceFirst = static_cast<std::uint64_t>(localSeconds - kFirstSecond);
+    const std::uint64_t days = sinceFirst / kSecondsPerDay;
+    const auto seconds = static_cast<std::uint32_t>(sinceFirst - days * kSecondsPerDay);
+    Parts parts = partsOfDay(static_cast<std::int64_t>(days) + kFirstSecond / kSecondsPerDay);
+    putTwo(parts.stamp + kHour, seconds / 3600);
+    putTwo(parts.stamp + kMinute, seconds / 60 % 60);
+    putTwo(parts.stamp + kSecond, seconds % 60);
     text::copyBytes(target, text_.data(), text_.size());
     const char *const source = reinterpret_cast<const char *>(&parts);
     for (const auto &[first, second] : copies_) {

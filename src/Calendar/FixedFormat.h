@@ -50,8 +50,6 @@ private:
     std::string text_;
     std::vector<std::array<Copy, 2>> copies_; // by twos, which takes fewer steps
     bool isPairFull_ = true;
-    bool hasWeekday_ = false,
-         hasPaddedDay_ = false; // others take no longer than looking whether they are wanted
     bool isFixed_ = true;
 };
 
