@@ -325,6 +325,11 @@ TEST_F(QBFileOutputStreamTest, ErrorHandlerThatThrowsLeavesNoFileBehindAndNoneOp
     directory_.makeDirectory("out/full");
     const auto open = openDescriptors();
     EXPECT_THROW(QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES)->close(), int);
+    QBFileOutputStream *const stream = QBFileOutputStream::streamWithFile(path("new"), /*atomically=*/YES);
+    {
+        const Fault fault(Call::fsync, /*skip=*/0, /*times=*/1, EIO);
+        EXPECT_THROW(stream->close(), int);
+    }
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(
         QBFileOutputStream::streamWithFile(path("decoded")), /*decode=*/YES);
     write(filter, "TWFuTW");
