@@ -95,6 +95,10 @@ const ZoneRef &utc();
 /// Null when the offset is beyond `kMaxZoneOffset`.
 ZoneRef fixedZone(std::int32_t offset, std::string_view name = {}, bool isDst = false);
 
+/// Returns the directory of the zone database, with a slash at the end: that of the variable TZDIR, or the
+/// system's.
+std::string zoneDirectory();
+
 /// Returns the zone called `name`: "GMT" with sign and hours ("GMT-11", "GMT+5:30"), "+hhmm" or "+hh" with
 /// either sign, east positive; "X DST", the zone or abbreviation X one hour ahead; otherwise an entry of the
 /// system's zone database.
@@ -113,7 +117,8 @@ ZoneRef zoneFromRule(std::string_view rule);
 ///
 /// It comes from the TZ variable (a database name, a path, a rule; a leading colon is ignored) or, without
 /// it, from /etc/localtime. A useless setting counts as UTC. Kept until TZ changes (by `setenv`, `putenv`,
-/// `unsetenv`, `clearenv` or another environment) or `resetSystemZone`.
+/// `unsetenv`, `clearenv` or another environment), until the next second after that file has changed, or
+/// until `resetSystemZone`.
 const ZoneRef &systemZone();
 
 /// Makes the next `systemZone` look anew.

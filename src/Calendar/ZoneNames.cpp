@@ -1,6 +1,7 @@
 // From names to zones.
 #include "Zone.h"
 
+#include "System/Clock.h"
 #include "System/Files.h"
 #include "System/Process.h"
 
@@ -11,13 +12,15 @@
 #include <cstring>
 #include <map>
 #include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <tuple>
 #include <utility>
 
 namespace qb::calendar {
 
 namespace {
 
-constexpr std::string_view kZoneDirectory = "/usr/share/zoneinfo/";
 constexpr const char *kLocalTime = "/etc/localtime";
 constexpr std::string_view kAheadSuffix = " DST";
 // More than the database has names; only made-up names reach it.
@@ -131,7 +134,7 @@ ZoneRef databaseZone(std::string_view entry, std::string_view name, int &error, 
     error = 0;
     if (!isSafeName(entry))
         return nullptr;
-    return zoneFromFile(std::string(kZoneDirectory).append(entry), name, error, advance);
+    return zoneFromFile(zoneDirectory().append(entry), name, error, advance);
 }
 
 /// Returns the zone `base` with clocks one hour ahead, called `name`; null when there is no such zone.
@@ -166,8 +169,8 @@ bool isLasting(int error) {
 ZoneRef zoneFromSetting(std::string_view setting, int &error) {
     if (setting.starts_with(':'))
         setting.remove_prefix(1);
-    if (setting.starts_with(kZoneDirectory))
-        setting.remove_prefix(kZoneDirectory.size());
+    if (const std::string directory = zoneDirectory(); setting.starts_with(directory))
+        setting.remove_prefix(directory.size());
     ZoneRef zone = setting.starts_with('/') ? zoneFromFile(std::string(setting), setting, error)
                                             : databaseZone(setting, setting, error);
     return zone || !isLasting(error) ? zone : zoneFromRule(setting);
@@ -233,8 +236,33 @@ private:
     std::string text_; // the entry's; empty when there is none
 };
 
+/// The file of the zone where TZ is not set.
+class LocalTimeFile {
+public:
+    /// Whether it is another one than before. Looking takes longer than writing a date: once a second will do.
+    bool hasChanged() {
+        const std::int64_t now = sys::wallSeconds();
+        return std::exchange(lookedAt_, now) != now && look();
+    }
+
+private:
+    bool look() {
+        struct stat status {};
+        if (sys::stat(kLocalTime, &status) != 0)
+            status = {};
+        const Version found(status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
+        return std::exchange(version_, found) != found;
+    }
+
+    using Version = std::tuple<dev_t, ino_t, std::int64_t, std::int64_t>;
+
+    std::int64_t lookedAt_ = -1;
+    Version version_;
+};
+
 struct SystemZone {
     ZoneVariable variable;
+    LocalTimeFile file;
     ZoneRef zone; // null: to be found
 };
 
@@ -248,6 +276,8 @@ const ZoneRef &findSystemZone(SystemZone &kept) {
     if (kept.variable.find() && kept.zone)
         return kept.zone;
     const char *const setting = kept.variable.value();
+    if (!setting)
+        kept.file.hasChanged(); // what is read now is what it is compared with
     int error = 0;
     kept.zone = setting ? zoneFromSetting(setting, error) : zoneFromLocalTime(error);
     if (!kept.zone && isLasting(error))
@@ -256,6 +286,11 @@ const ZoneRef &findSystemZone(SystemZone &kept) {
 }
 
 } // namespace
+
+std::string zoneDirectory() {
+    const char *const chosen = sys::getenv("TZDIR");
+    return chosen && *chosen ? std::string(chosen) + '/' : "/usr/share/zoneinfo/";
+}
 
 const ZoneRef &utc() {
     static const auto *const zone = new ZoneRef(fixedZone(0));
@@ -313,7 +348,12 @@ ZoneRef zoneFromRule(std::string_view rule) {
 
 const ZoneRef &systemZone() {
     SystemZone &kept = keptSystemZone();
-    return kept.zone && kept.variable.isInPlace() ? kept.zone : findSystemZone(kept);
+    if (kept.zone && kept.variable.isInPlace()) {
+        if (kept.variable.value() || !kept.file.hasChanged()) [[likely]]
+            return kept.zone;
+        kept.zone = nullptr;
+    }
+    return findSystemZone(kept);
 }
 
 void resetSystemZone() {

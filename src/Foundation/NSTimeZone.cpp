@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr const char *kZoneDirectory = "/usr/share/zoneinfo";
 constexpr std::int64_t kMillisecondsPerSecond = 1000;
 
 std::int64_t now() {
@@ -50,7 +49,7 @@ bool isZoneName(std::string_view name) {
 /// database.
 void listZones(const std::string &directory, std::vector<std::string> &names,
                std::vector<std::string> &directories) {
-    const std::string path = std::string(kZoneDirectory) + "/" + directory;
+    const std::string path = qb::calendar::zoneDirectory() + directory;
     const auto close = [](DIR *open) { qb::sys::closedir(open); };
     const std::unique_ptr<DIR, decltype(close)> open(qb::sys::opendir(path.c_str()), close);
     if (!open)

@@ -2,6 +2,7 @@
 
 #include "Attempt.h"
 #include "Descriptor.h"
+#include "Process.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -61,9 +62,10 @@ bool isPlainSink(std::FILE *file) {
 // Turns a plain stream, which may have been read, to writing. The descriptor is moved back to the stream's
 // place: behind it is what was read ahead.
 bool startWriting(std::FILE *file) {
-    // A byte that was pushed back has memory of its own, which a seek gives back.
-    const bool isInOrder = !file->_IO_save_base || ::fseeko(file, 0, SEEK_CUR) == 0;
-    if (isInOrder && ::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
+    // A byte that was pushed back has memory of its own, which a seek gives back, also one that fails.
+    if (file->_IO_save_base)
+        ::fseeko(file, 0, SEEK_CUR);
+    if (!file->_IO_save_base && ::fflush_unlocked(file) == 0 && file->_IO_read_ptr == file->_IO_read_end) {
         file->_IO_read_base = file->_IO_read_ptr = file->_IO_read_end = file->_IO_buf_base;
         if (::__overflow(file, EOF) == 0)
             return true;
@@ -89,6 +91,12 @@ bool writeCollected(std::FILE *file) {
     const bool isWritten = length == 0 || writePast(file, file->_IO_write_base, length, done);
     ::__fpurge(file); // what can't be written is lost
     return isWritten;
+}
+
+// Nobody tells which of all streams has lost what it had collected to a signal.
+int flushAll() {
+    const SignalsBlocked blocked(interruptingSignals());
+    return ::fflush_unlocked(nullptr);
 }
 
 // How many of the bytes a plain sink writes at once: whole lines, and what its buffer has no room for.
@@ -191,7 +199,9 @@ std::size_t fwrite(const void *buffer, std::size_t size, std::size_t count, std:
 
 int fflush(std::FILE *file) noexcept {
     return attempt(Call::fflush, [&] {
-        const bool isWritten = !file || !isPlainSink(file) || writeCollected(file);
+        if (!file)
+            return flushAll();
+        const bool isWritten = !isPlainSink(file) || writeCollected(file);
         return isWritten ? ::fflush_unlocked(file) : EOF;
     });
 }

@@ -1,9 +1,11 @@
 #include "Calendar/Zone.h"
 #include "Calendar/Format.h"
 
+#include "System/Clock.h"
 #include "System/Faults.h"
 #include "Text/RandomText.h"
 #include "TimeZoneSetting.h"
+#include "support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -203,7 +205,31 @@ TEST(ZoneTest, EveryChangeOfTheEnvironmentIsSeen) {
     EXPECT_EQ(systemZone()->name(), "Asia/Tokyo");
 }
 
+TEST(ZoneTest, DatabaseIsWhereTheVariableSays) {
+    const TemporaryDirectory directory("zones");
+    directory.makeDirectory("Own");
+    directory.write("Own/Place", contents(kDirectory + "Asia/Tokyo"));
+    setenv("TZDIR", directory.path().c_str(), 1);
+    const TimeZoneSetting setting("Own/Place");
+    EXPECT_EQ(systemZone()->offsetAt(0).seconds, 32400);
+    TimeZoneSetting::set((directory / "Own/Place").c_str());
+    EXPECT_EQ(systemZone()->name(), "Own/Place");
+    unsetenv("TZDIR");
+}
+
 #ifdef QB_FAULT_INJECTION
+TEST(ZoneTest, LocalTimeFileIsLookedAtEachSecond) {
+    using qb::sys::Call, qb::sys::Fault;
+    const TimeZoneSetting setting(nullptr);
+    const ZoneRef zone = systemZone();
+    const std::int64_t second = qb::sys::wallSeconds();
+    while (qb::sys::wallSeconds() == second)
+        qb::sys::sleep(10'000'000);
+    const Fault gone(Call::stat, /*skip=*/0, /*times=*/1, ENOENT);
+    EXPECT_NE(systemZone(), zone);
+    EXPECT_EQ(gone.hits(), 1u);
+}
+
 TEST(ZoneTest, PassingFailuresAreNotKept) {
     using qb::sys::Call, qb::sys::Fault;
     const Fault first(Call::open, /*skip=*/0, /*times=*/1, EMFILE);

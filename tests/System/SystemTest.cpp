@@ -6,8 +6,10 @@
 #include "support/OpenDescriptors.h"
 #include "support/SocketPair.h"
 
+#include <cctype>
 #include <sys/resource.h>
 #include <sys/time.h>
+#include <thread>
 
 namespace {
 
@@ -94,6 +96,44 @@ TEST_F(SystemTest, LinesAndBlocksSurviveASignal) {
     EXPECT_EQ(sys::fread(line, 1, 3, reader), 3u); // more than one signal brings
     EXPECT_EQ(std::string(line, 3), "c\nc");
     sys::fclose(reader);
+}
+
+TEST_F(SystemTest, FlushingAllStreamsLosesNothingToSignals) {
+    const Ref<OSPipe> pipe = OSPipe::init();
+    std::FILE *const writer = sys::fdopen(::dup(pipe->writeHandle()), "w");
+    const std::string text(200'000, 'x'); // more than the pipe takes
+    std::vector<char> buffer(text.size());
+    std::setvbuf(writer, buffer.data(), _IOFBF, buffer.size());
+    std::fwrite(text.data(), 1, text.size() - 1, writer);
+    std::size_t count = 0;
+    std::thread slowReader([&] {
+        for (char block[4096]; count < text.size() - 1;) {
+            sys::sleep(500'000);
+            count += static_cast<std::size_t>(sys::read(pipe->readHandle(), block, sizeof block));
+        }
+    });
+    {
+        const Alarm alarm(/*milliseconds=*/1, [](int) {});
+        EXPECT_EQ(sys::fflush(nullptr), 0);
+    }
+    EXPECT_EQ(sys::fclose(writer), 0);
+    pipe->closeWriteHandle();
+    slowReader.join();
+    EXPECT_EQ(count, text.size() - 1);
+}
+
+TEST_F(SystemTest, AnswerGoesOutAfterAByteOfTheQuestionWasPushedBack) {
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    std::FILE *const stream = sys::fdopen(ends[0], "r+");
+    char line[8];
+    sys::writeAll(ends[1], "Y\n", 2);
+    std::ungetc(std::tolower(std::fgetc(stream)), stream);
+    EXPECT_STREQ(std::fgets(line, sizeof line, stream), "y\n");
+    sys::print("thanks", 6, stream);
+    sys::fclose(stream);
+    EXPECT_EQ(sys::read(ends[1], line, sizeof line), 6);
+    sys::close(ends[1]);
 }
 
 TEST_F(SystemTest, SleepEndsAtItsTimeDespiteSignals) {
