@@ -146,15 +146,17 @@ bool QBBlowfishOutputFilter::gather(const char *&bytes, std::uint32_t &length, s
 }
 
 void QBBlowfishOutputFilter::encipher(const char *bytes, std::uint32_t length) {
-    if (pendingCount_ != 0) {
-        if (!gather(bytes, length, kBlock))
-            return;
-        writePendingBlock();
+    while (static_cast<std::uint64_t>(pendingCount_) + length >= kBlock) {
+        if (pendingCount_ != 0) {
+            gather(bytes, length, kBlock);
+            writePendingBlock();
+            continue;
+        }
+        const std::uint32_t count = length / kBlock;
+        writeBlocks(bytes, count);
+        bytes += count * kBlock;
+        length -= count * kBlock;
     }
-    const std::uint32_t count = length / kBlock;
-    writeBlocks(bytes, count);
-    bytes += count * kBlock;
-    length -= count * kBlock;
     gather(bytes, length, kBlock);
 }
 
@@ -180,17 +182,21 @@ void QBBlowfishOutputFilter::decipher(const char *bytes, std::uint32_t length) {
     gather(bytes, length, sizeof secrets_.pending);
 }
 
+void QBBlowfishOutputFilter::convert(const char *bytes, std::uint32_t count, char *target) {
+    const auto chain = isDeciphering_ ? &text::decipherBlowfishChain : &text::encipherBlowfishChain;
+    chain(secrets_.subkeys, secrets_.chain, bytes, count, target);
+}
+
 void QBBlowfishOutputFilter::writeBlocks(const char *bytes, std::uint32_t count) {
-    const auto convert = isDeciphering_ ? &text::decipherBlowfishChain : &text::encipherBlowfishChain;
     while (count != 0) {
         std::uint32_t taken = std::min(count, kJoinedBlocks);
         if (char *const room = target_->beginJoinedWrite(taken * kBlock)) {
-            convert(secrets_.subkeys, secrets_.chain, bytes, taken, room);
+            convert(bytes, taken, room);
             target_->endJoinedWrite(room + taken * kBlock);
         } else {
             char block[kBlock];
             taken = 1;
-            convert(secrets_.subkeys, secrets_.chain, bytes, taken, block);
+            convert(bytes, taken, block);
             target_->writeBuffer(block, sizeof block);
         }
         bytes += taken * kBlock;
@@ -198,11 +204,13 @@ void QBBlowfishOutputFilter::writeBlocks(const char *bytes, std::uint32_t count)
     }
 }
 
-// Writes the first block of those bytes.
+// Writes the first block of those bytes. It is taken out first, for the target's error may be written here.
 void QBBlowfishOutputFilter::writePendingBlock() {
-    writeBlocks(secrets_.pending, 1);
+    char block[kBlock];
+    convert(secrets_.pending, 1, block);
     pendingCount_ -= kBlock;
     std::memmove(secrets_.pending, secrets_.pending + kBlock, static_cast<std::size_t>(pendingCount_));
+    target_->writeBuffer(block, sizeof block);
 }
 
 void QBBlowfishOutputFilter::flush() {

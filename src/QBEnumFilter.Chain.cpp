@@ -73,9 +73,9 @@ id QBEnumFilter::stepSlowly(id object) {
         const id values[] = {argument1_, argument2_};
         return sendFor(object, object, values);
     }
-    const Ref<NSObject> receiver = target_; // whatever its operation does to the filter
+    const qb::Kept receiver(target_.get()); // and what it answers, whatever its operation does to the filter
     const id values[] = {object, argument1_, argument2_};
-    return sendFor(object, receiver, std::span(values).first(yields_ == Yields::answers ? 3 : 2));
+    return sendFor(object, receiver.get(), std::span(values).first(yields_ == Yields::answers ? 3 : 2));
 }
 
 id QBEnumFilter::sendFor(id object, id receiver, std::span<const id> values) {

@@ -51,7 +51,7 @@ NSString *phpElement(const Ref<NSObject> &element) {
 }
 
 NSString *phpEntry(const Ref<NSObject> &key, const Ref<NSObject> &value) {
-    NSString *const valueText = value ? value->asPhpString() : nullptr;
+    const Ref<NSString> valueText = value ? value->asPhpString() : nullptr;
     NSString *const keyText = key->asPhpString();
     if (!keyText || !valueText)
         return nullptr;

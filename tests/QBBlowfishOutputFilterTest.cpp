@@ -129,6 +129,25 @@ TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {
     EXPECT_EQ(writesOf(target).size(), 5u);
 }
 
+TEST_F(QBBlowfishOutputFilterTest, WhatItsTargetWritesToTheFilterGoesBehindTheBlock) {
+    struct Echo : QBOutputStream {
+        void _writeBuffer(const void *buffer, std::uint32_t length) override {
+            bytes.append(static_cast<const char *>(buffer), length);
+            if (QBOutputStream *const once = std::exchange(echo, nullptr))
+                once->writeBuffer("(e)", 3);
+        }
+        QBOutputStream *echo = nullptr;
+        std::string bytes;
+    };
+    const Ref<Echo> target = Ref<Echo>::adopt(new Echo);
+    const Ref<Filter> encoder = Filter::initWithKey(sixteen(), /*decrypt=*/NO, target, /*randomSeed=*/1);
+    encoder->writeBuffer(kText.data(), 5);
+    target->echo = encoder;
+    encoder->writeBuffer(kText.data() + 5, 10);
+    encoder->close();
+    EXPECT_EQ(deciphered(sixteen(), target->bytes), "Many han(e)ds make");
+}
+
 TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
     const auto headerOf = [](std::uint32_t seed) {
         const std::string header = enciphered(sixteen(), "", SIZE_MAX, seed).substr(0, 8);

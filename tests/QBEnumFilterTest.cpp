@@ -345,6 +345,26 @@ TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
     Probe::action = nullptr;
 }
 
+TEST_F(QBEnumFilterTest, ATargetMayReplaceItselfAndBeTheAnswer) {
+    struct Translator : ClientClass<Translator, NSObject, "Translator"> {
+        static qb::MethodTables methods() {
+            static const qb::Method table[] = {qb::method<"translate:">(&Translator::translate)};
+            return table;
+        }
+        id translate(id) {
+            filter->setFilterTarget(nullptr);
+            return this;
+        }
+        QBEnumObjectFilter *filter = nullptr;
+    };
+    Ref<Translator> target = Ref<Translator>::adopt(new Translator);
+    const auto filter = QBEnumObjectFilter::initWithTarget(target, "translate:"_sel, nullptr);
+    target->filter = filter;
+    target = nullptr;
+    NSArray *const filtered = NSArray::arrayWith({"a"_ns})->objectsFilteredWith(filter);
+    EXPECT_EQ(filtered->objectAtIndex(0)->retainCount(), 1u); // the array's
+}
+
 TEST_F(QBEnumFilterTest, AFilterMayGoBeforeWhatIsKnownOfItsChain) {
     NSArray *const elements = NSArray::arrayWith({"a"_ns, "b"_ns});
     const auto used = [&] {

@@ -28,6 +28,9 @@ QB_EXPORT extern const std::uint32_t initial_SBoxes[4][256];
 /// It keeps others from reading a content, not from changing it: a stream that was changed on its way
 /// deciphers to something else.
 ///
+/// A filter in front of this one flushes it when it is closed, before the end is written: a base64 filter
+/// behind it then has padding in its midst. Closing this one alone gives a text in one piece.
+///
 /// Each block of the result is one write of the target; a target that only collects bytes may get many blocks
 /// at once. Keys and blocks are wiped from memory when the stream goes.
 class QB_EXPORT QBBlowfishOutputFilter : public QBOutputStream {
@@ -117,6 +120,7 @@ private:
     bool gather(const char *&bytes, std::uint32_t &length, std::int32_t wanted);
     void encipher(const char *bytes, std::uint32_t length);
     void decipher(const char *bytes, std::uint32_t length);
+    void convert(const char *bytes, std::uint32_t count, char *target);
     void writeBlocks(const char *bytes, std::uint32_t count);
     void writePendingBlock();
     void endEnciphering();

@@ -338,9 +338,9 @@ void HashTable::removeAll() noexcept {
     for (std::uint32_t i = 0; i < used; ++i) {
         if (!entries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many entries as used
             continue;
-        entries[i].key->release();
+        entries[i].key->releaseElement();
         if (entries[i].value)
-            entries[i].value->release();
+            entries[i].value->releaseElement();
     }
     freeBuffer(entries, bytes);
 }

@@ -13,6 +13,7 @@
 #include "Foundation/NSObject.Tables.h"
 
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <ostream>
 #include <string>
@@ -20,12 +21,16 @@
 
 namespace {
 
-// So deep may destructors call each other before the rest is put aside: some 100 bytes of stack each.
+// So deep may the destructors of containers call each other before the rest is put aside: some 100 bytes of
+// stack each.
 constexpr unsigned kDeepestDestruction = 64;
+// A destructor may count on what it has released being gone. So its object's parts are put aside only when
+// this much of the stack is taken, that even a chain of a million ends.
+constexpr std::uintptr_t kMostStack = 64 * 1024;
 
-// The objects that were put aside. There are places for a few, so that a chain goes even without memory: it
-// puts one aside at a time, and the small objects beside it, which are taken in their turn. Only when all
-// places are taken are there others.
+// The objects that were put aside, each with a reference. There are places for a few, so that a chain goes
+// even without memory: it puts one aside at a time, and the small objects beside it, which are taken in their
+// turn. Only when all places are taken are there others.
 struct Waiting {
     static constexpr unsigned kPlaces = 64;
 
@@ -59,11 +64,14 @@ constinit Waiting waiting;
 
 // The destructors that are calling each other.
 constinit unsigned depth = 0;
+constinit std::uintptr_t outermostFrame = 0;
 
-// The object keeps a reference, so that what its destructor calls may retain and release it.
+std::uintptr_t frame() {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
+
 void destroyNow(NSObject *object) noexcept {
     ++depth;
-    object->retain();
     delete object;
     --depth;
 }
@@ -80,9 +88,34 @@ void destroyNow(NSObject *object) noexcept {
     }
 }
 
+// What was put aside may have found another owner meanwhile.
 [[gnu::noinline]] void destroyWaiting() noexcept {
-    while (waiting.count != 0)
-        destroyNow(waiting.take());
+    while (waiting.count != 0) {
+        NSObject *const object = waiting.take();
+        if (object->retainCount() > 1)
+            object->release();
+        else
+            destroyNow(object);
+    }
+}
+
+[[gnu::noinline]] bool isStackTaken() {
+    return outermostFrame - frame() > kMostStack; // stacks grow downwards; on another one, where it may end
+}
+
+// The object keeps a reference, so that what destructors call may retain and release it.
+void destroyOutermost(NSObject *object) noexcept {
+    object->retain();
+    outermostFrame = frame();
+    destroyNow(object);
+    if (waiting.count != 0) [[unlikely]]
+        destroyWaiting();
+}
+
+void destroyInside(NSObject *object, bool mayWait) noexcept {
+    object->retain();
+    if (!mayWait || !putAside(object))
+        destroyNow(object);
 }
 
 std::string placeOf(const NSObject *object, const char *selector) {
@@ -94,11 +127,15 @@ std::string placeOf(const NSObject *object, const char *selector) {
 namespace qb {
 
 void destroy(NSObject *object) noexcept {
-    if (depth >= kDeepestDestruction && putAside(object))
-        return;
-    destroyNow(object);
-    if (depth == 0 && waiting.count != 0) [[unlikely]]
-        destroyWaiting();
+    if (depth == 0)
+        return destroyOutermost(object);
+    destroyInside(object, depth >= kDeepestDestruction && isStackTaken());
+}
+
+void destroyElement(NSObject *object) noexcept {
+    if (depth == 0)
+        return destroyOutermost(object);
+    destroyInside(object, depth >= kDeepestDestruction);
 }
 
 } // namespace qb

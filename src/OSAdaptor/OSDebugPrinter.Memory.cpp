@@ -8,6 +8,7 @@
 
 #include <cinttypes>
 #include <cstdint>
+#include <new>
 
 namespace {
 
@@ -19,9 +20,13 @@ constexpr int kAllocationLine = 97;
 
 void *_malloc(std::size_t size) {
     void *const memory = qb::sys::allocate(size);
-    if (!memory)
+    if (memory)
+        return memory;
+    try {
         qb::raiseError(kAllocationFile, kAllocationLine, qb::kErrorOutOfMemory);
-    return memory;
+    } catch (const std::bad_alloc &) { // then null alone tells
+    }
+    return nullptr;
 }
 
 void *_dbgMalloc(std::size_t size, int line, const char *file) {

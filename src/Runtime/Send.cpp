@@ -69,11 +69,17 @@ Value sendValues(id receiver, SEL selector, const Value *values, std::size_t cou
         isOwned = method->resultType().isOwned;
         return method->invoke(receiver, values, count);
     }
-    NSInvocation *const invocation = NSInvocation::invocationWithTarget(receiver, selector);
+    // Not left to the pool, for the receiver, which it retains, may be one that is being destroyed.
+    const auto invocation = Ref<NSInvocation>::adopt(new NSInvocation);
+    invocation->setTarget(receiver);
+    invocation->setSelector(selector);
     invocation->setArguments(std::vector<Value>(values, values + count));
     receiver->forwardInvocation(invocation);
     isOwned = invocation->returnsOwned();
-    return invocation->returnValue();
+    const Value result = invocation->returnValue();
+    if (!isOwned)
+        Ref<NSObject>(result.object()).autorelease(); // nobody else may keep it
+    return result;
 }
 
 void throwWrongResult(id receiver, SEL selector, const Type &wanted) {

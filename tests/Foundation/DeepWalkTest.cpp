@@ -56,6 +56,55 @@ TEST_F(DeepWalkTest, NestedArraysAreDestroyedWithoutMemory) {
     }
 }
 
+namespace {
+
+struct Owner : NSObject {
+    struct Part : NSObject {
+        explicit Part(Owner *itsOwner) : owner(itsOwner) { ++count; }
+        ~Part() override {
+            --count;
+            const Ref<Owner> inUse = owner;
+        }
+        static inline int count = 0;
+        Owner *const owner;
+    };
+
+    ~Owner() override {
+        const int others = part ? Part::count - 1 : 0;
+        part = nullptr;
+        EXPECT_EQ(Part::count, others);
+    }
+
+    Ref<Part> part = Ref<Part>::adopt(new Part(this));
+    Ref<NSObject> next;
+};
+
+} // namespace
+
+TEST_F(DeepWalkTest, PartsGoBeforeTheirOwnerWhateverIsAroundIt) {
+    for (int depth = 55; depth < 75; ++depth) { // from 64 on what an array holds waits
+        Ref<Owner> owner = Ref<Owner>::adopt(new Owner);
+        const id other = new Owner::Part(owner); // goes first, and uses one that may be waiting
+        Ref<NSObject> object = NSArray::initWith({other, owner.get()});
+        other->release();
+        owner = nullptr;
+        for (int i = 0; i < depth; ++i)
+            object = NSArray::initWith({object.get()});
+        object = nullptr;
+        EXPECT_EQ(Owner::Part::count, 0) << depth;
+    }
+    EXPECT_TRUE(runOnSmallStack([] {
+        Ref<Owner> chain;
+        for (int i = 0; i < kDeep; ++i) {
+            const Ref<NSObject> rest = chain;
+            chain = Ref<Owner>::adopt(new Owner);
+            chain->part = nullptr;
+            chain->next = rest;
+        }
+    }));
+    EXPECT_EQ(Owner::Part::count, 0);
+}
+
 TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     const auto list = [](const char *text) { return NSArray::arrayWithObject(NSString::stringWith(text)); };
     NSSet *const set = NSSet::setWithObjects(list("a"), list("b"), list("c"));

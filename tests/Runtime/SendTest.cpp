@@ -61,6 +61,26 @@ struct Proxy : NSObject {
     Ref<NSObject> target_;
 };
 
+/// Results and parameters of each form that C++ has for them.
+struct Page : NSObject {
+    static Class *cls() {
+        static const qb::Method methods[] = {
+            qb::method<"title">(&Page::title), qb::method<"heading">(&Page::heading),
+            qb::method<"values">(&Page::values), qb::method<"isBefore:">(&Page::isBefore)};
+        static Class *const self = new Class("Page", NSObject::cls(), methods);
+        return self;
+    }
+    Class *classObject() const override { return cls(); }
+    ~Page() override { EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException); }
+    const Ref<NSString> &title() const { return title_; }
+    NSString *const &heading() const { return heading_; }
+    qb::ArgList values() const { return qb::ArgList(std::vector<qb::Value>{1, "b"}); }
+    BOOL isBefore(const Page *other) const { return title_->compare(other->title_) < 0 ? YES : NO; }
+
+    Ref<NSString> title_ = NSString::initWith("a title on the heap");
+    NSString *heading_ = title_;
+};
+
 /// Lets go of the invocation that it is called by, and of its values.
 struct Careless : NSObject {
     static Class *cls() {
@@ -164,6 +184,30 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
         careless->invocation->setArguments({NSString::stringWith("a text on the heap")});
     }
     careless->invocation->invoke();
+}
+
+TEST_F(SendTest, ResultsAndParametersMayBeReferencesAndConstant) {
+    const NSAutoreleasePool pool; // whose end finds nothing of a page that is gone
+    const Ref<Page> page = Ref<Page>::adopt(new Page), other = Ref<Page>::adopt(new Page);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(send<Ref<NSString>>(page, "title"_sel), page->title_);
+        EXPECT_EQ(send<NSString *>(page, "heading"_sel), page->heading_);
+        EXPECT_STREQ(send<qb::ArgList>(page, "values"_sel)[1].as<const char *>(), "b");
+        EXPECT_EQ(send<BOOL>(page, "isBefore:"_sel, other.get()), NO);
+        EXPECT_EQ(send<BOOL>(page, "isBefore:"_sel, static_cast<const Page *>(other.get())), NO);
+    }
+    EXPECT_EQ(page->title_->retainCount(), 1u);
+    NSInvocation *const invocation = NSInvocation::invocationWithTarget(page, "title"_sel);
+    invocation->invoke();
+    EXPECT_EQ(page->title_->retainCount(), 2u);
+    EXPECT_TRUE(invocation->returnsOwned());
+
+    int numbers[] = {1, 2};
+    static const unsigned char constant[] = {1, 2};
+    EXPECT_EQ(qb::Value(numbers).as<int *>(), numbers);
+    EXPECT_EQ(qb::Value(constant).as<const void *>(), constant);
+    EXPECT_THROW(static_cast<void>(qb::Value(constant).as<void *>()), InvalidArgumentException);
+    EXPECT_EQ(NSString::cls()->makeMutable(), NSString::cls());
 }
 
 TEST_F(SendTest, ResultsAndValuesHaveTheDigitsOfTheirTypes) {

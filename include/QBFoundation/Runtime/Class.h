@@ -103,6 +103,7 @@ public:
 
     NSString *description() const override;
     Ref<NSObject> copyWithZone(void *zone) const override;
+    id makeMutable() const override { return self(); }
 
     /// The class's own operations, in the order of its tables.
     std::span<const std::unique_ptr<qb::Method>> ownMethods() const { return methods_; }

@@ -31,8 +31,9 @@ public:
     const Type &resultType() const { return *types_[0]; }
     const Type &parameterType(std::uint32_t index) const { return *types_[index + 1]; }
 
-    /// Calls the operation with values converted one by one. Values beyond those named become the variable
-    /// ones. Throws InvalidArgumentException when their number or a kind is wrong.
+    /// Calls the operation with values converted one by one, on an object that finds it, which is not
+    /// checked. Values beyond those named become the variable ones. Throws InvalidArgumentException when
+    /// their number or a kind is wrong.
     Value invoke(id receiver, const Value *values, std::size_t count) const;
 
     /// Whether a message to `cls` or to an object of it finds this operation.

@@ -128,15 +128,16 @@ decltype(auto) unpass(PassedAs<T> value) {
         return static_cast<D>(value);
 }
 
-// A result on its way out: an owned object leaves with its reference.
+// A result on its way out: an owned object leaves with its reference, a list with its values.
 template <class R>
 struct Result {
-    using As = PassedAs<R>;
-    static As pass(R value) {
-        if constexpr (IsRef<R>::value)
+    using D = std::decay_t<R>;
+    using As = std::decay_t<PassedAs<D>>;
+    static As pass(D value) {
+        if constexpr (IsRef<D>::value)
             return value.detach();
         else
-            return detail::pass<R>(value);
+            return detail::pass<D>(value);
     }
 };
 template <>
@@ -146,7 +147,7 @@ struct Result<void> {
 
 template <class R>
 Value valueOfResult(typename Result<R>::As result) {
-    if constexpr (IsRef<R>::value)
+    if constexpr (IsRef<std::decay_t<R>>::value)
         return Value::adopting(result);
     else
         return Value(unpass<R>(result));
@@ -192,7 +193,7 @@ bool beginsWithNSObject() {
 // Whether a result leaves a member just as it leaves its typed entry.
 template <class R>
 bool leavesUnchanged() {
-    if constexpr (std::is_void_v<R> || IsRef<std::decay_t<R>>::value)
+    if constexpr (std::is_void_v<R> || std::is_reference_v<R> || IsRef<std::decay_t<R>>::value)
         return false;
     else if constexpr (kindOf<R>() == Kind::object)
         return beginsWithNSObject<std::remove_pointer_t<R>>();

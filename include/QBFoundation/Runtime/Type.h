@@ -77,7 +77,7 @@ constexpr Kind kindOfPointer() {
         return Kind::classObject;
     } else if constexpr (std::is_class_v<P>) {
         static_assert(Complete<P>, "include the header of the class that this pointer points to");
-        return std::is_convertible_v<P *, NSObject *> ? Kind::object : Kind::pointer;
+        return std::is_convertible_v<std::remove_const_t<P> *, NSObject *> ? Kind::object : Kind::pointer;
     } else {
         return Kind::pointer;
     }
@@ -148,7 +148,7 @@ constexpr bool isSignedInteger() {
 /// The object that a pointer or a `Ref` refers to.
 template <class T>
 id plainPointer(T *object) {
-    return object;
+    return const_cast<std::remove_const_t<T> *>(object);
 }
 template <class T>
 id plainPointer(const Ref<T> &reference) {

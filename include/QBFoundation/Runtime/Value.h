@@ -8,6 +8,7 @@
 #include <QBFoundation/Runtime/Type.h>
 
 #include <cfloat>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -40,6 +41,8 @@ public:
 
     template <class T>
     requires(kindOf<T>() != Kind::none) Value(const T &value) : kind_(kindOf<T>()) { store(value); }
+    template <class T, std::size_t count>
+    requires(kindOf<T *>() != Kind::none) Value(T (&array)[count]) : Value(static_cast<T *>(array)) {}
     Value(std::nullptr_t) noexcept : info_(&typeid(std::nullptr_t)), kind_(Kind::pointer) {}
     template <FixedString Text>
     Value(SelectorLiteral<Text> selector) : Value(selector.selector()) {}
@@ -187,7 +190,7 @@ void Value::store(const T &value) {
     } else if constexpr (kind == Kind::cString) {
         payload_.pointer = value;
         info_ = &typeid(char);
-        isConst_ = std::is_array_v<T> || std::is_const_v<std::remove_pointer_t<T>>;
+        isConst_ = std::is_const_v<std::remove_pointer_t<T>>;
     } else if constexpr (kind == Kind::pointer) {
         payload_.pointer = value;
         info_ = &typeid(std::remove_cv_t<std::remove_pointer_t<T>>);
