@@ -62,20 +62,20 @@ struct Proxy : NSObject {
 };
 
 /// Results and parameters of each form that C++ has for them.
-struct Page : NSObject {
+struct Sheet : NSObject {
     static Class *cls() {
         static const qb::Method methods[] = {
-            qb::method<"title">(&Page::title), qb::method<"heading">(&Page::heading),
-            qb::method<"values">(&Page::values), qb::method<"isBefore:">(&Page::isBefore)};
-        static Class *const self = new Class("Page", NSObject::cls(), methods);
+            qb::method<"title">(&Sheet::title), qb::method<"heading">(&Sheet::heading),
+            qb::method<"values">(&Sheet::values), qb::method<"isBefore:">(&Sheet::isBefore)};
+        static Class *const self = new Class("Sheet", NSObject::cls(), methods);
         return self;
     }
     Class *classObject() const override { return cls(); }
-    ~Page() override { EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException); }
+    ~Sheet() override { EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException); }
     const Ref<NSString> &title() const { return title_; }
     NSString *const &heading() const { return heading_; }
     qb::ArgList values() const { return qb::ArgList(std::vector<qb::Value>{1, "b"}); }
-    BOOL isBefore(const Page *other) const { return title_->compare(other->title_) < 0 ? YES : NO; }
+    BOOL isBefore(const Sheet *other) const { return title_->compare(other->title_) < 0 ? YES : NO; }
 
     Ref<NSString> title_ = NSString::initWith("a title on the heap");
     NSString *heading_ = title_;
@@ -187,19 +187,19 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
 }
 
 TEST_F(SendTest, ResultsAndParametersMayBeReferencesAndConstant) {
-    const NSAutoreleasePool pool; // whose end finds nothing of a page that is gone
-    const Ref<Page> page = Ref<Page>::adopt(new Page), other = Ref<Page>::adopt(new Page);
+    const NSAutoreleasePool pool; // whose end finds nothing of a sheet that is gone
+    const Ref<Sheet> sheet = Ref<Sheet>::adopt(new Sheet), other = Ref<Sheet>::adopt(new Sheet);
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(send<Ref<NSString>>(page, "title"_sel), page->title_);
-        EXPECT_EQ(send<NSString *>(page, "heading"_sel), page->heading_);
-        EXPECT_STREQ(send<qb::ArgList>(page, "values"_sel)[1].as<const char *>(), "b");
-        EXPECT_EQ(send<BOOL>(page, "isBefore:"_sel, other.get()), NO);
-        EXPECT_EQ(send<BOOL>(page, "isBefore:"_sel, static_cast<const Page *>(other.get())), NO);
+        EXPECT_EQ(send<Ref<NSString>>(sheet, "title"_sel), sheet->title_);
+        EXPECT_EQ(send<NSString *>(sheet, "heading"_sel), sheet->heading_);
+        EXPECT_STREQ(send<qb::ArgList>(sheet, "values"_sel)[1].as<const char *>(), "b");
+        EXPECT_EQ(send<BOOL>(sheet, "isBefore:"_sel, other.get()), NO);
+        EXPECT_EQ(send<BOOL>(sheet, "isBefore:"_sel, static_cast<const Sheet *>(other.get())), NO);
     }
-    EXPECT_EQ(page->title_->retainCount(), 1u);
-    NSInvocation *const invocation = NSInvocation::invocationWithTarget(page, "title"_sel);
+    EXPECT_EQ(sheet->title_->retainCount(), 1u);
+    NSInvocation *const invocation = NSInvocation::invocationWithTarget(sheet, "title"_sel);
     invocation->invoke();
-    EXPECT_EQ(page->title_->retainCount(), 2u);
+    EXPECT_EQ(sheet->title_->retainCount(), 2u);
     EXPECT_TRUE(invocation->returnsOwned());
 
     int numbers[] = {1, 2};
