@@ -1,7 +1,6 @@
 #include "OutputDirectory.h"
 
 #include "Channels.h"
-#include "Files.h"
 #include "Messages.h"
 #include "OwnFiles.h"
 
@@ -135,11 +134,17 @@ bool OutputDirectory::finishEarlierRun() {
 }
 
 NSString *OutputDirectory::linkAbove(NSString *path) const {
-    for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
-         directory = directory->stringByDeletingLastPathComponent())
+    const std::string_view text = path->view();
+    for (std::size_t end = text.find('/'); end != text.npos; end = text.find('/', end + 1)) {
+        NSString *const directory = NSString::stringWith(text.substr(0, end));
         if (kindOf(place(directory)) == Kind::link)
             return directory;
+    }
     return nullptr;
+}
+
+Kind OutputDirectory::kindInPlace(NSString *path) const {
+    return linkAbove(path) ? Kind::nothing : kindOf(place(path));
 }
 
 bool OutputDirectory::stageManifest(const Manifest &manifest) {
@@ -196,13 +201,15 @@ NSArray *OutputDirectory::newNames(NSArray *paths) const {
 
 // Adds the directories that the path is in, the outermost first. Returns whether none has to wait.
 bool OutputDirectory::addMissing(NSString *path, NSMutableSet *names) const {
+    if (linkAbove(path))
+        return false;
     NSMutableArray *const missing = NSMutableArray::array();
     NSString *directory = path->stringByDeletingLastPathComponent();
     while (directory->containsData() && kindOf(place(directory)) == Kind::nothing) {
         missing->insertObject(directory, 0);
         directory = directory->stringByDeletingLastPathComponent();
     }
-    if (linkAbove(path) || (directory->containsData() && kindOf(place(directory)) != Kind::directory))
+    if (directory->containsData() && kindOf(place(directory)) != Kind::directory)
         return false;
     names->addObjectsFromArray(missing);
     return true;

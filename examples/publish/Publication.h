@@ -4,6 +4,9 @@
 
 #include "OutputDirectory.h"
 
+#include <optional>
+#include <utility>
+
 namespace publish {
 
 /// How many files a run changed.
@@ -36,6 +39,8 @@ public:
     const Counts &counts() const { return counts_; }
 
 private:
+    using Identity = std::pair<dev_t, ino_t>;
+
     bool claim(NSString *path);
     bool isTaken(NSString *path) const;
     bool isInPlace(NSString *path, NSData *text);
@@ -44,6 +49,7 @@ private:
     void count(NSString *path, bool isUnchanged);
     bool addManifest();
     NSArray *vanished() const;
+    std::optional<Identity> identityOf(NSString *path) const;
     NSArray *withoutOurs(NSArray *paths) const;
     bool canCarryOut(const Plan &plan) const;
     bool canRemove(NSString *path) const;

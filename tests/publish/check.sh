@@ -391,12 +391,15 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     mkdir -p "$site/assets/e/e"
     echo more >"$site/assets/e/e/more"
     ln -s loop "$site/assets/loop"
+    ln -s more "$site/assets/d/l"
+    mkdir "$site/assets/d/e"
+    echo more >"$site/assets/d/e/more"
     publish --quiet "$site" "$work/old"
     page index.html '{ title = New; }' changed
-    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e,loop}
-    ln -s d "$site/assets/e"
-    mkdir "$site"/assets/{data.bin,loop}
-    echo new | tee "$site"/assets/{data.bin,loop}/new >/dev/null
+    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,d,e,loop,way}
+    ln -s way "$site/assets/e"
+    mkdir -p "$site"/assets/{data.bin,loop,way/l}
+    echo new | tee "$site"/assets/{{data.bin,loop,way/l}/new,way/{more,e}} >/dev/null # once d's, behind a link
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     restore() { rm -rf "$out" && cp -a "$work/old" "$out"; }
