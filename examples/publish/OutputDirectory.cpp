@@ -239,10 +239,12 @@ bool OutputDirectory::takeBack(NSArray *names) const {
     return removeFile(list_); // whoever has one of the names from now on keeps it
 }
 
-// The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves.
+// The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves. When
+// all is done the journal goes: whoever has one of the names from then on keeps it.
 bool OutputDirectory::finish(const Plan &plan) {
-    return (removeFile(list_) && carryOut(plan) && removeTree(staging_)) ||
-           fail(__LINE__, kErrorUnfinished, path_.get());
+    return ((removeFile(list_) && carryOut(plan) && removeFile(journal_)) ||
+            fail(__LINE__, kErrorUnfinished, path_.get())) &&
+           removeTree(staging_);
 }
 
 bool OutputDirectory::carryOut(const Plan &plan) {

@@ -156,13 +156,14 @@ bool Publication::addAssets(NSString *directory) {
 
 // --- The commit ---
 
-// What an earlier run wrote and this one does not.
+// What an earlier run wrote and this one does not. A directory that has such a name is not ours.
 NSArray *Publication::vanished() const {
     NSMutableArray *const old = NSMutableArray::array();
     for (id element : *listed_.files) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        if (!isTaken(path) && out_.kindInPlace(path) != Kind::nothing)
+        const Kind kind = isTaken(path) ? Kind::nothing : out_.kindInPlace(path);
+        if (kind != Kind::nothing && kind != Kind::directory)
             old->addObject(path);
     }
     if (hasFailed())

@@ -75,10 +75,11 @@ rm -r "$site/assets/d"
 echo file >"$site/assets/d"
 echo foreign >"$out/assets/d/foreign"
 expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
-rm "$out/assets/d/foreign"
-mkdir "$out/assets/d/empty"
-expect_failure 'a file where a directory of others is' "assets/d/empty' is in the way of the site."
-rmdir "$out/assets/d/empty"
+mv "$out/assets/d"/{more,foreign}
+mkdir "$out/assets/d/more"
+expect_failure 'a file where a directory of others is' "assets/d/more' is in the way of the site."
+rmdir "$out/assets/d/more"
+mv "$out/assets/d"/{foreign,more}
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed" publish "$site" "$out"
 echo other >"$work/other"
 mv "$site/assets" "$work/assets"
@@ -380,9 +381,9 @@ as=()
 
 # A run that is cut off at any of its changes leaves the old site, or is finished by the next one.
 if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/null true 2>/dev/null; then
-    injected() { # CALL WHAT NUMBER
+    injected() { # CALL WHAT NUMBER [OPTION …]
         (
-            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" \
+            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" "${@:4}" \
                 "$program" --quiet "$site" "$out"
             exit $?
         ) 2>"$work/stderr"
@@ -448,6 +449,9 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     injected rmdir error=ENOTEMPTY 1 || fail 'what got a file while it was removed is left'
     injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
     grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
+    restore
+    injected rmdir error=EBUSY 1 -P "$out/.publish" && fail 'what is left of a run passed unseen'
+    { ! grep -q 910019 "$work/stderr" && same "$work/new"; } || fail "a whole site: $(cat "$work/stderr")"
 fi
 
 # --- Options ---
