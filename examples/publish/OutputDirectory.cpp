@@ -217,7 +217,10 @@ bool OutputDirectory::addMissing(NSString *path, NSMutableSet *names) const {
 
 bool OutputDirectory::bring(NSString *name) {
     const NSAutoreleasePool pool;
-    if (kindOf(staged(name)) == Kind::directory)
+    const Kind kind = kindOf(staged(name));
+    if (hasFailed())
+        return false;
+    if (kind == Kind::directory)
         return ::mkdir(place(name)->cString(), 0777) == 0 ||
                failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(name));
     OSFilePath::renamePath(staged(name), place(name));
@@ -230,10 +233,11 @@ bool OutputDirectory::takeBack(NSArray *names) const {
     for (std::uint32_t i = names->count(); i-- > 0;) {
         const NSAutoreleasePool pool;
         NSString *const name = names->objectAtIndex(i)->stringValue();
-        if (linkAbove(name))
-            continue;
+        const bool isBehindLink = linkAbove(name) != nullptr;
         const bool isBroughtFile = kindOf(staged(name)) == Kind::nothing;
-        if (!(isBroughtFile ? removeFile(place(name)) : removeIfEmpty(place(name))))
+        if (hasFailed())
+            return false;
+        if (!isBehindLink && !(isBroughtFile ? removeFile(place(name)) : removeIfEmpty(place(name))))
             return false;
     }
     return removeFile(list_); // whoever has one of the names from now on keeps it

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <set>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace publish {
@@ -53,7 +52,7 @@ bool areOnOneMount(NSString *directory, NSString *other) {
 // Whether the file there has the rights of the staged one; links have none.
 bool haveSameRights(NSString *staged, NSString *place) {
     struct stat status, placed;
-    return ::lstat(staged->cString(), &status) != 0 || ::lstat(place->cString(), &placed) != 0 ||
+    return statusOf(staged, status) && statusOf(place, placed) &&
            ((status.st_mode ^ placed.st_mode) & 07777) == 0;
 }
 
@@ -175,7 +174,7 @@ NSArray *Publication::vanished() const {
 // links.
 std::optional<Publication::Identity> Publication::identityOf(NSString *path) const {
     struct stat status;
-    if (out_.linkAbove(path) || ::lstat(out_.place(path)->cString(), &status) != 0 || status.st_nlink != 1)
+    if (out_.linkAbove(path) || !statusOf(out_.place(path), status) || status.st_nlink != 1)
         return std::nullopt;
     return Identity(status.st_dev, status.st_ino);
 }

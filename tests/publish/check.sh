@@ -399,8 +399,9 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     page index.html '{ title = New; }' changed
     rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,d,e,loop,way}
     ln -s way "$site/assets/e"
-    mkdir -p "$site"/assets/{data.bin,loop,way/l}
-    echo new | tee "$site"/assets/{{data.bin,loop,way/l}/new,way/{more,e}} >/dev/null # once d's, behind a link
+    mkdir -p "$site"/assets/{data.bin,fresh,loop,way/l}
+    echo new | tee "$site"/assets/{{data.bin,fresh,loop,way/l}/new,way/{more,e}} >/dev/null # once d's, behind a link
+    chmod 600 "$site/assets/own.html"
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     restore() { rm -rf "$out" && cp -a "$work/old" "$out"; }
@@ -427,16 +428,28 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
-    while read -r call what nth left; do # what needs room comes before it is decided, and is taken back
+    while read -r call what nth left unasked; do # what needs room comes before it is decided, and is taken back
         restore
         if injected "$call" "$what" "$nth"; then
             [ "$call" = mkdir ] || fail "a run with $what at $call $nth succeeded"
             continue
         fi
+        [ -z "$unasked" ] || ! injected %%stat error=EIO 1 -P "$out/.publish/$unasked" || fail "$unasked is not asked for"
         [ "$what" = error=ENOSPC ] || ! publish "$work/gone" "$out" 2>/dev/null
         is_all "$work/$left" || fail "no $left site after $call $nth with $what: $(cat "$work/difference")"
-    done < <(printf '%s\n' 'rename signal=KILL 3 old' 'rename signal=KILL 5 new' 'rename error=ENOSPC 2 old' &&
+    done < <(printf '%s\n' 'rename signal=KILL 3 old files/assets/fresh' 'rename signal=KILL 5 new' \
+        'rename error=ENOSPC 2 old' &&
         printf 'mkdir error=ENOSPC %s old\n' {1..30})
+    for path in .publish/files/assets/fresh assets/own.html; do # no answer is none to go on with
+        for nth in {1..12}; do
+            restore
+            if injected %%stat error=EIO "$nth" -P "$out/$path"; then
+                is_all "$work/new" && [ "$(stat -c %a "$out/assets/own.html")" = 600 ]
+            else
+                is_all "$work/old" || same "$work/new"
+            fi || fail "$path, asked for the $nth. time: $(cat "$work/difference")"
+        done
+    done
     restore
     for nth in {1..99}; do # sanitizers write something before the program begins
         injected write signal=INT "$nth" && fail 'an interrupted run succeeded'
