@@ -170,13 +170,14 @@ NSArray *Publication::vanished() const {
     return old->count() > 0 ? withoutOurs(old) : old;
 }
 
-// Returns what tells a file in its place from others; nothing when there is none, or one that has several
-// links.
+// Returns what tells a file in its place from others, if there is one. The several links of a file are told
+// apart by their paths, but not by the case of these.
 std::optional<Publication::Identity> Publication::identityOf(NSString *path) const {
     struct stat status;
-    if (out_.linkAbove(path) || !statusOf(out_.place(path), status) || status.st_nlink != 1)
+    if (out_.linkAbove(path) || !statusOf(out_.place(path), status))
         return std::nullopt;
-    return Identity(status.st_dev, status.st_ino);
+    const std::string_view name = status.st_nlink == 1 ? "" : path->lowercaseString()->view();
+    return Identity(status.st_dev, status.st_ino, name);
 }
 
 // Leaves out those that are files of this run under another name, as where case is disregarded.

@@ -5,7 +5,8 @@
 #include "OutputDirectory.h"
 
 #include <optional>
-#include <utility>
+#include <string>
+#include <tuple>
 
 namespace publish {
 
@@ -39,7 +40,7 @@ public:
     const Counts &counts() const { return counts_; }
 
 private:
-    using Identity = std::pair<dev_t, ino_t>;
+    using Identity = std::tuple<dev_t, ino_t, std::string>;
 
     bool claim(NSString *path);
     bool isTaken(NSString *path) const;

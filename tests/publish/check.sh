@@ -544,12 +544,16 @@ if unshare -m mount --bind "$site" "$out" 2>/dev/null; then
     mounted "$work/mounted/own.html" /index.html
     expect_failure 'a mounted file' "index.html' could not be written: Device or resource busy"
     as=()
+    page deep/linked.txt '{ title = T; }' x
+    cp "$site/pages/deep"/{linked,twin}.txt
     publish --quiet "$site" "$out"
+    ln -f "$out/deep"/{linked,twin}.html
+    rm "$site/pages/deep/twin.txt"
     mv "$site/pages/deep" "$site/pages/Deep"
     mkdir "$out/Deep"
     mounted "$out/deep" /Deep # as if case did not matter
-    expect 'another name of the same file' "$out: 0 written, 6 unchanged, 0 removed" publish "$site" "$out"
-    [ -s "$out/deep/text.html" ] || fail 'a file is gone with its old name'
+    expect 'another name of the same file' "$out: 0 written, 7 unchanged, 1 removed" publish "$site" "$out"
+    [ "$(cd "$out/deep" && echo *)" = 'linked.html text.html' ] || fail 'a file is gone with its old name'
     as=()
 else
     echo "publish: mounts are not tried, because nothing can be mounted" >&2
