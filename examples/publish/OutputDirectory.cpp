@@ -215,6 +215,7 @@ bool OutputDirectory::addMissing(NSString *path, NSMutableSet *names) const {
     return true;
 }
 
+// A directory may have come under another name that counts as the same where case is disregarded.
 bool OutputDirectory::bring(NSString *name) {
     const NSAutoreleasePool pool;
     const Kind kind = kindOf(staged(name));
@@ -222,6 +223,7 @@ bool OutputDirectory::bring(NSString *name) {
         return false;
     if (kind == Kind::directory)
         return ::mkdir(place(name)->cString(), 0777) == 0 ||
+               (errno == EEXIST && kindOf(place(name)) == Kind::directory) ||
                failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(name));
     OSFilePath::renamePath(staged(name), place(name));
     return !hasFailed();

@@ -451,6 +451,11 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         done
     done
     restore
+    injected mkdir delay_enter=500000 1 -P "$out/assets/fresh" & # as where it has come under another case of its name
+    until [ -e "$out/.publish/brought.plist" ] || ! kill -0 $! 2>/dev/null; do sleep 0.01; done
+    mkdir "$out/assets/fresh" || true
+    { wait $! && is_all "$work/new"; } || fail "a directory that is there already: $(cat "$work/stderr")"
+    restore
     for nth in {1..99}; do # sanitizers write something before the program begins
         injected write signal=INT "$nth" && fail 'an interrupted run succeeded'
         ! grep -qF 'The run was interrupted' "$work/stderr" || break
