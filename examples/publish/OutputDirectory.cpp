@@ -137,14 +137,15 @@ NSString *OutputDirectory::linkAbove(NSString *path) const {
     const std::string_view text = path->view();
     for (std::size_t end = text.find('/'); end != text.npos; end = text.find('/', end + 1)) {
         NSString *const directory = NSString::stringWith(text.substr(0, end));
-        if (kindOf(place(directory)) == Kind::link)
-            return directory;
+        const Kind kind = kindOf(place(directory));
+        if (kind != Kind::directory)
+            return kind == Kind::link ? directory : nullptr;
     }
     return nullptr;
 }
 
 Kind OutputDirectory::kindInPlace(NSString *path) const {
-    return linkAbove(path) ? Kind::nothing : kindOf(place(path));
+    return linkAbove(path) || hasFailed() ? Kind::nothing : kindOf(place(path));
 }
 
 bool OutputDirectory::stageManifest(const Manifest &manifest) {

@@ -52,7 +52,7 @@ public:
     /// Returns the path of the link that stands where a file's path wants a directory, of several the
     /// outermost; nil when none does. What is behind it is not ours.
     NSString *linkAbove(NSString *path) const;
-    /// Returns what has a file's path; nothing when that is behind a link.
+    /// Returns what has a file's path; nothing when that is behind a link, or an error is pending.
     Kind kindInPlace(NSString *path) const;
 
     /// Writes the manifest where `staged` says.
