@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <sys/stat.h>
 
 namespace publish {
 
@@ -87,13 +86,17 @@ bool isWithin(const std::string &path, const std::string &directory) {
 
 } // namespace
 
+bool statusOf(NSString *path, struct stat &status) {
+    if (::lstat(path->cString(), &status) == 0)
+        return true;
+    const bool isNothing = errno == ENOENT || errno == ENOTDIR || errno == ELOOP; // a loop on the way
+    return !isNothing && failWith(__LINE__, qb::kErrorCannotStat, path);
+}
+
 Kind kindOf(NSString *path) {
     struct stat status;
-    if (::lstat(path->cString(), &status) != 0) {
-        if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) // a loop on the way
-            failWith(__LINE__, qb::kErrorCannotStat, path);
+    if (!statusOf(path, status))
         return Kind::nothing;
-    }
     switch (status.st_mode & S_IFMT) {
     case S_IFREG:
         return Kind::file;

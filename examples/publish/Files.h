@@ -6,11 +6,16 @@
 
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace publish {
 
 /// What has a name. A link is a link, wherever it leads.
 enum class Kind { nothing, file, directory, link, other };
+
+/// Whether something stands at a path, and what the system tells of it, of a link itself; false, and 100194
+/// raised, when that can't be found out.
+bool statusOf(NSString *path, struct stat &status);
 
 /// Returns what stands at a path; nothing, and 100194 raised, when that can't be found out.
 Kind kindOf(NSString *path);

@@ -1,7 +1,6 @@
 #include "OutputDirectory.h"
 
 #include "Channels.h"
-#include "Files.h"
 #include "Messages.h"
 #include "OwnFiles.h"
 
@@ -135,11 +134,18 @@ bool OutputDirectory::finishEarlierRun() {
 }
 
 NSString *OutputDirectory::linkAbove(NSString *path) const {
-    for (NSString *directory = path->stringByDeletingLastPathComponent(); directory->containsData();
-         directory = directory->stringByDeletingLastPathComponent())
-        if (kindOf(place(directory)) == Kind::link)
-            return directory;
+    const std::string_view text = path->view();
+    for (std::size_t end = text.find('/'); end != text.npos; end = text.find('/', end + 1)) {
+        NSString *const directory = NSString::stringWith(text.substr(0, end));
+        const Kind kind = kindOf(place(directory));
+        if (kind != Kind::directory)
+            return kind == Kind::link ? directory : nullptr;
+    }
     return nullptr;
+}
+
+Kind OutputDirectory::kindInPlace(NSString *path) const {
+    return linkAbove(path) || hasFailed() ? Kind::nothing : kindOf(place(path));
 }
 
 bool OutputDirectory::stageManifest(const Manifest &manifest) {
@@ -196,22 +202,29 @@ NSArray *OutputDirectory::newNames(NSArray *paths) const {
 
 // Adds the directories that the path is in, the outermost first. Returns whether none has to wait.
 bool OutputDirectory::addMissing(NSString *path, NSMutableSet *names) const {
+    if (linkAbove(path))
+        return false;
     NSMutableArray *const missing = NSMutableArray::array();
     NSString *directory = path->stringByDeletingLastPathComponent();
     while (directory->containsData() && kindOf(place(directory)) == Kind::nothing) {
         missing->insertObject(directory, 0);
         directory = directory->stringByDeletingLastPathComponent();
     }
-    if (linkAbove(path) || (directory->containsData() && kindOf(place(directory)) != Kind::directory))
+    if (directory->containsData() && kindOf(place(directory)) != Kind::directory)
         return false;
     names->addObjectsFromArray(missing);
     return true;
 }
 
+// A directory may have come under another name that counts as the same where case is disregarded.
 bool OutputDirectory::bring(NSString *name) {
     const NSAutoreleasePool pool;
-    if (kindOf(staged(name)) == Kind::directory)
+    const Kind kind = kindOf(staged(name));
+    if (hasFailed())
+        return false;
+    if (kind == Kind::directory)
         return ::mkdir(place(name)->cString(), 0777) == 0 ||
+               (errno == EEXIST && kindOf(place(name)) == Kind::directory) ||
                failWith(__LINE__, qb::kErrorCannotMakeDirectory, place(name));
     OSFilePath::renamePath(staged(name), place(name));
     return !hasFailed();
@@ -223,19 +236,22 @@ bool OutputDirectory::takeBack(NSArray *names) const {
     for (std::uint32_t i = names->count(); i-- > 0;) {
         const NSAutoreleasePool pool;
         NSString *const name = names->objectAtIndex(i)->stringValue();
-        if (linkAbove(name))
-            continue;
+        const bool isBehindLink = linkAbove(name) != nullptr;
         const bool isBroughtFile = kindOf(staged(name)) == Kind::nothing;
-        if (!(isBroughtFile ? removeFile(place(name)) : removeIfEmpty(place(name))))
+        if (hasFailed())
+            return false;
+        if (!isBehindLink && !(isBroughtFile ? removeFile(place(name)) : removeIfEmpty(place(name))))
             return false;
     }
     return removeFile(list_); // whoever has one of the names from now on keeps it
 }
 
-// The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves.
+// The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves. When
+// all is done the journal goes: whoever has one of the names from then on keeps it.
 bool OutputDirectory::finish(const Plan &plan) {
-    return (removeFile(list_) && carryOut(plan) && removeTree(staging_)) ||
-           fail(__LINE__, kErrorUnfinished, path_.get());
+    return ((removeFile(list_) && carryOut(plan) && removeFile(journal_)) ||
+            fail(__LINE__, kErrorUnfinished, path_.get())) &&
+           removeTree(staging_);
 }
 
 bool OutputDirectory::carryOut(const Plan &plan) {

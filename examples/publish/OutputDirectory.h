@@ -9,6 +9,8 @@
 #ifndef PUBLISH_OUTPUTDIRECTORY_H
 #define PUBLISH_OUTPUTDIRECTORY_H
 
+#include "Files.h"
+
 #include <QBFoundation/QBFoundation.h>
 
 namespace publish {
@@ -47,9 +49,11 @@ public:
     NSString *workingDirectory() const { return staging_; }
     /// Where it waits for its exchange; the place of the directory that all of them wait in, for "".
     NSString *staged(NSString *path) const { return files_->stringByAppendingPathComponent(path); }
-    /// Returns the path of the link that stands where a file's path wants a directory; nil when none does.
-    /// What is behind it is not ours.
+    /// Returns the path of the link that stands where a file's path wants a directory, of several the
+    /// outermost; nil when none does. What is behind it is not ours.
     NSString *linkAbove(NSString *path) const;
+    /// Returns what has a file's path; nothing when that is behind a link, or an error is pending.
+    Kind kindInPlace(NSString *path) const;
 
     /// Writes the manifest where `staged` says.
     bool stageManifest(const Manifest &manifest);

@@ -8,11 +8,8 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <optional>
 #include <set>
-#include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace publish {
 
@@ -52,20 +49,10 @@ bool areOnOneMount(NSString *directory, NSString *other) {
            one.stx_dev_minor == two.stx_dev_minor;
 }
 
-using Identity = std::pair<dev_t, ino_t>;
-
-// Returns what tells a file from others; nothing when there is none, or one that has several links.
-std::optional<Identity> identityOf(NSString *path) {
-    struct stat status;
-    if (::lstat(path->cString(), &status) != 0 || status.st_nlink != 1)
-        return std::nullopt;
-    return Identity(status.st_dev, status.st_ino);
-}
-
 // Whether the file there has the rights of the staged one; links have none.
 bool haveSameRights(NSString *staged, NSString *place) {
     struct stat status, placed;
-    return ::lstat(staged->cString(), &status) != 0 || ::lstat(place->cString(), &placed) != 0 ||
+    return statusOf(staged, status) && statusOf(place, placed) &&
            ((status.st_mode ^ placed.st_mode) & 07777) == 0;
 }
 
@@ -104,7 +91,7 @@ bool Publication::hasNewDigest(NSString *path, NSString *digest) {
 
 bool Publication::isInPlace(NSString *path, NSData *text) {
     NSString *const place = out_.place(path);
-    if (hasNewDigest(path, digestOf(text)) || kindOf(place) != Kind::file || out_.linkAbove(path))
+    if (hasNewDigest(path, digestOf(text)) || out_.kindInPlace(path) != Kind::file)
         return false;
     NSData *const old = NSFileManager::defaultManager()->contentsAtPath(place);
     return old && old->isEqualToData(text);
@@ -116,7 +103,7 @@ bool Publication::isInPlace(NSString *path) {
     const Kind kind = kindOf(staged);
     NSString *const digest = kind == Kind::file ? digestOfFile(staged) : nullptr;
     const bool isNew = digest && hasNewDigest(path, digest);
-    if (isNew || hasFailed() || kindOf(place) != kind || out_.linkAbove(path))
+    if (isNew || hasFailed() || out_.kindInPlace(path) != kind)
         return false;
     NSFileManager *const files = NSFileManager::defaultManager();
     if (kind == Kind::file)
@@ -168,13 +155,14 @@ bool Publication::addAssets(NSString *directory) {
 
 // --- The commit ---
 
-// What an earlier run wrote and this one does not.
+// What an earlier run wrote and this one does not. A directory that has such a name is not ours.
 NSArray *Publication::vanished() const {
     NSMutableArray *const old = NSMutableArray::array();
     for (id element : *listed_.files) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
-        if (!isTaken(path) && kindOf(out_.place(path)) != Kind::nothing && !out_.linkAbove(path))
+        const Kind kind = isTaken(path) ? Kind::nothing : out_.kindInPlace(path);
+        if (kind != Kind::nothing && kind != Kind::directory)
             old->addObject(path);
     }
     if (hasFailed())
@@ -182,18 +170,28 @@ NSArray *Publication::vanished() const {
     return old->count() > 0 ? withoutOurs(old) : old;
 }
 
+// Returns what tells a file in its place from others, if there is one. The several links of a file are told
+// apart by their paths, but not by the case of these.
+std::optional<Publication::Identity> Publication::identityOf(NSString *path) const {
+    struct stat status;
+    if (out_.linkAbove(path) || !statusOf(out_.place(path), status))
+        return std::nullopt;
+    const std::string_view name = status.st_nlink == 1 ? "" : path->lowercaseString()->view();
+    return Identity(status.st_dev, status.st_ino, name);
+}
+
 // Leaves out those that are files of this run under another name, as where case is disregarded.
 NSArray *Publication::withoutOurs(NSArray *paths) const {
     std::set<Identity> ours;
     for (id path : *paths_) {
         const NSAutoreleasePool pool;
-        if (const auto identity = identityOf(out_.place(path->stringValue())))
+        if (const auto identity = identityOf(path->stringValue()))
             ours.insert(*identity);
     }
     NSMutableArray *const others = NSMutableArray::array();
     for (id path : *paths) {
         const NSAutoreleasePool pool;
-        const auto identity = identityOf(out_.place(path->stringValue()));
+        const auto identity = identityOf(path->stringValue());
         if (!identity || !ours.contains(*identity))
             others->addObject(path);
     }
@@ -284,8 +282,9 @@ bool Publication::isAboveOneOf(NSSet *paths, NSString *directory) {
 // empty or with the last file in it.
 bool Publication::isFree(NSString *path, NSSet *leaving) const {
     NSString *const place = out_.place(path);
-    if (kindOf(place) != Kind::directory)
-        return mayGo(place) || failWith(__LINE__, qb::kErrorCannotWrite, place);
+    const Kind kind = out_.kindInPlace(path);
+    if (kind != Kind::directory)
+        return kind == Kind::nothing || mayGo(place) || failWith(__LINE__, qb::kErrorCannotWrite, place);
     NSArray *const inside = NSFileManager::defaultManager()->subpathsAtPath(place);
     if (!inside)
         return fail(__LINE__, kErrorInTheWay, place);

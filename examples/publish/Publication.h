@@ -4,6 +4,10 @@
 
 #include "OutputDirectory.h"
 
+#include <optional>
+#include <string>
+#include <tuple>
+
 namespace publish {
 
 /// How many files a run changed.
@@ -36,6 +40,8 @@ public:
     const Counts &counts() const { return counts_; }
 
 private:
+    using Identity = std::tuple<dev_t, ino_t, std::string>;
+
     bool claim(NSString *path);
     bool isTaken(NSString *path) const;
     bool isInPlace(NSString *path, NSData *text);
@@ -44,6 +50,7 @@ private:
     void count(NSString *path, bool isUnchanged);
     bool addManifest();
     NSArray *vanished() const;
+    std::optional<Identity> identityOf(NSString *path) const;
     NSArray *withoutOurs(NSArray *paths) const;
     bool canCarryOut(const Plan &plan) const;
     bool canRemove(NSString *path) const;

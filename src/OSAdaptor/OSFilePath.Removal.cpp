@@ -48,8 +48,8 @@ unsigned char typeOf(const std::string &directory, const dirent &entry) {
     return static_cast<unsigned char>(IFTODT(status.st_mode));
 }
 
-/// Finds the links below a directory that lead to something other than a directory. It looks below links to
-/// directories too, and nowhere twice.
+/// Finds the links below directories that lead to something other than a directory. It does not look below
+/// links.
 class LinkSearch {
 public:
     struct Found {
@@ -57,10 +57,11 @@ public:
         EntryNames links;
     };
 
-    explicit LinkSearch(std::string path) : path_(std::move(path)) {}
-
-    /// Returns false with an error raised.
-    bool run() {
+    bool hasLookedInto(Identity directory) const { return seen_.contains(directory); }
+    /// Looks below a directory, for `found`. Returns false with an error raised.
+    bool run(const std::string &path) {
+        found_.clear();
+        path_ = path;
         bool goesOn = enter();
         while (goesOn && !levels_.empty()) {
             Level &level = levels_.back();
@@ -92,9 +93,9 @@ private:
         EntryNames links;
         const auto sort = [&](const dirent &entry) {
             const unsigned char type = typeOf(path_, entry);
-            if (type == DT_DIR || (type == DT_LNK && leadsTo(entry, /*directory=*/true)))
+            if (type == DT_DIR)
                 level.directories.add(entry.d_name);
-            else if (type == DT_LNK && leadsTo(entry, /*directory=*/false))
+            else if (type == DT_LNK && leadsToFile(entry))
                 links.add(entry.d_name);
         };
         if (!forEachEntry(path_, sort))
@@ -105,10 +106,10 @@ private:
         return true;
     }
 
-    bool leadsTo(const dirent &link, bool directory) const {
+    bool leadsToFile(const dirent &link) const {
         struct stat status;
         return sys::stat((path_ + qb::files::kSeparator + link.d_name).c_str(), &status) == 0 &&
-               S_ISDIR(status.st_mode) == directory;
+               !S_ISDIR(status.st_mode);
     }
 
     std::string path_;
@@ -164,7 +165,7 @@ private:
             errno = ELOOP; // a link leads up again
             return fails(__LINE__, qb::kErrorCannotStat, path_);
         }
-        if (levels_.empty() && !removeLinks())
+        if (!search_.hasLookedInto(identity) && !removeLinks())
             return false;
         // Links to directories go first, so that they still lead there.
         EntryNames links, others;
@@ -178,14 +179,14 @@ private:
         return true;
     }
 
-    // A link that outlives what it points to counts as missing, so that it would stay: all are looked for
-    // before the first one goes. Returns false with an error pending.
+    // A link that outlives what it points to counts as missing, so that it would stay: all below the top, or
+    // below the target of a link that the walk follows, go before anything else there. Returns false with an
+    // error pending.
     bool removeLinks() {
-        LinkSearch search(path_);
-        if (qb::isErrorPending() || !search.run())
+        if (qb::isErrorPending() || !search_.run(path_))
             return false;
         const std::string top = path_;
-        for (LinkSearch::Found &found : search.found())
+        for (LinkSearch::Found &found : search_.found())
             while (const char *const name = found.links.next()) {
                 path_ = found.directory + qb::files::kSeparator + name;
                 trace(__LINE__, "file '%s' exists: %d", path_.c_str(), 1);
@@ -209,6 +210,7 @@ private:
 
     std::string path_;
     std::vector<Level> levels_;
+    LinkSearch search_;
 };
 
 } // namespace

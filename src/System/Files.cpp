@@ -137,7 +137,7 @@ int writeAll(int descriptor, const void *buffer, std::size_t length) noexcept {
 }
 
 off_t lseek(int descriptor, off_t offset, int whence) noexcept {
-    return attempt(Call::lseek, [&] { return ::lseek(descriptor, offset, whence); });
+    return repeat(Call::lseek, [&] { return ::lseek(descriptor, offset, whence); });
 }
 
 ssize_t copy_file_range(int source, off64_t *sourceOffset, int target, off64_t *targetOffset,

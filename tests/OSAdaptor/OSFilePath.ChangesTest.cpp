@@ -106,6 +106,14 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
                     [&] { OSFilePath::removePath(path(link)); });
         EXPECT_TRUE(directory_.names("other").empty());
     }
+    for (const std::string name : {"1", "2"}) {
+        directory_.write("linked" + name + "/file", "");
+        directory_.link("file", "linked" + name + "/link");
+        directory_.link("../linked" + name, "tree/" + name);
+    }
+    OSFilePath::removePath(path("tree")); // ends in whichever comes first
+    EXPECT_EQ(takenErrors(), "(100203)");
+    EXPECT_EQ(directory_.names("linked1").size() + directory_.names("linked2").size(), 2u);
     directory_.makeDirectory("loop/a");
     directory_.link("..", "loop/a/up");
     expectError(100194, directory_ / "loop/a/up Too many levels of symbolic links",

@@ -75,10 +75,11 @@ rm -r "$site/assets/d"
 echo file >"$site/assets/d"
 echo foreign >"$out/assets/d/foreign"
 expect_failure 'a file where others are' "assets/d/foreign' is in the way of the site."
-rm "$out/assets/d/foreign"
-mkdir "$out/assets/d/empty"
-expect_failure 'a file where a directory of others is' "assets/d/empty' is in the way of the site."
-rmdir "$out/assets/d/empty"
+mv "$out/assets/d"/{more,foreign}
+mkdir "$out/assets/d/more"
+expect_failure 'a file where a directory of others is' "assets/d/more' is in the way of the site."
+rmdir "$out/assets/d/more"
+mv "$out/assets/d"/{foreign,more}
 expect 'a file for a directory' "$out: 1 written, 1 unchanged, 1 removed" publish "$site" "$out"
 echo other >"$work/other"
 mv "$site/assets" "$work/assets"
@@ -380,23 +381,25 @@ as=()
 
 # A run that is cut off at any of its changes leaves the old site, or is finished by the next one.
 if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/null true 2>/dev/null; then
-    injected() { # CALL WHAT NUMBER
+    injected() { # CALL WHAT NUMBER [OPTION …]
         (
-            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" \
+            ASAN_OPTIONS=detect_leaks=0 strace -f -o /dev/null -e inject="$1:$2:when=$3" "${@:4}" \
                 "$program" --quiet "$site" "$out"
             exit $?
         ) 2>"$work/stderr"
     }
     new_site
-    mkdir -p "$site/assets/e/e"
-    echo more >"$site/assets/e/e/more"
+    mkdir -p "$site"/assets/{,d/}e/e
+    echo more | tee "$site"/assets/{,d/}e/e/more >/dev/null
     ln -s loop "$site/assets/loop"
+    ln -s more "$site/assets/d/l"
     publish --quiet "$site" "$work/old"
     page index.html '{ title = New; }' changed
-    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,e,loop}
-    ln -s d "$site/assets/e"
-    mkdir "$site"/assets/{data.bin,loop}
-    echo new | tee "$site"/assets/{data.bin,loop}/new >/dev/null
+    rm -r "$site"/pages/deep/text.txt "$site"/assets/{link,data.bin,d,e,loop,way}
+    ln -s way "$site/assets/e"
+    mkdir -p "$site"/assets/{data.bin,fresh,loop,way/l}
+    echo new | tee "$site"/assets/{{data.bin,fresh,loop,way/l}/new,way/{more,e}} >/dev/null # once d's, behind a link
+    chmod 600 "$site/assets/own.html"
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     restore() { rm -rf "$out" && cp -a "$work/old" "$out"; }
@@ -423,16 +426,33 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
         done
     done
     [ "$cuts" -gt 20 ] || fail "only $cuts cuts were tried"
-    while read -r call what nth left; do # what needs room comes before it is decided, and is taken back
+    while read -r call what nth left unasked; do # what needs room comes before it is decided, and is taken back
         restore
         if injected "$call" "$what" "$nth"; then
             [ "$call" = mkdir ] || fail "a run with $what at $call $nth succeeded"
             continue
         fi
+        [ -z "$unasked" ] || ! injected %%stat error=EIO 1 -P "$out/.publish/$unasked" || fail "$unasked is not asked for"
         [ "$what" = error=ENOSPC ] || ! publish "$work/gone" "$out" 2>/dev/null
         is_all "$work/$left" || fail "no $left site after $call $nth with $what: $(cat "$work/difference")"
-    done < <(printf '%s\n' 'rename signal=KILL 3 old' 'rename signal=KILL 5 new' 'rename error=ENOSPC 2 old' &&
+    done < <(printf '%s\n' 'rename signal=KILL 3 old files/assets/fresh' 'rename signal=KILL 5 new' \
+        'rename error=ENOSPC 2 old' &&
         printf 'mkdir error=ENOSPC %s old\n' {1..30})
+    for path in .publish/files/assets/fresh assets/own.html; do # no answer is none to go on with
+        for nth in {1..12}; do
+            restore
+            if injected %%stat error=EIO "$nth" -P "$out/$path"; then
+                is_all "$work/new" && [ "$(stat -c %a "$out/assets/own.html")" = 600 ]
+            else
+                is_all "$work/old" || same "$work/new"
+            fi || fail "$path, asked for the $nth. time: $(cat "$work/difference")"
+        done
+    done
+    restore
+    injected mkdir delay_enter=500000 1 -P "$out/assets/fresh" & # as where it has come under another case of its name
+    until [ -e "$out/.publish/brought.plist" ] || ! kill -0 $! 2>/dev/null; do sleep 0.01; done
+    mkdir "$out/assets/fresh" || true
+    { wait $! && is_all "$work/new"; } || fail "a directory that is there already: $(cat "$work/stderr")"
     restore
     for nth in {1..99}; do # sanitizers write something before the program begins
         injected write signal=INT "$nth" && fail 'an interrupted run succeeded'
@@ -443,8 +463,11 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     injected rmdir error=EIO 1 && fail 'a directory of the site that could not be removed passed unseen'
     publish --quiet "$site" "$out"
     injected rmdir error=ENOTEMPTY 1 || fail 'what got a file while it was removed is left'
-    injected rmdir error=EBUSY 1 && fail 'a run that changes nothing and leaves something succeeded'
-    grep -qF 'could not be removed: Device or resource busy' "$work/stderr" || fail "left: $(cat "$work/stderr")"
+    for before in new old; do # without and with changes
+        rm -r "$out" && cp -a "$work/$before" "$out"
+        injected rmdir error=EBUSY 1 -P "$out/.publish" && fail 'what is left of a run passed unseen'
+        { [[ $(cat "$work/stderr") == 'publish: [100203] '*busy ]] && same "$work/new"; } || fail "left: $(cat "$work/stderr")"
+    done
 fi
 
 # --- Options ---
@@ -524,12 +547,16 @@ if unshare -m mount --bind "$site" "$out" 2>/dev/null; then
     mounted "$work/mounted/own.html" /index.html
     expect_failure 'a mounted file' "index.html' could not be written: Device or resource busy"
     as=()
+    page deep/linked.txt '{ title = T; }' x
+    cp "$site/pages/deep"/{linked,twin}.txt
     publish --quiet "$site" "$out"
+    ln -f "$out/deep"/{linked,twin}.html
+    rm "$site/pages/deep/twin.txt"
     mv "$site/pages/deep" "$site/pages/Deep"
     mkdir "$out/Deep"
     mounted "$out/deep" /Deep # as if case did not matter
-    expect 'another name of the same file' "$out: 0 written, 6 unchanged, 0 removed" publish "$site" "$out"
-    [ -s "$out/deep/text.html" ] || fail 'a file is gone with its old name'
+    expect 'another name of the same file' "$out: 0 written, 7 unchanged, 1 removed" publish "$site" "$out"
+    [ "$(cd "$out/deep" && echo *)" = 'linked.html text.html' ] || fail 'a file is gone with its old name'
     as=()
 else
     echo "publish: mounts are not tried, because nothing can be mounted" >&2
