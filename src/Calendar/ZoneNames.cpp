@@ -239,7 +239,8 @@ private:
 /// The file of the zone where TZ is not set.
 class LocalTimeFile {
 public:
-    /// Whether it is another one than before. Looking takes longer than writing a date: once a second will do.
+    /// Whether it is another one than before. Once a second will do: looking takes longer than writing a
+    /// date.
     bool hasChanged() {
         const std::int64_t now = sys::wallSeconds();
         return std::exchange(lookedAt_, now) != now && look();
