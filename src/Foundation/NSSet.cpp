@@ -144,12 +144,13 @@ NSEnumerator *NSSet::objectEnumerator() const {
 }
 
 void NSSet::makeObjectsPerformSelector(SEL selector) const {
-    for (id object : *this)
+    for (const Ref<NSObject> object : *this) // kept, whatever it does to the set
         send<void>(object, selector);
 }
 
 void NSSet::makeObjectsPerformSelector(SEL selector, id withObject) const {
-    for (id object : *this)
+    const Ref<NSObject> kept = withObject;
+    for (const Ref<NSObject> object : *this)
         send<void>(object, selector, withObject);
 }
 

@@ -251,6 +251,8 @@ TEST_F(NSArrayTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
         EXPECT_TRUE(!found || found->retainCount() != 0);
     });
     meddle([](auto &it, auto &other) { it.array->indexOfObject(other.single); });
+    meddle([](auto &it, auto &) { it.array->makeObjectsPerformSelector("stringValue"_sel); });
+    meddle([](auto &it, auto &other) { it.array->makeObjectsPerformSelector("isEqual:"_sel, other.single); });
     meddle([](auto &it, auto &other) { it.array->removeObjectsInArray(other.array); });
     meddle([](auto &, auto &other) { NSArray::initWithArray(other.array, /*copyItems=*/YES); });
 }

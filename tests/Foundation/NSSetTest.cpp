@@ -69,6 +69,8 @@ TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
 }
 
 TEST_F(NSSetTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &) { it.set->makeObjectsPerformSelector("stringValue"_sel); });
+    meddle([](auto &it, auto &other) { it.set->makeObjectsPerformSelector("isEqual:"_sel, other.single); });
     meddle([](auto &it, auto &) { NSSet::setWithArray(it.array); });
     meddle([](auto &it, auto &other) { it.set->setByAddingObject(other.single); });
     meddle([](auto &it, auto &other) { it.set->setByAddingObjectsFromArray(other.array); });
