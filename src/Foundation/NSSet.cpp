@@ -107,9 +107,9 @@ BOOL NSSet::setUpWithCopies(NSSet *other, BOOL copyItems) {
 
 void NSSet::insert(id object) {
     qb::required(object, "NSMutableSet addObject:", "an object");
-    const std::uint32_t before = table_.count();
-    table_.entryFor(object);
-    if (table_.count() != before)
+    bool isNew = false;
+    table_.entryFor(object, &isNew);
+    if (isNew)
         ++mutations_;
 }
 
