@@ -1,4 +1,5 @@
 #include "support/Answer.h"
+#include "support/ClientClass.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -84,6 +85,10 @@ TEST_F(NSArrayTest, MakersMakeArraysOfTheClassAsked) {
         EXPECT_EQ(made(asked, "initWithArray:copyItems:", {letters("a"), YES}), "(a)");
         EXPECT_EQ(made(asked, "arrayWithObject:", {"a"_ns}) + made(asked, "init"), "(a)()");
     }
+    struct Begun : ClientClass<Begun, NSMutableArray, "Begun"> {
+        Begun() { addObject(NSString::stringWith("z")); }
+    };
+    EXPECT_EQ(made(Begun::cls(), "arrayWithObject:", {"a"_ns}), "(z, a)");
 }
 
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
