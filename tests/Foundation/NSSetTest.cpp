@@ -72,8 +72,7 @@ TEST_F(NSSetTest, EnumeratorsBegunByAComparisonNoticeWhatFollows) {
     NSMutableSet *const set = NSMutableSet::setWithObjects(first, "a"_ns);
     NSMutableDictionary *const dictionary =
         NSMutableDictionary::dictionaryWith({{first, number(1)}, {"a"_ns, number(2)}});
-    NSSet *const otherSet = NSSet::setWithObjects(first, key);
-    NSDictionary *const other = NSDictionary::dictionaryWith({{first, number(1)}, {key, number(2)}});
+    NSSet *const other = NSSet::setWithObjects(first, key);
     NSEnumerator *it = nullptr;
     const auto begin = [&it](auto *container) { return (it = container->objectEnumerator())->nextObject(); };
     const auto expectNoticed = [&](auto change, std::function<void()> onComparison) {
@@ -84,12 +83,11 @@ TEST_F(NSSetTest, EnumeratorsBegunByAComparisonNoticeWhatFollows) {
         }
         EXPECT_THROW(it->nextObject(), InvalidUseOfMethodException);
     };
-    expectNoticed([=] { set->setSet(otherSet); }, [=] { throw begin(set); });
-    expectNoticed([=] { dictionary->setDictionary(other); }, [=] { throw begin(dictionary); });
+    expectNoticed([=] { set->setSet(other); }, [=] { throw begin(set); });
     expectNoticed([=] { set->addObject(key); }, [=] { set->removeObject(first), begin(set); });
     expectNoticed([=] { dictionary->setObjectForKey(number(3), key); },
                   [=] { dictionary->removeObjectForKey(first), begin(dictionary); });
-    EXPECT_EQ(set->count() + dictionary->count(), 4u); // what was to be replaced is back
+    EXPECT_EQ(set->count(), 2u); // what was to be replaced was back
 }
 
 TEST_F(NSSetTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
