@@ -9,6 +9,11 @@
 
 #include <utility>
 
+static NSArray *arrayWithCStringsOfClass(Class *asked, int count, const char *const *texts) {
+    NSMutableArray *const strings = NSArray::arrayWithCStrings(count, texts);
+    return asked == NSArray::cls() ? strings : NSArray::initOfClass(asked, strings->view()).autorelease();
+}
+
 std::span<const qb::Method> qb::tables::arrayReshaping() {
     static const qb::Method methods[] = {
         qb::method<"shift">(&NSArray::shift),
@@ -16,7 +21,7 @@ std::span<const qb::Method> qb::tables::arrayReshaping() {
         qb::method<"reversedArray">(&NSArray::reversedArray),
         qb::method<"joinedBy:">(&NSArray::joinedBy),
         qb::method<"dictWithSchema:">(&NSArray::dictWithSchema),
-        qb::classMethod<"arrayWithCStrings::">(&NSArray::arrayWithCStrings),
+        qb::classMethod<"arrayWithCStrings::">(&arrayWithCStringsOfClass),
     };
     return methods;
 }

@@ -53,9 +53,9 @@ private:
     bool find(id element) {
         if (!adds)
             return table_.find(element) != nullptr;
-        const std::uint32_t before = table_.count();
-        table_.entryFor(element);
-        return table_.count() == before;
+        bool isNew = false;
+        table_.entryFor(element, &isNew);
+        return !isNew;
     }
 
     qb::StringSet strings_; // while no other code has run

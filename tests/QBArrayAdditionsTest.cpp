@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -84,6 +85,9 @@ TEST_F(QBArrayAdditionsTest, PartsAndOtherShapes) {
     char *texts[] = {one, none}; // as `main` has them
     EXPECT_EQ(describe(NSArray::arrayWithCStrings(2, texts)), "(one, )");
     EXPECT_EQ(describe(send<id>(NSArray::cls(), "arrayWithCStrings::"_sel, 2, texts)), "(one, )");
+    struct OwnArray : ClientClass<OwnArray, NSArray, "OwnArray"> {};
+    EXPECT_TRUE(
+        send<id>(OwnArray::cls(), "arrayWithCStrings::"_sel, 2, texts)->isMemberOfClass(OwnArray::cls()));
 }
 
 TEST_F(QBArrayAdditionsTest, TextsAreJoinedToListsPathsAndExpressions) {

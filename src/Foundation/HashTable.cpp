@@ -42,6 +42,9 @@ std::uint32_t hashOf(const NSObject *key) {
     return isPlainString(key) ? static_cast<const NSString *>(key)->ownHash() : key->hash();
 }
 
+// How often keys have come to a table or moved inside it, in all tables.
+constinit std::uint32_t moves = 0;
+
 // What is to be kept of a key while its own operations run; those of plain strings let go of nothing.
 NSObject *keptOf(const NSObject *key) {
     return isPlainString(key) ? nullptr : const_cast<NSObject *>(key);
@@ -281,11 +284,19 @@ void HashTable::leave(std::uint32_t hash, std::uint32_t index) noexcept {
     }
 }
 
-HashTable::Entry &HashTable::entryFor(NSObject *key) {
+HashTable::Entry &HashTable::entryFor(NSObject *key, bool *isNew) {
     const Kept kept(keptOf(key));
     const std::uint32_t hash = hashOf(key);
-    if (Entry *const entry = lookUp(key, hash))
+    const std::uint32_t before = moves;
+    Entry *entry = lookUp(key, hash);
+    // An equal key that came or moved while others were compared may have been passed by. It is looked for
+    // once more only, because comparisons that always change the table would have no end.
+    if (!entry && moves != before) [[unlikely]]
+        entry = findWithHash(key, hash);
+    if (entry)
         return *entry;
+    if (isNew)
+        *isNew = true;
     if (used_ == capacity_) {
         const bool staysAsLarge = count_ + count_ / 4 < capacity_; // without its holes
         growCapacity(staysAsLarge ? capacity_ / 2 : capacity_, std::max(count_ + 1, kLeastCapacity),
@@ -299,6 +310,7 @@ HashTable::Entry &HashTable::entryFor(NSObject *key) {
         texts_[index] = ShortText::ofKey(key);
     enter(hash, index);
     ++count_;
+    ++moves;
     return entries_[index];
 }
 
@@ -346,6 +358,7 @@ void HashTable::removeAll() noexcept {
 }
 
 void HashTable::swap(HashTable &other) noexcept {
+    ++moves;
     std::swap(entries_, other.entries_);
     std::swap(hashes_, other.hashes_);
     std::swap(texts_, other.texts_);
@@ -401,6 +414,7 @@ void HashTable::rebuild(std::uint32_t capacity) {
     const std::uint32_t oldUsed = used_;
     const std::size_t oldBytes = bytesFor(capacity_, mask_ + 1);
     allocate((capacity + 1) & ~1U);
+    ++moves;
     for (std::uint32_t i = 0; i < oldUsed; ++i) {
         NSObject *const key =
             oldEntries[i].key; // NOLINT(clang-analyzer-core.NullDereference): there are so many

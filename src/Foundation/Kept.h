@@ -45,8 +45,10 @@ private:
             object_->release();
     }
     void leaveToPool() noexcept {
+        object_->retain(); // because a pool without memory releases what it is handed
         try {
             object_->autorelease();
+            object_->release();
         } catch (const std::bad_alloc &) { // then it lives for ever
         }
     }

@@ -72,6 +72,9 @@ qb::archive::Writer &NSArchiver::writer(const char *selector) {
 void NSArchiver::finishEncoding() {
     if (!writer_)
         return;
+    if (!data_)
+        throw InvalidUseOfMethodException(
+            "NSArchiver must be made by init or initForWritingWithMutableData:.");
     if (writer_->isWriting())
         throw InvalidUseOfMethodException(
             "NSArchiver finishEncoding must not be sent by an object that is being encoded.");

@@ -86,11 +86,12 @@ NSArray *NSArray::pathsMatchingExtensions(NSArray *extensions) const {
 }
 
 void NSArray::makeObjectsPerformSelector(SEL selector) const {
-    for (id element : *this)
+    for (const Ref<NSObject> element : *this) // kept, whatever it does to the array
         send<void>(element, selector);
 }
 
 void NSArray::makeObjectsPerformSelector(SEL selector, id withObject) const {
-    for (id element : *this)
+    const Ref<NSObject> kept = withObject;
+    for (const Ref<NSObject> element : *this)
         send<void>(element, selector, withObject);
 }

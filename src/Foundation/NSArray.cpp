@@ -166,13 +166,16 @@ Ref<NSArray> NSArray::initOfClass(Class *asked, std::span<const id> elements) {
     return array->setUpWithObjects(elements.data(), count) ? Ref<NSArray>(array) : Ref<NSArray>();
 }
 
+// The elements come behind those that a subclass's constructor may have added.
 BOOL NSArray::setUpWithObjects(const id *objects, std::uint32_t count) {
     if (count == 0)
         return YES;
-    elements_ = static_cast<id *>(qb::allocateBuffer(count * sizeof(id)));
-    capacity_ = count;
-    copyElements(elements_, {objects, count});
-    count_ = count;
+    const std::uint32_t all = count_ + count;
+    elements_ = static_cast<id *>(
+        qb::growBuffer(elements_, capacity_ * sizeof(id), count_ * sizeof(id), all * sizeof(id)));
+    capacity_ = all;
+    copyElements(elements_ + count_, {objects, count});
+    count_ = all;
     return YES;
 }
 

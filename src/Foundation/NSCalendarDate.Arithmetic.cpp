@@ -44,14 +44,21 @@ public:
         take(months_, std::abs(all) - std::abs(years_) * kMonthsPerYear);
     }
     // A zone that has moved across the date line has a day more than have passed, or one less.
-    void takeDays() { take(days_, std::abs(target_ - place()) / qb::calendar::kSecondsPerDay + 1); }
+    void takeDays() { take(days_, std::abs(dayOf(target_) - dayOf(place())) + 1); }
 
     std::int64_t years() const { return years_; }
     std::int64_t months() const { return months_; }
     std::int64_t days() const { return days_; }
-    std::int64_t secondsLeft() const { return target_ - place(); }
+    /// As many as 64 bits count, when more are left.
+    std::int64_t secondsLeft() const {
+        std::int64_t seconds;
+        return __builtin_sub_overflow(target_, place(), &seconds) ? sign_ * INT64_MAX : seconds;
+    }
 
 private:
+    static std::int64_t dayOf(std::int64_t second) {
+        return qb::calendar::floorDiv(second, qb::calendar::kSecondsPerDay);
+    }
     std::int64_t place() const { return moved(start_, zone_, years_, months_, days_); }
 
     // Finds the most steps that do not pass the target. Days that a month has not make a step shorter or
@@ -59,7 +66,7 @@ private:
     void take(std::int64_t &steps, std::int64_t estimate) {
         for (std::int64_t count = estimate + 1; count > 0; --count) {
             steps = count * sign_;
-            if ((target_ - place()) * sign_ >= 0)
+            if (sign_ > 0 ? place() <= target_ : place() >= target_)
                 return;
         }
         steps = 0;

@@ -241,12 +241,14 @@ NSCharacterSet::Edges NSCharacterSet::edgesOf(const NSCharacterSet &set) {
 }
 
 void NSCharacterSet::setEdges(const Edges &edges) {
-    isInverted_ = !edges.empty() && edges.back() > kFirstMalformed;
-    const Edges listed = isInverted_ ? others(edges) : edges;
-    kind_ = Kind::listed;
-    ranges_.clear();
+    const bool isInverted = !edges.empty() && edges.back() > kFirstMalformed;
+    const Edges listed = isInverted ? others(edges) : edges;
+    std::vector<NSRange> ranges; // the set stays as it was when there is no memory for them
     for (std::size_t i = 0; i < listed.size(); i += 2)
-        ranges_.push_back({listed[i], listed[i + 1] - listed[i]});
+        ranges.push_back({listed[i], listed[i + 1] - listed[i]});
+    isInverted_ = isInverted;
+    kind_ = Kind::listed;
+    ranges_.swap(ranges);
     learnAscii();
 }
 

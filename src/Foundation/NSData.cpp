@@ -33,7 +33,7 @@ Class *NSData::cls() {
         qb::maker<"dataWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithData:">(&NSData::setUpWithData),
         qb::initialiser<"initWithBytes:length:">(&NSData::setUpWithBytes),
-        qb::maker<"dataWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
+        qb::classMethod<"dataWithBytesNoCopy:length:">(&NSData::dataWithBytesNoCopyOfClass),
         qb::initialiser<"initWithBytesNoCopy:length:">(&NSData::setUpWithBytesNoCopy),
         qb::maker<"dataWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
         qb::initialiser<"initWithContentsOfFile:">(&NSData::setUpWithContentsOfFile),
@@ -87,6 +87,12 @@ BOOL NSData::setUpWithBytes(const void *bytes, std::uint32_t length) {
     if (length != 0)
         append(bytes, length);
     return YES;
+}
+
+// The pool gets the data first: without memory it destroys what it is handed.
+NSData *NSData::dataWithBytesNoCopyOfClass(Class *asked, void *bytes, std::uint32_t length) {
+    auto *const data = static_cast<NSData *>(asked->construct().autorelease());
+    return data->setUpWithBytesNoCopy(bytes, length) ? data : nullptr;
 }
 
 BOOL NSData::setUpWithBytesNoCopy(void *bytes, std::uint32_t length) {

@@ -58,9 +58,8 @@ void NSDictionary::store(id key, id value) {
         throw InvalidArgumentException(
             "NSMutableDictionary setObject:forKey: must have an object and a key that are not nil.");
     Ref<NSObject> kept = value; // the key's own operations may let go of it
-    const std::uint32_t before = table_.count();
     qb::HashTable::Entry &entry = table_.entryForCopyOf(key);
-    if (table_.count() != before)
+    if (!entry.value) // it is new
         ++mutations_;
     if (const id old = std::exchange(entry.value, kept.detach()))
         old->release();

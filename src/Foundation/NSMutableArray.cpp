@@ -162,10 +162,13 @@ void NSMutableArray::removeWhere(NSRange range, Predicate isRemoved) {
     };
     const std::uint32_t mutations = mutations_;
     std::vector<Removed> removed;
+    std::vector<Ref<NSObject>> keepers; // kept, so that no other object gets the address of one of them
     for (std::uint32_t i = range.location; i < NSMaxRange(range); ++i) {
-        const id element = elements_[i];
+        const id element = keepers.emplace_back(elements_[i]);
         if (isRemoved(element))
             removed.push_back({i, element});
+        else
+            keepers.pop_back();
         if (mutations_ != mutations)
             throwMutated();
     }

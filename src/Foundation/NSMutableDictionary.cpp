@@ -82,7 +82,7 @@ void NSMutableDictionary::addEntriesFromDictionary(NSDictionary *other) {
 void NSMutableDictionary::setDictionary(NSDictionary *other) {
     if (other == this)
         return;
-    qb::refill(table_, [&] {
+    qb::refill(table_, mutations_, [&] {
         removeAllObjects();
         addEntriesFromDictionary(other);
     });

@@ -98,7 +98,7 @@ void NSMutableSet::setSet(NSSet *other) {
     if (other == this)
         return;
     const Ref<NSSet> keeper = other; // whatever its elements' own operations do
-    qb::refill(table_, [&] {
+    qb::refill(table_, mutations_, [&] {
         removeAllObjects();
         unionSet(other);
     });

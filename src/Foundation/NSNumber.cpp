@@ -53,6 +53,24 @@ NSComparisonResult compareIntegerToReal(std::int64_t low, bool isUnsigned, doubl
 } // namespace
 
 Class *NSNumber::cls() {
+    // Integers of 64 bits are of a class of their own, unless a subclass is asked.
+    static constexpr auto init = [](Class *asked, auto setUp, auto value) {
+        const Ref<NSObject> object = (asked == cls() ? NSLongLongNumber::cls() : asked)->construct();
+        auto *const number = static_cast<NSNumber *>(object.get());
+        return (number->*setUp)(value) ? Ref<NSNumber>(number) : Ref<NSNumber>();
+    };
+    static constexpr auto initSigned = [](Class *asked, std::int64_t value) {
+        return init(asked, &NSNumber::setUpWithLongLong, value);
+    };
+    static constexpr auto initUnsigned = [](Class *asked, std::uint64_t value) {
+        return init(asked, &NSNumber::setUpWithUnsignedLongLong, value);
+    };
+    static constexpr auto makeSigned = [](Class *asked, std::int64_t value) {
+        return initSigned(asked, value).autorelease();
+    };
+    static constexpr auto makeUnsigned = [](Class *asked, std::uint64_t value) {
+        return initUnsigned(asked, value).autorelease();
+    };
     static const qb::Method methods[] = {
         qb::maker<"numberWithBool:">(&NSNumber::setUpWithBool),
         qb::maker<"numberWithChar:">(&NSNumber::setUpWithChar),
@@ -63,10 +81,10 @@ Class *NSNumber::cls() {
         qb::maker<"numberWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
         qb::maker<"numberWithFloat:">(&NSNumber::setUpWithFloat),
         qb::maker<"numberWithDouble:">(&NSNumber::setUpWithDouble),
-        qb::classMethod<"numberWithLong:">(&NSNumber::numberWithLong),
-        qb::classMethod<"numberWithUnsignedLong:">(&NSNumber::numberWithUnsignedLong),
-        qb::classMethod<"numberWithLongLong:">(&NSNumber::numberWithLongLong),
-        qb::classMethod<"numberWithUnsignedLongLong:">(&NSNumber::numberWithUnsignedLongLong),
+        qb::classMethod<"numberWithLong:">(+makeSigned),
+        qb::classMethod<"numberWithUnsignedLong:">(+makeUnsigned),
+        qb::classMethod<"numberWithLongLong:">(+makeSigned),
+        qb::classMethod<"numberWithUnsignedLongLong:">(+makeUnsigned),
         qb::initialiser<"initWithBool:">(&NSNumber::setUpWithBool),
         qb::initialiser<"initWithChar:">(&NSNumber::setUpWithChar),
         qb::initialiser<"initWithUnsignedChar:">(&NSNumber::setUpWithUnsignedChar),
@@ -76,10 +94,10 @@ Class *NSNumber::cls() {
         qb::initialiser<"initWithUnsignedInt:">(&NSNumber::setUpWithUnsignedInt),
         qb::initialiser<"initWithFloat:">(&NSNumber::setUpWithFloat),
         qb::initialiser<"initWithDouble:">(&NSNumber::setUpWithDouble),
-        qb::classMethod<"initWithLong:">(&NSNumber::initWithLongLong),
-        qb::classMethod<"initWithUnsignedLong:">(&NSNumber::initWithUnsignedLongLong),
-        qb::classMethod<"initWithLongLong:">(&NSNumber::initWithLongLong),
-        qb::classMethod<"initWithUnsignedLongLong:">(&NSNumber::initWithUnsignedLongLong),
+        qb::classMethod<"initWithLong:">(+initSigned),
+        qb::classMethod<"initWithUnsignedLong:">(+initUnsigned),
+        qb::classMethod<"initWithLongLong:">(+initSigned),
+        qb::classMethod<"initWithUnsignedLongLong:">(+initUnsigned),
         qb::method<"boolValue">(&NSNumber::boolValue),
         qb::method<"charValue">(&NSNumber::charValue),
         qb::method<"unsignedCharValue">(&NSNumber::unsignedCharValue),

@@ -107,9 +107,9 @@ BOOL NSSet::setUpWithCopies(NSSet *other, BOOL copyItems) {
 
 void NSSet::insert(id object) {
     qb::required(object, "NSMutableSet addObject:", "an object");
-    const std::uint32_t before = table_.count();
-    table_.entryFor(object);
-    if (table_.count() != before)
+    bool isNew = false;
+    table_.entryFor(object, &isNew);
+    if (isNew)
         ++mutations_;
 }
 
@@ -144,12 +144,13 @@ NSEnumerator *NSSet::objectEnumerator() const {
 }
 
 void NSSet::makeObjectsPerformSelector(SEL selector) const {
-    for (id object : *this)
+    for (const Ref<NSObject> object : *this) // kept, whatever it does to the set
         send<void>(object, selector);
 }
 
 void NSSet::makeObjectsPerformSelector(SEL selector, id withObject) const {
-    for (id object : *this)
+    const Ref<NSObject> kept = withObject;
+    for (const Ref<NSObject> object : *this)
         send<void>(object, selector, withObject);
 }
 

@@ -91,8 +91,8 @@ TEST_F(HashTableTest, FindsTextsThatAreKeysOfOtherClasses) {
 
 TEST_F(HashTableTest, FindsTheKeyThatWasComparedIfItIsStillThere) {
     struct Key : NSObject {
-        std::function<void()> onComparison = [] {};
-        BOOL isEqual(id) const override { return onComparison(), YES; }
+        std::function<bool()> onComparison = [] { return true; };
+        BOOL isEqual(id) const override { return onComparison(); }
         std::uint32_t hash() const override { return 5; }
     };
     const Ref<Key> key = Ref<Key>::adopt(new Key), asked = Ref<Key>::adopt(new Key);
@@ -102,6 +102,7 @@ TEST_F(HashTableTest, FindsTheKeyThatWasComparedIfItIsStillThere) {
     asked->onComparison = [&] { // the key's entry moves to the first one's place
         table.remove(table.find("first"_ns));
         table.reserve(100);
+        return true;
     };
     const auto *const entry = table.find(asked);
     ASSERT_NE(entry, nullptr);
@@ -109,8 +110,20 @@ TEST_F(HashTableTest, FindsTheKeyThatWasComparedIfItIsStillThere) {
     asked->onComparison = [&] {
         table.removeAll();
         table.entryFor("other"_ns);
+        return true;
     };
     EXPECT_EQ(table.find(asked), nullptr);
+    table.entryFor(key);
+    table.remove(table.find("other"_ns));
+    const Ref<Key> equal = Ref<Key>::adopt(new Key);
+    equal->onComparison = [] { return false; };
+    bool isThere = false;
+    asked->onComparison = [&] { // an equal key comes, to a place before that of the one compared
+        if (!isThere)
+            table.entryFor(equal);
+        return std::exchange(isThere, true);
+    };
+    EXPECT_EQ(table.entryFor(asked).key, equal.get());
 }
 
 TEST_F(HashTableTest, TellsTextsOfOneHashApart) {

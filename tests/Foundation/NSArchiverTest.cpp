@@ -356,6 +356,8 @@ TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {
         EXPECT_REASON(writer->archiverData(), reason);
         writer->encodeRootObject("a"_ns);
     };
+    EXPECT_REASON(Ref<NSArchiver>::adopt(new NSArchiver)->encodeRootObject("a"_ns),
+                  "NSArchiver must be made by init or initForWritingWithMutableData:.");
     EXPECT_REASON(writer->encodeRootObject(NSArray::arrayWithObject(node)), reason);
     expectError(900005, "an object could not write itself",
                 [&] { EXPECT_EQ(writer->archiverData(), nullptr); });

@@ -1,4 +1,5 @@
 #include "support/Answer.h"
+#include "support/ClientClass.h"
 #include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
@@ -84,6 +85,10 @@ TEST_F(NSArrayTest, MakersMakeArraysOfTheClassAsked) {
         EXPECT_EQ(made(asked, "initWithArray:copyItems:", {letters("a"), YES}), "(a)");
         EXPECT_EQ(made(asked, "arrayWithObject:", {"a"_ns}) + made(asked, "init"), "(a)()");
     }
+    struct Begun : ClientClass<Begun, NSMutableArray, "Begun"> {
+        Begun() { addObject(NSString::stringWith("z")); }
+    };
+    EXPECT_EQ(made(Begun::cls(), "arrayWithObject:", {"a"_ns}), "(z, a)");
 }
 
 TEST_F(NSArrayTest, DerivesFurtherArraysAndTexts) {
@@ -251,6 +256,8 @@ TEST_F(NSArrayTest, ElementsOwnOperationsMayChangeWhatIsWalkedOrPassed) {
         EXPECT_TRUE(!found || found->retainCount() != 0);
     });
     meddle([](auto &it, auto &other) { it.array->indexOfObject(other.single); });
+    meddle([](auto &it, auto &) { it.array->makeObjectsPerformSelector("stringValue"_sel); });
+    meddle([](auto &it, auto &other) { it.array->makeObjectsPerformSelector("isEqual:"_sel, other.single); });
     meddle([](auto &it, auto &other) { it.array->removeObjectsInArray(other.array); });
     meddle([](auto &, auto &other) { NSArray::initWithArray(other.array, /*copyItems=*/YES); });
 }
@@ -259,12 +266,14 @@ TEST_F(NSArrayTest, WhatReplacesAnElementWhileOthersAreAskedIsNotRemoved) {
     struct Replacer : NSObject {
         BOOL isEqual(id other) const override {
             if (other == array->lastObject())
-                array->replaceObjectAtIndex(0, "new"_ns);
+                for (int i = 0; i < 2; ++i) // the second one gets the element's memory, if that is free
+                    array->replaceObjectAtIndex(0, NSString::initWith("new").get());
             return YES;
         }
         NSMutableArray *array = letters("abc");
     };
     const auto replacer = Ref<Replacer>::adopt(new Replacer);
+    replacer->array->replaceObjectAtIndex(0, NSString::initWith("old").get());
     replacer->array->removeObject(replacer);
     EXPECT_EQ(describe(replacer->array), "(new)");
 }

@@ -108,6 +108,13 @@ TEST_F(NSCalendarDateTest, DifferencesAreWhatHasToBeAdded) {
     EXPECT_EQ(days * 100 + hours, 15010 * 100);
     start->years(nullptr, nullptr, &days, &hours, nullptr, nullptr, end);
     EXPECT_EQ(days * 100 + hours, -15010 * 100);
+    // The calendar has more seconds than 64 bits count.
+    start = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(-1e300);
+    end = NSCalendarDate::dateWithTimeIntervalSinceReferenceDate(1e300);
+    start->years(nullptr, nullptr, nullptr, &hours, nullptr, nullptr, end);
+    ASSERT_EQ(hours, INT32_MIN);
+    end->years(nullptr, nullptr, &days, nullptr, nullptr, nullptr, start);
+    EXPECT_EQ(days, INT32_MAX);
 
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);

@@ -1,4 +1,5 @@
 #include "Foundation/Buffer.h"
+#include "Foundation/Kept.h"
 #include "support/Answer.h"
 #include "support/PoolFixture.h"
 
@@ -16,6 +17,24 @@ TEST_F(NSDataTest, TakesMemoryOver) {
     EXPECT_EQ(stream->targetData()->length(), 0u);
     char kept[1]; // what is refused stays the caller's
     EXPECT_THROW(NSData::dataWithBytesNoCopy(kept, UINT32_MAX), InvalidArgumentException);
+}
+
+TEST_F(NSDataTest, APoolWithoutMemoryDestroysNothingThatIsStillUsed) {
+    const NSAutoreleasePool withTheSparePage;
+    NSData::data();
+    const NSAutoreleasePool pool;
+    const Fault noPage(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
+    NSObject *const object = NSObject::init().detach();
+    {
+        const qb::Kept found(object);
+        object->release();
+    }
+    EXPECT_EQ(object->retainCount(), 1u);
+    object->release();
+    char kept[1];
+    EXPECT_THROW(NSData::dataWithBytesNoCopy(kept, 1), std::bad_alloc);
+    EXPECT_THROW(NSMutableData::dataWithBytesNoCopy(kept, 1), std::bad_alloc);
+    EXPECT_THROW(made(NSData::cls(), "dataWithBytesNoCopy:length:", {&kept[0], 1}), std::bad_alloc);
 }
 
 TEST_F(NSDataTest, GivesPartsOfItsBytes) {

@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 
 #include <set>
@@ -29,6 +30,15 @@ TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     set->formIntersectionWithCharacterSet(nullptr);
     EXPECT_TRUE(holds(""_ns));
     EXPECT_THROW(set->addCharactersInRange({0x10FFFF, 2}), InvalidArgumentException);
+    expectAllOrBadAlloc([] {
+        const Ref<NSMutableCharacterSet> bd = NSMutableCharacterSet::characterSetWithRange({'b', 2});
+        try {
+            bd->addCharactersInString("fhj"_ns);
+        } catch (const std::bad_alloc &) {
+            return bd->isEqual(NSCharacterSet::characterSetWithRange({'b', 2}));
+        }
+        return YES;
+    });
 }
 
 TEST_F(NSMutableCharacterSetTest, EqualSetsHaveOneHashAndOthersTheirOwn) {

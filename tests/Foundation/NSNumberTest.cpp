@@ -11,13 +11,13 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 struct Wide : ClientClass<Wide, NSLongLongNumber, "Wide"> {};
+struct OwnNumber : ClientClass<OwnNumber, NSNumber, "OwnNumber"> {};
 
 TEST_F(NSNumberTest, MakersOf64BitsMakeObjectsOfTheClassAsked) {
-    for (const char *selector : {"numberWithLong:", "numberWithUnsignedLongLong:", "numberWithUnsignedLong:",
-                                 "initWithLong:", "initWithUnsignedLongLong:", "initWithUnsignedLong:"}) {
-        const auto made = send<Ref<NSNumber>>(Wide::cls(), Selector::named(selector), 7);
-        EXPECT_TRUE(made->isMemberOfClass(Wide::cls()) && made->intValue() == 7) << selector;
-    }
+    for (Class *asked : {Wide::cls(), OwnNumber::cls()})
+        for (const char *type : {"Long:", "LongLong:", "UnsignedLong:", "UnsignedLongLong:"})
+            for (const char *maker : {"numberWith", "initWith"})
+                EXPECT_EQ(made(asked, (std::string(maker) + type).c_str(), {7}), "7");
     for (const char *type : {"Bool", "Char", "UnsignedChar", "Short", "UnsignedShort", "Int", "UnsignedInt",
                              "Long", "LongLong", "Float", "Double"})
         EXPECT_EQ(answer(NSNumber::cls(), ("initWith" + std::string(type) + ":").c_str(), {1}), "1") << type;

@@ -42,9 +42,9 @@ public:
     /// kept by the caller; the table may change from one call to the next.
     Entry *nextWithHash(std::uint32_t hash, std::uint32_t &place) const;
 
-    /// Returns the entry of `key`, new with a null value when there is none. `key` is retained when it is
-    /// new. Throws std::bad_alloc, with the table unchanged.
-    Entry &entryFor(NSObject *key);
+    /// Returns the entry of `key`, new with a null value when there is none; then `*isNew` becomes true and
+    /// `key` is retained. Throws std::bad_alloc, with the table unchanged.
+    Entry &entryFor(NSObject *key, bool *isNew = nullptr);
     /// As above, but a new key is copied.
     Entry &entryForCopyOf(NSObject *key);
 

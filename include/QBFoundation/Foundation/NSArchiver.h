@@ -40,7 +40,7 @@ public:
     static Ref<NSArchiver> init() { return qb::init<NSArchiver>(&NSArchiver::setUp); }
 
     /// Finishes the archive: it is in the data from then on. This and what does it on the way throw
-    /// InvalidUseOfMethodException when an object that is just being encoded sends it.
+    /// InvalidUseOfMethodException when an object that is just being encoded sends it, or no initialiser ran.
     virtual void finishEncoding();
     /// Finishes the archive and returns the data; nil when there was an error.
     virtual NSMutableData *archiverData();

@@ -41,7 +41,7 @@ public:
         return qb::init<NSData>(&NSData::setUpWithBytesNoCopy, bytes, length);
     }
     static NSData *dataWithBytesNoCopy(void *bytes, std::uint32_t length) {
-        return initWithBytesNoCopy(bytes, length).autorelease();
+        return dataWithBytesNoCopyOfClass(cls(), bytes, length);
     }
 
     // --- Bytes ---
@@ -108,6 +108,7 @@ public:
     void writeOnPropertyListOutputStream(QBOutputStream *stream) override;
 
 protected:
+    static NSData *dataWithBytesNoCopyOfClass(Class *asked, void *bytes, std::uint32_t length);
     /// The initialiser `initWithBytes:length:`.
     virtual BOOL setUpWithBytes(const void *bytes, std::uint32_t length);
     /// The initialiser `initWithBytesNoCopy:length:`.
@@ -149,7 +150,7 @@ public:
         return qb::init<NSMutableData>(&NSMutableData::setUpWithBytesNoCopy, bytes, length);
     }
     static NSMutableData *dataWithBytesNoCopy(void *bytes, std::uint32_t length) {
-        return initWithBytesNoCopy(bytes, length).autorelease();
+        return static_cast<NSMutableData *>(dataWithBytesNoCopyOfClass(cls(), bytes, length));
     }
     static NSMutableData *dataWithData(NSData *other);
     static NSMutableData *dataWithContentsOfFile(NSString *path) {
