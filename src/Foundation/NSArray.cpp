@@ -170,6 +170,8 @@ Ref<NSArray> NSArray::initOfClass(Class *asked, std::span<const id> elements) {
 BOOL NSArray::setUpWithObjects(const id *objects, std::uint32_t count) {
     if (count == 0)
         return YES;
+    if (count > UINT32_MAX - count_)
+        throw std::bad_alloc();
     const std::uint32_t all = count_ + count;
     elements_ = static_cast<id *>(
         qb::growBuffer(elements_, capacity_ * sizeof(id), count_ * sizeof(id), all * sizeof(id)));
