@@ -2,8 +2,6 @@
 #ifndef QBFOUNDATION_ERRORNUMBERS_H
 #define QBFOUNDATION_ERRORNUMBERS_H
 
-#include <span>
-
 namespace qb {
 
 /// An error that the library raises.

@@ -8,8 +8,6 @@
 
 #include <cstdint>
 
-class NSString;
-
 /// Reads a file up to the size that it had when it was opened.
 ///
 /// When it can't be read, or has become shorter, reading raises 100023 (path, system text) and answers 0; the

@@ -7,7 +7,6 @@
 #include <QBFoundation/Runtime/Value.h>
 
 #include <cstdint>
-#include <string_view>
 
 class NSArray;
 class NSDictionary;

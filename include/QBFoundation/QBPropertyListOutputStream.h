@@ -13,7 +13,7 @@
 /// data as its `description`. Nil-like values are left out. `targetData` is the text; `propertyList` reads it
 /// back.
 ///
-/// A list or dictionary inside more than `kDeepestNesting` others is written as "...", raises 900003 (depth)
+/// A list or dictionary inside `kDeepestNesting` others or more is written as "...", raises 900003 (depth)
 /// and ends the value: what is open is closed, and nothing more of it is written.
 class QB_EXPORT QBPropertyListOutputStream : public QBDataOutputStream {
 public:

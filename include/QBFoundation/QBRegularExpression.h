@@ -30,9 +30,10 @@ class QBRegularExpressionMatchObject;
 /// where the match begins (unless the pattern begins with "^", has no "|" outside of groups and
 /// REG_NEWLINE is not set), or where an endless repeat ends. The end is not open of a repeated bracket
 /// expression in front of a blank or punctuation mark that it has not. A group that is referred to must
-/// not be repeated, save by "?" when it cannot be empty, nor stand behind a repeat with an open end; and
-/// the number of branches and of repeats that may but need not go on, times that of back references, must
-/// not exceed 32. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// not be repeated, save by "?" when it cannot be empty, nor stand behind a repeat with an open end.
+/// Branches and repeats that may but need not go on are counted, and may be 32 for one back reference, 16
+/// for two, five for four, one for eleven. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1"
+/// and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look

@@ -22,7 +22,7 @@ constexpr std::size_t kPieceSize = 1000;
 
 // On a terminal the end is that of one answer, so the next question may have another.
 void raiseNoAnswer(int line) {
-    qb::raiseError(kFile, line, qb::kErrorNoAnswer, std::strerror(errno));
+    qb::raiseError(kFile, line, qb::kErrorNoAnswer, errno == 0 ? "end of input" : std::strerror(errno));
     sys::clearerr(stdin);
 }
 

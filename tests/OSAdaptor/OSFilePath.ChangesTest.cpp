@@ -119,6 +119,9 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
     expectError(100194, directory_ / "loop/a/up Too many levels of symbolic links",
                 [&] { OSFilePath::removePath(path("loop")); });
     EXPECT_TRUE(directory_.has("loop/a/up"));
+    directory_.link("nowhere", "kept/link");
+    expectError(100203, directory_ / "kept Directory not empty",
+                [&] { OSFilePath::removePath(path("kept")); });
 }
 
 TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront) {

@@ -128,7 +128,8 @@ TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
     EXPECT_TRUE(terminal.answer("> ", Terminal::kEnd));
     EXPECT_TRUE(
         terminal.answer("> ", std::string("here") + Terminal::kEnd + Terminal::kEnd)); // without a line end
-    EXPECT_EQ(terminal.end(), expected + "End?\n> []\n900040: Success\nAgain?\n> [here]\n900040: Success\n");
+    EXPECT_EQ(terminal.end(),
+              expected + "End?\n> []\n900040: end of input\nAgain?\n> [here]\n900040: end of input\n");
 }
 
 TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
@@ -147,7 +148,7 @@ TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {
     const std::string choices = "y - Yes\nn - No\n> ";
     EXPECT_EQ(terminal.end(), "Sure?\n" + choices + "Sure?\n" + choices + "Sure?\n" + choices + "[y]\n" +
                                   "Choose one of the following options!\n" + choices + "[n]\n" + "End?\n" +
-                                  choices + "[0]\n900040: Success\n");
+                                  choices + "[0]\n900040: end of input\n");
 }
 
 TEST_F(OSUserIOTest, ADescriptionKeepsItsChoicesInOrder) {

@@ -114,6 +114,10 @@ TEST_F(SendTest, SelectorsReachBothOverloadsAndKeepOwnership) {
     }
     EXPECT_EQ(tally->retainCount(), 1u); // a send borrows its receiver
     EXPECT_EQ(send<std::uint32_t>(tally.get(), NSSelectorFromString("countForString:"_ns), "a"_ns), 12u);
+    NSArray *const strings = NSArray::arrayWith({"a"_ns});
+    send<void>(strings, "copy"_sel);
+    EXPECT_EQ(strings->retainCount(), 1u); // nobody wants the copy
+    EXPECT_EQ(send(tally->counts_, "removeAllObjects"_sel), nullptr);
 }
 
 TEST_F(SendTest, IntegersConvertByValueAndWrongValuesThrow) {

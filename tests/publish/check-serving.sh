@@ -68,6 +68,8 @@ start --serve 0
 ln -s ../../secret "$out/assets/outside" # planted
 ln -s ../.. "$out/assets/way"
 mkfifo "$out/assets/pipe"
+mkdir "$out/.d"
+touch "$out/.secret" "$out/.d/x"
 case $address in http://127.0.0.1:*) ;; *) fail "the address is $address" ;; esac
 expect 'the start page' '<p>start</p>' sh -c "curl -s $address/ | grep ."
 expect 'a page of a directory' '<p>deep</p>' sh -c "curl -s $address/deep/?x=1 | grep ."
@@ -100,7 +102,7 @@ expect 'a page of the future' 1 \
     sh -c "curl -s -I $address/deep/ | sed -n 's/^Date: //p; s/^Last-Modified: //p' | sort -u | wc -l"
 
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
-    /.publish '/index.html%00'; do
+    /.secret /.d/x '/index.html%00'; do
     expect "$path" 404 status_of "$address$path"
 done
 expect 'a cut escape' 400 status_of "$address/%"

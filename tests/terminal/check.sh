@@ -66,7 +66,7 @@ Anything else?
 >"
 terminal send-keys C-d
 shows 'the end of input' "$dialogue
-[900040] No answer could be read from standard input: Success"
+[900040] No answer could be read from standard input: end of input"
 
 # A site whose pages are held up until they may go on.
 mkdir -p "$site/pages" "$site/templates"

@@ -3,9 +3,11 @@
 #define QBFOUNDATION_FOUNDATION_HASHTABLE_H
 
 #include <QBFoundation/Foundation/NSObject.h>
+#include <QBFoundation/Runtime/Ref.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 namespace qb {
@@ -89,6 +91,38 @@ private:
     std::uint32_t capacity_ = 0;
     std::uint32_t used_ = 0;
     std::uint32_t count_ = 0;
+};
+
+/// Goes over the elements of a container that has a table, and keeps the container. Throws
+/// InvalidUseOfMethodException when that was changed meanwhile.
+template <class Container>
+class TableIterator {
+public:
+    explicit TableIterator(const Container *container)
+        : next_(container->table_.begin()), end_(container->table_.end()),
+          container_(const_cast<Container *>(container)), mutations_(container->mutations_) {
+        skipHoles();
+    }
+    auto operator*() const { return Container::elementOf(*next_); }
+    TableIterator &operator++() {
+        if (container_->mutations_ != mutations_)
+            Container::throwMutated();
+        ++next_;
+        skipHoles();
+        return *this;
+    }
+    bool atEnd() const { return next_ == end_; }
+    bool operator==(std::default_sentinel_t) const { return atEnd(); }
+
+private:
+    void skipHoles() {
+        while (next_ != end_ && !next_->key)
+            ++next_;
+    }
+
+    const HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
+    Ref<Container> container_;
+    std::uint32_t mutations_;
 };
 
 } // namespace qb

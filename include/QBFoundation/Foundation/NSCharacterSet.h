@@ -48,7 +48,7 @@ public:
     static NSCharacterSet *nonBaseCharacterSet();
     /// Letters whose first part is upper-case and whose second is lower-case.
     static NSCharacterSet *capitalizedLetterCharacterSet();
-    /// Returns the set of the characters of `string`, autoreleased.
+    /// Returns the set of the characters of `string`, autoreleased. Throws InvalidArgumentException for nil.
     static NSCharacterSet *characterSetWithCharactersInString(NSString *string);
     /// Returns the set of the characters from `range.location` on, as many as the range is long.
     static NSCharacterSet *characterSetWithRange(NSRange range);

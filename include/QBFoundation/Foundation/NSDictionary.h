@@ -307,36 +307,8 @@ public:
 
     // --- Range-for ---
 
-    /// Goes over the entries as {key, value} pairs and keeps the dictionary. Throws
-    /// InvalidUseOfMethodException when it was changed meanwhile.
-    class Iterator {
-    public:
-        explicit Iterator(const NSDictionary *dictionary)
-            : next_(dictionary->table_.begin()), end_(dictionary->table_.end()),
-              dictionary_(const_cast<NSDictionary *>(dictionary)), mutations_(dictionary->mutations_) {
-            skipHoles();
-        }
-        Pair operator*() const { return {next_->key, next_->value}; }
-        Iterator &operator++() {
-            if (dictionary_->mutations_ != mutations_)
-                throwMutated();
-            ++next_;
-            skipHoles();
-            return *this;
-        }
-        bool atEnd() const { return next_ == end_; }
-        bool operator==(std::default_sentinel_t) const { return atEnd(); }
-
-    private:
-        void skipHoles() {
-            while (next_ != end_ && !next_->key)
-                ++next_;
-        }
-
-        const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
-        Ref<NSDictionary> dictionary_;
-        std::uint32_t mutations_;
-    };
+    /// Goes over the entries as {key, value} pairs.
+    using Iterator = qb::TableIterator<NSDictionary>;
     Iterator begin() const { return Iterator(this); }
     std::default_sentinel_t end() const { return {}; }
 
@@ -370,9 +342,11 @@ protected:
     /// As above, but leaves the value that the key has.
     void storeNew(id key, id value);
 
+    static Pair elementOf(const qb::HashTable::Entry &entry) { return {entry.key, entry.value}; }
     [[noreturn]] static void throwMutated();
 
 private:
+    friend Iterator;
     friend class NSMutableDictionary;
     friend class qb::PropertyListReader; // which fills the table without looking each key up twice
 

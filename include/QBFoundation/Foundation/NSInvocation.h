@@ -5,7 +5,6 @@
 #include <QBFoundation/Foundation/NSObject.h>
 #include <QBFoundation/Runtime/Value.h>
 
-#include <cstdint>
 #include <vector>
 
 /// A message with its receiver, its arguments and, once it was sent, its result.

@@ -99,36 +99,8 @@ public:
 
     // --- Range-for ---
 
-    /// Goes over the elements and keeps the set. Throws InvalidUseOfMethodException when it was changed
-    /// meanwhile.
-    class Iterator {
-    public:
-        explicit Iterator(const NSSet *set)
-            : next_(set->table_.begin()), end_(set->table_.end()), set_(const_cast<NSSet *>(set)),
-              mutations_(set->mutations_) {
-            skipHoles();
-        }
-        id operator*() const { return next_->key; }
-        Iterator &operator++() {
-            if (set_->mutations_ != mutations_)
-                throwMutated();
-            ++next_;
-            skipHoles();
-            return *this;
-        }
-        bool atEnd() const { return next_ == end_; }
-        bool operator==(std::default_sentinel_t) const { return atEnd(); }
-
-    private:
-        void skipHoles() {
-            while (next_ != end_ && !next_->key)
-                ++next_;
-        }
-
-        const qb::HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
-        Ref<NSSet> set_;
-        std::uint32_t mutations_;
-    };
+    /// Goes over the elements.
+    using Iterator = qb::TableIterator<NSSet>;
     Iterator begin() const { return Iterator(this); }
     std::default_sentinel_t end() const { return {}; }
 
@@ -144,6 +116,8 @@ protected:
     /// Adds an element that is not equal to one that is there.
     void insert(id object);
 
+    friend Iterator;
+    static id elementOf(const qb::HashTable::Entry &entry) { return entry.key; }
     [[noreturn]] static void throwMutated();
 
     std::uint32_t mutations_ = 0; // counted, so that enumerations notice them

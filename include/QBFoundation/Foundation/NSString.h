@@ -9,7 +9,6 @@
 
 #include <compare>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 class NSArray;
@@ -120,7 +119,7 @@ public:
     // --- Files ---
 
     /// Returns the file's bytes as they are. Returns nil after 100039 (path) for a file that is not there,
-    /// and 100023 (path, system text) for one that can't be read.
+    /// and 100023 (path, system text) for one that can't be read. Throws InvalidArgumentException for nil.
     static NSString *stringWithContentsOfFile(NSString *path) {
         return initWithContentsOfFile(path).autorelease();
     }

@@ -8,7 +8,6 @@
 #include <array>
 #include <string>
 
-class NSString;
 class QBOutputStream;
 
 /// Characters, one for each choice, and what they mean; see `OSUserIO askMultipleChoice:withQuestion:`.
@@ -27,8 +26,8 @@ public:
     }
 
     /// Adds a choice, or gives it another description; nil takes the choice away, but not its place among
-    /// the others. Throws
-    /// InvalidArgumentException for the character with the code 255, which can't be chosen.
+    /// the others. Throws InvalidArgumentException for the character with the code 255, which can't be
+    /// chosen.
     virtual void setDescriptionString(NSString *description, char forCharacter);
     virtual BOOL characterHasDescription(char character) const;
     /// Writes the choice's line: the character, " - ", the description. Nothing when there is no such choice.

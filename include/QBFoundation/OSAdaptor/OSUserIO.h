@@ -65,12 +65,12 @@ public:
     // Both calls wait for a whole line.
 
     /// Returns the line that the user enters, without its end, autoreleased; the bytes as they come.
-    /// At the end of input, and when it can't be read, 900040 (system text) is raised, and what came before
-    /// is returned. Nil, without asking, after 100156 when there is no memory.
+    /// At the end of input, and when it can't be read, 900040 ("end of input" or system text) is raised, and
+    /// what came before is returned. Nil, without asking, after 100156 when there is no memory.
     static NSString *askUserForStringWithQuestion(NSString *question);
     /// Asks, with the choices shown, until the first character of a line is one of them, and returns it.
     /// Without a question (nil) the user is told to choose one of the options. Returns 0 for nil, without
-    /// asking, and after 900040 (system text) at the end of input or when it can't be read.
+    /// asking, and after 900040, as above, at the end of input or when it can't be read.
     static char askMultipleChoice(OSMultipleChoiceDescription *description, NSString *withQuestion);
 
 private:

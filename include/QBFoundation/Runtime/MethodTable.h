@@ -16,7 +16,6 @@
 #include <QBFoundation/Runtime/Method.h>
 #include <QBFoundation/Runtime/Value.h>
 
-#include <array>
 #include <cstddef>
 #include <tuple>
 #include <type_traits>

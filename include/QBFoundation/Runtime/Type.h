@@ -7,7 +7,6 @@
 #include <QBFoundation/Runtime/Selector.h>
 #include <QBFoundation/Runtime/Types.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>

@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <string>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
