@@ -81,6 +81,8 @@ TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
     expectErrorAt("src/QBFileInputStream:78", 100039, directory_ / "none", [&] { open("none"); });
     const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
     expectErrorAt("src/QBFileInputStream:86", 100023, values(EACCES), [&] { open("file"); });
+    const Fault noWindow(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+    expectError(100156, "", [&] { open("file"); });
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
     open("file");
     EXPECT_EQ(takenErrors(), "(900999)");

@@ -156,9 +156,10 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
         lazy->setUpWithFile(path("out"), round % 2 ? YES : NO);
         write(lazy, "first");
         lazy->reset();
-        write(lazy, "2nd");
+        const char *const again = round == 1 ? "" : "2nd";
+        write(lazy, again);
         lazy->close();
-        EXPECT_EQ(describeFiles(), "out: 2nd\n");
+        EXPECT_EQ(directory_.read("out"), again);
     }
     directory_.write("victim", "precious");
     QBFileOutputStream *const stream = QBFileOutputStream::streamWithFile(directory_.string("out"), YES);

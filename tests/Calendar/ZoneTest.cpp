@@ -295,6 +295,8 @@ TEST(ZoneFileTest, FirstVersionEndsWithItsLastTransition) {
     EXPECT_FALSE(parseZoneFile(header(0, 1, 2) + before + '\2' + types + names, data)) << "no such type";
     EXPECT_FALSE(parseZoneFile(header(0, 2, 2) + before + before + "\1\1" + types + names, data)) << "order";
     EXPECT_FALSE(parseZoneFile(header(0, 0, 0) + names, data)) << "no type";
+    for (const char *type : {"\x7f\0\0\0\0\0", "\0\0\0\0\2\0", "\0\0\0\0\0\b"}) // offset, flag, name
+        EXPECT_FALSE(parseZoneFile(header(0, 0, 1) + std::string(type, 6) + names, data)) << type[4];
     EXPECT_FALSE(parseZoneFile(header(1, 0, 2) + types + names + std::string(8, '\0'), data))
         << "leap second";
 }

@@ -116,6 +116,11 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
         const Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0}); // not for ever
         expectError(100024, directory_ / "copy/file Input/output error", [&] { copy("file", "copy"); });
     }
+    {
+        const Fault end(Call::read, /*skip=*/0, /*times=*/1, sys::ShortTransfer{0}); // shorter than it says
+        copy("file", "copy");
+        EXPECT_EQ(directory_.read("copy/file"), "");
+    }
     const std::tuple<Call, int, std::string> rows[] = {{Call::read, 100023, directory_ / "file"},
                                                        {Call::write, 100024, directory_ / "copy/file"},
                                                        {Call::close, 100024, directory_ / "copy/file"}};

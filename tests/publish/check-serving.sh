@@ -114,6 +114,9 @@ expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET /
 expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
 
+exec {idle}<>"/dev/tcp/127.0.0.1/${address##*:}"
+printf 'HEAD / HTTP/1.1\r\nHost: x\r\n\r\n' >&"$idle"
+
 # A client that sends a byte from time to time has no more time than others.
 exec {slow}<>"/dev/tcp/127.0.0.1/${address##*:}"
 (while printf 'G' >&"$slow"; do sleep 0.3; done) 2>/dev/null &
@@ -135,6 +138,8 @@ sleep 0.5
 timeout 30 cat <&"$slow" >"$work/slow" || true
 grep -q '408 Request Timeout' "$work/slow" || fail "a slow client got $(cat "$work/slow") after $SECONDS s"
 exec {slow}>&-
+expect 'an idle client, which gets no answer more' 1 \
+    bash -c "timeout 5 cat <&$idle >$work/idle && grep -c '^HTTP' $work/idle"
 stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
