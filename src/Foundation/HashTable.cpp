@@ -350,9 +350,9 @@ void HashTable::removeAll() noexcept {
     for (std::uint32_t i = 0; i < used; ++i) {
         if (!entries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many entries as used
             continue;
-        entries[i].key->releaseElement();
+        entries[i].key->release();
         if (entries[i].value)
-            entries[i].value->releaseElement();
+            entries[i].value->release();
     }
     freeBuffer(entries, bytes);
 }

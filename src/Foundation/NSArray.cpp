@@ -129,7 +129,7 @@ Class *NSArray::cls() {
 
 NSArray::~NSArray() {
     for (std::uint32_t i = 0; i < count_; ++i)
-        elements_[i]->releaseElement();
+        elements_[i]->release();
     if (capacity_)
         qb::freeBuffer(elements_, capacity_ * sizeof(id));
 }

@@ -21,12 +21,9 @@
 
 namespace {
 
-// So deep may the destructors of containers call each other before the rest is put aside: some 100 bytes of
-// stack each.
-constexpr unsigned kDeepestDestruction = 64;
-// A destructor may count on what it has released being gone. So its object's parts are put aside only when
-// this much of the stack is taken, that even a chain of a million ends.
-constexpr std::uintptr_t kMostStack = 64 * 1024;
+// How much of the stack destructors that call each other may take before the rest is put aside. A destructor
+// may count on what it has released being gone, so that it is much.
+constexpr std::uintptr_t kMostStack = 128 * 1024;
 
 // The objects that were put aside, each with a reference. There are places for a few, so that a chain goes
 // even without memory: it puts one aside at a time, and the small objects beside it, which are taken in their
@@ -62,18 +59,11 @@ struct Waiting {
 };
 constinit Waiting waiting;
 
-// The destructors that are calling each other.
-constinit unsigned depth = 0;
+// Where the outermost of the destructors that are calling each other has its stack; 0 when none is called.
 constinit std::uintptr_t outermostFrame = 0;
 
-std::uintptr_t frame() {
+inline std::uintptr_t frame() {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-}
-
-void destroyNow(NSObject *object) noexcept {
-    ++depth;
-    delete object;
-    --depth;
 }
 
 // What is rarely done stands apart, so that the usual destruction saves no registers for it.
@@ -95,27 +85,8 @@ void destroyNow(NSObject *object) noexcept {
         if (object->retainCount() > 1)
             object->release();
         else
-            destroyNow(object);
+            delete object;
     }
-}
-
-[[gnu::noinline]] bool isStackTaken() {
-    return outermostFrame - frame() > kMostStack; // stacks grow downwards; on another one, where it may end
-}
-
-// The object keeps a reference, so that what destructors call may retain and release it.
-void destroyOutermost(NSObject *object) noexcept {
-    object->retain();
-    outermostFrame = frame();
-    destroyNow(object);
-    if (waiting.count != 0) [[unlikely]]
-        destroyWaiting();
-}
-
-void destroyInside(NSObject *object, bool mayWait) noexcept {
-    object->retain();
-    if (!mayWait || !putAside(object))
-        destroyNow(object);
 }
 
 std::string placeOf(const NSObject *object, const char *selector) {
@@ -127,15 +98,18 @@ std::string placeOf(const NSObject *object, const char *selector) {
 namespace qb {
 
 void destroy(NSObject *object) noexcept {
-    if (depth == 0)
-        return destroyOutermost(object);
-    destroyInside(object, depth >= kDeepestDestruction && isStackTaken());
-}
-
-void destroyElement(NSObject *object) noexcept {
-    if (depth == 0)
-        return destroyOutermost(object);
-    destroyInside(object, depth >= kDeepestDestruction);
+    object->retain(); // so that what destructors call may retain and release it
+    if (outermostFrame != 0) {
+        const bool isStackTaken = outermostFrame - frame() > kMostStack; // it grows downwards
+        if (!isStackTaken || !putAside(object))
+            delete object;
+        return;
+    }
+    outermostFrame = frame();
+    delete object;
+    if (waiting.count != 0) [[unlikely]]
+        destroyWaiting();
+    outermostFrame = 0;
 }
 
 } // namespace qb

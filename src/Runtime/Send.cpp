@@ -69,16 +69,21 @@ Value sendValues(id receiver, SEL selector, const Value *values, std::size_t cou
         isOwned = method->resultType().isOwned;
         return method->invoke(receiver, values, count);
     }
-    // Not left to the pool, for the receiver, which it retains, may be one that is being destroyed.
+    // The receiver may be one that is being destroyed: the pool gets neither it nor what retains it.
     const auto invocation = Ref<NSInvocation>::adopt(new NSInvocation);
     invocation->setTarget(receiver);
     invocation->setSelector(selector);
     invocation->setArguments(std::vector<Value>(values, values + count));
     receiver->forwardInvocation(invocation);
     isOwned = invocation->returnsOwned();
-    const Value result = invocation->returnValue();
-    if (!isOwned)
+    Value result = invocation->returnValue();
+    if (!isOwned && result.object() != receiver)
         Ref<NSObject>(result.object()).autorelease(); // nobody else may keep it
+    if (result.pointer()) { // it may lead into what the invocation has got meanwhile
+        if (invocation->target() == receiver)
+            invocation->setTarget(nullptr);
+        Ref<NSInvocation>(invocation).autorelease();
+    }
     return result;
 }
 

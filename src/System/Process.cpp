@@ -187,26 +187,10 @@ int sigaction(int signal, const struct sigaction *action, struct sigaction *old)
     return attempt(Call::sigaction, [&] { return ::sigaction(signal, action, old); });
 }
 
-sigset_t allSignals() noexcept {
+SignalsBlocked::SignalsBlocked() noexcept {
     sigset_t all;
     ::sigfillset(&all);
-    return all;
-}
-
-sigset_t interruptingSignals() noexcept {
-    sigset_t found;
-    ::sigemptyset(&found);
-    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-        struct sigaction action;
-        if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL &&
-            action.sa_handler != SIG_IGN && !(action.sa_flags & SA_RESTART))
-            ::sigaddset(&found, signal);
-    }
-    return found;
-}
-
-SignalsBlocked::SignalsBlocked(const sigset_t &signals) noexcept {
-    ::sigprocmask(SIG_BLOCK, &signals, &mask_);
+    ::sigprocmask(SIG_BLOCK, &all, &mask_);
 }
 
 SignalsBlocked::~SignalsBlocked() {

@@ -45,15 +45,10 @@ int pipe(int ends[2]) noexcept;
 int dup2(int descriptor, int target) noexcept;
 /// Reads (null `action`) or sets what a signal does.
 int sigaction(int signal, const struct sigaction *action, struct sigaction *old) noexcept;
-/// Returns all signals.
-sigset_t allSignals() noexcept;
-/// Returns the signals whose handlers make a waiting call end with EINTR.
-sigset_t interruptingSignals() noexcept;
-
-/// Blocks signals in its scope, also in processes that begin in it. errno stays as it was.
+/// Blocks all signals in its scope, also in processes that begin in it. errno stays as it was.
 class SignalsBlocked {
 public:
-    explicit SignalsBlocked(const sigset_t &signals = allSignals()) noexcept;
+    SignalsBlocked() noexcept;
     ~SignalsBlocked();
     SignalsBlocked(const SignalsBlocked &) = delete;
     SignalsBlocked &operator=(const SignalsBlocked &) = delete;

@@ -2,7 +2,6 @@
 
 #include "Attempt.h"
 #include "Descriptor.h"
-#include "Process.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,6 +9,16 @@
 #include <cstring>
 #include <cwchar>
 #include <stdio_ext.h>
+
+// How the C library goes over its streams; no header declares it any more.
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's
+extern "C" {
+std::FILE *_IO_iter_begin();
+std::FILE *_IO_iter_end();
+std::FILE *_IO_iter_next(std::FILE *place);
+std::FILE *_IO_iter_file(std::FILE *place);
+}
+// NOLINTEND(bugprone-reserved-identifier): as above
 
 namespace qb::sys {
 
@@ -93,10 +102,12 @@ bool writeCollected(std::FILE *file) {
     return isWritten;
 }
 
-// Nobody tells which of all streams has lost what it had collected to a signal.
 int flushAll() {
-    const SignalsBlocked blocked(interruptingSignals());
-    return ::fflush_unlocked(nullptr);
+    bool isWritten = true;
+    for (std::FILE *at = ::_IO_iter_begin(); at != ::_IO_iter_end(); at = ::_IO_iter_next(at))
+        if (std::FILE *const file = ::_IO_iter_file(at); isPlainSink(file))
+            isWritten = writeCollected(file) && isWritten;
+    return ::fflush_unlocked(nullptr) == 0 && isWritten ? 0 : EOF;
 }
 
 // How many of the bytes a plain sink writes at once: whole lines, and what its buffer has no room for.

@@ -82,8 +82,10 @@ struct Owner : NSObject {
 } // namespace
 
 TEST_F(DeepWalkTest, PartsGoBeforeTheirOwnerWhateverIsAroundIt) {
-    for (int depth = 55; depth < 75; ++depth) { // from 64 on what an array holds waits
+    for (const int depth : {0, 100, 20'000}) { // where it has to wait, or somewhat above
         Ref<Owner> owner = Ref<Owner>::adopt(new Owner);
+        if (depth > 100)
+            owner->part = nullptr;
         const id other = new Owner::Part(owner); // goes first, and uses one that may be waiting
         Ref<NSObject> object = NSArray::initWith({other, owner.get()});
         other->release();

@@ -195,7 +195,7 @@ TEST_F(SendTest, ResultsAndParametersMayBeReferencesAndConstant) {
     const Ref<Sheet> sheet = Ref<Sheet>::adopt(new Sheet), other = Ref<Sheet>::adopt(new Sheet);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(send<Ref<NSString>>(sheet, "title"_sel), sheet->title_);
-        EXPECT_EQ(send<NSString *>(sheet, "heading"_sel), sheet->heading_);
+        EXPECT_EQ(send<const NSString *>(sheet, "heading"_sel), sheet->heading_);
         EXPECT_STREQ(send<qb::ArgList>(sheet, "values"_sel)[1].as<const char *>(), "b");
         EXPECT_EQ(send<BOOL>(sheet, "isBefore:"_sel, other.get()), NO);
         EXPECT_EQ(send<BOOL>(sheet, "isBefore:"_sel, static_cast<const Sheet *>(other.get())), NO);

@@ -28,10 +28,8 @@ class Method;
 class Value;
 
 /// Runs the destructor of an object whose last reference was released. A chain of objects that own each other
-/// is taken apart step by step when it has taken 64 KiB of stack, so that its length never meets the end.
+/// is taken apart step by step when it has taken 128 KiB of stack, so that its length never meets the end.
 QB_EXPORT void destroy(NSObject *object) noexcept;
-/// As `destroy`, but step by step from a depth of 64 on.
-QB_EXPORT void destroyElement(NSObject *object) noexcept;
 
 /// Makes a default-constructed `T` and lets `setUp` set it up with the arguments: the one place where objects
 /// come into being. Returns null, with the object destroyed, when `setUp` answers NO.
@@ -106,12 +104,6 @@ public:
     void release() noexcept {
         if (referenceCount_ < kImmortal && --referenceCount_ == 0)
             qb::destroy(this);
-    }
-    /// As `release`, for a container's elements: where containers are nested deeply, they are destroyed only
-    /// when those around them are.
-    void releaseElement() noexcept {
-        if (referenceCount_ < kImmortal && --referenceCount_ == 0)
-            qb::destroyElement(this);
     }
     /// Hands a reference of the caller to the current pool, which gives it back at its end. Returns the
     /// object.

@@ -46,7 +46,7 @@ R takeResult(id receiver, SEL selector, const Value &value, bool isOwned) {
         throwWrongResult(receiver, selector, typeOf<R>());
     if constexpr (kindOf<R>() == Kind::object && !IsRef<R>::value) {
         if (isOwned && result)
-            result->retain(); // the value gives its reference back; the caller gets one
+            plainPointer(result)->retain(); // the value gives its reference back; the caller gets one
     }
     return result;
 }

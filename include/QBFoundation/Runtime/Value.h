@@ -189,7 +189,7 @@ void Value::store(const T &value) {
     } else if constexpr (kind == Kind::cString) {
         payload_.pointer = value;
         info_ = &typeid(char);
-        isConst_ = std::is_const_v<std::remove_pointer_t<T>>;
+        isConst_ = std::is_array_v<T> || std::is_const_v<std::remove_pointer_t<T>>; // of unknown length
     } else if constexpr (kind == Kind::pointer) {
         payload_.pointer = value;
         info_ = &typeid(std::remove_cv_t<std::remove_pointer_t<T>>);
