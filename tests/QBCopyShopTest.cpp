@@ -10,11 +10,8 @@ namespace {
 struct Source : ClientClass<Source, QBInputStream, "CopyShopSource"> {
     explicit Source(std::vector<std::int32_t> results = {}) : answers(std::move(results)) {}
 
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
-            qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout),
-        };
-        return table;
+    static Operations operations() {
+        return {qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout)};
     }
 
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override {
