@@ -10,11 +10,8 @@ namespace {
 struct Source : ClientClass<Source, QBInputStream, "CopyShopSource"> {
     explicit Source(std::vector<std::int32_t> results = {}) : answers(std::move(results)) {}
 
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
-            qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout),
-        };
-        return table;
+    static Operations operations() {
+        return {qb::method<"readBuffer:length:timeout:">(&Source::readBufferTimeout)};
     }
 
     std::int32_t _readBuffer(void *buffer, std::uint32_t length) override {
@@ -48,15 +45,11 @@ struct Sink : QBOutputStream {
     const std::function<void()> onWrite;
 };
 
-Ref<Sink> sink(std::function<void()> onWrite) {
-    return Ref<Sink>::adopt(new Sink(std::move(onWrite)));
-}
-
 } // namespace
 
 TEST_F(QBCopyShopTest, TheSourceLivesUntilTheEnd) {
     Ref<Source> from = source({3, 3, -1});
-    const Ref<Sink> target = sink([&] { from = nullptr; }); // its only owner
+    const auto target = Ref<Sink>::adopt(new Sink([&] { from = nullptr; })); // its only owner
     EXPECT_EQ(QBCopyShop::copyShopWithBufferSize(4)->copyFrom(from.get(), target), 6);
 }
 
@@ -106,10 +99,10 @@ TEST_F(QBCopyShopTest, TimedCopiesReadWithTheTimeOutAndEndWithIt) {
 TEST_F(QBCopyShopTest, ErrorsEndACopyAndStandBehindThoseOfTheCaller) {
     ERRORHANDLER->raiseErrorInFile("caller", 1, 100023, "f", "text");
     int writes = 0;
-    const Ref<Sink> target = sink([&writes] {
+    const auto target = Ref<Sink>::adopt(new Sink([&writes] {
         if (++writes == 2)
             ERRORHANDLER->raiseErrorInFile("sink", 1, 100024, "f", "text");
-    });
+    }));
     QBDataInputStream *const from = QBDataInputStream::streamWithData(dataOf("0123456789"));
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(2);
     EXPECT_EQ(shop->copyFrom(from, target), 4); // what was read for the write that failed, too
@@ -133,7 +126,7 @@ TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
         int left = 8;
     };
     const Ref<Vast> from = Ref<Vast>::adopt(new Vast);
-    const Ref<Sink> to = sink([] {});
+    const auto to = Ref<Sink>::adopt(new Sink([] {}));
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(1U << 28);
     expectError(900030, "2147483648", [&] { EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX); });
     from->left = 8;

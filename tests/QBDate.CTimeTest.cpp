@@ -31,9 +31,8 @@ TEST_F(QBDateCTimeTest, SecondsGoBothWaysAndStopAtTheFieldsEnds) {
 TEST_F(QBDateCTimeTest, TextIsInTheSystemsZoneByTheCommonFormat) {
     // Dates with a format of their own.
     struct Monthly : ClientClass<Monthly, NSDate, "Monthly"> {
-        static qb::MethodTables methods() {
-            static const qb::Method table[] = {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
-            return table;
+        static Operations operations() {
+            return {qb::classMethod<"stringValueFormat">(+[] { return "%m"; })};
         }
     };
     EXPECT_STREQ(NSDate::stringValueFormat(), "%d.%m.%Y %H:%M");

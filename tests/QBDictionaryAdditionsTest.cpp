@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
 
@@ -103,14 +104,10 @@ TEST_F(QBDictionaryAdditionsTest, DictionariesAreMadeFromOthers) {
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, keys)), "{b = 2; a = 1; }");
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(source, words("a x"), "translateKey:"_sel)),
               "{a = 1; x = x; }");
-    struct Minting : NSDictionary {
+    struct Minting : ClientClass<Minting, NSDictionary, "Minting"> {
         Ref<NSObject> coin = NSMutableArray::init();
         Ref<NSObject> mint(id) { return coin; }
-        Class *classObject() const override {
-            static const qb::Method methods[] = {qb::method<"mint:">(&Minting::mint)};
-            static Class *const self = new Class("Minting", NSDictionary::cls(), methods);
-            return self;
-        }
+        static Operations operations() { return {qb::method<"mint:">(&Minting::mint)}; }
     };
     const auto minting = Ref<Minting>::adopt(new Minting); // whose answers belong to the caller
     EXPECT_EQ(describe(NSDictionary::dictFromDictWithGoodKeys(minting, words("a"), "mint:"_sel)),

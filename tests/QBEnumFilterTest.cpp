@@ -13,8 +13,8 @@ struct Probe : ClientClass<Probe, NSObject, "Probe"> {
     Probe() = default;
     explicit Probe(const char *name) : name_(NSString::stringWithCString(name)) {}
 
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
+    static Operations operations() {
+        return {
             qb::method<"object">(&Probe::object),
             qb::method<"kind">(&Probe::kind),
             qb::method<"made">(&Probe::made),
@@ -38,7 +38,6 @@ struct Probe : ClientClass<Probe, NSObject, "Probe"> {
             qb::method<"raise">(&Probe::raise),
             qb::method<"act">(&Probe::act),
         };
-        return table;
     }
     NSString *description() const override { return name_; }
 
@@ -85,10 +84,10 @@ struct Probe : ClientClass<Probe, NSObject, "Probe"> {
         if (isOn())
             ERRORHANDLER->raiseErrorInFile("tests/Probe", __LINE__, 990002, name_.get());
     }
-    /// Does what the test wants it to do, and answers YES.
-    BOOL act() const {
-        action(const_cast<Probe *>(this));
-        return YES;
+    /// Does what the test wants it to do, and answers itself.
+    Probe *act() {
+        action(this);
+        return this;
     }
 
     inline static std::function<void(Probe *)> action;
@@ -103,10 +102,7 @@ struct Passing : ClientClass<Passing, QBEnumFilter, "Passing"> {
 
 /// A client's enumerator, with filters of its own.
 struct Single : ClientClass<Single, NSEnumerator, "Single"> {
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {qb::classMethod<"filterClass">(&Single::filterClass)};
-        return table;
-    }
+    static Operations operations() { return {qb::classMethod<"filterClass">(&Single::filterClass)}; }
     static Class *filterClass() { return Passing::cls(); }
     id nextObject() override { return std::exchange(isDone_, true) ? nullptr : "x"_ns; }
 
@@ -140,13 +136,12 @@ struct Mark {
 
 /// Has an operation from beside NSObject, one that a subclass overrides, and one in both.
 struct Marked : ClientClass<Marked, NSObject, "Marked">, Mark {
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
+    static Operations operations() {
+        return {
             qb::method<"kind">(&Marked::kind),
             qb::method<"itself">(&Marked::itself),
             qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
         };
-        return table;
     }
     virtual NSString *kind() const { return "marked"_ns; }
     Marked *itself() { return this; }
@@ -346,23 +341,13 @@ TEST_F(QBEnumFilterTest, MessagesMayDoWhatTheyLike) {
 }
 
 TEST_F(QBEnumFilterTest, ATargetMayReplaceItselfAndBeTheAnswer) {
-    struct Translator : ClientClass<Translator, NSObject, "Translator"> {
-        static qb::MethodTables methods() {
-            static const qb::Method table[] = {qb::method<"translate:">(&Translator::translate)};
-            return table;
-        }
-        id translate(id) {
-            filter->setFilterTarget(nullptr);
-            return this;
-        }
-        QBEnumObjectFilter *filter = nullptr;
-    };
-    Ref<Translator> target = Ref<Translator>::adopt(new Translator);
-    const auto filter = QBEnumObjectFilter::initWithTarget(target, "translate:"_sel, nullptr);
-    target->filter = filter;
+    Ref<Probe> target = Ref<Probe>::adopt(new Probe);
+    const auto filter = QBEnumObjectFilter::initWithTarget(target, "act"_sel, nullptr);
+    Probe::action = [&](Probe *) { filter->setFilterTarget(nullptr); };
     target = nullptr;
     NSArray *const filtered = NSArray::arrayWith({"a"_ns})->objectsFilteredWith(filter);
     EXPECT_EQ(filtered->objectAtIndex(0)->retainCount(), 1u); // the array's
+    Probe::action = nullptr;
 }
 
 TEST_F(QBEnumFilterTest, AFilterMayGoBeforeWhatIsKnownOfItsChain) {

@@ -7,8 +7,8 @@ namespace {
 
 /// A client's class: what stands in its table is all that keys need.
 struct Page : ClientClass<Page, NSObject, "Page"> {
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
+    static Operations operations() {
+        return {
             qb::method<"title">(&Page::title),     qb::method<"setTitle:">(&Page::setTitle),
             qb::method<"parent">(&Page::parent),   qb::method<"setParent:">(&Page::setParent),
             qb::method<"rank">(&Page::rank),       qb::method<"setRank:">(&Page::setRank),
@@ -17,7 +17,6 @@ struct Page : ClientClass<Page, NSObject, "Page"> {
             qb::method<"address">(&Page::address), qb::method<"copyOfTitle">(&Page::copyOfTitle),
             qb::method<"close">(&Page::close),
         };
-        return table;
     }
 
     NSString *title() const { return title_; }

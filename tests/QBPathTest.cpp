@@ -16,13 +16,12 @@ struct Node : ClientClass<Node, NSObject, "Node"> {
         if (above)
             above->children_.push_back(this);
     }
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
+    static Operations operations() {
+        return {
             qb::method<"name">(&Node::name),
             qb::method<"parentObject">(&Node::parentObject),
             qb::method<"childObjectWithName:">(&Node::childObjectWithName),
         };
-        return table;
     }
 
     NSString *name() const { return name_; }

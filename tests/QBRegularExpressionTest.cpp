@@ -1,4 +1,5 @@
 #include "support/Allocations.h"
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
@@ -55,11 +56,9 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
 }
 
 TEST_F(QBRegularExpressionTest, EachClassKeepsItsOwn) {
-    struct Traced : QBRegularExpression {};
-    static Class *const cls =
-        new Class("Traced", QBRegularExpression::cls(), {}, qb::construct<Traced>); // also when repeated
+    struct Traced : ClientClass<Traced, QBRegularExpression, "Traced"> {};
     const auto ask = [](NSString *pattern) {
-        return send<id>(cls, "regularExpressionWithPattern:"_sel, pattern);
+        return send<id>(Traced::cls(), "regularExpressionWithPattern:"_sel, pattern);
     };
     const id traced = ask("kept"_ns);
     EXPECT_TRUE(dynamic_cast<Traced *>(traced) && traced == ask("kept"_ns));

@@ -2,13 +2,12 @@
 #include "Calendar/Format.h"
 
 #include "System/Clock.h"
-#include "System/Faults.h"
 #include "Text/RandomText.h"
 #include "TimeZoneSetting.h"
+#include "support/Faults.h"
 #include "support/TemporaryDirectory.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -217,21 +216,18 @@ TEST(ZoneTest, DatabaseIsWhereTheVariableSays) {
     unsetenv("TZDIR");
 }
 
-#ifdef QB_FAULT_INJECTION
 TEST(ZoneTest, LocalTimeFileIsLookedAtEachSecond) {
-    using qb::sys::Call, qb::sys::Fault;
     const TimeZoneSetting setting(nullptr);
     const ZoneRef zone = systemZone();
-    const std::int64_t second = qb::sys::wallSeconds();
-    while (qb::sys::wallSeconds() == second)
-        qb::sys::sleep(10'000'000);
+    const std::int64_t second = sys::wallSeconds();
+    while (sys::wallSeconds() == second)
+        sys::sleep(10'000'000);
     const Fault gone(Call::stat, /*skip=*/0, /*times=*/1, ENOENT);
     EXPECT_NE(systemZone(), zone);
     EXPECT_EQ(gone.hits(), 1u);
 }
 
 TEST(ZoneTest, PassingFailuresAreNotKept) {
-    using qb::sys::Call, qb::sys::Fault;
     const Fault first(Call::open, /*skip=*/0, /*times=*/1, EMFILE);
     EXPECT_FALSE(zoneNamed("Etc/GMT-13")); // not asked for elsewhere
     EXPECT_TRUE(zoneNamed("Etc/GMT-13"));
@@ -244,7 +240,6 @@ TEST(ZoneTest, PassingFailuresAreNotKept) {
         EXPECT_EQ(systemZone()->name(), name);
     }
 }
-#endif
 
 TEST(ZoneFileTest, CutFilesAreRefusedAtEveryLength) {
     const std::string bytes = contents(kDirectory + "Europe/Berlin");

@@ -13,12 +13,11 @@ namespace {
 
 /// A client's class whose objects know those that own them.
 struct TreeNode : ClientClass<TreeNode, NSObject, "TreeNode"> {
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {
+    static Operations operations() {
+        return {
             qb::initialiser<"initWithCoder:">(&TreeNode::setUpWithCoder),
             qb::method<"encodeWithCoder:">(&TreeNode::encodeWithCoder),
         };
-        return table;
     }
     static TreeNode *node() { return qb::init<TreeNode>(&TreeNode::setUp).autorelease(); }
 
@@ -46,10 +45,7 @@ struct TreeNode : ClientClass<TreeNode, NSObject, "TreeNode"> {
 
 /// One that has no copies.
 struct Leaf : ClientClass<Leaf, NSObject, "Leaf"> {
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {qb::initialiser<"initWithCoder:">(&Leaf::setUpWithCoder)};
-        return table;
-    }
+    static Operations operations() { return {qb::initialiser<"initWithCoder:">(&Leaf::setUpWithCoder)}; }
     BOOL setUpWithCoder(NSCoder *) override { return YES; }
 };
 

@@ -17,10 +17,7 @@ TEST_F(OSObjectTest, ClassAndObjectsTellTheLastSystemError) {
 
 TEST_F(OSObjectTest, ObjectsAskTheirClass) {
     struct Remote : ClientClass<Remote, OSObject, "Remote"> {
-        static qb::MethodTables methods() {
-            static const qb::Method table[] = {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)};
-            return table;
-        }
+        static Operations operations() { return {qb::classMethod<"getErrorCode">(&Remote::getErrorCode)}; }
         static std::uint32_t getErrorCode() { return 7; } // of another system
     };
     const auto object = Ref<Remote>::adopt(new Remote);

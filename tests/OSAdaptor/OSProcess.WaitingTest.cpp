@@ -5,19 +5,17 @@
 
 using OSProcessWaitingTest = ServicesFixture;
 
+constexpr const char *kSleep = "exec sleep 60";
+
 static OSProcess *start(const char *text) {
     return OSProcess::subProcessWithCommand("sh"_ns, script(text), nullptr);
-}
-
-static OSProcess *sleeper() {
-    return OSProcess::subProcessWithCommand("sleep"_ns, NSArray::arrayWithObject("60"_ns), nullptr);
 }
 
 TEST_F(OSProcessWaitingTest, ExitCodeIsThatOfTheProgramAnd0AfterASignal) {
     std::int32_t code = -1;
     EXPECT_EQ(start("exit 5")->waitForProcessDoHang(YES, &code), 1);
     EXPECT_EQ(code, 5);
-    OSProcess *const process = sleeper();
+    OSProcess *const process = start(kSleep);
     EXPECT_EQ(process->waitForProcessDoHang(NO), 2);
     EXPECT_TRUE(process->isRunning());
     process->sendTermSignal();
@@ -44,7 +42,7 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
 }
 
 TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
-    OSProcess *const process = sleeper();
+    OSProcess *const process = start(kSleep);
     const std::string pid = std::to_string(process->pid());
     const Fault denied(Call::kill, 0, 2, EPERM);
     expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
@@ -61,7 +59,7 @@ TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
 }
 
 TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
-    OSProcess *const process = sleeper();
+    OSProcess *const process = start(kSleep);
     const ChildEnd end = runInChild([&] {
         const Fault fault(Call::kill, 0, 1, EPERM);
         process->isRunning();
@@ -75,7 +73,7 @@ TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
 }
 
 TEST_F(OSProcessWaitingTest, CopiesOfTheParentCannotWaitButSignal) {
-    OSProcess *const process = sleeper();
+    OSProcess *const process = start(kSleep);
     const ChildEnd end = runInChild([&] {
         const BOOL waits = process->waitForProcessDoHang(YES) != -1;
         process->sendTermSignal();
@@ -89,7 +87,7 @@ TEST_F(OSProcessWaitingTest, CopiesOfTheParentCannotWaitButSignal) {
 
 TEST_F(OSProcessWaitingTest, OneOrAllOfSeveralAreWaitedFor) {
     const auto wait = &OSProcess::waitForProcesses;
-    OSProcess *const slow = sleeper();
+    OSProcess *const slow = start(kSleep);
     OSProcess *const quick = start("exit 1");
     OSProcess *const unlisted = start("exit 2");
     EXPECT_EQ(wait(NSArray::arrayWith({slow, quick}), 30, NO), 1);

@@ -28,11 +28,9 @@ struct Meddler : ClientClass<Meddler, NSObject, "Meddler"> {
             std::exchange(lastAction, nullptr)();
     }
     static id make() { return (new Meddler)->autorelease(); }
-    static qb::MethodTables methods() {
-        static const qb::Method table[] = {qb::method<"name">(&Meddler::stringValue),
-                                           qb::method<"parentObject">(&Meddler::parentObject),
-                                           qb::method<"childObjectWithName:">(&Meddler::childObjectWithName)};
-        return table;
+    static Operations operations() {
+        return {qb::method<"name">(&Meddler::stringValue), qb::method<"parentObject">(&Meddler::parentObject),
+                qb::method<"childObjectWithName:">(&Meddler::childObjectWithName)};
     }
 
     BOOL isEqual(id other) const override { return ask(isEqualToAll || other == this); }
