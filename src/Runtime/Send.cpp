@@ -6,8 +6,9 @@
 
 #include "Runtime/Dispatch.h"
 
+#include <algorithm>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace qb {
 
@@ -61,6 +62,51 @@ void forgetCallSites() {
         site->key = nullptr;
 }
 
+// A message on its way through `forwardInvocation:`.
+//
+// Its receiver and arguments belong to the sender, and one of them may be being destroyed: the pool gets
+// neither them nor what retains them.
+class Forwarding {
+public:
+    Forwarding(id receiver, SEL selector, std::span<const Value> values)
+        : receiver_(receiver), values_(values), invocation_(Ref<NSInvocation>::adopt(new NSInvocation)) {
+        invocation_->setTarget(receiver);
+        invocation_->setSelector(selector);
+        invocation_->setArguments({values.begin(), values.end()});
+    }
+
+    Value result(bool &isOwned) {
+        receiver_->forwardInvocation(invocation_);
+        isOwned = invocation_->returnsOwned();
+        Value result = invocation_->returnValue();
+        if (!isOwned && !isSenders(result.object()))
+            Ref<NSObject>(result.object()).autorelease(); // nobody else may keep it
+        if (result.pointer()) { // it may lead into what the invocation got meanwhile
+            letGoOfSenders();
+            invocation_.autorelease();
+        }
+        return result;
+    }
+
+private:
+    bool isSenders(id object) const {
+        return object == receiver_ ||
+               std::any_of(values_.begin(), values_.end(),
+                           [object](const Value &value) { return value.object() == object; });
+    }
+    void letGoOfSenders() {
+        if (isSenders(invocation_->target_))
+            invocation_->target_ = nullptr;
+        for (Value &argument : invocation_->arguments_)
+            if (isSenders(argument.object()))
+                argument = Value();
+    }
+
+    const id receiver_;
+    const std::span<const Value> values_;
+    Ref<NSInvocation> invocation_;
+};
+
 Value sendValues(id receiver, SEL selector, const Value *values, std::size_t count, bool &isOwned) {
     isOwned = false;
     if (!receiver)
@@ -69,22 +115,7 @@ Value sendValues(id receiver, SEL selector, const Value *values, std::size_t cou
         isOwned = method->resultType().isOwned;
         return method->invoke(receiver, values, count);
     }
-    // The receiver may be one that is being destroyed: the pool gets neither it nor what retains it.
-    const auto invocation = Ref<NSInvocation>::adopt(new NSInvocation);
-    invocation->setTarget(receiver);
-    invocation->setSelector(selector);
-    invocation->setArguments(std::vector<Value>(values, values + count));
-    receiver->forwardInvocation(invocation);
-    isOwned = invocation->returnsOwned();
-    Value result = invocation->returnValue();
-    if (!isOwned && result.object() != receiver)
-        Ref<NSObject>(result.object()).autorelease(); // nobody else may keep it
-    if (result.pointer()) { // it may lead into what the invocation has got meanwhile
-        if (invocation->target() == receiver)
-            invocation->setTarget(nullptr);
-        Ref<NSInvocation>(invocation).autorelease();
-    }
-    return result;
+    return Forwarding(receiver, selector, {values, count}).result(isOwned);
 }
 
 void throwWrongResult(id receiver, SEL selector, const Type &wanted) {

@@ -61,6 +61,15 @@ struct Proxy : NSObject {
     Ref<NSObject> target_;
 };
 
+/// Answers what it is given.
+struct Mirror : ClientClass<Mirror, NSObject, "Mirror"> {
+    static Operations operations() {
+        return {qb::method<"same:">(&Mirror::same), qb::method<"nameOf:">(&Mirror::nameOf)};
+    }
+    id same(id object) { return object; }
+    const char *nameOf(id object) { return object->classObject()->name()->cString(); }
+};
+
 /// Results and parameters of each form that C++ has for them.
 struct Sheet : NSObject {
     static Class *cls() {
@@ -71,7 +80,12 @@ struct Sheet : NSObject {
         return self;
     }
     Class *classObject() const override { return cls(); }
-    ~Sheet() override { EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException); }
+    ~Sheet() override {
+        EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException);
+        EXPECT_EQ(send<id>(Ref<Proxy>::adopt(new Proxy(mirror)), "same:"_sel, self()), this);
+        EXPECT_STREQ(send<const char *>(Ref<Proxy>::adopt(new Proxy(mirror)), "nameOf:"_sel, self()),
+                     "Sheet");
+    }
     const Ref<NSString> &title() const { return title_; }
     NSString *const &heading() const { return heading_; }
     qb::ArgList values() const { return qb::ArgList(std::vector<qb::Value>{1, "b"}); }
@@ -79,6 +93,7 @@ struct Sheet : NSObject {
 
     Ref<NSString> title_ = NSString::initWith("a title on the heap");
     NSString *heading_ = title_;
+    Ref<Mirror> mirror = Ref<Mirror>::adopt(new Mirror);
 };
 
 /// Lets go of the invocation that it is called by, and of its values.

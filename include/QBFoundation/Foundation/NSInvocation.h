@@ -7,6 +7,10 @@
 
 #include <vector>
 
+namespace qb {
+class Forwarding;
+}
+
 /// A message with its receiver, its arguments and, once it was sent, its result.
 class QB_EXPORT NSInvocation final : public NSObject {
 public:
@@ -42,6 +46,8 @@ public:
     bool returnsOwned() const { return returnsOwned_; }
 
 private:
+    friend class qb::Forwarding;
+
     Ref<NSObject> target_;
     SEL selector_ = nullptr;
     std::vector<qb::Value> arguments_;
