@@ -181,7 +181,8 @@ private:
             if (!qb::files::readLink(source.c_str(), text))
                 return false;
             std::string resolved = resolve(source, text);
-            if (_isPathSubpathOfPath(resolved.c_str(), root_->c_str()))
+            if (_isPathSubpathOfPath(resolved.c_str(), root_->c_str()) ||
+                resolved + qb::files::kSeparator == *root_)
                 return makeLink(resolved, source, target);
             if (links == kMostLinks)
                 return failsLooping(source);
@@ -204,13 +205,13 @@ private:
             return false;
         const std::string link = qb::files::simplified(source);
         const std::string directory(qb::files::directoryOf(link));
-        const qb::files::Buffer text(_pathRelativeToDir(resolved.c_str(), directory.c_str()));
-        if (!text)
+        const qb::files::Buffer way(_pathRelativeToDir(resolved.c_str(), directory.c_str()));
+        if (!way)
             return false;
-        if (sys::symlink(text.get(), target.c_str()) == 0)
+        const char *const text = *way.get() ? way.get() : "."; // to the directory that it stands in
+        if (sys::symlink(text, target.c_str()) == 0)
             return true;
-        qb::raiseError(kFile, __LINE__, qb::kErrorCannotMakeLink, text.get(), target.c_str(),
-                       std::strerror(errno));
+        qb::raiseError(kFile, __LINE__, qb::kErrorCannotMakeLink, text, target.c_str(), std::strerror(errno));
         return false;
     }
 

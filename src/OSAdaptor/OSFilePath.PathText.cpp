@@ -171,7 +171,7 @@ char *_pathRelativeToDir(const char *path, const char *directory) {
     const std::size_t common = commonLength(path, directory);
     const std::size_t ups = countComponents(std::string_view(directory).substr(common));
     std::string_view rest = std::string_view(path).substr(common);
-    if (rest.starts_with(kSeparator))
+    while (rest.starts_with(kSeparator)) // a simplified path may end with several
         rest.remove_prefix(1);
     char *const relative = qb::files::allocate(kUp.size() * ups + rest.size() + kSpare);
     if (!relative)

@@ -70,6 +70,19 @@ TEST_F(OSFilePathCopyingTest, LinksInsideStayLinksAndOthersBecomeCopies) {
     EXPECT_EQ(directory_.read("new/file"), "outside"); // under the name of what it points to
 }
 
+TEST_F(OSFilePathCopyingTest, LinksToTheirOwnDirectoryNeverLeadToTheRoot) {
+    const std::vector<std::string> texts = {".", "./", "../tree", directory_ / "tree//",
+                                            directory_ / "tree/."};
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        directory_.link(texts[i], "tree/" + std::to_string(i));
+    for (const char *source : {"tree", "tree/"}) {
+        OSFilePath::copyPath(NSString::stringWith(directory_ / source), path("copy"), YES);
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            EXPECT_EQ(linkText("copy/" + std::to_string(i)), ".") << source << texts[i];
+        fs::remove_all(directory_ / "copy");
+    }
+}
+
 TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
     directory_.write("tree/file", "");
     const std::string loop = " Too many levels of symbolic links";

@@ -122,7 +122,8 @@ public:
     /// text) and stops there; 100194 with the text for ELOOP at a directory that it is inside of already.
     /// Errors that were pending before stay, in front.
     static void removePath(NSString *path);
-    /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first.
+    /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first, and
+    /// stays there when an error is pending then, one from before included.
     static void removePath(NSString *path, NSString *atomicallyWithTmpDir);
     /// The walk of `removePath:`, without its care for earlier errors.
     static void _removePath(const char *path);
