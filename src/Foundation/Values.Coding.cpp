@@ -225,11 +225,17 @@ void NSArray::encodeWithCoder(NSCoder *coder) const {
         coder->encodeObject(element);
 }
 
-// Its elements may have added to it already.
+// The array is what was encoded: what a subclass's constructor or its elements have added to it goes.
 BOOL NSArray::setUpWithCoder(NSCoder *coder) {
     std::vector<id> elements;
-    return decodeObjects(coder, elements) && capacity_ == 0 &&
-           setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()));
+    if (!decodeObjects(coder, elements))
+        return NO;
+    std::vector<Ref<NSObject>> others(count_);
+    for (std::uint32_t i = 0; i < count_; ++i)
+        others[i] = Ref<NSObject>::adopt(elements_[i]);
+    count_ = 0;
+    ++mutations_;
+    return setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()));
 }
 
 void NSSet::encodeWithCoder(NSCoder *coder) const {
