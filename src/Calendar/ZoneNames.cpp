@@ -247,18 +247,28 @@ public:
     }
 
 private:
-    bool look() {
-        struct stat status {};
-        if (sys::stat(kLocalTime, &status) != 0)
-            status = {};
-        const Version found(status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
-        return std::exchange(version_, found) != found;
-    }
-
+    // Which file it is, and when anything of it changed last: the database's files have the same times, which
+    // copies keep.
     using Version = std::tuple<dev_t, ino_t, std::int64_t, std::int64_t>;
 
+    static Version versionIn(int result, const struct stat &status) {
+        return result != 0
+                   ? Version()
+                   : Version(status.st_dev, status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec);
+    }
+    // One file of the database has several names, so that the link counts too.
+    bool look() {
+        struct stat status;
+        const Version link = versionIn(sys::lstat(kLocalTime, &status), status);
+        const Version file = versionIn(sys::stat(kLocalTime, &status), status);
+        const bool isAsBefore = link == link_ && file == file_;
+        link_ = link;
+        file_ = file;
+        return !isAsBefore;
+    }
+
     std::int64_t lookedAt_ = -1;
-    Version version_;
+    Version link_, file_;
 };
 
 struct SystemZone {
