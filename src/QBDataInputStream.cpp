@@ -47,7 +47,7 @@ std::int32_t QBDataInputStream::_readBuffer(void *buffer, std::uint32_t length) 
 }
 
 const void *QBDataInputStream::takeBuffer(std::uint32_t length, std::int32_t *count) {
-    if (next_ == end_)
+    if (!next_)
         return nullptr;
     *count = static_cast<std::int32_t>(std::min<std::int64_t>({length, end_ - next_, INT32_MAX}));
     const char *const taken = next_;

@@ -117,6 +117,14 @@ TEST_F(QBCopyShopTest, MissingMemoryIsTold) {
     EXPECT_TRUE(from->asked.empty());
 }
 
+TEST_F(QBCopyShopTest, WhatIsInMemoryNeedsNoOther) {
+    QBDataInputStream *const from = QBDataInputStream::streamWithData(dataOf("0123456789"));
+    const auto target = Ref<Sink>::adopt(new Sink([] {}));
+    const Fault noMemory(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
+    EXPECT_EQ(QBCopyShop::copyShop()->copyFrom(from, target), 10);
+    EXPECT_EQ(takenErrors(), "()");
+}
+
 TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     // Reads that leave the memory alone, so that it is never there.
     struct Vast : QBInputStream {

@@ -50,7 +50,7 @@ public:
     // --- For copies ---
 
     /// Reads up to `length` bytes, more than 0, without a copy: returns where they are, as long as the stream
-    /// is there, and stores how many.
+    /// is there, and stores how many, 0 at its end.
     ///
     /// Null, as here, when none are in memory that doesn't change, or when a subclass may want to see each
     /// read: `readBuffer` delivers then what there is.
