@@ -31,6 +31,12 @@ bool hasColonFirst(std::string_view path) {
 
 // The way from a page to a path from the site's root.
 NSString *wayFrom(NSString *page, NSString *path) {
+    // That to a directory above the page leads into the one that has it.
+    if (path->containsData() && page->hasPrefix(path->stringByAppendingString("/"_ns))) {
+        NSString *const above = path->stringByDeletingLastPathComponent();
+        NSString *const place = above->containsData() ? above->stringByAppendingString("/"_ns) : above;
+        return wayFrom(page, place)->stringByAppendingString(path->lastPathComponent());
+    }
     if (path->containsData() && !path->hasSuffix("/"_ns)) {
         NSString *const way = fromRoot(page)->relativePathTo(fromRoot(path))->stringValue();
         return hasColonFirst(way->view()) ? "./"_ns->stringByAppendingString(way) : way;

@@ -28,7 +28,7 @@ const char *const kUsage =
     "  --debug-level N      how much is traced (default 0)\n"
     "  --profile CHANNELS   time these channels\n"
     "  --statistics         show what is left in the pools\n"
-    "  --quiet              say nothing but errors, and where OUT is served\n"
+    "  --quiet              say nothing but errors and warnings, and where OUT is served\n"
     "  --help, --version    say this, or the version, and end\n"
     "\n"
     "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or\n"

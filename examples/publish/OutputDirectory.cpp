@@ -128,6 +128,8 @@ bool OutputDirectory::finishEarlierRun() {
     Plan plan;
     if (isOurs && kindOf(journal_) != Kind::nothing)
         return readPlan(journal_, plan) && finish(plan);
+    if (hasFailed())
+        return false;
     if (isOurs && kindOf(list_) != Kind::nothing && (!readPlan(list_, plan) || !takeBack(plan.removed)))
         return false;
     return !hasFailed() && removeTree(staging_);

@@ -6,10 +6,12 @@
 #include "Messages.h"
 #include "OwnFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <set>
+#include <map>
 #include <unistd.h>
+#include <utility>
 
 namespace publish {
 
@@ -170,8 +172,8 @@ NSArray *Publication::vanished() const {
     return old->count() > 0 ? withoutOurs(old) : old;
 }
 
-// Returns what tells a file in its place from others, if there is one. The several links of a file are told
-// apart by their paths, but not by the case of these.
+// Returns what files in their places share that are one file by two names; nothing where there is none. The
+// several links of a file are told apart by their paths, but not by the case of these.
 std::optional<Publication::Identity> Publication::identityOf(NSString *path) const {
     struct stat status;
     if (out_.linkAbove(path) || !statusOf(out_.place(path), status))
@@ -180,19 +182,37 @@ std::optional<Publication::Identity> Publication::identityOf(NSString *path) con
     return Identity(status.st_dev, status.st_ino, name);
 }
 
+// Whether two paths of one identity lead to the same entry of a directory. Links whose names differ by case
+// alone are different ones where the directory lists both names.
+bool Publication::areOneEntry(NSString *one, NSString *other) const {
+    NSString *const directory = out_.place(one)->stringByDeletingLastPathComponent();
+    struct stat above, otherAbove;
+    if (!statusOf(directory, above) ||
+        !statusOf(out_.place(other)->stringByDeletingLastPathComponent(), otherAbove) ||
+        above.st_dev != otherAbove.st_dev || above.st_ino != otherAbove.st_ino)
+        return false;
+    NSString *const name = one->lastPathComponent(), *const otherName = other->lastPathComponent();
+    if (name->isEqualToString(otherName))
+        return true;
+    NSArray *const names = NSFileManager::defaultManager()->directoryContentsAtPath(directory);
+    return !names || !names->containsObject(name) || !names->containsObject(otherName);
+}
+
 // Leaves out those that are files of this run under another name, as where case is disregarded.
 NSArray *Publication::withoutOurs(NSArray *paths) const {
-    std::set<Identity> ours;
+    std::multimap<Identity, NSString *> ours;
     for (id path : *paths_) {
         const NSAutoreleasePool pool;
         if (const auto identity = identityOf(path->stringValue()))
-            ours.insert(*identity);
+            ours.emplace(*identity, path->stringValue());
     }
     NSMutableArray *const others = NSMutableArray::array();
     for (id path : *paths) {
         const NSAutoreleasePool pool;
         const auto identity = identityOf(path->stringValue());
-        if (!identity || !ours.contains(*identity))
+        const auto [first, last] = identity ? ours.equal_range(*identity) : std::pair(ours.end(), ours.end());
+        if (std::none_of(first, last,
+                         [&](const auto &own) { return areOneEntry(own.second, path->stringValue()); }))
             others->addObject(path);
     }
     return others;

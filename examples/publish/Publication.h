@@ -51,6 +51,7 @@ private:
     bool addManifest();
     NSArray *vanished() const;
     std::optional<Identity> identityOf(NSString *path) const;
+    bool areOneEntry(NSString *one, NSString *other) const;
     NSArray *withoutOurs(NSArray *paths) const;
     bool canCarryOut(const Plan &plan) const;
     bool canRemove(NSString *path) const;

@@ -18,6 +18,8 @@ public:
     void setShowsProgress(bool shows) { showsProgress_ = shows; }
     /// Renders all pages. Returns false, with an error raised, when one of them can't be made.
     bool renderPages();
+    /// Returns the paths of the images that pages were made of, or would have been.
+    NSSet *images() const { return images_; }
 
 private:
     bool renderPage(const Page &page);
@@ -30,6 +32,7 @@ private:
     TemplateStore templates_;
     bool showsProgress_ = false;
     Ref<NSMutableDictionary> shared_; // the values that every page sees
+    Ref<NSMutableSet> images_ = NSMutableSet::init();
 };
 
 } // namespace publish

@@ -34,9 +34,9 @@ NSArray *sortedByKey(NSArray *list, NSString *key, NSString *language) {
     if (!isForLanguage)
         return list->caseInsensitiveSortedArrayByKey(key);
     OSSorter *const sorter = OSSorter::sorterForLanguageValueFunction(language, valueUnder);
-    if (!isReverse)
-        return sorter->sortArrayAscending(texts, plainKey)->arrayByAddingObjectsFromArray(others);
-    return others->arrayByAddingObjectsFromArray(sorter->sortArrayDescending(texts, plainKey));
+    NSArray *const sorted =
+        sorter->sortArrayAscending(texts, plainKey)->arrayByAddingObjectsFromArray(others);
+    return isReverse ? sorted->reversedArray() : sorted;
 }
 
 } // namespace publish

@@ -249,7 +249,7 @@ NSString *Template::textOf(const Part &part, id value, const Values &values) con
         fail(__LINE__, kErrorUnsafePath, file_.get(), text);
         return nullptr;
     }
-    NSString *const image = inlineImage(values.site()->stringByAppendingPathComponent(text));
+    NSString *const image = inlineImage(values.imageAt(text));
     if (!image)
         fail(__LINE__, kErrorMalformedTemplate, file_.get(), part.line,
              "an image can't be put into the page");

@@ -32,6 +32,12 @@ id Values::valueAt(const KeyPath &path) const {
     return IsNil(value) ? nullptr : value;
 }
 
+NSString *Values::imageAt(NSString *name) const {
+    NSString *const path = site_->stringByAppendingPathComponent(name);
+    images_->addObject(path);
+    return path;
+}
+
 NSString *Values::language() const {
     for (const char *setting : {"site.locale", "site.language"})
         if (auto *language = qb::castOrNil<NSString>(valueAt(keyPathOf(setting))))

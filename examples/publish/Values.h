@@ -21,11 +21,14 @@ KeyPath keyPathOf(std::string_view text);
 /// Where a template's keys are looked up: the page's values, and the elements of the loops around the place.
 class Values {
 public:
-    /// `url`: the page's own address, `site`: the directory that the names of files are relative to.
-    Values(NSDictionary *page, NSString *url, NSString *site) : page_(page), url_(url), site_(site) {}
+    /// `url`: the page's own address, `site`: the directory that the names of files are relative to,
+    /// `images`: takes the paths of files that pages are made of.
+    Values(NSDictionary *page, NSString *url, NSString *site, NSMutableSet *images)
+        : page_(page), url_(url), site_(site), images_(images) {}
 
     NSString *url() const { return url_; }
-    NSString *site() const { return site_; }
+    /// Returns the path of an image that the page is made of, so that it can be watched.
+    NSString *imageAt(NSString *name) const;
     /// The language that the site's texts are sorted by: its setting "locale", or else "language"; nil
     /// without either.
     NSString *language() const;
@@ -51,6 +54,7 @@ private:
     NSDictionary *page_;
     NSString *url_;
     NSString *site_;
+    NSMutableSet *images_;
     std::vector<Element> elements_;
 };
 

@@ -98,6 +98,9 @@ bool publishSite(const Options &options, const Plugins &plugins, Counts &counts,
                         (!site.hasAssets() || publication.addAssets(site.directoryFor("assets"_ns))) &&
                         publication.commit();
     counts = publication.counts();
+    if (watch)
+        for (id image : *renderer.images())
+            watch->add(static_cast<NSString *>(image));
     return isDone && !hasFailed();
 }
 

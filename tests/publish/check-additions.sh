@@ -31,20 +31,20 @@ rows_fail 255 <<ROWS
 ROWS
 
 # Lists in the order of the site's language. Here is none, here is one that the machine may have.
-navigation='navigation = ( { t = zwei; }, { t = Zwei; }, { }, { t = "über"; }, { t = Ufer; }, { t = uhr; } );'
-printf '{ title = T; }\n---\n{{#each site.navigation by t as n}}{{n.t or "-"}} {{/each}}|{{#each site.navigation by t.REVERSE as n}} {{n.t or "-"}}{{/each}}\n' \
+navigation='navigation = ( { t = zwei; }, { t = zwei; i = 2; }, { t = Zwei; }, { }, { t = "über"; }, { t = Ufer; }, { t = uhr; } );'
+printf '{ title = T; }\n---\n{{#each site.navigation by t as n}}{{n.t or "-"}}{{n.i or ""}} {{/each}}|{{#each site.navigation by t.REVERSE as n}} {{n.t or "-"}}{{n.i or ""}}{{/each}}\n' \
     >"$site/pages/index.html"
 sorted() { # SETTINGS: the list both ways
     echo "{ $1 $navigation }" >"$site/site.plist"
     publish --quiet "$site" "$out"
     tail -1 "$out/index.html"
 }
-plain='Ufer uhr zwei Zwei über - | - über Zwei zwei uhr Ufer'
+plain='Ufer uhr zwei zwei2 Zwei über - | - über Zwei zwei2 zwei uhr Ufer'
 [ "$(sorted 'language = xx;')" = "$plain" ] || fail "without a locale: $(sorted 'language = xx;')"
 if [ -n "$(LC_ALL=de_DE.utf-8 locale 2>&1 >/dev/null)" ]; then
     echo 'Lists in the order of a language are not checked: there is no locale de_DE.UTF-8.'
 else
-    german='über Ufer uhr zwei Zwei - | - Zwei zwei uhr Ufer über'
+    german='über Ufer uhr zwei zwei2 Zwei - | - Zwei zwei2 zwei uhr Ufer über'
     [ "$(sorted 'language = de_DE;')" = "$german" ] || fail "German: $(sorted 'language = de_DE;')"
     [ "$(sorted 'language = en; locale = de_DE;')" = "$german" ] || fail "German by locale"
 fi

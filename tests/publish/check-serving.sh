@@ -146,8 +146,10 @@ expect 'what is said at the end' '' cat "$work/stderr"
 mkdir -p "$work/far/d"
 echo far | tee "$work/far/text" "$work/far/d/file" >/dev/null
 ln -s "$work/far/d" "$site/assets/far"
-echo "{ title = Site; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
-printf '{ title = T; }\n---\n{{texts.text}}\n' >"$site/pages/text.html"
+ln -s "$work/current"/{pages,templates,assets} "$work/far"
+echo one >"$work/far/logo.png"
+echo "{ title = Site; basedir = \"$work/far\"; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
+printf '{ title = T; logo = logo.png; }\n---\n{{texts.text}}{{image page.logo}}\n' >"$site/pages/text.html"
 ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch --statistics --log "$site/log" --log-level 2
@@ -156,6 +158,8 @@ wait_for changed curl -s --unix-socket "$work/socket" http://x/
 expect 'many requests at a socket' "$requests" answered --unix-socket "$work/socket" "http://x/?[1-$requests]"
 echo other >"$work/far/text"
 wait_for other curl -s --unix-socket "$work/socket" http://x/text.html
+echo two >"$work/far/logo.png"
+wait_for "$(echo two | base64)" curl -s --unix-socket "$work/socket" http://x/text.html
 echo new >"$work/far/d/file"
 wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
 chmod 600 "$site/assets/data.bin"

@@ -524,6 +524,17 @@ rows_fail 1 <<'ROWS'
 --filter 'head -c 5; echo >go; rm go; sleep 1; kill -9 $PPID' "$site" "$out"|deep/text.html: the filter was ended before it was done
 ROWS
 
+# Two links of one file whose names differ by case alone.
+page Twin.txt '{ title = T; }' x
+page twin.txt '{ title = T; }' x
+publish --quiet "$site" "$out"
+ln -f "$out"/{T,t}win.html
+rm "$site/pages/twin.txt"
+expect 'a link less' "$out: 0 written, 6 unchanged, 1 removed" publish "$site" "$out"
+[ "$(cd "$out" && echo [Tt]win.html)" = Twin.html ] || fail 'a page is gone or left with its link'
+rm "$site/pages/Twin.txt"
+publish --quiet "$site" "$out"
+
 # Files that are marked, and what is mounted in the target, are noticed before anything has changed.
 echo changed >"$site/assets/data.bin"
 rm "$site/assets/own.html"

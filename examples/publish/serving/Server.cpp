@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/select.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -159,10 +161,19 @@ Ref<OSSocket> withLongQueue(Ref<OSSocket> listener) {
     return listener;
 }
 
-// Whether another program answers there.
+// Whether another program has the socket there, also one that is busy, of another kind or not to be asked.
 bool isServed(NSString *path) {
-    const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
-    return OSSocket::initClientSocketWithName(path) != nullptr;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path->view().size() >= sizeof address.sun_path)
+        return false;
+    path->view().copy(address.sun_path, sizeof address.sun_path);
+    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int result = ::connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address);
+    const bool isLeft = result != 0 && errno == ECONNREFUSED;
+    if (probe >= 0)
+        ::close(probe);
+    return !isLeft;
 }
 
 } // namespace
