@@ -1,11 +1,10 @@
 #include "support/CommandOutput.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
 #include <array>
 #include <ctime>
 
-using QBBlowfishOutputFilterTest = PoolFixture;
+using QBBlowfishOutputFilterTest = DirectoryFixture;
 using Filter = QBBlowfishOutputFilter;
 using Block = std::array<std::uint32_t, 2>;
 
@@ -86,7 +85,6 @@ TEST_F(QBBlowfishOutputFilterTest, OpenSslDeciphersStreamsUnderRandomKeys) {
     if (outputOf(openssl + "00 </dev/null 2>&1 && echo yes").empty())
         GTEST_SKIP() << "openssl is not installed, or has no Blowfish";
     Random random;
-    const TemporaryDirectory directory;
     std::string command = "true", texts[40];
     for (std::uint32_t i = 0; i < std::size(texts); ++i) {
         // OpenSSL's keys have 16 bytes, and the cipher repeats shorter ones.
@@ -94,9 +92,8 @@ TEST_F(QBBlowfishOutputFilterTest, OpenSslDeciphersStreamsUnderRandomKeys) {
         const std::string longKey = times(16 / key.size(), key);
         texts[i] = randomBytes(random, random.length(12));
         const std::string file = std::to_string(i);
-        directory.write(file, enciphered(dataOf(key), texts[i], 1 + random.below(100), /*seed=*/i + 1));
-        command += " && " + openssl + describe(NSString::stringWith(longKey)->asHexString()) + " -in " +
-                   directory / file;
+        directory_.write(file, enciphered(dataOf(key), texts[i], 1 + random.below(100), /*seed=*/i + 1));
+        command += " && " + openssl + describe(string(longKey)->asHexString()) + " -in " + directory_ / file;
     }
     std::string streams = outputOf(command);
     for (std::uint32_t i = 0; i < std::size(texts); ++i) {
@@ -184,10 +181,7 @@ TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
     writeAll(Filter::streamWithTarget(target, /*randomSeed=*/3), kText, SIZE_MAX);
     EXPECT_EQ(bytesOf(target->targetData()),
               enciphered("Qv7-Rm2pWx9#Lt4k Zs8%Nd3fHy6!Jb"_ns, kText, SIZE_MAX, 3));
-}
-
-TEST_F(QBBlowfishOutputFilterTest, WithoutAKeyThereIsNoFilter) {
-    EXPECT_EQ(Filter::streamWithKey(""_ns, /*decrypt=*/NO, QBDataOutputStream::stream()), nullptr);
+    EXPECT_EQ(Filter::streamWithKey(""_ns, /*decrypt=*/NO, target), nullptr);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, AStreamWithoutAnEndIsCorrupt) {

@@ -126,7 +126,7 @@ TEST_F(QBDictionaryAdditionsTest, DictionariesAreMadeFromOthers) {
     EXPECT_EQ(describe(entries("a 1 b 2")->dictByAddingDict(entries("b 3 c 4"))), "{a = 1; b = 3; c = 4; }");
 }
 
-TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionaries) {
+TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionariesOrErrors) {
     NSArray *const list = words("a 1 b 2 a 3 m 4 m 5 z");
     NSDictionary *const made = NSDictionary::dictFromArray(list, words("m"));
     EXPECT_EQ(describe(made), "{a = 3; b = 2; m = (4, 5); z = nil; }");
@@ -137,20 +137,14 @@ TEST_F(QBDictionaryAdditionsTest, ListsOfKeysAndValuesBecomeDictionaries) {
               "{a = 2; }");
     EXPECT_REASON(NSDictionary::dictWithKeyValues("a"_ns),
                   "NSDictionary dictWithKeyValues: must have a value behind each key.");
-}
-
-TEST_F(QBDictionaryAdditionsTest, ValuesOfListsAreTraced) {
-    NSArray *const list = NSArray::arrayWithObjects("a"_ns, QBNil::value());
-    EXPECT_EQ(traced("misc", /*level=*/0, [&] { NSDictionary::dictFromCorrectArray(list); }),
+    NSArray *const withNull = NSArray::arrayWithObjects("a"_ns, QBNil::value());
+    EXPECT_EQ(traced("misc", /*level=*/0, [&] { NSDictionary::dictFromCorrectArray(withNull); }),
               "src/QBDictAdditions:L(NSDictionary): +dictFromArray:supportedMultiValues: -> value==<nil>\n");
-}
-
-TEST_F(QBDictionaryAdditionsTest, IncorrectListsAreErrors) {
     const std::pair<const char *, const char *> rows[] = {{"a 1 b", "3 a value for the last key"},
                                                           {"a 1 b 2 a 3", "4 another key"}};
-    for (const auto &[list, values] : rows)
-        expectError(900020, values, [list = list] {
-            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(list), words("m")), nullptr);
+    for (const auto &[incorrect, values] : rows)
+        expectError(900020, values, [incorrect = incorrect] {
+            EXPECT_EQ(NSDictionary::dictFromCorrectArray(words(incorrect), words("m")), nullptr);
         });
 }
 
@@ -165,8 +159,7 @@ TEST_F(QBDictionaryAdditionsTest, KeysAreCheckedAgainstThoseAllowedAndRequired) 
 
 TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalkedOrPassed) {
     using Dictionary = NSDictionary;
-    meddle(
-        [](auto &it, auto &) { it.dictionary->allKeysAndValuesRecursive(/*recursive=*/YES, /*sorted=*/NO); });
+    meddle([](auto &it, auto &) { it.dictionary->allKeysAndValuesRecursive(YES, /*sorted=*/NO); });
     meddle([](auto &it, auto &) { it.dictionary->stringForKey(it.dictionary->allKeys()->firstObject()); });
     meddle([](auto &it, auto &) { it.dictionary->deepObjectForKey("nested.inner.name"_ns); });
     meddle([](auto &it, auto &) { it.dictionary->dictByPrefixingKeysWith("x"_ns); });

@@ -14,30 +14,28 @@ struct Probe : ClientClass<Probe, NSObject, "Probe"> {
     explicit Probe(const char *name) : name_(NSString::stringWithCString(name)) {}
 
     static Operations operations() {
-        return {
-            qb::method<"object">(&Probe::object),
-            qb::method<"kind">(&Probe::kind),
-            qb::method<"made">(&Probe::made),
-            qb::method<"truth">(&Probe::truth),
-            qb::method<"flag">(&Probe::flag),
-            qb::method<"letter">(&Probe::letter),
-            qb::method<"big">(&Probe::big),
-            qb::method<"real">(&Probe::real),
-            qb::method<"text">(&Probe::text),
-            qb::method<"place">(&Probe::place),
-            qb::method<"message">(&Probe::message),
-            qb::method<"range">(&Probe::range),
-            qb::method<"nothing">(&Probe::nothing),
-            qb::method<"takes:">(&Probe::takes),
-            qb::method<"takesText:">(&Probe::takesText),
-            qb::method<"takesClass:">(&Probe::takesClass),
-            qb::method<"takesPointer:">(&Probe::takesPointer),
-            qb::method<"takes:two:">(&Probe::takesTwo),
-            qb::method<"takes:two:three:">(&Probe::takesThree),
-            qb::method<"takesMore:">(&Probe::takesMore),
-            qb::method<"raise">(&Probe::raise),
-            qb::method<"act">(&Probe::act),
-        };
+        return {qb::method<"object">(&Probe::object),
+                qb::method<"kind">(&Probe::kind),
+                qb::method<"made">(&Probe::made),
+                qb::method<"truth">(&Probe::truth),
+                qb::method<"flag">(&Probe::flag),
+                qb::method<"letter">(&Probe::letter),
+                qb::method<"big">(&Probe::big),
+                qb::method<"real">(&Probe::real),
+                qb::method<"text">(&Probe::text),
+                qb::method<"place">(&Probe::place),
+                qb::method<"message">(&Probe::message),
+                qb::method<"range">(&Probe::range),
+                qb::method<"nothing">(&Probe::nothing),
+                qb::method<"takes:">(&Probe::takes),
+                qb::method<"takesText:">(&Probe::takesText),
+                qb::method<"takesClass:">(&Probe::takesClass),
+                qb::method<"takesPointer:">(&Probe::takesPointer),
+                qb::method<"takes:two:">(&Probe::takesTwo),
+                qb::method<"takes:two:three:">(&Probe::takesThree),
+                qb::method<"takesMore:">(&Probe::takesMore),
+                qb::method<"raise">(&Probe::raise),
+                qb::method<"act">(&Probe::act)};
     }
     NSString *description() const override { return name_; }
 
@@ -70,9 +68,7 @@ struct Probe : ClientClass<Probe, NSObject, "Probe"> {
     NSString *takesText(NSString *one) const { return takes(one); }
     NSString *takesClass(Class *one) const { return takes(one); }
     NSString *takesPointer(const char *one) const { return one ? "pointer"_ns : "(null)"_ns; }
-    NSString *takesTwo(id one, id two) const {
-        return string(describe(name_.get()) + "<" + describe(one) + ", " + describe(two) + ">");
-    }
+    NSString *takesTwo(id a, id b) const { return NSString::stringWithFormat("%@<%@, %@>"_ns, name_, a, b); }
     NSString *takesThree(id one, id two, id three) const {
         return string(describe(takesTwo(one, two)) + describe(three));
     }
@@ -137,11 +133,8 @@ struct Mark {
 /// Has an operation from beside NSObject, one that a subclass overrides, and one in both.
 struct Marked : ClientClass<Marked, NSObject, "Marked">, Mark {
     static Operations operations() {
-        return {
-            qb::method<"kind">(&Marked::kind),
-            qb::method<"itself">(&Marked::itself),
-            qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked)),
-        };
+        return {qb::method<"kind">(&Marked::kind), qb::method<"itself">(&Marked::itself),
+                qb::method<"isMarked", BOOL()>(static_cast<BOOL (Marked::*)() const>(&Marked::isMarked))};
     }
     virtual NSString *kind() const { return "marked"_ns; }
     Marked *itself() { return this; }
@@ -182,7 +175,7 @@ TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
     const std::tuple<const char *, id, id, const char *, const char *> rows[] = {
         {"object", "x"_ns, "y"_ns, "(e)", "(t)"},
         {"takes:", "x"_ns, "y"_ns, "(e<x>)", "(t<e>)"},
-        {"takes:two:", nullptr, "y"_ns, "(e<nil, y>)", "(t<e, nil>)"},
+        {"takes:two:", nullptr, "y"_ns, "(e<(null), y>)", "(t<e, (null)>)"},
         {"takes:two:three:", "x"_ns, "y"_ns, "()", "(t<e, x>y)"}, // more than an element is sent
         {"takesMore:", "x"_ns, "y"_ns, "(e<x>0)", "(t<e>0)"},
         {"takesText:", "x"_ns, nullptr, "(e<x>)", "()"}, // the element is no text
@@ -214,9 +207,8 @@ TEST_F(QBEnumFilterTest, AnOperationGetsAsManyValuesAsItTakes) {
 
 TEST_F(QBEnumFilterTest, EachClassGetsItsOwnOperationWheneverItComes) {
     // Classes are objects of one kind, with operations of their own.
-    NSArray *const once =
-        NSArray::arrayWithObjects(Probe::probes({"o"})->firstObject(), QBNil::value(),
-                                  NSNumber::numberWithInt(0), NSString::cls(), NSArray::cls());
+    NSArray *const once = NSArray::arrayWithObjects(Probe::probes({"o"})->firstObject(), QBNil::value(),
+                                                    number(0), NSString::cls(), NSArray::cls());
     NSArray *const elements = once->arrayByAddingObjectsFromArray(once);
     EXPECT_EQ(describe(elements->filterWithSelector("stringValue"_sel)),
               "(o, 0, NSString, NSArray, o, 0, NSString, NSArray)");
@@ -271,10 +263,7 @@ TEST_F(QBEnumFilterTest, SourcesAreKeptSharedAndGivenBack) {
     QBEnumFilter *const behind = filterOfClass("QBEnumFilter", "object"_sel);
     behind->setSource(filter);
     behind->nextObject();
-    {
-        const NSAutoreleasePool pool;
-        filter->setSource("alone"_ns); // no enumerator: yields itself
-    }
+    inOwnPool([&] { filter->setSource("alone"_ns); }); // no enumerator: yields itself
     EXPECT_EQ(source->retainCount(), before);
     filter->setFilterTarget("alone"_ns);
     EXPECT_EQ(describe(filter->allObjects()), "(alone)");

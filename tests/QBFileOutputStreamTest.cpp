@@ -16,7 +16,7 @@ struct QBFileOutputStreamTest : DirectoryFixture {
 
 // --- Opening ---
 
-TEST_F(QBFileOutputStreamTest, WritesInPlaceAndMakesTheDirectoriesAbove) {
+TEST_F(QBFileOutputStreamTest, WritesInPlaceMakesTheDirectoriesAboveAndTakesNothingOnceClosed) {
     QBFileOutputStream *stream =
         QBFileOutputStream::streamWithFile(path("a/b/out"), static_cast<BOOL>(2)); // not YES
     write(stream, "text");
@@ -26,6 +26,15 @@ TEST_F(QBFileOutputStreamTest, WritesInPlaceAndMakesTheDirectoriesAbove) {
     EXPECT_TRUE(stream->tmpFilename()->isEqual(stream->filename()));
     stream->close();
     stream->close();
+    const std::string error = directory_ / "a/b/out Bad file descriptor";
+    expectErrorAt("src/QBFileOutputStream:231", 100024, error, [&] { write(stream, "more"); });
+    expectErrorAt("src/QBFileOutputStream:246", 100024, error, [&] { stream->writeByte('x'); });
+    try {
+        stream->flush();
+        ADD_FAILURE() << "flush throws nothing";
+    } catch (const NSFileHandleOperationException &exception) {
+        EXPECT_EQ(exception.name()->view(), "NotOpen");
+    }
 }
 
 TEST_F(QBFileOutputStreamTest, AtomicStreamReplacesTheTargetAtClose) {
@@ -69,7 +78,7 @@ TEST_F(QBFileOutputStreamTest, FileThatCannotBeMadeIsAnErrorAndLeavesTheOldOne) 
     EXPECT_EQ(takenErrors(), "(100024, 100168)"); // the directory's error stays, too
 }
 
-TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWhole) {
+TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWholeAndIsEmptiedByAnEarlierError) {
     directory_.write("out", "old");
     const Ref<NSMutableArray> endless = NSMutableArray::init();
     endless->addObject(endless.get());
@@ -77,6 +86,10 @@ TEST_F(QBFileOutputStreamTest, OldFileStaysWhenTheObjectIsNotWrittenWhole) {
     EXPECT_EQ(takenErrors(), "(900003)");
     EXPECT_EQ(describeFiles(), "out: old\n");
     endless->removeAllObjects();
+    ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
+    EXPECT_EQ(QBFileOutputStream::initWithFile(path("out"), /*atomically=*/YES), nullptr);
+    EXPECT_EQ(describeFiles(), "out: \n");
+    EXPECT_EQ(takenErrors(), "(900999)");
 }
 
 TEST_F(QBFileOutputStreamTest, LinkThatLeadsNowhereIsReplaced) {
@@ -84,14 +97,6 @@ TEST_F(QBFileOutputStreamTest, LinkThatLeadsNowhereIsReplaced) {
     directory_.link("file/x", "out");
     QBFileOutputStream::writeToFile("new"_ns, path("out"), /*atomically=*/YES);
     EXPECT_EQ(describeFiles(), "file: \nout: new\n");
-}
-
-TEST_F(QBFileOutputStreamTest, EarlierErrorGivesNoStreamButAnEmptyFile) {
-    directory_.write("out", "old");
-    ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
-    EXPECT_EQ(QBFileOutputStream::initWithFile(path("out"), /*atomically=*/YES), nullptr);
-    EXPECT_EQ(describeFiles(), "out: \n");
-    EXPECT_EQ(takenErrors(), "(900999)");
 }
 
 // --- Writing ---
@@ -169,21 +174,6 @@ TEST_F(QBFileOutputStreamTest, ResetEmptiesTheFile) {
     EXPECT_EQ(directory_.read("victim"), "precious");
 }
 
-TEST_F(QBFileOutputStreamTest, ClosedStreamTakesNothing) {
-    QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"));
-    stream->close();
-    expectErrorAt("src/QBFileOutputStream:231", 100024, directory_ / "out Bad file descriptor",
-                  [&] { write(stream, "more"); });
-    expectErrorAt("src/QBFileOutputStream:246", 100024, directory_ / "out Bad file descriptor",
-                  [&] { stream->writeByte('x'); });
-    try {
-        stream->flush();
-        ADD_FAILURE() << "flush throws nothing";
-    } catch (const NSFileHandleOperationException &exception) {
-        EXPECT_EQ(exception.name()->view(), "NotOpen");
-    }
-}
-
 TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDiskWhateverItsModeAndBuffer) {
     const std::tuple<const char *, std::string, int> rows[] = {
         {"wb", "", _IOFBF},   {"wb", "", _IOLBF},     {"wb", "", _IONBF},   {"w+b", "", _IOLBF},
@@ -198,13 +188,11 @@ TEST_F(QBFileOutputStreamTest, FilePointerLosesNothingToSignalsAndTellsOfAFullDi
         std::fputs(first.c_str(), file);
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFilePointer(file);
         const std::string text = "line\n" + std::string(BUFSIZ, 'x') + "\ntail";
-        {
-            const Fault signals(Call::write, /*skip=*/0, /*times=*/3, EINTR);
-            write(stream, text);
-            stream->flush();
-            EXPECT_EQ(signals.hits(), 3u) << mode << buffering;
-            EXPECT_EQ(std::ftell(file), static_cast<long>((kept + first + text).size())) << mode << buffering;
-        }
+        const Fault signals(Call::write, /*skip=*/0, /*times=*/3, EINTR);
+        write(stream, text);
+        stream->flush();
+        EXPECT_EQ(signals.hits(), 3u) << mode << buffering;
+        EXPECT_EQ(std::ftell(file), static_cast<long>((kept + first + text).size())) << mode << buffering;
         stream->writeByte('e');
         std::fputc('n', file); // others' bytes keep their place
         write(stream, "d");
@@ -289,11 +277,9 @@ TEST_F(QBFileOutputStreamTest, FailedResetClosesTheFile) {
     for (const auto &[call, atomically] : {std::pair(Call::ftruncate, YES), std::pair(Call::open, NO)}) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), atomically);
         const std::string name = describe(stream->tmpFilename());
-        {
-            const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
-            expectErrorAt("src/QBFileOutputStream:303", 100024, name + " Input/output error",
-                          [&] { stream->reset(); });
-        }
+        const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
+        expectErrorAt("src/QBFileOutputStream:303", 100024, name + " Input/output error",
+                      [&] { stream->reset(); });
         expectErrorAt("src/QBFileOutputStream:246", 100024, name + " Bad file descriptor",
                       [&] { stream->writeByte('x'); });
         EXPECT_EQ(describeFiles(), atomically ? "out: old\n" : "out: \n");
@@ -325,10 +311,8 @@ TEST_F(QBFileOutputStreamTest, ErrorHandlerThatThrowsLeavesNoFileBehindAndNoneOp
     const auto open = openDescriptors();
     EXPECT_THROW(QBFileOutputStream::streamWithFile(path("out"), /*atomically=*/YES)->close(), int);
     QBFileOutputStream *const stream = QBFileOutputStream::streamWithFile(path("new"), /*atomically=*/YES);
-    {
-        const Fault fault(Call::fsync, /*skip=*/0, /*times=*/1, EIO);
-        EXPECT_THROW(stream->close(), int);
-    }
+    const Fault fault(Call::fsync, /*skip=*/0, /*times=*/1, EIO);
+    EXPECT_THROW(stream->close(), int);
     QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(
         QBFileOutputStream::streamWithFile(path("decoded")), /*decode=*/YES);
     write(filter, "TWFuTW");

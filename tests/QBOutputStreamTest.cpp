@@ -53,10 +53,8 @@ TEST_F(QBOutputStreamTest, ValuesAreWrittenByTheirTypes) {
 }
 
 TEST_F(QBOutputStreamTest, TheTextsOfALongContainerLeaveNothingInThePool) {
-    NSArray *const array =
-        NSArray::arrayWithObjects(NSNumber::numberWithInt(5), NSData::dataWithBytes("x", 1));
-    NSDictionary *const dictionary =
-        NSDictionary::dictionaryWithObjectForKey(array, NSNumber::numberWithInt(1));
+    NSArray *const array = NSArray::arrayWithObjects(number(5), dataOf("x"));
+    NSDictionary *const dictionary = NSDictionary::dictionaryWithObjectForKey(array, number(1));
     for (QBOutputStream *stream : {static_cast<QBOutputStream *>(QBDataOutputStream::stream()),
                                    static_cast<QBOutputStream *>(QBPropertyListOutputStream::stream()),
                                    static_cast<QBOutputStream *>(QBArrayOutputStream::stream())}) {

@@ -17,11 +17,8 @@ struct Node : ClientClass<Node, NSObject, "Node"> {
             above->children_.push_back(this);
     }
     static Operations operations() {
-        return {
-            qb::method<"name">(&Node::name),
-            qb::method<"parentObject">(&Node::parentObject),
-            qb::method<"childObjectWithName:">(&Node::childObjectWithName),
-        };
+        return {qb::method<"name">(&Node::name), qb::method<"parentObject">(&Node::parentObject),
+                qb::method<"childObjectWithName:">(&Node::childObjectWithName)};
     }
 
     NSString *name() const { return name_; }
@@ -86,8 +83,7 @@ TEST_F(QBPathTest, DerivedPathsAreOfTheReceiversClass) {
         {"/a/b", "relativePathTo:", qbPath("/a/c"), "c"},
     };
     for (const auto &[text, selector, argument, derived] : rows) {
-        const auto receiver =
-            send<Ref<QBPath>>(SitePath::cls(), "initWithString:"_sel, NSString::stringWithCString(text));
+        const auto receiver = send<Ref<QBPath>>(SitePath::cls(), "initWithString:"_sel, string(text));
         const SEL sel = Selector::named(selector);
         const id result =
             sel->colons() ? send<id>(receiver.get(), sel, argument) : send<id>(receiver.get(), sel);

@@ -1,9 +1,8 @@
 #include "support/CommandOutput.h"
-#include "support/PoolFixture.h"
+#include "support/DirectoryFixture.h"
 #include "support/SmallStack.h"
-#include "support/TemporaryDirectory.h"
 
-using QBPhpStringTest = PoolFixture;
+using QBPhpStringTest = DirectoryFixture;
 
 // A tree of numbers that PHP reads as they are, with keys that it keeps apart, and its text in JSON.
 static std::pair<id, std::string> randomTree(std::mt19937 &random, unsigned depth) {
@@ -78,7 +77,6 @@ TEST_F(QBPhpStringTest, PhpReadsNumbersAndContainers) {
         program += "echo json_encode(" + describe(tree->asPhpString()) + "), \"\\n\";\n";
         expected += text + "\n";
     }
-    const TemporaryDirectory directory;
-    directory.write("program.php", program);
-    EXPECT_EQ(outputOf("php -n " + directory / "program.php" + " 2>&1"), expected);
+    directory_.write("program.php", program);
+    EXPECT_EQ(outputOf("php -n " + directory_ / "program.php" + " 2>&1"), expected);
 }

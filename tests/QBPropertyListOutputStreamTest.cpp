@@ -99,7 +99,6 @@ TEST_F(QBPropertyListOutputStreamTest, SubclassSeesEachOperation) {
     const Ref<Watcher> stream = Watcher::init();
     stream->writeObject(
         NSDictionary::dictionaryWith({{"a"_ns, NSArray::arrayWithObject("x"_ns)}, {"b"_ns, "c"_ns}}));
-    EXPECT_EQ(textIn(*stream), "{\n  a = (\n    x\n  );\n  b = c;\n}");
     EXPECT_EQ(stream->strings, 4);
     EXPECT_EQ(stream->entries, 2);
     EXPECT_EQ(stream->writes, 17);

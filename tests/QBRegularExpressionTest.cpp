@@ -44,7 +44,7 @@ TEST_F(QBRegularExpressionTest, MatchWantsTheWholeStringAndMatchesAnyPart) {
     EXPECT_EQ(searched("b", {"a\0b", 3}, 2), "(b)");
 }
 
-TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
+TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByClassPatternAndFlags) {
     QBRegularExpression *const expression = expressionOf("k");
     EXPECT_EQ(expressionOf("k"), expression);
     EXPECT_NE(expressionOf("k", REG_ICASE), expression);
@@ -53,9 +53,6 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByPatternAndFlags) {
     EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern(changing), expression);
     changing->setString("l"_ns);
     EXPECT_NE(QBRegularExpression::regularExpressionWithPattern(changing), expression);
-}
-
-TEST_F(QBRegularExpressionTest, EachClassKeepsItsOwn) {
     struct Traced : ClientClass<Traced, QBRegularExpression, "Traced"> {};
     const auto ask = [](NSString *pattern) {
         return send<id>(Traced::cls(), "regularExpressionWithPattern:"_sel, pattern);

@@ -1,14 +1,13 @@
 #include "Text/CpuLevels.h"
 #include "support/CommandOutput.h"
+#include "support/DirectoryFixture.h"
 #include "support/Locales.h"
 #include "support/PlainTexts.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <cctype>
 #include <climits>
 
-using QBStringBinaryTextsTest = PoolFixture;
+using QBStringBinaryTextsTest = DirectoryFixture;
 using QBStringURLEscapingTest = PoolFixture;
 using QBStringMoneySupportTest = PoolFixture;
 
@@ -21,14 +20,13 @@ TEST_F(QBStringBinaryTextsTest, Base64OfATextIsDecoded) {
 // Files of 0 to 999 bytes, by one run of the encoder.
 TEST_F(QBStringBinaryTextsTest, FilesOfAnotherEncoderComeBack) {
     Random random;
-    const TemporaryDirectory directory;
     const std::string bytes = randomBytes(random, 999 * 1000 / 2);
-    directory.write("bytes", bytes);
+    directory_.write("bytes", bytes);
     const std::string texts = outputOf(R"(perl -e '
         for (0..999) {
             read STDIN, $file, $_;
             print "junk\nbegin 644 name\n", pack("u", $file), "`\nend\nmore\n\0";
-        }' <)" + directory / "bytes");
+        }' <)" + directory_ / "bytes");
     if (texts.empty())
         GTEST_SKIP() << "perl is not installed";
     std::size_t start = 0, begin = 0;

@@ -4,10 +4,7 @@
 #include "support/PoolFixture.h"
 #include "support/SmallStack.h"
 
-#include <QBFoundation/QBNil.h>
-
 #include <set>
-#include <tuple>
 
 using DeepWalkTest = PoolFixture;
 

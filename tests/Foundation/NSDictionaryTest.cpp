@@ -87,7 +87,7 @@ TEST_F(NSDictionaryTest, ChangesOfKeysDuringEnumerationThrow) {
                   "NSDictionary nextObject must have a dictionary that was not changed meanwhile.");
 }
 
-TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
+TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionaryOrWalkIt) {
     // Removes its key when it goes.
     struct Remover : NSObject {
         Remover(NSMutableDictionary *dictionary, int key) : dictionary_(dictionary), key_(key) {}
@@ -108,22 +108,7 @@ TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionary) {
     fill();
     dictionary->removeObjectForKey(number(0)); // which removes 1, which removes 2 …
     EXPECT_EQ(dictionary->count(), 0u);
-}
 
-TEST_F(NSDictionaryTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalkedOrPassed) {
-    meddle([](auto &it, auto &other) { it.dictionary->allKeysForObject(other.single); });
-    meddle([](auto &, auto &other) { NSDictionary::dictionaryWithDictionary(other.dictionary); });
-    meddle(
-        [](auto &, auto &other) { NSDictionary::initWithDictionary(other.dictionary, /*copyItems=*/YES); });
-    meddle([](auto &it, auto &other) { it.dictionary->objectsForKeys(other.array, other.single); });
-    meddle([](auto &it, auto &other) { it.dictionary->objectForKey(other.single); });
-    meddle([](auto &it, auto &other) { it.dictionary->setObjectForKey("v"_ns, other.single); });
-    meddle([](auto &it, auto &other) { it.dictionary->removeObjectForKey(other.single); });
-    meddle([](auto &it, auto &) { NSKeyedArchiver::archivedDataWithRootObject(it.dictionary); });
-    meddle([](auto &it, auto &) { it.dictionary->descriptionInStringsFileFormat(); });
-}
-
-TEST_F(NSDictionaryTest, ADestructorMayLookForTheObjectAndWalkIt) {
     struct Member : NSObject {
         explicit Member(NSMutableDictionary *list) : list_(list) {}
         ~Member() override { list_->removeObjectForKey(this); }
@@ -139,4 +124,16 @@ TEST_F(NSDictionaryTest, ADestructorMayLookForTheObjectAndWalkIt) {
     list->setObjectForKey("v"_ns, "k"_ns);
     { const auto member = Ref<Member>::adopt(new Member(list)); }
     EXPECT_EQ(list->count(), 1u);
+}
+
+TEST_F(NSDictionaryTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalkedOrPassed) {
+    meddle([](auto &it, auto &other) { it.dictionary->allKeysForObject(other.single); });
+    meddle([](auto &, auto &other) { NSDictionary::dictionaryWithDictionary(other.dictionary); });
+    meddle([](auto &, auto &other) { NSDictionary::initWithDictionary(other.dictionary, YES); });
+    meddle([](auto &it, auto &other) { it.dictionary->objectsForKeys(other.array, other.single); });
+    meddle([](auto &it, auto &other) { it.dictionary->objectForKey(other.single); });
+    meddle([](auto &it, auto &other) { it.dictionary->setObjectForKey("v"_ns, other.single); });
+    meddle([](auto &it, auto &other) { it.dictionary->removeObjectForKey(other.single); });
+    meddle([](auto &it, auto &) { NSKeyedArchiver::archivedDataWithRootObject(it.dictionary); });
+    meddle([](auto &it, auto &) { it.dictionary->descriptionInStringsFileFormat(); });
 }

@@ -30,12 +30,6 @@ TEST_F(NSObjectTest, PoolsEndInAnyOrder) {
     EXPECT_EQ(NSAutoreleasePool::defaultPool(), &pool_);
 }
 
-TEST_F(NSObjectTest, EveryObjectCanBeStreamed) {
-    EXPECT_TRUE("text"_ns->conformsToProtocol(Protocol::named("OutputStreaming")));
-    EXPECT_TRUE(QBNil::value()->conformsToProtocol(Protocol::named("PropertyListOutputStreaming")));
-    EXPECT_FALSE("text"_ns->conformsToProtocol(Protocol::named("Streaming")));
-}
-
 TEST_F(NSObjectTest, TheRootsOperationsAnswerForItsSubclasses) {
     NSString *const text = "ab"_ns;
     NSArray *const array = NSArray::arrayWithObject(text);
@@ -66,6 +60,9 @@ TEST_F(NSObjectTest, TheRootsOperationsAnswerForItsSubclasses) {
                   "NSString fly must be an operation that the receiver has.");
     EXPECT_THROW(NSProcessInfo::processInfo()->copy(), InvalidUseOfMethodException);
     EXPECT_THROW(NSProcessInfo::processInfo()->mutableCopy(), InvalidUseOfMethodException);
+    EXPECT_TRUE("text"_ns->conformsToProtocol(Protocol::named("OutputStreaming")));
+    EXPECT_TRUE(QBNil::value()->conformsToProtocol(Protocol::named("PropertyListOutputStreaming")));
+    EXPECT_FALSE("text"_ns->conformsToProtocol(Protocol::named("Streaming")));
 }
 
 TEST_F(NSObjectTest, EachClassHasAnEqualityOfItsOwn) {

@@ -38,9 +38,7 @@ TEST_F(NSStringPathTest, ComponentsAreJoinedWithOneSlash) {
         {"", "/b/", "/b"},   {"a", "/b", "a/b"},    {"a", "", "a"},   {"a//", "//", "a"},
     };
     for (const auto &row : kRows)
-        EXPECT_EQ(describe(NSString::stringWith(row[0])->stringByAppendingPathComponent(
-                      NSString::stringWith(row[1]))),
-                  row[2])
+        EXPECT_EQ(describe(string(row[0])->stringByAppendingPathComponent(string(row[1]))), row[2])
             << row[0] << " + " << row[1];
     NSArray *const components = NSArray::arrayWith({"/"_ns, "a"_ns, ""_ns, "b/"_ns, "/"_ns});
     EXPECT_EQ(NSString::pathWithComponents(components)->view(), "/a/b");

@@ -129,11 +129,9 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
         const Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0}); // not for ever
         expectError(100024, directory_ / "copy/file Input/output error", [&] { copy("file", "copy"); });
     }
-    {
-        const Fault end(Call::read, /*skip=*/0, /*times=*/1, sys::ShortTransfer{0}); // shorter than it says
-        copy("file", "copy");
-        EXPECT_EQ(directory_.read("copy/file"), "");
-    }
+    const Fault end(Call::read, /*skip=*/0, /*times=*/1, sys::ShortTransfer{0}); // shorter than it says
+    copy("file", "copy");
+    EXPECT_EQ(directory_.read("copy/file"), "");
     const std::tuple<Call, int, std::string> rows[] = {{Call::read, 100023, directory_ / "file"},
                                                        {Call::write, 100024, directory_ / "copy/file"},
                                                        {Call::close, 100024, directory_ / "copy/file"}};
@@ -207,16 +205,13 @@ TEST_F(OSFilePathCopyingTest, CopyOfARandomTreeIsTheTree) {
     }
     directory_.makeDirectory("tree");
     copy("tree", "copies");
-    EXPECT_EQ(
-        std::system(("diff -r '" + directory_ / "tree" + "' '" + directory_ / "copies/tree" + "'").c_str()),
-        0);
-    for (const auto &entry : fs::recursive_directory_iterator(directory_ / "copies/tree")) {
-        const fs::path copied = entry.path();
-        const fs::path source =
-            fs::path(directory_ / "tree") / copied.lexically_relative(directory_ / "copies/tree");
+    const fs::path tree = directory_ / "tree", copies = directory_ / "copies/tree";
+    EXPECT_EQ(std::system(("diff -r '" + tree.native() + "' '" + copies.native() + "'").c_str()), 0);
+    for (const auto &entry : fs::recursive_directory_iterator(copies)) {
+        const fs::path copied = entry.path(), source = tree / copied.lexically_relative(copies);
         if (entry.is_symlink()) // to what is inside, so it leads to its copy
-            EXPECT_EQ(fs::canonical(copied).lexically_relative(directory_ / "copies/tree"),
-                      fs::canonical(source).lexically_relative(directory_ / "tree"));
+            EXPECT_EQ(fs::canonical(copied).lexically_relative(copies),
+                      fs::canonical(source).lexically_relative(tree));
         else if (!entry.is_directory()) {
             EXPECT_EQ(fs::status(source).permissions(), fs::status(copied).permissions()) << copied;
             EXPECT_TRUE(!fs::is_symlink(source) ||

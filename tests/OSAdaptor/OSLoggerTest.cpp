@@ -22,12 +22,6 @@ TEST_F(OSLoggerTest, UnknownCategoriesShareTheDefaultLogger) {
                   "OSLogger createLoggerForCategory: must have a category that is not nil.");
 }
 
-TEST_F(OSLoggerTest, AClientsClassMakesItsOwnLoggers) {
-    struct Journal : ClientClass<Journal, OSLogger, "Journal"> {};
-    send<void>(Journal::cls(), "createLoggerForCategory:"_sel, "journal"_ns);
-    EXPECT_EQ(OSLogger::loggerForCategory("journal"_ns)->classObject(), Journal::cls());
-}
-
 TEST_F(OSLoggerTest, LinesCarryPrefixAndCategory) {
     CapturedOutput output;
     log("plain"_ns);

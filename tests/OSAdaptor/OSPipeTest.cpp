@@ -80,7 +80,7 @@ TEST_F(OSPipeTest, SignalsThatTheCallerHoldsBackStayAsTheyWere) {
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
 }
 
-TEST_F(OSPipeTest, StreamsReadWriteAndClose) {
+TEST_F(OSPipeTest, StreamsReadWriteCloseAndNeedAnOpenEnd) {
     OSPipe *const pipe = OSPipe::pipe();
     OSPipeInputStream *const source = pipe->getInputStream();
     OSPipeOutputStream *const target = pipe->getOutputStream();
@@ -96,12 +96,6 @@ TEST_F(OSPipeTest, StreamsReadWriteAndClose) {
     EXPECT_EQ(source->readByte(), -1);
     source->close();
     EXPECT_FALSE(pipe->_isReadHandleOpen());
-}
-
-TEST_F(OSPipeTest, StreamsNeedAnOpenEnd) {
-    OSPipe *const pipe = OSPipe::pipe();
-    pipe->closeReadHandle();
-    pipe->closeWriteHandle();
     const auto count = pipe->retainCount();
     EXPECT_THROW(OSPipeInputStream::initWithPipe(pipe), InternalInconsistencyException);
     EXPECT_THROW(OSPipeOutputStream::initWithPipe(pipe), InternalInconsistencyException);

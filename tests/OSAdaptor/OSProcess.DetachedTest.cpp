@@ -87,28 +87,24 @@ TEST_F(OSProcessDetachedTest, WithoutMoreProcessesTheAnswerIsNoWhereverThatIsFou
     const auto start = [&] {
         return OSProcess::createSubProcessReadingFromPipe(pipe, "true"_ns, nullptr, nullptr);
     };
-    {
-        const Fault first(Call::fork, 0, 1, EAGAIN);
-        EXPECT_FALSE(start());
-        EXPECT_EQ(errno, EAGAIN);
-        EXPECT_TRUE(pipe->_isReadHandleOpen());
-    }
+    const Fault first(Call::fork, 0, 1, EAGAIN);
+    EXPECT_FALSE(start());
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_TRUE(pipe->_isReadHandleOpen());
     static OSPipe *report;
     report = OSPipe::pipe();
     std::signal(SIGUSR1, [](int) { report->write("waiting: ", 9); });
     const pid_t self = ::getpid();
-    {
-        const Fault second(Call::fork, 1, 1, EAGAIN);
-        const BOOL answer = start();
-        if (::getpid() != self) { // the process in between, whose parent still gets its signals
-            ::kill(self, SIGUSR1);
-            pollfd handled{report->readHandle(), POLLIN, 0};
-            ::poll(&handled, 1, /*timeout=*/5000);
-            report->write(answer ? "YES" : "NO", 2);
-            ::_exit(0);
-        }
-        EXPECT_TRUE(answer);
+    const Fault second(Call::fork, 1, 1, EAGAIN);
+    const BOOL answer = start();
+    if (::getpid() != self) { // the process in between, whose parent still gets its signals
+        ::kill(self, SIGUSR1);
+        pollfd handled{report->readHandle(), POLLIN, 0};
+        ::poll(&handled, 1, /*timeout=*/5000);
+        report->write(answer ? "YES" : "NO", 2);
+        ::_exit(0);
     }
+    EXPECT_TRUE(answer);
     std::signal(SIGUSR1, SIG_DFL);
     EXPECT_EQ(contentOf(report), "waiting: NO");
     EXPECT_TRUE(hasNoChild());
@@ -142,10 +138,8 @@ TEST_F(OSProcessDetachedTest, FailuresOfTheCoprocessAreLoggedOrRaised) {
     const std::int32_t err = STDERR_FILENO;
     EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "/no/such"_ns, &err),
               "execvp() for '/no/such' failed: No such file or directory!\n\n");
-    {
-        const Fault second(Call::fork, 1, 1, EAGAIN);
-        EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns), "fork for 'cat' failed!\n\n");
-    }
+    const Fault second(Call::fork, 1, 1, EAGAIN);
+    EXPECT_EQ(start(OSPipe::pipe(), OSPipe::pipe(), "cat"_ns), "fork for 'cat' failed!\n\n");
     const Fault first(Call::fork, 0, 1, EAGAIN);
     const ErrorExpectation error(100164);
     OSPipe *const output = OSPipe::pipe();

@@ -100,19 +100,19 @@ TEST_F(OSProcessStartingTest, ClosedDescriptorMayBeGivenForItself) {
 }
 
 TEST_F(OSProcessStartingTest, ChildThatCantBecomeTheProgramTellsWhyAndEndsWith17) {
-    const auto line = [](const std::string &text) { return "[T] (P) [] " + text + "\n\n"; };
+    const auto expect = [](const std::string &text, auto... given) {
+        EXPECT_EQ(failureOf(given...), "[T] (P) [] " + text + "\n\n");
+    };
+    const auto cut = "a\0b"_ns;
+    const auto env = NSDictionary::dictionaryWith({{"key"_ns, cut}});
     const std::int32_t none = 999;
-    EXPECT_EQ(failureOf("/no/such"_ns), line("execvp() for '/no/such' failed: No such file or directory!"));
-    EXPECT_EQ(failureOf(nullptr), line("execvp() for '<nil>' failed: Bad address!"));
-    EXPECT_EQ(failureOf("true"_ns, NSArray::arrayWithObject("a\0b"_ns)),
-              line("execvp() for 'true' failed: Invalid argument!"));
-    EXPECT_EQ(failureOf("true"_ns, nullptr, NSDictionary::dictionaryWith({{"key"_ns, "a\0b"_ns}})),
-              line("environment setting for 'true' failed: Invalid argument!"));
-    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, &none), line("could not reset stdin for 'true'"));
-    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, &none),
-              line("could not reset stdout for 'true'"));
-    EXPECT_EQ(failureOf("true"_ns, nullptr, nullptr, nullptr, nullptr, &none),
-              line("could not reset stderr for 'true'"));
+    expect("execvp() for '/no/such' failed: No such file or directory!", "/no/such"_ns);
+    expect("execvp() for '<nil>' failed: Bad address!", nullptr);
+    expect("execvp() for 'true' failed: Invalid argument!", "true"_ns, NSArray::arrayWithObject(cut));
+    expect("environment setting for 'true' failed: Invalid argument!", "true"_ns, nullptr, env);
+    expect("could not reset stdin for 'true'", "true"_ns, nullptr, nullptr, &none);
+    expect("could not reset stdout for 'true'", "true"_ns, nullptr, nullptr, nullptr, &none);
+    expect("could not reset stderr for 'true'", "true"_ns, nullptr, nullptr, nullptr, nullptr, &none);
 }
 
 TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {

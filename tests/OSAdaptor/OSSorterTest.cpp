@@ -1,7 +1,5 @@
-#include "Text/RandomText.h"
+#include "support/DirectoryFixture.h"
 #include "support/Locales.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
 
 #include <clocale>
 
@@ -9,7 +7,7 @@ constexpr int kAscending = -1;
 constexpr int kDescending = 1;
 
 // The environment says "C" unless a test says otherwise.
-struct OSSorterTest : PoolFixture {
+struct OSSorterTest : DirectoryFixture {
     OSSorterTest() { ::setenv("LC_ALL", "C", 1); }
     ~OSSorterTest() override {
         ::setenv("LC_ALL", "C.UTF-8", 1);
@@ -106,7 +104,6 @@ TEST_F(OSSorterTest, ManyTextsComeAsThePassesLeaveThemInEachLanguage) {
 TEST_F(OSSorterTest, TheOrderIsThatOfTheCommandSort) {
     NEED_LOCALE("de_DE.UTF-8");
     Random random;
-    const TemporaryDirectory directory;
     NSMutableArray *const lines = NSMutableArray::array();
     std::string text;
     for (int i = 0; i < 5000; ++i) {
@@ -115,12 +112,12 @@ TEST_F(OSSorterTest, TheOrderIsThatOfTheCommandSort) {
         lines->addObject(NSString::stringWith(line));
         text += line + "\n";
     }
-    directory.write("in", text);
+    directory_.write("in", text);
     const std::string command =
-        "LC_ALL=de_DE.UTF-8 sort -o '" + directory / "out" + "' '" + directory / "in" + "'";
+        "LC_ALL=de_DE.UTF-8 sort -o '" + directory_ / "out" + "' '" + directory_ / "in" + "'";
     ASSERT_EQ(std::system(command.c_str()), 0);
     NSArray *const sorted = OSSorter::sorterForLanguage("de_DE"_ns)->sortArrayAscending(lines);
-    EXPECT_EQ(describe(sorted->stringsJoinedByString("\n"_ns)) + "\n", directory.read("out"));
+    EXPECT_EQ(describe(sorted->stringsJoinedByString("\n"_ns)) + "\n", directory_.read("out"));
 }
 
 TEST_F(OSSorterTest, TextsMayBeMadeBySortingInAnotherLanguage) {

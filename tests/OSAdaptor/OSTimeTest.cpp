@@ -1,10 +1,9 @@
 #include "Calendar/TimeZoneSetting.h"
-#include "support/PoolFixture.h"
-#include "support/TemporaryDirectory.h"
+#include "support/DirectoryFixture.h"
 
 #include <ctime>
 
-using OSTimeTest = PoolFixture;
+using OSTimeTest = DirectoryFixture;
 
 // The C library's text for the current second.
 static std::string localTimeText() {
@@ -60,11 +59,10 @@ TEST_F(OSTimeTest, WithoutANameTheZoneIsTheOffsetOfNow) {
         return "TZif" + std::string(28, '\0') + std::string(counts, sizeof counts) + changes +
                std::string(types, sizeof types) + '\0';
     };
-    const TemporaryDirectory directory;
-    directory.write("standard", file(false));
-    directory.write("advanced", file(true));
-    const TimeZoneSetting setting((directory / "standard").c_str());
+    directory_.write("standard", file(false));
+    directory_.write("advanced", file(true));
+    const TimeZoneSetting setting((directory_ / "standard").c_str());
     EXPECT_EQ(describe(OSTime::timeZone()), "+0130");
-    TimeZoneSetting::set((directory / "advanced").c_str());
+    TimeZoneSetting::set((directory_ / "advanced").c_str());
     EXPECT_EQ(describe(OSTime::timeZone()), "+0230");
 }

@@ -143,12 +143,7 @@ QB_FAULT_SWEEP(Files, kFiles);
 const Use kValues[] = {
     {"PropertyListToFile", oldFile,
      [](const Place &place) { return settings()->writeToFile(place.string("out"), YES) ? "yes" : "no"; }},
-    {"PropertyListFromFile",
-     [](const Place &place) {
-         auto *stream = QBPropertyListOutputStream::stream();
-         stream->writeObject(settings());
-         stream->targetData()->writeToFile(place.string("in"), NO);
-     },
+    {"PropertyListFromFile", [](const Place &place) { settings()->writeToFile(place.string("in"), NO); },
      [](const Place &place) {
          return describe(NSDictionary::dictionaryWithContentsOfFile(place.string("in")));
      }},
