@@ -218,10 +218,10 @@ TEST(ZoneTest, DatabaseIsWhereTheVariableSays) {
 
 TEST(ZoneTest, LocalTimeFileIsLookedAtEachSecond) {
     const TimeZoneSetting setting(nullptr);
-    const auto awaitNextSecond = [second = sys::wallSeconds()]() mutable {
+    const auto awaitNextSecond = [] {
+        const std::int64_t second = sys::wallSeconds();
         while (sys::wallSeconds() == second)
             sys::sleep(10'000'000);
-        second = sys::wallSeconds();
     };
     for (const Call call : {Call::stat, Call::lstat}) { // the file, and a link in its place
         awaitNextSecond();

@@ -346,7 +346,7 @@ TEST_F(NSArchiverTest, AnArrayIsReadAsItWasWhateverIsAddedMeanwhile) {
 
     const Ref<Prefilled> filled = Ref<Prefilled>::adopt(new Prefilled);
     filled->addObject("y"_ns);
-    NSArray *const classes = NSArray::arrayWithObject(Prefilled::cls());
+    NSArray *const classes = nodeClasses()->arrayByAddingObject(Prefilled::cls());
     NSData *const bytes = NSKeyedArchiver::archivedDataWithRootObject(filled);
     EXPECT_TRUE(filled->isEqual(NSKeyedUnarchiver::unarchiveObjectWithData(bytes, classes)));
 }

@@ -87,7 +87,7 @@ struct Sheet : ClientClass<Sheet, NSObject, "Sheet"> {
 
     Ref<NSString> title_ = NSString::initWith("a title on the heap");
     NSString *heading_ = title_;
-    Ref<Proxy> proxy = Ref<Proxy>::adopt(new Proxy(Ref<Mirror>::adopt(new Mirror)));
+    Ref<Proxy> proxy = Ref<Proxy>::adopt(new Proxy(Ref<Mirror>::adopt(new Mirror).get()));
 };
 
 /// Lets go of the invocation that it is called by, and of its values.
