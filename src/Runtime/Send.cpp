@@ -98,7 +98,7 @@ private:
         if (isSenders(invocation_->target_))
             invocation_->target_ = nullptr;
         for (Value &argument : invocation_->arguments_)
-            if (isSenders(argument.object()))
+            if (argument.object() && isSenders(argument.object()))
                 argument = Value();
     }
 
