@@ -170,7 +170,7 @@ bool isServed(NSString *path) {
     path->view().copy(address.sun_path, sizeof address.sun_path);
     const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     const int result = ::connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    const bool isLeft = result != 0 && errno == ECONNREFUSED;
+    const bool isLeft = result != 0 && (errno == ECONNREFUSED || errno == ENOENT);
     if (probe >= 0)
         ::close(probe);
     return !isLeft;
