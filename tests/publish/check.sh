@@ -400,7 +400,7 @@ if command -v strace >/dev/null && [ ${#launcher[@]} -eq 0 ] && strace -o /dev/n
     ln -s data.bin/new "$site/assets/other"
     publish --quiet "$site" "$work/new"
     restore() { rm -rf "$out" && cp -a "$work/old" "$out"; }
-    same() { diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
+    same() { LC_ALL=C diff -r --no-dereference --exclude=.publish "$out" "$1" >"$work/difference"; }
     is_all() { same "$1" && [ ! -e "$out/.publish" ]; }
     cuts=0
     is_kept() { same "$work/old" || ! grep -qv "^Only in $out" "$work/difference"; } # and new names beside it
