@@ -41,7 +41,7 @@ private:
 Ref<OSSocket> listenOnPort(std::int32_t port);
 
 /// Returns a socket that listens at a path, for this user alone; null after an error. It replaces a socket
-/// that is there already, but nothing else.
+/// that a program has left there, but nothing else.
 Ref<OSSocket> listenAt(NSString *path);
 
 /// The place of a socket in the file system.
