@@ -77,7 +77,8 @@ NSString *linkFrom(NSString *page, NSString *target) {
     const std::size_t pathLength = std::min(target->view().find_first_of("?#"), target->view().size());
     if (pathLength == 0 && target->containsData()) // a place in the page itself
         return target;
-    NSString *const path = NSString::stringWith(target->view().substr(0, pathLength));
+    const std::size_t pathStart = std::min(target->view().find_first_not_of('/'), pathLength);
+    NSString *const path = NSString::stringWith(target->view().substr(pathStart, pathLength - pathStart));
     NSString *const rest = NSString::stringWith(target->view().substr(pathLength));
     return wayFrom(page, path)->stringByAppendingString(rest);
 }

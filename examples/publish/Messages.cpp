@@ -2,6 +2,10 @@
 
 namespace publish {
 
+NSString *shown(NSString *text) {
+    return text->stringByReplacingSubstring("\0"_ns, "\\0"_ns);
+}
+
 NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultFormat) {
     switch (error) {
     case kErrorUsage:

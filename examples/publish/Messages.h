@@ -46,10 +46,17 @@ public:
     NSString *formatStringForErrorId(int error, NSString *withDefaultFormat) override;
 };
 
+/// Returns a text without NULs, which would end a message.
+NSString *shown(NSString *text);
+template <class V>
+const V &shown(const V &value) {
+    return value;
+}
+
 /// Raises one of the program's errors. Returns false, so that a caller can end with it.
 template <class... V>
 bool fail(int line, int error, const V &...values) {
-    ERRORHANDLER->raiseErrorInFile("examples/publish", line, error, values...);
+    ERRORHANDLER->raiseErrorInFile("examples/publish", line, error, shown(values)...);
     return false;
 }
 

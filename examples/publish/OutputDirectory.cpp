@@ -163,15 +163,26 @@ bool OutputDirectory::readListed(Manifest &manifest) const {
 
 bool OutputDirectory::exchange(const Plan &plan) {
     // What is staged is on the disk before the journal says that it is to be used.
-    if (!bringNewNames(plan.moved) || !synchronize() || !writePlan(plan, journal_))
+    if (!areStaged(plan.moved) || !bringNewNames(plan) || !synchronize() || !writePlan(plan, journal_))
         return false;
     hasStaged_ = false; // from here on the next run finishes what this one does not
     return finish(plan);
 }
 
+// What somebody has taken away meanwhile would be thought to have come to its place already.
+bool OutputDirectory::areStaged(NSArray *paths) const {
+    for (id element : *paths) {
+        const NSAutoreleasePool pool;
+        NSString *const file = staged(static_cast<NSString *>(element));
+        if (kindOf(file) == Kind::nothing)
+            return hasFailed() ? false : fail(__LINE__, qb::kErrorFileMissing, file);
+    }
+    return true;
+}
+
 // They are written down first, so that the next run takes them away if this one is cut off.
-bool OutputDirectory::bringNewNames(NSArray *paths) {
-    NSArray *const names = newNames(paths);
+bool OutputDirectory::bringNewNames(const Plan &plan) {
+    NSArray *const names = newNames(plan);
     if (hasFailed() || names->count() == 0)
         return !hasFailed();
     if (!writePlan({names, NSArray::array()}, list_))
@@ -184,19 +195,23 @@ bool OutputDirectory::bringNewNames(NSArray *paths) {
 }
 
 // Those of the paths, and of the directories above them, that nothing has yet; a directory before what is in
-// it. What stands below a file or link that has to go first is not among them.
-NSArray *OutputDirectory::newNames(NSArray *paths) const {
+// it. What stands below a file or link that has to go first is not among them, nor is the manifest where
+// there are others that go or are replaced.
+NSArray *OutputDirectory::newNames(const Plan &plan) const {
     const Ref<NSMutableSet> names = NSMutableSet::init(); // in order
     Ref<NSString> before; // the directory of the path before; most share theirs
     bool hasDirectory = false;
-    for (id element : *paths) {
+    bool areAllNew = plan.removed->count() == 0;
+    for (id element : *plan.moved) {
         const NSAutoreleasePool pool;
         auto *path = static_cast<NSString *>(element);
         NSString *const directory = path->stringByDeletingLastPathComponent();
         if (!before || !before->isEqualToString(directory))
             hasDirectory = addMissing(path, names);
         before = directory;
-        if (hasDirectory && kindOf(place(path)) == Kind::nothing)
+        const bool isNew = hasDirectory && kindOf(place(path)) == Kind::nothing;
+        areAllNew = areAllNew && isNew;
+        if (isNew && (areAllNew || path->view() != kManifest))
             names->addObject(path);
     }
     return names->allObjects();

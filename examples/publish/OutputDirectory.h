@@ -68,8 +68,9 @@ public:
 private:
     bool lock();
     bool finishEarlierRun();
-    bool bringNewNames(NSArray *paths);
-    NSArray *newNames(NSArray *paths) const;
+    bool areStaged(NSArray *paths) const;
+    bool bringNewNames(const Plan &plan);
+    NSArray *newNames(const Plan &plan) const;
     bool addMissing(NSString *path, NSMutableSet *names) const;
     bool bring(NSString *name);
     bool takeBack(NSArray *names) const;

@@ -42,8 +42,7 @@ bool Plugins::addValues(Site &site) const {
             if (auto *dictionary = qb::castOrNil<NSDictionary>(values))
                 page.head->addEntriesFromDictionary(dictionary);
         }
-        page.head->setObjectForKey(page.url, "url"_ns); // where it is written, whatever they say
-        if (hasFailed())
+        if (!settle(page) || hasFailed())
             return false;
     }
     return true;

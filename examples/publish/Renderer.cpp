@@ -99,7 +99,7 @@ bool Renderer::renderPage(const Page &page) {
     // Values may hold any bytes.
     const bool isValid = filled && isUtf8(textIn(filled), page.url);
     NSData *const text = isValid ? filter_.filtered(page.url, filled) : nullptr;
-    return text && addPage(page, text);
+    return text && (text == filled || isUtf8(textIn(text), page.url)) && addPage(page, text);
 }
 
 bool Renderer::addPage(const Page &page, NSData *text) {

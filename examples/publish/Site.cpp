@@ -93,13 +93,8 @@ bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) 
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
-    const id isToBeEnciphered = head->objectForKey("enciphered"_ns);
-    page.isEnciphered = isToBeEnciphered && isToBeEnciphered->stringValue()->boolValue();
-    if (page.isEnciphered)
-        page.url = page.url->stringByAppendingPathExtension(encipheredExtension());
-    page.head->setObjectForKey(page.url, "url"_ns);
     page.body = htmlOf(text.substr(0, start), text.substr(start), isText);
-    return addDates(page);
+    return settle(page);
 }
 
 bool readPages(Site &site) {
@@ -124,8 +119,7 @@ bool isSafe(const Site &site, id value) {
     auto *path = qb::castOrNil<NSString>(value);
     if (path && isInside(path->view().substr(path->isAbsolutePath())))
         return true;
-    NSArray *const parts = value->stringValue()->componentsSeparatedByString("\0"_ns); // which ends a message
-    return fail(__LINE__, kErrorUnsafePath, site.file.get(), parts->componentsJoinedByString("\\0"_ns));
+    return fail(__LINE__, kErrorUnsafePath, site.file.get(), value->stringValue());
 }
 
 // Makes the directory that names are relative to, if they have one of their own, relative to `above`.
@@ -222,6 +216,17 @@ bool override(NSArray *overrides, Site &site) {
 }
 
 } // namespace
+
+bool settle(Page &page) {
+    if (page.url->pathExtension()->isEqualToString(encipheredExtension()))
+        page.url = page.url->stringByDeletingPathExtension();
+    const id isToBeEnciphered = page.head->objectForKey("enciphered"_ns);
+    page.isEnciphered = isToBeEnciphered && isToBeEnciphered->stringValue()->boolValue();
+    if (page.isEnciphered)
+        page.url = page.url->stringByAppendingPathExtension(encipheredExtension());
+    page.head->setObjectForKey(page.url, "url"_ns);
+    return addDates(page);
+}
 
 NSString *Site::base() const {
     const id base = settings->objectForKey("basedir"_ns);

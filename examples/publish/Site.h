@@ -37,6 +37,10 @@ struct Site {
     bool hasAssets() const;
 };
 
+/// Does what a page's head says: whether it is enciphered, which its address shows, and its date in the forms
+/// that readers want. Returns false, with an error raised, when that is no date.
+bool settle(Page &page);
+
 /// Whether a source directory and the target are not inside of each other; an error is raised when they are.
 bool isApart(NSString *directory, NSString *target);
 

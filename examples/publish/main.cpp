@@ -73,11 +73,12 @@ bool configure(const Options &options) {
 
 // What is read, wherever it stands.
 void watchSources(const Site &site, serving::Watch &watch) {
-    for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns})
+    for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns}) {
         watch.add(site.directoryFor(key));
+        watch.addLinkedFrom(site.directoryFor(key));
+    }
     for (id file : *site.textFiles)
         watch.add(static_cast<NSString *>(file));
-    watch.addLinkedFrom(site.directoryFor("assets"_ns));
 }
 
 bool publishSite(const Options &options, const Plugins &plugins, Counts &counts, serving::Watch *watch) {

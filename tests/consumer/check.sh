@@ -20,8 +20,9 @@ compile_and_run() {
     local pc shared static
     pc=$(find "$prefix" -name qbfoundation.pc)
     export PKG_CONFIG_PATH=${pc%/*}
-    read -ra shared <<<"$(pkg-config --cflags --libs qbfoundation)"
-    read -ra static <<<"$(pkg-config --cflags qbfoundation) $(pkg-config --variable=archive qbfoundation)"
+    # It marks what the shell would take apart.
+    eval "shared=($(pkg-config --cflags --libs qbfoundation))"
+    eval "static=($(pkg-config --cflags qbfoundation) $(pkg-config --variable=archive qbfoundation))"
     "${CXX:-c++}" -std=c++20 "${flags[@]}" "$1" -o "$work/shared" "${shared[@]}" \
         "-Wl,-rpath,$(pkg-config --variable=libdir qbfoundation)"
     "${CXX:-c++}" -std=c++20 "${flags[@]}" "$1" -o "$work/static" "${static[@]}"

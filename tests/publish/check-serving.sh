@@ -96,7 +96,8 @@ expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$add
 expect 'a changed page' 200 status_of -H "If-Modified-Since: $(http_date -d "$modified 1 second ago")" "$address/"
 
 expect 'two dates' 200 status_of -H "If-Modified-Since: $modified" -H "If-Modified-Since: $modified" "$address/"
-expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.2\r\nHost: x\r\nConnection: close\r\n\r\n')' | head -1"
+expect 'a tag' 200 status_of -H "If-Modified-Since: $modified" -H 'If-None-Match: "x"' "$address/"
+expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand '\r\nGET / HTTP/1.2\r\nHost: x\r\nConnection: close\r\n\r\n')' | head -1"
 touch -d tomorrow "$out/deep/index.html"
 expect 'a page of the future' 1 \
     sh -c "curl -s -I $address/deep/ | sed -n 's/^Date: //p; s/^Last-Modified: //p' | sort -u | wc -l"
@@ -149,7 +150,10 @@ ln -s "$work/far/d" "$site/assets/far"
 ln -s "$work/current"/{pages,templates,assets} "$work/far"
 echo one >"$work/far/logo.png"
 echo "{ title = Site; basedir = \"$work/far\"; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
-printf '{ title = T; logo = logo.png; }\n---\n{{texts.text}}{{image page.logo}}\n' >"$site/pages/text.html"
+printf '{ title = T; logo = logo.png; }\n---\n{{texts.text}}{{image page.logo}}{{> shared/note}}\n' >"$site/pages/text.html"
+mkdir "$work/shared"
+echo short >"$work/shared/note.html"
+ln -s "$work/shared" "$site/templates/shared"
 ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch --statistics --log "$site/log" --log-level 2
@@ -160,6 +164,8 @@ echo other >"$work/far/text"
 wait_for other curl -s --unix-socket "$work/socket" http://x/text.html
 echo two >"$work/far/logo.png"
 wait_for "$(echo two | base64)" curl -s --unix-socket "$work/socket" http://x/text.html
+echo longer >"$work/shared/note.html"
+wait_for longer curl -s --unix-socket "$work/socket" http://x/text.html
 echo new >"$work/far/d/file"
 wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
 chmod 600 "$site/assets/data.bin"

@@ -129,7 +129,7 @@ page deep/text.txt '{ title = T; }' x
 page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"; }' \
     '{{#each site.people by name as p}}{{p.name or "<none>"}}{{p.n or ""}} {{/each}}
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
-{{#each pages by url as p}}{{link p.url}} {{/each}}
+{{#each pages by url as p}}{{link p.url}} {{/each}}{{link "/deep"}}
 {{link "other/a&b.html#c"}} {{link page.far}} {{link page.no or "/index.html"}} {{"a or b"}} {{site.shows.0}}
 {{image page.dot}} {{link "deep/b:c?d#e//f"}} {{link "//example.org/x"}} {{link "#top"}} {{link "1:2.html"}} {{link "deep/ü:x"}}'
 publish --quiet "$site" "$out"
@@ -138,7 +138,7 @@ diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted 
 
 A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
-er.html text.html ../index.html
+er.html text.html ../index.html ../deep
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
 data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top ../1:2.html ./ü:x
 TEXT
@@ -250,6 +250,7 @@ value that is not UTF-8|index.html:1: |{ title = "\377"; }|x
 not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
+NUL in a value|pages/index.html: '2023\0x' is no date.|{ date = "2023\000x"; }|x
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
 no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}
 head that is no dictionary|pages/index.html: the text is no dictionary.|( title )|x
@@ -506,6 +507,9 @@ publish --filter 'tr a-z A-Z; echo "($PUBLISH_PAGE)"' "$site" "$out" >/dev/null
 expect_failure 'a command that a signal ends with its shell' 'text.html: the filter was ended before it was done' \
     --filter 'cat; kill -9 $PPID'
 expect_failure 'a command that fails' 'exit code 3: far' --filter 'cat >/dev/null; echo far >&2; exit 3'
+expect_failure 'a command whose output is no text' "text.html:1: the text is not valid UTF-8" --filter "printf '\\377'"
+expect_failure 'staged files that somebody removes' "/deep/text.html' does not exist." \
+    --filter "tr a-z A-Z; [ \$PUBLISH_PAGE != index.html ] || rm -r $out/.publish/files"
 # What the command leaves running writes when the next page's has begun.
 mkfifo go gone
 # shellcheck disable=SC2016

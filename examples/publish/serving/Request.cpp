@@ -110,6 +110,7 @@ Status readTarget(std::string_view target, Request &request) {
 struct Fields {
     unsigned hosts = 0;
     unsigned dates = 0;
+    bool hasTags = false;
     bool hasBody = false;
     bool closes = false;
     bool keepsAlive = false;
@@ -132,6 +133,8 @@ bool readField(std::string_view line, Fields &fields, Request &request) {
         fields.hasBody = true;
     else if (isSame(name, "if-modified-since"))
         request.modifiedSince = ++fields.dates == 1 ? NSString::stringWith(value) : nullptr;
+    else if (isSame(name, "if-none-match")) // then the date does not count (RFC 9110, section 13.1.3)
+        fields.hasTags = true;
     else if (isSame(name, "connection")) {
         fields.closes |= listHas(value, "close");
         fields.keepsAlive |= listHas(value, "keep-alive");
@@ -156,10 +159,15 @@ Status statusOfMethod(std::string_view method) {
                : Status::notImplemented;
 }
 
+// Empty lines in front of a request are none of it (RFC 9112, section 2.2).
+std::size_t startOfHead(std::string_view received) {
+    return std::min(received.find_first_not_of("\r\n"), received.size());
+}
+
 } // namespace
 
 std::size_t lengthOfHead(std::string_view received) {
-    for (std::size_t end = received.find('\n'); end != std::string_view::npos;
+    for (std::size_t end = received.find('\n', startOfHead(received)); end != std::string_view::npos;
          end = received.find('\n', end + 1)) {
         const std::string_view next = received.substr(end + 1, 2);
         if (next.starts_with('\n'))
@@ -172,6 +180,7 @@ std::size_t lengthOfHead(std::string_view received) {
 
 Request readHead(std::string_view head) {
     Request request;
+    head.remove_prefix(startOfHead(head));
     std::string_view line = takeLine(head);
     const std::string_view method = takeUpTo(' ', line);
     const std::string_view target = takeUpTo(' ', line);
@@ -187,6 +196,8 @@ Request readHead(std::string_view head) {
             request.status = Status::badRequest;
             return request;
         }
+    if (fields.hasTags)
+        request.modifiedSince = nullptr;
     const bool isNew = version != "HTTP/1.0";
     if (fields.hosts > 1 || (isNew && fields.hosts == 0))
         return request.status = Status::badRequest, request;
