@@ -90,7 +90,8 @@ void QBBase64OutputFilter::completeGroup() {
         qb::raiseError(kFile, 212, qb::kErrorMalformedBase64);
         return;
     }
-    if (char *const room = target_->beginJoinedWrite(4)) {
+    std::uint32_t one = 1;
+    if (char *const room = target_->beginJoinedWrite(4, one)) {
         target_->endJoinedWrite(text::encodeBase64Rest(pending_, count, room));
         return;
     }
@@ -135,7 +136,7 @@ std::uint32_t QBBase64OutputFilter::fillGroup(const char *bytes, std::uint32_t l
 void QBBase64OutputFilter::encodeGroups(const char *bytes, std::uint32_t count) {
     while (count != 0) {
         std::uint32_t joined = std::min(count, kJoinedGroups);
-        if (char *const room = target_->beginJoinedWrite(joined * 4)) [[likely]] {
+        if (char *const room = target_->beginJoinedWrite(4, joined)) [[likely]] {
             target_->endJoinedWrite(text::encodeBase64Groups(bytes, joined, room));
         } else {
             joined = 1;
@@ -172,9 +173,8 @@ void QBBase64OutputFilter::decode(const char *position, const char *end) {
 // Decodes the groups at `position` that need no second look, and returns what is behind them. Raises nothing.
 const char *QBBase64OutputFilter::decodeGroups(const char *position, const char *end) {
     while (end - position >= 4) {
-        const std::uint32_t joined =
-            std::min(static_cast<std::uint32_t>((end - position) / 4), kJoinedGroups);
-        char *const room = target_->beginJoinedWrite(joined * 3);
+        std::uint32_t joined = std::min(static_cast<std::uint32_t>((end - position) / 4), kJoinedGroups);
+        char *const room = target_->beginJoinedWrite(3, joined);
         if (!room)
             return position;
         const char *const joinedEnd = position + std::size_t{joined} * 4;

@@ -190,7 +190,7 @@ void QBBlowfishOutputFilter::convert(const char *bytes, std::uint32_t count, cha
 void QBBlowfishOutputFilter::writeBlocks(const char *bytes, std::uint32_t count) {
     while (count != 0) {
         std::uint32_t taken = std::min(count, kJoinedBlocks);
-        if (char *const room = target_->beginJoinedWrite(taken * kBlock)) {
+        if (char *const room = target_->beginJoinedWrite(kBlock, taken)) {
             convert(bytes, taken, room);
             target_->endJoinedWrite(room + taken * kBlock);
         } else {

@@ -79,10 +79,12 @@ bool QBBufferOutputStream::copyBack() {
     return true;
 }
 
-char *QBBufferOutputStream::findJoinedRoom(std::uint32_t length) {
+char *QBBufferOutputStream::findJoinedRoom(std::uint32_t unit, std::uint32_t &count) {
     const bool isAnnounced = directEnd_ == buf_; // to a subclass, or to drop what was made of the buffer
-    if (isAnnounced || (bufLength_ - byteCounter() < length && !grow(length)))
+    const std::uint32_t room = (bufLength_ - byteCounter()) / unit;
+    if (isAnnounced || room == 0)
         return nullptr;
+    count = std::min(count, room);
     updateDirectEnd();
     return next_;
 }

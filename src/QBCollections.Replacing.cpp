@@ -102,14 +102,23 @@ NSMutableDictionary *NSDictionary::asDictionaryWith(id object, id replacedBy, BO
 
 void NSMutableArray::replace(id object, id with, BOOL recursive) {
     const Replacement replacement{object, with, recursive};
-    auto values = NSMutableArray::initWithCapacity(count());
+    struct Change {
+        std::uint32_t index;
+        Ref<NSObject> old, value; // no destructor comes back before the last one is made
+    };
+    std::vector<Change> changes;
+    std::uint32_t index = 0;
     for (id element : *this) {
-        const Ref<NSObject> value = replacement.valueFor(element);
+        const Ref<NSObject> kept = element;
+        const Ref<NSObject> value = replacement.valueFor(kept);
         if (!value)
             return;
-        values->addObject(value);
+        if (value.get() != kept.get())
+            changes.push_back({index, kept, value});
+        ++index;
     }
-    setArray(values);
+    for (const auto &[at, old, value] : changes)
+        replaceObjectAtIndex(at, value);
 }
 
 void NSMutableDictionary::replace(id object, id with, BOOL recursive) {

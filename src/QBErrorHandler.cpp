@@ -221,10 +221,14 @@ NSString *QBErrorHandler::errorStackMessagesStringWithIndent(NSString *indent) {
 qb::SavedErrors::SavedErrors(Then then) : then_(then) {
     if (ERRORHANDLER)
         earlier_ = ERRORHANDLER->clearErrorStack();
+    else
+        ERRORHANDLER = ownHandler_ = QBErrorHandler::init();
 }
 
 qb::SavedErrors::~SavedErrors() {
-    if (!ERRORHANDLER)
+    if (ownHandler_ && ERRORHANDLER == ownHandler_)
+        ERRORHANDLER = nullptr;
+    if (ownHandler_ || !ERRORHANDLER)
         return;
     if (then_ == kKeep) {
         try {

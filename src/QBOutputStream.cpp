@@ -108,7 +108,7 @@ void QBOutputStream::_writeString(NSString *string) {
 
 // --- For filters ---
 
-char *QBOutputStream::findJoinedRoom(std::uint32_t) {
+char *QBOutputStream::findJoinedRoom(std::uint32_t, std::uint32_t &) {
     return nullptr;
 }
 

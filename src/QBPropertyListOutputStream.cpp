@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <typeinfo>
 #include <utility>
 
@@ -134,7 +135,12 @@ void QBPropertyListOutputStream::_writeObjectForKey(id object, id key) {
 
 void QBPropertyListOutputStream::_writeEnumerator(NSEnumerator *enumerator) {
     const Ref<NSEnumerator> kept(enumerator);
-    writeList([enumerator] { return enumerator ? enumerator->nextObject() : nullptr; });
+    std::optional<NSAutoreleasePool> pool; // for one object at a time
+    writeList([&] {
+        pool.reset();
+        pool.emplace();
+        return enumerator ? enumerator->nextObject() : nullptr;
+    });
 }
 
 void QBPropertyListOutputStream::_writeIndent() {

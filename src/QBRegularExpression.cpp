@@ -7,13 +7,16 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "System/Clock.h"
 #include "System/Regex.h"
 #include "Text/PatternCheck.h"
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <map>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -135,7 +138,9 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
     pattern_ = pattern->copy();
     groupFault_ = limits.groupFault;
     longestText_ = limits.longestText;
-    const int code = qb::sys::regcomp(compiledRegex_, text, flags | REG_EXTENDED);
+    flags_ = flags;
+    locale_ = std::string(std::setlocale(LC_CTYPE, nullptr)) + ' ' + std::setlocale(LC_COLLATE, nullptr);
+    const int code = compile(compiledRegex_);
     isCompiled_ = code == 0;
     if (!isCompiled_)
         qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern,
@@ -143,12 +148,53 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
     return isCompiled_;
 }
 
+int QBRegularExpression::compile(regex_t &regex) const {
+    const std::int64_t start = qb::sys::monotonicNanoseconds();
+    const int code = qb::sys::regcomp(regex, pattern_->cString(), flags_ | REG_EXTENDED);
+    compilingTime_ = qb::sys::monotonicNanoseconds() - start;
+    return code;
+}
+
+// Whether the pattern would still mean the same.
+bool QBRegularExpression::isOfThisLocale() const {
+    const std::string_view types = std::setlocale(LC_CTYPE, nullptr);
+    const std::string_view order = std::setlocale(LC_COLLATE, nullptr);
+    return locale_.size() == types.size() + 1 + order.size() && locale_.starts_with(types) &&
+           locale_.ends_with(order);
+}
+
+// The old one will do when memory is missing, or the locale is another one.
+void QBRegularExpression::compileAnew() const {
+    searchingTime_ = 0;
+    regex_t fresh{};
+    if (!isOfThisLocale() || compile(fresh) != 0)
+        return;
+    regfree(&compiledRegex_);
+    compiledRegex_ = fresh;
+}
+
+// The matcher gets slower with all that it keeps in the pattern. When searching has taken far longer than
+// compiling does, that is forgotten. The clock is read for one search in some texts only.
+int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t *places) const {
+    constexpr std::size_t kMeasuredBytes = 1024;
+    constexpr std::int64_t kManyTimes = 32;
+    const std::size_t length = string->cStringLength();
+    unmeasured_ += length;
+    if (unmeasured_ < kMeasuredBytes)
+        return qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+    const std::int64_t start = qb::sys::monotonicNanoseconds();
+    const int result = qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+    const std::int64_t time = qb::sys::monotonicNanoseconds() - start;
+    searchingTime_ += time * static_cast<std::int64_t>(std::exchange(unmeasured_, 0) / length);
+    if (searchingTime_ > kManyTimes * compilingTime_)
+        compileAnew();
+    return result;
+}
+
 bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const {
     if (!isCompiled_)
         return false;
-    const int result = string->cStringLength() > longestText_
-                           ? REG_ESPACE
-                           : qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+    const int result = string->cStringLength() > longestText_ ? REG_ESPACE : execute(string, count, places);
     if (result != 0 && result != REG_NOMATCH)
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
     return result == 0;

@@ -1,7 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <unistd.h>
-
 using IdCreatorTest = PoolFixture;
 
 TEST_F(IdCreatorTest, IdsAreARandomNumberPidCounterAndTime) {

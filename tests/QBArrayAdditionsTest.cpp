@@ -1,5 +1,3 @@
-#include "support/ClientClass.h"
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 using QBArrayAdditionsTest = PoolFixture;

@@ -1,6 +1,4 @@
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
 
 using ReplacingTest = PoolFixture;
 
@@ -34,6 +32,9 @@ TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
                   "replace:with:recursive: must have an object that is not nil.");
     list->replace("y"_ns, nullptr, YES);
     EXPECT_EQ(describe(list), "(a, (x))");
+    NSEnumerator *const next = list->objectEnumerator();
+    list->replace("a"_ns, "b"_ns, NO); // no other objects than before
+    EXPECT_EQ(describe(next->allObjects()), "(b, (x))");
 }
 
 TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {

@@ -1,5 +1,4 @@
 #include "Calendar/TimeZoneSetting.h"
-#include "support/ClientClass.h"
 #include "support/DateCommand.h"
 #include "support/PoolFixture.h"
 

@@ -1,7 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <unistd.h>
-
 using EnvironmentTest = PoolFixture;
 
 // An open file with those bytes; closed with the pointer.

@@ -42,6 +42,16 @@ TEST_F(QBBase64OutputFilterTest, ATargetThatTellsWritesApartSeesEachGroup) {
     EXPECT_EQ(writesOf(target), (Strings{"TWFu", "eSBo", "YW5k", "cw==", "Man", "y h", "and", "s"}));
 }
 
+TEST_F(QBBase64OutputFilterTest, TheTargetGrowsAsByTheWritesOfTheGroups) {
+    const auto capacityFor = [](std::uint32_t capacity, std::size_t length) {
+        const auto target = QBDataOutputStream::initWithCapacity(capacity);
+        write(QBBase64OutputFilter::streamWithTarget(target), std::string(length, 'a'));
+        return target->bufLength();
+    };
+    EXPECT_EQ(capacityFor(10, 3000), 5120u);
+    EXPECT_EQ(capacityFor(40'000, 90'000), 138'304u);
+}
+
 // A result that was handed out does not change, and what is written later is in the next one.
 TEST_F(QBBase64OutputFilterTest, ResultsOfTheTargetAreNotWrittenOver) {
     QBStringOutputStream *const target = QBStringOutputStream::stream();

@@ -1,8 +1,4 @@
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
-
-#include <functional>
 
 using QBEnumFilterTest = PoolFixture;
 

@@ -1,5 +1,4 @@
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
 
 using QBObjectDeepAccessTest = PoolFixture;
 

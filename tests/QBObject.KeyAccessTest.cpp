@@ -1,4 +1,3 @@
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using QBObjectKeyAccessTest = PoolFixture;

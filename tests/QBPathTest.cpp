@@ -1,6 +1,4 @@
-#include "support/ClientClass.h"
 #include "support/ServicesFixture.h"
-#include "support/SmallStack.h"
 
 using QBPathTest = ServicesFixture;
 

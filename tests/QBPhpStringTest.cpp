@@ -1,6 +1,5 @@
 #include "support/CommandOutput.h"
 #include "support/DirectoryFixture.h"
-#include "support/SmallStack.h"
 
 using QBPhpStringTest = DirectoryFixture;
 

@@ -1,6 +1,4 @@
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
 
 using QBPropertyListOutputStreamTest = PoolFixture;
 
@@ -76,6 +74,19 @@ TEST_F(QBPropertyListOutputStreamTest, EnumeratorsStandAsListsNumbersAsStringsAn
     EXPECT_EQ(written(NSDictionary::dictionaryWith({{"a"_ns, null}, {null, "b"_ns}, {"c"_ns, "d"_ns}})),
               "{\n  c = d;\n}");
     EXPECT_EQ(written(null), "");
+}
+
+TEST_F(QBPropertyListOutputStreamTest, ObjectsThatAnEnumeratorMakesAreNotKept) {
+    struct Maker : NSEnumerator {
+        id nextObject() override {
+            EXPECT_EQ(last ? last->retainCount() : 1, 1u);
+            last = NSMutableString::stringWith("one of many");
+            return --left > 0 ? last.get() : nullptr;
+        }
+        Ref<NSString> last;
+        int left = 3;
+    };
+    QBPropertyListOutputStream::stream()->writeObject(Ref<Maker>::adopt(new Maker).get());
 }
 
 TEST_F(QBPropertyListOutputStreamTest, RandomTreesAreReadBackEqualAndEqualTheirDescription) {

@@ -1,7 +1,4 @@
-#include "support/Allocations.h"
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
 
 using QBRegularExpressionTest = PoolFixture;
 
@@ -116,6 +113,25 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
         hits = fault.hits();
         EXPECT_EQ(takenErrors(), isFound ? "()" : "(100156)") << skip;
     }
+}
+
+TEST_F(QBRegularExpressionTest, CachedPatternsDontGrowWithTheTextsThatTheySee) {
+    NSString *const pattern = "^.*(ab|cd).{20,60}$"_ns; // each byte may lead to a state of its own
+    std::mt19937 random(7);
+    const auto search = [&] {
+        std::string text(500, 'a');
+        for (char &letter : text)
+            letter = "abcd"[random() % 4];
+        NSString *const string = NSString::stringWith(text);
+        const Ref<QBRegularExpression> fresh = QBRegularExpression::initWithPattern(pattern, 0);
+        EXPECT_EQ(string->matches(pattern), fresh->matches(string));
+    };
+    for (int i = 0; i < 3; ++i)
+        search();
+    const std::int64_t before = blocksInUse();
+    for (int i = 0; i < 30; ++i)
+        search();
+    EXPECT_LT(blocksInUse() - before, 20'000);
 }
 
 TEST_F(QBRegularExpressionTest, MatchObjectsAreMadeChangedAndMayBeEmpty) {

@@ -1,4 +1,3 @@
-#include "support/Allocations.h"
 #include "support/PoolFixture.h"
 
 using RestrictedFormatTest = PoolFixture;

@@ -58,7 +58,7 @@ public:
     std::uint32_t byteCounter() const { return static_cast<std::uint32_t>(next_ - buf_); }
 
 protected:
-    char *findJoinedRoom(std::uint32_t length) override;
+    char *findJoinedRoom(std::uint32_t unit, std::uint32_t &count) override;
     /// The initialiser `init`: `initWithCapacity:` with 1024.
     BOOL setUp() override { return setUpWithCapacity(kDefaultCapacity); }
     /// The initialiser `initWithCapacity:`.

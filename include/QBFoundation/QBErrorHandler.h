@@ -184,7 +184,8 @@ inline bool isErrorPending() {
 /// Takes the pending errors aside for a section whose own errors are looked at separately.
 ///
 /// At its end the earlier errors stand in front of those of the section, or, with `kDiscard` or where memory
-/// is missing to join them, alone. An exception on the way out loses none of them.
+/// is missing to join them, alone. An exception on the way out loses none of them. Where there is no error
+/// handler, the section has one of its own, which goes with its errors.
 class QB_EXPORT SavedErrors {
 public:
     enum Then { kKeep, kDiscard };
@@ -196,6 +197,7 @@ public:
 
 private:
     Ref<NSMutableArray> earlier_;
+    Ref<QBErrorHandler> ownHandler_;
     Then then_;
 };
 

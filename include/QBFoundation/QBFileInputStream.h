@@ -23,8 +23,8 @@ public:
     static QBFileInputStream *streamWithFile(NSString *file) { return initWithFile(file).autorelease(); }
     /// Returns nil when an error is pending after the file was asked for its size, or it can't be opened.
     ///
-    /// Raises 100194 (path, system text) when it can't be asked, 100039 (path) when there is none, and 100023
-    /// (path, system text) when it can't be opened.
+    /// Raises 100194 (path, system text) when it can't be asked, 100039 (path) when there is none, 100023
+    /// (path, system text) when it can't be opened, and 100156.
     static Ref<QBFileInputStream> initWithFile(NSString *file) {
         return qb::init<QBFileInputStream>(&QBFileInputStream::setUpWithFile, file);
     }

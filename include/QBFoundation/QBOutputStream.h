@@ -86,14 +86,14 @@ public:
 
     // --- For filters ---
 
-    /// Returns room for one write of `length` bytes, which the caller fills from its beginning and ends with
-    /// `endJoinedWrite`, before anything else happens to the stream: the joined writes of a filter need no
-    /// copy then.
+    /// Returns room for up to `count` writes of `unit` bytes each, which the caller fills from its beginning
+    /// and ends with `endJoinedWrite`, before anything else happens to the stream: the writes of a filter
+    /// need no copy then. `count` becomes how many there is room for.
     ///
-    /// Null when there is no such room, or when one write shall be told from two: each is one of
-    /// `_writeBuffer` then.
-    char *beginJoinedWrite(std::uint32_t length) {
-        return std::int64_t{length} < directEnd_ - next_ ? next_ : findJoinedRoom(length);
+    /// Null when there is no room without growing, or when one write shall be told from two: the next one is
+    /// to be a `_writeBuffer` then.
+    char *beginJoinedWrite(std::uint32_t unit, std::uint32_t &count) {
+        return std::int64_t{unit} * count < directEnd_ - next_ ? next_ : findJoinedRoom(unit, count);
     }
     /// Counts the bytes up to `end`, perhaps none, as written.
     void endJoinedWrite(char *end) { next_ = end; }
@@ -125,8 +125,8 @@ protected:
         QBOutputStream *const stream_;
     };
 
-    /// Returns `next_` with room for so many bytes, if the stream can make it; null, as here, if not.
-    virtual char *findJoinedRoom(std::uint32_t length);
+    /// What `beginJoinedWrite` returns for a stream that has a buffer; null here.
+    virtual char *findJoinedRoom(std::uint32_t unit, std::uint32_t &count);
 
     // A stream with a buffer puts the next byte at `next_`, and, below `directEnd_`, without a call of
     // `_writeBuffer`.

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <regex.h>
+#include <string>
 
 class QBRegularExpressionMatchObject;
 
@@ -40,10 +41,15 @@ class QBRegularExpressionMatchObject;
 /// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
 /// nothing.
 ///
+/// What the platform learns from texts it keeps in the compiled pattern, without bounds. The pattern is
+/// compiled anew now and then, so that this doesn't add up; a single long text can still take much memory and
+/// time with a pattern such as "^[ab]*a[ab]{30}c", which has very many states.
+///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
 /// than 4096 bytes for a pattern in which a group that is referred to has an open end inside, as
-/// "^(.+)-\1$": its memory would grow with the square of the text's length.
+/// "^(.+)-\1$": its memory would grow with the square of the text's length. The platform does not always say
+/// that memory is missing: it may abort the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;
@@ -88,12 +94,21 @@ protected:
 private:
     /// Whether there is a match; the places of it and its groups go to `places`.
     bool isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const;
+    int execute(NSString *string, std::size_t count, regmatch_t *places) const;
+    int compile(regex_t &regex) const;
+    void compileAnew() const;
+    bool isOfThisLocale() const;
 
-    regex_t compiledRegex_{};
+    mutable regex_t compiledRegex_{};
     bool isCompiled_ = false;
     Ref<NSString> pattern_;
-    const char *groupFault_ = nullptr; // why groups can't be found
-    std::size_t longestText_ = 0;      // bytes that the matcher is given at most
+    std::int32_t flags_ = 0;
+    std::string locale_;                     // in which it was compiled
+    mutable std::int64_t compilingTime_ = 0; // in nanoseconds
+    mutable std::int64_t searchingTime_ = 0; // since then, as far as it is measured
+    mutable std::size_t unmeasured_ = 0;     // bytes searched since
+    const char *groupFault_ = nullptr;       // why groups can't be found
+    std::size_t longestText_ = 0;            // bytes that the matcher is given at most
 };
 
 /// What a search has found: the places of the whole match, group 0, and of the pattern's groups.

@@ -68,10 +68,11 @@ std::string_view Reader::bytesOf(const Value &value) {
 }
 
 template <class Integer>
-void Reader::convertInteger(const Value &value, void *place) {
+void Reader::convertInteger(const Value &value, char code, void *place) {
     const std::uint64_t half = value.number >> 1;
     const auto number = static_cast<std::int64_t>(value.number & 1 ? ~half : half);
-    if (value.tag == Tag::integer && std::in_range<Integer>(number))
+    const bool isTruth = code != 'B' || number <= 1;
+    if (value.tag == Tag::integer && std::in_range<Integer>(number) && isTruth)
         store(place, static_cast<Integer>(number));
     else if (value.tag == Tag::largeInteger && std::in_range<Integer>(value.number))
         store(place, static_cast<Integer>(value.number));
@@ -96,7 +97,7 @@ void Reader::convertReal(const Value &value, char code, void *place) {
 }
 
 void Reader::convert(const Value &value, char code, void *place, NSCoder *coder) {
-    if (visitInteger(code, [&](auto zero) { convertInteger<decltype(zero)>(value, place); }))
+    if (visitInteger(code, [&](auto zero) { convertInteger<decltype(zero)>(value, code, place); }))
         return;
     if (code == 'f' || code == 'd')
         convertReal(value, code, place);

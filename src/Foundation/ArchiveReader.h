@@ -78,7 +78,7 @@ private:
     bool keyedValue(std::string_view key, Value &value);
     void convert(const Value &value, char code, void *place, NSCoder *coder);
     template <class Integer>
-    void convertInteger(const Value &value, void *place);
+    void convertInteger(const Value &value, char code, void *place);
     void convertReal(const Value &value, char code, void *place);
     std::string_view bytesOf(const Value &value);
     Class *classOf(const Value &value);

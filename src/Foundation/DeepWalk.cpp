@@ -201,13 +201,13 @@ private:
     }
 
     static std::uint32_t indexOf(const HashTable::Entry *entry, const HashTable &table) {
-        return entry ? static_cast<std::uint32_t>(entry - table.begin()) : 0;
+        return entry ? static_cast<std::uint32_t>(entry - table.entries()) : 0;
     }
 
     // Returns the entry as it is now: a comparison is code that may have changed the table.
     static HashTable::Entry entryAt(const HashTable &table, std::uint32_t index) {
-        return table.begin() + index < table.end() ? table.begin()[index]
-                                                   : HashTable::Entry{nullptr, nullptr};
+        return table.entries() + index < table.end() ? table.entries()[index]
+                                                     : HashTable::Entry{nullptr, nullptr};
     }
 
     std::vector<Pair> open_; // the outermost first
@@ -276,8 +276,8 @@ std::uint32_t hashOfArray(const NSArray *array, std::uint32_t counted, std::uint
 // A sum, because equal tables may have their entries in different orders.
 std::uint32_t hashOfTable(const HashTable &table, std::uint64_t shareOfEach) {
     std::uint32_t sum = table.count();
-    for (std::uint32_t i = 0; table.begin() + i < table.end(); ++i) {
-        const Kept key(table.begin()[i].key), value(table.begin()[i].value);
+    for (std::uint32_t i = 0; table.entries() + i < table.end(); ++i) {
+        const Kept key(table.entries()[i].key), value(table.entries()[i].value);
         if (key.get())
             sum += text::hashPair(hashOfElement(key.get(), shareOfEach),
                                   hashOfElement(value.get(), shareOfEach));

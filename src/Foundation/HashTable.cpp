@@ -333,6 +333,9 @@ void HashTable::remove(Entry *entry) {
     *entry = {nullptr, nullptr};
     leave(hashes_[index], index);
     --count_;
+    if (index == first_)
+        while (first_ < used_ && !entries_[first_].key)
+            ++first_;
     // Last, because a destructor may come back to this table.
     removed.key->release();
     if (removed.value)
@@ -346,7 +349,7 @@ void HashTable::removeAll() noexcept {
     hashes_ = nullptr;
     texts_ = nullptr;
     groups_ = &noGroup;
-    mask_ = capacity_ = count_ = 0;
+    mask_ = capacity_ = count_ = first_ = 0;
     for (std::uint32_t i = 0; i < used; ++i) {
         if (!entries[i].key) // NOLINT(clang-analyzer-core.NullDereference): there are as many entries as used
             continue;
@@ -367,6 +370,7 @@ void HashTable::swap(HashTable &other) noexcept {
     std::swap(capacity_, other.capacity_);
     std::swap(used_, other.used_);
     std::swap(count_, other.count_);
+    std::swap(first_, other.first_);
 }
 
 void HashTable::reserve(std::uint32_t count) {
@@ -401,7 +405,7 @@ void HashTable::allocate(std::uint32_t capacity) {
     std::memset(static_cast<void *>(groups_), 0, groups * sizeof(Group));
     mask_ = groups - 1;
     capacity_ = capacity;
-    used_ = 0;
+    used_ = first_ = 0;
 }
 
 // Moves the entries into a table for `capacity` of them, without the holes.

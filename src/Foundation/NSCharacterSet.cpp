@@ -45,20 +45,27 @@ bool isOnlyInSecond(bool isInFirst, bool isInSecond) {
 
 Class *NSCharacterSet::cls() {
     static const qb::Method methods[] = {
-        qb::classMethod<"whitespaceCharacterSet">(&NSCharacterSet::whitespaceCharacterSet),
+        qb::classMethod<"whitespaceCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::whitespace); }),
         qb::classMethod<"whitespaceAndNewlineCharacterSet">(
-            &NSCharacterSet::whitespaceAndNewlineCharacterSet),
-        qb::classMethod<"newlineCharacterSet">(&NSCharacterSet::newlineCharacterSet),
-        qb::classMethod<"decimalDigitCharacterSet">(&NSCharacterSet::decimalDigitCharacterSet),
-        qb::classMethod<"letterCharacterSet">(&NSCharacterSet::letterCharacterSet),
-        qb::classMethod<"alphanumericCharacterSet">(&NSCharacterSet::alphanumericCharacterSet),
-        qb::classMethod<"uppercaseLetterCharacterSet">(&NSCharacterSet::uppercaseLetterCharacterSet),
-        qb::classMethod<"lowercaseLetterCharacterSet">(&NSCharacterSet::lowercaseLetterCharacterSet),
-        qb::classMethod<"punctuationCharacterSet">(&NSCharacterSet::punctuationCharacterSet),
-        qb::classMethod<"symbolCharacterSet">(&NSCharacterSet::symbolCharacterSet),
-        qb::classMethod<"controlCharacterSet">(&NSCharacterSet::controlCharacterSet),
-        qb::classMethod<"nonBaseCharacterSet">(&NSCharacterSet::nonBaseCharacterSet),
-        qb::classMethod<"capitalizedLetterCharacterSet">(&NSCharacterSet::capitalizedLetterCharacterSet),
+            +[](Class *asked) { return named(asked, Kind::whitespaceAndNewline); }),
+        qb::classMethod<"newlineCharacterSet">(+[](Class *asked) { return named(asked, Kind::newline); }),
+        qb::classMethod<"decimalDigitCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::decimalDigit); }),
+        qb::classMethod<"letterCharacterSet">(+[](Class *asked) { return named(asked, Kind::letter); }),
+        qb::classMethod<"alphanumericCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::alphanumeric); }),
+        qb::classMethod<"uppercaseLetterCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::uppercaseLetter); }),
+        qb::classMethod<"lowercaseLetterCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::lowercaseLetter); }),
+        qb::classMethod<"punctuationCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::punctuation); }),
+        qb::classMethod<"symbolCharacterSet">(+[](Class *asked) { return named(asked, Kind::symbol); }),
+        qb::classMethod<"controlCharacterSet">(+[](Class *asked) { return named(asked, Kind::control); }),
+        qb::classMethod<"nonBaseCharacterSet">(+[](Class *asked) { return named(asked, Kind::nonBase); }),
+        qb::classMethod<"capitalizedLetterCharacterSet">(
+            +[](Class *asked) { return named(asked, Kind::capitalizedLetter); }),
         qb::maker<"characterSetWithCharactersInString:">(&NSCharacterSet::setUpWithCharactersInString),
         qb::maker<"characterSetWithRange:">(&NSCharacterSet::setUpWithRange),
         qb::maker<"characterSetWithBitmapRepresentation:">(&NSCharacterSet::setUpWithBitmapRepresentation),
@@ -88,6 +95,14 @@ NSCharacterSet *NSCharacterSet::shared(Kind kind) {
         set->kind_ = kind;
         set->learnAscii();
     }
+    return set;
+}
+
+NSCharacterSet *NSCharacterSet::named(Class *asked, Kind kind) {
+    if (asked == cls())
+        return shared(kind);
+    auto *const set = static_cast<NSCharacterSet *>(asked->construct().autorelease());
+    set->copyMembers(*shared(kind));
     return set;
 }
 
@@ -167,13 +182,14 @@ BOOL NSCharacterSet::setUpWithCharactersInString(NSString *string) {
             characters.push_back(character);
     }
     std::sort(characters.begin(), characters.end());
+    Edges edges;
     for (const std::uint32_t character : characters) {
-        if (ranges_.empty() || NSMaxRange(ranges_.back()) < character)
-            ranges_.push_back({character, 1});
-        else if (NSMaxRange(ranges_.back()) == character)
-            ++ranges_.back().length;
+        if (edges.empty() || edges.back() < character)
+            edges.insert(edges.end(), {character, character + 1});
+        else if (edges.back() == character)
+            ++edges.back();
     }
-    learnAscii();
+    setEdges(edges);
     return YES;
 }
 
@@ -181,9 +197,7 @@ BOOL NSCharacterSet::setUpWithRange(NSRange range) {
     if (NSMaxRange(range) > kFirstMalformed)
         throw InvalidArgumentException(
             "NSCharacterSet characterSetWithRange: must have a range that ends before 0x110000.");
-    if (range.length != 0)
-        ranges_.push_back(range);
-    learnAscii();
+    setEdges(range.length == 0 ? Edges() : Edges{range.location, range.location + range.length});
     return YES;
 }
 

@@ -15,6 +15,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -102,11 +103,9 @@ BOOL NSData::setUpWithBytesNoCopy(void *bytes, std::uint32_t length) {
     if (length > kLongestData)
         throw InvalidArgumentException(
             "NSData initWithBytesNoCopy:length: must have less than 2^32 - 1 bytes.");
-    if (length == 0) {
-        qb::sys::release(bytes);
-        return YES;
-    }
-    bytes_ = static_cast<std::byte *>(bytes);
+    if (length == 0)
+        qb::sys::release(std::exchange(bytes, nullptr));
+    qb::sys::release(std::exchange(bytes_, static_cast<std::byte *>(bytes)));
     length_ = capacity_ = length;
     return YES;
 }

@@ -36,11 +36,12 @@ void NSInvocation::invoke() {
 }
 
 void NSInvocation::invokeWithTarget(id target) {
+    // The operation may replace the invocation's reference to it, and let the invocation go; the old result
+    // may be all that keeps it.
+    const Ref<NSObject> kept = target, self = this;
     setReturnValue(qb::Value());
     if (!target)
         return;
-    // The operation may replace the invocation's reference to it, and let the invocation go.
-    const Ref<NSObject> kept = target, self = this;
     const qb::Method *const method = target->methodForSelector(selector_);
     if (!method)
         return target->forwardInvocation(this);

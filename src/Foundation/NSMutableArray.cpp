@@ -91,11 +91,16 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
     capacity_ = static_cast<std::uint32_t>(capacity);
 }
 
+void NSMutableArray::reserveGrowing(std::uint64_t count) {
+    if (count > capacity_)
+        qb::growCapacity(capacity_, count, kMostElements,
+                         [this](std::uint64_t capacity) { reserve(capacity); });
+}
+
 void NSMutableArray::addObject(id object) {
     qb::required(object, "NSMutableArray addObject:", "an object");
     if (count_ == capacity_)
-        qb::growCapacity(capacity_, std::max<std::uint64_t>(4, std::uint64_t{count_} + 1), kMostElements,
-                         [this](std::uint64_t capacity) { reserve(capacity); });
+        reserveGrowing(std::max<std::uint64_t>(4, std::uint64_t{count_} + 1));
     elements_[count_++] = object->retain();
     ++mutations_;
 }
@@ -104,7 +109,7 @@ void NSMutableArray::addObjectsFromArray(NSArray *other) {
     if (!other)
         return;
     const std::uint32_t added = other->count(); // read once: the array may be this one
-    reserve(std::uint64_t{count_} + added);
+    reserveGrowing(std::uint64_t{count_} + added);
     for (std::uint32_t i = 0; i < added; ++i)
         addObject(other->objectAtIndex(i));
 }
@@ -241,7 +246,7 @@ void NSMutableArray::replaceObjectsInRange(NSRange range, NSArray *withObjectsFr
     if (range.length == 0 && added.empty())
         return;
     const std::vector<id> removed(elements_ + range.location, elements_ + NSMaxRange(range));
-    reserve(std::uint64_t{count_} - range.length + added.size());
+    reserveGrowing(std::uint64_t{count_} - range.length + added.size());
     for (id object : added)
         object->retain();
     std::memmove(elements_ + range.location + added.size(), elements_ + NSMaxRange(range),

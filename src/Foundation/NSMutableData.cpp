@@ -38,6 +38,10 @@ Ref<NSMutableData> NSMutableData::initWithBytes(const void *bytes, std::uint32_t
     return qb::init<NSMutableData>(&NSMutableData::setUpWithBytes, bytes, length);
 }
 
+Ref<NSMutableData> NSMutableData::initWith(std::span<const std::byte> bytes) {
+    return NSData::initWith(bytes)->mutableCopy();
+}
+
 Ref<NSMutableData> NSMutableData::initWithData(NSData *other) {
     return other ? other->mutableCopy() : init();
 }

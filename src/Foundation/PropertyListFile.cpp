@@ -104,6 +104,7 @@ BOOL NSDictionary::setUpWithContentsOfFile(NSString *path) {
     const Ref<NSDictionary> dictionary = readFile<NSDictionary>(path, "a dictionary");
     if (!dictionary)
         return NO;
+    ++mutations_;
     table_.swap(dictionary->table_);
     return YES;
 }

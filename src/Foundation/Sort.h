@@ -75,8 +75,8 @@ void sortObjects(std::span<id> objects, Compare &&compare) {
     mergeSort(objects, std::span(buffer), [&compare](id a, id b) { return compare(a, b) > 0; });
 }
 
-/// Compares by a message, as `compare:` is one. Throws InvalidArgumentException when the receiver does not
-/// answer it with a number.
+/// Compares by a message, as `compare:` is one; an operation without result finds all equal. Throws
+/// InvalidArgumentException when the receiver does not answer, or with something else than a number.
 inline std::int32_t compareByMessage(id a, SEL selector, id b) {
     return send<std::int32_t>(a, selector, b);
 }

@@ -16,6 +16,7 @@
 #include "Calendar/Zone.h"
 #include "Foundation/ArchiveFormat.h"
 #include "Foundation/DateParts.h"
+#include "Foundation/Refill.h"
 #include "Text/Search.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@
 
 // How the classes of the value model write themselves. They use no keys, so that they stand in both kinds of
 // archives; a reader that has failed gives them zeros and nil, which they refuse or which nobody will see.
+// What is read is what was written: what the constructor of a subclass or the elements have added to it goes.
 
 NSCoder *qb::archive::required(NSCoder *coder) {
     if (!coder)
@@ -136,6 +138,7 @@ void NSData::encodeWithCoder(NSCoder *coder) const {
 BOOL NSData::setUpWithCoder(NSCoder *coder) {
     std::uint32_t length = 0;
     const void *const bytes = required(coder)->decodeBytesWithReturnedLength(&length);
+    length_ = 0;
     return setUpWithBytes(bytes, length);
 }
 
@@ -203,6 +206,7 @@ void NSCharacterSet::encodeWithCoder(NSCoder *coder) const {
 BOOL NSCharacterSet::setUpWithCoder(NSCoder *coder) {
     const auto kind = decode<std::uint8_t>(coder, "C");
     isInverted_ = decode<BOOL>(coder, "c") != NO;
+    ranges_.clear();
     for (auto count = decode<std::uint32_t>(coder, "I"); count > 0; --count) {
         const NSRange range = decodeRange(coder);
         const bool isBehindLast = ranges_.empty() || range.location > NSMaxRange(ranges_.back());
@@ -225,7 +229,6 @@ void NSArray::encodeWithCoder(NSCoder *coder) const {
         coder->encodeObject(element);
 }
 
-// The array is what was encoded: what a subclass's constructor or its elements have added to it goes.
 BOOL NSArray::setUpWithCoder(NSCoder *coder) {
     std::vector<id> elements;
     if (!decodeObjects(coder, elements))
@@ -246,9 +249,13 @@ void NSSet::encodeWithCoder(NSCoder *coder) const {
 
 BOOL NSSet::setUpWithCoder(NSCoder *coder) {
     std::vector<id> elements;
-    return decodeObjects(coder, elements) &&
-           setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size())) &&
-           count() == elements.size();
+    if (!decodeObjects(coder, elements))
+        return NO;
+    bool isSetUp = false;
+    qb::refill(table_, mutations_, [&] {
+        isSetUp = setUpWithObjects(elements.data(), static_cast<std::uint32_t>(elements.size()));
+    });
+    return isSetUp && count() == elements.size();
 }
 
 void NSDictionary::encodeWithCoder(NSCoder *coder) const {
@@ -261,15 +268,19 @@ void NSDictionary::encodeWithCoder(NSCoder *coder) const {
 }
 
 BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
-    const auto wanted = decode<std::uint32_t>(coder, "I");
-    for (std::uint32_t i = 0; i < wanted; ++i) {
+    std::vector<Pair> entries;
+    for (auto wanted = decode<std::uint32_t>(coder, "I"); wanted > 0; --wanted) {
         const id key = coder->decodeObject();
         const id value = coder->decodeObject();
         if (!value || !isCopy(key))
             return NO;
-        store(key, value);
+        entries.emplace_back(key, value);
     }
-    return count() == wanted;
+    qb::refill(table_, mutations_, [&] {
+        for (const auto &[key, value] : entries)
+            store(key, value);
+    });
+    return count() == entries.size();
 }
 
 // --- Dates ---

@@ -235,7 +235,8 @@ private:
             return false;
         const sys::Descriptor copy(sys::open(target.c_str(), O_PATH | O_DIRECTORY));
         const bool hasTarget = copy && sys::fstat(copy.get(), &status) == 0;
-        const Identity targetIdentity = hasTarget ? Identity(status) : Identity();
+        const bool isKnown = hasTarget || sys::stat(target.c_str(), &status) == 0; // for want of descriptors
+        const Identity targetIdentity = isKnown ? Identity(status) : Identity();
         if (targetIdentity == identity)
             return failsLooping(source);
         levels_.push_back({source, target, identity, targetIdentity, hasTarget, {}});

@@ -240,7 +240,6 @@ void OSFilePath::removePath(NSString *path, NSString *atomicallyWithTmpDir) {
     const std::string_view directory = atomicallyWithTmpDir ? atomicallyWithTmpDir->view() : "";
     NSString *const moved =
         NSString::stringWith(qb::files::join(directory, qb::files::lastComponentOf(path->view())));
-    renamePath(path, moved);
-    if (!qb::isErrorPending())
+    if (qb::files::rename(path, moved) && !qb::isErrorPending())
         removePath(moved);
 }

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qb {
 
@@ -89,17 +91,26 @@ public:
     }
 
 private:
-    bool isSenders(id object) const {
-        return object == receiver_ ||
-               std::any_of(values_.begin(), values_.end(),
-                           [object](const Value &value) { return value.object() == object; });
+    static bool isAmong(id object, const auto &values) {
+        return std::any_of(values.begin(), values.end(), [object](const Value &value) {
+            return value.argList() ? isAmong(object, *value.argList()) : value.object() == object;
+        });
+    }
+    bool isSenders(id object) const { return object == receiver_ || isAmong(object, values_); }
+
+    Value withoutSenders(const Value &value) const {
+        if (!value.argList())
+            return value.object() && isSenders(value.object()) ? Value() : value;
+        std::vector<Value> others;
+        for (const Value &each : *value.argList())
+            others.push_back(withoutSenders(each));
+        return ArgList(std::move(others));
     }
     void letGoOfSenders() {
         if (isSenders(invocation_->target_))
             invocation_->target_ = nullptr;
         for (Value &argument : invocation_->arguments_)
-            if (argument.object() && isSenders(argument.object()))
-                argument = Value();
+            argument = withoutSenders(argument);
     }
 
     const id receiver_;

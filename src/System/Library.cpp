@@ -1,12 +1,53 @@
 #include "Library.h"
 
 #include "Attempt.h"
+#include "Descriptor.h"
+#include "Files.h"
 
+#include <cstdint>
 #include <cstring>
+#include <fcntl.h>
+#include <link.h>
+#include <unistd.h>
 
 namespace qb::sys {
 
+namespace {
+
+template <class Header>
+bool readAt(int file, std::uint64_t place, Header &header) {
+    const auto offset = static_cast<off64_t>(place);
+    return ::lseek64(file, offset, SEEK_SET) == offset &&
+           readAll(file, &header, sizeof header) == static_cast<ssize_t>(sizeof header);
+}
+
+// Whether the file is the beginning of a library only, as one that is just being copied is: the C library
+// maps what is not there, and the process ends at the first touch.
+bool isCutOff(const char *path) noexcept {
+    const Descriptor file(sys::open(path, O_RDONLY | O_NONBLOCK));
+    struct stat status;
+    ElfW(Ehdr) header;
+    if (!file || sys::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        !readAt(file.get(), 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_phentsize != sizeof(ElfW(Phdr)))
+        return false;
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    for (unsigned i = 0; i < header.e_phnum; ++i) {
+        ElfW(Phdr) part;
+        if (!readAt(file.get(), header.e_phoff + i * sizeof part, part) ||
+            (part.p_type == PT_LOAD && (part.p_offset > size || part.p_filesz > size - part.p_offset)))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
 void *dlopen(const char *path, int flags) noexcept {
+    if (path && std::strchr(path, '/') && isCutOff(path)) {
+        errno = ENOEXEC;
+        return nullptr;
+    }
     return attempt(Call::dlopen, [&] { return ::dlopen(path, flags); });
 }
 

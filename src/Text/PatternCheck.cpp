@@ -350,6 +350,8 @@ private:
     }
 
     PatternShape repeated(const PatternShape &part, const Interval &interval) {
+        if (!(PatternCount() < part.nodes)) // the compiler will refuse to repeat nothing
+            return part;
         PatternShape copies;
         copies.nodes = interval.low == 0 ? part.nodes : 0; // made, if only to be thrown away
         for (std::uint32_t count = 0; count < interval.low && !fault_; ++count)

@@ -1,10 +1,4 @@
-#include "support/Allocations.h"
-#include "support/ClientClass.h"
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
-
-#include <set>
 
 using DeepWalkTest = PoolFixture;
 

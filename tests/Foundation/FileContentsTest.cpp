@@ -65,3 +65,15 @@ TEST_F(FileContentsTest, EarlierErrorsDoNotCountAndStay) {
     }
     EXPECT_EQ(takenErrors(), "(990001)");
 }
+
+TEST_F(FileContentsTest, FailuresAreAnsweredWithoutAnErrorHandlerToo) {
+    QBErrorHandler *const handler = std::exchange(ERRORHANDLER, nullptr);
+    for (const auto &cls : kClasses)
+        EXPECT_FALSE(cls.write("/dev/null/file"_ns)) << cls.name;
+    directory_.makeDirectory("tmp/tree");
+    directory_.write("tmp/tree/other", "");
+    directory_.makeDirectory("tree");
+    OSFilePath::removePath(path("tree"), path("tmp")); // can't be moved there
+    EXPECT_EQ(directory_.read("tmp/tree/other"), "");
+    EXPECT_EQ(std::exchange(ERRORHANDLER, handler), nullptr);
+}

@@ -1,10 +1,8 @@
-#include "support/ClientClass.h"
 #include "support/DirectoryFixture.h"
 #include "support/RandomValues.h"
-#include "support/SmallStack.h"
 
 #include <cmath>
-#include <functional>
+#include <cstring>
 
 using namespace std::string_literals;
 using NSArchiverTest = DirectoryFixture;
@@ -47,10 +45,19 @@ struct Leaf : ClientClass<Leaf, NSObject, "Leaf"> {
     BOOL setUpWithCoder(NSCoder *) override { return YES; }
 };
 
-/// An array that is never empty.
-struct Prefilled : ClientClass<Prefilled, NSMutableArray, "Prefilled"> {
-    Prefilled() { addObject("x"_ns); }
+/// A container that is never empty.
+template <class Base, qb::FixedString name, auto fill>
+struct Filled : ClientClass<Filled<Base, name, fill>, Base, name> {
+    Filled() { fill(*this); }
 };
+constexpr auto addX = [](auto &filled) { filled.addObject("x"_ns); };
+using FilledArray = Filled<NSMutableArray, "FilledArray", addX>;
+using FilledSet = Filled<NSMutableSet, "FilledSet", addX>;
+using FilledDictionary =
+    Filled<NSMutableDictionary, "FilledDictionary", [](auto &it) { it.setObjectForKey("x"_ns, "x"_ns); }>;
+using FilledData = Filled<NSMutableData, "FilledData", [](auto &it) { it.appendBytes("x", 1); }>;
+using FilledCharacters =
+    Filled<NSMutableCharacterSet, "FilledCharacters", [](auto &it) { it.addCharactersInString("x"_ns); }>;
 
 NSArray *nodeClasses() {
     return NSUnarchiver::valueClasses()->arrayByAddingObject(TreeNode::cls());
@@ -277,6 +284,7 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     writer->encodeBytes("a\0c", 3, "bytes"_ns);
     writer->encodeObject("text"_ns, "object"_ns);
     writer->encodeObject(nullptr, "nil"_ns);
+    writer->encodeInt(2, "two"_ns);
     EXPECT_THROW(writer->encodeValueOfObjCType("i", nullptr, "null"_ns), InvalidArgumentException);
     EXPECT_REASON(writer->encodeInt(1, "int"_ns),
                   "NSKeyedArchiver encodeValueOfObjCType:at:forKey: must have a "
@@ -300,9 +308,13 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     });
     const Ref<NSKeyedUnarchiver> other = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     const char *text = "";
-    expectError(900002, "119 a value has another type than its class reads",
+    expectError(900002, "123 a value has another type than its class reads",
                 [&] { other->decodeValueOfObjCType("*", &text, "bytes"_ns); }); // has a NUL
     EXPECT_EQ(text, nullptr);
+    const Ref<NSKeyedUnarchiver> third = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
+    bool truth = false;
+    expectError(900002, "137 a value does not fit the type that its class reads",
+                [&] { third->decodeValueOfObjCType("B", &truth, "two"_ns); });
     ErrorExpectation error(900002);
     float single = 1;
     reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits
@@ -327,7 +339,7 @@ TEST_F(NSArchiverTest, ExceptionsEndWritingAndReading) {
     EXPECT_EQ(number, 0);
 }
 
-TEST_F(NSArchiverTest, AnArrayIsReadAsItWasWhateverIsAddedMeanwhile) {
+TEST_F(NSArchiverTest, ContainersAreReadAsTheyWereWhateverIsAddedMeanwhile) {
     NSMutableArray *const array = NSMutableArray::array();
     TreeNode *const node = TreeNode::node();
     array->addObject(node);
@@ -344,11 +356,30 @@ TEST_F(NSArchiverTest, AnArrayIsReadAsItWasWhateverIsAddedMeanwhile) {
     EXPECT_EQ(read->count(), 1u);
     read->removeAllObjects(); // its element has it
 
-    const Ref<Prefilled> filled = Ref<Prefilled>::adopt(new Prefilled);
-    filled->addObject("y"_ns);
-    NSArray *const classes = nodeClasses()->arrayByAddingObject(Prefilled::cls());
-    NSData *const bytes = NSKeyedArchiver::archivedDataWithRootObject(filled);
-    EXPECT_TRUE(filled->isEqual(NSKeyedUnarchiver::unarchiveObjectWithData(bytes, classes)));
+    const auto expectSame = [](auto object, auto change) {
+        const Ref<NSObject> filled = Ref<NSObject>::adopt(object);
+        change(object);
+        NSArray *const classes = nodeClasses()->arrayByAddingObject(filled->classObject());
+        NSData *const bytes = NSKeyedArchiver::archivedDataWithRootObject(filled);
+        const id same = NSKeyedUnarchiver::unarchiveObjectWithData(bytes, classes);
+        EXPECT_TRUE(filled->isEqual(same)) << describe(filled->classObject()->name());
+        return describe(same);
+    };
+    expectSame(new FilledArray, [](auto *it) { it->addObject("y"_ns); });
+    expectSame(new FilledSet, [](auto *it) { it->removeObject("x"_ns); });
+    expectSame(new FilledData, [](auto *) {});
+    expectSame(new FilledCharacters, [](auto *it) { it->addCharactersInString("a"_ns); });
+    const auto reorder = [](auto *it) {
+        it->setDictionary(NSDictionary::dictionaryWith({{"y"_ns, "1"_ns}, {"x"_ns, "2"_ns}}));
+    };
+    EXPECT_EQ(expectSame(new FilledDictionary, reorder), "{y = 1; x = 2; }");
+    // Makers that take all that there is to be.
+    char *const given = ::strdup("z");
+    EXPECT_EQ(describe(send<id>(FilledData::cls(), "dataWithBytesNoCopy:length:"_sel,
+                                static_cast<void *>(given), 1u)),
+              "<7a>");
+    const id letters = send<id>(FilledCharacters::cls(), "characterSetWithRange:"_sel, NSRange{'a', 2});
+    EXPECT_TRUE(letters->isEqual(NSCharacterSet::characterSetWithCharactersInString("ab"_ns)));
 }
 
 TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {

@@ -1,6 +1,3 @@
-#include "support/Answer.h"
-#include "support/ClientClass.h"
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 using NSArrayTest = PoolFixture;

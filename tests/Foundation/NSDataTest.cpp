@@ -1,6 +1,5 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/Kept.h"
-#include "support/Answer.h"
 #include "support/PoolFixture.h"
 
 using NSDataTest = PoolFixture;

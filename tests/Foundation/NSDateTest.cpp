@@ -1,6 +1,4 @@
 #include "System/Clock.h"
-#include "support/Answer.h"
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 #include <cmath>

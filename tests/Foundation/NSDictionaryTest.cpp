@@ -1,5 +1,3 @@
-#include "support/Answer.h"
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
 
 using NSDictionaryTest = PoolFixture;

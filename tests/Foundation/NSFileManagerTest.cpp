@@ -1,7 +1,4 @@
 #include "support/DirectoryFixture.h"
-#include "support/SmallStack.h"
-
-#include <set>
 
 using namespace std::string_literals;
 

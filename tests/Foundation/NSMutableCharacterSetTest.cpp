@@ -1,7 +1,4 @@
-#include "support/Allocations.h"
 #include "support/PoolFixture.h"
-
-#include <set>
 
 using NSMutableCharacterSetTest = PoolFixture;
 
@@ -26,6 +23,9 @@ TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     EXPECT_TRUE(set->characterIsMember('a') && !set->longCharacterIsMember('1'));
     set->formUnionWithCharacterSet(NSCharacterSet::letterCharacterSet()->invertedSet());
     EXPECT_TRUE(copy->isEqual(set->invertedSet()));
+    EXPECT_TRUE(NSMutableCharacterSet::letterCharacterSet()->isEqual(NSCharacterSet::letterCharacterSet()));
+    EXPECT_TRUE(send<id>(NSMutableCharacterSet::cls(), "symbolCharacterSet"_sel)
+                    ->isMemberOfClass(NSMutableCharacterSet::cls()));
     set->formUnionWithCharacterSet(nullptr);
     set->formIntersectionWithCharacterSet(nullptr);
     EXPECT_TRUE(holds(""_ns));

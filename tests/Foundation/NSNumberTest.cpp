@@ -1,5 +1,3 @@
-#include "support/Answer.h"
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 #include <cmath>

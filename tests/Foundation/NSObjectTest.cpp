@@ -1,7 +1,4 @@
-#include "support/Answer.h"
 #include "support/PoolFixture.h"
-
-#include <set>
 
 using NSObjectTest = PoolFixture;
 

@@ -1,9 +1,7 @@
 #include "support/PoolFixture.h"
 
 #include <fstream>
-#include <set>
 #include <sys/wait.h>
-#include <unistd.h>
 
 using NSProcessInfoTest = PoolFixture;
 

@@ -1,8 +1,4 @@
-#include "support/Answer.h"
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
-
-#include <functional>
 
 using NSSetTest = PoolFixture;
 

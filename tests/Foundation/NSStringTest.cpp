@@ -1,5 +1,4 @@
 #include "Foundation/UnitModel.h"
-#include "support/Answer.h"
 #include "support/PoolFixture.h"
 
 #include <iomanip>

@@ -1,5 +1,4 @@
 #include "support/DirectoryFixture.h"
-#include "support/SmallStack.h"
 
 using PropertyListFileTest = DirectoryFixture;
 

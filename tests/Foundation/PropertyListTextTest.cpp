@@ -1,8 +1,6 @@
 #include "Foundation/PropertyListText.h"
 
-#include "support/Meddlers.h"
 #include "support/PoolFixture.h"
-#include "support/SmallStack.h"
 
 using PropertyListTextTest = PoolFixture;
 using namespace std::string_view_literals;

@@ -30,6 +30,12 @@ TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }),
               "[T] (P) [] [100241] The library '" + file + "' could not be loaded: " + file +
                   ": cannot open shared object file: No such file or directory\n\n");
+    Dl_info library; // of which there is only the beginning
+    ASSERT_NE(::dladdr(reinterpret_cast<const void *>(&::puts), &library), 0);
+    std::filesystem::copy_file(library.dli_fname, file);
+    std::filesystem::resize_file(file, 5000);
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }),
+              "[T] (P) [] [100241] The library '" + file + "' could not be loaded: Exec format error\n\n");
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nullptr); }),
               "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "
               "cannot open shared object file: No such file or directory\n\n");

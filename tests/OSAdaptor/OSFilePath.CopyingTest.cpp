@@ -1,6 +1,5 @@
 #include "System/Descriptor.h"
 #include "support/DirectoryFixture.h"
-#include "support/SmallStack.h"
 
 namespace fs = std::filesystem;
 

@@ -1,8 +1,6 @@
 #include "OSAdaptor/OSFilePath.Support.h"
 #include "support/PoolFixture.h"
 
-#include <set>
-
 using OSFilePathTextTest = PoolFixture;
 
 static std::string simplified(std::string_view path) {

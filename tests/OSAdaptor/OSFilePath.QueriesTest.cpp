@@ -1,7 +1,5 @@
 #include "support/DirectoryFixture.h"
 
-#include <set>
-
 using OSFilePathQueriesTest = DirectoryFixture;
 
 TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {

@@ -1,4 +1,3 @@
-#include "support/ClientClass.h"
 #include "support/ServicesFixture.h"
 
 using OSLoggerTest = ServicesFixture;

@@ -1,7 +1,4 @@
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
-
-#include <unistd.h>
 
 using OSObjectTest = PoolFixture;
 

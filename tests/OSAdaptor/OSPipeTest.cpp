@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <fcntl.h>
-#include <unistd.h>
 
 using OSPipeTest = PoolFixture;
 

@@ -1,11 +1,8 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
-#include "support/Allocations.h"
-#include "support/Meddlers.h"
 #include "support/ServicesFixture.h"
 
 #include <csignal>
-#include <set>
 
 using OSProcessStartingTest = ServicesFixture;
 

@@ -1,5 +1,4 @@
 #include "System/Clock.h"
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 #include "support/SocketPair.h"
 

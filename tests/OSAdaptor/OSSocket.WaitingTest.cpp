@@ -6,7 +6,7 @@
 
 constexpr int kPatience = 3;
 static int questions = 0;
-static BOOL answer = NO;
+static BOOL goesOn = NO;
 
 struct OSSocketWaitingTest : PoolFixture {
     OSSocketWaitingTest() { questions = 0; }
@@ -14,9 +14,9 @@ struct OSSocketWaitingTest : PoolFixture {
 
     // The answer of the callback, which is NO after so many questions in any case.
     static void registerAnswer(BOOL given) {
-        answer = given;
+        goesOn = given;
         OSSocket::registerContinueBlockingOperationCallback(
-            [] { return ++questions > kPatience ? NO : answer; });
+            [] { return ++questions > kPatience ? NO : goesOn; });
     }
 
     // Which of the pair are ready: "server client", "none", "nil".

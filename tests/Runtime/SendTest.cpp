@@ -1,5 +1,3 @@
-#include "support/Allocations.h"
-#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using SendTest = PoolFixture;
@@ -63,10 +61,12 @@ struct Proxy : NSObject {
 /// Answers what it is given.
 struct Mirror : ClientClass<Mirror, NSObject, "Mirror"> {
     static Operations operations() {
-        return {qb::method<"same:">(&Mirror::same), qb::method<"nameOf:">(&Mirror::nameOf)};
+        return {qb::method<"same:">(&Mirror::same), qb::method<"nameOf:">(&Mirror::nameOf),
+                qb::method<"nameOfFirst:">(&Mirror::nameOfFirst)};
     }
     id same(id object) { return object; }
     const char *nameOf(id object) { return object->classObject()->name()->cString(); }
+    const char *nameOfFirst(const qb::ArgList &list) { return nameOf(list[0].object()); }
 };
 
 /// Results and parameters of each form that C++ has for them.
@@ -79,6 +79,8 @@ struct Sheet : ClientClass<Sheet, NSObject, "Sheet"> {
         EXPECT_THROW(send(this, "fly"_sel), InvalidArgumentException);
         EXPECT_EQ(send<id>(proxy, "same:"_sel, self()), this);
         EXPECT_STREQ(send<const char *>(proxy, "nameOf:"_sel, self()), "Sheet");
+        const qb::Value values[] = {self(), 1};
+        EXPECT_STREQ(send<const char *>(proxy, "nameOfFirst:"_sel, qb::ArgList(values, 2)), "Sheet");
     }
     const Ref<NSString> &title() const { return title_; }
     NSString *const &heading() const { return heading_; }
@@ -188,6 +190,12 @@ TEST_F(SendTest, InvocationsCarryRunTimeValuesBothWays) {
         careless->invocation->setArguments({NSString::stringWith("a text on the heap")});
     });
     careless->invocation->invoke();
+
+    NSInvocation *const chain = NSInvocation::invocationWithTarget("text"_ns, "mutableCopy"_sel);
+    chain->invoke();
+    chain->setSelector("cStringLength"_sel);
+    chain->invokeWithTarget(chain->returnValue().object()); // which only the old result keeps
+    EXPECT_EQ(chain->returnValue().integer(), 4);
 }
 
 TEST_F(SendTest, ResultsAndParametersMayBeReferencesAndConstant) {

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
 
 class DirectoryFixture : public PoolFixture {
 protected:

@@ -1,8 +1,6 @@
 #include "support/FaultSweep.h"
 
-#include "support/Allocations.h"
 #include "support/OpenDescriptors.h"
-#include "support/SmallStack.h"
 
 #include <csignal>
 #include <exception>
@@ -12,7 +10,6 @@
 #include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 

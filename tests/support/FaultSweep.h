@@ -2,11 +2,9 @@
 #ifndef QBFOUNDATION_TESTS_SUPPORT_FAULTSWEEP_H
 #define QBFOUNDATION_TESTS_SUPPORT_FAULTSWEEP_H
 
-#include "support/Faults.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 
-#include <functional>
 #include <iosfwd>
 #include <type_traits>
 

@@ -1,20 +1,29 @@
-// What nearly every test needs: the whole library, bytes and texts for it, a pool, an error handler, faults
-// of the system, and the standard headers that many of them use.
+// What tests need: the whole library, bytes and texts for it, messages and clients' classes, a pool, an error
+// handler, faults of the system and of memory, elements that meddle, a small stack, and the standard headers
+// that many of them use.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_POOLFIXTURE_H
 
 #include <QBFoundation/QBFoundation.h>
 
+#include "support/Allocations.h"
+#include "support/Answer.h"
 #include "support/Bytes.h"
+#include "support/ClientClass.h"
 #include "support/Describe.h"
 #include "support/ErrorExpectation.h"
 #include "support/Faults.h"
+#include "support/Meddlers.h"
+#include "support/SmallStack.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <set>
+#include <unistd.h>
 
 /// Gives each test a pool of its own and a clean error handler, and fails it when an error is left over.
 class PoolFixture : public testing::Test {

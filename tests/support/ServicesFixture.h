@@ -5,7 +5,6 @@
 #include "support/CapturedOutput.h"
 #include "support/DirectoryFixture.h"
 
-#include <functional>
 #include <string>
 
 /// A process as it is after `main` has begun: no loggers, no debug channels but "all", all settings at their

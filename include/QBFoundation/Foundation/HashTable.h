@@ -60,9 +60,11 @@ public:
     /// Makes room for `count` entries. Throws std::bad_alloc, with the table unchanged.
     void reserve(std::uint32_t count);
 
-    /// The entries, holes included.
-    Entry *begin() const noexcept { return entries_; }
+    /// The entries, from the first one that is no hole, those behind it included.
+    Entry *begin() const noexcept { return entries_ + first_; }
     Entry *end() const noexcept { return entries_ + used_; }
+    /// All of them from the very first place on, each of which keeps its number when others go.
+    Entry *entries() const noexcept { return entries_; }
 
 private:
     struct Group;
@@ -91,6 +93,7 @@ private:
     std::uint32_t capacity_ = 0;
     std::uint32_t used_ = 0;
     std::uint32_t count_ = 0;
+    std::uint32_t first_ = 0; // entries before it are holes, which a queue would walk over each time
 };
 
 /// Goes over the elements of a container that has a table, and keeps the container. Throws
@@ -99,28 +102,31 @@ template <class Container>
 class TableIterator {
 public:
     explicit TableIterator(const Container *container)
-        : next_(container->table_.begin()), end_(container->table_.end()),
+        : next_(container->table_.begin()), left_(container->table_.count()),
           container_(const_cast<Container *>(container)), mutations_(container->mutations_) {
-        skipHoles();
+        if (left_ != 0)
+            skipHoles();
     }
     auto operator*() const { return Container::elementOf(*next_); }
     TableIterator &operator++() {
         if (container_->mutations_ != mutations_)
             Container::throwMutated();
         ++next_;
-        skipHoles();
+        if (--left_ != 0)
+            skipHoles();
         return *this;
     }
-    bool atEnd() const { return next_ == end_; }
+    bool atEnd() const { return left_ == 0; }
     bool operator==(std::default_sentinel_t) const { return atEnd(); }
 
 private:
     void skipHoles() {
-        while (next_ != end_ && !next_->key)
+        while (!next_->key)
             ++next_;
     }
 
-    const HashTable::Entry *next_, *end_; // of the table as it was; looked at as long as it is
+    const HashTable::Entry *next_; // of the table as it was; looked at as long as it is
+    std::uint32_t left_;
     Ref<Container> container_;
     std::uint32_t mutations_;
 };

@@ -414,6 +414,8 @@ public:
 protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
     void reserve(std::uint64_t capacity);
+    /// Makes room for `count` elements, and beyond as `addObject:` does.
+    void reserveGrowing(std::uint64_t count);
 
 private:
     template <class Predicate>

@@ -31,20 +31,35 @@ public:
     static Ref<NSCalendarDate> init() { return qb::init<NSCalendarDate>(&NSCalendarDate::setUp); }
     static NSCalendarDate *calendarDate() { return init().autorelease(); }
     static NSCalendarDate *date() { return calendarDate(); }
+    static Ref<NSCalendarDate> initWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSinceReferenceDate, seconds);
+    }
     static NSCalendarDate *dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) {
-        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSinceReferenceDate, seconds)
-            .autorelease();
+        return initWithTimeIntervalSinceReferenceDate(seconds).autorelease();
+    }
+    static Ref<NSCalendarDate> initWithTimeIntervalSince1970(NSTimeInterval seconds) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSince1970, seconds);
     }
     static NSCalendarDate *dateWithTimeIntervalSince1970(NSTimeInterval seconds) {
-        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSince1970, seconds)
-            .autorelease();
+        return initWithTimeIntervalSince1970(seconds).autorelease();
+    }
+    static Ref<NSCalendarDate> initWithTimeIntervalSinceNow(NSTimeInterval seconds) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSinceNow, seconds);
     }
     static NSCalendarDate *dateWithTimeIntervalSinceNow(NSTimeInterval seconds) {
-        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeIntervalSinceNow, seconds)
-            .autorelease();
+        return initWithTimeIntervalSinceNow(seconds).autorelease();
+    }
+    static Ref<NSCalendarDate> initWithTimeInterval(NSTimeInterval seconds, NSDate *sinceDate) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithTimeInterval, seconds, sinceDate);
+    }
+    static NSCalendarDate *dateWithTimeInterval(NSTimeInterval seconds, NSDate *sinceDate) {
+        return initWithTimeInterval(seconds, sinceDate).autorelease();
+    }
+    static Ref<NSCalendarDate> initWithCTime(std::int32_t seconds) {
+        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithCTime, seconds);
     }
     static NSCalendarDate *dateWithCTime(std::int32_t seconds) {
-        return qb::init<NSCalendarDate>(&NSCalendarDate::setUpWithCTime, seconds).autorelease();
+        return initWithCTime(seconds).autorelease();
     }
     /// Returns the second `utcSeconds` after 1970, shown in `timeZone`, autoreleased.
     static NSCalendarDate *dateAt(std::int64_t utcSeconds, NSTimeZone *timeZone);

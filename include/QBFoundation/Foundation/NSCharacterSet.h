@@ -101,7 +101,6 @@ protected:
     Ref<NSCharacterSet> immutableCopy() const;
     void invertMembers();
 
-private:
     // Archives hold these numbers.
     enum class Kind : std::uint8_t {
         listed,
@@ -120,7 +119,10 @@ private:
         capitalizedLetter
     };
     static constexpr std::size_t kKinds = 14;
+    /// The set of that kind, of the class asked, autoreleased.
+    static NSCharacterSet *named(Class *asked, Kind kind);
 
+private:
     static NSCharacterSet *shared(Kind kind);
     static Edges others(const Edges &edges);
     bool isListed(std::uint32_t character) const;
@@ -142,6 +144,21 @@ public:
     Class *classObject() const override { return cls(); }
 
     static Ref<NSMutableCharacterSet> init();
+    static NSMutableCharacterSet *whitespaceCharacterSet() { return made(Kind::whitespace); }
+    static NSMutableCharacterSet *whitespaceAndNewlineCharacterSet() {
+        return made(Kind::whitespaceAndNewline);
+    }
+    static NSMutableCharacterSet *newlineCharacterSet() { return made(Kind::newline); }
+    static NSMutableCharacterSet *decimalDigitCharacterSet() { return made(Kind::decimalDigit); }
+    static NSMutableCharacterSet *letterCharacterSet() { return made(Kind::letter); }
+    static NSMutableCharacterSet *alphanumericCharacterSet() { return made(Kind::alphanumeric); }
+    static NSMutableCharacterSet *uppercaseLetterCharacterSet() { return made(Kind::uppercaseLetter); }
+    static NSMutableCharacterSet *lowercaseLetterCharacterSet() { return made(Kind::lowercaseLetter); }
+    static NSMutableCharacterSet *punctuationCharacterSet() { return made(Kind::punctuation); }
+    static NSMutableCharacterSet *symbolCharacterSet() { return made(Kind::symbol); }
+    static NSMutableCharacterSet *controlCharacterSet() { return made(Kind::control); }
+    static NSMutableCharacterSet *nonBaseCharacterSet() { return made(Kind::nonBase); }
+    static NSMutableCharacterSet *capitalizedLetterCharacterSet() { return made(Kind::capitalizedLetter); }
     static NSMutableCharacterSet *characterSetWithCharactersInString(NSString *string);
     static NSMutableCharacterSet *characterSetWithRange(NSRange range);
     static NSMutableCharacterSet *characterSetWithBitmapRepresentation(NSData *data);
@@ -160,6 +177,11 @@ public:
 
     Ref<NSObject> copyWithZone(void *) const override;
     id makeMutable() const override { return self(); }
+
+private:
+    static NSMutableCharacterSet *made(Kind kind) {
+        return static_cast<NSMutableCharacterSet *>(named(cls(), kind));
+    }
 };
 
 template <>

@@ -141,6 +141,8 @@ public:
     Class *classObject() const override { return cls(); }
 
     static Ref<NSMutableData> init();
+    static Ref<NSMutableData> initWith(std::span<const std::byte> bytes);
+    static NSMutableData *dataWith(std::span<const std::byte> bytes) { return initWith(bytes).autorelease(); }
     static NSMutableData *data() { return init().autorelease(); }
     static Ref<NSMutableData> initWithBytes(const void *bytes, std::uint32_t length);
     static NSMutableData *dataWithBytes(const void *bytes, std::uint32_t length) {

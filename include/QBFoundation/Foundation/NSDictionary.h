@@ -396,13 +396,16 @@ public:
         return initWithObjectsForKeys(objects, forKeys).autorelease();
     }
     template <class... T>
-    static NSMutableDictionary *dictionaryWithObjectsAndKeys(const T &...objectsAndKeys) {
+    static Ref<NSMutableDictionary> initWithObjectsAndKeys(const T &...objectsAndKeys) {
         return qb::withArgList(
             [](const qb::ArgList &list) {
-                return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjectsAndKeys, list)
-                    .autorelease();
+                return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjectsAndKeys, list);
             },
             objectsAndKeys...);
+    }
+    template <class... T>
+    static NSMutableDictionary *dictionaryWithObjectsAndKeys(const T &...objectsAndKeys) {
+        return initWithObjectsAndKeys(objectsAndKeys...).autorelease();
     }
 
     /// Stores `object` under `key`, of which a new entry has a copy. Throws InvalidArgumentException when one

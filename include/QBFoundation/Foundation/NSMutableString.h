@@ -44,6 +44,20 @@ public:
         return qb::withArgList([&](const qb::ArgList &list) { return initWithFormatArguments(format, list); },
                                values...);
     }
+    static NSMutableString *stringWithFormatWithArgList(NSString *format, const qb::ArgList &argList) {
+        return initWithFormatArguments(format, argList).autorelease();
+    }
+    template <class Format, class... V>
+    static NSMutableString *stringWithRestrictedFormat(Format format, const V &...values) {
+        return made(NSString::stringWithRestrictedFormat(format, values...));
+    }
+    template <class Format>
+    static NSMutableString *stringWithRestrictedFormatAndArglist(Format format, const qb::ArgList &argList) {
+        return made(NSString::stringWithRestrictedFormatAndArglist(format, argList));
+    }
+    static NSMutableString *stringWithRestrictedFormatAndObjects(NSString *format, NSArray *objects) {
+        return made(NSString::stringWithRestrictedFormatAndObjects(format, objects));
+    }
     static Ref<NSMutableString> initWithFormatArguments(NSString *format, const qb::ArgList &arguments);
     static NSMutableString *stringWithContentsOfFile(NSString *path) {
         return initWithContentsOfFile(path).autorelease();
@@ -90,6 +104,7 @@ protected:
     virtual BOOL setUpWithCapacity(std::uint32_t capacity);
 
 private:
+    static NSMutableString *made(NSString *text) { return text ? stringWithString(text) : nullptr; }
     void replaceRange(NSRange range, NSString *by, const char *selector);
 };
 

@@ -89,7 +89,8 @@ public:
     virtual BOOL respondsToSelector(SEL selector) const;
     /// Whether the object's class or a superclass of it has adopted `protocol`.
     virtual BOOL conformsToProtocol(Protocol *protocol) const;
-    /// Returns the operation that a message with that selector runs; null when there is none.
+    /// Returns the operation that a message with that selector runs; null when there is none. All objects of
+    /// a class answer alike: a place that sends the message asks one of them and remembers it for the class.
     virtual const qb::Method *methodForSelector(SEL selector) const;
 
     // --- Memory ---

@@ -502,7 +502,8 @@ public:
     /// Lines up to one that begins with "begin " are skipped when there is such a line; one that begins with
     /// "end", or the end of the text, ends the data. A line is its count of bytes and their groups of four
     /// characters; blanks that are missing at its end are filled in, and what stands behind the groups is
-    /// ignored. A character outside the table ends the data and raises 900006 (line, column).
+    /// ignored. A character outside the table ends the data and raises 900006 (line, column). The base64 form
+    /// of the program ("begin-base64") is no such text.
     virtual NSData *uudecode() const;
 
     // --- HexString ---

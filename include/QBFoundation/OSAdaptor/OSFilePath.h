@@ -122,8 +122,9 @@ public:
     /// text) and stops there; 100194 with the text for ELOOP at a directory that it is inside of already.
     /// Errors that were pending before stay, in front.
     static void removePath(NSString *path);
-    /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first, and
-    /// stays there when an error is pending then, one from before included.
+    /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first, where
+    /// it replaces a file of its name, and stays there when an error is pending then, one from before
+    /// included. A link is followed from its new place: what a relative one means there is removed.
     static void removePath(NSString *path, NSString *atomicallyWithTmpDir);
     /// The walk of `removePath:`, without its care for earlier errors.
     static void _removePath(const char *path);
@@ -181,6 +182,10 @@ QB_EXPORT char *_pathRelativeToDir(const char *path, const char *directory);
 /// `NSFileManager` for copies that keep theirs); owners and times are not copied, devices, pipes and sockets
 /// are left out. A link to something inside of the source becomes a relative link to its copy, any other a
 /// copy of what it points to. What was copied before an error stays.
+///
+/// What is inside is seen by the texts of simplified paths, so that the source should be named plainly,
+/// without "." or ".." and with one separator at its end at most. A link outside of the source that is copied
+/// on the way and leads back into it keeps its text, which may then mean the original, or nothing.
 ///
 /// Raises 100195 (source, target) for a new name that is taken, 100170 (target) when it is no directory,
 /// 100194 (path, system text) for a source that can't be asked, and with the text for ELOOP for a directory

@@ -104,8 +104,9 @@ constexpr bool arePassable() {
 /// InvalidArgumentException unless the class overrides it; the null object answers zero. The arguments are
 /// checked against the operation's: integers convert by value where nothing is lost, objects are checked by
 /// class, pointers by the type they point to, and a result of another kind than `R` is refused, each with
-/// InvalidArgumentException. `send<Ref<T>>` adopts the owned result of an initialiser or copy; with `id` it
-/// is the caller's to release. Each use of a selector literal with the same types shares one inline cache.
+/// InvalidArgumentException; one without result answers zero. `send<Ref<T>>` adopts the owned result of an
+/// initialiser or copy; with `id` it is the caller's to release. Each use of a selector literal with the same
+/// types shares one inline cache.
 template <class R = id, class S, class... A>
 R send(id receiver, S selector, A... arguments) {
     if (!receiver)
