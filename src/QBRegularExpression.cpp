@@ -16,7 +16,6 @@
 #include <clocale>
 #include <map>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -176,16 +175,17 @@ void QBRegularExpression::compileAnew() const {
 // The matcher gets slower with all that it keeps in the pattern. When searching has taken far longer than
 // compiling does, that is forgotten. The clock is read for one search in some texts only.
 int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t *places) const {
-    constexpr std::size_t kMeasuredBytes = 1024;
-    constexpr std::int64_t kManyTimes = 32;
+    constexpr std::size_t kMeasuredBytes = 4096;
+    constexpr std::int64_t kManyTimes = 256;
     const std::size_t length = string->cStringLength();
     unmeasured_ += length;
-    if (unmeasured_ < kMeasuredBytes)
+    if (unmeasured_ < kMeasuredBytes) [[likely]]
         return qb::sys::regexec(compiledRegex_, string->cString(), count, places);
     const std::int64_t start = qb::sys::monotonicNanoseconds();
     const int result = qb::sys::regexec(compiledRegex_, string->cString(), count, places);
     const std::int64_t time = qb::sys::monotonicNanoseconds() - start;
-    searchingTime_ += time * static_cast<std::int64_t>(std::exchange(unmeasured_, 0) / length);
+    searchingTime_ += time * static_cast<std::int64_t>(unmeasured_ / length);
+    unmeasured_ = 0;
     if (searchingTime_ > kManyTimes * compilingTime_)
         compileAnew();
     return result;
