@@ -35,6 +35,8 @@ bool Plugins::loadLibrary(NSString *file) {
 }
 
 bool Plugins::addValues(Site &site) const {
+    if (classes_.empty())
+        return true;
     for (Page &page : site.pages) {
         const NSAutoreleasePool pool;
         for (Class *const cls : classes_) {
