@@ -43,13 +43,12 @@ TEST_F(QBBase64OutputFilterTest, ATargetThatTellsWritesApartSeesEachGroup) {
 }
 
 TEST_F(QBBase64OutputFilterTest, TheTargetGrowsAsByTheWritesOfTheGroups) {
-    const auto capacityFor = [](std::uint32_t capacity, std::size_t length) {
+    for (const auto &[capacity, length, grown] :
+         {std::tuple(10u, 3000, 5120u), {40'000u, 90'000, 138'304u}}) {
         const auto target = QBDataOutputStream::initWithCapacity(capacity);
         write(QBBase64OutputFilter::streamWithTarget(target), std::string(length, 'a'));
-        return target->bufLength();
-    };
-    EXPECT_EQ(capacityFor(10, 3000), 5120u);
-    EXPECT_EQ(capacityFor(40'000, 90'000), 138'304u);
+        EXPECT_EQ(target->bufLength(), grown);
+    }
 }
 
 // A result that was handed out does not change, and what is written later is in the next one.

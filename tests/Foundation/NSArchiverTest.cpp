@@ -2,7 +2,6 @@
 #include "support/RandomValues.h"
 
 #include <cmath>
-#include <cstring>
 
 using namespace std::string_literals;
 using NSArchiverTest = DirectoryFixture;
@@ -374,10 +373,9 @@ TEST_F(NSArchiverTest, ContainersAreReadAsTheyWereWhateverIsAddedMeanwhile) {
     };
     EXPECT_EQ(expectSame(new FilledDictionary, reorder), "{y = 1; x = 2; }");
     // Makers that take all that there is to be.
-    char *const given = ::strdup("z");
-    EXPECT_EQ(describe(send<id>(FilledData::cls(), "dataWithBytesNoCopy:length:"_sel,
-                                static_cast<void *>(given), 1u)),
-              "<7a>");
+    const id given = send<id>(FilledData::cls(), "dataWithBytesNoCopy:length:"_sel,
+                              static_cast<void *>(::strdup("z")), 1u);
+    EXPECT_EQ(describe(given), "<7a>");
     const id letters = send<id>(FilledCharacters::cls(), "characterSetWithRange:"_sel, NSRange{'a', 2});
     EXPECT_TRUE(letters->isEqual(NSCharacterSet::characterSetWithCharactersInString("ab"_ns)));
 }

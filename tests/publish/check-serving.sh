@@ -144,14 +144,13 @@ expect 'an idle client, which gets no answer more' 1 \
 stop
 expect 'what is said at the end' '' cat "$work/stderr"
 
-mkdir -p "$work/far/d"
+mkdir -p "$work/far/d" "$work/shared"
 echo far | tee "$work/far/text" "$work/far/d/file" >/dev/null
 ln -s "$work/far/d" "$site/assets/far"
 ln -s "$work/current"/{pages,templates,assets} "$work/far"
 echo one >"$work/far/logo.png"
 echo "{ title = Site; basedir = \"$work/far\"; texts = { basedir = \"$work/far\"; text = text; }; }" >"$site/site.plist"
 printf '{ title = T; logo = logo.png; }\n---\n{{texts.text}}{{image page.logo}}{{> shared/note}}\n' >"$site/pages/text.html"
-mkdir "$work/shared"
 echo short >"$work/shared/note.html"
 ln -s "$work/shared" "$site/templates/shared"
 ln -s site "$work/current"

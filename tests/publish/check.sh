@@ -508,8 +508,7 @@ expect_failure 'a command that a signal ends with its shell' 'text.html: the fil
     --filter 'cat; kill -9 $PPID'
 expect_failure 'a command that fails' 'exit code 3: far' --filter 'cat >/dev/null; echo far >&2; exit 3'
 expect_failure 'a command whose output is no text' "text.html:1: the text is not valid UTF-8" --filter "printf '\\377'"
-expect_failure 'staged files that somebody removes' "/deep/text.html' does not exist." \
-    --filter "tr a-z A-Z; [ \$PUBLISH_PAGE != index.html ] || rm -r $out/.publish/files"
+expect_failure 'staged files that somebody removes' "/deep/text.html' does not exist." --filter "tr a-z A-Z; [ \$PUBLISH_PAGE != index.html ] || rm -r $out/.publish/files"
 # What the command leaves running writes when the next page's has begun.
 mkfifo go gone
 # shellcheck disable=SC2016
