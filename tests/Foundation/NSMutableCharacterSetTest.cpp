@@ -24,8 +24,7 @@ TEST_F(NSMutableCharacterSetTest, CharactersComeAndGo) {
     set->formUnionWithCharacterSet(NSCharacterSet::letterCharacterSet()->invertedSet());
     EXPECT_TRUE(copy->isEqual(set->invertedSet()));
     EXPECT_TRUE(NSMutableCharacterSet::letterCharacterSet()->isEqual(NSCharacterSet::letterCharacterSet()));
-    EXPECT_TRUE(send<id>(NSMutableCharacterSet::cls(), "symbolCharacterSet"_sel)
-                    ->isMemberOfClass(NSMutableCharacterSet::cls()));
+    made(NSMutableCharacterSet::cls(), "symbolCharacterSet");
     set->formUnionWithCharacterSet(nullptr);
     set->formIntersectionWithCharacterSet(nullptr);
     EXPECT_TRUE(holds(""_ns));
