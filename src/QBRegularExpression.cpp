@@ -150,7 +150,8 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
 int QBRegularExpression::compile(regex_t &regex) const {
     const std::int64_t start = qb::sys::monotonicNanoseconds();
     const int code = qb::sys::regcomp(regex, pattern_->cString(), flags_ | REG_EXTENDED);
-    compilingTime_ = qb::sys::monotonicNanoseconds() - start;
+    if (code == 0)
+        compilingTime_ = qb::sys::monotonicNanoseconds() - start;
     return code;
 }
 

@@ -3,7 +3,7 @@
 namespace publish {
 
 NSString *shown(NSString *text) {
-    return text->stringByReplacingSubstring("\0"_ns, "\\0"_ns);
+    return !text ? text : text->stringByReplacingSubstring("\0"_ns, "\\0"_ns);
 }
 
 NSString *ErrorHandler::formatStringForErrorId(int error, NSString *withDefaultFormat) {

@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <span>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace qb {
 
@@ -97,20 +95,18 @@ private:
         });
     }
     bool isSenders(id object) const { return object == receiver_ || isAmong(object, values_); }
-
-    Value withoutSenders(const Value &value) const {
-        if (!value.argList())
-            return value.object() && isSenders(value.object()) ? Value() : value;
-        std::vector<Value> others;
-        for (const Value &each : *value.argList())
-            others.push_back(withoutSenders(each));
-        return ArgList(std::move(others));
+    bool holdsSenders(const Value &value) const {
+        const ArgList *const list = value.argList();
+        return list ? std::any_of(list->begin(), list->end(),
+                                  [this](const Value &each) { return holdsSenders(each); })
+                    : value.object() && isSenders(value.object());
     }
     void letGoOfSenders() {
         if (isSenders(invocation_->target_))
             invocation_->target_ = nullptr;
         for (Value &argument : invocation_->arguments_)
-            argument = withoutSenders(argument);
+            if (holdsSenders(argument))
+                argument = Value();
     }
 
     const id receiver_;

@@ -35,7 +35,8 @@ bool isCutOff(const char *path) noexcept {
     for (unsigned i = 0; i < header.e_phnum; ++i) {
         ElfW(Phdr) part;
         if (!readAt(file.get(), header.e_phoff + i * sizeof part, part) ||
-            (part.p_type == PT_LOAD && (part.p_offset > size || part.p_filesz > size - part.p_offset)))
+            (part.p_type == PT_LOAD && part.p_filesz != 0 &&
+             (part.p_offset > size || part.p_filesz > size - part.p_offset)))
             return true;
     }
     return false;
