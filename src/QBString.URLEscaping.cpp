@@ -10,7 +10,6 @@
 
 #include <cctype>
 #include <langinfo.h>
-#include <memory>
 #include <string_view>
 
 namespace {
@@ -82,7 +81,9 @@ NSString *NSString::urlUnEscape() const {
     const char *const mark = qb::text::findIn(bytes_, end, qb::text::kUrlMarks);
     if (mark == end)
         return unchanged();
-    const auto text = std::make_unique_for_overwrite<char[]>(byteLength_);
-    const char *const textEnd = qb::text::unescapeUrl(bytes_, end, text.get());
-    return stringWith({text.get(), static_cast<std::size_t>(textEnd - text.get())});
+    char *text = nullptr;
+    Ref<NSString> unescaped = makeUnfilled(byteLength_, text);
+    const char *const textEnd = qb::text::unescapeUrl(bytes_, end, text);
+    unescaped->endAt(static_cast<std::size_t>(textEnd - text));
+    return unescaped.autorelease();
 }

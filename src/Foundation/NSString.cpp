@@ -279,6 +279,18 @@ void NSString::reserve(std::uint64_t byteLength) {
     qb::growCapacity(old ? capacity_ : 0, byteLength, kLongestText, resize);
 }
 
+// Makes a string that was filled only in part end there.
+void NSString::endAt(std::size_t length) {
+    byteLength_ = static_cast<std::uint32_t>(length);
+    ownBytes()[length] = '\0';
+    if (!(flags_ & kOwnsBytes) || length > capacity_ / 2)
+        return;
+    if (void *const bytes = qb::sys::reallocate(ownBytes(), length + 1)) {
+        bytes_ = static_cast<char *>(bytes);
+        capacity_ = byteLength_;
+    }
+}
+
 void NSString::replaceBytes(std::uint32_t from, std::uint32_t length, std::string_view by) {
     // The new bytes may be a part of the old ones.
     const bool isOwnPart = by.data() >= bytes_ && by.data() <= bytes_ + byteLength_;

@@ -51,6 +51,22 @@ char *copyRun(const char *run, const char *runEnd, const char *end, char *target
     return target + length;
 }
 
+using Escape = char *(*)(const char *position, std::size_t length, std::uint64_t escaped, char *target);
+
+// What escapes a block behind which the text has so many bytes, or null.
+Escape escapeFor(std::ptrdiff_t behind) {
+    if (hasAvx512Vbmi2())
+        return &avx512::escapeUrl;
+    return hasAvx2() && behind >= 16 ? &avx2::escapeUrl : nullptr;
+}
+
+// Unescapes what vectors can.
+UrlResult unescapeMost(const char *position, const char *end, char *target) {
+    if (hasAvx512Vbmi2())
+        return avx512::unescapeUrl(position, end, target);
+    return hasAvx2() ? avx2::unescapeUrl(position, end, target) : UrlResult{position, target};
+}
+
 } // namespace
 
 // So many of a block's 64 bytes are better escaped one by one.
@@ -61,10 +77,11 @@ char *escapeUrl(const char *position, const char *end, const ByteSet &escaped, c
     for (const char *block = position; block != end; block += length) {
         length = std::min<std::size_t>(64, static_cast<std::size_t>(end - block));
         std::uint64_t members = membersAmong(block, length, escaped);
-        if (std::popcount(members) > kFew && hasAvx512Vbmi2()) {
+        const char *const blockEnd = block + length;
+        if (const Escape escape = std::popcount(members) > kFew ? escapeFor(end - blockEnd) : nullptr) {
             target = copyRun(position, block, end, target);
-            target = avx512::escapeUrl(block, length, members, target);
-            position = block + length;
+            target = escape(block, length, members, target);
+            position = blockEnd;
             continue;
         }
         for (; members; members &= members - 1) {
@@ -80,11 +97,9 @@ char *escapeUrl(const char *position, const char *end, const ByteSet &escaped, c
 }
 
 char *unescapeUrl(const char *position, const char *end, char *target) {
-    if (hasAvx512Vbmi2()) {
-        const avx512::UrlResult result = avx512::unescapeUrl(position, end, target);
-        position = result.next;
-        target = result.end;
-    }
+    const UrlResult most = unescapeMost(position, end, target);
+    position = most.next;
+    target = most.end;
     for (MemberRuns runs(position, end, kUrlMarks); runs.next();) {
         if (runs.end() <= position) // digits, in a manner of speaking
             continue;

@@ -60,7 +60,7 @@ public:
     /// Makes room for `count` entries. Throws std::bad_alloc, with the table unchanged.
     void reserve(std::uint32_t count);
 
-    /// The entries, from the first one that is no hole, those behind it included.
+    /// The entries in their order, holes among them; the first one is none, unless all are.
     Entry *begin() const noexcept { return entries_ + first_; }
     Entry *end() const noexcept { return entries_ + used_; }
     /// All of them from the very first place on, each of which keeps its number when others go.

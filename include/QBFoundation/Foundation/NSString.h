@@ -574,6 +574,7 @@ private:
     Place notePlace(Place place) const;
     NSString *replacing(NSString *target, NSString *withString, const char *selector) const;
     void reserve(std::uint64_t byteLength);
+    void endAt(std::size_t length);
     char *ownBytes() { return const_cast<char *>(bytes_); }
 
     mutable std::uint32_t hash_ = 0; // 0: not known
