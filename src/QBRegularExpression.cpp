@@ -13,7 +13,7 @@
 
 #include <algorithm>
 #include <array>
-#include <clocale>
+#include <langinfo.h>
 #include <map>
 #include <string>
 
@@ -31,6 +31,11 @@ NSString *checkedString(NSString *string, const char *selector) {
     if (!string)
         throwNoString(selector);
     return string;
+}
+
+/// The name of a category's locale, the thread's own one if it has one.
+const char *localeOf(int category) {
+    return ::nl_langinfo(_NL_LOCALE_NAME(category));
 }
 
 /// The class's expressions by pattern and flags, the null object for those that don't compile. Never
@@ -134,11 +139,11 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
         qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern, limits.fault);
         return NO;
     }
-    pattern_ = pattern->copy();
+    pattern_ = NSString::initWith(pattern->view()); // a client's class may have no copies
     groupFault_ = limits.groupFault;
     longestText_ = limits.longestText;
     flags_ = flags;
-    locale_ = std::string(std::setlocale(LC_CTYPE, nullptr)) + ' ' + std::setlocale(LC_COLLATE, nullptr);
+    locale_ = std::string(localeOf(LC_CTYPE)) + ' ' + localeOf(LC_COLLATE);
     const int code = compile(compiledRegex_);
     isCompiled_ = code == 0;
     if (!isCompiled_)
@@ -157,13 +162,13 @@ int QBRegularExpression::compile(regex_t &regex) const {
 
 // Whether the pattern would still mean the same.
 bool QBRegularExpression::isOfThisLocale() const {
-    const std::string_view types = std::setlocale(LC_CTYPE, nullptr);
-    const std::string_view order = std::setlocale(LC_COLLATE, nullptr);
+    const std::string_view types = localeOf(LC_CTYPE);
+    const std::string_view order = localeOf(LC_COLLATE);
     return locale_.size() == types.size() + 1 + order.size() && locale_.starts_with(types) &&
            locale_.ends_with(order);
 }
 
-// The old one will do when memory is missing, or the locale is another one.
+// The old one will do when the locale is another one.
 void QBRegularExpression::compileAnew() const {
     searchingTime_ = 0;
     regex_t fresh{};

@@ -41,9 +41,10 @@ class QBRegularExpressionMatchObject;
 /// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
 /// nothing.
 ///
-/// What the platform learns from texts it keeps in the compiled pattern, without bounds. The pattern is
-/// compiled anew now and then, so that this doesn't add up; a single long text can still take much memory and
-/// time with a pattern such as "^[ab]*a[ab]{30}c", which has very many states.
+/// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
+/// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up; a
+/// single long text can still take much memory and time with a pattern such as "^[ab]*a[ab]{30}c", which has
+/// very many states.
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more

@@ -157,9 +157,9 @@ private:
                 ++pair.index;
                 pair.phase = Phase::element;
             }
-            while (a.begin() + pair.index < a.end() && !a.begin()[pair.index].key)
+            while (a.entries() + pair.index < a.end() && !entryAt(a, pair.index).key)
                 ++pair.index;
-            if (a.begin() + pair.index >= a.end())
+            if (a.entries() + pair.index >= a.end())
                 return Verdict::equal;
             const bool isFound = pair.phase == Phase::key && last == Verdict::equal;
             if (const Verdict verdict = isFound ? last : findKey(pair, entryAt(a, pair.index).key, b);

@@ -268,19 +268,18 @@ void NSDictionary::encodeWithCoder(NSCoder *coder) const {
 }
 
 BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
-    std::vector<Pair> entries;
-    for (auto wanted = decode<std::uint32_t>(coder, "I"); wanted > 0; --wanted) {
-        const id key = coder->decodeObject();
-        const id value = coder->decodeObject();
-        if (!value || !isCopy(key))
-            return NO;
-        entries.emplace_back(key, value);
-    }
+    const auto wanted = decode<std::uint32_t>(coder, "I");
+    std::uint32_t stored = 0;
     qb::refill(table_, mutations_, [&] {
-        for (const auto &[key, value] : entries)
+        for (; stored < wanted; ++stored) { // at once: others that lead back here may compare it
+            const id key = coder->decodeObject();
+            const id value = coder->decodeObject();
+            if (!value || !isCopy(key))
+                return;
             store(key, value);
+        }
     });
-    return count() == entries.size();
+    return stored == wanted && count() == wanted;
 }
 
 // --- Dates ---

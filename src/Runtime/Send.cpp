@@ -7,8 +7,11 @@
 #include "Runtime/Dispatch.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qb {
 
@@ -95,18 +98,21 @@ private:
         });
     }
     bool isSenders(id object) const { return object == receiver_ || isAmong(object, values_); }
-    bool holdsSenders(const Value &value) const {
-        const ArgList *const list = value.argList();
-        return list ? std::any_of(list->begin(), list->end(),
-                                  [this](const Value &each) { return holdsSenders(each); })
-                    : value.object() && isSenders(value.object());
+    // Others may have the lists as well, so that they get new ones.
+    Value withoutSenders(const Value &value) const {
+        if (const ArgList *const list = value.argList()) {
+            std::vector<Value> values;
+            std::transform(list->begin(), list->end(), std::back_inserter(values),
+                           [this](const Value &each) { return withoutSenders(each); });
+            return Value(ArgList(std::move(values)));
+        }
+        return value.object() && isSenders(value.object()) ? Value() : value;
     }
     void letGoOfSenders() {
         if (isSenders(invocation_->target_))
             invocation_->target_ = nullptr;
         for (Value &argument : invocation_->arguments_)
-            if (holdsSenders(argument))
-                argument = Value();
+            argument = withoutSenders(argument);
     }
 
     const id receiver_;

@@ -21,8 +21,8 @@ bool readAt(int file, std::uint64_t place, Header &header) {
            readAll(file, &header, sizeof header) == static_cast<ssize_t>(sizeof header);
 }
 
-// Whether the file is the beginning of a library only, as one that is just being copied is: the C library
-// maps what is not there, and the process ends at the first touch.
+// Whether whole pages are missing at the end of a library, as while it is just being copied: the C library
+// maps them all the same, and the process ends at the first touch.
 bool isCutOff(const char *path) noexcept {
     const Descriptor file(sys::open(path, O_RDONLY | O_NONBLOCK));
     struct stat status;
@@ -31,7 +31,8 @@ bool isCutOff(const char *path) noexcept {
         !readAt(file.get(), 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_phentsize != sizeof(ElfW(Phdr)))
         return false;
-    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    const std::uint64_t size = (static_cast<std::uint64_t>(status.st_size) + page - 1) / page * page;
     for (unsigned i = 0; i < header.e_phnum; ++i) {
         ElfW(Phdr) part;
         if (!readAt(file.get(), header.e_phoff + i * sizeof part, part) ||
@@ -46,8 +47,12 @@ bool isCutOff(const char *path) noexcept {
 
 void *dlopen(const char *path, int flags) noexcept {
     if (path && std::strchr(path, '/') && isCutOff(path)) {
-        errno = ENOEXEC;
-        return nullptr;
+        void *const loaded = ::dlopen(path, flags | RTLD_NOLOAD); // it may have been whole once
+        if (!loaded) {
+            ::dlerror();
+            errno = ENOEXEC;
+        }
+        return loaded;
     }
     return attempt(Call::dlopen, [&] { return ::dlopen(path, flags); });
 }

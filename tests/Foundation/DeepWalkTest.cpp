@@ -109,6 +109,22 @@ TEST_F(DeepWalkTest, KeysAndElementsThatAreContainersFindTheirPartners) {
     EXPECT_FALSE(NSArray::array()->isEqual(NSDictionary::dictionary()));
 }
 
+TEST_F(DeepWalkTest, TablesAreComparedWhateverHasGoneFromThem) {
+    for (unsigned kept = 0; kept < 16; ++kept) {
+        NSMutableDictionary *const all = NSMutableDictionary::dictionary(), *const rest = all->mutableCopy()
+                                                                                              .autorelease();
+        for (const int i : {0, 1, 2, 3})
+            for (NSMutableDictionary *const table : {all, kept >> i & 1 ? rest : all})
+                table->setObjectForKey(number(i), number(i)->stringValue());
+        for (const int i : {0, 1, 2, 3})
+            if (!(kept >> i & 1))
+                all->removeObjectForKey(number(i)->stringValue());
+        EXPECT_TRUE(all->isEqual(rest) && rest->isEqual(all)) << kept;
+        rest->setObjectForKey("x"_ns, "3"_ns);
+        EXPECT_FALSE(all->isEqual(rest) || rest->isEqual(all)) << kept;
+    }
+}
+
 // Forty elements and entries, one of them in the middle.
 static NSMutableArray *longArray(id middle) {
     NSMutableArray *const array = letters("0123456789abcdefghijklmnopqrstuvwxyzABCD");
