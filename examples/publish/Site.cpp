@@ -50,6 +50,13 @@ NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText)
     return NSString::stringWith(html);
 }
 
+// A plug-in may give a date itself.
+NSCalendarDate *dateOf(id value) {
+    auto *const date = qb::castOrNil<NSDate>(value);
+    return date ? NSCalendarDate::dateWithTimeIntervalSince1970(date->timeIntervalSince1970())
+                : dateIn(value->stringValue());
+}
+
 // A page's date, if it has one, gets the forms that its readers want.
 bool addDates(Page &page) {
     const id value = page.head->objectForKey("date"_ns);
@@ -57,7 +64,7 @@ bool addDates(Page &page) {
         page.head->removeObjectsForKeys(NSArray::arrayWithObjects("isoDate"_ns, "httpDate"_ns));
         return true;
     }
-    NSCalendarDate *const date = dateIn(value->stringValue());
+    NSCalendarDate *const date = dateOf(value);
     if (!date)
         return fail(__LINE__, kErrorNoDate, page.file.get(), value->stringValue());
     page.head->setObjectForKey(isoText(date), "isoDate"_ns);

@@ -232,7 +232,7 @@ int run(const Options &options) {
         place.emplace(options.socket);
     std::optional<serving::Watch> watch; // from before the source is read
     if (options.watches)
-        watch.emplace(options.site, options.logFile);
+        watch.emplace(options.site, options.target, options.logFile);
     bool isDone = publishAndReport(options, plugins, watch ? &*watch : nullptr);
     if (isDone && listener) {
         isDone = serve(options, plugins, listener, watch ? &*watch : nullptr);

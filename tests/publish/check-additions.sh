@@ -1,8 +1,8 @@
 #!/bin/bash
 # Publishes small sites with page plug-ins and lists in the order of a language.
-#   tests/publish/check-additions.sh PUBLISH PLUGINS
+#   tests/publish/check-additions.sh PUBLISH PLUGINS DATING
 set -euo pipefail
-plugins=$2
+plugins=$2 dating=$3
 # shellcheck source=tests/publish/common.sh
 . "${0%/*}/common.sh"
 
@@ -14,7 +14,14 @@ echo '{ title = T; }' >"$site/site.plist"
 printf '{ title = T; }\n---\n<p>{{page.words}} words <b>in {{page.minutes}}</b> min</p>\n' >"$site/pages/index.html"
 publish --quiet --plugins "$plugins" "$site" "$out"
 [ "$(tail -1 "$out/index.html")" = '<p>5 words <b>in 1</b> min</p>' ] || fail "a page with values: $(cat "$out/index.html")"
-mkdir "$work/plugins" "$work/twice"
+mkdir "$work/plugins" "$work/twice" "$work/dating"
+cp "$dating" "$plugins"/*.so "$work/dating"
+echo secret >"$work/key"
+printf '{ title = T; }\n---\n{{page.httpDate}} {{page.url}}' >"$site/pages/dated.html"
+publish --quiet --key-file "$work/key" --plugins "$work/dating" "$site" "$out"
+[ "$(publish --key-file "$work/key" --decipher "$out/dated.html.enc" | tail -1)" = 'Fri, 02 Jan 1970 00:00:00 GMT dated.html.enc' ] ||
+    fail "a page with a plug-in's date: $(ls "$out")"
+rm "$site/pages/dated.html"
 echo 'not looked at' >"$work/plugins/readme.so"
 cp "$plugins/libReadingTime.so" "$work/twice"
 cp "$plugins/libReadingTime.so" "$work/twice/libTwin.so"

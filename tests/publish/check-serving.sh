@@ -115,6 +115,14 @@ expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET /
 expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
 
+# A client that sends more than it had to gets its answer whole.
+exec {parting}<>"/dev/tcp/127.0.0.1/${address##*:}"
+printf 'GET /assets/data.bin HTTP/1.0\r\n\r\n' >&"$parting"
+sleep 0.3
+printf 'GET' >&"$parting"
+tail -c 300000 <&"$parting" | cmp - "$site/assets/data.bin" || fail 'an answer was cut'
+exec {parting}>&-
+
 exec {idle}<>"/dev/tcp/127.0.0.1/${address##*:}"
 printf 'HEAD / HTTP/1.1\r\nHost: x\r\n\r\n' >&"$idle"
 
@@ -146,6 +154,7 @@ expect 'what is said at the end' '' cat "$work/stderr"
 
 mkdir -p "$work/far/d" "$work/shared"
 echo far | tee "$work/far/text" "$work/far/d/file" >/dev/null
+mkdir "$work/more"
 ln -s "$work/far/d" "$site/assets/far"
 ln -s "$work/current"/{pages,templates,assets} "$work/far"
 echo one >"$work/far/logo.png"
@@ -153,6 +162,8 @@ echo "{ title = Site; basedir = \"$work/far\"; texts = { basedir = \"$work/far\"
 printf '{ title = T; logo = logo.png; }\n---\n{{texts.text}}{{image page.logo}}{{> shared/note}}\n' >"$site/pages/text.html"
 echo short >"$work/shared/note.html"
 ln -s "$work/shared" "$site/templates/shared"
+ln -s "$work/far" "$site/templates/far" # where the site is written, too
+out=$work/far/out
 ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch --statistics --log "$site/log" --log-level 2
@@ -167,6 +178,11 @@ echo longer >"$work/shared/note.html"
 wait_for longer curl -s --unix-socket "$work/socket" http://x/text.html
 echo new >"$work/far/d/file"
 wait_for new curl -s --unix-socket "$work/socket" http://x/assets/far/file
+echo more >"$work/more/text"
+ln -s "$work/more" "$work/far/d/more"
+wait_for more ls "$out/assets/far"
+echo later >"$work/more/text"
+wait_for later curl -s --unix-socket "$work/socket" http://x/assets/far/more/text
 chmod 600 "$site/assets/data.bin"
 wait_for 600 stat -c %a "$out/assets/data.bin"
 # What a client has not taken yet is little, so that it is noticed when it takes some.

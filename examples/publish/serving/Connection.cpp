@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include <algorithm>
+#include <sys/socket.h>
 #include <utility>
 
 namespace publish::serving {
@@ -11,6 +12,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kTimeForRequest = 10s; // until a head is whole
 constexpr auto kTimeForBlock = 30s;   // until some of an answer is taken
+constexpr auto kTimeForParting = 2s;  // until the client ends a connection that was ended here
 
 constexpr std::uint32_t kBlock = 64 * 1024;
 
@@ -38,7 +40,7 @@ bool Connection::proceed(Clock::time_point now) {
     const NSAutoreleasePool pool;
     const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
     for (int step = 0; step < kStepsInARow; ++step)
-        switch (isSending_ ? send(now) : receive(now)) {
+        switch (goOn(now)) {
         case Progress::made:
             break;
         case Progress::blocked:
@@ -49,10 +51,22 @@ bool Connection::proceed(Clock::time_point now) {
     return true;
 }
 
+Connection::Progress Connection::goOn(Clock::time_point now) {
+    switch (state_) {
+    case State::receiving:
+        return receive(now);
+    case State::sending:
+        return send(now);
+    case State::parting:
+        return part();
+    }
+    return Progress::ended;
+}
+
 bool Connection::checkTime(Clock::time_point now) {
     if (now < deadline_)
         return true;
-    if (isSending_ || received_.empty())
+    if (state_ != State::receiving || received_.empty())
         return false;
     begin(answerWith(Status::requestTimeout), now);
     return proceed(now);
@@ -72,6 +86,8 @@ Connection::Progress Connection::receive(Clock::time_point now) {
 
 // Begins the answer to the request at the front of what was received, if it is whole.
 void Connection::takeRequest(Clock::time_point now) {
+    // Empty lines in front of a request are none of it (RFC 9112, section 2.2).
+    received_.erase(0, std::min(received_.find_first_not_of("\r\n"), received_.size()));
     const std::size_t length = lengthOfHead(received_);
     if ((length == 0 ? received_.size() : length) > kLongestHead)
         return begin(answerWith(Status::headTooLarge), now);
@@ -88,7 +104,7 @@ void Connection::begin(Answer answer, Clock::time_point now) {
     answer_ = std::move(answer);
     block_ = answer_.head;
     sent_ = 0;
-    isSending_ = true;
+    state_ = State::sending;
     deadline_ = now + kTimeForBlock;
 }
 
@@ -128,12 +144,23 @@ bool Connection::fillBlock() {
 Connection::Progress Connection::endAnswer(Clock::time_point now) {
     if (answer_.content)
         std::exchange(answer_.content, {})->close();
-    if (!answer_.keepsConnection)
-        return Progress::ended;
-    isSending_ = false;
+    state_ = answer_.keepsConnection ? State::receiving : State::parting;
+    if (state_ == State::parting) {
+        ::shutdown(socket_->socketHandle(), SHUT_WR);
+        deadline_ = now + kTimeForParting;
+        return Progress::made;
+    }
     deadline_ = now + kTimeForRequest;
     takeRequest(now);
     return Progress::made;
+}
+
+// Reads on until the client has everything and ends the connection, too: closed with something unread, it
+// would lose what is still on its way (RFC 9112, section 9.6).
+Connection::Progress Connection::part() {
+    char bytes[kLongestHead];
+    const std::int32_t count = socket_->receiveWithBuffer(bytes, sizeof bytes, 0, NO);
+    return count > 0 ? Progress::made : count == 0 ? Progress::blocked : Progress::ended;
 }
 
 } // namespace publish::serving

@@ -20,8 +20,8 @@ public:
     Connection &operator=(const Connection &) = delete;
 
     OSSocket *socket() const { return socket_; }
-    /// Whether it waits until more can be sent; else it waits for a request.
-    bool isSending() const { return isSending_; }
+    /// Whether it waits until more can be sent; else it waits for what comes.
+    bool isSending() const { return state_ == State::sending; }
 
     /// Does what can be done without waiting. Returns false when the connection is over.
     bool proceed(Clock::time_point now);
@@ -31,6 +31,9 @@ public:
 
 private:
     enum class Progress { made, blocked, ended };
+    enum class State { receiving, sending, parting };
+
+    Progress goOn(Clock::time_point now);
 
     Progress receive(Clock::time_point now);
     void takeRequest(Clock::time_point now);
@@ -38,11 +41,12 @@ private:
     Progress send(Clock::time_point now);
     bool fillBlock();
     Progress endAnswer(Clock::time_point now);
+    Progress part();
 
     Ref<OSSocket> socket_;
     const std::string &root_;
     std::string received_; // and not yet answered
-    bool isSending_ = false;
+    State state_ = State::receiving;
     Answer answer_;
     std::string block_;    // what is to be sent next,
     std::size_t sent_ = 0; // of it

@@ -159,15 +159,10 @@ Status statusOfMethod(std::string_view method) {
                : Status::notImplemented;
 }
 
-// Empty lines in front of a request are none of it (RFC 9112, section 2.2).
-std::size_t startOfHead(std::string_view received) {
-    return std::min(received.find_first_not_of("\r\n"), received.size());
-}
-
 } // namespace
 
 std::size_t lengthOfHead(std::string_view received) {
-    for (std::size_t end = received.find('\n', startOfHead(received)); end != std::string_view::npos;
+    for (std::size_t end = received.find('\n'); end != std::string_view::npos;
          end = received.find('\n', end + 1)) {
         const std::string_view next = received.substr(end + 1, 2);
         if (next.starts_with('\n'))
@@ -180,7 +175,6 @@ std::size_t lengthOfHead(std::string_view received) {
 
 Request readHead(std::string_view head) {
     Request request;
-    head.remove_prefix(startOfHead(head));
     std::string_view line = takeLine(head);
     const std::string_view method = takeUpTo(' ', line);
     const std::string_view target = takeUpTo(' ', line);

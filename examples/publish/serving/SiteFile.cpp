@@ -92,20 +92,22 @@ SiteFile openSiteFile(const std::string &root, NSString *path) {
     if (!isPublic(relative))
         return found;
 
+    errno = 0;
     OpenFile file(root + relative);
-    struct stat info;
-    if (!file.isOpen() && isOfTheSystem(errno))
+    struct stat info {};
+    const std::string place = file.readInfo(info) ? file.realPath() : std::string();
+    if (place.empty() && isOfTheSystem(errno))
         found.status = Status::serviceUnavailable;
-    if (!file.readInfo(info) || !isPublicPlace(file.realPath(), root))
+    if (!isPublicPlace(place, root))
         return found;
     if (S_ISDIR(info.st_mode) && !isDirectory)
         found.status = Status::movedPermanently;
     if (!S_ISREG(info.st_mode))
         return found;
     found.content = file.takeStream();
+    found.status = found.content ? Status::ok : Status::serviceUnavailable;
     if (!found.content)
         return found;
-    found.status = Status::ok;
     found.type = contentTypeOf(NSString::stringWith(relative));
     found.size = static_cast<std::uint64_t>(info.st_size);
     found.modified = info.st_mtime;

@@ -24,7 +24,7 @@ std::string realDirectory(NSString *path);
 
 /// Opens the file that a request's path names below `root`, a `realDirectory`; a directory's index.html for
 /// the directory itself. A directory without the slash at its end is movedPermanently; when the system has
-/// no descriptor left or can't read, the answer is serviceUnavailable.
+/// no descriptor or memory left or can't read, the answer is serviceUnavailable.
 ///
 /// Nothing is found whose name, or that of a directory on the way, begins with a dot; nor anything outside of
 /// `root`, whichever links lead there: what counts is where the file is that was opened.

@@ -2,33 +2,70 @@
 
 #include "../Files.h"
 
+#include <algorithm>
+
 namespace publish::serving {
 
-Watch::Watch(NSString *directory, NSString *log) {
-    if (log)
-        log_ = NSFileManager::defaultManager()->fileAttributesAtPath(log, /*traverseLink=*/YES);
+namespace {
+
+bool isLink(NSDictionary *attributes) {
+    return attributes && attributes->fileType()->isEqual(NSFileTypeSymbolicLink);
+}
+
+} // namespace
+
+Watch::Watch(NSString *directory, NSString *target, NSString *log) : target_(target), log_(log) {
+    noteOwn();
     const std::string place = realPath(directory);
     places_.insert(place);
     states_->setObjectForKey(stateOf(directory, place), directory);
 }
 
-// Whatever its name is by now.
-bool Watch::isLog(NSDictionary *attributes) const {
-    return log_ && attributes && attributes->fileSystemFileNumber() == log_->fileSystemFileNumber() &&
-           attributes->fileSystemNumber() == log_->fileSystemNumber();
+// --- What this program writes itself ---
+
+void Watch::noteOwn() {
+    own_.clear();
+    for (NSString *path : {target_.get(), log_.get()})
+        if (path)
+            if (NSDictionary *const attributes =
+                    NSFileManager::defaultManager()->fileAttributesAtPath(path, /*traverseLink=*/YES))
+                own_.emplace_back(attributes);
 }
 
-// Whether it is the place of something watched, or below one.
-bool Watch::isWatched(std::string_view place) const {
+// Whatever its name is by now.
+bool Watch::isOwn(NSDictionary *attributes) const {
+    return attributes && std::any_of(own_.begin(), own_.end(), [attributes](const Ref<NSDictionary> &own) {
+               return attributes->fileSystemFileNumber() == own->fileSystemFileNumber() &&
+                      attributes->fileSystemNumber() == own->fileSystemNumber();
+           });
+}
+
+// Calls `visit` with the relative path and the attributes of everything else that stands below a place.
+template <class Visit>
+void Watch::walk(NSString *place, Visit visit) const {
+    NSDirectoryEnumerator *const paths = NSFileManager::defaultManager()->enumeratorAtPath(place);
+    while (id path = paths ? paths->nextObject() : nullptr) {
+        const NSAutoreleasePool pool;
+        NSDictionary *const attributes = paths->fileAttributes();
+        if (isOwn(attributes))
+            paths->skipDescendents();
+        else
+            visit(path->stringValue(), attributes);
+    }
+}
+
+// --- What is watched ---
+
+bool Watch::isWithinAny(const Places &places, std::string_view place) {
     for (std::size_t end = place.find('/'); end != std::string_view::npos; end = place.find('/', end + 1))
-        if (places_.contains(place.substr(0, end + 1)))
+        if (places.contains(place.substr(0, end + 1)))
             return true;
     return false;
 }
 
 bool Watch::add(NSString *path) {
     const std::string place = realPath(path);
-    if (isWatched(place))
+    if (isWithinAny(places_, place))
         return false;
     places_.insert(place);
     states_->setObjectForKey(NSString::string(), path);
@@ -36,25 +73,36 @@ bool Watch::add(NSString *path) {
 }
 
 void Watch::addLinkedFrom(NSString *directory) {
-    NSString *const place = NSString::stringWith(realPath(directory));
-    NSDirectoryEnumerator *const paths = NSFileManager::defaultManager()->enumeratorAtPath(place);
-    while (id path = paths ? paths->nextObject() : nullptr) {
-        const NSAutoreleasePool pool;
-        NSDictionary *const attributes = paths->fileAttributes();
-        if (!attributes || !attributes->fileType()->isEqual(NSFileTypeSymbolicLink))
-            continue;
-        NSString *const link = place->stringByAppendingPathComponent(path->stringValue());
-        if (OSFilePath::directoryExistsAtPath(link) && add(link))
-            addLinkedFrom(link);
-    }
+    Places seen;
+    addLinkedFrom(directory, seen);
+}
+
+// What is watched already may have got new links.
+void Watch::addLinkedFrom(NSString *directory, Places &seen) {
+    const std::string real = realPath(directory);
+    if (isWithinAny(seen, real))
+        return;
+    seen.insert(real);
+    NSString *const place = NSString::stringWith(real);
+    walk(place, [&](NSString *path, NSDictionary *attributes) {
+        if (!isLink(attributes))
+            return;
+        NSString *const link = place->stringByAppendingPathComponent(path);
+        NSDictionary *const linked =
+            NSFileManager::defaultManager()->fileAttributesAtPath(link, /*traverseLink=*/YES);
+        if (!linked || isOwn(linked) || !linked->fileType()->isEqual(NSFileTypeDirectory))
+            return;
+        add(link);
+        addLinkedFrom(link, seen);
+    });
 }
 
 // A digest of the list, so that a large site costs no memory.
 NSString *Watch::stateOf(NSString *path, const std::string &real) const {
     NSFileManager *const files = NSFileManager::defaultManager();
     QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
-    const auto note = [this, digest](id name, NSDictionary *attributes) {
-        if (isLog(attributes))
+    const auto note = [this, digest](NSString *name, NSDictionary *attributes) {
+        if (isOwn(attributes))
             return;
         NSDate *const modified = attributes ? attributes->fileModificationDate() : nullptr;
         digest->writeFormat("%@ %llu %llu %u %.6f\n"_ns, name, attributes ? attributes->fileSize() : 0,
@@ -64,22 +112,19 @@ NSString *Watch::stateOf(NSString *path, const std::string &real) const {
     };
     NSString *const place = NSString::stringWith(real);
     note(place, files->fileAttributesAtPath(path, /*traverseLink=*/YES));
-    NSDirectoryEnumerator *const paths = files->enumeratorAtPath(place);
-    while (id below = paths ? paths->nextObject() : nullptr) {
-        const NSAutoreleasePool pool;
-        NSDictionary *const attributes = paths->fileAttributes();
+    walk(place, [&](NSString *below, NSDictionary *attributes) {
         note(below, attributes);
-        if (attributes && attributes->fileType()->isEqual(NSFileTypeSymbolicLink))
-            note(below,
-                 files->fileAttributesAtPath(place->stringByAppendingPathComponent(below->stringValue()),
-                                             /*traverseLink=*/YES));
-    }
+        if (isLink(attributes))
+            note(below, files->fileAttributesAtPath(place->stringByAppendingPathComponent(below),
+                                                    /*traverseLink=*/YES));
+    });
     return digest->md5Hash();
 }
 
 bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
+    noteOwn();
     places_.clear();
     for (id element : *states_->allKeys()) {
         auto *path = static_cast<NSString *>(element);

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace publish::serving {
 
@@ -15,8 +16,9 @@ namespace publish::serving {
 /// that they lead to, and what is watched may be a link.
 class Watch {
 public:
-    /// `log`: the file that this program writes to, wherever it stands, which does not count; nil for none.
-    Watch(NSString *directory, NSString *log);
+    /// `target` and `log`: what this program writes itself, wherever it stands, which does not count; `log`
+    /// is nil for none.
+    Watch(NSString *directory, NSString *target, NSString *log);
 
     /// Watches a directory or file too, unless it is watched with another. It counts as changed once, because
     /// it may have been read already. Returns whether it is watched only now.
@@ -27,13 +29,21 @@ public:
     bool hasChanged();
 
 private:
-    bool isWatched(std::string_view place) const;
-    NSString *stateOf(NSString *path, const std::string &real) const;
-    bool isLog(NSDictionary *attributes) const;
+    /// Real paths.
+    using Places = std::set<std::string, std::less<>>;
 
-    Ref<NSDictionary> log_;                                         // its attributes
+    static bool isWithinAny(const Places &places, std::string_view place);
+    void addLinkedFrom(NSString *directory, Places &seen);
+    NSString *stateOf(NSString *path, const std::string &real) const;
+    void noteOwn();
+    bool isOwn(NSDictionary *attributes) const;
+    template <class Visit>
+    void walk(NSString *place, Visit visit) const;
+
+    Ref<NSString> target_, log_;
+    std::vector<Ref<NSDictionary>> own_;                            // the attributes of both
     Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
-    std::set<std::string, std::less<>> places_;                     // the real paths, as they were last seen
+    Places places_;                                                 // of what is watched, as last seen
 };
 
 } // namespace publish::serving
