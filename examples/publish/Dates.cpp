@@ -7,6 +7,9 @@ namespace publish {
 
 namespace {
 
+// When years begin, since 1970.
+constexpr NSTimeInterval kYear1 = -62'135'596'800, kYear1000 = -30'610'224'000, kYear10000 = 253'402'300'800;
+
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
@@ -42,7 +45,6 @@ NSString *shown(NSCalendarDate *date, NSString *format) {
 
 // The format, with the zeros that "%Y" does not write.
 NSString *paddedForm(NSString *format, NSCalendarDate *date) {
-    constexpr NSTimeInterval kYear1000 = -30'610'224'000; // since 1970
     if (date->timeIntervalSince1970() >= kYear1000)
         return format;
     NSString *const zeros = "000"_ns->substringToIndex(4 - shown(date, "%Y"_ns)->length());
@@ -56,6 +58,15 @@ NSCalendarDate *dateIn(NSString *text) {
         return date;
     const std::int32_t seconds = text->ctimeFromHTTPDate();
     return seconds ? NSCalendarDate::dateWithCTime(seconds) : nullptr;
+}
+
+NSCalendarDate *dateOf(id value) {
+    auto *const date = qb::castOrNil<NSDate>(value);
+    if (!date)
+        return dateIn(value->stringValue());
+    const NSTimeInterval seconds = date->timeIntervalSince1970();
+    return seconds >= kYear1 && seconds < kYear10000 ? NSCalendarDate::dateWithTimeIntervalSince1970(seconds)
+                                                     : nullptr;
 }
 
 // The texts are sorted, too, so that each year has four digits.

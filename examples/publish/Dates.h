@@ -11,6 +11,10 @@ namespace publish {
 /// or time that there is not.
 NSCalendarDate *dateIn(NSString *text);
 
+/// Returns the instant of a date object of the years 1 to 9999, which is how plug-ins may give it, or that of
+/// a text as above; nil otherwise.
+NSCalendarDate *dateOf(id value);
+
 /// Returns a date as "2024-05-01T12:30:00Z".
 NSString *isoText(NSCalendarDate *date);
 

@@ -50,13 +50,6 @@ NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText)
     return NSString::stringWith(html);
 }
 
-// A plug-in may give a date itself.
-NSCalendarDate *dateOf(id value) {
-    auto *const date = qb::castOrNil<NSDate>(value);
-    return date ? NSCalendarDate::dateWithTimeIntervalSince1970(date->timeIntervalSince1970())
-                : dateIn(value->stringValue());
-}
-
 // A page's date, if it has one, gets the forms that its readers want.
 bool addDates(Page &page) {
     const id value = page.head->objectForKey("date"_ns);

@@ -21,8 +21,16 @@ bool readAt(int file, std::uint64_t place, Header &header) {
            readAll(file, &header, sizeof header) == static_cast<ssize_t>(sizeof header);
 }
 
-// Whether whole pages are missing at the end of a library, as while it is just being copied: the C library
-// maps them all the same, and the process ends at the first touch.
+// The size that its parts must lie in. Where somebody took the table of sections off, and with it the zeros
+// in front of it, the rest of the last page is zeros.
+std::uint64_t sizeForParts(const struct stat &status, const ElfW(Ehdr) & header) {
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    return header.e_shoff != 0 ? size : (size + page - 1) / page * page;
+}
+
+// Whether the file is the beginning of a library only, as one that is just being copied is: the C library
+// maps what is not there, and the process ends at the first touch.
 bool isCutOff(const char *path) noexcept {
     const Descriptor file(sys::open(path, O_RDONLY | O_NONBLOCK));
     struct stat status;
@@ -31,8 +39,7 @@ bool isCutOff(const char *path) noexcept {
         !readAt(file.get(), 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_phentsize != sizeof(ElfW(Phdr)))
         return false;
-    const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-    const std::uint64_t size = (static_cast<std::uint64_t>(status.st_size) + page - 1) / page * page;
+    const std::uint64_t size = sizeForParts(status, header);
     for (unsigned i = 0; i < header.e_phnum; ++i) {
         ElfW(Phdr) part;
         if (!readAt(file.get(), header.e_phoff + i * sizeof part, part) ||

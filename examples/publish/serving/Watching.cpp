@@ -2,11 +2,19 @@
 
 #include "../Files.h"
 
-#include <algorithm>
-
 namespace publish::serving {
 
 namespace {
+
+// Of what a link leads to, too; nil when nothing is there.
+NSDictionary *attributesAt(NSString *path) {
+    return NSFileManager::defaultManager()->fileAttributesAtPath(path, /*traverseLink=*/YES);
+}
+
+bool isSame(NSDictionary *file, NSDictionary *other) {
+    return file && other && file->fileSystemFileNumber() == other->fileSystemFileNumber() &&
+           file->fileSystemNumber() == other->fileSystemNumber();
+}
 
 bool isLink(NSDictionary *attributes) {
     return attributes && attributes->fileType()->isEqual(NSFileTypeSymbolicLink);
@@ -14,8 +22,9 @@ bool isLink(NSDictionary *attributes) {
 
 } // namespace
 
-Watch::Watch(NSString *directory, NSString *target, NSString *log) : target_(target), log_(log) {
-    noteOwn();
+Watch::Watch(NSString *directory, NSString *target, NSString *log)
+    : target_(target), ownLog_(log ? attributesAt(log) : nullptr) {
+    noteTarget();
     const std::string place = realPath(directory);
     places_.insert(place);
     states_->setObjectForKey(stateOf(directory, place), directory);
@@ -23,21 +32,13 @@ Watch::Watch(NSString *directory, NSString *target, NSString *log) : target_(tar
 
 // --- What this program writes itself ---
 
-void Watch::noteOwn() {
-    own_.clear();
-    for (NSString *path : {target_.get(), log_.get()})
-        if (path)
-            if (NSDictionary *const attributes =
-                    NSFileManager::defaultManager()->fileAttributesAtPath(path, /*traverseLink=*/YES))
-                own_.emplace_back(attributes);
+// Another directory may stand there by now; but the log stays the file that was opened, whatever its name is.
+void Watch::noteTarget() {
+    ownTarget_ = attributesAt(target_);
 }
 
-// Whatever its name is by now.
 bool Watch::isOwn(NSDictionary *attributes) const {
-    return attributes && std::any_of(own_.begin(), own_.end(), [attributes](const Ref<NSDictionary> &own) {
-               return attributes->fileSystemFileNumber() == own->fileSystemFileNumber() &&
-                      attributes->fileSystemNumber() == own->fileSystemNumber();
-           });
+    return isSame(attributes, ownTarget_) || isSame(attributes, ownLog_);
 }
 
 // Calls `visit` with the relative path and the attributes of everything else that stands below a place.
@@ -88,8 +89,7 @@ void Watch::addLinkedFrom(NSString *directory, Places &seen) {
         if (!isLink(attributes))
             return;
         NSString *const link = place->stringByAppendingPathComponent(path);
-        NSDictionary *const linked =
-            NSFileManager::defaultManager()->fileAttributesAtPath(link, /*traverseLink=*/YES);
+        NSDictionary *const linked = attributesAt(link);
         if (!linked || isOwn(linked) || !linked->fileType()->isEqual(NSFileTypeDirectory))
             return;
         add(link);
@@ -99,7 +99,6 @@ void Watch::addLinkedFrom(NSString *directory, Places &seen) {
 
 // A digest of the list, so that a large site costs no memory.
 NSString *Watch::stateOf(NSString *path, const std::string &real) const {
-    NSFileManager *const files = NSFileManager::defaultManager();
     QBMD5OutputStream *const digest = QBMD5OutputStream::stream();
     const auto note = [this, digest](NSString *name, NSDictionary *attributes) {
         if (isOwn(attributes))
@@ -111,12 +110,11 @@ NSString *Watch::stateOf(NSString *path, const std::string &real) const {
                             modified ? modified->timeIntervalSince1970() : 0);
     };
     NSString *const place = NSString::stringWith(real);
-    note(place, files->fileAttributesAtPath(path, /*traverseLink=*/YES));
+    note(place, attributesAt(path));
     walk(place, [&](NSString *below, NSDictionary *attributes) {
         note(below, attributes);
         if (isLink(attributes))
-            note(below, files->fileAttributesAtPath(place->stringByAppendingPathComponent(below),
-                                                    /*traverseLink=*/YES));
+            note(below, attributesAt(place->stringByAppendingPathComponent(below)));
     });
     return digest->md5Hash();
 }
@@ -124,7 +122,7 @@ NSString *Watch::stateOf(NSString *path, const std::string &real) const {
 bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
-    noteOwn();
+    noteTarget();
     places_.clear();
     for (id element : *states_->allKeys()) {
         auto *path = static_cast<NSString *>(element);

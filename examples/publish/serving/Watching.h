@@ -8,7 +8,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace publish::serving {
 
@@ -35,13 +34,13 @@ private:
     static bool isWithinAny(const Places &places, std::string_view place);
     void addLinkedFrom(NSString *directory, Places &seen);
     NSString *stateOf(NSString *path, const std::string &real) const;
-    void noteOwn();
+    void noteTarget();
     bool isOwn(NSDictionary *attributes) const;
     template <class Visit>
     void walk(NSString *place, Visit visit) const;
 
-    Ref<NSString> target_, log_;
-    std::vector<Ref<NSDictionary>> own_;                            // the attributes of both
+    Ref<NSString> target_;
+    Ref<NSDictionary> ownTarget_, ownLog_;                          // attributes; nil when it is not there
     Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
     Places places_;                                                 // of what is watched, as last seen
 };
