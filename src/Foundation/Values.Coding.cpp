@@ -269,17 +269,27 @@ void NSDictionary::encodeWithCoder(NSCoder *coder) const {
 
 BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
     const auto wanted = decode<std::uint32_t>(coder, "I");
-    std::uint32_t stored = 0;
+    std::vector<Pair> entries;
     qb::refill(table_, mutations_, [&] {
-        for (; stored < wanted; ++stored) { // at once: others that lead back here may compare it
+        while (entries.size() < wanted) {
             const id key = coder->decodeObject();
             const id value = coder->decodeObject();
             if (!value || !isCopy(key))
                 return;
-            store(key, value);
+            entries.emplace_back(key, value);
+            store(key, value); // at once: others that lead back here may compare it
         }
     });
-    return stored == wanted && count() == wanted;
+    const bool isWhole = entries.size() == wanted;
+    if (isWhole && count() != wanted) // the entries have changed it
+        qb::refill(table_, mutations_, [&] {
+            for (const auto &[key, value] : entries)
+                store(key, value);
+        });
+    if (isWhole && count() == wanted)
+        return YES;
+    qb::refill(table_, mutations_, [] {}); // a part would keep what leads back here
+    return NO;
 }
 
 // --- Dates ---

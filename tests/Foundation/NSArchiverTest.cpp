@@ -355,6 +355,21 @@ TEST_F(NSArchiverTest, ContainersAreReadAsTheyWereWhateverIsAddedMeanwhile) {
     EXPECT_EQ(read->count(), 1u);
     read->removeAllObjects(); // its element has it
 
+    auto *const table = NSMutableDictionary::dictionaryWith({{"k"_ns, node}, {"l"_ns, "y"_ns}});
+    node->children = NSMutableArray::initWith({table});
+    NSData *const ofTable = NSKeyedArchiver::archivedDataWithRootObject(table);
+    node->children = nullptr;
+    TreeNode::onDecoding = [](NSCoder *coder) {
+        const auto *tables = static_cast<NSMutableArray *>(coder->decodeObjectForKey("children"_ns));
+        static_cast<NSMutableDictionary *>(tables->objectAtIndex(0))->setObjectForKey("x"_ns, "m"_ns);
+    };
+    auto *const readTable = qb::castOrNil<NSMutableDictionary>(
+        NSKeyedUnarchiver::unarchiveObjectWithData(ofTable, nodeClasses()));
+    TreeNode::onDecoding = [](NSCoder *) {};
+    ASSERT_NE(readTable, nullptr);
+    EXPECT_EQ(describe(readTable->allKeys()), "(k, l)");
+    readTable->removeAllObjects();
+
     const auto expectSame = [](auto object, auto change) {
         const Ref<NSObject> filled = Ref<NSObject>::adopt(object);
         change(object);

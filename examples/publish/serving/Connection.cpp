@@ -1,6 +1,8 @@
 #include "Connection.h"
 
 #include <algorithm>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -12,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kTimeForRequest = 10s; // until a head is whole
 constexpr auto kTimeForBlock = 30s;   // until some of an answer is taken
-constexpr auto kTimeForParting = 2s;  // until the client ends a connection that was ended here
+constexpr auto kTimeForParting = 2s;  // until the client, which has everything, ends the connection, too
 
 constexpr std::uint32_t kBlock = 64 * 1024;
 
@@ -64,6 +66,8 @@ Connection::Progress Connection::goOn(Clock::time_point now) {
 }
 
 bool Connection::checkTime(Clock::time_point now) {
+    if (state_ == State::parting && now >= deadline_ - kTimeForBlock + kTimeForParting && !isOnItsWay())
+        return false;
     if (now < deadline_)
         return true;
     if (state_ != State::receiving || received_.empty())
@@ -147,12 +151,18 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     state_ = answer_.keepsConnection ? State::receiving : State::parting;
     if (state_ == State::parting) {
         ::shutdown(socket_->socketHandle(), SHUT_WR);
-        deadline_ = now + kTimeForParting;
+        deadline_ = now + kTimeForBlock;
         return Progress::made;
     }
     deadline_ = now + kTimeForRequest;
     takeRequest(now);
     return Progress::made;
+}
+
+// Whether the client has not taken yet all that was sent.
+bool Connection::isOnItsWay() const {
+    int bytes = 0;
+    return ::ioctl(socket_->socketHandle(), SIOCOUTQ, &bytes) == 0 && bytes != 0;
 }
 
 // Reads on until the client has everything and ends the connection, too: closed with something unread, it

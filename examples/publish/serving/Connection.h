@@ -42,6 +42,7 @@ private:
     bool fillBlock();
     Progress endAnswer(Clock::time_point now);
     Progress part();
+    bool isOnItsWay() const;
 
     Ref<OSSocket> socket_;
     const std::string &root_;
