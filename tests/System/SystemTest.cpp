@@ -28,18 +28,15 @@ public:
     Alarm(int milliseconds, void (*handler)(int)) {
         struct sigaction action {};
         action.sa_handler = handler;
-        EXPECT_EQ(sys::sigaction(SIGALRM, &action, &old_), 0);
+        EXPECT_EQ(sys::sigaction(SIGALRM, &action, nullptr), 0);
         const itimerval timer{{0, milliseconds * 1000}, {0, milliseconds * 1000}};
         EXPECT_EQ(::setitimer(ITIMER_REAL, &timer, nullptr), 0);
     }
     ~Alarm() {
         const itimerval none{};
         ::setitimer(ITIMER_REAL, &none, nullptr);
-        sys::sigaction(SIGALRM, &old_, nullptr);
+        ::signal(SIGALRM, SIG_IGN); // one may still be on its way to another thread
     }
-
-private:
-    struct sigaction old_ {};
 };
 
 } // namespace
