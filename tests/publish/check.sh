@@ -518,7 +518,9 @@ publish --quiet --filter 'cat; case $PUBLISH_PAGE in d*) (read -r x <go; echo la
 # The command of a run that was killed ends in the next one.
 "${launcher[@]}" "$program" --filter 'echo >gone; read -r x <go' "$site" "$out" &
 read -r _ <gone
-kill -9 $!
+killed=$!
+[ ${#launcher[@]} -eq 0 ] || killed=$(ps -o pid= --ppid $! | tr -d ' ') # not what has launched it
+kill -9 "$killed"
 wait $! 2>/dev/null || true
 rows_fail 1 <<'ROWS'
 --filter 'head -c 5; echo >go; rm go; sleep 1; kill -9 $PPID' "$site" "$out"|deep/text.html: the filter was ended before it was done
