@@ -78,24 +78,33 @@ TEST_F(QBBlowfishOutputFilterTest, AStreamOfAnotherMakerIsDecipheredInPiecesOfAn
         EXPECT_EQ(deciphered(sixteen(), stream, piece), kText) << piece;
 }
 
-// The header is a block of the chain that begins with zeros: one run deciphers all of a stream.
+// The header is a block of the chain that begins with zeros: one run deciphers all of a stream. Without the
+// chain, each block comes out with the secret one before it.
 TEST_F(QBBlowfishOutputFilterTest, OpenSslDeciphersStreamsUnderRandomKeys) {
-    const std::string openssl =
-        "openssl enc -d -bf-cbc -provider legacy -provider default -nopad -iv 0000000000000000 -K ";
-    if (outputOf(openssl + "00 </dev/null 2>&1 && echo yes").empty())
+    const std::string openssl = "openssl enc -d -provider legacy -provider default -nopad ";
+    const char *const modes[] = {"-bf-cbc -iv 0000000000000000 -K ", "-bf-ecb -K "};
+    if (outputOf(openssl + modes[0] + "00 </dev/null 2>&1 && echo yes").empty())
         GTEST_SKIP() << "openssl is not installed, or has no Blowfish";
     Random random;
-    std::string command = "true", texts[40];
+    std::string commands[] = {"true", "true"}, texts[40], chains;
     for (std::uint32_t i = 0; i < std::size(texts); ++i) {
         // OpenSSL's keys have 16 bytes, and the cipher repeats shorter ones.
         const std::string key = randomBytes(random, std::size_t{1} << random.below(5));
         const std::string longKey = times(16 / key.size(), key);
         texts[i] = randomBytes(random, random.length(12));
         const std::string file = std::to_string(i);
-        directory_.write(file, enciphered(dataOf(key), texts[i], 1 + random.below(100), /*seed=*/i + 1));
-        command += " && " + openssl + describe(string(longKey)->asHexString()) + " -in " + directory_ / file;
+        const std::string stream = enciphered(dataOf(key), texts[i], 1 + random.below(100), /*seed=*/i + 1);
+        directory_.write(file, stream);
+        chains += std::string(8, '\0') + stream.substr(0, stream.size() - 8);
+        for (std::size_t mode = 0; mode < 2; ++mode)
+            commands[mode] += " && " + openssl + modes[mode] + describe(string(longKey)->asHexString()) +
+                              " -in " + directory_ / file;
     }
-    std::string streams = outputOf(command);
+    std::string streams = outputOf(commands[0]), blocks = outputOf(commands[1]);
+    ASSERT_EQ(blocks.size(), chains.size());
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        blocks[i] = static_cast<char>(blocks[i] ^ chains[i]);
+    EXPECT_TRUE(blocks == streams);
     for (std::uint32_t i = 0; i < std::size(texts); ++i) {
         const std::size_t size = 8 * (texts[i].size() / 8 + 3);
         ASSERT_GE(streams.size(), size);
@@ -120,6 +129,7 @@ TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {
     const Ref<Filter> encoder = Filter::initWithKey(sixteen(), /*decrypt=*/NO, target, /*randomSeed=*/1);
     EXPECT_EQ(writesOf(target).size(), 1u); // the header, at once
     encoder->writeBuffer(kText.data(), 17);
+    encoder->flush(); // not of what is no block yet
     EXPECT_EQ(writesOf(target).size(), 3u);
     encoder->close();
     encoder->close();

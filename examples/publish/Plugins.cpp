@@ -5,6 +5,18 @@
 
 namespace publish {
 
+namespace {
+
+// The null object takes the value of its key away.
+void addEntries(NSDictionary *entries, NSMutableDictionary *head) {
+    head->addEntriesFromDictionary(entries);
+    for (id key : *entries->allKeys())
+        if (IsNil(entries->objectForKey(key)))
+            head->removeObjectForKey(key);
+}
+
+} // namespace
+
 bool Plugins::load(NSString *directory) {
     if (!directory)
         return true;
@@ -42,7 +54,7 @@ bool Plugins::addValues(Site &site) const {
         for (Class *const cls : classes_) {
             const id values = send<id>(cls, "valuesForPage:body:"_sel, page.head.get(), page.body.get());
             if (auto *dictionary = qb::castOrNil<NSDictionary>(values))
-                page.head->addEntriesFromDictionary(dictionary);
+                addEntries(dictionary, page.head);
         }
         if (!settle(page) || hasFailed())
             return false;

@@ -20,8 +20,8 @@ public:
     /// library has no such class. A file that is no library ends the program, see `OSDynamicLoader`.
     bool load(NSString *directory);
 
-    /// Adds the plug-ins' values to the head of each page, where a later plug-in's replace an earlier one's.
-    /// Returns false, with an error raised, when one failed.
+    /// Adds the plug-ins' values to the head of each page, where a later plug-in's replace an earlier one's
+    /// and the null object takes a value away. Returns false, with an error raised, when one failed.
     bool addValues(Site &site) const;
 
 private:

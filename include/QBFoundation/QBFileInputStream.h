@@ -41,10 +41,11 @@ public:
 
     /// Returns the next line without its end, autoreleased; nil at the end of the file.
     ///
-    /// A line has at most 999 bytes, what is longer comes in pieces. It ends at the first carriage return or
-    /// line feed behind another character, so that an empty line is its line end, and at a NUL. Lines that
-    /// were appended since the file was opened are read too. Raises 100023 (path, system text); what was read
-    /// of the line is returned.
+    /// A line is read up to its line feed, or 999 bytes of it, so that what is longer comes in pieces. Of
+    /// what was read, the text ends at the first carriage return or line feed behind another character, so
+    /// that an empty line is its line end, or at a NUL; what stands behind that is dropped. Lines that were
+    /// appended since the file was opened are read too. Raises 100023 (path, system text); what was read of
+    /// the line is returned.
     virtual NSString *readLine();
 
     /// The next byte as a signed value; 0 after an error.

@@ -42,9 +42,10 @@ class QBRegularExpressionMatchObject;
 /// nothing.
 ///
 /// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
-/// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up; a
-/// single long text can still take much memory and time with a pattern such as "^[ab]*a[ab]{30}c", which has
-/// very many states.
+/// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
+/// unless the locale has changed since then, in which the pattern would mean something else; a single long
+/// text can still take much memory and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many
+/// states.
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more

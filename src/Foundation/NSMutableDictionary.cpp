@@ -41,6 +41,15 @@ Ref<NSMutableDictionary> NSMutableDictionary::initWithObjectsForKeys(NSArray *ob
     return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithObjectsForKeys, objects, forKeys);
 }
 
+Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary(NSDictionary *other, BOOL copyItems) {
+    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithCopies, other, copyItems);
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                                     std::uint32_t count) {
+    return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithBuffers, objects, forKeys, count);
+}
+
 BOOL NSMutableDictionary::setUpWithCapacity(std::uint32_t capacity) {
     table_.reserve(capacity);
     return YES;

@@ -39,6 +39,10 @@ Ref<NSMutableSet> NSMutableSet::initWithSet(NSSet *other) {
     return qb::init<NSMutableSet>(&NSMutableSet::setUpWithSet, other);
 }
 
+Ref<NSMutableSet> NSMutableSet::initWithSet(NSSet *other, BOOL copyItems) {
+    return qb::init<NSMutableSet>(&NSMutableSet::setUpWithCopies, other, copyItems);
+}
+
 BOOL NSMutableSet::setUpWithCapacity(std::uint32_t capacity) {
     table_.reserve(capacity);
     return YES;

@@ -3,6 +3,7 @@
 
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSData.h>
+#include <QBFoundation/Foundation/NSMutableString.h>
 #include <QBFoundation/Foundation/NSNumber.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
@@ -131,6 +132,10 @@ std::span<const qb::Method> qb::tables::stringEncoding() {
 
 Ref<NSString> NSString::initWithData(NSData *data, std::uint32_t encoding) {
     return initWithDataOfClass(cls(), data, encoding);
+}
+
+Ref<NSMutableString> NSMutableString::initWithData(NSData *data, std::uint32_t encoding) {
+    return static_cast<NSMutableString *>(initWithDataOfClass(cls(), data, encoding).get());
 }
 
 NSArray *NSString::availableStringEncodings() {

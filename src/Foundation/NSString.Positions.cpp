@@ -1,7 +1,7 @@
 // Positions in texts that are not all ASCII.
 //
-// The place that was asked for last is kept, for one text at a time, so that going through a text character
-// by character, from either end, takes time linear in its length.
+// The place that was asked for last is kept, for two texts at a time, so that going through a text character
+// by character, from either end and beside another one, takes time linear in its length.
 #include <QBFoundation/Foundation/NSString.h>
 
 #include <QBFoundation/Foundation/NSException.h>
@@ -13,13 +13,34 @@
 
 namespace {
 
-// The texts whose place and length are kept. Their flags tell whether they know of it, so that a text that
-// has changed or gone since, or another at its address, takes nothing from here.
-constinit const NSString *placedText = nullptr;
-constinit std::uint32_t placedUnit = 0;
-constinit std::uint32_t placedByte = 0;
-constinit const NSString *measuredText = nullptr;
-constinit std::uint32_t measuredLength = 0;
+// What is known of the two texts that were asked last. The flags of a text tell whether that holds, so that
+// one that has changed or gone since, or another at its address, takes nothing from here.
+template <class Fact>
+class Notes {
+public:
+    const Fact *find(const NSString *text) const {
+        const unsigned place = texts_[latest_] == text ? latest_ : 1 - latest_;
+        return texts_[place] == text ? &facts_[place] : nullptr;
+    }
+    void keep(const NSString *text, Fact fact) {
+        if (texts_[latest_] != text)
+            latest_ = 1 - latest_;
+        texts_[latest_] = text;
+        facts_[latest_] = fact;
+    }
+
+private:
+    const NSString *texts_[2] = {};
+    Fact facts_[2] = {};
+    unsigned latest_ = 0;
+};
+
+struct Spot {
+    std::uint32_t unit, byte;
+};
+
+constinit Notes<Spot> spots;
+constinit Notes<std::uint32_t> lengths;
 
 std::uint32_t unitsOf(const char *from, const char *end) {
     return static_cast<std::uint32_t>(qb::text::utf16Units(from, static_cast<std::size_t>(end - from)));
@@ -30,22 +51,22 @@ std::uint32_t unitsOf(const char *from, const char *end) {
 std::uint32_t NSString::length() const {
     if (isAscii())
         return byteLength_;
-    if (!(flags_ & kHasLength) || measuredText != this) {
-        measuredLength = unitsOf(bytes_, bytes_ + byteLength_);
-        measuredText = this;
-        flags_ |= kHasLength;
-    }
-    return measuredLength;
+    const std::uint32_t *const known = flags_ & kHasLength ? lengths.find(this) : nullptr;
+    if (known)
+        return *known;
+    const std::uint32_t length = unitsOf(bytes_, bytes_ + byteLength_);
+    lengths.keep(this, length);
+    flags_ |= kHasLength;
+    return length;
 }
 
 NSString::Place NSString::lastPlace() const {
-    return (flags_ & kHasPlace) && placedText == this ? Place{placedUnit, placedByte} : Place{};
+    const Spot *const known = flags_ & kHasPlace ? spots.find(this) : nullptr;
+    return known ? Place{known->unit, known->byte} : Place{};
 }
 
 NSString::Place NSString::notePlace(Place place) const {
-    placedText = this;
-    placedUnit = place.unit;
-    placedByte = place.byte;
+    spots.keep(this, {place.unit, place.byte});
     flags_ |= kHasPlace;
     return place;
 }

@@ -88,6 +88,15 @@ bool isCopy(id object) {
     }
 }
 
+// Whether a dictionary has these entries in this order, and no others.
+bool isMadeOf(const NSDictionary &dictionary, const std::vector<NSDictionary::Pair> &entries) {
+    auto next = entries.begin();
+    for (const NSDictionary::Pair entry : dictionary)
+        if (next == entries.end() || entry != *next++)
+            return false;
+    return next == entries.end();
+}
+
 } // namespace
 
 const std::vector<Class *> &qb::archive::valueClasses() {
@@ -281,14 +290,19 @@ BOOL NSDictionary::setUpWithCoder(NSCoder *coder) {
         }
     });
     const bool isWhole = entries.size() == wanted;
-    if (isWhole && count() != wanted) // the entries have changed it
-        qb::refill(table_, mutations_, [&] {
-            for (const auto &[key, value] : entries)
-                store(key, value);
-        });
-    if (isWhole && count() == wanted)
+    if (isWhole && isMadeOf(*this, entries))
         return YES;
-    qb::refill(table_, mutations_, [] {}); // a part would keep what leads back here
+    const auto empty = [this] { qb::refill(table_, mutations_, [] {}); };
+    empty(); // a part, or what the entries have put here, would keep what leads back here
+    if (!isWhole)
+        return NO;
+    qb::refill(table_, mutations_, [&] {
+        for (const auto &[key, value] : entries)
+            store(key, value);
+    });
+    if (count() == wanted)
+        return YES;
+    empty();
     return NO;
 }
 

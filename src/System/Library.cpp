@@ -29,6 +29,12 @@ std::uint64_t sizeForParts(const struct stat &status, const ElfW(Ehdr) & header)
     return header.e_shoff != 0 ? size : (size + page - 1) / page * page;
 }
 
+// Whether the C library would wait for somebody at the file's other end.
+bool isPipe(const char *path) noexcept {
+    struct stat status;
+    return sys::stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
 // Whether the file is the beginning of a library only, as one that is just being copied is: the C library
 // maps what is not there, and the process ends at the first touch.
 bool isCutOff(const char *path) noexcept {
@@ -50,16 +56,21 @@ bool isCutOff(const char *path) noexcept {
     return false;
 }
 
+void *refuse() noexcept {
+    ::dlerror(); // of an earlier one
+    errno = ENOEXEC;
+    return nullptr;
+}
+
 } // namespace
 
 void *dlopen(const char *path, int flags) noexcept {
-    if (path && std::strchr(path, '/') && isCutOff(path)) {
+    const bool isFile = path && std::strchr(path, '/');
+    if (isFile && isPipe(path))
+        return refuse();
+    if (isFile && isCutOff(path)) {
         void *const loaded = ::dlopen(path, flags | RTLD_NOLOAD); // it may have been whole once
-        if (!loaded) {
-            ::dlerror();
-            errno = ENOEXEC;
-        }
-        return loaded;
+        return loaded ? loaded : refuse();
     }
     return attempt(Call::dlopen, [&] { return ::dlopen(path, flags); });
 }

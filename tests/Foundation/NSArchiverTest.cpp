@@ -355,19 +355,21 @@ TEST_F(NSArchiverTest, ContainersAreReadAsTheyWereWhateverIsAddedMeanwhile) {
     EXPECT_EQ(read->count(), 1u);
     read->removeAllObjects(); // its element has it
 
-    auto *const table = NSMutableDictionary::dictionaryWith({{"k"_ns, node}, {"l"_ns, "y"_ns}});
+    auto *const table =
+        NSMutableDictionary::dictionaryWith({{"i"_ns, "1"_ns}, {"k"_ns, node}, {"l"_ns, "y"_ns}});
     node->children = NSMutableArray::initWith({table});
     NSData *const ofTable = NSKeyedArchiver::archivedDataWithRootObject(table);
     node->children = nullptr;
     TreeNode::onDecoding = [](NSCoder *coder) {
         const auto *tables = static_cast<NSMutableArray *>(coder->decodeObjectForKey("children"_ns));
-        static_cast<NSMutableDictionary *>(tables->objectAtIndex(0))->setObjectForKey("x"_ns, "m"_ns);
+        static_cast<NSMutableDictionary *>(tables->objectAtIndex(0))
+            ->setDictionary(NSDictionary::dictionaryWith({{"m"_ns, "x"_ns}})); // as many keys as before
     };
     auto *const readTable = qb::castOrNil<NSMutableDictionary>(
         NSKeyedUnarchiver::unarchiveObjectWithData(ofTable, nodeClasses()));
     TreeNode::onDecoding = [](NSCoder *) {};
     ASSERT_NE(readTable, nullptr);
-    EXPECT_EQ(describe(readTable->allKeys()), "(k, l)");
+    EXPECT_EQ(describe(readTable->allKeys()), "(i, k, l)");
     readTable->removeAllObjects();
 
     const auto expectSame = [](auto object, auto change) {

@@ -21,7 +21,8 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     NSArray *const values = NSArray::arrayWithObjects(number(1), number(2));
     id objects[2] = {}, words[2] = {};
     NSDictionary::dictionaryWithObjectsForKeys(values, keys)->getObjects(objects, words);
-    EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(objects, words, 2)), "{a = 1; b = 2; }");
+    EXPECT_EQ(describe(NSMutableDictionary::dictionaryWithObjectsForKeys(objects, words, 2)),
+              "{a = 1; b = 2; }");
     for (const char *maker : {"dictionaryWithObjects:forKeys:", "initWithObjects:forKeys:"})
         EXPECT_EQ(made(NSMutableDictionary::cls(), maker, {values, keys}), "{a = 1; b = 2; }");
     for (const char *maker : {"dictionaryWithObject:forKey:", "initWithObject:forKey:"})
@@ -31,7 +32,7 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     EXPECT_REASON(NSDictionary::dictionaryWithObjectsForKeys(values, NSArray::arrayWithObject("a"_ns)),
                   "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
     NSDictionary *const lists = NSDictionary::dictionaryWithObjectForKey(NSMutableArray::array(), "list"_ns);
-    const Ref<NSDictionary> copies = NSDictionary::initWithDictionary(lists, /*copyItems=*/YES);
+    const Ref<NSDictionary> copies = NSMutableDictionary::initWithDictionary(lists, /*copyItems=*/YES);
     static_cast<NSMutableArray *>(lists->objectForKey("list"_ns))->addObject("x"_ns);
     EXPECT_EQ(describe(copies.get()), "{list = (); }");
 }

@@ -46,7 +46,7 @@ TEST_F(NSSetTest, CopiesOfTheElementsAreTakenOnlyWhenAsked) {
     NSMutableString *const text = NSMutableString::stringWith("a");
     NSSet *const set = NSSet::setWithSet(NSSet::setWithObject(text));
     EXPECT_EQ(NSSet::initWithSet(set, /*copyItems=*/NO)->anyObject(), text);
-    const Ref<NSSet> copies = NSSet::initWithSet(set, /*copyItems=*/YES);
+    const Ref<NSSet> copies = NSMutableSet::initWithSet(set, /*copyItems=*/YES);
     text->appendString("b"_ns);
     EXPECT_EQ(elements(copies), "(a)");
     set->makeObjectsPerformSelector("appendString:"_sel, "c"_ns);

@@ -1,6 +1,7 @@
 #include "support/ServicesFixture.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 using OSDynamicLoaderTest = ServicesFixture;
 
@@ -34,8 +35,12 @@ TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
     ASSERT_NE(::dladdr(reinterpret_cast<const void *>(&::puts), &library), 0);
     std::filesystem::copy_file(library.dli_fname, file);
     std::filesystem::resize_file(file, 5000);
-    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }),
-              "[T] (P) [] [100241] The library '" + file + "' could not be loaded: Exec format error\n\n");
+    const std::string refusal =
+        "[T] (P) [] [100241] The library '" + file + "' could not be loaded: Exec format error\n\n";
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }), refusal);
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); // that nobody writes to
+    EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }), refusal);
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nullptr); }),
               "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "
               "cannot open shared object file: No such file or directory\n\n");

@@ -106,6 +106,7 @@ TEST_F(OSSocketTest, ClosedSocketsAnswerWithTheirNumbers) {
         {100207, "-1", [&] { pair.client->receiveWithBuffer(&byte, 1, 10, NO); }},
         {100207, "-1", [&] { pair.client->readLine(); }},
         {900051, "-1 Bad file descriptor", [&] { pair.client->setNonBlocking(); }},
+        {900051, "-1 Bad file descriptor", [&] { pair.client->setCloseOnExec(); }},
         {900052, "-1 Bad file descriptor", [&] { OSSocket::acceptSocketFromListener(pair.client); }},
         {100206, "Broken pipe", [&] { pair.peer->sendBuffer("a", 1); }}, // and no signal
     };
@@ -147,19 +148,29 @@ TEST_F(OSSocketTest, StateIsWrittenToTheErrorLog) {
 TEST_F(OSSocketTest, StepsAreTracedAndWorkOfTheNetworkIsMeasured) {
     activateChannel("socket");
     OSDebugPrinter::globalDebugPrinter()->setProfileChannelsActive(NSArray::arrayWithObject("netio"_ns));
+    CapturedOutput output;
     const Ref<OSSocket> server = OSSocket::initServerSocketOnHost(nullptr, 0);
     const Ref<OSSocket> client = OSSocket::initClientSocketToHost(nullptr, boundTo(server).second);
-    CapturedOutput output;
-    OSSocket::clientSocketToHost(nullptr, boundTo(server).second);
+    Ref<OSSocket> named = OSSocket::initServerSocketWithName(path("named"));
+    OSSocket::clientSocketWithName(path("named"))->sendBuffer("ab", 2);
+    named = nullptr;
     debug = 9;
     char byte;
     client->bufferedReceiveWithBuffer(&byte, 1, /*timeout=*/5, NO);
     const std::string text = output.end();
-    for (const char *line :
-         {"initClientSocketToHost:onPort: -> Connecting client socket ", "[start:netio] connecting to a host",
-          "[end  :netio] connecting to a host",
-          "receiveWithBuffer:length:timeout:performPeek: -> waiting max 5 milliseconds for input\n",
-          "bufferedReceiveWithBuffer:length:timeout:performPeek: -> bytes received into the buffer: -1 of "
-          "65536\n"})
+    const std::string namedHere = describe(path("named"));
+    for (const std::string &line : std::initializer_list<std::string>{
+             "initWithSocketType: -> Creating new socket with domain 2, sockType 1, and protocol 0.\n",
+             "New socket handle is ", "_initServerSocketOnAddr:host:port: -> Binding internet socket ",
+             " -> Listening on socket ", " with backlog 5.\n", "Binding client socket ",
+             "initClientSocketToHost:onPort: -> Connecting client socket ",
+             "[start:netio] connecting to a host", "[end  :netio] connecting to a host",
+             "Creating new socket with domain 1, sockType 1, and protocol 0.",
+             " with name " + namedHere + ".\n", "Listening on Unix socket ",
+             "Initializing client socket with name '" + namedHere + "'\n", "sent bytes: 2 of 2\n",
+             "dealloc -> Deallocing socket ",
+             "receiveWithBuffer:length:timeout:performPeek: -> waiting max 5 milliseconds for input\n",
+             "bufferedReceiveWithBuffer:length:timeout:performPeek: -> bytes received into the buffer: -1 of "
+             "65536\n"})
         EXPECT_NE(text.find(line), std::string::npos) << line << "is missing in " << text;
 }

@@ -119,6 +119,8 @@ TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
             ask("Name?");
         ask("End?");
         ask("Again?");
+        ::close(STDIN_FILENO);
+        ask("Closed?");
     });
     std::string expected;
     for (const std::string &answer : answers) {
@@ -128,8 +130,9 @@ TEST_F(OSUserIOTest, TheUserAnswersWithALine) {
     EXPECT_TRUE(terminal.answer("> ", Terminal::kEnd));
     EXPECT_TRUE(
         terminal.answer("> ", std::string("here") + Terminal::kEnd + Terminal::kEnd)); // without a line end
-    EXPECT_EQ(terminal.end(),
-              expected + "End?\n> []\n900040: end of input\nAgain?\n> [here]\n900040: end of input\n");
+    EXPECT_EQ(terminal.end(), expected +
+                                  "End?\n> []\n900040: end of input\nAgain?\n> [here]\n900040: end of input\n"
+                                  "Closed?\n> []\n900040: Bad file descriptor\n");
 }
 
 TEST_F(OSUserIOTest, TheUserChoosesOneOfTheDescribedCharacters) {

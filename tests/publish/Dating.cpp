@@ -16,6 +16,7 @@ public:
         return NSDictionary::dictionaryWith({
             {"date"_ns, NSCalendarDate::dateWithTimeIntervalSince1970(86400)},
             {"enciphered"_ns, "YES"_ns},
+            {"template"_ns, QBNil::value()},
         });
     }
 };

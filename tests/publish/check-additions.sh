@@ -17,7 +17,7 @@ publish --quiet --plugins "$plugins" "$site" "$out"
 mkdir "$work/plugins" "$work/twice" "$work/dating"
 cp "$dating" "$plugins"/*.so "$work/dating"
 echo secret >"$work/key"
-printf '{ title = T; }\n---\n{{page.httpDate}} {{page.url}}' >"$site/pages/dated.html"
+printf '{ title = T; template = none; }\n---\n{{page.httpDate}} {{page.url}}' >"$site/pages/dated.html"
 publish --quiet --key-file "$work/key" --plugins "$work/dating" "$site" "$out"
 [ "$(publish --key-file "$work/key" --decipher "$out/dated.html.enc" | tail -1)" = 'Fri, 02 Jan 1970 00:00:00 GMT dated.html.enc' ] ||
     fail "a page with a plug-in's date: $(ls "$out")"

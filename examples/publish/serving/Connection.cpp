@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include <algorithm>
+#include <climits>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -66,8 +67,8 @@ Connection::Progress Connection::goOn(Clock::time_point now) {
 }
 
 bool Connection::checkTime(Clock::time_point now) {
-    if (state_ == State::parting && now >= deadline_ - kTimeForBlock + kTimeForParting && !isOnItsWay())
-        return false;
+    if (state_ == State::parting)
+        noteTaken(now);
     if (now < deadline_)
         return true;
     if (state_ != State::receiving || received_.empty())
@@ -151,7 +152,8 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     state_ = answer_.keepsConnection ? State::receiving : State::parting;
     if (state_ == State::parting) {
         ::shutdown(socket_->socketHandle(), SHUT_WR);
-        deadline_ = now + kTimeForBlock;
+        untaken_ = INT_MAX;
+        noteTaken(now);
         return Progress::made;
     }
     deadline_ = now + kTimeForRequest;
@@ -159,10 +161,13 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     return Progress::made;
 }
 
-// Whether the client has not taken yet all that was sent.
-bool Connection::isOnItsWay() const {
+// Gives the client more time when it has taken some of what was sent.
+void Connection::noteTaken(Clock::time_point now) {
     int bytes = 0;
-    return ::ioctl(socket_->socketHandle(), SIOCOUTQ, &bytes) == 0 && bytes != 0;
+    if (::ioctl(socket_->socketHandle(), SIOCOUTQ, &bytes) != 0 || bytes >= untaken_)
+        return;
+    untaken_ = bytes;
+    deadline_ = now + (bytes != 0 ? kTimeForBlock : kTimeForParting);
 }
 
 // Reads on until the client has everything and ends the connection, too: closed with something unread, it

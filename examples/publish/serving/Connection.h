@@ -42,7 +42,7 @@ private:
     bool fillBlock();
     Progress endAnswer(Clock::time_point now);
     Progress part();
-    bool isOnItsWay() const;
+    void noteTaken(Clock::time_point now);
 
     Ref<OSSocket> socket_;
     const std::string &root_;
@@ -51,6 +51,7 @@ private:
     Answer answer_;
     std::string block_;    // what is to be sent next,
     std::size_t sent_ = 0; // of it
+    int untaken_ = 0;      // of what was sent to a client that is parted with
     Clock::time_point deadline_;
 };
 

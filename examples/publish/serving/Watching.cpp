@@ -2,6 +2,10 @@
 
 #include "../Files.h"
 
+#include <algorithm>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace publish::serving {
 
 namespace {
@@ -11,20 +15,14 @@ NSDictionary *attributesAt(NSString *path) {
     return NSFileManager::defaultManager()->fileAttributesAtPath(path, /*traverseLink=*/YES);
 }
 
-bool isSame(NSDictionary *file, NSDictionary *other) {
-    return file && other && file->fileSystemFileNumber() == other->fileSystemFileNumber() &&
-           file->fileSystemNumber() == other->fileSystemNumber();
-}
-
 bool isLink(NSDictionary *attributes) {
     return attributes && attributes->fileType()->isEqual(NSFileTypeSymbolicLink);
 }
 
 } // namespace
 
-Watch::Watch(NSString *directory, NSString *target, NSString *log)
-    : target_(target), ownLog_(log ? attributesAt(log) : nullptr) {
-    noteTarget();
+Watch::Watch(NSString *directory, NSString *target, NSString *log) : target_(target), log_(log) {
+    noteOwn();
     const std::string place = realPath(directory);
     places_.insert(place);
     states_->setObjectForKey(stateOf(directory, place), directory);
@@ -32,13 +30,32 @@ Watch::Watch(NSString *directory, NSString *target, NSString *log)
 
 // --- What this program writes itself ---
 
-// Another directory may stand there by now; but the log stays the file that was opened, whatever its name is.
-void Watch::noteTarget() {
-    ownTarget_ = attributesAt(target_);
+// Another directory may have the target's name by now, and another file the log's.
+void Watch::noteOwn() {
+    own_.clear();
+    for (NSString *path : {target_.get(), log_.get()})
+        if (NSDictionary *const attributes = path ? attributesAt(path) : nullptr)
+            own_.emplace_back(attributes->fileSystemNumber(), attributes->fileSystemFileNumber());
+    noteOpen();
+}
+
+// A log that is open is written to, whatever its name is.
+void Watch::noteOpen() {
+    NSArray *const descriptors = NSFileManager::defaultManager()->directoryContentsAtPath("/proc/self/fd"_ns);
+    for (std::uint32_t i = 0; descriptors && i < descriptors->count(); ++i) {
+        const int file = descriptors->objectAtIndex(i)->stringValue()->intValue();
+        struct stat info;
+        if (::fstat(file, &info) == 0 && S_ISREG(info.st_mode) &&
+            (::fcntl(file, F_GETFL) & O_ACCMODE) != O_RDONLY)
+            own_.emplace_back(info.st_dev, info.st_ino);
+    }
 }
 
 bool Watch::isOwn(NSDictionary *attributes) const {
-    return isSame(attributes, ownTarget_) || isSame(attributes, ownLog_);
+    if (!attributes)
+        return false;
+    const Identity file(attributes->fileSystemNumber(), attributes->fileSystemFileNumber());
+    return std::find(own_.begin(), own_.end(), file) != own_.end();
 }
 
 // Calls `visit` with the relative path and the attributes of everything else that stands below a place.
@@ -122,7 +139,7 @@ NSString *Watch::stateOf(NSString *path, const std::string &real) const {
 bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
-    noteTarget();
+    noteOwn();
     places_.clear();
     for (id element : *states_->allKeys()) {
         auto *path = static_cast<NSString *>(element);

@@ -8,6 +8,8 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace publish::serving {
 
@@ -15,8 +17,8 @@ namespace publish::serving {
 /// that they lead to, and what is watched may be a link.
 class Watch {
 public:
-    /// `target` and `log`: what this program writes itself, wherever it stands, which does not count; `log`
-    /// is nil for none.
+    /// `target` and `log`: what this program writes itself, wherever it stands, which does not count; nor
+    /// does any file that it has open for writing. `log` is nil for none.
     Watch(NSString *directory, NSString *target, NSString *log);
 
     /// Watches a directory or file too, unless it is watched with another. It counts as changed once, because
@@ -30,17 +32,20 @@ public:
 private:
     /// Real paths.
     using Places = std::set<std::string, std::less<>>;
+    /// The numbers of a file's file system and of the file.
+    using Identity = std::pair<std::uint64_t, std::uint64_t>;
 
     static bool isWithinAny(const Places &places, std::string_view place);
     void addLinkedFrom(NSString *directory, Places &seen);
     NSString *stateOf(NSString *path, const std::string &real) const;
-    void noteTarget();
+    void noteOwn();
+    void noteOpen();
     bool isOwn(NSDictionary *attributes) const;
     template <class Visit>
     void walk(NSString *place, Visit visit) const;
 
-    Ref<NSString> target_;
-    Ref<NSDictionary> ownTarget_, ownLog_;                          // attributes; nil when it is not there
+    Ref<NSString> target_, log_;
+    std::vector<Identity> own_;                                     // as last seen
     Ref<NSMutableDictionary> states_ = NSMutableDictionary::init(); // under the paths
     Places places_;                                                 // of what is watched, as last seen
 };

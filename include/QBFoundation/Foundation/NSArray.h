@@ -332,6 +332,9 @@ public:
     static NSMutableArray *arrayWith(std::initializer_list<id> elements) {
         return initWith(elements).autorelease();
     }
+    static NSMutableArray *arrayWith(std::span<const id> elements) {
+        return initWith(elements).autorelease();
+    }
     static NSMutableArray *array() { return init().autorelease(); }
     static NSMutableArray *arrayWithObject(id object) { return arrayWith({object}); }
     template <class... T>

@@ -382,6 +382,7 @@ public:
     /// Returns an empty dictionary with room for `capacity` keys.
     static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableDictionary> initWithDictionary(NSDictionary *other);
+    static Ref<NSMutableDictionary> initWithDictionary(NSDictionary *other, BOOL copyItems);
     static NSMutableDictionary *dictionaryWithContentsOfFile(NSString *path) {
         return initWithContentsOfFile(path).autorelease();
     }
@@ -389,11 +390,17 @@ public:
         return qb::init<NSMutableDictionary>(&NSMutableDictionary::setUpWithContentsOfFile, path);
     }
     static Ref<NSMutableDictionary> initWithObjectsForKeys(NSArray *objects, NSArray *forKeys);
+    static Ref<NSMutableDictionary> initWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                           std::uint32_t count);
     static NSMutableDictionary *dictionaryWithObjectForKey(id object, id key) {
         return dictionaryWith({{key, object}});
     }
     static NSMutableDictionary *dictionaryWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
         return initWithObjectsForKeys(objects, forKeys).autorelease();
+    }
+    static NSMutableDictionary *dictionaryWithObjectsForKeys(const id *objects, const id *forKeys,
+                                                             std::uint32_t count) {
+        return initWithObjectsForKeys(objects, forKeys, count).autorelease();
     }
     template <class... T>
     static Ref<NSMutableDictionary> initWithObjectsAndKeys(const T &...objectsAndKeys) {

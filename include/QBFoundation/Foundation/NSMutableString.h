@@ -35,6 +35,7 @@ public:
     static Ref<NSMutableString> initWithCharacters(const unichar *characters, std::uint32_t length);
     static Ref<NSMutableString> initWithBytes(const void *bytes, std::uint32_t length);
     static Ref<NSMutableString> initWithData(NSData *data);
+    static Ref<NSMutableString> initWithData(NSData *data, std::uint32_t encoding);
     template <class... V>
     static NSMutableString *stringWithFormat(NSString *format, const V &...values) {
         return initWithFormat(format, values...).autorelease();

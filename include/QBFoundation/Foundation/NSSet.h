@@ -156,6 +156,7 @@ public:
     static Ref<NSMutableSet> initWithCapacity(std::uint32_t capacity);
     static Ref<NSMutableSet> initWithArray(NSArray *array);
     static Ref<NSMutableSet> initWithSet(NSSet *other);
+    static Ref<NSMutableSet> initWithSet(NSSet *other, BOOL copyItems);
 
     /// Adds `object` unless an equal element is there. Throws InvalidArgumentException when it is nil.
     virtual void addObject(id object);

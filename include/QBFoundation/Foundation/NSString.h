@@ -205,8 +205,8 @@ public:
     ///
     /// "%@" takes an object and writes its description, "(null)" for nil; "%%" is one per cent sign. A value
     /// of another kind than its conversion wants, or a missing one, makes the format invalid: the result is
-    /// its own text then.
-    /// A width or precision of "*" is taken from the values.
+    /// its own text then. A width or precision of "*" is taken from the values. A conversion that the format
+    /// ends in is left out.
     template <class... V>
     static NSString *stringWithFormat(NSString *format, const V &...values) {
         return qb::withArgList(
@@ -555,7 +555,7 @@ private:
         kKnowsAscii = 1,
         kIsAscii = 2,
         kOwnsBytes = 4,
-        kHasPlace = 8, // unless another text took the note of the last place, or of the length, over
+        kHasPlace = 8, // unless other texts took the note of the last place, or of the length, over
         kHasLength = 16
     };
 

@@ -92,7 +92,8 @@ public:
     ///
     /// Raises 100222 (path) for what is no link, 100194 and 100023 (path, system text).
     static NSString *symlinkTarget(NSString *path);
-    /// Returns whether the files differ: NO only for two files of the same bytes.
+    /// Returns whether the files differ: NO only for two files of the same size and the same bytes. Files
+    /// that state no size, as those of /proc do, count as empty.
     ///
     /// Raises 100194 and 100023 (path, system text) for a file that can't be asked, opened or read, and
     /// answers NO.
@@ -192,7 +193,8 @@ QB_EXPORT char *_pathRelativeToDir(const char *path, const char *directory);
 /// that the walk is inside of already, or that is its own target, 100199 (link text, link, system text); the
 /// others as the next ones.
 QB_EXPORT void _copyPath(const char *source, const char *target, BOOL targetIsNewName);
-/// Copies a file's bytes and permissions to `name` (null: the source's) in a directory that exists.
+/// Copies a file's bytes, as many as it states to have, and permissions to `name` (null: the source's) in a
+/// directory that exists.
 ///
 /// Raises 100197 (name) for more than 254 bytes, 100039 (source) without source, 100023 (source, system text)
 /// for reading and 100024 (target, system text) for writing, 100156.

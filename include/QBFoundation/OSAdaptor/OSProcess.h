@@ -14,9 +14,10 @@
 ///
 /// A program is a command, looked up on the search path, and its arguments; its environment is this process's
 /// with the variables of the dictionary added or replaced. Arguments, names and values are the objects'
-/// `stringValue`. A handle points to a descriptor that becomes one of the standard streams, and is closed in
-/// the new process if it is none; a null handle leaves the stream as it is here. The program gets no other
-/// descriptor, default actions for all signals, and blocks none.
+/// `stringValue`. A handle points to a descriptor that becomes one of the standard streams, in the order
+/// input, output, error, so that one which is a standard stream itself means what that is by then; it is
+/// closed in the new process if it is none. A null handle leaves the stream as it is here. The program gets
+/// no other descriptor, default actions for all signals, and blocks none.
 ///
 /// What goes wrong in the new process before the program runs, be it that there is no such program, ends it
 /// with exit status 17 and a line for the category "alert": an argument with a NUL in it is such a failure,

@@ -163,8 +163,9 @@ public:
     virtual NSData *readBytes(std::uint32_t count, std::int64_t withTimeout);
     /// Returns the bytes up to the next line feed, which is taken, too, without carriage returns.
     ///
-    /// What is there counts as a line at the end, at the time-out, and where the socket would block: an empty
-    /// string, if there is nothing. So it is, and nothing is taken, while an error is pending.
+    /// What is there counts as a line at the end, at the time-out, where the socket would block, and when a
+    /// signal interrupts the wait: an empty string, if there is nothing. So it is, and nothing is taken,
+    /// while an error is pending.
     NSString *readLine() { return readLineWithTimeout(0); }
     virtual NSString *readLineWithTimeout(std::int64_t timeout);
 

@@ -12,9 +12,9 @@ class OSSocket;
 /// Reads from a socket, which it retains, through the socket's buffer; several streams on one socket share
 /// it.
 ///
-/// Reads wait for all bytes that they ask for, and deliver fewer at the end only. Those with a time-out, in
-/// milliseconds, also deliver fewer when nothing has come for so long; see `bufferedReceiveWithBuffer:…` of
-/// `OSSocket`, whose errors they raise.
+/// Reads wait for all bytes that they ask for, and deliver fewer at the end, where the socket would block,
+/// and when a signal interrupts them. Those with a time-out, in milliseconds, also deliver fewer when nothing
+/// has come for so long; see `bufferedReceiveWithBuffer:…` of `OSSocket`, whose errors they raise.
 class QB_EXPORT OSSocketInputStream : public QBInputStream {
 public:
     OSSocketInputStream() noexcept;
