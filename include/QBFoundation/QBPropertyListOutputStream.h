@@ -11,7 +11,8 @@
 /// Lists stand in parentheses, dictionaries in braces with one "key = value;" a line, each level indented by
 /// two blanks more. Strings, and what has only a `stringValue`, are written as their `stringRepresentation`,
 /// data as its `description`. Nil-like values are left out. `targetData` is the text; `propertyList` reads it
-/// back.
+/// back. Keys are written like values: with keys that are data or containers, or two of the same text, it
+/// can't be read back.
 ///
 /// A list or dictionary inside `kDeepestNesting` others or more is written as "...", raises 900003 (depth)
 /// and ends the value: what is open is closed, and nothing more of it is written.

@@ -221,8 +221,14 @@ BOOL NSFileManager::changeFileAttributes(NSDictionary *attributes, NSString *pat
         return NO;
     if (!attributes)
         return YES;
-    auto *mode = qb::castOrNil<NSNumber>(attributes->objectForKey(NSFilePosixPermissions));
-    auto *date = qb::castOrNil<NSDate>(attributes->objectForKey(NSFileModificationDate));
+    const id permissions = attributes->objectForKey(NSFilePosixPermissions);
+    const id modified = attributes->objectForKey(NSFileModificationDate);
+    auto *const mode = qb::castOrNil<NSNumber>(permissions);
+    auto *const date = qb::castOrNil<NSDate>(modified);
+    if (mode != permissions || date != modified) {
+        errno = EINVAL;
+        return NO;
+    }
     bool isDone = true;
     if (mode)
         isDone = sys::chmod(path->cString(), mode->unsignedIntValue() & kPermissionBits) == 0;

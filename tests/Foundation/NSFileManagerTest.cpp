@@ -47,6 +47,8 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
         EXPECT_TRUE(manager_->changeFileAttributes(attributes, path("f")));
         EXPECT_EQ(status("f").st_mtime > 1000, seconds > 0);
     }
+    attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, "384"_ns}}); // no number
+    EXPECT_FALSE(manager_->changeFileAttributes(attributes, path("f")));
 
     BOOL isDirectory = YES;
     EXPECT_TRUE(manager_->fileExistsAtPath(path("f"), &isDirectory) && !isDirectory);

@@ -56,7 +56,8 @@ public:
     /// Returns the attributes, autoreleased, by the keys above; nil when nothing is there. `traverseLink`:
     /// those of what a link leads to, else of the link itself.
     virtual NSDictionary *fileAttributesAtPath(NSString *path, BOOL traverseLink) const;
-    /// Sets NSFilePosixPermissions and NSFileModificationDate; others are left alone.
+    /// Sets NSFilePosixPermissions, a number, and NSFileModificationDate, a date, and nothing when one of
+    /// them is of another class; others are left alone.
     virtual BOOL changeFileAttributes(NSDictionary *attributes, NSString *path);
     /// Whether both are the same, or files with the same bytes, links with the same text, or directories of
     /// which that holds for all that is in them.
@@ -76,13 +77,14 @@ public:
     // --- Trees ---
 
     /// Copies a file, a link as a link, or a directory with all that is in it, with permissions. NO when
-    /// something has the name `toPath`, or it lies inside of `path`; what was copied when it fails stays.
-    /// `handler` is not used.
+    /// something has the name `toPath`, or it lies inside of `path`, and for pipes, sockets and devices; what
+    /// was copied when it fails stays. Holes of files are filled. `handler` is not used.
     virtual BOOL copyPath(NSString *path, NSString *toPath, id handler = nullptr);
     /// Gives the file, link or files of a directory at `path` further names at `toPath`, and makes the
     /// directories; else as `copyPath:toPath:handler:`.
     virtual BOOL linkPath(NSString *path, NSString *toPath, id handler = nullptr);
-    /// Renames, or copies and removes where that does not go; else as `copyPath:toPath:handler:`.
+    /// Renames, or copies, which gives new times, and removes where that does not go; else as
+    /// `copyPath:toPath:handler:`.
     virtual BOOL movePath(NSString *path, NSString *toPath, id handler = nullptr);
     /// Removes a file, a link, or a directory with all that is in it. It goes on after a failure and removes
     /// what it can. `handler` is not used.

@@ -205,8 +205,8 @@ public:
     ///
     /// "%@" takes an object and writes its description, "(null)" for nil; "%%" is one per cent sign. A value
     /// of another kind than its conversion wants, or a missing one, makes the format invalid: the result is
-    /// its own text then. A width or precision of "*" is taken from the values. A conversion that the format
-    /// ends in is left out.
+    /// its own text then. A conversion that the format ends in is left out. Widths and precisions count
+    /// bytes, also within characters; those of "*" are taken from the values.
     template <class... V>
     static NSString *stringWithFormat(NSString *format, const V &...values) {
         return qb::withArgList(

@@ -38,10 +38,11 @@ public:
     virtual std::int32_t makeWriteHandleUninheritable() { return 0; }
 
     /// Reads once, up to `length` bytes. Returns how many they are, 0 at the end of the data; -1, with an
-    /// `errno`, after an error: EINTR when a signal came first, EBADF when the end is closed.
+    /// `errno`, after an error: EINTR when a signal came first whose handler does not let calls go on, EBADF
+    /// when the end is closed.
     virtual std::int32_t read(void *buffer, std::uint32_t length);
     /// Writes once. Returns how many bytes were taken, perhaps fewer than `length`; -1, with an `errno`,
-    /// after an error: EINTR when a signal came first, EPIPE (and no signal) when nobody reads any more,
+    /// after an error: EINTR when such a signal came first, EPIPE (and no signal) when nobody reads any more,
     /// EBADF when the end is closed.
     virtual std::int32_t write(const void *buffer, std::uint32_t length);
 

@@ -10,7 +10,8 @@
 /// Reads from a pipe, which it keeps, and closes that end when it is closed itself.
 ///
 /// The end of the data is what the system answers, 0. A signal that comes first ends a read with -1, as any
-/// error does; `errno` tells them apart.
+/// error does, unless its handler lets calls go on, as those that `OSProcess` registers do; `errno` tells
+/// them apart.
 class QB_EXPORT OSPipeInputStream : public QBInputStream {
 public:
     OSPipeInputStream() noexcept = default;
