@@ -18,9 +18,10 @@ namespace {
 template <class Fact>
 class Notes {
 public:
-    const Fact *find(const NSString *text) const {
-        const unsigned place = texts_[latest_] == text ? latest_ : 1 - latest_;
-        return texts_[place] == text ? &facts_[place] : nullptr;
+    const Fact *find(const NSString *text) {
+        if (texts_[1 - latest_] == text)
+            latest_ = 1 - latest_;
+        return texts_[latest_] == text ? &facts_[latest_] : nullptr;
     }
     void keep(const NSString *text, Fact fact) {
         if (texts_[latest_] != text)
