@@ -8,10 +8,9 @@ namespace publish {
 namespace {
 
 // The null object takes the value of its key away.
-void addEntries(NSDictionary *entries, NSMutableDictionary *head) {
-    head->addEntriesFromDictionary(entries);
-    for (id key : *entries->allKeys())
-        if (IsNil(entries->objectForKey(key)))
+void removeNulls(NSMutableDictionary *head) {
+    for (id key : *head->allKeys())
+        if (IsNil(head->objectForKey(key)))
             head->removeObjectForKey(key);
 }
 
@@ -54,7 +53,8 @@ bool Plugins::addValues(Site &site) const {
         for (Class *const cls : classes_) {
             const id values = send<id>(cls, "valuesForPage:body:"_sel, page.head.get(), page.body.get());
             if (auto *dictionary = qb::castOrNil<NSDictionary>(values))
-                addEntries(dictionary, page.head);
+                page.head->addEntriesFromDictionary(dictionary);
+            removeNulls(page.head);
         }
         if (!settle(page) || hasFailed())
             return false;

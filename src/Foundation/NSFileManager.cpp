@@ -130,6 +130,16 @@ NSArray *arrayOf(const std::vector<std::string> &texts) {
     return array;
 }
 
+// Whether the attributes that are set have their classes; sets errno when not.
+bool canBeSet(NSDictionary *attributes) {
+    const id mode = attributes ? attributes->objectForKey(NSFilePosixPermissions) : nullptr;
+    const id date = attributes ? attributes->objectForKey(NSFileModificationDate) : nullptr;
+    const bool isUsable = qb::castOrNil<NSNumber>(mode) == mode && qb::castOrNil<NSDate>(date) == date;
+    if (!isUsable)
+        errno = EINVAL;
+    return isUsable;
+}
+
 bool writeContents(sys::Descriptor &file, NSData *contents) {
     return (!contents || sys::writeAll(file.get(), contents->bytes(), contents->length()) == 0) &&
            file.close() == 0;
@@ -217,18 +227,12 @@ NSDictionary *NSFileManager::fileAttributesAtPath(NSString *path, BOOL traverseL
 }
 
 BOOL NSFileManager::changeFileAttributes(NSDictionary *attributes, NSString *path) {
-    if (!namesSomething(path))
+    if (!namesSomething(path) || !canBeSet(attributes))
         return NO;
     if (!attributes)
         return YES;
-    const id permissions = attributes->objectForKey(NSFilePosixPermissions);
-    const id modified = attributes->objectForKey(NSFileModificationDate);
-    auto *const mode = qb::castOrNil<NSNumber>(permissions);
-    auto *const date = qb::castOrNil<NSDate>(modified);
-    if (mode != permissions || date != modified) {
-        errno = EINVAL;
-        return NO;
-    }
+    auto *mode = qb::castOrNil<NSNumber>(attributes->objectForKey(NSFilePosixPermissions));
+    auto *date = qb::castOrNil<NSDate>(attributes->objectForKey(NSFileModificationDate));
     bool isDone = true;
     if (mode)
         isDone = sys::chmod(path->cString(), mode->unsignedIntValue() & kPermissionBits) == 0;
@@ -255,7 +259,7 @@ NSData *NSFileManager::contentsAtPath(NSString *path) const {
 }
 
 BOOL NSFileManager::createFileAtPath(NSString *path, NSData *contents, NSDictionary *attributes) {
-    if (!namesSomething(path))
+    if (!namesSomething(path) || !canBeSet(attributes))
         return NO;
     sys::Descriptor file(sys::openExclusive(path->cString(), 0666));
     const bool isNew = static_cast<bool>(file);
@@ -309,7 +313,7 @@ BOOL NSFileManager::removeFileAtPath(NSString *path, id) {
 }
 
 BOOL NSFileManager::createDirectoryAtPath(NSString *path, NSDictionary *attributes) {
-    return namesSomething(path) && sys::mkdir(path->cString(), 0777) == 0 &&
+    return namesSomething(path) && canBeSet(attributes) && sys::mkdir(path->cString(), 0777) == 0 &&
            changeFileAttributes(attributes, path);
 }
 

@@ -29,10 +29,10 @@ std::uint64_t sizeForParts(const struct stat &status, const ElfW(Ehdr) & header)
     return header.e_shoff != 0 ? size : (size + page - 1) / page * page;
 }
 
-// Whether the C library would wait for somebody at the file's other end.
-bool isPipe(const char *path) noexcept {
+// Whether the C library may wait for what comes from there, as from a pipe or a terminal.
+bool mayWait(const char *path) noexcept {
     struct stat status;
-    return sys::stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+    return sys::stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 // Whether the file is the beginning of a library only, as one that is just being copied is: the C library
@@ -66,7 +66,7 @@ void *refuse() noexcept {
 
 void *dlopen(const char *path, int flags) noexcept {
     const bool isFile = path && std::strchr(path, '/');
-    if (isFile && isPipe(path))
+    if (isFile && mayWait(path))
         return refuse();
     if (isFile && isCutOff(path)) {
         void *const loaded = ::dlopen(path, flags | RTLD_NOLOAD); // it may have been whole once

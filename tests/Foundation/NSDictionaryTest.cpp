@@ -21,8 +21,7 @@ TEST_F(NSDictionaryTest, IsMadeFromArraysBuffersAndArguments) {
     NSArray *const values = NSArray::arrayWithObjects(number(1), number(2));
     id objects[2] = {}, words[2] = {};
     NSDictionary::dictionaryWithObjectsForKeys(values, keys)->getObjects(objects, words);
-    EXPECT_EQ(describe(NSMutableDictionary::dictionaryWithObjectsForKeys(objects, words, 2)),
-              "{a = 1; b = 2; }");
+    EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(objects, words, 2)), "{a = 1; b = 2; }");
     for (const char *maker : {"dictionaryWithObjects:forKeys:", "initWithObjects:forKeys:"})
         EXPECT_EQ(made(NSMutableDictionary::cls(), maker, {values, keys}), "{a = 1; b = 2; }");
     for (const char *maker : {"dictionaryWithObject:forKey:", "initWithObject:forKey:"})

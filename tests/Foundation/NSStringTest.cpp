@@ -35,6 +35,15 @@ TEST_F(NSStringTest, PositionsAreThoseOfAPlainModelInAnyOrderOfAsking) {
     }
 }
 
+TEST_F(NSStringTest, PositionsAreForgottenWhenTextsChangeOrGo) {
+    NSMutableString *const text = NSMutableString::stringWith("äbcd");
+    EXPECT_EQ(text->characterAtIndex(3), 'd');
+    text->insertString("€"_ns, 0);
+    EXPECT_EQ(text->characterAtIndex(3), 'c');
+    for (const char *bytes : {"äbcd", "€€cd"}) // one in the other's place
+        EXPECT_EQ(NSString::initWith(bytes)->characterAtIndex(3), 'd');
+}
+
 TEST_F(NSStringTest, PositionsBeyondTheEndThrowAndNothingChanges) {
     NSMutableString *const text = NSMutableString::stringWith("a€"); // two characters
     EXPECT_REASON(text->characterAtIndex(2), "NSString characterAtIndex: must have an index below 2.");

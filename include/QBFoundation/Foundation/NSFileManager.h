@@ -77,8 +77,8 @@ public:
     // --- Trees ---
 
     /// Copies a file, a link as a link, or a directory with all that is in it, with permissions. NO when
-    /// something has the name `toPath`, or it lies inside of `path`, and for pipes, sockets and devices; what
-    /// was copied when it fails stays. Holes of files are filled. `handler` is not used.
+    /// something has the name `toPath`, or it lies inside of `path`; what was copied when it fails stays. A
+    /// copy of a pipe, socket or device fails, and holes of files are filled. `handler` is not used.
     virtual BOOL copyPath(NSString *path, NSString *toPath, id handler = nullptr);
     /// Gives the file, link or files of a directory at `path` further names at `toPath`, and makes the
     /// directories; else as `copyPath:toPath:handler:`.
