@@ -34,7 +34,8 @@ int becomeProgram(void *context) {
 pid_t startChild(Start &start) {
     const sys::SignalsBlocked blocked;
     if (sys::canShareMemory()) {
-        const pid_t child = sys::startSharingMemory(becomeProgram, &start, start.program.argumentCount());
+        const pid_t child =
+            sys::startSharingMemory(blocked, becomeProgram, &start, start.program.argumentCount());
         if (child < 0 || !start.hasFailed)
             return child;
         sys::waitpid(child, nullptr, 0);

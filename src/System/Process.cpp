@@ -43,10 +43,14 @@ pid_t *placeOfId() {
     return place;
 }
 
-// For both sides of a start that shares the memory, and where an emulator has no such pages.
+void keepId(pid_t id) {
+    if (pid_t *const place = placeOfId())
+        *place = id;
+}
+
+// For a child that shares the memory, and where an emulator has no such pages.
 void forgetId() {
-    if (pid_t *const id = placeOfId())
-        *id = 0;
+    keepId(0);
 }
 
 int runSharingChild(void *start) {
@@ -83,13 +87,12 @@ pid_t cloneInPlace(int (*child)(void *), void *context, std::size_t pointers, in
     if (!stack)
         return -1;
     SharingStart start{child, context};
-    // A handler that ran in the child would find and change the parent's memory.
-    const SignalsBlocked blocked;
+    const pid_t self = getpid();
     const int error = errno;
     char **const list = ::environ;
     const pid_t process = ::clone(runSharingChild, stack, CLONE_VM | CLONE_VFORK | endSignal, &start);
     ::environ = list;
-    forgetId();
+    keepId(self);
     if (process >= 0)
         errno = error; // the child's calls have set it
     return process;
@@ -111,7 +114,8 @@ pid_t fork() noexcept {
     return attempt(Call::fork, [] { return ::fork(); });
 }
 
-pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers) noexcept {
+pid_t startSharingMemory(const SignalsBlocked &, int (*child)(void *context), void *context,
+                         std::size_t pointers) noexcept {
     if (fails(Call::startSharingMemory))
         return -1;
     return cloneInPlace(child, context, pointers, SIGCHLD);
@@ -127,6 +131,7 @@ bool canShareMemory() noexcept {
         return 0;
     };
     // Without a signal at its end, as it is nobody's affair.
+    const SignalsBlocked blocked;
     const pid_t child = cloneInPlace(write, nullptr, 0, /*endSignal=*/0);
     if (child < 0) {
         isKnown = errno == EINVAL; // an emulator, which knows no child without a signal
@@ -203,7 +208,8 @@ void resetSignals() noexcept {
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     for (int signal = 1; signal < NSIG; ++signal)
-        ::sigaction(signal, &action, nullptr);
+        if (signal != SIGKILL && signal != SIGSTOP) // which have no other
+            ::sigaction(signal, &action, nullptr);
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -18,13 +18,27 @@ namespace qb::sys {
 pid_t getpid() noexcept;
 /// Returns 0 in the child, its id in the parent.
 pid_t fork() noexcept;
+/// Blocks all signals in its scope, also in processes that begin in it. errno stays as it was.
+class SignalsBlocked {
+public:
+    SignalsBlocked() noexcept;
+    ~SignalsBlocked();
+    SignalsBlocked(const SignalsBlocked &) = delete;
+    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+    sigset_t mask_; // the one before
+};
+
 /// Runs `child(context)` in a new process, in this process's memory, which waits for it.
 ///
 /// As cheap as a start can be, for a child that goes on to `execvp` at once; what it returns is its exit
-/// status. What it writes to memory stays written here, except errno and which list is the environment. All
-/// signals are blocked in it. Its stack has 64 KiB and room for `pointers` pointers more. Returns the
-/// child's id once the child has another program or is at its end.
-pid_t startSharingMemory(int (*child)(void *context), void *context, std::size_t pointers = 0) noexcept;
+/// status. What it writes to memory stays written here, except errno and which list is the environment;
+/// signals are blocked, because a handler that ran in it would find and change this memory. Its stack has
+/// 64 KiB and room for `pointers` pointers more. Returns the child's id once the child has another program or
+/// is at its end.
+pid_t startSharingMemory(const SignalsBlocked &, int (*child)(void *context), void *context,
+                         std::size_t pointers = 0) noexcept;
 /// Returns whether that is so: emulators and memory checkers give the child a memory of its own, and don't
 /// wait.
 bool canShareMemory() noexcept;
@@ -45,18 +59,6 @@ int pipe(int ends[2]) noexcept;
 int dup2(int descriptor, int target) noexcept;
 /// Reads (null `action`) or sets what a signal does.
 int sigaction(int signal, const struct sigaction *action, struct sigaction *old) noexcept;
-/// Blocks all signals in its scope, also in processes that begin in it. errno stays as it was.
-class SignalsBlocked {
-public:
-    SignalsBlocked() noexcept;
-    ~SignalsBlocked();
-    SignalsBlocked(const SignalsBlocked &) = delete;
-    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
-
-private:
-    sigset_t mask_; // the one before
-};
-
 /// Gives each signal its default action and blocks none, as a new program may expect to find it.
 void resetSignals() noexcept;
 /// Ignores from now on the signals that a write may raise: it fails instead, or goes through.

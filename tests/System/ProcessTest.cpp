@@ -47,7 +47,7 @@ TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
     const auto alarmBefore = std::signal(SIGALRM, [](int) {});
     const auto userBefore = std::signal(SIGUSR1, SIG_IGN);
     int value = 17;
-    EXPECT_EQ(endOf(sys::startSharingMemory(child, &value)), 17);
+    EXPECT_EQ(endOf(sys::startSharingMemory(sys::SignalsBlocked(), child, &value)), 17);
     EXPECT_FALSE(isBlocked(SIGALRM));
     EXPECT_EQ(actionOf(SIGUSR1), SIG_IGN);
     std::signal(SIGALRM, alarmBefore);
@@ -70,6 +70,7 @@ TEST(ProcessTest, ChildSharingMemoryHasAnEnvironmentAndAStackForItself) {
         return sys::execvp(*list, list);
     };
     char **const before = sys::environment();
-    EXPECT_EQ(endOf(sys::startSharingMemory(child, arguments.data(), arguments.size())), 37);
+    EXPECT_EQ(
+        endOf(sys::startSharingMemory(sys::SignalsBlocked(), child, arguments.data(), arguments.size())), 37);
     EXPECT_EQ(sys::environment(), before);
 }
