@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <new>
 
 namespace qb {
@@ -21,16 +20,6 @@ inline void *allocateBuffer(std::size_t bytes) {
 inline void freeBuffer(void *buffer, std::size_t bytes) noexcept {
     if (buffer)
         freeObject(buffer, bytes);
-}
-
-/// Returns a buffer of `newBytes` that begins with the first `used` bytes of the old one, which is given
-/// back.
-inline void *growBuffer(void *buffer, std::size_t bytes, std::size_t used, std::size_t newBytes) {
-    void *const grown = allocateBuffer(newBytes);
-    if (used)
-        std::memcpy(grown, buffer, used);
-    freeBuffer(buffer, bytes);
-    return grown;
 }
 
 /// Calls `resize` with the capacity for at least `least` items: twice the old one but not above `most`, so

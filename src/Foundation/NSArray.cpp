@@ -130,8 +130,21 @@ Class *NSArray::cls() {
 NSArray::~NSArray() {
     for (std::uint32_t i = 0; i < count_; ++i)
         elements_[i]->release();
-    if (capacity_)
-        qb::freeBuffer(elements_, capacity_ * sizeof(id));
+    freeElements();
+}
+
+void NSArray::freeElements() noexcept {
+    if (front_ + capacity_ != 0)
+        qb::freeBuffer(elements_ - front_, (std::size_t{front_} + capacity_) * sizeof(id));
+}
+
+void NSArray::moveElements(std::size_t front, std::size_t capacity) {
+    auto *const moved = static_cast<id *>(qb::allocateBuffer((front + capacity) * sizeof(id))) + front;
+    std::copy_n(elements_, count_, moved);
+    freeElements();
+    elements_ = moved;
+    capacity_ = static_cast<std::uint32_t>(capacity);
+    front_ = static_cast<std::uint32_t>(front);
 }
 
 // A short array's memory is longer than its type says.
@@ -173,9 +186,7 @@ BOOL NSArray::setUpWithObjects(const id *objects, std::uint32_t count) {
     if (count > UINT32_MAX - count_)
         throw std::bad_alloc();
     const std::uint32_t all = count_ + count;
-    elements_ = static_cast<id *>(
-        qb::growBuffer(elements_, capacity_ * sizeof(id), count_ * sizeof(id), all * sizeof(id)));
-    capacity_ = all;
+    moveElements(0, all);
     copyElements(elements_ + count_, {objects, count});
     count_ = all;
     return YES;

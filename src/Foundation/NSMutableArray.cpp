@@ -9,12 +9,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
 namespace {
 
 constexpr std::uint64_t kMostElements = 0x10000000; // a buffer's bytes fit 32 bits
+constexpr std::uint32_t kLeastForFront = 32;        // fewer are moved at once
 
 void requireIndex(std::uint32_t index, std::uint32_t end, const char *selector) {
     if (index >= end)
@@ -86,12 +88,12 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
         return;
     if (capacity > kMostElements)
         throw InvalidArgumentException("NSMutableArray must have fewer elements.");
-    elements_ = static_cast<id *>(qb::growBuffer(elements_, capacity_ * sizeof(id), count_ * sizeof(id),
-                                                 static_cast<std::size_t>(capacity) * sizeof(id)));
-    capacity_ = static_cast<std::uint32_t>(capacity);
+    moveElements(0, static_cast<std::size_t>(capacity));
 }
 
 void NSMutableArray::reserveGrowing(std::uint64_t count) {
+    if (count > capacity_ && front_ > count_) // after many removals in front, as of a queue
+        moveBegin(-static_cast<std::ptrdiff_t>(front_), count_);
     if (count > capacity_)
         qb::growCapacity(capacity_, count, kMostElements,
                          [this](std::uint64_t capacity) { reserve(capacity); });
@@ -117,9 +119,37 @@ void NSMutableArray::addObjectsFromArray(NSArray *other) {
 void NSMutableArray::insertObject(id object, std::uint32_t atIndex) {
     qb::required(object, "NSMutableArray insertObject:atIndex:", "an object");
     requireIndex(atIndex, count_ + 1, "insertObject:atIndex:");
-    NSMutableArray::addObject(object); // whatever a subclass makes of its own
-    std::memmove(elements_ + atIndex + 1, elements_ + atIndex, (count_ - 1 - atIndex) * sizeof(id));
+    if (atIndex < count_ / 2 && hasRoomInFront()) {
+        object->retain();
+        moveBegin(-1, atIndex);
+        ++count_;
+        ++mutations_;
+    } else {
+        NSMutableArray::addObject(object); // whatever a subclass makes of its own
+        std::memmove(elements_ + atIndex + 1, elements_ + atIndex, (count_ - 1 - atIndex) * sizeof(id));
+    }
     elements_[atIndex] = object;
+}
+
+// Begins the elements so many places further back, or before where they began, and takes the first ones
+// along.
+void NSMutableArray::moveBegin(std::ptrdiff_t places, std::uint32_t count) {
+    std::memmove(elements_ + places, elements_, count * sizeof(id));
+    elements_ += places;
+    front_ = static_cast<std::uint32_t>(front_ + places);
+    capacity_ = static_cast<std::uint32_t>(capacity_ - places);
+}
+
+// Makes as much room as there are elements, so that many insertions in front seldom move all of them.
+bool NSMutableArray::hasRoomInFront() {
+    if (front_ != 0 || count_ < kLeastForFront || std::uint64_t{capacity_} + count_ > kMostElements)
+        return front_ != 0;
+    try {
+        moveElements(count_, capacity_);
+        return true;
+    } catch (const std::bad_alloc &) { // there may be room behind
+        return false;
+    }
 }
 
 void NSMutableArray::removeObjectAtIndex(std::uint32_t index) {
@@ -127,7 +157,10 @@ void NSMutableArray::removeObjectAtIndex(std::uint32_t index) {
     const id removed = elements_[index];
     --count_;
     ++mutations_;
-    std::memmove(elements_ + index, elements_ + index + 1, (count_ - index) * sizeof(id));
+    if (index < count_ / 2)
+        moveBegin(1, index);
+    else
+        std::memmove(elements_ + index, elements_ + index + 1, (count_ - index) * sizeof(id));
     removed->release(); // last, because its destructor may come back to this array
 }
 

@@ -2,9 +2,13 @@
 
 #include "System/Memory.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <new>
+#include <utility>
 
 namespace qb {
 
@@ -27,27 +31,138 @@ void freeObjectOfUnknownSize(void *memory) noexcept {
     std::free(memory);
 }
 
+std::int64_t pooledObjectsInUse() noexcept {
+    return 0;
+}
+
 #else
 
 namespace {
 
-// Chunks are aligned to their size, so that an object's address leads to its chunk's head.
+// Chunks are aligned to their size, so that an object's address leads to its chunk.
 constexpr std::size_t kChunkSize = 64 * 1024;
+constexpr std::size_t kStepsInWord = 64;
+constexpr std::size_t kWords = kChunkSize / kSizeStep / kStepsInWord;
+constexpr std::size_t kSizes = std::size(freeObjects);
 
-struct ChunkHead {
-    std::size_t sizeIndex; // of every object in the chunk
-};
-// A cache line, so that objects whose size is a power of two don't begin in one and end in the next.
-constexpr std::size_t kHeadSize = 64;
-static_assert(sizeof(ChunkHead) <= kHeadSize);
+constexpr std::size_t kCacheLine = 64;
 
-// What was not handed out yet: the part of the newest chunk of a size. Chunks are carved step by step, so
-// that objects made one after the other lie one after the other.
-struct Uncarved {
-    char *next = nullptr;
-    char *end = nullptr;
+// A chunk's head. Its objects, all of one size, begin behind it: at a cache line, so that those whose size is
+// a power of two don't begin in one and end in the next.
+//
+// Which of them are free is written here and not into them. So they are handed out in the order of their
+// addresses, however wildly they came back, and what is built of them lies together.
+struct alignas(kCacheLine) Chunk {
+    std::size_t size;       // of an object
+    std::uint32_t capacity; // in objects
+    std::uint32_t free;     // how many of them
+    Chunk *next;
+    Chunk **place;                // of the pointer to this one
+    std::uint64_t isFree[kWords]; // by step, whether a free object begins there
+
+    explicit Chunk(std::size_t objectSize);
+
+    void *at(std::size_t step) { return reinterpret_cast<char *>(this) + step * kSizeStep; }
+    std::size_t stepOf(const void *object) const {
+        return static_cast<std::size_t>(static_cast<const char *>(object) -
+                                        reinterpret_cast<const char *>(this)) /
+               kSizeStep;
+    }
 };
-constinit Uncarved uncarved[kLargestPooledSize / kSizeStep + 1];
+
+Chunk::Chunk(std::size_t objectSize)
+    : size(objectSize), capacity(static_cast<std::uint32_t>((kChunkSize - sizeof(Chunk)) / objectSize)),
+      free(capacity), next(nullptr), place(nullptr), isFree{} {
+    std::size_t step = sizeof(Chunk) / kSizeStep;
+    for (std::uint32_t i = 0; i < capacity; ++i, step += size / kSizeStep)
+        isFree[step / kStepsInWord] |= UINT64_C(1) << step % kStepsInWord;
+}
+
+// Those with free objects, by size in steps, and those that are free as a whole, for any size.
+constinit Chunk *available[kSizes] = {};
+constinit Chunk *unused = nullptr;
+
+constinit std::int64_t objectsOutside = 0; // of the chunks
+
+void link(Chunk &chunk, Chunk *&first) noexcept {
+    chunk.next = first;
+    chunk.place = &first;
+    if (first)
+        first->place = &chunk.next;
+    first = &chunk;
+}
+
+void unlink(Chunk &chunk) noexcept {
+    *chunk.place = chunk.next;
+    if (chunk.next)
+        chunk.next->place = chunk.place;
+}
+
+Chunk &chunkOf(void *object) noexcept {
+    const auto address = reinterpret_cast<std::uintptr_t>(object);
+    return *reinterpret_cast<Chunk *>(address & ~(std::uintptr_t{kChunkSize} - 1));
+}
+
+// Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
+void *newChunk() {
+    constexpr std::size_t kRegionSize = 16 * kChunkSize;
+    static constinit char *next = nullptr;
+    static constinit char *end = nullptr;
+    if (next == end) {
+        auto *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
+        if (!memory)
+            throw std::bad_alloc();
+        next = memory;
+        end = memory + kRegionSize;
+    }
+    return std::exchange(next, next + kChunkSize);
+}
+
+void addChunk(std::size_t size) {
+    void *memory = unused;
+    if (unused)
+        unlink(*unused);
+    else
+        memory = newChunk();
+    link(*new (memory) Chunk(size), available[size / kSizeStep]);
+}
+
+constexpr std::uint32_t kBatch = FreeObjects::kMost / 2;
+
+// Takes free objects out of a chunk, in an order in which the first ones come to be handed out first.
+void take(FreeObjects &free, Chunk &chunk) noexcept {
+    std::uint32_t left = std::min(kBatch, chunk.free);
+    free.count = left;
+    objectsOutside += left;
+    chunk.free -= left;
+    for (std::size_t word = 0; left != 0; ++word) {
+        std::uint64_t bits = chunk.isFree[word];
+        for (; bits != 0 && left != 0; bits &= bits - 1)
+            free.objects[--left] =
+                chunk.at(word * kStepsInWord + static_cast<std::size_t>(std::countr_zero(bits)));
+        chunk.isFree[word] = bits;
+    }
+    if (chunk.free == 0)
+        unlink(chunk);
+}
+
+// Puts objects back into the chunk of the first one. Returns the first one of another chunk, or the end.
+void **putBack(void **objects, void **end) noexcept {
+    Chunk &chunk = chunkOf(*objects);
+    void **object = objects;
+    for (; object != end && &chunkOf(*object) == &chunk; ++object) {
+        const std::size_t step = chunk.stepOf(*object);
+        chunk.isFree[step / kStepsInWord] |= UINT64_C(1) << step % kStepsInWord;
+    }
+    if (chunk.free == 0)
+        link(chunk, available[chunk.size / kSizeStep]);
+    chunk.free += static_cast<std::uint32_t>(object - objects);
+    if (chunk.free == chunk.capacity) {
+        unlink(chunk);
+        link(chunk, unused);
+    }
+    return object;
+}
 
 void *allocateLarge(std::size_t size) {
     void *memory = sys::allocate(size);
@@ -56,43 +171,28 @@ void *allocateLarge(std::size_t size) {
     return memory;
 }
 
-// Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
-constexpr std::size_t kRegionSize = 16 * kChunkSize;
-constinit Uncarved region;
-
-char *newChunk() {
-    if (region.next == region.end) {
-        char *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
-        if (!memory)
-            throw std::bad_alloc();
-        region = {memory, memory + kRegionSize};
-    }
-    char *const chunk = region.next;
-    region.next += kChunkSize;
-    return chunk;
-}
-
-void addChunk(std::size_t sizeIndex) {
-    char *const chunk = newChunk();
-    new (chunk) ChunkHead{sizeIndex};
-    uncarved[sizeIndex] = {chunk + kHeadSize, chunk + kChunkSize};
-}
-
 } // namespace
 
-constinit void *freeObjects[kLargestPooledSize / kSizeStep + 1] = {};
+constinit FreeObjects freeObjects[kLargestPooledSize / kSizeStep + 1] = {};
 
 void *allocateObjectSlowly(std::size_t size) {
     if (size > kLargestPooledSize)
         return allocateLarge(size);
-    const std::size_t index = (size + kSizeStep - 1) / kSizeStep;
-    const auto bytes = static_cast<std::ptrdiff_t>(index * kSizeStep);
-    Uncarved &rest = uncarved[index];
-    if (rest.end - rest.next < bytes)
-        addChunk(index);
-    void *memory = rest.next;
-    rest.next += bytes;
-    return memory;
+    const std::size_t index = (std::max<std::size_t>(size, 1) + kSizeStep - 1) / kSizeStep;
+    if (!available[index])
+        addChunk(index * kSizeStep);
+    FreeObjects &free = freeObjects[index];
+    take(free, *available[index]);
+    return free.objects[--free.count];
+}
+
+void returnToChunks(FreeObjects &free) noexcept {
+    void **const end = free.objects + kBatch;
+    for (void **object = free.objects; object != end;)
+        object = putBack(object, end);
+    std::copy(end, free.objects + free.count, free.objects);
+    free.count -= kBatch;
+    objectsOutside -= kBatch;
 }
 
 void freeLargeObject(void *memory) noexcept {
@@ -100,9 +200,14 @@ void freeLargeObject(void *memory) noexcept {
 }
 
 void freeObjectOfUnknownSize(void *memory) noexcept {
-    const auto address = reinterpret_cast<std::uintptr_t>(memory);
-    const auto *head = reinterpret_cast<const ChunkHead *>(address & ~(std::uintptr_t{kChunkSize} - 1));
-    freeObject(memory, head->sizeIndex * kSizeStep);
+    freeObject(memory, chunkOf(memory).size);
+}
+
+std::int64_t pooledObjectsInUse() noexcept {
+    std::int64_t count = objectsOutside;
+    for (const FreeObjects &free : freeObjects)
+        count -= free.count;
+    return count;
 }
 
 #endif

@@ -109,7 +109,7 @@ TEST_F(NSArrayTest, StringsAreSortedAsTheirComparisonSays) {
     Random random;
     const std::string ends[] = {std::string(1, '\0'), "a", "b", "\xFF"};
     for (const std::size_t count : {0, 1, 2, 13, 300, 3000}) {
-        std::vector<std::string> texts;
+        Strings texts;
         for (std::size_t i = 0; i < count; ++i) // long common beginnings, and NULs
             texts.push_back(std::string(random.below(4) ? random.below(30) : 0, 'p') +
                             randomText(random, random.below(4), ends));
@@ -153,7 +153,7 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
     std::string expected;
     const auto below = [&](std::size_t end) { return static_cast<std::uint32_t>(generator() % end); };
     for (int step = 0; step < 4000; ++step) {
-        const std::uint32_t place = below(expected.size() + 1);
+        const std::uint32_t place = generator() % 4 == 0 ? 0 : below(expected.size() + 1);
         const std::uint32_t length = below(std::min<std::size_t>(expected.size() - place, 5) + 1);
         const std::string one(1, static_cast<char>('a' + generator() % 6));
         NSString *const object = NSString::stringWith(one);
@@ -177,7 +177,14 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
                 if (expected[i] == one[0])
                     expected.erase(i, 1);
             break;
-        default:
+        default: // as a queue does
+            for (int i = 0; i < 40; ++i) {
+                array->addObject(object);
+                expected += one;
+                const std::uint32_t next = i % 8 == 0 ? below(expected.size()) : 0;
+                array->removeObjectAtIndex(next);
+                expected.erase(next, 1);
+            }
             if (generator() % 20 == 0) {
                 array->removeObjectsInArray(letters("ay"));
                 std::erase_if(expected, [](char letter) { return letter == 'a' || letter == 'y'; });

@@ -2,7 +2,6 @@
 
 #include <QBFoundation/Runtime/Memory.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 
@@ -34,19 +33,9 @@ std::int64_t blocksInUse() noexcept {
     return 0;
 }
 
-void forgetFreeObjects() noexcept {}
-
 #else
 
 static std::int64_t blocks = 0;
-
-static std::int64_t freeObjectCount() {
-    std::int64_t count = 0;
-    for (void *object : qb::freeObjects)
-        for (; object; object = *static_cast<void **>(object))
-            ++count;
-    return count;
-}
 
 static bool fails() {
     if (!isArmed || (toPass > 0 && toPass--) || (toFail != 0 && failed == toFail))
@@ -62,11 +51,7 @@ static void *counted(void *block) {
 }
 
 std::int64_t blocksInUse() noexcept {
-    return blocks - freeObjectCount();
-}
-
-void forgetFreeObjects() noexcept {
-    std::ranges::fill(qb::freeObjects, nullptr);
+    return blocks + qb::pooledObjectsInUse();
 }
 
 extern "C" {

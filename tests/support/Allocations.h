@@ -13,9 +13,6 @@
 /// Returns how many blocks are in use: those of the C allocator, of `new` and of the library's objects.
 std::int64_t blocksInUse() noexcept;
 
-/// Leaves the objects that wait in the library's free lists to nobody, because to count them takes time.
-void forgetFreeObjects() noexcept;
-
 /// Makes allocations fail as long as it lives, those of the C library and of `new` among them: lets `skip`
 /// pass, then fails `times` (0: all). One at a time.
 class AllocationFault {

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+using Strings = std::vector<std::string>;
+
 /// Data of those bytes that do not change, autoreleased.
 inline NSData *dataOf(std::string_view bytes) {
     return NSData::dataWithBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -57,8 +59,8 @@ inline void writeInPieces(auto *stream, std::string_view text, Random &random, u
 }
 
 /// The writes that have reached a target which tells them apart.
-inline std::vector<std::string> writesOf(QBArrayOutputStream *stream) {
-    std::vector<std::string> writes;
+inline Strings writesOf(QBArrayOutputStream *stream) {
+    Strings writes;
     for (const id write : *stream->targetArray())
         writes.push_back(bytesOf(static_cast<NSData *>(write)));
     return writes;

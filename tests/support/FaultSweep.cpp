@@ -2,13 +2,11 @@
 
 #include "support/OpenDescriptors.h"
 
-#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <map>
 #include <optional>
 #include <sys/fsuid.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -156,8 +154,10 @@ std::map<std::string, std::string> filesIn(const TemporaryDirectory &directory) 
 }
 
 template <class Kind>
-void act(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index,
-         Outcome &outcome) {
+Outcome outcomeOf(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index) {
+    Outcome outcome;
+    const std::ptrdiff_t descriptors = openDescriptors();
+    const std::int64_t blocks = blocksInUse();
     {
         const Kind fault(way, index, directory);
         try {
@@ -169,17 +169,8 @@ void act(const Use &use, const TemporaryDirectory &directory, const Way &way, un
         outcome.hits = fault.hits();
         outcome.struck = fault.struck();
     }
-    const NSAutoreleasePool pool;
     if (ERRORHANDLER->errorState() != ERRORSTATE_OK)
-        outcome.told += takenErrors();
-}
-
-template <class Kind>
-Outcome outcomeOf(const Use &use, const TemporaryDirectory &directory, const Way &way, unsigned index) {
-    Outcome outcome;
-    const std::ptrdiff_t descriptors = openDescriptors();
-    const std::int64_t blocks = blocksInUse();
-    act<Kind>(use, directory, way, index, outcome);
+        outcome.told += inOwnPool(takenErrors);
     outcome.leakedBlocks = blocksInUse() - blocks;
     outcome.leakedDescriptors = openDescriptors() - descriptors;
     outcome.delivered = relative(outcome.delivered, directory);
@@ -195,7 +186,6 @@ public:
     explicit Sweep(const Use &use) : use_(use) {}
 
     void run() {
-        forgetFreeObjects();
         const NSAutoreleasePool pool;
         constexpr Way kNone = {"no fault", 0};
         whole_ = perform<Lasting>(kNone, 0); // also for what is made once and kept

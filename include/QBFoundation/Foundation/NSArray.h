@@ -303,10 +303,15 @@ protected:
 
     [[noreturn]] static void throwMutated();
 
+    /// Moves the elements into new memory with room for `capacity` and, before them, `front`. Throws
+    /// std::bad_alloc.
+    void moveElements(std::size_t front, std::size_t capacity);
+
     std::uint32_t count_ = 0;
     std::uint32_t mutations_ = 0; // counted, so that enumerations notice them
     id *elements_ = nullptr;
-    std::uint32_t capacity_ = 0; // 0: the elements stand behind the object
+    std::uint32_t capacity_ = 0; // the room from the first element on
+    std::uint32_t front_ = 0;    // the room before it; without any room the elements stand behind the object
 
     /// Throws NSRangeException, which names `selector`, unless `range` lies inside the array.
     static void requireRange(const NSArray *array, NSRange range, const char *selector);
@@ -315,6 +320,7 @@ private:
     class ReverseEnumerator;
 
     static Ref<NSArray> makeShort(std::span<const id> elements);
+    void freeElements() noexcept;
 };
 
 /// A list of objects that can change.
@@ -421,6 +427,9 @@ protected:
     void reserveGrowing(std::uint64_t count);
 
 private:
+    bool hasRoomInFront();
+    void moveBegin(std::ptrdiff_t places, std::uint32_t count);
+
     template <class Predicate>
     void removeWhere(NSRange range, Predicate isRemoved);
     template <class Sort>
