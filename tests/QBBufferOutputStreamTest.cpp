@@ -31,8 +31,7 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
         GTEST_SKIP() << "needs 4 GiB of address space";
     stream->writeByte('a');
     // The range is never read: a write that does not fit is refused before anything is copied.
-    expectErrorAt("src/QBBufferOutputStream:117", 100156, "",
-                  [&] { stream->writeBuffer(stream, UINT32_MAX); });
+    EXPECT_ERROR_AT("src/QBBufferOutputStream:117", 100156, "", stream->writeBuffer(stream, UINT32_MAX));
     EXPECT_EQ(stream->byteCounter(), 0u); // what was written before is gone, too
     fill(stream, 3);
     EXPECT_EQ(stream->byteCounter(), 3u);
@@ -41,10 +40,10 @@ TEST_F(QBBufferOutputStreamTest, ContentBeyondTheFieldsEndIsAsMissingMemory) {
 TEST_F(QBBufferOutputStreamTest, MissingMemoryIsAnErrorAtEachStep) {
     QBBufferOutputStream *const stream = QBBufferOutputStream::stream();
     const Fault noMemory(Call::reallocate, /*skip=*/0, /*times=*/0, ENOMEM);
-    expectErrorAt("src/QBBufferOutputStream:64", 100156, "",
-                  [] { EXPECT_EQ(QBBufferOutputStream::initWithCapacity(9), nullptr); });
-    expectErrorAt("src/QBBufferOutputStream:155", 100156, "", [&] { stream->reset(); });
-    expectErrorAt("src/QBBufferOutputStream:117", 100156, "", [&] { stream->writeByte('a'); });
+    EXPECT_ERROR_AT("src/QBBufferOutputStream:64", 100156, "",
+                    EXPECT_EQ(QBBufferOutputStream::initWithCapacity(9), nullptr));
+    EXPECT_ERROR_AT("src/QBBufferOutputStream:155", 100156, "", stream->reset());
+    EXPECT_ERROR_AT("src/QBBufferOutputStream:117", 100156, "", stream->writeByte('a'));
 }
 
 TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {

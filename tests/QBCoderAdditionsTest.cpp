@@ -27,8 +27,8 @@ TEST_F(QBCoderAdditionsTest, SelectorsAndClassesComeBackByTheirNames) {
     EXPECT_STREQ(reader->decodeSelector()->text(), "asks:for:nothing:that:is:there:");
     EXPECT_EQ(reader->decodeClass(), nullptr);
     EXPECT_EQ(reader->decodeSelector(), nullptr);
-    expectError(900002, "142 the class 'QBPath' is not among those that are accepted",
-                [&] { EXPECT_EQ(reader->decodeClass(), nullptr); });
+    EXPECT_ERROR(900002, "142 the class 'QBPath' is not among those that are accepted",
+                 EXPECT_EQ(reader->decodeClass(), nullptr));
 }
 
 TEST_F(QBCoderAdditionsTest, EachOperationTracesItsWayInAndOutFromLevel12On) {

@@ -39,8 +39,7 @@ TEST_F(ReplacingTest, NilReplacesNothingAndChangesNothing) {
 
 TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     EXPECT_TRUE(runOnSmallStack([] {
-        expectError(900003, "256",
-                    [&] { EXPECT_EQ(arraysInArrays(257)->asArrayWith("x"_ns, "y"_ns), nullptr); });
+        EXPECT_ERROR(900003, "256", EXPECT_EQ(arraysInArrays(257)->asArrayWith("x"_ns, "y"_ns), nullptr));
         EXPECT_NE(arraysInArrays(256)->asArrayWith("x"_ns, "y"_ns),
                   nullptr); // nothing is left of the failure
     }));
@@ -48,7 +47,7 @@ TEST_F(ReplacingTest, DepthHasAnEndBeforeTheStackHas) {
     NSMutableDictionary *const own = NSMutableDictionary::dictionaryWith({{"a"_ns, "x"_ns}});
     own->setObjectForKey(own, "b"_ns);
     own->setObjectForKey(own, "c"_ns);
-    expectError(900003, "256", [&] { own->replace("x"_ns, "y"_ns, YES); });
+    EXPECT_ERROR(900003, "256", own->replace("x"_ns, "y"_ns, YES));
     EXPECT_EQ(describe(own->objectForKey("a"_ns)), "x");
     own->removeAllObjects();
 }

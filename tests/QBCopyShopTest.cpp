@@ -1,7 +1,6 @@
 #include "support/PoolFixture.h"
 
 using QBCopyShopTest = PoolFixture;
-using Strings = std::vector<std::string>;
 
 namespace {
 
@@ -135,7 +134,7 @@ TEST_F(QBCopyShopTest, ACopyLongerThanItsResultIsTold) {
     const Ref<Vast> from = Ref<Vast>::adopt(new Vast);
     const auto to = Ref<Sink>::adopt(new Sink([] {}));
     QBCopyShop *const shop = QBCopyShop::copyShopWithBufferSize(1U << 28);
-    expectError(900030, "2147483648", [&] { EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX); });
+    EXPECT_ERROR(900030, "2147483648", EXPECT_EQ(shop->copyFrom(from, to), INT32_MAX));
     from->left = 8;
     EXPECT_EQ(shop->copyFromToLength(from, to, UINT32_MAX), 0x80000000u);
 }

@@ -2,9 +2,6 @@
 #include "support/DateCommand.h"
 #include "support/PoolFixture.h"
 
-#include <clocale>
-#include <limits>
-
 struct QBDateCTimeTest : PoolFixture {
     ~QBDateCTimeTest() override { NSDate::setStringValueFormat(nullptr); }
 };
@@ -56,12 +53,12 @@ TEST_F(QBDateCTimeTest, NamesAreInTheLanguageOfTheProcess) {
 }
 
 TEST_F(QBDateCTimeTest, TextAgreesWithTheSystem) {
-    std::vector<std::string> dates;
+    Strings dates;
     for (std::int64_t seconds = INT32_MIN; seconds <= INT32_MAX; seconds += 1'700'001)
         dates.push_back("@" + std::to_string(seconds));
     for (const char *zone : {"Europe/London", "America/St_Johns", "Asia/Tehran"})
         for (const char *format : {"%d.%m.%Y %H:%M", "%A %e %b %y %I:%M:%S %p %j %U %Z"}) {
-            const std::vector<std::string> expected = printedDates(zone, dates, format);
+            const Strings expected = printedDates(zone, dates, format);
             ASSERT_EQ(expected.size(), dates.size());
             for (std::size_t i = 0; i < dates.size(); ++i) {
                 const NSAutoreleasePool pool;

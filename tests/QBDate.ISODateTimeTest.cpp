@@ -1,8 +1,6 @@
 #include "Calendar/Stamp.h"
 #include "support/PoolFixture.h"
 
-#include <cctype>
-
 using QBDateISODateTimeTest = PoolFixture;
 using namespace std::string_view_literals;
 

@@ -52,13 +52,13 @@ TEST_F(EnvironmentTest, MalformedOnesAreErrors) {
         {"A=1\nB\n", "2 \"=\""}, {"A=" + std::string(8191, 'x'), "1 a line of at most 8192 bytes"}};
     for (const auto &[bytes, values] : rows) {
         const auto file = fileWith(bytes);
-        expectError(900021, values, [&] {
-            EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr);
-        });
+        EXPECT_ERROR(
+            900021, values,
+            EXPECT_EQ(NSMutableDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get()), nullptr));
     }
     const auto file = fileWith("A=1\n");
     const Fault broken(Call::fgets, 0, 1, EIO);
-    expectError(100023, "<unknown> Input/output error",
-                [&] { EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr); });
+    EXPECT_ERROR(100023, "<unknown> Input/output error",
+                 EXPECT_EQ(NSDictionary::initWithEncodedEnvironmentFromFile(file.get()), nullptr));
     EXPECT_EQ(describe(NSDictionary::dictionaryWithEncodedEnvironmentFromFile(file.get())), "{A = 1; }");
 }

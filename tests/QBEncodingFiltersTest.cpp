@@ -4,7 +4,6 @@
 using QBBase64OutputFilterTest = PoolFixture;
 using QBMD5OutputStreamTest = PoolFixture;
 using QBValidCharFilterTest = PoolFixture;
-using Strings = std::vector<std::string>;
 
 static std::string encoded(const Strings &pieces) {
     QBStringOutputStream *const target = QBStringOutputStream::stream();

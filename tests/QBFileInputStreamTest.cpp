@@ -10,18 +10,16 @@ struct QBFileInputStreamTest : DirectoryFixture {
     std::string values(int error) const { return (directory_ / "file") + " " + std::strerror(error); }
 };
 
-static std::vector<std::string> lines(QBFileInputStream *stream) {
-    std::vector<std::string> result;
+static Strings lines(QBFileInputStream *stream) {
+    Strings result;
     while (NSString *line = stream->readLine())
         result.emplace_back(line->view());
     return result;
 }
 
-using Lines = std::vector<std::string>;
-
 // What the C library's line reading and cutting give.
-static Lines expectedLines(const std::string &bytes) {
-    Lines result;
+static Strings expectedLines(const std::string &bytes) {
+    Strings result;
     for (std::size_t start = 0; start < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\n', start), bytes.size() - 1) + 1;
         char buffer[1000] = {};
@@ -76,11 +74,11 @@ TEST_F(QBFileInputStreamTest, FileThatCannotBeOpenedIsAnErrorAtItsLine) {
     const auto open = [&](const char *name) {
         EXPECT_EQ(QBFileInputStream::initWithFile(path(name)), nullptr);
     };
-    expectErrorAt("src/QBFileInputStream:78", 100039, directory_ / "none", [&] { open("none"); });
+    EXPECT_ERROR_AT("src/QBFileInputStream:78", 100039, directory_ / "none", open("none"));
     const Fault fault(Call::open, /*skip=*/0, /*times=*/1, EACCES);
-    expectErrorAt("src/QBFileInputStream:86", 100023, values(EACCES), [&] { open("file"); });
+    EXPECT_ERROR_AT("src/QBFileInputStream:86", 100023, values(EACCES), open("file"));
     const Fault noWindow(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    expectError(100156, "", [&] { open("file"); });
+    EXPECT_ERROR(100156, "", open("file"));
     ERRORHANDLER->raiseErrorInFile("elsewhere", 1, 900999);
     open("file");
     EXPECT_EQ(takenErrors(), "(900999)");
@@ -94,7 +92,7 @@ TEST_F(QBFileInputStreamTest, LinesThatWereAppendedAreReadAndDoNotCount) {
     char bytes[10];
     EXPECT_EQ(stream->readBuffer(bytes, 10), 6); // the old size
     stream->reset();
-    EXPECT_EQ(lines(stream), (Lines{"abc", "def", "ghi", "j"}));
+    EXPECT_EQ(lines(stream), (Strings{"abc", "def", "ghi", "j"}));
     EXPECT_EQ(stream->readBuffer(bytes, 10), -1);
     EXPECT_EQ(stream->byteLength(), 6u);
 }
@@ -104,8 +102,8 @@ TEST_F(QBFileInputStreamTest, FileThatShrankIsAReadError) {
         QBFileInputStream *stream = streamOf(std::string(60000, 'x'));
         ASSERT_EQ(::truncate((directory_ / "file").c_str(), 50), 0);
         std::string bytes(60000, '\0');
-        expectErrorAt("src/QBFileInputStream:123", 100023, values(EIO),
-                      [&] { EXPECT_EQ(stream->readBuffer(bytes.data(), length), 0); });
+        EXPECT_ERROR_AT("src/QBFileInputStream:123", 100023, values(EIO),
+                        EXPECT_EQ(stream->readBuffer(bytes.data(), length), 0));
     }
 }
 
@@ -113,12 +111,12 @@ TEST_F(QBFileInputStreamTest, FailedReadIsAnErrorAsIsAnyOfAClosedStream) {
     QBFileInputStream *stream = streamOf("abc\ndef");
     EXPECT_EQ(stream->readLine()->view(), "abc");
     const Fault fault(Call::read, /*skip=*/0, /*times=*/1, EIO);
-    expectErrorAt("src/QBFileInputStream:171", 100023, values(EIO),
-                  [&] { EXPECT_EQ(stream->readLine()->view(), "def"); }); // what was read before
+    EXPECT_ERROR_AT("src/QBFileInputStream:171", 100023, values(EIO),
+                    EXPECT_EQ(stream->readLine()->view(), "def")); // what was read before
     stream->close();
     stream->close();
-    expectError(100023, values(EBADF), [&] { EXPECT_EQ(stream->readByte(), 0); });
-    expectError(100023, values(EBADF), [&] { EXPECT_EQ(stream->readLine(), nullptr); });
+    EXPECT_ERROR(100023, values(EBADF), EXPECT_EQ(stream->readByte(), 0));
+    EXPECT_ERROR(100023, values(EBADF), EXPECT_EQ(stream->readLine(), nullptr));
 }
 
 // --- Lines ---
@@ -142,7 +140,7 @@ TEST_F(QBFileInputStreamTest, LineIsReadBeforeTheNextOneIsThere) {
     const CallCounter counter;
     EXPECT_EQ(stream->readLine()->view(), "ab");
     EXPECT_EQ(counter.calls(Call::read), 1u);
-    EXPECT_EQ(lines(stream), (Lines{"c", "d"}));
+    EXPECT_EQ(lines(stream), (Strings{"c", "d"}));
 }
 
 TEST_F(QBFileInputStreamTest, ResetOfAPipeLosesNothing) {

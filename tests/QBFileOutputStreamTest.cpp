@@ -1,9 +1,5 @@
 #include "System/Files.h"
-#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
-
-#include <ctime>
-#include <utility>
 
 struct QBFileOutputStreamTest : DirectoryFixture {
     std::string describeFiles() const {
@@ -27,8 +23,8 @@ TEST_F(QBFileOutputStreamTest, WritesInPlaceMakesTheDirectoriesAboveAndTakesNoth
     stream->close();
     stream->close();
     const std::string error = directory_ / "a/b/out Bad file descriptor";
-    expectErrorAt("src/QBFileOutputStream:231", 100024, error, [&] { write(stream, "more"); });
-    expectErrorAt("src/QBFileOutputStream:246", 100024, error, [&] { stream->writeByte('x'); });
+    EXPECT_ERROR_AT("src/QBFileOutputStream:231", 100024, error, write(stream, "more"));
+    EXPECT_ERROR_AT("src/QBFileOutputStream:246", 100024, error, stream->writeByte('x'));
     try {
         stream->flush();
         ADD_FAILURE() << "flush throws nothing";
@@ -278,10 +274,9 @@ TEST_F(QBFileOutputStreamTest, FailedResetClosesTheFile) {
         QBFileOutputStream *stream = QBFileOutputStream::streamWithFile(path("out"), atomically);
         const std::string name = describe(stream->tmpFilename());
         const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
-        expectErrorAt("src/QBFileOutputStream:303", 100024, name + " Input/output error",
-                      [&] { stream->reset(); });
-        expectErrorAt("src/QBFileOutputStream:246", 100024, name + " Bad file descriptor",
-                      [&] { stream->writeByte('x'); });
+        EXPECT_ERROR_AT("src/QBFileOutputStream:303", 100024, name + " Input/output error", stream->reset());
+        EXPECT_ERROR_AT("src/QBFileOutputStream:246", 100024, name + " Bad file descriptor",
+                        stream->writeByte('x'));
         EXPECT_EQ(describeFiles(), atomically ? "out: old\n" : "out: \n");
     }
 }
@@ -295,7 +290,7 @@ TEST_F(QBFileOutputStreamTest, FailedRenameLeavesTheOldFileAndNoOther) {
     EXPECT_EQ(recordingErrorHandler()->raised.back().values,
               temporary + " " + directory_ / "out Is a directory");
     EXPECT_EQ(takenErrors(), "(100202, 900999)"); // the newest one first
-    EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
+    EXPECT_EQ(directory_.names(), Strings{"out"});
 }
 
 TEST_F(QBFileOutputStreamTest, ErrorHandlerThatThrowsLeavesNoFileBehindAndNoneOpen) {
@@ -318,7 +313,7 @@ TEST_F(QBFileOutputStreamTest, ErrorHandlerThatThrowsLeavesNoFileBehindAndNoneOp
     write(filter, "TWFuTW");
     EXPECT_THROW(filter->close(), int);
     EXPECT_EQ(openDescriptors(), open);
-    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"decoded", "out"}));
+    EXPECT_EQ(directory_.names(), (Strings{"decoded", "out"}));
     ERRORHANDLER = before;
 }
 

@@ -1,7 +1,5 @@
 #include "support/DirectoryFixture.h"
 
-#include <array>
-
 using QBInputStreamTest = DirectoryFixture;
 
 namespace {
@@ -200,7 +198,7 @@ TEST_F(QBInputStreamTest, FilePointerIsReadToItsEndAndRewound) {
     EXPECT_EQ(counts(stream, 3), (std::vector<int>{3, 1, -1}));
     stream->close();
     stream->close();
-    expectError(100023, "<unknown> Bad file descriptor", [&] { EXPECT_EQ(stream->readByte(), 0); });
+    EXPECT_ERROR(100023, "<unknown> Bad file descriptor", EXPECT_EQ(stream->readByte(), 0));
 }
 
 TEST_F(QBInputStreamTest, ResetForgetsTheEndOfAPipe) {
@@ -208,8 +206,7 @@ TEST_F(QBInputStreamTest, ResetForgetsTheEndOfAPipe) {
     std::FILE *const file = ::fdopen(::dup(pipe->readHandle()), "rb");
     ::fcntl(pipe->readHandle(), F_SETFL, O_NONBLOCK);
     QBFilePointerInputStream *const stream = QBFilePointerInputStream::streamWithFilePointer(file);
-    expectError(100023, "<unknown> Resource temporarily unavailable",
-                [&] { EXPECT_EQ(stream->readByte(), 0); });
+    EXPECT_ERROR(100023, "<unknown> Resource temporarily unavailable", EXPECT_EQ(stream->readByte(), 0));
     ASSERT_EQ(::write(pipe->writeHandle(), "a", 1), 1);
     stream->reset();
     EXPECT_EQ(stream->readByte(), 'a');
@@ -222,8 +219,8 @@ TEST_F(QBInputStreamTest, FilePointerThatCannotBeReadRaises) {
     QBFilePointerInputStream *stream = QBFilePointerInputStream::streamWithFilePointer(std::tmpfile());
     const Fault fault(Call::fread, /*skip=*/0, /*times=*/1, EIO);
     char byte;
-    expectErrorAt("src/QBFilePointerInputStream:96", 100023, "<unknown> Input/output error",
-                  [&] { EXPECT_EQ(stream->readBuffer(&byte, 1), 0); });
+    EXPECT_ERROR_AT("src/QBFilePointerInputStream:96", 100023, "<unknown> Input/output error",
+                    EXPECT_EQ(stream->readBuffer(&byte, 1), 0));
     const ErrorExpectation error(100023);
     EXPECT_EQ(stream->readByte(), 0); // the end, but the C stream still has its error
     stream->close();

@@ -41,10 +41,10 @@ TEST_F(QBObjectDeepAccessTest, WrongKeysRaiseAndChangeNothing) {
         EXPECT_EQ(describe(ERRORHANDLER->errorMessage()), "[030010] could not access 'none.k', wrong key");
     });
     EXPECT_EQ(describe(values), describe(tree()));
-    expectError(30010, "(null)", [&] { values->setDeepObject("new"_ns, nullptr); });
+    EXPECT_ERROR(30010, "(null)", values->setDeepObject("new"_ns, nullptr));
     // An immutable element is used as it is, and takes no key.
     NSMutableArray *const list = NSMutableArray::arrayWith({tree()->objectForKey("a"_ns)});
-    expectError(900010, "NSDictionary k setK:", [&] { list->removeDeepObjectForKey("0.k"_ns); });
+    EXPECT_ERROR(900010, "NSDictionary k setK:", list->removeDeepObjectForKey("0.k"_ns));
     EXPECT_EQ(describe(list), "({k = v; })");
 }
 

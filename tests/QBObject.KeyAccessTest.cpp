@@ -65,15 +65,13 @@ TEST_F(QBObjectKeyAccessTest, UnknownKeysAndWrongObjectsRaise) {
     page->setRank(7);
     // What is void or a pointer, takes arguments, or belongs to every object is no value.
     for (const char *key : {"keyOfNobody", "", "close", "address", "setTitle:", "retain"})
-        expectError(900010, ("Page " + std::string(key) + " " + key).c_str(),
-                    [&] { EXPECT_EQ(page->objectForKey(string(key)), nullptr); });
-    expectError(900010,
-                "NSDictionary a setA:", [] { NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns); });
-    expectError(900011, "Page rank nil", [&] { page->removeObjectForKey("rank"_ns); });
+        EXPECT_ERROR(900010, ("Page " + std::string(key) + " " + key).c_str(),
+                     EXPECT_EQ(page->objectForKey(string(key)), nullptr));
+    EXPECT_ERROR(900010, "NSDictionary a setA:", NSDictionary::dictionary()->setObjectForKey("1"_ns, "a"_ns));
+    EXPECT_ERROR(900011, "Page rank nil", page->removeObjectForKey("rank"_ns));
     for (const char *object : {"256", "-1", "1.5", ""})
-        expectError(900011, "Page rank NSString", [&] { page->setObjectForKey(string(object), "rank"_ns); });
-    expectError(900011, "Page size NSString",
-                [&] { page->setObjectForKey("9223372036854775808"_ns, "size"_ns); });
+        EXPECT_ERROR(900011, "Page rank NSString", page->setObjectForKey(string(object), "rank"_ns));
+    EXPECT_ERROR(900011, "Page size NSString", page->setObjectForKey("9223372036854775808"_ns, "size"_ns));
     EXPECT_EQ(page->rank(), 7);
     EXPECT_EQ(Selector::namedIfKnown("keyOfNobody"), nullptr); // keys are not kept
 }

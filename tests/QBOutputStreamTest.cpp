@@ -11,7 +11,7 @@ struct Recorder : QBOutputStream {
     }
     void flush() override { ++flushes; }
 
-    std::vector<std::string> writes;
+    Strings writes;
     int flushes = 0;
 };
 
@@ -35,7 +35,7 @@ TEST_F(QBOutputStreamTest, EveryOperationEndsInThePrimitive) {
     stream->writeBuffer("", 0); // which never arrives
     EXPECT_REASON(stream->writeBuffer(nullptr, 0),
                   "QBOutputStream writeBuffer:length: must have a buffer that is not NULL.");
-    const std::vector<std::string> expected = {"ab", "\xFF", "\n", "\r\n", " ", "\t", "7-x"};
+    const Strings expected = {"ab", "\xFF", "\n", "\r\n", " ", "\t", "7-x"};
     EXPECT_EQ(stream->writes, expected);
     stream->close();
     EXPECT_EQ(stream->flushes, 1);
@@ -80,7 +80,7 @@ TEST_F(QBOutputStreamTest, SubclassChangesTheRenderingOfAType) {
     };
     Ref<Quoter> stream = Ref<Quoter>::adopt(new Quoter);
     stream->writeObject(NSDictionary::dictionaryWithObjectForKey(number(1), "k"_ns));
-    EXPECT_EQ(stream->writes, (std::vector<std::string>{"\"", "k", "\"", "=", "\"", "1", "\""}));
+    EXPECT_EQ(stream->writes, (Strings{"\"", "k", "\"", "=", "\"", "1", "\""}));
 }
 
 TEST_F(QBOutputStreamTest, ArraySinkKeepsEachWriteAndEachObject) {

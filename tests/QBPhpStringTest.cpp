@@ -60,7 +60,7 @@ TEST_F(QBPhpStringTest, DepthIsBounded) {
         circle->addObject(circle);
         const Ref<NSArray> deep = arraysInArrays(513);
         for (NSArray *value : {deep.get(), static_cast<NSArray *>(circle)})
-            expectError(qb::kErrorTooDeep, "512", [&] { EXPECT_EQ(value->asPhpString(), nullptr); });
+            EXPECT_ERROR(qb::kErrorTooDeep, "512", EXPECT_EQ(value->asPhpString(), nullptr));
         circle->removeAllObjects();
         EXPECT_EQ(describe(circle->asPhpString()), "array()"); // and the next one is none the worse
     }));

@@ -137,7 +137,7 @@ TEST_F(QBPropertyListOutputStreamTest, DepthIsBoundedInEachStreamAndEndsWithTheV
     const Ref<Watcher> watcher = Watcher::init();
     for (QBDataOutputStream *stream :
          {QBDataOutputStream::stream(), static_cast<QBDataOutputStream *>(watcher.get())}) {
-        expectError(900003, "512", [&] { stream->writeObject(loop); });
+        EXPECT_ERROR(900003, "512", stream->writeObject(loop));
         stream->writeObject(deepest); // is no error
     }
     loop->removeAllObjects();

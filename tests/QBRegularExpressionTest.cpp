@@ -57,14 +57,13 @@ TEST_F(QBRegularExpressionTest, ExpressionsAreKeptByClassPatternAndFlags) {
     const id traced = ask("kept"_ns);
     EXPECT_TRUE(dynamic_cast<Traced *>(traced) && traced == ask("kept"_ns));
     EXPECT_NE(expressionOf("kept"), traced);
-    expectError(qb::kErrorMalformedPattern, "(k Unmatched ( or \\(",
-                [&] { EXPECT_EQ(ask("(k"_ns), nullptr); });
+    EXPECT_ERROR(qb::kErrorMalformedPattern, "(k Unmatched ( or \\(", EXPECT_EQ(ask("(k"_ns), nullptr));
     EXPECT_EQ(ask("(k"_ns), QBNil::value());
 }
 
 TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectThen) {
-    expectErrorAt("src/QBRegularExpression:191", qb::kErrorMalformedPattern, "( Unmatched ( or \\(",
-                  [&] { EXPECT_EQ(expressionOf("("), nullptr); });
+    EXPECT_ERROR_AT("src/QBRegularExpression:191", qb::kErrorMalformedPattern, "( Unmatched ( or \\(",
+                    EXPECT_EQ(expressionOf("("), nullptr));
     EXPECT_EQ(QBRegularExpression::regularExpressionWithPattern("("_ns), QBNil::value());
     EXPECT_FALSE("("_ns->matches("("_ns));
     for (const auto &[pattern, reason] :
@@ -72,10 +71,10 @@ TEST_F(QBRegularExpressionTest, WhatDoesNotCompileIsAnErrorOnceAndTheNullObjectT
           {"^(.+)-\\1$", "too much of it may vary beside back references"}}) // fine without the flag
         expectError(qb::kErrorMalformedPattern, std::string(pattern) + " " + reason,
                     [pattern = pattern] { EXPECT_EQ(expressionOf(pattern, REG_NEWLINE), nullptr); });
-    expectError(qb::kErrorMalformedPattern,
-                "^(a*|b|)*$ its groups can't be found where an endless repeat may match nothing in several "
-                "ways or beside an anchor",
-                [&] { EXPECT_EQ(searched("^(a*|b|)*$", "b"), "nil"); });
+    EXPECT_ERROR(qb::kErrorMalformedPattern,
+                 "^(a*|b|)*$ its groups can't be found where an endless repeat may match nothing in several "
+                 "ways or beside an anchor",
+                 EXPECT_EQ(searched("^(a*|b|)*$", "b"), "nil"));
     EXPECT_TRUE("b"_ns->matches("^(a*|b|)*$"_ns)); // for which no groups are needed
     EXPECT_REASON(
         "a"_ns->matches(nullptr),
@@ -98,14 +97,13 @@ TEST_F(QBRegularExpressionTest, HostilePatternsAndLongTextsNeedASmallStack) {
 
 TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
     const std::string text(4096, 'a');
-    expectError(qb::kErrorOutOfMemory, "", [&] { // it would take hundreds of MiB
-        EXPECT_FALSE(NSString::stringWith(text + "a")->matches("^(.*)\\1$"_ns));
-    });
+    EXPECT_ERROR(qb::kErrorOutOfMemory, "", // it would take hundreds of MiB
+                 EXPECT_FALSE(NSString::stringWith(text + "a")->matches("^(.*)\\1$"_ns)));
     const Fault notCompiled(Call::regcomp, 0, 1, ENOMEM);
-    expectError(qb::kErrorMalformedPattern, "memory Memory exhausted",
-                [&] { EXPECT_EQ(expressionOf("memory"), nullptr); });
+    EXPECT_ERROR(qb::kErrorMalformedPattern, "memory Memory exhausted",
+                 EXPECT_EQ(expressionOf("memory"), nullptr));
     const Fault notSearched(Call::regexec, 0, 1, ENOMEM);
-    expectError(qb::kErrorOutOfMemory, "", [] { EXPECT_EQ(expressionOf("a")->search("a"_ns), nullptr); });
+    EXPECT_ERROR(qb::kErrorOutOfMemory, "", EXPECT_EQ(expressionOf("a")->search("a"_ns), nullptr));
     const Ref<QBRegularExpression> expression = expressionOf("(x+) id=[0-9]+$");
     for (unsigned skip = 0, hits = 1; hits != 0; ++skip) { // what the C library itself lacks
         const AllocationFault fault(skip, /*times=*/1);

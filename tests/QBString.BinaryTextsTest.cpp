@@ -42,10 +42,10 @@ TEST_F(QBStringBinaryTextsTest, UuencodedLinesThatAreCutOrMalformed) {
     EXPECT_EQ(bytesOf(string("#0V%T chk")->uudecode()), "Cat");             // a sum behind the groups
     EXPECT_EQ(bytesOf(string("&0V%T\r\nend")->uudecode()), std::string("Cat\0\0\0", 6)); // blanks cut off
     EXPECT_EQ(bytesOf(string("!~0")->uudecode()), "\xF9");                               // a tilde is 62
-    expectError(900006, "3 4", [] {
+    EXPECT_ERROR(
+        900006, "3 4",
         EXPECT_EQ(bytesOf(string("begin 644 x\n#0V%T\n#0V\x01T\n#0V%T\nend\n")->uudecode()).substr(0, 3),
-                  "Cat");
-    });
+                  "Cat"));
 }
 
 TEST_F(QBStringBinaryTextsTest, HexadecimalDigitsBothWays) {

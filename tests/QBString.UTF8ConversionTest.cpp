@@ -12,21 +12,20 @@ TEST_F(QBStringUTF8ConversionTest, IndexOfCharacterStopsAtTheEndAndAtTheFirstErr
     for (const auto &[count, offset] : rows)
         EXPECT_EQ(NSString::_indexOfUtf8Index(count, text), offset) << count;
     EXPECT_EQ(NSString::_indexOfUtf8Index(2, "\xC3\xA9z\xFF"), 3); // the error lies behind it
-    expectErrorAt(kPlace, 100231, "3",
-                  [&] { EXPECT_EQ(NSString::_indexOfUtf8Index(3, "\xC3\xA9z\xFF"), 3); });
+    EXPECT_ERROR_AT(kPlace, 100231, "3", EXPECT_EQ(NSString::_indexOfUtf8Index(3, "\xC3\xA9z\xFF"), 3));
 }
 
 TEST_F(QBStringUTF8ConversionTest, CharactersAreCountedUpToTheFirstError) {
     EXPECT_EQ(string("a\xC3\xA9\xF0\x9F\x98\x80\0z"sv)->utf8CharCount(), 5);
     const char *const bad = "ab\xFF";
-    expectErrorAt(kPlace, 100231, "2", [&] { _raiseUtf8ErrorInString(bad, bad + 2); });
-    expectError(100231, "3", [&] { EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2); });
-    expectErrorAt(kPlace, 100231, "2", [&] { send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel); });
+    EXPECT_ERROR_AT(kPlace, 100231, "2", _raiseUtf8ErrorInString(bad, bad + 2));
+    EXPECT_ERROR(100231, "3", EXPECT_EQ(string("a\xC3\xA9\xC3")->utf8CharCount(), 2));
+    EXPECT_ERROR_AT(kPlace, 100231, "2", send<void>(string("\xC3\xA9\xC3\xC3"), "verifyUTF8"_sel));
     const std::string text = "0123456789\xFF";
     const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(&text.back()) - ((1ULL << 32) + 5);
     if (sizeof start == 8)
-        expectError(100231, "4294967295",
-                    [&] { _raiseUtf8ErrorInString(reinterpret_cast<const char *>(start), &text.back()); });
+        EXPECT_ERROR(100231, "4294967295",
+                     _raiseUtf8ErrorInString(reinterpret_cast<const char *>(start), &text.back()));
 }
 
 TEST_F(QBStringUTF8ConversionTest, SubstringsCountCharacters) {
@@ -67,8 +66,8 @@ TEST_F(QBStringUTF8ConversionTest, EachCharacterInAForbiddenRangeIsAnError) {
     EXPECT_TRUE(recordingErrorHandler()->raised.empty());
     string("bcde\xE2\x82\xAC")->verifyUTF8WithInvalidRanges(ranges, 3);
     EXPECT_EQ(takenErrors(), "(100242, 100242, 100242, 100242)");
-    expectErrorAt("src/QBStringAdditions:1539", 100242, "8364",
-                  [&] { NSString::verifyUTF8("\xE2\x82\xAC", ranges, 3); });
+    EXPECT_ERROR_AT("src/QBStringAdditions:1539", 100242, "8364",
+                    NSString::verifyUTF8("\xE2\x82\xAC", ranges, 3));
     send<void>(NSString::cls(), "verifyUTF8:withInvalidRanges::"_sel, "d\xFFz", ranges, 3u);
     EXPECT_EQ(takenErrors(), "(100231, 100242)"); // the walk ends at the malformed byte
 }

@@ -47,7 +47,7 @@ TEST_F(FileContentsTest, WhatCannotBeReadIsOneErrorAndNil) {
         SCOPED_TRACE(cls.name);
         for (const auto &[name, number, text] : rows) {
             NSString *const file = path(name);
-            expectError(number, describe(file) + text, [&] { EXPECT_EQ(cls.read(file), nullptr); });
+            EXPECT_ERROR(number, describe(file) + text, EXPECT_EQ(cls.read(file), nullptr));
         }
         EXPECT_REASON(cls.write(nullptr),
                       (cls.name + " writeToFile:atomically: must have a path that is not nil.").c_str());

@@ -1,7 +1,4 @@
 #include "support/DirectoryFixture.h"
-#include "support/RandomValues.h"
-
-#include <cmath>
 
 using namespace std::string_literals;
 using NSArchiverTest = DirectoryFixture;
@@ -62,6 +59,41 @@ NSArray *nodeClasses() {
     return NSUnarchiver::valueClasses()->arrayByAddingObject(TreeNode::cls());
 }
 
+/// A value of each class, and of each number's type, with edge values.
+NSMutableArray *valuesOfEachClass(Random &random) {
+    NSTimeZone *const berlin = NSTimeZone::timeZoneWithName("Europe/Berlin"_ns);
+    NSCharacterSet *const set = NSCharacterSet::characterSetWithCharactersInString("ac€😀\xFF"_ns);
+    NSMutableArray *const values = NSMutableArray::arrayWithObjects(
+        QBNil::value(), NSValue::valueWithRange(NSMakeRange(0x10FFFF, UINT32_MAX)), berlin, NSTimeZone::gmt(),
+        NSTimeZone::timeZoneWithAbbreviation("CEST"_ns), NSTimeZone::timeZoneForSecondsFromGMT(-5400),
+        NSTimeZone::timeZoneWithName("EST DST"_ns),
+        NSDate::dateWithTimeIntervalSinceReferenceDate(-5e8 + 0.25), NSCharacterSet::letterCharacterSet(),
+        set, set->mutableCopy().autorelease(), set->invertedSet());
+    for (const double real : {0.1, -1.5e-300, HUGE_VAL})
+        values->addObject(NSNumber::numberWithDouble(real));
+    for (const std::int64_t edge :
+         {INT64_MIN, std::int64_t{INT32_MIN}, std::int64_t{-1}, std::int64_t{0}, std::int64_t{1},
+          std::int64_t{INT32_MAX}, std::int64_t{UINT32_MAX}, INT64_MAX})
+        for (NSNumber *number :
+             {NSNumber::numberWithBool(edge != 0), NSNumber::numberWithInt(static_cast<std::int32_t>(edge)),
+              NSNumber::numberWithUnsignedInt(static_cast<std::uint32_t>(edge)),
+              NSNumber::numberWithLongLong(edge),
+              NSNumber::numberWithUnsignedLongLong(static_cast<std::uint64_t>(edge))})
+            values->addObject(number);
+    for (NSString *format : {"%H:%M"_ns, static_cast<NSString *>(nullptr)}) {
+        NSCalendarDate *const shown = NSCalendarDate::dateAt(1'000'000'000, berlin);
+        shown->setCalendarFormat(format);
+        values->addObject(shown);
+    }
+    for (const std::size_t length : {0, 1, 127, 128, 20000}) {
+        NSString *const text = string(randomBytes(random, length));
+        values->addObjectsFromArray(NSArray::arrayWith({text, NSMutableString::stringWithString(text)}));
+        values->addObjectsFromArray(
+            NSArray::arrayWith({text->asData(), text->asData()->mutableCopy().autorelease()}));
+    }
+    return values;
+}
+
 /// An archive of those names, objects (class and values) and root.
 NSData *archiveOf(std::initializer_list<std::string> names, std::initializer_list<std::string> objects,
                   const std::string &root) {
@@ -79,19 +111,30 @@ NSData *archiveOf(std::initializer_list<std::string> names, std::initializer_lis
 
 } // namespace
 
-TEST_F(NSArchiverTest, RandomTreesComeBackEqualWithTheirClassesAndSharedObjects) {
-    const auto seed = std::random_device{}();
-    for (std::uint32_t i = 0; i < 300; ++i) {
-        NSAutoreleasePool pool;
-        RandomValues random(seed + i);
-        const id value = random.value(5);
-        NSData *inOrder = NSArchiver::archivedDataWithRootObject(value);
-        NSData *keyed = NSKeyedArchiver::archivedDataWithRootObject(value);
+TEST_F(NSArchiverTest, ValuesAndContainersComeBackEqualWithTheirClassesAndSharedObjects) {
+    Random random;
+    NSMutableArray *const all = valuesOfEachClass(random);
+    for (int level = 0; level < 3; ++level) { // each holds those before it, also as keys
+        NSMutableDictionary *const entries = NSMutableDictionary::dictionary();
+        for (id value : *all)
+            entries->setObjectForKey(value, value);
+        const id containers[] = {NSArray::arrayWithArray(all),
+                                 NSMutableArray::arrayWithArray(all),
+                                 NSSet::setWithArray(all),
+                                 NSMutableSet::setWithArray(all),
+                                 NSDictionary::dictionaryWithDictionary(entries),
+                                 entries};
+        for (id container : containers)
+            all->addObject(container);
+    }
+    for (id value : *all) {
+        NSData *const inOrder = NSArchiver::archivedDataWithRootObject(value);
+        NSData *const keyed = NSKeyedArchiver::archivedDataWithRootObject(value);
         const id read = NSUnarchiver::unarchiveObjectWithData(inOrder);
-        ASSERT_TRUE(read && read->isEqual(value)) << "seed " << seed << ", " << i;
-        ASSERT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithData(keyed)->isEqual(value)) << "seed " << seed;
+        ASSERT_TRUE(read && read->isEqual(value)) << *value;
+        ASSERT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithData(keyed)->isEqual(value)) << *value;
         // The same bytes again: nothing that the archive holds was lost on the way.
-        ASSERT_TRUE(NSArchiver::archivedDataWithRootObject(read)->isEqual(inOrder)) << "seed " << seed;
+        ASSERT_TRUE(NSArchiver::archivedDataWithRootObject(read)->isEqual(inOrder)) << *value;
     }
 }
 
@@ -175,21 +218,21 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesNeedsLittleStackAndHasAnEnd) {
     EXPECT_TRUE(runOnSmallStack([] {
         NSData *deepest = NSArchiver::archivedDataWithRootObject(arraysInArrays(255).get());
         EXPECT_TRUE(NSUnarchiver::unarchiveObjectWithData(deepest)->isEqual(arraysInArrays(255).get()));
-        expectError(900005, "objects lie inside each other deeper than 256", [&] {
-            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(arraysInArrays(256).get()), nullptr);
-        });
+        EXPECT_ERROR(
+            900005, "objects lie inside each other deeper than 256",
+            EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(arraysInArrays(256).get()), nullptr));
         std::string objects;
         for (unsigned i = 1; i <= 300; ++i) // each array holds the next
             objects += i < 128 ? "\1\4\3\2\2"s + static_cast<char>(i)
                                : "\1\5\3\2\2"s + static_cast<char>(0x80 | i) + static_cast<char>(i >> 7);
         NSData *const deeper = dataOf("QBAR\1\1\7NSArray\xad\2" + objects + "\1\0\2\2\0"s);
-        expectError(900002, "1678 objects lie inside each other deeper than 256",
-                    [&] { EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(deeper), nullptr); });
+        EXPECT_ERROR(900002, "1678 objects lie inside each other deeper than 256",
+                     EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(deeper), nullptr));
     }));
     const Ref<NSMutableArray> array = NSMutableArray::init();
     array->addObject(NSDictionary::dictionaryWith({{"array"_ns, array.get()}}));
-    expectError(900005, "a container holds itself",
-                [&] { EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr); });
+    EXPECT_ERROR(900005, "a container holds itself",
+                 EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr));
     array->removeAllObjects();
 }
 
@@ -214,8 +257,8 @@ TEST_F(NSArchiverTest, OnlyClassesThatTheReaderNamesAreMade) {
     NSArray *const nodes = NSArray::arrayWithObject(TreeNode::node());
     NSData *const data = NSKeyedArchiver::archivedDataWithRootObject(nodes);
     const int before = TreeNode::made;
-    expectError(900002, "64 the class 'TreeNode' is not among those that are accepted",
-                [&] { EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data), nullptr); });
+    EXPECT_ERROR(900002, "64 the class 'TreeNode' is not among those that are accepted",
+                 EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(data), nullptr));
     EXPECT_EQ(TreeNode::made, before);
     NSKeyedUnarchiver *reader = NSKeyedUnarchiver::initForReadingWithData(data).autorelease();
     reader->setAllowedClasses(nodeClasses());
@@ -307,13 +350,13 @@ TEST_F(NSArchiverTest, KeysFindValuesInAnyOrder) {
     });
     const Ref<NSKeyedUnarchiver> other = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     const char *text = "";
-    expectError(900002, "123 a value has another type than its class reads",
-                [&] { other->decodeValueOfObjCType("*", &text, "bytes"_ns); }); // has a NUL
+    EXPECT_ERROR(900002, "123 a value has another type than its class reads",
+                 other->decodeValueOfObjCType("*", &text, "bytes"_ns)); // has a NUL
     EXPECT_EQ(text, nullptr);
     const Ref<NSKeyedUnarchiver> third = NSKeyedUnarchiver::initForReadingWithData(writer->archiverData());
     bool truth = false;
-    expectError(900002, "137 a value does not fit the type that its class reads",
-                [&] { third->decodeValueOfObjCType("B", &truth, "two"_ns); });
+    EXPECT_ERROR(900002, "137 a value does not fit the type that its class reads",
+                 third->decodeValueOfObjCType("B", &truth, "two"_ns));
     ErrorExpectation error(900002);
     float single = 1;
     reader->decodeValueOfObjCType("f", &single, "double"_ns); // it has more digits
@@ -326,8 +369,7 @@ TEST_F(NSArchiverTest, ExceptionsEndWritingAndReading) {
     const Ref<NSArchiver> writer = NSArchiver::init();
     EXPECT_REASON(writer->encodeObject(NSArray::arrayWithObject(NSArchiver::init().autorelease())),
                   "NSArchiver encodeWithCoder: is not for objects of this class.");
-    expectError(900005, "an object could not write itself",
-                [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
+    EXPECT_ERROR(900005, "an object could not write itself", EXPECT_EQ(writer->archiverData(), nullptr));
 
     NSData *const archive = archiveOf({"NSCoder"}, {"\1"}, "\2\0\3\2"s); // an object and a number
     const Ref<NSUnarchiver> reader = NSUnarchiver::initForReadingWithData(archive);
@@ -409,16 +451,14 @@ TEST_F(NSArchiverTest, ObjectsBeingEncodedCannotFinishTheArchive) {
     EXPECT_REASON(Ref<NSArchiver>::adopt(new NSArchiver)->encodeRootObject("a"_ns),
                   "NSArchiver must be made by init or initForWritingWithMutableData:.");
     EXPECT_REASON(writer->encodeRootObject(NSArray::arrayWithObject(node)), reason);
-    expectError(900005, "an object could not write itself",
-                [&] { EXPECT_EQ(writer->archiverData(), nullptr); });
+    EXPECT_ERROR(900005, "an object could not write itself", EXPECT_EQ(writer->archiverData(), nullptr));
 }
 
 TEST_F(NSArchiverTest, FilesKeepTheirOldArchiveWhenANewOneCannotBeMade) {
     const id value = NSArray::arrayWith({"a"_ns, NSNumber::numberWithFloat(HUGE_VALF)});
     EXPECT_TRUE(NSKeyedArchiver::archiveRootObject(value, path("archive")));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(path("archive"))->isEqual(value));
-    expectError(900005, "objects lie inside each other deeper than 256", [&] {
-        EXPECT_FALSE(NSArchiver::archiveRootObject(arraysInArrays(300).get(), path("archive")));
-    });
+    EXPECT_ERROR(900005, "objects lie inside each other deeper than 256",
+                 EXPECT_FALSE(NSArchiver::archiveRootObject(arraysInArrays(300).get(), path("archive"))));
     EXPECT_TRUE(NSKeyedUnarchiver::unarchiveObjectWithFile(path("archive"))->isEqual(value));
 }

@@ -1,8 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <array>
-#include <limits>
-
 using NSCalendarDateTest = PoolFixture;
 
 static NSTimeZone *berlin() {

@@ -1,9 +1,6 @@
 #include "System/Clock.h"
 #include "support/PoolFixture.h"
 
-#include <cmath>
-#include <limits>
-
 using NSDateTest = PoolFixture;
 
 static constexpr double kInfinity = std::numeric_limits<double>::infinity();

@@ -49,8 +49,10 @@ TEST_F(NSFileManagerTest, FilesAreMadeReadAndTold) {
     }
     attributes = NSDictionary::dictionaryWith({{NSFilePosixPermissions, "384"_ns}}); // no number
     EXPECT_FALSE(manager_->changeFileAttributes(attributes, path("f")) ||
+                 manager_->createFileAtPath(path("f"), nullptr, attributes) ||
                  manager_->createDirectoryAtPath(path("new"), attributes) ||
                  manager_->fileExistsAtPath(path("new")));
+    EXPECT_TRUE(manager_->contentsAtPath(path("f"))->isEqual(content));
 
     BOOL isDirectory = YES;
     EXPECT_TRUE(manager_->fileExistsAtPath(path("f"), &isDirectory) && !isDirectory);
@@ -89,7 +91,7 @@ TEST_F(NSFileManagerTest, TreesAreListedCopiedComparedMovedAndRemoved) {
     EXPECT_FALSE(manager_->copyPath(path("tree"), path("tree/inner/tree")));
     EXPECT_TRUE(manager_->removeFileAtPath(path("copy")));
     EXPECT_TRUE(manager_->movePath(path("tree"), path("copy")));
-    EXPECT_EQ(directory_.names(), std::vector<std::string>{"copy"});
+    EXPECT_EQ(directory_.names(), Strings{"copy"});
 }
 
 TEST_F(NSFileManagerTest, AMoveToAnotherFileSystemCopiesAndRemoves) {
@@ -141,7 +143,7 @@ TEST_F(NSFileManagerTest, DirectoriesAreMadeAndTheWorkingOneChanges) {
     EXPECT_EQ(manager_->currentDirectoryPath()->view(), directory_ / "d");
     EXPECT_TRUE(manager_->createFileAtPath("here"_ns, nullptr, nullptr));
     EXPECT_TRUE(manager_->changeCurrentDirectoryPath(before));
-    EXPECT_EQ(directory_.names("d"), std::vector<std::string>{"here"});
+    EXPECT_EQ(directory_.names("d"), Strings{"here"});
 }
 
 TEST_F(NSFileManagerTest, EnumeratorsTellOfEachFileAndSkipDirectories) {

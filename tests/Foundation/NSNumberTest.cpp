@@ -1,8 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <cmath>
-#include <limits>
-
 using NSNumberTest = PoolFixture;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();

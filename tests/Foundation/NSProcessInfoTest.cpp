@@ -1,7 +1,6 @@
 #include "support/PoolFixture.h"
 
 #include <fstream>
-#include <sys/wait.h>
 
 using NSProcessInfoTest = PoolFixture;
 

@@ -18,8 +18,8 @@ static NSRange plainRange(const UnitModel &text, const UnitModel &needle, std::u
 }
 
 // The pieces between the places where `needle` stands.
-static std::vector<std::string> plainPieces(const UnitModel &text, const UnitModel &needle) {
-    std::vector<std::string> pieces;
+static Strings plainPieces(const UnitModel &text, const UnitModel &needle) {
+    Strings pieces;
     std::size_t start = 0;
     for (std::size_t i = 0; i < text.count() && needle.count();) {
         if (!text.holds(needle, i)) {
@@ -34,7 +34,7 @@ static std::vector<std::string> plainPieces(const UnitModel &text, const UnitMod
     return pieces;
 }
 
-static std::string joined(const std::vector<std::string> &pieces, const std::string &by) {
+static std::string joined(const Strings &pieces, const std::string &by) {
     std::string text = pieces[0];
     for (std::size_t i = 1; i < pieces.size(); ++i)
         text += by + pieces[i];
@@ -64,7 +64,7 @@ TEST_F(NSStringSearchingTest, FindingSplittingAndReplacingFollowAPlainModel) {
         ASSERT_EQ(string->hasPrefix(target), text.holds(needle, 0));
         ASSERT_EQ(string->hasSuffix(target),
                   needle.count() <= text.count() && text.holds(needle, text.count() - needle.count()));
-        const std::vector<std::string> pieces = plainPieces(text, needle);
+        const Strings pieces = plainPieces(text, needle);
         ASSERT_EQ(string->containsString(target), wanted.empty() || pieces.size() > 1);
         ASSERT_EQ(describe(string->componentsSeparatedByString(target)), "(" + joined(pieces, ", ") + ")");
         ASSERT_EQ(string->stringByReplacingOccurrencesOfString(target, "<é>"_ns)->view(),

@@ -1,7 +1,6 @@
 #include "Foundation/UnitModel.h"
 #include "support/PoolFixture.h"
 
-#include <array>
 #include <iomanip>
 #include <sstream>
 

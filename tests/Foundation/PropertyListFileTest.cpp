@@ -21,16 +21,16 @@ TEST_F(PropertyListFileTest, WhatIsWrongWithAFileIsOneError) {
     const auto dictionaryIn = [&](const char *name) {
         EXPECT_EQ(NSDictionary::dictionaryWithContentsOfFile(path(name)), nullptr);
     };
-    expectError(900004, directory_ / "broken 3 5 '='", [&] { dictionaryIn("broken"); });
-    expectError(900004, directory_ / "list 2 3 a dictionary", [&] { dictionaryIn("list"); });
-    expectError(900004, directory_ / "map 1 1 an array",
-                [&] { EXPECT_EQ(NSArray::arrayWithContentsOfFile(path("map")), nullptr); });
+    EXPECT_ERROR(900004, directory_ / "broken 3 5 '='", dictionaryIn("broken"));
+    EXPECT_ERROR(900004, directory_ / "list 2 3 a dictionary", dictionaryIn("list"));
+    EXPECT_ERROR(900004, directory_ / "map 1 1 an array",
+                 EXPECT_EQ(NSArray::arrayWithContentsOfFile(path("map")), nullptr));
 }
 
 TEST_F(PropertyListFileTest, TooDeepListIsNotWritten) {
     directory_.write("file", "old");
     const Ref<NSArray> deep = arraysInArrays(513);
-    expectError(900003, "512", [&] { EXPECT_FALSE(deep->writeToFile(path("file"), /*atomically=*/NO)); });
+    EXPECT_ERROR(900003, "512", EXPECT_FALSE(deep->writeToFile(path("file"), /*atomically=*/NO)));
     EXPECT_EQ(directory_.read("file"), "old");
 }
 

@@ -75,12 +75,12 @@ TEST_F(PropertyListReaderTest, NestingEndsAt512Levels) {
     EXPECT_EQ(deepest, 512u);
     EXPECT_EQ(read(nested(deepest)), nested(deepest));
     for (const std::string &tooDeep : {nested(deepest + 1), std::string(1'000'000, '(')})
-        expectError(900001, "1 513 less deep nesting", [&] { EXPECT_EQ(read(tooDeep), "nil"); });
+        EXPECT_ERROR(900001, "1 513 less deep nesting", EXPECT_EQ(read(tooDeep), "nil"));
 }
 
 TEST_F(PropertyListReaderTest, DataReadsItsBytes) {
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\xC3\xA9)", 6)->propertyList()), "nil");
     ERRORHANDLER->clearErrorStack();
     EXPECT_EQ(describe(NSData::dataWithBytes("(a,\"\xC3\xA9\")", 8)->propertyList()), "(a, \xC3\xA9)");
-    expectError(900001, "1 1 a value", [&] { EXPECT_EQ(NSData::data()->propertyList(), nullptr); });
+    EXPECT_ERROR(900001, "1 1 a value", EXPECT_EQ(NSData::data()->propertyList(), nullptr));
 }

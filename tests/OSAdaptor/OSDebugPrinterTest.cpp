@@ -208,7 +208,6 @@ TEST_F(OSDebugPrinterTest, AllocationsAreToldAndTheirFailureIsRaised) {
                                  "\nfreeing memory at " + addressOf(told) + " in src/A:35\n");
 
     Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    expectErrorAt("src/OSAdaptor/OSFilePath:97", 100156, "",
-                  [&] { EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr); });
+    EXPECT_ERROR_AT("src/OSAdaptor/OSFilePath:97", 100156, "", EXPECT_EQ(_dbgMalloc(1, 2, "b"), nullptr));
     EXPECT_EQ(output.end(), "allocating 1 bytes in b:2 - return 0x00000000\n");
 }

@@ -1,7 +1,6 @@
 #include "support/ServicesFixture.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
 
 using OSDynamicLoaderTest = ServicesFixture;
 
@@ -41,6 +40,8 @@ TEST_F(OSDynamicLoaderTest, NamesLeadToFilesOfTheDirectory) {
     std::filesystem::remove(file);
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); // that nobody writes to
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("none"_ns, path("")); }), refusal);
+    EXPECT_EQ(fatalError([] { OSDynamicLoader::loadLibraryFromPath("/dev/zero"_ns); }),
+              "[T] (P) [] [100241] The library '/dev/zero' could not be loaded: Exec format error\n\n");
     EXPECT_EQ(fatalError([&] { OSDynamicLoader::loadLibrary("qb none"_ns, nullptr); }),
               "[T] (P) [] [100241] The library 'libqb none.so' could not be loaded: libqb none.so: "
               "cannot open shared object file: No such file or directory\n\n");

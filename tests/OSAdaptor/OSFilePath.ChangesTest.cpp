@@ -1,7 +1,5 @@
 #include "support/DirectoryFixture.h"
 
-#include <ctime>
-
 using OSFilePathChangesTest = DirectoryFixture;
 
 TEST_F(OSFilePathChangesTest, MakePathCreatesEachMissingDirectory) {
@@ -14,9 +12,8 @@ TEST_F(OSFilePathChangesTest, MakePathCreatesEachMissingDirectory) {
     OSFilePath::makePath(""_ns);
     directory_.write("file", "");
     OSFilePath::makePath(path("file")); // not looked at
-    expectError(100168, directory_ / "file/x Not a directory",
-                [&] { OSFilePath::makePath(path("file/x/y")); });
-    expectError(100168, "a Invalid argument", [&] { OSFilePath::makePath("a\0b"_ns); });
+    EXPECT_ERROR(100168, directory_ / "file/x Not a directory", OSFilePath::makePath(path("file/x/y")));
+    EXPECT_ERROR(100168, "a Invalid argument", OSFilePath::makePath("a\0b"_ns));
 }
 
 TEST_F(OSFilePathChangesTest, RenameReplacesAndReportsBothNames) {
@@ -25,9 +22,9 @@ TEST_F(OSFilePathChangesTest, RenameReplacesAndReportsBothNames) {
     OSFilePath::renamePath(path("old"), path("new"));
     EXPECT_EQ(directory_.read("new"), "1");
     EXPECT_FALSE(directory_.has("old"));
-    expectError(100202, directory_ / "old " + directory_ / "x" + " No such file or directory",
-                [&] { OSFilePath::renamePath(path("old"), path("x")); });
-    expectError(100202, "<null> x Bad address", [&] { OSFilePath::renamePath(nullptr, "x"_ns); });
+    EXPECT_ERROR(100202, directory_ / "old " + directory_ / "x" + " No such file or directory",
+                 OSFilePath::renamePath(path("old"), path("x")));
+    EXPECT_ERROR(100202, "<null> x Bad address", OSFilePath::renamePath(nullptr, "x"_ns));
 }
 
 TEST_F(OSFilePathChangesTest, TouchCreatesFilesAndSetsBothTimes) {
@@ -39,11 +36,10 @@ TEST_F(OSFilePathChangesTest, TouchCreatesFilesAndSetsBothTimes) {
     OSFilePath::touchFileAtPath(path("full"));
     EXPECT_LE(std::time(nullptr) - status("full").st_mtime, 60);
     EXPECT_EQ(directory_.read("full"), "abc");
-    expectError(100235, directory_ / "full/x Not a directory",
-                [&] { OSFilePath::touchFileAtPath(path("full/x")); });
+    EXPECT_ERROR(100235, directory_ / "full/x Not a directory", OSFilePath::touchFileAtPath(path("full/x")));
     const Fault fault(Call::close, /*skip=*/0, /*times=*/1, ENOSPC);
-    expectError(100024, directory_ / "late No space left on device",
-                [&] { OSFilePath::touchFileAtPath(path("late")); });
+    EXPECT_ERROR(100024, directory_ / "late No space left on device",
+                 OSFilePath::touchFileAtPath(path("late")));
 }
 
 TEST_F(OSFilePathChangesTest, LinkIsReplacedInOneStep) {
@@ -53,11 +49,10 @@ TEST_F(OSFilePathChangesTest, LinkIsReplacedInOneStep) {
     OSFilePath::symlink(path("link"), path("two"));
     EXPECT_EQ(std::filesystem::read_symlink(directory_ / "link"), directory_ / "two");
     directory_.write("file", "");
-    expectError(100170, directory_ / "file", [&] { OSFilePath::symlink(path("link"), path("file")); });
-    expectError(100199, directory_ / "one " + directory_ / "two Is a directory",
-                [&] { OSFilePath::symlink(path("two"), path("one")); });
-    EXPECT_EQ(directory_.names(),
-              (std::vector<std::string>{"file", "link", "one", "two"})); // nothing left over
+    EXPECT_ERROR(100170, directory_ / "file", OSFilePath::symlink(path("link"), path("file")));
+    EXPECT_ERROR(100199, directory_ / "one " + directory_ / "two Is a directory",
+                 OSFilePath::symlink(path("two"), path("one")));
+    EXPECT_EQ(directory_.names(), (Strings{"file", "link", "one", "two"})); // nothing left over
 }
 
 TEST_F(OSFilePathChangesTest, DescriptorsOpenWithStdioModesAndStayWithUs) {
@@ -91,8 +86,8 @@ TEST_F(OSFilePathChangesTest, RemovalTakesFilesAndWholeTrees) {
     }
     OSFilePath::removePath(path("tree"));
     OSFilePath::removePath(path("missing"));
-    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"other"}));
-    EXPECT_EQ(directory_.names("other"), (std::vector<std::string>{"kept"})); // a link itself is unlinked
+    EXPECT_EQ(directory_.names(), (Strings{"other"}));
+    EXPECT_EQ(directory_.names("other"), (Strings{"kept"})); // a link itself is unlinked
 }
 
 TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
@@ -102,8 +97,7 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
             directory_.write("other/gone" + name, "");
             directory_.link("gone" + name, "other/link" + name);
         }
-        expectError(100203, directory_ / "around/link Not a directory",
-                    [&] { OSFilePath::removePath(path(link)); });
+        EXPECT_ERROR(100203, directory_ / "around/link Not a directory", OSFilePath::removePath(path(link)));
         EXPECT_TRUE(directory_.names("other").empty());
     }
     for (const std::string name : {"1", "2"}) {
@@ -116,12 +110,11 @@ TEST_F(OSFilePathChangesTest, RemovalFollowsLinksToDirectoriesAndEndsInLoops) {
     EXPECT_EQ(directory_.names("linked1").size() + directory_.names("linked2").size(), 2u);
     directory_.makeDirectory("loop/a");
     directory_.link("..", "loop/a/up");
-    expectError(100194, directory_ / "loop/a/up Too many levels of symbolic links",
-                [&] { OSFilePath::removePath(path("loop")); });
+    EXPECT_ERROR(100194, directory_ / "loop/a/up Too many levels of symbolic links",
+                 OSFilePath::removePath(path("loop")));
     EXPECT_TRUE(directory_.has("loop/a/up"));
     directory_.link("nowhere", "kept/link");
-    expectError(100203, directory_ / "kept Directory not empty",
-                [&] { OSFilePath::removePath(path("kept")); });
+    EXPECT_ERROR(100203, directory_ / "kept Directory not empty", OSFilePath::removePath(path("kept")));
 }
 
 TEST_F(OSFilePathChangesTest, RemovalStopsAtItsOwnErrorAndEarlierOnesStayInFront) {
@@ -144,8 +137,8 @@ TEST_F(OSFilePathChangesTest, CallThatFailsInARemovalIsAnErrorOfItsPath) {
          {std::pair(Call::opendir, "tree"), std::pair(Call::unlink, "tree/file"),
           std::pair(Call::rmdir, "tree")}) {
         const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
-        expectError(100203, directory_ / failing + " Input/output error",
-                    [&] { OSFilePath::removePath(path("tree")); });
+        EXPECT_ERROR(100203, directory_ / failing + " Input/output error",
+                     OSFilePath::removePath(path("tree")));
     }
 }
 
@@ -156,7 +149,7 @@ TEST_F(OSFilePathChangesTest, RemovalThroughAnotherDirectoryMovesFirst) {
     EXPECT_FALSE(directory_.has("tree") || directory_.has("tmp/tree"));
     OSFilePath::removePath(path("tree"), path("nowhere")); // there is none
     directory_.write("file", "");
-    expectError(100202, directory_ / "file " + directory_ / "nowhere/file No such file or directory",
-                [&] { OSFilePath::removePath(path("file"), path("nowhere")); });
+    EXPECT_ERROR(100202, directory_ / "file " + directory_ / "nowhere/file No such file or directory",
+                 OSFilePath::removePath(path("file"), path("nowhere")));
     EXPECT_TRUE(directory_.has("file"));
 }

@@ -24,8 +24,7 @@ TEST_F(OSFilePathComparisonTest, OnlyFilesOfTheSameBytesAreAlike) {
     EXPECT_TRUE(differ("missing", "missing"));
     EXPECT_TRUE(differ("directory", "directory"));
     const Fault second(Call::read, /*skip=*/1, /*times=*/1, EIO); // is raised and answered with no
-    expectError(100023, directory_ / "tail Input/output error",
-                [&] { EXPECT_FALSE(differ("long", "tail")); });
+    EXPECT_ERROR(100023, directory_ / "tail Input/output error", EXPECT_FALSE(differ("long", "tail")));
     const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, sys::ShortTransfer{1000});
     EXPECT_FALSE(differ("long", "long too"));
     EXPECT_TRUE(differ("long", "tail"));

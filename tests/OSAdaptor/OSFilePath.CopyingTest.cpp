@@ -34,18 +34,18 @@ TEST_F(OSFilePathCopyingTest, HolesStayHoles) {
     _copyFile((directory_ / "sparse").c_str(), directory_.path().c_str(), "pipe");
     EXPECT_EQ(sys::read(reader.get(), std::string(60000, '.').data(), 60000), 50000);
     const Fault fault(Call::lseek, /*skip=*/1, /*times=*/1, EIO); // where does the data end?
-    expectError(100023, directory_ / "sparse Input/output error", [&] { copy("sparse", "other", YES); });
+    EXPECT_ERROR(100023, directory_ / "sparse Input/output error", copy("sparse", "other", YES));
 }
 
 TEST_F(OSFilePathCopyingTest, TargetThatIsTakenOrNoDirectoryIsRefused) {
     directory_.write("file", "1");
     directory_.write("taken", "2");
-    expectError(100170, directory_ / "taken", [&] { copy("file", "taken"); });
-    expectError(100170, directory_ / "taken", [&] { copy("file", "taken/x", YES); });
+    EXPECT_ERROR(100170, directory_ / "taken", copy("file", "taken"));
+    EXPECT_ERROR(100170, directory_ / "taken", copy("file", "taken/x", YES));
     directory_.write("tree/entry", "");
     directory_.write("place/tree", "a file where the directory should be");
-    expectError(100170, directory_ / "place/tree", [&] { copy("tree", "place"); });
-    expectError(100195, directory_ / "file " + directory_ / "taken", [&] { copy("file", "taken", YES); });
+    EXPECT_ERROR(100170, directory_ / "place/tree", copy("tree", "place"));
+    EXPECT_ERROR(100195, directory_ / "file " + directory_ / "taken", copy("file", "taken", YES));
     EXPECT_EQ(directory_.read("taken"), "2");
 }
 
@@ -70,8 +70,7 @@ TEST_F(OSFilePathCopyingTest, LinksInsideStayLinksAndOthersBecomeCopies) {
 }
 
 TEST_F(OSFilePathCopyingTest, LinksToTheirOwnDirectoryNeverLeadToTheRoot) {
-    const std::vector<std::string> texts = {".", "./", "../tree", directory_ / "tree//",
-                                            directory_ / "tree/."};
+    const Strings texts = {".", "./", "../tree", directory_ / "tree//", directory_ / "tree/."};
     for (std::size_t i = 0; i < texts.size(); ++i)
         directory_.link(texts[i], "tree/" + std::to_string(i));
     for (const char *source : {"tree", "tree/"}) {
@@ -87,13 +86,13 @@ TEST_F(OSFilePathCopyingTest, LinksToTheirOwnDirectoryNeverLeadToTheRoot) {
 TEST_F(OSFilePathCopyingTest, LoopsEndWithAnError) {
     directory_.write("tree/file", "");
     const std::string loop = " Too many levels of symbolic links";
-    expectError(100194, directory_ / "tree/in/tree" + loop, [&] { copy("tree", "tree/in"); });
-    expectError(100194, directory_ / "tree/file" + loop, [&] { copy("tree/file", "tree"); });
+    EXPECT_ERROR(100194, directory_ / "tree/in/tree" + loop, copy("tree", "tree/in"));
+    EXPECT_ERROR(100194, directory_ / "tree/file" + loop, copy("tree/file", "tree"));
     directory_.makeDirectory("outer/a");
     directory_.link(directory_ / "", "outer/a/everything"); // which holds the tree that is being copied
-    expectError(100194, directory_ / "" + "/outer" + loop, [&] { copy("outer", "copy"); });
+    EXPECT_ERROR(100194, directory_ / "" + "/outer" + loop, copy("outer", "copy"));
     directory_.link("nowhere", "dangling");
-    expectError(100194, directory_ / "nowhere No such file or directory", [&] { copy("dangling", "copy"); });
+    EXPECT_ERROR(100194, directory_ / "nowhere No such file or directory", copy("dangling", "copy"));
     EXPECT_EQ(directory_.read("tree/file"), "");
 }
 
@@ -112,8 +111,8 @@ TEST_F(OSFilePathCopyingTest, NamesAreLimitedAndNeedNotBeUtf8) {
     directory_.link("other", "link/" + tooLong);
     directory_.write("link/other", "");
     for (const char *tree : {"long", "directory", "link"})
-        expectError(100197, tooLong, [&] { copy(tree, "copy"); });
-    expectError(100197, tooLong, [&] { _copyDir("x", "y", tooLong.c_str()); });
+        EXPECT_ERROR(100197, tooLong, copy(tree, "copy"));
+    EXPECT_ERROR(100197, tooLong, _copyDir("x", "y", tooLong.c_str()));
 }
 
 TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
@@ -128,7 +127,7 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
     }
     {
         const Fault nothing(Call::write, /*skip=*/0, /*times=*/0, sys::ShortTransfer{0}); // not for ever
-        expectError(100024, directory_ / "copy/file Input/output error", [&] { copy("file", "copy"); });
+        EXPECT_ERROR(100024, directory_ / "copy/file Input/output error", copy("file", "copy"));
     }
     const Fault end(Call::read, /*skip=*/0, /*times=*/1, sys::ShortTransfer{0}); // shorter than it says
     copy("file", "copy");
@@ -138,9 +137,9 @@ TEST_F(OSFilePathCopyingTest, PlainReadingAndWritingTakesOverFromTheKernel) {
                                                        {Call::close, 100024, directory_ / "copy/file"}};
     for (const auto &[call, number, path] : rows) {
         const Fault fault(call, /*skip=*/0, /*times=*/1, ENOSPC);
-        expectError(number, path + " No space left on device", [&] { copy("file", "copy"); });
+        EXPECT_ERROR(number, path + " No space left on device", copy("file", "copy"));
     }
-    expectError(100039, "missing", [] { _copyFile("missing", "x", nullptr); });
+    EXPECT_ERROR(100039, "missing", _copyFile("missing", "x", nullptr));
 }
 
 TEST_F(OSFilePathCopyingTest, CallThatFailsInATreeIsItsOwnError) {
@@ -153,7 +152,7 @@ TEST_F(OSFilePathCopyingTest, CallThatFailsInATreeIsItsOwnError) {
         {Call::symlink, 100199, "file " + directory_ / "copy/tree/link"}};
     for (const auto &[call, number, values] : rows) {
         const Fault fault(call, /*skip=*/0, /*times=*/1, EIO);
-        expectError(number, values + " Input/output error", [&] { copy("tree", "copy"); });
+        EXPECT_ERROR(number, values + " Input/output error", copy("tree", "copy"));
     }
 }
 
@@ -162,7 +161,7 @@ TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);
     copy("file", "copy", YES);
     copy("file", "new/copy", YES);
-    EXPECT_EQ(directory_.names(), (std::vector<std::string>{"file"}));
+    EXPECT_EQ(directory_.names(), (Strings{"file"}));
     EXPECT_EQ(takenErrors(), "(31999)");
 }
 
@@ -186,7 +185,7 @@ TEST_F(OSFilePathCopyingTest, DepthCostsNeitherStackNorDescriptors) {
 TEST_F(OSFilePathCopyingTest, CopyOfARandomTreeIsTheTree) {
     Random random;
     const std::string pieces[] = {"a", "\xff", " ", "..", "\n", "\xc3\xa4"};
-    std::vector<std::string> directories = {"outside", "tree"}, files;
+    Strings directories = {"outside", "tree"}, files;
     for (int i = 0; i < 150; ++i) {
         const std::string parent = directories[random.below(directories.size())];
         const std::string entry =

@@ -20,8 +20,7 @@ TEST_F(OSFilePathQueriesTest, FileInfoFollowsLinksAndFillsEachField) {
     EXPECT_TRUE(info.exists && info.isDirectory);
     OSFilePath::fileInfo(&info, path("missing"));
     EXPECT_FALSE(info.exists || info.isDirectory || info.size || info.mode);
-    expectError(100194, directory_ / "file/x Not a directory",
-                [&] { OSFilePath::fileInfo(&info, path("file/x")); });
+    EXPECT_ERROR(100194, directory_ / "file/x Not a directory", OSFilePath::fileInfo(&info, path("file/x")));
     EXPECT_REASON(OSFilePath::fileInfo(nullptr, "a"_ns),
                   "OSFilePath fileInfo:atPath: must have a file info that is not NULL.");
 }
@@ -33,8 +32,8 @@ TEST_F(OSFilePathQueriesTest, WhatDoesNotFitAFieldIsReportedAndNeverCut) {
     OSFilePath::touchFileAtPath(path("late"), std::int64_t{1} << 31);
     for (const char *name : {"long", "late"}) {
         OSFileInfo info;
-        expectError(100194, directory_ / name + " Value too large for defined data type",
-                    [&] { OSFilePath::fileInfo(&info, path(name)); });
+        EXPECT_ERROR(100194, directory_ / name + " Value too large for defined data type",
+                     OSFilePath::fileInfo(&info, path(name)));
         EXPECT_EQ(info.size, 0);
     }
     EXPECT_EQ(OSFilePath::fileSizeAtPath(path("long")), INT32_MAX);
@@ -54,8 +53,8 @@ TEST_F(OSFilePathQueriesTest, WhatIsMissingOrEmptyIsAnsweredWithNo) {
     EXPECT_TRUE(OSFilePath::directoryExistsAtPath(path(".")));
     for (const char *name : {".", "empty", "missing"})
         EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path(name))) << name;
-    expectError(100194, directory_ / "file/x Not a directory",
-                [&] { EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path("file/x"))); });
+    EXPECT_ERROR(100194, directory_ / "file/x Not a directory",
+                 EXPECT_FALSE(OSFilePath::fileContainsDataAtPath(path("file/x"))));
     const Fault interruptions(Call::stat, /*skip=*/0, /*times=*/3, EINTR);
     EXPECT_TRUE(OSFilePath::fileContainsDataAtPath(path("file")));
 }
@@ -68,12 +67,11 @@ TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
     EXPECT_EQ(describe(OSFilePath::symlinkTarget(path("link"))), "some/\xff where");
     EXPECT_EQ(describe(OSFilePath::symlinkTarget(path("long"))), longText);
     EXPECT_EQ(OSFilePath::symlinkTarget(""_ns), nullptr);
-    expectError(100222, directory_ / "file",
-                [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path("file")), nullptr); });
+    EXPECT_ERROR(100222, directory_ / "file", EXPECT_EQ(OSFilePath::symlinkTarget(path("file")), nullptr));
     directory_.link("file", "failing");
     const Fault fault(Call::readlink, /*skip=*/0, /*times=*/1, EIO);
-    expectError(100023, directory_ / "failing Input/output error",
-                [&] { EXPECT_EQ(OSFilePath::symlinkTarget(path("failing")), nullptr); });
+    EXPECT_ERROR(100023, directory_ / "failing Input/output error",
+                 EXPECT_EQ(OSFilePath::symlinkTarget(path("failing")), nullptr));
 }
 
 TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
@@ -81,11 +79,10 @@ TEST_F(OSFilePathQueriesTest, WorkingDirectoryIsReadAndChanged) {
     OSFilePath::chdir(path("."));
     EXPECT_EQ(describe(OSFilePath::getcwd()), directory_.path());
     OSFilePath::chdir(before);
-    expectError(100196, "chdir(" + directory_ / "missing" + ") No such file or directory",
-                [&] { OSFilePath::chdir(path("missing")); });
+    EXPECT_ERROR(100196, "chdir(" + directory_ / "missing" + ") No such file or directory",
+                 OSFilePath::chdir(path("missing")));
     const Fault fault(Call::getcwd, /*skip=*/0, /*times=*/1, ERANGE);
-    expectError(100196, "getcwd() Numerical result out of range",
-                [&] { EXPECT_EQ(OSFilePath::getcwd(), nullptr); });
+    EXPECT_ERROR(100196, "getcwd() Numerical result out of range", EXPECT_EQ(OSFilePath::getcwd(), nullptr));
 }
 
 TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
@@ -102,9 +99,9 @@ TEST_F(OSFilePathQueriesTest, GlobGivesTheMatchesOfTheSystem) {
           std::pair(Call::readdir, EIO), std::pair(Call::lstat, EIO)}) {
         const Fault fault(call, /*skip=*/0, /*times=*/1, system);
         const bool isMemory = system == ENOMEM;
-        expectError(isMemory ? 100156 : 100240,
-                    isMemory ? "" : describe(pattern) + " " + std::strerror(system),
-                    [&] { EXPECT_EQ(OSFilePath::glob(pattern), nullptr); });
+        EXPECT_ERROR(isMemory ? 100156 : 100240,
+                     isMemory ? "" : describe(pattern) + " " + std::strerror(system),
+                     EXPECT_EQ(OSFilePath::glob(pattern), nullptr));
     }
     for (const int passing : {EINTR, EACCES, ENOTCONN}) {
         const Fault fault(Call::opendir, /*skip=*/0, /*times=*/1, passing);

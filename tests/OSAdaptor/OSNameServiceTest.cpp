@@ -5,7 +5,7 @@
 using OSNameServiceTest = PoolFixture;
 
 static void expectUnknown(int number, NSString *value, auto act) {
-    expectError(number, describe(value), [&] { EXPECT_TRUE(act()); });
+    EXPECT_ERROR(number, describe(value), EXPECT_TRUE(act()));
 }
 
 TEST_F(OSNameServiceTest, HostsAreFoundByNameAndByAddress) {

@@ -1,6 +1,5 @@
 #include "support/PoolFixture.h"
 
-#include <csignal>
 #include <fcntl.h>
 
 using OSPipeTest = PoolFixture;

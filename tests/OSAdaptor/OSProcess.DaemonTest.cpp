@@ -18,10 +18,6 @@ Daemon daemon(auto work) {
     return {end.status, contentOf(report)};
 }
 
-void tell(OSPipe *report, const std::string &text) {
-    report->write(text.data(), static_cast<std::uint32_t>(text.size()));
-}
-
 } // namespace
 
 TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal) {
@@ -34,7 +30,7 @@ TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal)
         for (const char *name : {"cwd", "fd/0", "fd/1", "fd/2"})
             text += " " + std::filesystem::read_symlink(std::string("/proc/self/") + name).string();
         text += ::fcntl(0, F_GETFD) == 0 ? " inherited" : ""; // by programs that are started then
-        tell(report, text);
+        report->getOutputStream()->writeObject(string(text));
         ::_exit(5); // nobody's affair
     });
     EXPECT_EQ(output.end(), "buffered;");
@@ -45,7 +41,7 @@ TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal)
 TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
     const Daemon end = daemon([](OSPipe *report) {
         OSProcess::detachAndChdirTo("/no/such"_ns);
-        tell(report, describe(ERRORHANDLER->errorId()));
+        report->getOutputStream()->writeObject(ERRORHANDLER->errorId());
     });
     EXPECT_EQ(end.report, "100196");
 }

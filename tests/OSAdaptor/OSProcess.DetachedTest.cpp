@@ -1,9 +1,7 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
-#include <csignal>
 #include <poll.h>
-#include <sys/wait.h>
 
 using OSProcessDetachedTest = ServicesFixture;
 

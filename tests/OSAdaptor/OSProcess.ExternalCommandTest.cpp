@@ -1,6 +1,5 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
-#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 
 using OSProcessExternalCommandTest = ServicesFixture;
@@ -14,7 +13,7 @@ TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     const std::ptrdiff_t before = openDescriptors();
     run("echo fine >&2");
     run("kill -9 $$"); // counts as success
-    expectError(100227, "sh 3 ", [] { run("exit 3"); });
+    EXPECT_ERROR(100227, "sh 3 ", run("exit 3"));
     expectError(100227, "sh 4 a\0b"sv, [] { run("printf 'a\\0b' >&2; exit 4"); });
     const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
     expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
@@ -37,8 +36,8 @@ TEST_F(OSProcessExternalCommandTest, EarlierErrorsDoNotCountAndStay) {
 TEST_F(OSProcessExternalCommandTest, WithoutPipeOrProcessItIsNotStarted) {
     for (const Call call : {Call::pipe, sys::canShareMemory() ? Call::startSharingMemory : Call::fork}) {
         const Fault fault(call, 0, 1, EMFILE);
-        expectError(100164, "<nil> Too many open files",
-                    [&] { OSProcess::runExternalCmd(nullptr, nullptr, nullptr); });
+        EXPECT_ERROR(100164, "<nil> Too many open files",
+                     OSProcess::runExternalCmd(nullptr, nullptr, nullptr));
     }
 }
 

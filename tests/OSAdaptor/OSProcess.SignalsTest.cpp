@@ -1,8 +1,5 @@
 #include "support/ServicesFixture.h"
 
-#include <csignal>
-#include <sys/resource.h>
-
 using OSProcessSignalsTest = ServicesFixture;
 
 static volatile std::sig_atomic_t seen = 0;

@@ -2,8 +2,6 @@
 #include "System/Process.h"
 #include "support/ServicesFixture.h"
 
-#include <csignal>
-
 using OSProcessStartingTest = ServicesFixture;
 
 /// What the program writes to its standard output, when it ends well.
@@ -142,8 +140,8 @@ TEST_F(OSProcessStartingTest, MissingMemoryIsToldByTheChildToo) {
 TEST_F(OSProcessStartingTest, NoMoreProcessesIsAnError) {
     const auto expect = [](Call call, NSString *command, const std::string &shown) {
         const Fault fault(call, 0, 1, EAGAIN);
-        expectError(100164, shown + " Resource temporarily unavailable",
-                    [&] { EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr); });
+        EXPECT_ERROR(100164, shown + " Resource temporarily unavailable",
+                     EXPECT_EQ(OSProcess::subProcessWithCommand(command, nullptr, nullptr), nullptr));
     };
     if (sys::canShareMemory()) {
         expect(Call::startSharingMemory, "true"_ns, "true");

@@ -1,8 +1,6 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
-#include <sys/wait.h>
-
 using OSProcessWaitingTest = ServicesFixture;
 
 constexpr const char *kSleep = "exec sleep 60";
@@ -33,10 +31,9 @@ TEST_F(OSProcessWaitingTest, ProcessThatWasWaitedForIsGone) {
     const std::string pid = std::to_string(process->pid());
     EXPECT_EQ(process->waitForProcessDoHang(YES), 1);
     const CallCounter counter;
-    expectError(100234, pid + " No child processes",
-                [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
-    expectError(100232, pid + " No such process", [&] { process->sendTermSignal(); });
-    expectError(100233, pid + " No such process", [&] { process->sendKillSignal(); });
+    EXPECT_ERROR(100234, pid + " No child processes", EXPECT_EQ(process->waitForProcessDoHang(YES), -1));
+    EXPECT_ERROR(100232, pid + " No such process", process->sendTermSignal());
+    EXPECT_ERROR(100233, pid + " No such process", process->sendKillSignal());
     EXPECT_FALSE(process->isRunning());
     EXPECT_EQ(counter.calls(Call::kill) + counter.calls(Call::waitpid), 0u);
 }
@@ -45,13 +42,12 @@ TEST_F(OSProcessWaitingTest, FailuresOfTheSystemAreRaised) {
     OSProcess *const process = start(kSleep);
     const std::string pid = std::to_string(process->pid());
     const Fault denied(Call::kill, 0, 2, EPERM);
-    expectError(100232, pid + " Operation not permitted", [&] { process->sendTermSignal(); });
-    expectError(100233, pid + " Operation not permitted", [&] { process->sendKillSignal(); });
+    EXPECT_ERROR(100232, pid + " Operation not permitted", process->sendTermSignal());
+    EXPECT_ERROR(100233, pid + " Operation not permitted", process->sendKillSignal());
     const Fault gone(Call::kill, 0, 1, ESRCH);
     EXPECT_FALSE(process->isRunning());
     const Fault invalid(Call::waitpid, 0, 1, EINVAL);
-    expectError(100234, pid + " Invalid argument",
-                [&] { EXPECT_EQ(process->waitForProcessDoHang(YES), -1); });
+    EXPECT_ERROR(100234, pid + " Invalid argument", EXPECT_EQ(process->waitForProcessDoHang(YES), -1));
     process->sendKillSignal();
     const Fault storm(Call::waitpid, 0, 3, EINTR);
     EXPECT_EQ(process->waitForProcessDoHang(YES), 1);

@@ -3,12 +3,10 @@
 
 using OSProgressBarTest = PoolFixture;
 
-using Screens = std::vector<std::string>;
-
 // What the terminal's line shows one after the other while a program works.
-static Screens shown(const std::function<void()> &work) {
+static Strings shown(const std::function<void()> &work) {
     Terminal terminal(work);
-    Screens screens = screensOf(terminal.end());
+    Strings screens = screensOf(terminal.end());
     EXPECT_EQ(screens.front(), ""); // drawing begins with a return
     screens.erase(screens.begin());
     return screens;
@@ -19,7 +17,7 @@ static std::string bar(unsigned dots, const std::string &position) {
 }
 
 TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
-    const Screens screens = shown([] {
+    const Strings screens = shown([] {
         OSProgressBar *const progress = OSProgressBar::progressBarWithStart(0, 10);
         for (int i = 0; i < 11; ++i)
             progress->increment();
@@ -27,7 +25,7 @@ TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
         progress->finish(); // nothing
         OSUserIO::print("behind"_ns);
     });
-    Screens expected;
+    Strings expected;
     for (unsigned i = 0; i <= 10; ++i)
         expected.push_back(bar(i * 5, std::to_string(i) + "/10"));
     expected.push_back(expected.back()); // the full one is drawn once more
@@ -36,7 +34,7 @@ TEST_F(OSProgressBarTest, ABarFillsUpAsItsUnitsAreDone) {
 }
 
 TEST_F(OSProgressBarTest, ABarGoesToTheValueThatItIsGiven) {
-    const Screens screens = shown([] {
+    const Strings screens = shown([] {
         const Ref<OSProgressBar> progress = OSProgressBar::initWithStart(100, 107);
         for (std::uint32_t value : {103u, 3u, 108u, 99u, 0u, 4294967295u})
             progress->setCurrent(value);
@@ -46,12 +44,12 @@ TEST_F(OSProgressBarTest, ABarGoesToTheValueThatItIsGiven) {
     }); // which finishes it
     // 3 is the number of units done, and draws nothing; nor does 0 behind 99.
     EXPECT_EQ(screens,
-              (Screens{bar(0, "0/7"), bar(21, "3/7"), bar(50, "7/7"), bar(0, "0/7"), bar(50, "7/7"),
+              (Strings{bar(0, "0/7"), bar(21, "3/7"), bar(50, "7/7"), bar(0, "0/7"), bar(50, "7/7"),
                        bar(50, "0/0"), bar(0, "0/4294967294"), bar(50, "4294967294/4294967294"), ""}));
 }
 
 TEST_F(OSProgressBarTest, AnIndeterminateBarsMarkGoesToAndFro) {
-    const Screens screens = shown([] {
+    const Strings screens = shown([] {
         OSProgressBar *const progress = OSProgressBar::progressBar();
         for (int i = 0; i < 95; ++i)
             progress->increment();
@@ -65,7 +63,7 @@ TEST_F(OSProgressBarTest, AnIndeterminateBarsMarkGoesToAndFro) {
         return "[" + std::string(position, ' ') + "<" + banner.substr(position, 2) + ">" +
                std::string(46 - position, ' ') + "]";
     };
-    Screens expected;
+    Strings expected;
     for (unsigned i = 0; i < 96; ++i)
         expected.push_back(mark(i % 94 < 47 ? i % 94 : 93 - i % 94));
     expected.push_back(mark(3));

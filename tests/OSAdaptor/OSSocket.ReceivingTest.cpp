@@ -45,7 +45,7 @@ TEST_F(OSSocketReceivingTest, ReadsDeliverWhatThereIsUpToTheEnd) {
     EXPECT_EQ(describe(pair_.client->readBytes(UINT32_MAX - 1)), "<>"); // grows with what comes
     EXPECT_EQ(peek(1), "0");
     pair_.client->close(); // which forgets the end
-    expectError(100207, "-1", [&] { EXPECT_EQ(read(1), "-1"); });
+    EXPECT_ERROR(100207, "-1", EXPECT_EQ(read(1), "-1"));
 }
 
 TEST_F(OSSocketReceivingTest, TimeOutsEndReadsThatAreTriedAgain) {
@@ -175,5 +175,5 @@ TEST_F(OSSocketReceivingTest, StreamsNeedOpenSockets) {
         pair_.client->receiveWithBuffer(nullptr, 1, 0, NO),
         "OSSocket receiveWithBuffer:length:timeout:performPeek: must have a buffer that is not NULL.");
     pair_.client->close();
-    expectError(100206, "Broken pipe", [&] { pair_.peer->getOutputStream()->writeObject("text"_ns); });
+    EXPECT_ERROR(100206, "Broken pipe", pair_.peer->getOutputStream()->writeObject("text"_ns));
 }

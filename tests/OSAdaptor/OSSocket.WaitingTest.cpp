@@ -2,7 +2,6 @@
 #include "support/SocketPair.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 
 constexpr int kPatience = 3;
 static int questions = 0;
@@ -57,9 +56,9 @@ TEST_F(OSSocketWaitingTest, SelectionTellsWhichSocketsAreReady) {
 
 TEST_F(OSSocketWaitingTest, SelectionOfWhatCannotBeSelected) {
     const Fault fault(Call::poll, 0, 1, ENOMEM);
-    expectError(100207, "-1", [&] { EXPECT_EQ(ready(kWritable, -1), "nil"); });
+    EXPECT_ERROR(100207, "-1", EXPECT_EQ(ready(kWritable, -1), "nil"));
     pair_.client->close();
-    expectError(100207, "-1", [&] { EXPECT_EQ(ready(kReadable, -1), "nil"); });
+    EXPECT_ERROR(100207, "-1", EXPECT_EQ(ready(kReadable, -1), "nil"));
     EXPECT_REASON(
         OSSocket::selectSockets(NSArray::arrayWithObject("text"_ns), kReadable, 0, 0),
         "OSSocket selectSockets:activation:timeoutSecs:timeoutMilliSecs: must have an array of sockets.");
@@ -110,9 +109,8 @@ TEST_F(OSSocketWaitingTest, SetsOfDescriptorsAreSelected) {
     EXPECT_EQ(select(), 1);
     EXPECT_NE(time.left.tv_usec, 0);
     EXPECT_TRUE(FD_ISSET(handle, &set));
-    expectError(100207, std::to_string(FD_SETSIZE), [&] {
-        EXPECT_EQ(OSSocket::selectWithMaxSocket(FD_SETSIZE, &set, nullptr, nullptr, nullptr), -1);
-    });
+    EXPECT_ERROR(100207, std::to_string(FD_SETSIZE),
+                 EXPECT_EQ(OSSocket::selectWithMaxSocket(FD_SETSIZE, &set, nullptr, nullptr, nullptr), -1));
     const Fault fault(Call::select, 0, 1, EINTR);
     EXPECT_EQ(select(), -1);
 }

@@ -1,4 +1,3 @@
-#include "support/OpenDescriptors.h"
 #include "support/ServicesFixture.h"
 #include "support/SocketPair.h"
 
@@ -65,14 +64,14 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
         EXPECT_EQ(accepted->socketType(), OSSocket::kInternet);
         EXPECT_EQ(accepted->sendBuffer("ab", 2), 2);
         EXPECT_EQ(describe(client->readBytes(2)), "<6162>");
-        expectError(100087, "nil " + std::to_string(boundTo(server).second) + " Address already in use",
-                    [&] { OSSocket::serverSocketOnHost(nullptr, boundTo(server).second); });
+        EXPECT_ERROR(100087, "nil " + std::to_string(boundTo(server).second) + " Address already in use",
+                     OSSocket::serverSocketOnHost(nullptr, boundTo(server).second));
     }
-    expectError(100087, "nil 65536 Invalid argument", [] { OSSocket::serverSocketOnHost(nullptr, 65536); });
-    expectError(100087, "192.0.2.1 0 Cannot assign requested address",
-                [] { OSSocket::serverSocketOnHost("192.0.2.1"_ns, 0); }); // an address of nobody's
-    expectError(100090, "127.1 1 Connection refused", [] { OSSocket::clientSocketToHost("127.1"_ns, 1); });
-    expectError(100086, "no such host", [] { OSSocket::clientSocketToHost("no such host"_ns, 1); });
+    EXPECT_ERROR(100087, "nil 65536 Invalid argument", OSSocket::serverSocketOnHost(nullptr, 65536));
+    EXPECT_ERROR(100087, "192.0.2.1 0 Cannot assign requested address",
+                 OSSocket::serverSocketOnHost("192.0.2.1"_ns, 0)); // an address of nobody's
+    EXPECT_ERROR(100090, "127.1 1 Connection refused", OSSocket::clientSocketToHost("127.1"_ns, 1));
+    EXPECT_ERROR(100086, "no such host", OSSocket::clientSocketToHost("no such host"_ns, 1));
 }
 
 TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
@@ -85,11 +84,11 @@ TEST_F(OSSocketTest, FailedCallsRaiseTheirNumbersAndLeaveNoDescriptor) {
     for (const auto &[call, error, number, values] : rows) {
         const NSAutoreleasePool pool;
         const Fault fault(call, /*skip=*/0, /*times=*/1, error);
-        expectError(number, values, [] { EXPECT_FALSE(OSSocket::serverSocketOnHost(nullptr, 0)); });
+        EXPECT_ERROR(number, values, EXPECT_FALSE(OSSocket::serverSocketOnHost(nullptr, 0)));
     }
     NSString *const name = path("socket");
     const Fault fault(Call::listen, /*skip=*/0, /*times=*/1, ENOBUFS);
-    expectError(100073, "No buffer space available", [&] { OSSocket::initServerSocketWithName(name); });
+    EXPECT_ERROR(100073, "No buffer space available", OSSocket::initServerSocketWithName(name));
     EXPECT_FALSE(directory_.has("socket"));
     EXPECT_EQ(openDescriptors(), before);
 }

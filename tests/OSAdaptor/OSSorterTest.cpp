@@ -1,8 +1,6 @@
 #include "support/DirectoryFixture.h"
 #include "support/Locales.h"
 
-#include <clocale>
-
 constexpr int kAscending = -1;
 constexpr int kDescending = 1;
 

@@ -1,8 +1,6 @@
 #include "Calendar/TimeZoneSetting.h"
 #include "support/DirectoryFixture.h"
 
-#include <ctime>
-
 using OSTimeTest = DirectoryFixture;
 
 // The C library's text for the current second.

@@ -3,11 +3,8 @@
 #include "System/Process.h"
 #include "System/Stdio.h"
 #include "support/DirectoryFixture.h"
-#include "support/OpenDescriptors.h"
 #include "support/SocketPair.h"
 
-#include <cctype>
-#include <sys/resource.h>
 #include <sys/time.h>
 #include <thread>
 
@@ -57,7 +54,7 @@ TEST_F(SystemTest, NoFileTakesAStandardStreamsDescriptor) {
     EXPECT_EQ(sys::fopen(log.c_str(), "w"), nullptr);
     EXPECT_EQ(sys::open(log.c_str(), O_WRONLY | O_TRUNC), -1);
     ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(directory_.names(), std::vector<std::string>{"log"});
+    EXPECT_EQ(directory_.names(), Strings{"log"});
     EXPECT_EQ(directory_.read("log"), "old");
     const int opened = sys::open("/dev/null", O_RDONLY);
     const int inside = sys::openat(AT_FDCWD, "/dev/null", O_RDONLY);

@@ -2,8 +2,6 @@
 
 #include "support/ServicesFixture.h"
 
-#include <array>
-#include <clocale>
 #include <iostream>
 #include <regex.h>
 

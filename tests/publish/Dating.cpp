@@ -12,11 +12,11 @@ public:
     }
     Class *classObject() const override { return cls(); }
 
-    static NSDictionary *valuesForPage(NSDictionary *, NSString *) {
+    static NSDictionary *valuesForPage(NSMutableDictionary *head, NSString *) {
+        head->setObjectForKey(QBNil::value(), "template"_ns);
         return NSDictionary::dictionaryWith({
             {"date"_ns, NSCalendarDate::dateWithTimeIntervalSince1970(86400)},
             {"enciphered"_ns, "YES"_ns},
-            {"template"_ns, QBNil::value()},
         });
     }
 };

@@ -1,7 +1,9 @@
-// What a test of files needs: a directory of its own, and the operations of the system on files.
+// What a test of files needs: a directory of its own, the operations of the system on files, and the count of
+// descriptors.
 #ifndef QBFOUNDATION_TESTS_SUPPORT_DIRECTORYFIXTURE_H
 #define QBFOUNDATION_TESTS_SUPPORT_DIRECTORYFIXTURE_H
 
+#include "support/OpenDescriptors.h"
 #include "support/PoolFixture.h"
 #include "support/TemporaryDirectory.h"
 

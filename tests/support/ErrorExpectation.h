@@ -71,6 +71,11 @@ inline void expectErrorAt(std::string_view place, int number, std::string_view v
     EXPECT_EQ(error.values() + " at " + error.place(), std::string(values) + " at " + std::string(place));
 }
 
+/// What those expect of a single statement.
+#define EXPECT_ERROR(number, values, statement) expectError(number, values, [&] { statement; })
+#define EXPECT_ERROR_AT(place, number, values, statement)                                                    \
+    expectErrorAt(place, number, values, [&] { statement; })
+
 /// The numbers of the errors on the stack, the last one first, "(100024, 100168)"; takes all of them off.
 std::string takenErrors();
 

@@ -7,7 +7,6 @@
 #include <QBFoundation/QBFoundation.h>
 
 #include "support/Allocations.h"
-#include "support/Answer.h"
 #include "support/Bytes.h"
 #include "support/ClientClass.h"
 #include "support/Describe.h"
@@ -19,10 +18,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cctype>
+#include <clocale>
+#include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
+#include <limits>
 #include <set>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 /// Gives each test a pool of its own and a clean error handler, and fails it when an error is left over.

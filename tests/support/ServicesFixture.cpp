@@ -1,7 +1,6 @@
 #include "support/ServicesFixture.h"
 
 #include <regex>
-#include <sys/wait.h>
 
 void ServicesFixture::reset() {
     OSLogger::_loggers()->removeAllObjects();
