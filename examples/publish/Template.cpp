@@ -246,7 +246,8 @@ NSString *Template::textOf(const Part &part, id value, const Values &values) con
     if (part.kind != Kind::image)
         return text;
     if (!isInside(text->view())) {
-        fail(__LINE__, kErrorUnsafePath, file_.get(), text);
+        fail(__LINE__, kErrorUnsafePath,
+             NSString::stringWithRestrictedFormat("%s:%d", file_->cString(), part.line), text);
         return nullptr;
     }
     NSString *const image = inlineImage(values.imageAt(text));

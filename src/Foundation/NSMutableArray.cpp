@@ -18,6 +18,12 @@ namespace {
 constexpr std::uint64_t kMostElements = 0x10000000; // a buffer's bytes fit 32 bits
 constexpr std::uint32_t kLeastForFront = 32;        // fewer are moved at once
 
+// How many places further back there is as much room in front as behind. A queue has all on one side in the
+// end.
+std::ptrdiff_t wayToMiddle(std::size_t front, std::size_t behind) {
+    return static_cast<std::ptrdiff_t>((front + behind) / 2) - static_cast<std::ptrdiff_t>(front);
+}
+
 void requireIndex(std::uint32_t index, std::uint32_t end, const char *selector) {
     if (index >= end)
         throw NSRangeException(std::string("NSMutableArray ") + selector + " must have an index below " +
@@ -92,11 +98,18 @@ void NSMutableArray::reserve(std::uint64_t capacity) {
 }
 
 void NSMutableArray::reserveGrowing(std::uint64_t count) {
-    if (count > capacity_ && front_ > count_) // after many removals in front, as of a queue
-        moveBegin(-static_cast<std::ptrdiff_t>(front_), count_);
-    if (count > capacity_)
+    if (count > capacity_ && front_ > count_)
+        moveBegin(wayToMiddle(front_, capacity_ - count_), count_);
+    if (count <= capacity_)
+        return;
+    try {
         qb::growCapacity(capacity_, count, kMostElements,
                          [this](std::uint64_t capacity) { reserve(capacity); });
+    } catch (const std::bad_alloc &) { // there may be room in front
+        if (count > std::uint64_t{front_} + capacity_)
+            throw;
+        moveBegin(-static_cast<std::ptrdiff_t>(front_), count_);
+    }
 }
 
 void NSMutableArray::addObject(id object) {
@@ -142,8 +155,14 @@ void NSMutableArray::moveBegin(std::ptrdiff_t places, std::uint32_t count) {
 
 // Makes as much room as there are elements, so that many insertions in front seldom move all of them.
 bool NSMutableArray::hasRoomInFront() {
-    if (front_ != 0 || count_ < kLeastForFront || std::uint64_t{capacity_} + count_ > kMostElements)
+    if (front_ != 0 || count_ < kLeastForFront)
         return front_ != 0;
+    if (capacity_ - count_ > count_) {
+        moveBegin(wayToMiddle(front_, capacity_ - count_), count_);
+        return true;
+    }
+    if (std::uint64_t{capacity_} + count_ > kMostElements)
+        return false;
     try {
         moveElements(count_, capacity_);
         return true;

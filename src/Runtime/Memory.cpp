@@ -178,10 +178,11 @@ constinit FreeObjects freeObjects[kLargestPooledSize / kSizeStep + 1] = {};
 void *allocateObjectSlowly(std::size_t size) {
     if (size > kLargestPooledSize)
         return allocateLarge(size);
-    const std::size_t index = (std::max<std::size_t>(size, 1) + kSizeStep - 1) / kSizeStep;
+    FreeObjects &free = freeObjects[(size + kSizeStep - 1) / kSizeStep];
+    const std::size_t index =
+        (std::max<std::size_t>(size, 1) + kSizeStep - 1) / kSizeStep; // 0 bytes are a step
     if (!available[index])
         addChunk(index * kSizeStep);
-    FreeObjects &free = freeObjects[index];
     take(free, *available[index]);
     return free.objects[--free.count];
 }

@@ -177,11 +177,13 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
                 if (expected[i] == one[0])
                     expected.erase(i, 1);
             break;
-        default: // as a queue does
-            for (int i = 0; i < 40; ++i) {
-                array->addObject(object);
-                expected += one;
-                const std::uint32_t next = i % 8 == 0 ? below(expected.size()) : 0;
+        default:                           // a queue
+            for (int i = 0; i < 40; ++i) { // in at one end, and out at the other one
+                const bool isBackwards = step % 7 == 0;
+                const auto last = static_cast<std::uint32_t>(expected.size());
+                array->insertObject(object, isBackwards ? 0 : last);
+                expected.insert(isBackwards ? 0 : last, one);
+                const std::uint32_t next = i % 8 == 0 ? below(expected.size()) : isBackwards ? last : 0;
                 array->removeObjectAtIndex(next);
                 expected.erase(next, 1);
             }
@@ -192,6 +194,20 @@ TEST_F(NSArrayTest, MutableArraysDoWhatAVectorDoes) {
         }
         ASSERT_EQ(joined(array), expected) << "step " << step;
     }
+}
+
+TEST_F(NSArrayTest, RoomInFrontServesWhereThereIsNoMemory) {
+    NSMutableArray *const array = NSMutableArray::arrayWithCapacity(100);
+    while (array->count() < 100)
+        array->addObject("x"_ns);
+    for (int i = 0; i < 10; ++i)
+        array->removeFirstObject();
+    {
+        const AllocationFault fault(/*skip=*/0, /*times=*/0);
+        while (array->count() < 100)
+            array->addObject("y"_ns);
+    }
+    EXPECT_EQ(joined(array), std::string(90, 'x') + std::string(10, 'y'));
 }
 
 TEST_F(NSArrayTest, ADestructorMayComeBackToItsArray) {

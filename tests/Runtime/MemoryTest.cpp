@@ -34,7 +34,7 @@ TEST(MemoryTest, BlocksOfAllSizesKeepTheirBytesAndAreCounted) {
     for (int round = 0; round < 12; ++round) {
         const std::size_t largest = round % 3 == 0 ? 600 : 64;
         for (int i = 0; i < 20000; ++i)
-            blocks.push_back(made(1 + random.below(largest)));
+            blocks.push_back(made(random.below(largest + 1)));
         std::shuffle(blocks.begin(), blocks.end(), std::mt19937(4));
         const std::size_t kept = round % 4 == 3 ? 0 : 1000;
         for (; blocks.size() > kept; blocks.pop_back())

@@ -249,6 +249,7 @@ nameless close|pages/index.html:3: a block is closed that is not open.|{ title =
 value that is not UTF-8|index.html:1: |{ title = "\377"; }|x
 not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
+an image above the site|pages/index.html:4: '../x.png' is no path inside of a site.|{ title = T; }|\n{{image "../x.png"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
 NUL in a value|pages/index.html: '2023\0x' is no date.|{ date = "2023\000x"; }|x
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}

@@ -366,8 +366,8 @@ public:
     /// Appends each element of `other`; nil appends nothing.
     virtual void addObjectsFromArray(NSArray *other);
     /// Inserts in front of the element at `index`, or behind the last at `count`. Throws NSRangeException
-    /// beyond it. What moves are the elements of the shorter side, so that both ends are quick, here as in
-    /// removals.
+    /// beyond it. Of a long array the elements of the shorter side are moved, so that both ends are quick,
+    /// here as in `removeObjectAtIndex:`.
     virtual void insertObject(id object, std::uint32_t atIndex);
     /// Throws NSRangeException when there is no such element, as the next ones do.
     virtual void removeObjectAtIndex(std::uint32_t index);
