@@ -180,11 +180,11 @@ bool isInside(std::string_view path) {
 }
 
 std::string realPath(NSString *directory) {
-    const std::filesystem::path path(directory->view());
     std::error_code error;
+    const std::filesystem::path path = std::filesystem::absolute(directory->view(), error);
     std::string real = std::filesystem::weakly_canonical(path, error);
     if (error)
-        real = std::filesystem::absolute(path, error).lexically_normal();
+        real = path.lexically_normal();
     return real.ends_with('/') ? real : real + '/';
 }
 

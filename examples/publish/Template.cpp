@@ -7,6 +7,7 @@
 #include "Sorting.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace publish {
 
@@ -42,16 +43,20 @@ private:
     // Loops and conditions may stand in each other this deep.
     static constexpr unsigned kDeepestNesting = 64;
 
-    bool failHere(const char *what) { return fail(__LINE__, kErrorMalformedTemplate, file_, line_, what); }
+    bool failAt(int line, const char *what) {
+        return fail(__LINE__, kErrorMalformedTemplate, file_, line, what);
+    }
+    bool failHere(const char *what) { return failAt(line_, what); }
 
     // Reads up to the end of the text or, inside of a block, to the tag that closes `opener`. Behind "else"
     // the parts go to `otherwise`.
     bool readParts(std::vector<Part> &parts, std::string_view opener, std::vector<Part> *otherwise) {
         std::vector<Part> *current = &parts;
+        const int begin = line_;
         for (;;) {
             readText(*current);
             if (rest_.empty())
-                return opener.empty() || failHere("a block is not closed");
+                return opener.empty() || failAt(begin, "a block is not closed");
             const bool isRaw = rest_.starts_with("{{{");
             std::string_view tag;
             if (!readTag(isRaw ? "}}}" : "}}", tag))
@@ -70,18 +75,20 @@ private:
     }
 
     void readText(std::vector<Part> &parts) {
+        line_ += std::exchange(linesInTag_, 0);
         const std::size_t end = std::min(rest_.find("{{"), rest_.size());
         if (end)
             parts.push_back({Kind::text, line_, rest_.substr(0, end)});
-        advance(end);
+        line_ += take(end);
     }
 
+    // Until the text behind it is read, the line is that of the tag's beginning.
     bool readTag(std::string_view close, std::string_view &tag) {
         const std::size_t end = rest_.find(close);
         if (end == std::string_view::npos)
             return failHere("a '{{' is not closed");
         tag = trimmed(rest_.substr(close.size(), end - close.size()));
-        advance(end + close.size());
+        linesInTag_ = take(end + close.size());
         return !tag.empty() || failHere("a pair of braces is empty");
     }
 
@@ -159,16 +166,18 @@ private:
         return isRead;
     }
 
-    void advance(std::size_t length) {
-        line_ += static_cast<int>(
-            std::count(rest_.begin(), rest_.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+    // Returns how many lines end in what is taken off.
+    int take(std::size_t length) {
+        const std::string_view taken = rest_.substr(0, length);
         rest_.remove_prefix(length);
+        return static_cast<int>(std::ranges::count(taken, '\n'));
     }
 
     Template &target_;
     std::string_view rest_;
     NSString *file_;
     int line_ = 1;
+    int linesInTag_ = 0;
     unsigned depth_ = 0;
 };
 

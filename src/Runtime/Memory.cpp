@@ -103,30 +103,6 @@ Chunk &chunkOf(void *object) noexcept {
     return *reinterpret_cast<Chunk *>(address & ~(std::uintptr_t{kChunkSize} - 1));
 }
 
-// Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
-void *newChunk() {
-    constexpr std::size_t kRegionSize = 16 * kChunkSize;
-    static constinit char *next = nullptr;
-    static constinit char *end = nullptr;
-    if (next == end) {
-        auto *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
-        if (!memory)
-            throw std::bad_alloc();
-        next = memory;
-        end = memory + kRegionSize;
-    }
-    return std::exchange(next, next + kChunkSize);
-}
-
-void addChunk(std::size_t size) {
-    void *memory = unused;
-    if (unused)
-        unlink(*unused);
-    else
-        memory = newChunk();
-    link(*new (memory) Chunk(size), available[size / kSizeStep]);
-}
-
 constexpr std::uint32_t kBatch = FreeObjects::kMost / 2;
 
 // Takes free objects out of a chunk, in an order in which the first ones come to be handed out first.
@@ -147,7 +123,7 @@ void take(FreeObjects &free, Chunk &chunk) noexcept {
 }
 
 // Puts objects back into the chunk of the first one. Returns the first one of another chunk, or the end.
-void **putBack(void **objects, void **end) noexcept {
+void **putRunBack(void **objects, void **end) noexcept {
     Chunk &chunk = chunkOf(*objects);
     void **object = objects;
     for (; object != end && &chunkOf(*object) == &chunk; ++object) {
@@ -162,6 +138,44 @@ void **putBack(void **objects, void **end) noexcept {
         link(chunk, unused);
     }
     return object;
+}
+
+// Gives the first ones of the free objects at hand back to their chunks.
+void putBack(FreeObjects &free, std::uint32_t count) noexcept {
+    void **const end = free.objects + count;
+    for (void **object = free.objects; object != end;)
+        object = putRunBack(object, end);
+    std::copy(end, free.objects + free.count, free.objects);
+    free.count -= count;
+    objectsOutside -= count;
+}
+
+// Returns a chunk that is free as a whole, or null.
+void *unusedChunk() noexcept {
+    Chunk *const chunk = unused;
+    if (chunk)
+        unlink(*chunk);
+    return chunk;
+}
+
+// Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
+void *newChunk() {
+    constexpr std::size_t kRegionSize = 16 * kChunkSize;
+    static constinit char *next = nullptr;
+    static constinit char *end = nullptr;
+    if (void *const chunk = unusedChunk())
+        return chunk;
+    if (next == end) {
+        for (FreeObjects &free : freeObjects) // a few at hand keep many chunks from being free as a whole
+            putBack(free, free.count);
+        if (void *const chunk = unusedChunk())
+            return chunk;
+        next = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
+        end = next ? next + kRegionSize : nullptr;
+        if (!next)
+            throw std::bad_alloc();
+    }
+    return std::exchange(next, next + kChunkSize);
 }
 
 void *allocateLarge(std::size_t size) {
@@ -182,18 +196,13 @@ void *allocateObjectSlowly(std::size_t size) {
     const std::size_t index =
         (std::max<std::size_t>(size, 1) + kSizeStep - 1) / kSizeStep; // 0 bytes are a step
     if (!available[index])
-        addChunk(index * kSizeStep);
+        link(*new (newChunk()) Chunk(index * kSizeStep), available[index]);
     take(free, *available[index]);
     return free.objects[--free.count];
 }
 
 void returnToChunks(FreeObjects &free) noexcept {
-    void **const end = free.objects + kBatch;
-    for (void **object = free.objects; object != end;)
-        object = putBack(object, end);
-    std::copy(end, free.objects + free.count, free.objects);
-    free.count -= kBatch;
-    objectsOutside -= kBatch;
+    putBack(free, kBatch);
 }
 
 void freeLargeObject(void *memory) noexcept {

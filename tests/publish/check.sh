@@ -249,6 +249,8 @@ nameless close|pages/index.html:3: a block is closed that is not open.|{ title =
 value that is not UTF-8|index.html:1: |{ title = "\377"; }|x
 not sortable|pages/index.html:3: 'page.list' has elements without keys to sort by.|{ list = (a, b); }|{{#each page.list by name as x}}{{/each}}
 place of a missing image|pages/index.html:4: an image can't be put into the page.|{ title = T; }|\n{{image "gone.png"}}
+a key in a long tag|pages/index.html:3: there is no value for 'page.x'.|{ title = T; }|{{page.x\n\n}}
+a block that stays open|pages/index.html:4: a block is not closed.|{ title = T; }|\n{{#if page}}\n\n
 an image above the site|pages/index.html:4: '../x.png' is no path inside of a site.|{ title = T; }|\n{{image "../x.png"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
 NUL in a value|pages/index.html: '2023\0x' is no date.|{ date = "2023\000x"; }|x
@@ -306,6 +308,8 @@ rows_fail 1 <<'ROWS'
 "$site" "$site/site.plist/.."|may not contain one another.
 "$site" "$work/other"|/other' can't be read.
 ROWS
+(cd "$site" && publish --quiet . public 2>"$work/messages") && fail 'a directory inside of the site, by its way from there'
+grep -q 'may not contain one another' "$work/messages" || fail "what it says: $(cat "$work/messages")"
 as=(flock "$out")
 expect_failure 'two runs at a time' "Another run is writing to '$out'."
 as=()

@@ -142,8 +142,8 @@ public:
     //
     // Handlers run where the signal finds the program, be it in the middle of an allocation, so that they may
     // do little more than set a flag; `errno` is kept for them. Reads without a time-out go on behind
-    // them, so that a program which waits for long has one, as in `OSSocket selectSockets:…`. A write of
-    // `OSPipe` or `OSSocket` that waits in its middle ends behind them with what it has written so far.
+    // them, so that a program which waits for long has one, as in `OSSocket selectSockets:…`. One write of
+    // `OSPipe` or one `sendBuffer:` that waits in its middle ends behind them with what was written so far.
 
     /// Lets SIGTERM, SIGINT and SIGQUIT call `handler` with the signal's number. When it answers YES, and
     /// without a handler, the process ends with exit status 0: at once, so that what streams have buffered is
