@@ -32,7 +32,7 @@ int main(int argumentCount, char **arguments) {
         if (arguments[i][0] == '-') {
             const bool wantsHelp = std::strcmp(arguments[i], "--help") == 0;
             std::fputs(kUsage, wantsHelp ? stdout : stderr);
-            return wantsHelp ? 0 : 2;
+            return !wantsHelp ? 2 : std::fflush(stdout) == 0 ? 0 : 1;
         }
         Class *const cls = NSClassFromString(NSString::stringWith(arguments[i]));
         if (!cls) {

@@ -10,7 +10,23 @@ namespace publish {
 
 namespace {
 
-constexpr std::string_view kHeadEnd = "\n---\n";
+// The line of dashes that ends a page's head.
+struct HeadEnd {
+    std::size_t begin; // of the line's dashes, at the end of the line before; npos where there is none
+    std::size_t end;
+};
+
+HeadEnd headEndIn(std::string_view text) {
+    constexpr std::string_view kDashes = "\n---";
+    std::size_t begin = text.find(kDashes);
+    for (; begin != std::string_view::npos; begin = text.find(kDashes, begin + 1)) {
+        const std::size_t lineEnd = begin + kDashes.size();
+        const std::size_t end = text.substr(lineEnd).starts_with('\r') ? lineEnd + 1 : lineEnd;
+        if (end == text.size() || text[end] == '\n')
+            return {begin, std::min(end + 1, text.size())};
+    }
+    return {begin, text.size()};
+}
 
 // Appends the text escaped, but for what stands in braces for the template.
 void appendEscaped(std::string_view text, std::string &html) {
@@ -25,18 +41,30 @@ void appendEscaped(std::string_view text, std::string &html) {
     }
 }
 
+// Returns the end of the line in front of the first empty one, or of the text.
+std::size_t paragraphEnd(std::string_view text) {
+    std::size_t end = text.find('\n');
+    for (; end != std::string_view::npos; end = text.find('\n', end + 1)) {
+        const std::size_t next = text.find_first_not_of(" \t\r", end + 1);
+        if (next != std::string_view::npos && text[next] == '\n')
+            return end;
+    }
+    return text.size();
+}
+
 // Appends plain text: paragraphs between empty lines. What stands on a line stays there, for errors name
 // lines.
 void appendPlainText(std::string_view body, std::string &html) {
     while (!body.empty()) {
-        const std::size_t end = std::min(body.find("\n\n"), body.size());
+        const std::size_t end = paragraphEnd(body);
         const std::string_view paragraph = body.substr(0, end);
         const bool isEmpty = paragraph.find_first_not_of(" \t\r\n") == std::string_view::npos;
         html += isEmpty ? "" : "<p>";
         appendEscaped(paragraph, html);
         html += isEmpty ? "" : "</p>";
-        html += body.substr(end, 2);
-        body.remove_prefix(std::min(end + 2, body.size()));
+        const std::size_t next = std::min(body.find_first_not_of(" \t\r\n", end), body.size());
+        html += body.substr(end, next - end);
+        body.remove_prefix(next);
     }
 }
 
@@ -80,20 +108,17 @@ bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) 
     if (!content)
         return false;
     const std::string_view text = content->view();
-    std::size_t headEnd = text.find(kHeadEnd);
-    if (headEnd == std::string_view::npos && content->hasSuffix("\n---"_ns)) // the body is empty
-        headEnd = text.rfind('\n');
-    if (headEnd == std::string_view::npos)
+    const HeadEnd headEnd = headEndIn(text);
+    if (headEnd.begin == std::string_view::npos)
         return fail(__LINE__, kErrorNoHead, file);
-    NSDictionary *const head = dictionaryIn(NSString::stringWith(text.substr(0, headEnd)), file);
+    NSDictionary *const head = dictionaryIn(NSString::stringWith(text.substr(0, headEnd.begin)), file);
     if (!head)
         return false;
     const bool isText = path->pathExtension()->isEqualToString("txt"_ns);
-    const std::size_t start = std::min(headEnd + kHeadEnd.size(), text.size());
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
-    page.body = htmlOf(text.substr(0, start), text.substr(start), isText);
+    page.body = htmlOf(text.substr(0, headEnd.end), text.substr(headEnd.end), isText);
     return settle(page);
 }
 

@@ -16,7 +16,8 @@
 namespace {
 
 constexpr std::uint64_t kMostElements = 0x10000000; // a buffer's bytes fit 32 bits
-constexpr std::uint32_t kLeastForFront = 32;        // fewer are moved at once
+constexpr std::uint64_t kLeastElements = 4;
+constexpr std::uint32_t kLeastForFront = 32; // fewer are moved at once
 
 // How many places further back there is as much room in front as behind. A queue has all on one side in the
 // end.
@@ -103,7 +104,7 @@ void NSMutableArray::reserveGrowing(std::uint64_t count) {
     if (count <= capacity_)
         return;
     try {
-        qb::growCapacity(capacity_, count, kMostElements,
+        qb::growCapacity(capacity_, std::max<std::uint64_t>(kLeastElements, count), kMostElements,
                          [this](std::uint64_t capacity) { reserve(capacity); });
     } catch (const std::bad_alloc &) { // there may be room in front
         if (count > std::uint64_t{front_} + capacity_)
@@ -115,7 +116,7 @@ void NSMutableArray::reserveGrowing(std::uint64_t count) {
 void NSMutableArray::addObject(id object) {
     qb::required(object, "NSMutableArray addObject:", "an object");
     if (count_ == capacity_)
-        reserveGrowing(std::max<std::uint64_t>(4, std::uint64_t{count_} + 1));
+        reserveGrowing(std::uint64_t{count_} + 1);
     elements_[count_++] = object->retain();
     ++mutations_;
 }

@@ -53,6 +53,10 @@ expect 'first run' "$out: 7 written, 0 unchanged, 0 removed" publish "$site" "$o
 
 <p>&lt;Ada&gt;:x;y;Bob:
 </p><a href="../index.html">' ] || fail "text.html: $(cat "$out/deep/text.html")"
+cp "$out/deep/text.html" "$work"
+sed -i 's/$/\r/' "$site/pages/deep/text.txt"
+publish --quiet "$site" "$out"
+tr -d '\r' <"$out/deep/text.html" | cmp - "$work/text.html" || fail 'lines that end as elsewhere'
 [ "$(readlink "$out/assets/link")" = data.bin ] || fail 'the link was not copied as one'
 
 chmod 640 "$site/assets/own.html"
