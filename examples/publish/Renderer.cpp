@@ -90,7 +90,8 @@ bool Renderer::renderPage(const Page &page) {
     bool exists = false;
     const Template *const frame = templates_.named(templateName, exists);
     if (!exists)
-        return fail(__LINE__, kErrorUnknownTemplate, page.file.get(), 1, NSString::stringWith(templateName));
+        return fail(__LINE__, kErrorUnknownTemplate, page.file.get(), page.templateLine,
+                    NSString::stringWith(templateName));
     QBDataOutputStream *const whole = collecting<QBDataOutputStream>(kUsualPage);
     templates_.beingFilled().emplace_back(templateName);
     const bool isFilled = frame && frame->fill(values, templates_, whole);

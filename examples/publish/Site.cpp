@@ -28,6 +28,17 @@ HeadEnd headEndIn(std::string_view text) {
     return {begin, text.size()};
 }
 
+// Returns the line of a property list on which a key seems to stand, or the first one.
+int lineOfKey(std::string_view list, std::string_view key) {
+    std::size_t begin = list.find(key);
+    for (; begin != std::string_view::npos; begin = list.find(key, begin + 1)) {
+        const std::size_t next = list.find_first_not_of("\" \t\r\n", begin + key.size());
+        if (next != std::string_view::npos && list[next] == '=')
+            return 1 + static_cast<int>(std::ranges::count(list.substr(0, begin), '\n'));
+    }
+    return 1;
+}
+
 // Appends the text escaped, but for what stands in braces for the template.
 void appendEscaped(std::string_view text, std::string &html) {
     while (!text.empty()) {
@@ -118,6 +129,7 @@ bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) 
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
+    page.templateLine = lineOfKey(text.substr(0, headEnd.begin), "template");
     page.body = htmlOf(text.substr(0, headEnd.end), text.substr(headEnd.end), isText);
     return settle(page);
 }

@@ -15,6 +15,7 @@ struct Page {
     Ref<NSString> file; // that it was read from
     Ref<NSString> url;  // where it goes, relative to the site's root
     Ref<NSMutableDictionary> head;
+    int templateLine = 1;      // of the file, where the head names the template
     Ref<NSString> body;        // HTML
     bool isEnciphered = false; // where it goes
 };

@@ -301,6 +301,8 @@ find "$site" -type d -empty -delete
 for ((i = 0; i < 100; ++i)); do
     echo "{{> t$((i + 1))}}" >"$site/templates/t$i.html"
 done
+page index.html $'{ title = "a template";\n  template = gone; }' x
+expect_failure 'an unknown template' "pages/index.html:2: there is no template 'gone'."
 page index.html '{ title = T; template = t0; }' x
 expect_failure 'a long way of templates' 't63.html:1: templates include each other too deeply.'
 page index.html '{ title = T; }' x
