@@ -10,7 +10,4 @@ qb_need_packages "${QB_BUILD_PACKAGES[@]}" pkg-config python3 libbenchmark-dev \
 qb_prepare_locale
 qb_build bench
 
-results=build/bench/results.json
-LC_ALL=C build/bench/bin/qb_bench --benchmark_filter="${1:-.}" --benchmark_repetitions=3 \
-    --benchmark_report_aggregates_only=true --benchmark_out_format=json --benchmark_out="$results" >/dev/null
-python3 scripts/lib/bench-table.py "$results"
+LC_ALL=C python3 scripts/lib/bench-table.py build/bench/bin/qb_bench "${1:-.}"
