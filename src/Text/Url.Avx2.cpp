@@ -58,17 +58,29 @@ constexpr auto kUpper = placesFrom(8);
     _mm_storeu_si128(reinterpret_cast<__m128i *>(target), bytes);
 }
 
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m128i areBetween(__m128i bytes, char first,
-                                                                             char last) {
-    const __m128i distance = _mm_sub_epi8(bytes, _mm_set1_epi8(first));
-    return _mm_cmpeq_epi8(_mm_min_epu8(distance, _mm_set1_epi8(static_cast<char>(last - first))), distance);
+// The byte in each place, kept in a register: the compiler would make it anew in each round of a loop.
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m256i everywhere(char byte) {
+    __m256i bytes = _mm256_set1_epi8(byte);
+    asm("" : "+x"(bytes));
+    return bytes;
 }
 
-// The number that each byte is as a digit.
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m128i digits(__m128i text) {
-    const __m128i decimal = _mm_and_si128(areBetween(text, '0', '9'), _mm_set1_epi8(87 - '0'));
-    const __m128i capital = _mm_and_si128(areBetween(text, 'A', 'F'), _mm_set1_epi8('a' - 'A'));
-    return _mm_add_epi8(_mm_sub_epi8(text, _mm_set1_epi8(87)), _mm_or_si128(decimal, capital));
+// What unescaping looks for and puts in its place.
+struct Signs {
+    __m256i mark;
+    __m256i plus;
+    __m256i blank;
+};
+
+// The number that each byte is as a digit: what is added depends on whether both its halves, the upper one
+// and the lower one, are those of a decimal digit (1), or those of a capital one (2).
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m128i digits(__m128i text, __m128i half) {
+    const __m128i ofUpper = _mm_setr_epi8(0, 0, 0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m128i ofLower = _mm_setr_epi8(1, 3, 3, 3, 3, 3, 3, 1, 1, 1, 0, 0, 0, 0, 0, 0);
+    const __m128i added = _mm_setr_epi8(-87, -'0', 10 - 'A', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m128i upper = _mm_and_si128(_mm_srli_epi16(text, 4), half);
+    const __m128i kind = _mm_and_si128(_mm_shuffle_epi8(ofUpper, upper), _mm_shuffle_epi8(ofLower, text));
+    return _mm_add_epi8(text, _mm_shuffle_epi8(added, kind));
 }
 
 // Stores those bytes that `kept` has, and up to 16 in all. Returns the end of the former.
@@ -80,6 +92,23 @@ constexpr auto kUpper = placesFrom(8);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(target), packed);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(middle), _mm_unpackhi_epi64(packed, packed));
     return middle + std::popcount(kept >> 8);
+}
+
+// Copies what stands in front of the next mark, with blanks for "+", as far as the text goes on for 32 bytes.
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline UrlResult
+copyToMark(const char *position, const char *end, char *target, const Signs &signs) {
+    for (; end - position >= 32; position += 32, target += 32) {
+        const __m256i text = load(position);
+        const __m256i isPlus = _mm256_cmpeq_epi8(text, signs.plus);
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(target),
+                            _mm256_blendv_epi8(text, signs.blank, isPlus));
+        const std::uint32_t marks = topBits(_mm256_cmpeq_epi8(text, signs.mark));
+        if (marks) {
+            const auto length = static_cast<std::uint32_t>(std::countr_zero(marks));
+            return {position + length, target + length};
+        }
+    }
+    return {position, target};
 }
 
 } // namespace
@@ -109,23 +138,36 @@ constexpr auto kUpper = placesFrom(8);
     // A block ends two bytes early, so that it has what stands behind its marks.
     constexpr int kTaken = 14;
     constexpr std::uint32_t kMask = (1U << kTaken) - 1;
-    std::uint32_t done = 0; // of the block: those that belong to marks in the last one
-    for (; end - position >= 16; position += kTaken) {
-        const __m128i text = load16(position);
-        const __m128i isMark = _mm_cmpeq_epi8(text, _mm_set1_epi8('%'));
-        const std::uint32_t marks = static_cast<std::uint32_t>(_mm_movemask_epi8(isMark)) & kMask;
-        const std::uint32_t behind = marks << 1 | marks << 2 | done;
-        if (marks & behind)
-            break;
-        const __m128i values = digits(text);
-        const __m128i upper = _mm_and_si128(_mm_slli_epi16(values, 4), _mm_set1_epi8(-16));
-        const __m128i decoded = _mm_add_epi8(_mm_srli_si128(upper, 1), _mm_srli_si128(values, 2));
-        const __m128i isBlank = _mm_cmpeq_epi8(text, _mm_set1_epi8('+'));
-        const __m128i plain = _mm_blendv_epi8(text, _mm_set1_epi8(' '), isBlank);
-        target = store(target, _mm_blendv_epi8(plain, decoded, isMark), ~behind & kMask);
-        done = behind >> kTaken;
+    constexpr int kDense = 3; // so many marks in a block, and the next one is near
+    const Signs signs{everywhere('%'), everywhere('+'), everywhere(' ')};
+    const __m128i half = _mm256_castsi256_si128(everywhere(15));
+    for (;;) {
+        const UrlResult run = copyToMark(position, end, target, signs);
+        position = run.next;
+        target = run.end;
+        std::uint32_t done = 0; // of the block: those that belong to marks in the last one
+        std::uint32_t marks = 0;
+        do {
+            if (end - position < 16)
+                return {position + std::popcount(done), target};
+            const __m128i text = load16(position);
+            const __m128i isMark = _mm_cmpeq_epi8(text, _mm256_castsi256_si128(signs.mark));
+            marks = static_cast<std::uint32_t>(_mm_movemask_epi8(isMark)) & kMask;
+            const std::uint32_t behind = marks << 1 | marks << 2 | done;
+            if (marks & behind)
+                return {position + std::popcount(done), target};
+            const __m128i values = digits(text, half);
+            const __m128i upper = _mm_andnot_si128(half, _mm_slli_epi16(values, 4));
+            const __m128i decoded = _mm_add_epi8(_mm_srli_si128(upper, 1), _mm_srli_si128(values, 2));
+            const __m128i isPlus = _mm_cmpeq_epi8(text, _mm256_castsi256_si128(signs.plus));
+            const __m128i plain = _mm_blendv_epi8(text, _mm256_castsi256_si128(signs.blank), isPlus);
+            target = store(target, _mm_blendv_epi8(plain, decoded, isMark), ~behind & kMask);
+            position += kTaken;
+            done = behind >> kTaken;
+        } while (std::popcount(marks) >= kDense);
+        if (done != 0) [[unlikely]] // by a jump, so that what comes next need not wait for the block
+            position += std::popcount(done);
     }
-    return {position + std::popcount(done), target};
 }
 
 } // namespace qb::text::avx2
