@@ -1,4 +1,4 @@
-// What values cost: bytes each (as many as make up 32 MB), shown where other rows have nanoseconds. Memory
+// What values cost: bytes each (as many as make up 64 MB), shown where other rows have nanoseconds. Memory
 // that others have given back would cost nothing: it takes a process that has only one row to measure.
 #include <QBFoundation/Foundation/NSArray.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
@@ -6,11 +6,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include <malloc.h>
-
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <unordered_map>
 #include <vector>
 
@@ -23,20 +23,19 @@
 namespace {
 
 std::size_t bytesInUse() {
-    const struct mallinfo2 use = mallinfo2();
-    return use.uordblks + use.hblkhd;
+    std::size_t size = 0, resident = 0; // in pages
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 // Returns how many bytes one of the values that `make` makes takes, the place of its reference not counted.
 template <class Make>
 double bytesEach(std::size_t expected, Make make) {
-    const std::size_t count =
-        32 * 1024 * 1024 / expected; // the allocator's steps of a megabyte vanish in that
-    std::vector<decltype(make())> values;
-    values.reserve(count);
+    const std::size_t count = 64 * 1024 * 1024 / expected;    // large pages vanish in that
+    auto &values = *new std::vector<decltype(make())>(count); // kept, for who comes next
     const std::size_t before = bytesInUse();
-    for (std::size_t i = 0; i < count; ++i)
-        values.push_back(make());
+    for (auto &value : values)
+        value = make();
     return static_cast<double>(bytesInUse() - before) / static_cast<double>(count);
 }
 
@@ -51,21 +50,12 @@ std::string keyText(int i) {
     return "key." + std::to_string(1000 + i);
 }
 
-// Lets the C allocator take from its heap what it would map otherwise, page by page and with more than was
-// asked for: as in a program that has run for a while.
-void warmUp() {
-    std::vector<char> large(16 * 1024 * 1024);
-    benchmark::DoNotOptimize(large.data());
-}
-
 // Adds a benchmark; all its turns tell what the first one saw.
 template <class Make>
 void report(const std::string &name, std::size_t expected, Make make) {
     const auto run = [expected, make, bytes = 0.0](benchmark::State &state) mutable {
-        if (bytes == 0) {
-            warmUp();
+        if (bytes == 0)
             bytes = bytesEach(expected, make);
-        }
         for (auto _ : state)
             state.SetIterationTime(bytes * 1e-9);
     };

@@ -16,7 +16,7 @@ import sys
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 CLOCKS = ("real_time", "process_time", "manual_time")
-TURNS = ("--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=15", "--benchmark_min_time=0.05",
+TURNS = ("--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=25", "--benchmark_min_time=0.03",
          "--benchmark_report_aggregates_only=true", "--benchmark_format=json")
 
 

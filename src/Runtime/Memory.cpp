@@ -159,29 +159,61 @@ void *unusedChunk() noexcept {
 }
 
 // Chunks come from the system several at a time: what alignment wastes is wasted once for all of them.
+struct Region {
+    char *next = nullptr; // the first chunk that nobody has had yet
+    char *end = nullptr;
+};
+
+constexpr std::size_t kLargePage = 2 * 1024 * 1024;
+
+// Returns a region with large pages, an empty one when there is no memory.
+Region largeRegion() noexcept {
+    constexpr std::size_t kSize = 4 * kLargePage;
+    auto *const memory = static_cast<char *>(sys::allocateAligned(kLargePage, kSize));
+    if (!memory)
+        return {};
+    sys::preferLargePages(memory, kSize);
+    return {memory, memory + kSize};
+}
+
+Region smallRegion() noexcept {
+    constexpr std::size_t kSize = 16 * kChunkSize;
+    auto *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kSize));
+    return memory ? Region{memory, memory + kSize} : Region{};
+}
+
+// A program with few objects has enough in the first one.
+Region newRegion() {
+    static constinit bool isFirst = true;
+    Region region = isFirst ? Region{} : largeRegion();
+    if (!region.next)
+        region = smallRegion();
+    if (!region.next)
+        throw std::bad_alloc();
+    isFirst = false;
+    return region;
+}
+
 void *newChunk() {
-    constexpr std::size_t kRegionSize = 16 * kChunkSize;
-    static constinit char *next = nullptr;
-    static constinit char *end = nullptr;
+    static constinit Region region;
     if (void *const chunk = unusedChunk())
         return chunk;
-    if (next == end) {
+    if (region.next == region.end) {
         for (FreeObjects &free : freeObjects) // a few at hand keep many chunks from being free as a whole
             putBack(free, free.count);
         if (void *const chunk = unusedChunk())
             return chunk;
-        next = static_cast<char *>(sys::allocateAligned(kChunkSize, kRegionSize));
-        end = next ? next + kRegionSize : nullptr;
-        if (!next)
-            throw std::bad_alloc();
+        region = newRegion();
     }
-    return std::exchange(next, next + kChunkSize);
+    return std::exchange(region.next, region.next + kChunkSize);
 }
 
 void *allocateLarge(std::size_t size) {
     void *memory = sys::allocate(size);
     if (!memory)
         throw std::bad_alloc();
+    if (size >= kLargePage)
+        sys::preferLargePages(memory, size);
     return memory;
 }
 

@@ -2,8 +2,10 @@
 
 #include "Attempt.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace qb::sys {
@@ -14,6 +16,17 @@ void *allocate(std::size_t size) noexcept {
 
 void *allocateAligned(std::size_t alignment, std::size_t size) noexcept {
     return attempt(Call::allocate, [&] { return std::aligned_alloc(alignment, size); });
+}
+
+void preferLargePages(void *memory, std::size_t size) noexcept {
+    static const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto start = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t begin = (start + page - 1) / page * page;
+    const std::uintptr_t end = (start + size) / page * page;
+    const int error = errno;
+    if (begin < end)
+        ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+    errno = error; // it is a wish
 }
 
 void *reallocate(void *memory, std::size_t size) noexcept {

@@ -13,6 +13,10 @@ namespace qb::sys {
 /// `aligned_alloc`: as `allocate`, at a multiple of `alignment`, a power of two that divides `size`.
 [[nodiscard]] void *allocateAligned(std::size_t alignment, std::size_t size) noexcept;
 
+/// Lets the system serve the memory by large pages (`madvise`, MADV_HUGEPAGE), as far as whole ones lie in
+/// it: one that is used all over then misses the translation buffers less.
+void preferLargePages(void *memory, std::size_t size) noexcept;
+
 /// `realloc`: as `allocate`, with the old content; null leaves `memory` (null: none) as it was. Size 0 counts
 /// as 1.
 [[nodiscard]] void *reallocate(void *memory, std::size_t size) noexcept;

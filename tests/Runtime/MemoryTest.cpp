@@ -1,13 +1,19 @@
 #include <QBFoundation/Runtime/Memory.h>
 
+#include "System/Faults.h"
 #include "Text/RandomText.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <new>
 #include <set>
 #include <vector>
+
+using qb::sys::Call;
+using qb::sys::Fault;
 
 struct Block {
     char *bytes;
@@ -57,5 +63,21 @@ TEST(MemoryTest, WhatASizeNoLongerNeedsServesOthers) {
     std::vector<std::uintptr_t> common;
     std::ranges::set_intersection(places[0], places[1], std::back_inserter(common));
     EXPECT_GT(common.size(), 5u); // of some 15
+}
+
+TEST(MemoryTest, SmallRegionsServeWhereThereIsNoMemoryForLargeOnes) {
+    std::vector<Block> blocks;
+    while (blocks.size() < 4000) // more than the first region, which is a small one, has room for
+        blocks.push_back(made(512));
+    {
+        const Fault noLargeOne(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        while (noLargeOne.hits() == 0)
+            blocks.push_back(made(512));
+        const Fault nothing(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
+        EXPECT_THROW(for (;;) blocks.push_back(made(512)), std::bad_alloc);
+        EXPECT_EQ(nothing.hits(), 2u);
+    }
+    blocks.push_back(made(512));
+    std::for_each(blocks.begin(), blocks.end(), giveBack);
 }
 #endif
