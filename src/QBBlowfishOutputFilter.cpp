@@ -232,12 +232,12 @@ void QBBlowfishOutputFilter::endEnciphering() {
     char block[kBlock];
     storeRandomBlock(block);
     std::memcpy(secrets_.pending + count, block + count, kBlock - count);
-    writeBlocks(secrets_.pending, 1);
     const std::uint32_t l = randomWord();
     storeBlock(block, l, (randomWord() & ~15U) + count);
-    writeBlocks(block, 1);
     const std::int64_t time = sys::wallNanoseconds();
-    sys::srand(static_cast<std::uint32_t>(time ^ time >> 32));
+    sys::srand(static_cast<std::uint32_t>(time ^ time >> 32)); // before anything is written: that may throw
+    writeBlocks(secrets_.pending, 1);
+    writeBlocks(block, 1);
 }
 
 void QBBlowfishOutputFilter::endDeciphering() {

@@ -155,13 +155,33 @@ TEST_F(QBBlowfishOutputFilterTest, WhatItsTargetWritesToTheFilterGoesBehindTheBl
     EXPECT_EQ(deciphered(sixteen(), target->bytes), "Many han(e)ds make");
 }
 
-TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
-    const auto headerOf = [](std::uint32_t seed) {
-        const std::string header = enciphered(sixteen(), "", SIZE_MAX, seed).substr(0, 8);
+// The stream's block of that number, as it was before it was enciphered.
+static Block plainBlock(std::string_view stream, std::size_t number) {
+    const auto stored = [stream](std::size_t index) {
         Block block{};
         for (std::size_t i = 0; i < 8; ++i)
-            block[i / 4] = block[i / 4] << 8 | static_cast<unsigned char>(header[i]);
-        return convertedBlock(cipher(sixteen()), block, "_blowfishDecryptBlock"_sel);
+            block[i / 4] = block[i / 4] << 8 | static_cast<unsigned char>(stream[index * 8 + i]);
+        return block;
+    };
+    const Block block = convertedBlock(cipher(sixteen()), stored(number), "_blowfishDecryptBlock"_sel);
+    const Block before = number == 0 ? Block{} : stored(number - 1);
+    return {block[0] ^ before[0], block[1] ^ before[1]};
+}
+
+TEST_F(QBBlowfishOutputFilterTest, WhatIsUnusedInTheLastBlocksIsRandom) {
+    const std::string stream = enciphered(sixteen(), "abc", SIZE_MAX, 9);
+    ASSERT_EQ(stream.size(), 24u);
+    std::srand(9);
+    std::uint32_t numbers[5];
+    std::generate(std::begin(numbers), std::end(numbers), [] { return std::rand(); });
+    EXPECT_EQ(plainBlock(stream, 0), (Block{9, numbers[0]}));
+    EXPECT_EQ(plainBlock(stream, 1), (Block{0x61626300 | (numbers[1] & 255), numbers[2]}));
+    EXPECT_EQ(plainBlock(stream, 2), (Block{numbers[3], (numbers[4] & ~15U) + 3}));
+}
+
+TEST_F(QBBlowfishOutputFilterTest, TheHeaderIsTheSeedAndItsFirstRandomNumber) {
+    const auto headerOf = [](std::uint32_t seed) {
+        return plainBlock(enciphered(sixteen(), "", SIZE_MAX, seed), 0);
     };
     std::srand(0xFFFFFFFFu);
     const Block expected{0xFFFFFFFFu, static_cast<std::uint32_t>(std::rand())};
@@ -178,6 +198,21 @@ TEST_F(QBBlowfishOutputFilterTest, ASeedSaysNothingOfLaterRandomNumbers) {
     std::srand(9);
     for (int i = 0; i < 100; ++i)
         EXPECT_NE(threeNumbers(), later);
+
+    struct Thrower : QBOutputStream { // after the header
+        void _writeBuffer(const void *, std::uint32_t) override {
+            if (++writes > 1)
+                throw InternalInconsistencyException("no");
+        }
+        int writes = 0;
+    };
+    const Ref<Thrower> thrower = Ref<Thrower>::adopt(new Thrower);
+    EXPECT_THROW(Filter::streamWithTarget(thrower.get(), /*randomSeed=*/9)->close(),
+                 InternalInconsistencyException);
+    const std::vector<int> after = threeNumbers();
+    std::srand(9);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_NE(threeNumbers(), after);
 }
 
 TEST_F(QBBlowfishOutputFilterTest, KeysAreTheBytesOfDataOrOfATextUpToThe72nd) {
@@ -216,4 +251,6 @@ TEST_F(QBBlowfishOutputFilterTest, KeyAndBlocksAreWiped) {
     EXPECT_LT(zeros(), 200);
     std::destroy_at(filter);
     EXPECT_GT(zeros(), 4168);
+    EXPECT_EQ(std::search(std::begin(memory), std::end(memory), kText.begin(), kText.begin() + 5),
+              std::end(memory));
 }

@@ -170,6 +170,9 @@ TEST_F(QBInputStreamTest, ContentsAreCompared) {
         EXPECT_EQ(text->readByte(), other[0]);
         EXPECT_TRUE(text->providesSameDataAs(text));
         EXPECT_EQ(text->readByte(), other[0]);
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
+        EXPECT_ERROR(100156, "",
+                     EXPECT_FALSE(data->providesSameDataAs(QBDataInputStream::streamWithData(dataOf(one)))));
     }
 }
 

@@ -17,12 +17,30 @@ bool hasLocale(NSString *language) {
     return isThere;
 }
 
+// Sorts by what a key leads to that goes through dictionaries in the elements.
+NSArray *sortedByPath(NSArray *list, NSString *path, bool isReverse, NSString *language) {
+    NSMutableArray *const pairs = NSMutableArray::array();
+    for (id element : *list) {
+        NSMutableDictionary *const pair = NSMutableDictionary::dictionary();
+        pair->setObjectForKey(element, "element"_ns);
+        if (id value = element->deepObjectForKey(path))
+            pair->setObjectForKey(value, "value"_ns);
+        pairs->addObject(pair);
+    }
+    NSMutableArray *const sorted = NSMutableArray::array();
+    for (id pair : *sortedByKey(pairs, isReverse ? "value.REVERSE"_ns : "value"_ns, language))
+        sorted->addObject(static_cast<NSDictionary *>(pair)->objectForKey("element"_ns));
+    return sorted;
+}
+
 } // namespace
 
 NSArray *sortedByKey(NSArray *list, NSString *key, NSString *language) {
     NSString *const reverse = ".REVERSE"_ns;
     const bool isReverse = key->uppercaseString()->hasSuffix(reverse);
     NSString *const plainKey = isReverse ? key->substringToIndex(key->length() - reverse->length()) : key;
+    if (plainKey->rangeOfString("."_ns).length != 0)
+        return sortedByPath(list, plainKey, isReverse, language);
     NSMutableArray *const texts = NSMutableArray::array(); // elements with one
     NSMutableArray *const others = NSMutableArray::array();
     bool isForLanguage = language && hasLocale(language);

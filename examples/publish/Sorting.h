@@ -7,7 +7,7 @@
 namespace publish {
 
 /// Returns the elements in the order of what they have under `key`, those without it last, and all of them
-/// the other way round with ".REVERSE" behind the key.
+/// the other way round with ".REVERSE" behind the key. Dotted keys lead through dictionaries.
 ///
 /// Texts are in the order of `language`, a locale's name such as "de_DE". Where the machine has no such
 /// locale, without one (nil), and for other values than texts, see `caseInsensitiveSortedArrayByKey:`.

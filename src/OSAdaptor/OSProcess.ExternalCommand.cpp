@@ -9,7 +9,12 @@
 
 #include "OSAdaptor/OSProcess.Program.h"
 
+#include "System/Files.h"
+
 #include <cerrno>
+#include <fcntl.h>
+
+namespace sys = qb::sys;
 
 namespace {
 
@@ -20,9 +25,11 @@ const char *shown(id object) {
     return object ? object->cStringValue() : "<nil>";
 }
 
-// What was written to the pipe, as far as there is memory for it.
+// What was written to the pipe, as far as there is memory for it. Others that the command has left behind may
+// still hold the pipe; nobody waits for them.
 Ref<NSString> contentOf(OSPipe *pipe) {
     pipe->closeWriteHandle();
+    sys::fcntl(pipe->readHandle(), F_SETFL, O_NONBLOCK);
     const Ref<OSPipeInputStream> source = OSPipeInputStream::initWithPipe(pipe);
     const Ref<QBStringOutputStream> text = QBStringOutputStream::init();
     char block[4096];

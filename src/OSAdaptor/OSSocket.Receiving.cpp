@@ -40,9 +40,15 @@ inline void requireBuffer(const void *buffer, const char *selector) {
         throwForBuffer(selector);
 }
 
-// Takes the carriage returns out; returns the new end.
-char *withoutReturns(char *start, char *end) {
-    return std::remove(start + (qb::text::findByte(start, end, '\r') - start), end, '\r');
+// Returns the bytes without their carriage returns, which stand at the end as a rule.
+NSString *lineOf(std::string_view bytes) {
+    while (bytes.ends_with('\r'))
+        bytes.remove_suffix(1);
+    NSString *const line = NSString::stringWith(bytes);
+    const char *const end = bytes.data() + bytes.size();
+    return qb::text::findByte(bytes.data(), end, '\r') == end
+               ? line
+               : line->stringByReplacingOccurrencesOfString("\r"_ns, nullptr);
 }
 
 } // namespace
@@ -255,27 +261,29 @@ static std::span<char> takeByte(OSSocket &socket, char &byte, std::int64_t timeo
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
     Ref<QBStringOutputStream> collected; // a line that was not in the buffer as a whole, as it came
+    std::span<char> piece;               // what was taken and is in no string yet
+    char byte;
     try {
-        while (!qb::isErrorPending()) {
-            char byte;
-            const std::span<char> piece =
-                qb::sockets::isPlain(*this) ? takePiece(timeout) : takeByte(*this, byte, timeout);
-            const bool isLast = !piece.empty() && piece.back() == '\n';
+        bool isLast = false;
+        while (!isLast && !qb::isErrorPending()) {
+            piece = qb::sockets::isPlain(*this) ? takePiece(timeout) : takeByte(*this, byte, timeout);
+            isLast = !piece.empty() && piece.back() == '\n';
             const std::size_t length = piece.size() - isLast;
             if (isLast && !collected)
-                return NSString::stringWith(
-                    {piece.data(), withoutReturns(piece.data(), piece.data() + length)});
+                return lineOf({piece.data(), length});
             if (piece.empty() || (!collected && !(collected = QBStringOutputStream::init())))
                 break;
             collected->writeBuffer(piece.data(), static_cast<std::uint32_t>(length));
-            if (isLast)
-                break;
+            if (qb::isErrorPending()) // there was no memory for it
+                putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
+            piece = piece.subspan(length);
         }
+        const NSString *const line = collected ? collected->targetString() : nullptr;
+        return line ? lineOf(line->view()) : NSString::string();
     } catch (...) {
+        putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
         if (const NSString *const line = collected ? collected->targetString() : nullptr)
             putBack(line->view().data(), collected->byteCounter());
         throw;
     }
-    const NSString *const line = collected ? collected->targetString() : nullptr;
-    return line ? line->stringByReplacingOccurrencesOfString("\r"_ns, nullptr) : NSString::string();
 }

@@ -28,8 +28,8 @@ enum class Call : unsigned {
     // Clock
     sleep,
     // Process
-    fork, startSharingMemory, execvp, waitpid, kill, pipe, dup2, sigaction, setsid, putenv, unsetenv,
-    gethostname,
+    fork, startSharingMemory, close_range, execvp, waitpid, kill, pipe, dup2, sigaction, setsid, putenv,
+    unsetenv, gethostname,
     // Sockets
     socket, bind, listen, accept, connect, send, recv, poll, select, getsockopt, setsockopt, getsockname,
     shutdown, getaddrinfo, getnameinfo,

@@ -148,7 +148,13 @@ int execvp(const char *file, char *const arguments[]) noexcept {
 }
 
 void closeOthersOnExec() noexcept {
-    ::close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC);
+    const auto markAll = [] { return ::close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC); };
+    if (attempt(Call::close_range, markAll) == 0)
+        return;
+    // An old kernel, or a container that refuses what it doesn't know.
+    const long count = ::sysconf(_SC_OPEN_MAX);
+    for (int descriptor = STDERR_FILENO + 1; descriptor < count; ++descriptor)
+        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
 }
 
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal) noexcept {

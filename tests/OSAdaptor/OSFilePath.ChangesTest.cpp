@@ -42,6 +42,25 @@ TEST_F(OSFilePathChangesTest, TouchCreatesFilesAndSetsBothTimes) {
                  OSFilePath::touchFileAtPath(path("late")));
 }
 
+TEST_F(OSFilePathChangesTest, NoPathIsAnErrorOfEachOperation) {
+    NSString *const some = path("some");
+    const std::string none = "<null> Bad address", cut = "a Invalid argument";
+    EXPECT_ERROR(100194, none, OSFilePath::removePath(nullptr));
+    EXPECT_ERROR(100194, none, OSFilePath::_removePath(nullptr));
+    EXPECT_ERROR(100194, none, OSFilePath::copyPath(nullptr, some, NO));
+    EXPECT_ERROR(100194, none, OSFilePath::copyPath(some, nullptr, NO));
+    EXPECT_ERROR(100194, none, _copyPath("some", nullptr, NO));
+    EXPECT_ERROR(100194, none, _copyFile(nullptr, "some", nullptr));
+    EXPECT_ERROR(100194, none, OSFilePath::fileAtPath(nullptr, some));
+    EXPECT_ERROR(100235, none, OSFilePath::touchFileAtPath(nullptr));
+    EXPECT_ERROR(100240, none, OSFilePath::glob(nullptr));
+    EXPECT_ERROR(100194, cut, OSFilePath::removePath("a\0b"_ns));
+    EXPECT_ERROR(100194, cut, OSFilePath::copyPath("a\0b"_ns, some, NO));
+    EXPECT_ERROR(100194, cut, OSFilePath::symlinkTarget("a\0b"_ns));
+    EXPECT_ERROR(100235, cut, OSFilePath::touchFileAtPath("a\0b"_ns));
+    EXPECT_ERROR(100240, cut, OSFilePath::glob("a\0b"_ns));
+}
+
 TEST_F(OSFilePathChangesTest, LinkIsReplacedInOneStep) {
     directory_.makeDirectory("one");
     directory_.makeDirectory("two");

@@ -23,6 +23,12 @@ TEST_F(OSFilePathComparisonTest, OnlyFilesOfTheSameBytesAreAlike) {
         EXPECT_TRUE(differ("long", other)) << other;
     EXPECT_TRUE(differ("missing", "missing"));
     EXPECT_TRUE(differ("directory", "directory"));
+    EXPECT_ERROR(100194, directory_ / "tail/x Not a directory", EXPECT_FALSE(differ("long", "tail/x")));
+    {
+        const Fault locked(Call::open, /*skip=*/1, /*times=*/1, EACCES);
+        EXPECT_ERROR(100023, directory_ / "long too Permission denied",
+                     EXPECT_FALSE(differ("long", "long too")));
+    }
     const Fault second(Call::read, /*skip=*/1, /*times=*/1, EIO); // is raised and answered with no
     EXPECT_ERROR(100023, directory_ / "tail Input/output error", EXPECT_FALSE(differ("long", "tail")));
     const Fault pieces(Call::read, /*skip=*/0, /*times=*/0, sys::ShortTransfer{1000});

@@ -156,6 +156,18 @@ TEST_F(OSFilePathCopyingTest, CallThatFailsInATreeIsItsOwnError) {
     }
 }
 
+TEST_F(OSFilePathCopyingTest, TargetsBelowFilesAreErrors) {
+    directory_.write("file", "");
+    directory_.write("other", "");
+    EXPECT_ERROR(100194, directory_ / "file/x Not a directory", copy("other", "file/x"));
+    EXPECT_ERROR(100194, directory_ / "file/x Not a directory",
+                 _copyFile((directory_ / "file/x").c_str(), directory_.path().c_str(), nullptr));
+    directory_.write("tree/entry", "");
+    directory_.makeDirectory("place");
+    const Fault fault(Call::mkdir, /*skip=*/0, /*times=*/1, EROFS);
+    EXPECT_ERROR(100168, directory_ / "place/tree Read-only file system", copy("tree", "place"));
+}
+
 TEST_F(OSFilePathCopyingTest, PendingErrorsStopACopyBeforeItStarts) {
     directory_.write("file", "");
     ERRORHANDLER->raiseErrorInFile("earlier", 1, 31999);

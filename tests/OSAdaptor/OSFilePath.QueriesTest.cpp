@@ -60,6 +60,8 @@ TEST_F(OSFilePathQueriesTest, WhatIsMissingOrEmptyIsAnsweredWithNo) {
 }
 
 TEST_F(OSFilePathQueriesTest, LinkTargetsAreReadWhole) {
+    EXPECT_ERROR(100194, directory_ / "missing No such file or directory",
+                 EXPECT_EQ(OSFilePath::symlinkTarget(path("missing")), nullptr));
     const std::string longText(1000, 'x');
     directory_.link("some/\xff where", "link");
     directory_.link(longText, "long");

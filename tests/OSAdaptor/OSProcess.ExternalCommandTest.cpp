@@ -1,6 +1,10 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "System/Process.h"
 #include "support/ServicesFixture.h"
+#include "support/TemporaryDirectory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 using OSProcessExternalCommandTest = ServicesFixture;
 
@@ -18,6 +22,15 @@ TEST_F(OSProcessExternalCommandTest, FailureIsAnErrorWithItsOutput) {
     const Fault signal(Call::read, 0, 1, EINTR); // loses nothing
     expectError(100227, "sh 255 much\n", [] { run("echo much >&2; exit 255"); });
     EXPECT_EQ(openDescriptors(), before); // without a pool of its own
+}
+
+TEST_F(OSProcessExternalCommandTest, NobodyWaitsForWhatItLeavesBehind) {
+    const TemporaryDirectory directory;
+    ASSERT_EQ(::mkfifo((directory / "pipe").c_str(), 0600), 0);
+    const auto args =
+        NSArray::arrayWith({"-c"_ns, "read x <$0 & echo left >&2; exit 5"_ns, directory.string("pipe")});
+    expectError(100227, "sh 5 left\n", [&] { OSProcess::runExternalCmd("sh"_ns, args, nullptr); });
+    ::close(::open((directory / "pipe").c_str(), O_WRONLY));
 }
 
 TEST_F(OSProcessExternalCommandTest, MissingProgramHasTheLogLineAsOutput) {

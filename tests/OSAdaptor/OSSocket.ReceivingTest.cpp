@@ -129,6 +129,26 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
     }
 }
 
+TEST_F(OSSocketReceivingTest, LinesAreNotLostWhereThereIsNoMemory) {
+    for (unsigned skip = 0; skip < 8; ++skip) {
+        pair_.feed(std::string(70'000, 'x') + "\ry\nz\r\n");
+        std::string text;
+        {
+            const Fault fault(Call::allocate, skip, /*times=*/1, ENOMEM);
+            for (int i = 0; i < 2; ++i) {
+                try {
+                    text += line();
+                } catch (const std::bad_alloc &) {
+                }
+            }
+        }
+        takenErrors();
+        for (int i = 0; i < 3; ++i)
+            text += line(20);
+        EXPECT_TRUE(text == std::string(70'000, 'x') + "yz") << skip << " " << text.size();
+    }
+}
+
 // Others are compared with a plain model in fuzz/SocketLines.cpp.
 TEST_F(OSSocketReceivingTest, LinesLoseCarriageReturnsAndAlsoEndAtTheTimeOut) {
     pair_.feed("\rt\rwo\r\r\nthree");

@@ -71,6 +71,10 @@ TEST_F(OSSocketTest, InternetServersTakeClientsOfTheirHost) {
     EXPECT_ERROR(100087, "192.0.2.1 0 Cannot assign requested address",
                  OSSocket::serverSocketOnHost("192.0.2.1"_ns, 0)); // an address of nobody's
     EXPECT_ERROR(100090, "127.1 1 Connection refused", OSSocket::clientSocketToHost("127.1"_ns, 1));
+    EXPECT_ERROR(100090, "/no/socket 0 No such file or directory",
+                 OSSocket::clientSocketWithName("/no/socket"_ns));
+    const Fault noPort(Call::bind, /*skip=*/0, /*times=*/1, EADDRINUSE);
+    EXPECT_ERROR(100087, "127.1 1 Address already in use", OSSocket::clientSocketToHost("127.1"_ns, 1));
     EXPECT_ERROR(100086, "no such host", OSSocket::clientSocketToHost("no such host"_ns, 1));
 }
 

@@ -108,10 +108,23 @@ for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets
 done
 expect 'a cut escape' 400 status_of "$address/%"
 expect 'another method' 405 status_of -d x "$address/"
+expect 'the methods' 'GET, HEAD' header_of Allow -d x "$address/"
+for path in / /none; do
+    expect "nothing behind the headers of $path" '' sed '1,/^$/d' <<<"$(by_hand "HEAD $path HTTP/1.0\r\n\r\n")"
+done
 expect 'a body' 413 status_of -X GET -d x "$address/"
 expect 'a long address' 414 status_of "$address/$(printf 'a%.0s' $(seq 3000))"
 expect 'a long head' 431 status_of -H "X: $(printf 'a%.0s' $(seq 9000))" "$address/"
 expect 'no host' 'HTTP/1.1 400 Bad Request' sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\n\r\n')' | head -1"
+while IFS='|' read -r request status; do
+    expect "$request" "$status" sh -c "printf '%s' '$(by_hand "$request\r\n\r\n")' | sed -n '1s/HTTP.1.1 //p'"
+done <<'ROWS'
+GET http://host/deep/ HTTP/1.0|200 OK
+BREW / HTTP/1.1\r\nHost: x|501 Not Implemented
+GET / HTTP/2.0\r\nHost: x|505 HTTP Version Not Supported
+GET / HTTP/1.1\r\nHost: x\r\nHost: x|400 Bad Request
+GET / HTTP/1.1\r\nHost: x\r\nA b: c|400 Bad Request
+ROWS
 expect 'two requests at once' 2 \
     sh -c "printf '%s' '$(by_hand 'GET / HTTP/1.1\r\nHost: x\r\n\r\nHEAD / HTTP/1.1\nHost: x\nConnection: close\n\n')' | grep -c '^HTTP/1.1 200 OK'"
 
@@ -168,6 +181,7 @@ ln -s site "$work/current"
 site=$work/current
 start --serve-socket "$work/socket" --watch --statistics --log "$site/log" --log-level 2
 printf '{ title = T; }\n---\n<p>changed</p>\n' >"$site/pages/index.html"
+expect 'a socket for this user alone' 700 stat -c %a "$work/socket"
 wait_for changed curl -s --unix-socket "$work/socket" http://x/
 expect 'many requests at a socket' "$requests" answered --unix-socket "$work/socket" "http://x/?[1-$requests]"
 echo other >"$work/far/text"

@@ -211,7 +211,9 @@ NSString *addressOf(OSSocket *listener) {
     sockaddr_in address{};
     socklen_t length = sizeof address;
     ::getsockname(listener->socketHandle(), reinterpret_cast<sockaddr *>(&address), &length);
-    return NSString::stringWithFormat("http://127.0.0.1:%d"_ns, ntohs(address.sin_port));
+    char host[INET_ADDRSTRLEN] = "";
+    ::inet_ntop(AF_INET, &address.sin_addr, host, sizeof host);
+    return NSString::stringWithFormat("http://%s:%d"_ns, host, ntohs(address.sin_port));
 }
 
 } // namespace publish::serving

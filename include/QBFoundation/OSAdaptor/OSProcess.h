@@ -156,8 +156,8 @@ public:
     /// Lets SIGUSR1 and SIGUSR2 call `handler` with the signal's number; otherwise as
     /// `registerTerminationHandler`.
     static void registerUserSignalHandler(void (*handler)(int));
-    /// Ends the process with exit status 17 after so many seconds (0: never), unless a later call or
-    /// `cancelSelfDestruction` changes that.
+    /// Ends the process with exit status 17 after so many seconds (0: never), unless a later call,
+    /// `cancelSelfDestruction` or `detachAndChdirTo:` changes that.
     ///
     /// A line for the category "alert" tells of it. To write it is more than a signal handler may do; if the
     /// process is in no state for it, the line is lost, and two seconds later the process ends all the same.
@@ -176,7 +176,8 @@ public:
     /// Logs the message for the category "alert" and ends the process in good order with exit status 17.
     [[noreturn]] static void abortWithMessage(NSString *message);
     /// Makes this process one in the background: its parent goes on as if it had ended well, and it has a
-    /// session of its own, that working directory, and /dev/null for its standard streams.
+    /// session of its own, that working directory, and /dev/null for its standard streams. It has another id,
+    /// no time set for its self-destruction, and no children that it could wait for.
     ///
     /// Ends the process with exit status 17 and a line for the category "alert" when there can be no more
     /// processes, or no /dev/null. Raises 100196 when the directory can't be the working directory.
