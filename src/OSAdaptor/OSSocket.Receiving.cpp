@@ -4,7 +4,6 @@
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSException.h>
-#include <QBFoundation/QBStringOutputStream.h>
 
 #include "OSAdaptor/OSSocket.Support.h"
 #include "System/Memory.h"
@@ -162,6 +161,11 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     const std::uint32_t sum = count + held;
     if (count == 0 || sum > INT32_MAX)
         return;
+    if (internalBuffer_ &&
+        static_cast<const char *>(bytes) + count == internalBuffer_ + currentPositionInBuffer_) {
+        currentPositionInBuffer_ -= static_cast<std::int32_t>(count); // where they still stand
+        return;
+    }
     auto *const room = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
     if (!room)
         return;
@@ -260,30 +264,25 @@ static std::span<char> takeByte(OSSocket &socket, char &byte, std::int64_t timeo
 
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
-    Ref<QBStringOutputStream> collected; // a line that was not in the buffer as a whole, as it came
-    std::span<char> piece;               // what was taken and is in no string yet
+    std::string collected; // a line that was not in the buffer as a whole, as it came
+    std::span<char> piece; // what was taken and is in no string yet
     char byte;
     try {
-        bool isLast = false;
-        while (!isLast && !qb::isErrorPending()) {
+        for (bool isLast = false; !isLast && !qb::isErrorPending();) {
             piece = qb::sockets::isPlain(*this) ? takePiece(timeout) : takeByte(*this, byte, timeout);
-            isLast = !piece.empty() && piece.back() == '\n';
-            const std::size_t length = piece.size() - isLast;
-            if (isLast && !collected)
-                return lineOf({piece.data(), length});
-            if (piece.empty() || (!collected && !(collected = QBStringOutputStream::init())))
+            if (piece.empty())
                 break;
-            collected->writeBuffer(piece.data(), static_cast<std::uint32_t>(length));
-            if (qb::isErrorPending()) // there was no memory for it
-                putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
+            isLast = piece.back() == '\n';
+            const std::size_t length = piece.size() - isLast;
+            if (isLast && collected.empty())
+                return lineOf({piece.data(), length});
+            collected.append(piece.data(), length);
             piece = piece.subspan(length);
         }
-        const NSString *const line = collected ? collected->targetString() : nullptr;
-        return line ? lineOf(line->view()) : NSString::string();
+        return lineOf(collected);
     } catch (...) {
         putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
-        if (const NSString *const line = collected ? collected->targetString() : nullptr)
-            putBack(line->view().data(), collected->byteCounter());
+        putBack(collected.data(), static_cast<std::uint32_t>(collected.size()));
         throw;
     }
 }
