@@ -161,9 +161,9 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     const std::uint32_t sum = count + held;
     if (count == 0 || sum > INT32_MAX)
         return;
-    if (internalBuffer_ &&
-        static_cast<const char *>(bytes) + count == internalBuffer_ + currentPositionInBuffer_) {
-        currentPositionInBuffer_ -= static_cast<std::int32_t>(count); // where they still stand
+    const auto position = static_cast<std::uint32_t>(currentPositionInBuffer_);
+    if (position >= count && bytes == internalBuffer_ + (position - count)) { // where they still stand
+        currentPositionInBuffer_ -= static_cast<std::int32_t>(count);
         return;
     }
     auto *const room = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
