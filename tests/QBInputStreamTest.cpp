@@ -170,9 +170,9 @@ TEST_F(QBInputStreamTest, ContentsAreCompared) {
         EXPECT_EQ(text->readByte(), other[0]);
         EXPECT_TRUE(text->providesSameDataAs(text));
         EXPECT_EQ(text->readByte(), other[0]);
+        QBDataInputStream *const same = QBDataInputStream::streamWithData(dataOf(one));
         const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-        EXPECT_ERROR(100156, "",
-                     EXPECT_FALSE(data->providesSameDataAs(QBDataInputStream::streamWithData(dataOf(one)))));
+        EXPECT_ERROR(100156, "", EXPECT_FALSE(data->providesSameDataAs(same)));
     }
 }
 
