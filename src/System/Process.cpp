@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdlib>
 #include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <pwd.h>
@@ -151,10 +152,18 @@ void closeOthersOnExec() noexcept {
     const auto markAll = [] { return ::close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC); };
     if (attempt(Call::close_range, markAll) == 0)
         return;
-    // An old kernel, or a container that refuses what it doesn't know.
-    const long count = ::sysconf(_SC_OPEN_MAX);
-    for (int descriptor = STDERR_FILENO + 1; descriptor < count; ++descriptor)
-        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    // An old kernel, or a container that refuses what it doesn't know. `readdir` would allocate.
+    const int list = ::open("/proc/self/fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    alignas(dirent64) char entries[1024];
+    for (ssize_t size; (size = ::getdents64(list, entries, sizeof entries)) > 0;) {
+        for (ssize_t at = 0; at < size;) {
+            const auto *const entry = reinterpret_cast<const dirent64 *>(entries + at);
+            if (const int descriptor = std::atoi(entry->d_name); descriptor > STDERR_FILENO)
+                ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+            at += entry->d_reclen;
+        }
+    }
+    ::close(list);
 }
 
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal) noexcept {
