@@ -32,6 +32,9 @@ TEST_F(QBNilTest, OtherMessagesAreSwallowedAndTracedFromLevel7On) {
     CapturedOutput output;
     debug = 6;
     EXPECT_EQ(send<id>(QBNil::new_(), "objectForKey:"_sel, "a"_ns), nullptr);
+    const auto invocation = NSInvocation::invocationWithTarget(QBNil::new_(), "doubleValue"_sel);
+    invocation->invoke();
+    EXPECT_TRUE(!invocation->returnValue().as<id>() && invocation->returnValue().as<double>() == 0);
     EXPECT_EQ(output.text(), "");
     debug = 7;
     EXPECT_EQ(send<double>(QBNil::new_(), "doubleValue"_sel), 0);

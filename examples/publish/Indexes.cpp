@@ -57,7 +57,7 @@ NSString *addressOf(const Site &site, id value) {
 
 NSString *pageAddress(NSString *site, id page) {
     auto *url = static_cast<NSString *>(page->objectForKey("url"_ns));
-    return site->stringByAppendingString(NSString::stringWith(escapedPath(url->view())));
+    return site->stringByAppendingString(url);
 }
 
 NSArray *headsOf(const Site &site, bool areDated) {

@@ -78,7 +78,7 @@ bool Renderer::renderPages() {
 bool Renderer::renderPage(const Page &page) {
     const ProfiledAction action(page.url);
     const Ref<NSMutableDictionary> dictionary = valuesFor(page);
-    Values values(dictionary, page.url, site_.base(), images_);
+    Values values(dictionary, page.address(), site_.base(), images_);
     QBStringOutputStream *const body = collecting<QBStringOutputStream>(kUsualPage);
     const auto content = Template::read(page.body, page.file);
     if (!content || !content->fill(values, templates_, body))

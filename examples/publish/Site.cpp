@@ -2,6 +2,7 @@
 
 #include "Dates.h"
 #include "Files.h"
+#include "Links.h"
 #include "Messages.h"
 
 #include <algorithm>
@@ -125,7 +126,7 @@ bool readPage(NSString *file, NSString *path, const Cipher &cipher, Page &page) 
     NSDictionary *const head = dictionaryIn(NSString::stringWith(text.substr(0, headEnd.begin)), file);
     if (!head)
         return false;
-    const bool isText = path->pathExtension()->isEqualToString("txt"_ns);
+    const bool isText = path->pathExtension()->lowercaseString()->isEqualToString("txt"_ns);
     page.file = file;
     page.url = path->stringByDeletingPathExtension()->stringByAppendingPathExtension("html"_ns);
     page.head = head->mutableCopy();
@@ -154,7 +155,10 @@ bool readPages(Site &site) {
 // absolute one, that does not lead back on its way.
 bool isSafe(const Site &site, id value) {
     auto *path = qb::castOrNil<NSString>(value);
-    if (path && isInside(path->view().substr(path->isAbsolutePath())))
+    std::string_view text = path ? path->view().substr(path->isAbsolutePath()) : "";
+    if (text.ends_with('/'))
+        text.remove_suffix(1);
+    if (isInside(text))
         return true;
     return fail(__LINE__, kErrorUnsafePath, site.file.get(), value->stringValue());
 }
@@ -254,6 +258,10 @@ bool override(NSArray *overrides, Site &site) {
 
 } // namespace
 
+NSString *Page::address() const {
+    return NSString::stringWith(escapedPath(url->view()));
+}
+
 bool settle(Page &page) {
     if (page.url->pathExtension()->isEqualToString(encipheredExtension()))
         page.url = page.url->stringByDeletingPathExtension();
@@ -261,7 +269,7 @@ bool settle(Page &page) {
     page.isEnciphered = isToBeEnciphered && isToBeEnciphered->stringValue()->boolValue();
     if (page.isEnciphered)
         page.url = page.url->stringByAppendingPathExtension(encipheredExtension());
-    page.head->setObjectForKey(page.url, "url"_ns);
+    page.head->setObjectForKey(page.address(), "url"_ns);
     return addDates(page);
 }
 

@@ -13,11 +13,14 @@ namespace publish {
 /// A page: its head's values, and its body, which is a template.
 struct Page {
     Ref<NSString> file; // that it was read from
-    Ref<NSString> url;  // where it goes, relative to the site's root
+    Ref<NSString> url;  // the path where it goes, relative to the site's root
     Ref<NSMutableDictionary> head;
     int templateLine = 1;      // of the file, where the head names the template
     Ref<NSString> body;        // HTML
     bool isEnciphered = false; // where it goes
+
+    /// Returns the path as an address, which templates have under "url".
+    NSString *address() const;
 };
 
 /// The settings of `site.plist` and the pages.

@@ -1,5 +1,7 @@
 #include "Sorting.h"
 
+#include "Values.h"
+
 #include <clocale>
 
 namespace publish {
@@ -11,6 +13,13 @@ id valueUnder(id element, void *key) {
     return send<id>(element, "objectForKey:"_sel, static_cast<id>(static_cast<NSString *>(key)));
 }
 
+// nil where a value on the way has no keys, but an element without keys is an error.
+id valueAt(id element, const KeyPath &path) {
+    const id value = valueUnder(element, path.first);
+    const qb::SavedErrors missingKeys(qb::SavedErrors::kDiscard);
+    return value ? value->deepObjectForKey(path.rest) : nullptr;
+}
+
 bool hasLocale(NSString *language) {
     const bool isThere = std::setlocale(LC_COLLATE, localeForLanguage(language)->cString());
     std::setlocale(LC_COLLATE, "");
@@ -18,12 +27,12 @@ bool hasLocale(NSString *language) {
 }
 
 // Sorts by what a key leads to that goes through dictionaries in the elements.
-NSArray *sortedByPath(NSArray *list, NSString *path, bool isReverse, NSString *language) {
+NSArray *sortedByPath(NSArray *list, const KeyPath &path, bool isReverse, NSString *language) {
     NSMutableArray *const pairs = NSMutableArray::array();
     for (id element : *list) {
         NSMutableDictionary *const pair = NSMutableDictionary::dictionary();
         pair->setObjectForKey(element, "element"_ns);
-        if (id value = element->deepObjectForKey(path))
+        if (id value = valueAt(element, path))
             pair->setObjectForKey(value, "value"_ns);
         pairs->addObject(pair);
     }
@@ -40,7 +49,7 @@ NSArray *sortedByKey(NSArray *list, NSString *key, NSString *language) {
     const bool isReverse = key->uppercaseString()->hasSuffix(reverse);
     NSString *const plainKey = isReverse ? key->substringToIndex(key->length() - reverse->length()) : key;
     if (plainKey->rangeOfString("."_ns).length != 0)
-        return sortedByPath(list, plainKey, isReverse, language);
+        return sortedByPath(list, keyPathOf(plainKey->view()), isReverse, language);
     NSMutableArray *const texts = NSMutableArray::array(); // elements with one
     NSMutableArray *const others = NSMutableArray::array();
     bool isForLanguage = language && hasLocale(language);

@@ -281,7 +281,10 @@ int main(int count, char **arguments) {
         return kExitUsage;
     }
     const int status = act(options);
-    return status == 0 && std::ferror(stdout) ? kExitFailed : status; // what was to be said was not heard
+    if (status != 0 || !std::ferror(stdout))
+        return status;
+    OSUserIO::eprintLn("publish: standard output could not be written."_ns);
+    return kExitFailed;
 }
 
 } // namespace publish

@@ -13,7 +13,8 @@ class QBErrorHandler;
 enum ErrorState : int { ERRORSTATE_OK = 0, ERRORSTATE_ERROR = 1, ERRORSTATE_FATAL = 2 };
 
 /// The process's error handler. The program makes it before anything can fail, retains it and stores it here;
-/// the library only reads it. Without a handler an error is dropped.
+/// the library only reads it. Without a handler an error is dropped; operations that look at their own errors
+/// on the way have one of theirs here until they end.
 extern "C" QB_EXPORT QBErrorHandler *ERRORHANDLER;
 
 /// Records the errors of the process: a stack of descriptions, the newest first.
@@ -58,6 +59,7 @@ public:
     }
     virtual void raiseErrorInFileWithArgList(const char *file, int line, int error,
                                              const qb::ArgList &argList);
+    /// As the full form, on this handler, without a default format.
     virtual void raiseErrorInFileWithArgList(const char *file, int line, int error,
                                              const qb::ArgList &argList, NSArray *objects);
     /// The one full form: records the error on this handler. `objects` (or nil) are attached to the

@@ -11,7 +11,8 @@
 ///
 /// A concrete stream has `readByte` and, for speed, the primitive `_readBuffer`; callers use `readByte` and
 /// `readBuffer`. Reading answers how many bytes were delivered, -1 at the end of the stream, and 0 only for a
-/// request of 0 bytes or after an error that was raised. One call delivers at most 2^31 - 1 bytes.
+/// request of 0 bytes or after an error that was raised, unless a class says otherwise. One call delivers at
+/// most 2^31 - 1 bytes.
 class QB_EXPORT QBInputStream : public NSObject {
 public:
     static Class *cls();

@@ -17,7 +17,7 @@ import sys
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 CLOCKS = ("real_time", "process_time", "manual_time")
 TURNS = ("--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=25", "--benchmark_min_time=0.03",
-         "--benchmark_report_aggregates_only=true", "--benchmark_format=json")
+         "--benchmark_min_warmup_time=0.03", "--benchmark_report_aggregates_only=true", "--benchmark_format=json")
 
 
 def split_name(run_name):
@@ -46,8 +46,14 @@ def measure(program, names):
     """Returns what was measured of each who."""
     pattern = "^(" + "|".join(re.sub(r"(\W)", r"[\1]", name) for name in names) + ")$"
     entries = json.loads(output_of(program, f"--benchmark_filter={pattern}", *TURNS))["benchmarks"]
-    return {split_name(entry["run_name"])[1]: amount(entry) for entry in entries
-            if entry.get("aggregate_name") == "median" and not entry.get("error_occurred")}
+    for entry in entries:
+        if entry.get("error_occurred"):
+            sys.exit(f"{entry['run_name']}: {entry['error_message']}")
+    medians = [entry for entry in entries if entry.get("aggregate_name") == "median"]
+    measured = {split_name(entry["run_name"])[1]: amount(entry) for entry in medians}
+    if len(measured) != len(medians):
+        sys.exit(f"Two benchmarks of a row have one name: {', '.join(names)}")
+    return measured
 
 
 def line_of(row, measured):

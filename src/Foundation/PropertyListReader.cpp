@@ -168,6 +168,10 @@ Ref<NSObject> PropertyListReader::readArray() {
             return nullptr;
         if (accept(')'))
             break;
+        if (position_ == end_) {
+            fail("a value or ')'");
+            return nullptr;
+        }
         Ref<NSObject> element = readValue();
         if (!element || !skipBlanks())
             return nullptr;

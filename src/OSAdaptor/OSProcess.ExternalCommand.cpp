@@ -9,7 +9,9 @@
 
 #include "OSAdaptor/OSProcess.Program.h"
 
+#include "System/Clock.h"
 #include "System/Files.h"
+#include "System/Sockets.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -20,25 +22,35 @@ namespace {
 
 constexpr const char *kSelector = "runExternalCmd:withArgs:withEnv:";
 constexpr int kLeastDebugOfRunning = 3;
+constexpr std::int64_t kPatience = 500;              // milliseconds for what is still on its way
+constexpr std::uint32_t kMostErrorOutput = 1U << 20; // more than a pipe holds
 
 const char *shown(id object) {
     return object ? object->cStringValue() : "<nil>";
 }
 
 // What was written to the pipe, as far as there is memory for it. Others that the command has left behind may
-// still hold the pipe; nobody waits for them.
+// still hold the pipe: filters of its error output, which end soon, but also programs that go on.
 Ref<NSString> contentOf(OSPipe *pipe) {
     pipe->closeWriteHandle();
     sys::fcntl(pipe->readHandle(), F_SETFL, O_NONBLOCK);
     const Ref<OSPipeInputStream> source = OSPipeInputStream::initWithPipe(pipe);
     const Ref<QBStringOutputStream> text = QBStringOutputStream::init();
-    char block[4096];
-    for (std::int32_t count = 1; text && count != 0;) {
-        count = source->readBuffer(block, sizeof block);
-        if (count > 0)
+    const sys::Deadline deadline = sys::Deadline::afterMilliseconds(kPatience);
+    pollfd input{pipe->readHandle(), POLLIN, 0};
+    static char block[65536]; // all that a pipe holds: when the time is over, one more look takes it
+    std::uint32_t done = 0;
+    for (bool isLast = false; text && !isLast && done < kMostErrorOutput;) {
+        isLast = deadline.hasPassed();
+        const std::int32_t count = source->readBuffer(block, sizeof block);
+        if (count > 0) {
             text->writeBuffer(block, static_cast<std::uint32_t>(count));
-        else if (count < 0 && errno != EINTR)
+            done += static_cast<std::uint32_t>(count);
+        } else if (count < 0 && errno == EAGAIN) {
+            sys::poll(&input, 1, deadline.remainingMilliseconds());
+        } else if (count == 0 || errno != EINTR) {
             break;
+        }
     }
     source->close();
     return text ? text->targetString() : nullptr;

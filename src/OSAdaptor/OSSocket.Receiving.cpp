@@ -166,15 +166,21 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
         currentPositionInBuffer_ -= static_cast<std::int32_t>(count);
         return;
     }
-    auto *const room = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
-    if (!room)
+    auto *const buffer = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
+    if (!buffer)
         return;
-    std::memcpy(room, bytes, count);
+    std::memcpy(buffer, bytes, count);
+    replaceBuffer(buffer, count);
+}
+
+// Makes `buffer` the socket's, which has `count` bytes, and room for those that are still held.
+void OSSocket::replaceBuffer(char *buffer, std::uint32_t count) {
+    const auto held = static_cast<std::uint32_t>(bufferedCount());
     if (held > 0)
-        std::memcpy(room + count, internalBuffer_ + currentPositionInBuffer_, held);
-    sys::release(std::exchange(internalBuffer_, room));
+        std::memcpy(buffer + count, internalBuffer_ + currentPositionInBuffer_, held);
+    sys::release(std::exchange(internalBuffer_, buffer));
     currentPositionInBuffer_ = 0;
-    numberOfBytesInBuffer_ = static_cast<std::int32_t>(sum);
+    numberOfBytesInBuffer_ = static_cast<std::int32_t>(count + held);
 }
 
 [[gnu::always_inline]] inline std::int32_t OSSocket::take(char *buffer, std::uint32_t length,
@@ -244,6 +250,53 @@ NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
 
 // --- Lines ---
 
+/// The bytes of a line that does not lie in the buffer as a whole. There is always room for another buffer
+/// behind them, so that they become the buffer where there is no memory for more, and nothing is lost.
+class OSSocket::CollectedBytes {
+public:
+    CollectedBytes() = default;
+    ~CollectedBytes() { sys::release(bytes_); }
+    CollectedBytes(const CollectedBytes &) = delete;
+    CollectedBytes &operator=(const CollectedBytes &) = delete;
+
+    std::size_t size() const { return size_; }
+    std::size_t room() const { return room_; }
+    std::string_view view() const { return {bytes_, size_}; }
+
+    /// Throws std::bad_alloc, with nothing changed.
+    void append(std::string_view piece) {
+        reserve(size_ + piece.size() + kBufferSize);
+        std::memcpy(bytes_ + size_, piece.data(), piece.size());
+        size_ += piece.size();
+    }
+    char *release() {
+        size_ = room_ = 0;
+        return std::exchange(bytes_, nullptr);
+    }
+
+private:
+    void reserve(std::size_t size) {
+        if (size <= room_)
+            return;
+        const std::size_t room = std::max(size, 2 * room_);
+        auto *const bytes = static_cast<char *>(sys::reallocate(bytes_, room));
+        if (!bytes)
+            throw std::bad_alloc();
+        bytes_ = bytes;
+        room_ = room;
+    }
+
+    char *bytes_ = nullptr;
+    std::size_t size_ = 0, room_ = 0;
+};
+
+[[gnu::cold, gnu::noinline]] void OSSocket::putBack(CollectedBytes &bytes) {
+    const std::size_t count = bytes.size();
+    const std::size_t sum = count + static_cast<std::size_t>(bufferedCount());
+    if (count > 0 && sum <= std::min<std::size_t>(bytes.room(), INT32_MAX))
+        replaceBuffer(bytes.release(), static_cast<std::uint32_t>(count));
+}
+
 // What the buffer, filled when it is empty, holds of the next line; none when nothing comes.
 inline std::span<char> OSSocket::takePiece(std::int64_t timeout) {
     if (fillBuffer(timeout) <= 0)
@@ -264,8 +317,8 @@ static std::span<char> takeByte(OSSocket &socket, char &byte, std::int64_t timeo
 
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
-    std::string collected; // a line that was not in the buffer as a whole, as it came
-    std::span<char> piece; // what was taken and is in no string yet
+    CollectedBytes collected; // a line that was not in the buffer as a whole, as it came
+    std::span<char> piece;    // what was taken and is in no string yet
     char byte;
     try {
         for (bool isLast = false; !isLast && !qb::isErrorPending();) {
@@ -274,15 +327,15 @@ NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
                 break;
             isLast = piece.back() == '\n';
             const std::size_t length = piece.size() - isLast;
-            if (isLast && collected.empty())
+            if (isLast && collected.size() == 0)
                 return lineOf({piece.data(), length});
-            collected.append(piece.data(), length);
+            collected.append({piece.data(), length});
             piece = piece.subspan(length);
         }
-        return lineOf(collected);
+        return lineOf(collected.view());
     } catch (...) {
         putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
-        putBack(collected.data(), static_cast<std::uint32_t>(collected.size()));
+        putBack(collected);
         throw;
     }
 }

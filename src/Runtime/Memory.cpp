@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
@@ -165,32 +166,31 @@ struct Region {
 };
 
 constexpr std::size_t kLargePage = 2 * 1024 * 1024;
+constexpr std::size_t kSmallRegion = 16 * kChunkSize;
+constexpr std::size_t kLargeRegion = 8 * kLargePage;
 
-// Returns a region with large pages, an empty one when there is no memory.
-Region largeRegion() noexcept {
-    constexpr std::size_t kSize = 4 * kLargePage;
-    auto *const memory = static_cast<char *>(sys::allocateAligned(kLargePage, kSize));
+// Returns an empty one when there is no memory. A large one begins at a chunk like others, and not at a large
+// page, which would cost the address space of another page.
+Region regionOf(std::size_t size) noexcept {
+    auto *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, size));
     if (!memory)
         return {};
-    sys::preferLargePages(memory, kSize);
-    return {memory, memory + kSize};
+    if (size >= kLargePage)
+        sys::preferLargePages(memory, size);
+    return {memory, memory + size};
 }
 
-Region smallRegion() noexcept {
-    constexpr std::size_t kSize = 16 * kChunkSize;
-    auto *const memory = static_cast<char *>(sys::allocateAligned(kChunkSize, kSize));
-    return memory ? Region{memory, memory + kSize} : Region{};
-}
-
-// A program with few objects has enough in the first one.
+// A program with few objects has enough in the first one, which is small.
 Region newRegion() {
     static constinit bool isFirst = true;
-    Region region = isFirst ? Region{} : largeRegion();
+    const int error = errno;
+    Region region = isFirst ? Region{} : regionOf(kLargeRegion);
     if (!region.next)
-        region = smallRegion();
+        region = regionOf(kSmallRegion);
     if (!region.next)
         throw std::bad_alloc();
     isFirst = false;
+    errno = error; // of a large one that could not be had
     return region;
 }
 

@@ -154,6 +154,11 @@ void closeOthersOnExec() noexcept {
         return;
     // An old kernel, or a container that refuses what it doesn't know. `readdir` would allocate.
     const int list = ::open("/proc/self/fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (list < 0) { // without a descriptor for it, or without such a directory
+        const long end = ::sysconf(_SC_OPEN_MAX);
+        for (int descriptor = STDERR_FILENO + 1; descriptor < end; ++descriptor)
+            ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    }
     alignas(dirent64) char entries[1024];
     for (ssize_t size; (size = ::getdents64(list, entries, sizeof entries)) > 0;) {
         for (ssize_t at = 0; at < size;) {

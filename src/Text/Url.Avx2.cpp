@@ -138,7 +138,6 @@ copyToMark(const char *position, const char *end, char *target, const Signs &sig
     // A block ends two bytes early, so that it has what stands behind its marks.
     constexpr int kTaken = 14;
     constexpr std::uint32_t kMask = (1U << kTaken) - 1;
-    constexpr int kDense = 3; // so many marks in a block, and the next one is near
     const Signs signs{everywhere('%'), everywhere('+'), everywhere(' ')};
     const __m128i half = _mm256_castsi256_si128(everywhere(15));
     for (;;) {
@@ -164,9 +163,7 @@ copyToMark(const char *position, const char *end, char *target, const Signs &sig
             target = store(target, _mm_blendv_epi8(plain, decoded, isMark), ~behind & kMask);
             position += kTaken;
             done = behind >> kTaken;
-        } while (std::popcount(marks) >= kDense);
-        if (done != 0) [[unlikely]] // by a jump, so that what comes next need not wait for the block
-            position += std::popcount(done);
+        } while (marks != 0); // where one stood, the next one is near
     }
 }
 

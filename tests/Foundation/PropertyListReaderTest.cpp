@@ -47,6 +47,7 @@ TEST_F(PropertyListReaderTest, MalformedTextTellsLineColumnAndWhatIsMissing) {
         {"", "1 1 a value"},
         {"\"a\"b", "1 4 the end of the text"},
         {"a\0"sv, "1 2 the end of the text"},
+        {"(a,", "1 4 a value or ')'"},
         {"a/*", "1 2 a comment that is closed"},
         {"(a,\n  b c)", "2 5 ',' or ')'"},
         {"\xEF\xBB\xBF(a b)", "1 4 ',' or ')'"},

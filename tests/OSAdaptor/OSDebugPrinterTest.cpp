@@ -29,6 +29,11 @@ struct OSDebugPrinterTest : ServicesFixture {
 };
 
 TEST_F(OSDebugPrinterTest, NumbersAreGivenOnceAndUpTo100) {
+    printer()->release(); // the next one knows nothing
+    QBFoundationInitializer::initializeDebugAndProfileChannels();
+    const int channels[] = {DEBUG_CHANNEL_UTILS,  DEBUG_CHANNEL_MISC,   DEBUG_CHANNEL_PROCESS,
+                            DEBUG_CHANNEL_FILEIO, DEBUG_CHANNEL_SOCKET, PROFILE_CHANNEL_NET_IO};
+    EXPECT_TRUE(std::ranges::equal(channels, std::array{1, 2, 3, 4, 5, 0}));
     const Ref<OSDebugPrinter> other = OSDebugPrinter::init();
     EXPECT_EQ(other->registerDebugChannel("utils"_ns), 1);
     EXPECT_EQ(other->registerDebugChannel("utils"_ns), 1);

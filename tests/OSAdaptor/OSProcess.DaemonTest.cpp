@@ -48,16 +48,19 @@ TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
 
 TEST_F(OSProcessDaemonTest, FailuresEndTheProcess) {
     OSLogger::setDefaultLogFileName(path("log"));
-    for (const Call call : {Call::fork, Call::freopen}) {
-        const Daemon end = daemon([&](OSPipe *) {
-            const Fault fault(call, /*skip=*/0, /*times=*/1, ENOMEM);
+    const auto endOf = [](Call call, unsigned skip) {
+        return daemon([=](OSPipe *) {
+            const Fault fault(call, skip, /*times=*/1, ENOMEM);
             OSProcess::detachAndChdirTo("/"_ns);
         });
-        EXPECT_EQ(end.status, call == Call::fork ? 17 : 0);
+    };
+    EXPECT_EQ(endOf(Call::fork, 0).status, 17);
+    std::string logged = "fork failed: Cannot allocate memory\n\n";
+    for (const unsigned reopened : {0, 1, 2}) {
+        EXPECT_EQ(endOf(Call::freopen, reopened).status, 0);
+        logged += "freopen standard channel failed: Cannot allocate memory\n\n";
     }
-    EXPECT_EQ(replaced(directory_.read("log"), "\\[2.*\\[\\] ", ""),
-              "fork failed: Cannot allocate memory\n\n"
-              "freopen standard channel failed: Cannot allocate memory\n\n");
+    EXPECT_EQ(replaced(directory_.read("log"), "\\[2.*\\[\\] ", ""), logged);
 }
 
 TEST_F(OSProcessDaemonTest, AbortLogsTheMessageAsItIsAndEndsInGoodOrder) {

@@ -33,6 +33,15 @@ TEST_F(OSProcessSignalsTest, TerminationHandlerDecidesWhetherTheProcessEnds) {
     }
 }
 
+TEST_F(OSProcessSignalsTest, WithoutATerminationHandlerTheProcessEnds) {
+    const auto end = runInChild([] {
+        OSProcess::registerTerminationHandler(nullptr);
+        ::raise(SIGINT);
+        ::_exit(1);
+    });
+    EXPECT_EQ(end.status, 0);
+}
+
 TEST_F(OSProcessSignalsTest, UserSignalHandlerIsCalledAndNeverEndsTheProcess) {
     const auto end = runInChild([] {
         OSProcess::registerUserSignalHandler([](int signal) {

@@ -130,11 +130,12 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
 }
 
 TEST_F(OSSocketReceivingTest, LinesAreNotLostWhereThereIsNoMemory) {
-    for (unsigned skip = 0; skip < 8; ++skip) {
+    for (unsigned skip = 0; skip < 16; ++skip) {
         pair_.feed(std::string(70'000, 'x') + "\ry\nz\r\n");
         std::string text;
         {
-            const Fault fault(Call::allocate, skip, /*times=*/1, ENOMEM);
+            const Call call = skip % 2 ? Call::allocate : Call::reallocate;
+            const Fault fault(call, skip / 2, /*times=*/0, ENOMEM); // each time from then on
             for (int i = 0; i < 2; ++i) {
                 try {
                     text += line();

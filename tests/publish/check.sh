@@ -126,11 +126,12 @@ expect_failure 'pages above the site' "'..' is no path inside of a site." --set 
 new_site
 printf '\x89PNG\0' >"$site/assets/d/dot.PNG"
 echo '{ people = ( { name = b; n = 1; }, { name = C; }, { n = 2; }, { name = A; }, { name = B; n = 3; } ); shows = ("a b");
-    deep = ({ n = 1; a = { b = x; }; }, { n = 2; }, { n = 3; a = { b = Z; }; }, { n = 4; a = { b = y; }; }); }' \
+    deep = ({ n = 1; a = { b = x; }; }, { n = 2; }, { n = 5; a = text; }, { n = 3; a = { b = Z; }; }, { n = 4; a = { b = y; }; }); pages = "pages/"; }' \
     >"$site/site.plist"
 printf '{{{body}}}' >"$site/templates/page.html"
 page index.html '{ title = T; }' x
 page deep/text.txt '{ title = T; }' x
+page 'deep/?#%41:.TXT' '{ title = T; }' '<x>'
 page deep/er.html '{ dot = "assets/d/dot.PNG"; far = "https://example.org/a?b&c"; }' \
     '{{#each site.people by name as p}}{{p.name or "<none>"}}{{p.n or ""}} {{/each}}
 {{#each site.people by name.REVERSE as p}}{{{p.name or "<none>"}}}{{p.n or ""}} {{/each}}
@@ -143,10 +144,11 @@ diff --ignore-trailing-space - "$out/deep/er.html" <<'TEXT' >&2 || fail 'sorted 
 
 A b1 B3 C &lt;none&gt;2
 <none>2 C B3 b1 A
-er.html text.html ../index.html 2341../deep
+%3F%23%2541%3A.html er.html text.html ../index.html 52341../deep
 ../other/a&amp;b.html#c https://example.org/a?b&amp;c ../index.html a or b a b
 data:image/png;base64,iVBORwA= ./b:c?d#e//f //example.org/x #top ../1:2.html ./ü:x
 TEXT
+expect 'plain text, whatever its ending looks like' '<p>&lt;x&gt;' grep x "$out/deep/?#%41:.html"
 rm -r "$out"
 
 # Directories elsewhere, and where their names are relative to.
@@ -331,6 +333,7 @@ printf '\n' >"$work/no-key"
 printf '{ title = T; }\n---\n{{page.url}} <' >"$work/secret.txt"
 with_key() { publish --key-file "$work/key" "$@"; }
 with_key --encipher "$work/secret.txt" >"$site/pages/deep/secret.txt.enc"
+printf 'open sesame' >"$work/key"
 expect 'there and back' "$(cat "$work/secret.txt")" with_key --decipher "$site/pages/deep/secret.txt.enc"
 page index.html '{ title = Inner; enciphered = YES; }' '{{#each pages as p}}{{p.url}} {{/each}}'
 page deep/text.txt '{ title = Outer; enciphered = NO; }' plain

@@ -96,7 +96,7 @@ public:
     /// that state no size, as those of /proc do, count as empty.
     ///
     /// Raises 100194 and 100023 (path, system text) for a file that can't be asked, opened or read, and
-    /// answers NO.
+    /// 100156, and answers NO.
     static BOOL fileAtPath(NSString *path, NSString *differsFromFileAtPath);
     /// Returns the working directory, autoreleased. Raises 100196 ("getcwd()", system text) when there is
     /// none, or its path has 4096 bytes and more.
@@ -126,6 +126,8 @@ public:
     /// As `removePath:`, but the name disappears in one step: what it names is moved to `tmpDir` first, where
     /// it replaces a file of its name, and stays there when an error is pending then, one from before
     /// included. A link is followed from its new place: what a relative one means there is removed.
+    ///
+    /// Raises 100202 (path, new path, system text) when it can't be moved, to another file system, say.
     static void removePath(NSString *path, NSString *atomicallyWithTmpDir);
     /// The walk of `removePath:`, without its care for earlier errors.
     static void _removePath(const char *path);
@@ -155,7 +157,8 @@ public:
 
     // --- Copying ---
 
-    /// Copies a file or a tree into the directory `toPath` under the source's name; see `_copyPath`.
+    /// Copies a file or a tree into the directory `toPath` under the source's name; see `_copyPath`. With a
+    /// separator at its end a source has no name, and what is in it goes into the directory itself.
     static void copyPath(NSString *source, NSString *toPath) {
         copyPath(source, toPath, /*renameSource=*/NO);
     }
@@ -197,12 +200,14 @@ QB_EXPORT void _copyPath(const char *source, const char *target, BOOL targetIsNe
 /// directory that exists.
 ///
 /// Raises 100197 (name) for more than 254 bytes, 100039 (source) without source, 100023 (source, system text)
-/// for reading and 100024 (target, system text) for writing, 100156.
+/// for reading and 100024 (target, system text) for writing, 100156, 100194 (source, system text) for one
+/// that can't be asked, or that is its own target.
 QB_EXPORT void _copyFile(const char *source, const char *targetDir, const char *name);
 /// Copies a directory's entries into the directory `name` (null: the source's) in `targetDir`.
 ///
 /// Raises 100197 (name) for more than 254 bytes, 100196 and 100198 (source, system text) for a directory that
-/// can't be opened or read, 100168 (directory, system text) for one that can't be made.
+/// can't be opened or read, 100168 (directory, system text) for one that can't be made, 100194 for one that
+/// is copied into itself.
 QB_EXPORT void _copyDir(const char *source, const char *targetDir, const char *name);
 /// Copies what a link points to, to `name` (null: the name of what it points to) in `targetDir`: a link by
 /// itself has no tree to stay a link in.

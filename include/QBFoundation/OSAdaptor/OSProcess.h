@@ -105,7 +105,8 @@ public:
     /// Runs a program and waits for it.
     ///
     /// What it writes to its standard error is read only when it has ended, so that it must not be more than
-    /// a pipe holds (64 KiB). Being killed counts as success.
+    /// a pipe holds (64 KiB). What others still write there that it has left behind, a filter of its error
+    /// output, say, is waited for no longer than half a second. Being killed counts as success.
     /// Raises 100227 (command, exit code, error output) when the exit code is not 0, and what starting and
     /// waiting raise. Errors that are pending before are kept.
     static void runExternalCmd(NSString *command, NSArray *args, NSDictionary *env);

@@ -267,6 +267,8 @@ protected:
     virtual BOOL setUpAcceptSocketFromListener(OSSocket *listener);
 
 private:
+    class CollectedBytes;
+
     /// A `timeval` that is the same for every program.
     struct Time {
         std::int64_t seconds, microseconds;
@@ -286,6 +288,8 @@ private:
     std::int32_t peek(char *buffer, std::uint32_t length, std::int64_t timeout);
     std::int32_t take(char *buffer, std::uint32_t length, std::int64_t timeout);
     void putBack(const void *bytes, std::uint32_t count);
+    void putBack(CollectedBytes &bytes);
+    void replaceBuffer(char *buffer, std::uint32_t count);
     std::span<char> takePiece(std::int64_t timeout);
 
     std::int32_t socketHandle_ = -1;

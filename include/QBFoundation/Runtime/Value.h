@@ -61,17 +61,18 @@ public:
     Kind kind() const { return kind_; }
 
     /// Converts as a message does: integers by value where nothing is lost, objects checked by class,
-    /// pointers by the type they point to. Throws InvalidArgumentException when the value is of another kind
-    /// or does not fit.
+    /// pointers by the type they point to; nothing is zero or nil. Throws InvalidArgumentException when the
+    /// value is of another kind or does not fit.
     template <class T>
     T as() const {
         T result{};
-        if (!get(result))
+        if (kind_ != Kind::none && !get(result))
             throwMismatch(typeOf<T>());
         return result;
     }
 
-    /// Converts as `as` does into `result`; returns false, with `result` unchanged, where that throws.
+    /// Converts as `as` does into `result`; returns false, with `result` unchanged, where that throws and
+    /// where there is no value.
     template <class T>
     bool get(T &result) const;
 
