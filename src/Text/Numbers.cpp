@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace qb::text {
@@ -96,6 +97,27 @@ std::size_t formatReal(Real value, char *target) {
     return static_cast<std::size_t>(result.ptr - target);
 }
 
+/// Lets the x87 unit round to a double at once for a while. The C++ library's own code for 32-bit programs
+/// computes there, and what it reads would be rounded twice.
+class DoublePrecision {
+public:
+#ifdef __i386__
+    DoublePrecision() noexcept {
+        asm volatile("fnstcw %0" : "=m"(before_));
+        const auto word = static_cast<std::uint16_t>((before_ & ~0x300) | 0x200);
+        asm volatile("fldcw %0" : : "m"(word));
+    }
+    ~DoublePrecision() {
+        asm volatile("fldcw %0" : : "m"(before_));
+    }
+    DoublePrecision(const DoublePrecision &) = delete;
+    DoublePrecision &operator=(const DoublePrecision &) = delete;
+
+private:
+    std::uint16_t before_;
+#endif
+};
+
 /// Whether a number in letters, up to `next`, is a word of its own, as in "nan" but not in "Nancy" or
 /// "nan(1)".
 bool isWord(const char *next, const char *end) {
@@ -164,6 +186,7 @@ ParsedDouble parseDouble(const char *position, const char *end) {
     if (number == end || *number == '-') // a second sign, which from_chars would take
         return {0, position};
     double value = 0;
+    [[maybe_unused]] const DoublePrecision precision;
     const auto [next, error] = std::from_chars(number, end, value);
     if (error == std::errc::invalid_argument || (isLetter(*number) && !isWord(next, end)))
         return {0, position};

@@ -83,6 +83,7 @@ TEST(NumbersTest, NumbersAreReadAsTheCLibraryReadsThem) {
         ASSERT_EQ(parsed.isOutOfRange, errno == ERANGE) << source;
     }
     EXPECT_EQ(parseReal("0x10").value, 0); // no digits but decimal ones
+    EXPECT_EQ(bitsOf(parseReal("5464073570941524e22").value), 0x47C48DB621DE8F19u); // close to a half
 }
 
 TEST(NumbersTest, EveryDoubleReadsBackBitByBit) {
