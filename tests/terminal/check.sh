@@ -85,7 +85,7 @@ for page in {0..9}; do
 done
 shows 'the report' "$(bar 50 10/10)
 $out: 10 written, 0 unchanged, 0 removed"
-start "${launcher[*]} $program --quiet '$site' '$out'; echo done"
-shows 'no bar' done
+start "${launcher[*]} $program --quiet '$site' '$out'; echo finished"
+shows 'no bar' finished
 
 [ $failures -eq 0 ] && echo 'terminal: all is well'
