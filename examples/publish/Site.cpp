@@ -153,10 +153,10 @@ bool readPages(Site &site) {
 
 // Whether what the settings give for a file or directory is a path inside of the base directory, or an
 // absolute one, that does not lead back on its way.
-bool isSafe(const Site &site, id value) {
+bool isSafe(const Site &site, id value, bool isDirectory) {
     auto *path = qb::castOrNil<NSString>(value);
     std::string_view text = path ? path->view().substr(path->isAbsolutePath()) : "";
-    if (text.ends_with('/'))
+    if (isDirectory && text.ends_with('/'))
         text.remove_suffix(1);
     if (isInside(text))
         return true;
@@ -168,7 +168,7 @@ bool settleBase(const Site &site, NSMutableDictionary *names, NSString *above) {
     const id value = names->objectForKey("basedir"_ns);
     if (!value)
         return true;
-    if (!isSafe(site, value))
+    if (!isSafe(site, value, /*isDirectory=*/true))
         return false;
     auto *base = static_cast<NSString *>(value);
     if (!base->isAbsolutePath())
@@ -179,7 +179,7 @@ bool settleBase(const Site &site, NSMutableDictionary *names, NSString *above) {
 bool checkDirectories(const Site &site, NSString *target) {
     for (NSString *key : {"pages"_ns, "templates"_ns, "assets"_ns}) {
         const id value = site.settings->objectForKey(key);
-        if ((value && !isSafe(site, value)) || !isApart(site.directoryFor(key), target))
+        if ((value && !isSafe(site, value, /*isDirectory=*/true)) || !isApart(site.directoryFor(key), target))
             return false;
     }
     return true;
@@ -198,7 +198,7 @@ bool readTexts(Site &site) {
     for (const auto &[key, name] : *listed) {
         if (key->isEqual("basedir"_ns))
             continue;
-        if (!isSafe(site, name))
+        if (!isSafe(site, name, /*isDirectory=*/false))
             return false;
         NSString *const file = names->pathForKey(key, nullptr, site.base());
         site.textFiles->addObject(file);

@@ -14,9 +14,9 @@
 /// An atomic stream writes to a file of its own beside the target, with the target's permissions, or those of
 /// a new file without one. `close`, which destruction does too, syncs it to the disk and renames it onto the
 /// target, so that the target is the old file or the complete new one at any moment. The name of its own
-/// file is the target's with some 35 bytes more, which has to fit. When anything could not
-/// be written, or an exception takes the stream along before it was closed, the temporary file is removed,
-/// and the old one stays. A program that ends before leaves both.
+/// file is the target's with up to 46 bytes more, which have to fit. When anything could not be written, or
+/// an exception takes the stream along before it was closed, the temporary file is removed, and the old one
+/// stays. A program that ends before leaves both.
 ///
 /// Failures are error 100024 (the opened file's path, system text). As with the C library, short writes are
 /// collected, so that a full disk may show as late as in `flush` or `close`, and what a program that ends has

@@ -15,6 +15,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 
 namespace sys = qb::sys;
 
@@ -53,7 +54,11 @@ Ref<NSString> contentOf(OSPipe *pipe) {
         }
     }
     source->close();
-    return text ? text->targetString() : nullptr;
+    try {
+        return text ? text->targetString() : nullptr;
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }
 
 } // namespace

@@ -262,12 +262,18 @@ public:
     std::size_t size() const { return size_; }
     std::size_t room() const { return room_; }
     std::string_view view() const { return {bytes_, size_}; }
+    char *end() const { return bytes_ + size_; }
 
-    /// Throws std::bad_alloc, with nothing changed.
+    /// Throws std::bad_alloc, with nothing changed; never for a byte that stands at `placeOfNext`.
     void append(std::string_view piece) {
         reserve(size_ + piece.size() + kBufferSize);
-        std::memcpy(bytes_ + size_, piece.data(), piece.size());
+        std::memmove(end(), piece.data(), piece.size());
         size_ += piece.size();
+    }
+    /// Where a byte may be put that is to be appended. Throws std::bad_alloc.
+    char *placeOfNext() {
+        reserve(size_ + 1 + kBufferSize);
+        return end();
     }
     char *release() {
         size_ = room_ = 0;
@@ -310,19 +316,19 @@ inline std::span<char> OSSocket::takePiece(std::int64_t timeout) {
 }
 
 // The next byte alone, as a subclass delivers it.
-static std::span<char> takeByte(OSSocket &socket, char &byte, std::int64_t timeout) {
-    const bool has = socket.bufferedReceiveWithBuffer(&byte, 1, timeout, /*performPeek=*/NO) == 1;
-    return {&byte, has ? 1U : 0U};
+static std::span<char> takeByte(OSSocket &socket, char *byte, std::int64_t timeout) {
+    const bool has = socket.bufferedReceiveWithBuffer(byte, 1, timeout, /*performPeek=*/NO) == 1;
+    return {byte, has ? 1U : 0U};
 }
 
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
     CollectedBytes collected; // a line that was not in the buffer as a whole, as it came
     std::span<char> piece;    // what was taken and is in no string yet
-    char byte;
     try {
         for (bool isLast = false; !isLast && !qb::isErrorPending();) {
-            piece = qb::sockets::isPlain(*this) ? takePiece(timeout) : takeByte(*this, byte, timeout);
+            piece = qb::sockets::isPlain(*this) ? takePiece(timeout)
+                                                : takeByte(*this, collected.placeOfNext(), timeout);
             if (piece.empty())
                 break;
             isLast = piece.back() == '\n';
@@ -334,7 +340,10 @@ NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
         }
         return lineOf(collected.view());
     } catch (...) {
-        putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
+        if (!piece.empty() && piece.data() == collected.end())
+            collected.append({piece.data(), piece.size()});
+        else
+            putBack(piece.data(), static_cast<std::uint32_t>(piece.size()));
         putBack(collected);
         throw;
     }

@@ -45,8 +45,8 @@ bool canShareMemory() noexcept;
 /// Becomes the program `file`, looked up on the search path; returns only after a failure. It takes up to as
 /// many pointers from the stack as there are arguments.
 int execvp(const char *file, char *const arguments[]) noexcept;
-/// Marks each descriptor but those of the standard streams close-on-exec, by `close_range`, what /proc
-/// lists, or the limit of descriptors.
+/// Marks each descriptor but those of the standard streams close-on-exec: by `close_range`, by what
+/// /proc lists, or as many as the limit of descriptors allows.
 void closeOthersOnExec() noexcept;
 /// Waits for a child; returns its id, 0 with WNOHANG while it runs.
 pid_t waitpid(pid_t process, int *status, int options, OnSignal onSignal = OnSignal::repeat) noexcept;

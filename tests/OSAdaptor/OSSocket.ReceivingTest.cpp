@@ -166,6 +166,16 @@ TEST_F(OSSocketReceivingTest, LinesAreReadAsASubclassDeliversThem) {
         send<OSSocket *>(Shouting::cls(), "acceptSocketFromListener:"_sel, pair_.server.get());
     client->writeLine("loud"_ns);
     EXPECT_EQ(describe(socket->readLine()), "LOUD");
+    for (unsigned skip = 0; skip < 2; ++skip) { // and none is lost where there is no memory
+        client->writeLine(NSString::stringWith(std::string(1'000, 'x') + "\nlouder"));
+        {
+            const Fault allocating(Call::allocate, 0, /*times=*/0, ENOMEM);
+            const Fault growing(Call::reallocate, skip, /*times=*/0, ENOMEM);
+            EXPECT_THROW(socket->readLineWithTimeout(20), std::bad_alloc);
+        }
+        EXPECT_EQ(describe(socket->readLineWithTimeout(20)), std::string(1'000, 'X'));
+        EXPECT_EQ(describe(socket->readLineWithTimeout(20)), "LOUDER");
+    }
 }
 
 // --- Streams ---

@@ -51,7 +51,10 @@ public:
     NSString() noexcept;
     ~NSString() override;
 
+    // Its own beside `delete`: compilers that see only one of them in a class take the two for a mismatch.
+    using NSObject::operator new;
     using NSObject::operator delete;
+    static void *operator new(std::size_t size) { return NSObject::operator new(size); }
     static void operator delete(void *memory, std::size_t size) noexcept;
 
     static Class *cls();

@@ -60,9 +60,9 @@ public:
 
     Kind kind() const { return kind_; }
 
-    /// Converts as a message does: integers by value where nothing is lost, objects checked by class,
-    /// pointers by the type they point to; nothing is zero or nil. Throws InvalidArgumentException when the
-    /// value is of another kind or does not fit.
+    /// Converts as a message's result does: integers by value where nothing is lost, objects checked by
+    /// class, pointers by the type they point to; nothing is zero or nil. Throws InvalidArgumentException
+    /// when the value is of another kind or does not fit.
     template <class T>
     T as() const {
         T result{};
