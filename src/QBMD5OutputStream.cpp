@@ -97,8 +97,9 @@ Class *QBMD5OutputStream::cls() {
 }
 
 NSData *QBMD5OutputStream::md5HashData() {
-    MD5Final(&mdContext_);
-    NSData *const digest = NSData::dataWithBytes(mdContext_.digest, sizeof mdContext_.digest);
+    MD5_CTX finished = mdContext_; // so that without memory for the result nothing has changed
+    MD5Final(&finished);
+    NSData *const digest = NSData::dataWithBytes(finished.digest, sizeof finished.digest);
     MD5Init(&mdContext_);
     return digest;
 }

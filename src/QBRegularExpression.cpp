@@ -168,14 +168,16 @@ bool QBRegularExpression::isOfThisLocale() const {
            locale_.ends_with(order);
 }
 
-// The old one will do when the locale is another one.
-void QBRegularExpression::compileAnew() const {
+// Returns false, with the old one, also when the locale is another one.
+bool QBRegularExpression::compileAnew() const {
     searchingTime_ = 0;
     regex_t fresh{};
     if (!isOfThisLocale() || compile(fresh) != 0)
-        return;
+        return false;
     regfree(&compiledRegex_);
     compiledRegex_ = fresh;
+    isSpoilt_ = false;
+    return true;
 }
 
 // The matcher gets slower with all that it keeps in the pattern. When searching has taken far longer than
@@ -183,6 +185,8 @@ void QBRegularExpression::compileAnew() const {
 int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t *places) const {
     constexpr std::size_t kMeasuredBytes = 4096;
     constexpr std::int64_t kManyTimes = 256;
+    if (isSpoilt_ && !compileAnew()) [[unlikely]]
+        return REG_ESPACE;
     const std::size_t length = string->cStringLength();
     unmeasured_ += length;
     if (unmeasured_ < kMeasuredBytes) [[likely]]
@@ -200,9 +204,13 @@ int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t
 bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const {
     if (!isCompiled_)
         return false;
-    const int result = string->cStringLength() > longestText_ ? REG_ESPACE : execute(string, count, places);
-    if (result != 0 && result != REG_NOMATCH)
+    const bool isTooLong = string->cStringLength() > longestText_;
+    const int result = isTooLong ? REG_ESPACE : execute(string, count, places);
+    if (result != 0 && result != REG_NOMATCH) {
+        if (!isTooLong)
+            isSpoilt_ = true; // the matcher has left things half done that later searches would trust
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+    }
     return result == 0;
 }
 

@@ -15,11 +15,6 @@ unsigned flagsOf(BOOL lt, BOOL gt, BOOL amp, BOOL quot) {
            (quot ? qb::text::kHtmlQuot : 0U);
 }
 
-// The receiver as a result that lives as long as any other.
-NSString *itself(NSString *receiver) {
-    return Ref<NSString>(receiver).autorelease();
-}
-
 // Escapes the parts of the text that `skip` leaves; the parts that it skips stay as they are.
 class SkippingEscaper {
 public:
@@ -110,16 +105,15 @@ NSString *NSString::stringWithEscapedHtmlQuotesSkipWith(SkipFunction skipFunctio
 NSString *NSString::stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quot, SkipFunction skipWith,
                                             char on) const {
     const unsigned flags = flagsOf(lt, gt, amp, quot);
-    auto *const receiver = static_cast<NSString *>(self());
     if (skipWith) {
         const Ref<NSString> kept = copy(); // whatever the function does to the receiver
         const std::string escaped = SkippingEscaper(kept, flags, skipWith, on).escaped();
-        return escaped.size() == kept->view().size() ? itself(receiver) : stringWith(escaped);
+        return escaped.size() == kept->view().size() ? itself() : stringWith(escaped);
     }
     const std::string_view text = view();
     const std::size_t length = qb::text::escapedHtmlLength(text.data(), text.size(), flags);
     if (length == text.size())
-        return itself(receiver);
+        return itself();
     const auto escapeTo = [&](char *target) {
         qb::text::escapeHtml(text.data(), text.size(), flags, target);
     };
@@ -140,10 +134,9 @@ NSString *NSString::stringWithUnescapedHtmlQuotes() const {
 
 NSString *NSString::stringWithUnescapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quot) const {
     const std::string_view text = view();
-    auto *const receiver = static_cast<NSString *>(self());
     std::size_t entities = 0;
     Ref<NSString> decoded = initFilled(text.size(), [&](char *target) {
         entities = qb::text::unescapeHtml(text.data(), text.size(), flagsOf(lt, gt, amp, quot), target);
     });
-    return entities == 0 ? itself(receiver) : decoded.autorelease();
+    return entities == 0 ? itself() : decoded.autorelease();
 }

@@ -67,7 +67,7 @@ NSString *NSString::urlEscape() const {
     const ByteSet escaped = isAscii() ? kEscapedAscii : escapedBytes();
     const std::size_t count = qb::text::countIn(bytes_, end, escaped);
     if (count == 0)
-        return unchanged();
+        return itself();
     const std::uint64_t length = byteLength_ + std::uint64_t{count} * 2;
     if (length > kLongestText)
         throw InvalidArgumentException("NSString urlEscape must have a result of less than 2^32 - 1 bytes.");
@@ -80,7 +80,7 @@ NSString *NSString::urlUnEscape() const {
     const char *const end = bytes_ + byteLength_;
     const char *const mark = qb::text::findIn(bytes_, end, qb::text::kUrlMarks);
     if (mark == end)
-        return unchanged();
+        return itself();
     char *text = nullptr;
     Ref<NSString> unescaped = makeUnfilled(byteLength_, text);
     const char *const textEnd = qb::text::unescapeUrl(bytes_, end, text);

@@ -111,6 +111,17 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
         hits = fault.hits();
         EXPECT_EQ(takenErrors(), isFound ? "()" : "(100156)") << skip;
     }
+    for (unsigned skip = 0, hits = 1; hits != 0; ++skip) { // later searches know nothing of it
+        const Ref<QBRegularExpression> spoilt = expressionOf("(a+)(b)?");
+        {
+            const AllocationFault fault(skip, /*times=*/1);
+            spoilt->search("xxaaby"_ns);
+            hits = fault.hits();
+        }
+        takenErrors();
+        const QBRegularExpressionMatchObject *const found = spoilt->search("xxaaby"_ns);
+        EXPECT_EQ(found ? describe(found->group(0)) : "none", "aab") << skip;
+    }
 }
 
 TEST_F(QBRegularExpressionTest, CachedPatternsDontGrowWithTheTextsThatTheySee) {

@@ -72,6 +72,12 @@ TEST_F(QBStringURLEscapingTest, RandomTextsAreEscapedAndUnescapedAsTheRulesAreWo
     });
 }
 
+TEST_F(QBStringURLEscapingTest, WithNothingToReplaceTheReceiverComesBack) {
+    NSString *const text = NSMutableString::stringWith("a-b");
+    EXPECT_EQ(text->urlEscape(), text);
+    EXPECT_EQ(text->urlUnEscape(), text);
+}
+
 TEST_F(QBStringURLEscapingTest, PunctuationIsThatOfTheLocale) {
     NEED_LOCALE("de_DE.ISO-8859-1");
     const locale_t latin = ::newlocale(LC_CTYPE_MASK, "de_DE.ISO-8859-1", nullptr);

@@ -244,6 +244,8 @@ private:
         finishBranch();
         PatternShape whole = group(level().branches);
         if (references_.name(level().group)) {
+            if (PatternCount() < whole.allAnchors)
+                fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
             hasOpenCapture_ |= PatternCount() < whole.openEnds;
         }

@@ -23,9 +23,9 @@ struct PatternLimits {
 /// C library, in the process's character set.
 ///
 /// What it lets pass, well formed or not, the compiler and the matcher work on without coming to the end of a
-/// stack of 256 KiB, and the compiler within some 100 milliseconds and 32 MiB. A pattern that is not well
-/// formed is left to the compiler to report. The check takes time in proportion to the pattern's length, and
-/// recurses nowhere.
+/// stack of 256 KiB, and the compiler within a second, mostly far less, and 32 MiB. A pattern that is not
+/// well formed is left to the compiler to report. The check takes time in proportion to the pattern's length,
+/// and recurses nowhere.
 ///
 /// To find the places of groups the matcher goes once more along what it has found. Where it comes a second
 /// time to a choice without having taken a character, it decides for the other side, and so on for ever when
@@ -36,9 +36,10 @@ struct PatternLimits {
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless
 /// a "^" in front of everything says so, or where one endless repeat ends, unless it is one of a bracket
 /// expression that lacks the character behind it, as in "([a-z]+) \1". A group that is referred to may
-/// neither be repeated nor stand behind such a repeat, no endless repeat may match nothing, and choices times
-/// back references may be 32, one more than the choices to the power of the references 2048. What is left
-/// takes some tenths of a second in a text of 4 KiB, and finds the same with groups as without.
+/// neither have an anchor, be repeated nor stand behind such a repeat, no endless repeat may match nothing,
+/// and choices times back references may be 32, one more than the choices to the power of the references
+/// 2048. What is left takes some tenths of a second in a text of 4 KiB, and finds the same with groups as
+/// without.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
 /// that is referred to has an open end inside, for which the matcher takes memory in proportion to the square

@@ -112,6 +112,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"([a-z:]+):\\1", kVaries},
         {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
         {"^(a?)(.?)?\\2\\1", kGroup},
+        {"^(a|$)\\1", "a group that is referred to has an anchor"},
         {"(.{0,33})\\1", "it has too many choices beside back references"},
         {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
         {"^a?([a-z]+)\\1{12}", "it has too many choices beside back references"},

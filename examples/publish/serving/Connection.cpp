@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kTimeForRequest = 10s; // until a head is whole
-constexpr auto kTimeForBlock = 30s;   // until some of an answer is taken
+constexpr auto kTimeForBlock = 60s;   // until some of an answer is taken
 constexpr auto kTimeForParting = 2s;  // until the client, which has everything, ends the connection, too
 
 constexpr std::uint32_t kBlock = 64 * 1024;
@@ -67,7 +67,7 @@ Connection::Progress Connection::goOn(Clock::time_point now) {
 }
 
 bool Connection::checkTime(Clock::time_point now) {
-    if (state_ == State::parting)
+    if (state_ != State::receiving)
         noteTaken(now);
     if (now < deadline_)
         return true;
@@ -110,6 +110,7 @@ void Connection::begin(Answer answer, Clock::time_point now) {
     block_ = answer_.head;
     sent_ = 0;
     state_ = State::sending;
+    untaken_ = INT_MAX;
     deadline_ = now + kTimeForBlock;
 }
 
@@ -123,6 +124,7 @@ Connection::Progress Connection::send(Clock::time_point now) {
     if (count < 0)
         return wouldBlock() ? Progress::blocked : Progress::ended;
     sent_ += static_cast<std::size_t>(count);
+    untaken_ = INT_MAX;
     deadline_ = now + kTimeForBlock;
     return Progress::made;
 }
@@ -161,13 +163,15 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     return Progress::made;
 }
 
-// Gives the client more time when it has taken some of what was sent.
+// Gives the client more time when it has taken some of what was sent: megabytes may wait in the system before
+// it has room for more again.
 void Connection::noteTaken(Clock::time_point now) {
     int bytes = 0;
     if (::ioctl(socket_->socketHandle(), SIOCOUTQ, &bytes) != 0 || bytes >= untaken_)
         return;
     untaken_ = bytes;
-    deadline_ = now + (bytes != 0 ? kTimeForBlock : kTimeForParting);
+    const bool hasAll = bytes == 0 && state_ == State::parting;
+    deadline_ = now + (hasAll ? kTimeForParting : kTimeForBlock);
 }
 
 // Reads on until the client has everything and ends the connection, too: closed with something unread, it

@@ -51,7 +51,7 @@ private:
     Answer answer_;
     std::string block_;    // what is to be sent next,
     std::size_t sent_ = 0; // of it
-    int untaken_ = 0;      // of what was sent to a client that is parted with
+    int untaken_ = 0;      // of what was sent, at the last look
     Clock::time_point deadline_;
 };
 

@@ -45,7 +45,8 @@ enum NSStringCompareOptions : std::uint32_t {
 /// A text is cut between characters only: a position inside a character of two units counts as the one in
 /// front of it. Operations that take a position or range throw NSRangeException when it is not inside the
 /// text, those that look at another text, but for equality, InvalidArgumentException when it is nil. What
-/// returns a text returns an immutable one, the receiver itself when nothing changes.
+/// returns a text returns an immutable one, the receiver itself when nothing changes; escaping and unescaping
+/// for HTML and URLs return it also when it is mutable.
 class QB_EXPORT NSString : public NSObject {
 public:
     NSString() noexcept;
@@ -540,6 +541,8 @@ protected:
     NSRange rangeOfView(std::string_view piece) const;
     /// The text itself, or a copy when it is mutable.
     NSString *unchanged() const { return copy().autorelease(); }
+    /// The receiver, also when it is mutable, as a result that lives as long as any other.
+    NSString *itself() const { return Ref<NSString>(static_cast<NSString *>(self())).autorelease(); }
     /// `text`, as the text itself when that is the same.
     NSString *converted(std::string_view text) const {
         return text == view() ? unchanged() : stringWith(text);

@@ -19,7 +19,8 @@ class Zone;
 ///
 /// A zone is found by a name of the system's zone database ("Europe/Berlin"), "GMT" with a sign and hours
 /// ("GMT-11"), "+hhmm" or "-hhmm", east positive, and any of these or an abbreviation with " DST" behind it,
-/// one hour ahead. Zones are equal when their names and their clocks are.
+/// one hour ahead. Names of files that count leap seconds ("right/Europe/Berlin") are none, and UTC as TZ.
+/// Zones are equal when their names and their clocks are.
 class QB_EXPORT NSTimeZone : public NSObject {
 public:
     /// GMT, until it is set up.

@@ -6,7 +6,8 @@
 
 #include <cstdint>
 
-/// Draws a bar of one line on standard output; nothing when that is no terminal.
+/// Draws a bar of one line, of some 60 columns, on standard output; nothing when that is no terminal. A
+/// narrower terminal wraps it.
 ///
 /// A determinate bar fills up from left to right: "[#####     ] 5/10". An indeterminate one has no end that
 /// is known; a mark goes to and fro in it.
