@@ -25,9 +25,7 @@ public:
     NSArray() noexcept = default;
     ~NSArray() override;
 
-    // Its own beside `delete`: compilers that see only one of them in a class take the two for a mismatch.
-    using NSObject::operator new;
-    using NSObject::operator delete;
+    using NSObject::operator new, NSObject::operator delete; // compilers miss a `new` beside `delete`
     static void *operator new(std::size_t size) { return NSObject::operator new(size); }
     static void operator delete(void *memory, std::size_t size) noexcept;
 

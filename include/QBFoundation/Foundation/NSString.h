@@ -52,9 +52,7 @@ public:
     NSString() noexcept;
     ~NSString() override;
 
-    // Its own beside `delete`: compilers that see only one of them in a class take the two for a mismatch.
-    using NSObject::operator new;
-    using NSObject::operator delete;
+    using NSObject::operator new, NSObject::operator delete; // compilers miss a `new` beside `delete`
     static void *operator new(std::size_t size) { return NSObject::operator new(size); }
     static void operator delete(void *memory, std::size_t size) noexcept;
 
@@ -539,9 +537,8 @@ protected:
     std::string_view viewOfRange(NSRange range, const char *selector) const;
     /// The range of a piece of `view()`, cut between characters.
     NSRange rangeOfView(std::string_view piece) const;
-    /// The text itself, or a copy when it is mutable.
+    /// The text itself, or a copy when it is mutable; the text itself in either case.
     NSString *unchanged() const { return copy().autorelease(); }
-    /// The receiver, also when it is mutable, as a result that lives as long as any other.
     NSString *itself() const { return Ref<NSString>(static_cast<NSString *>(self())).autorelease(); }
     /// `text`, as the text itself when that is the same.
     NSString *converted(std::string_view text) const {
