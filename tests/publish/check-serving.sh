@@ -199,9 +199,6 @@ echo later >"$work/more/text"
 wait_for later curl -s --unix-socket "$work/socket" http://x/assets/far/more/text
 chmod 600 "$site/assets/data.bin"
 wait_for 600 stat -c %a "$out/assets/data.bin"
-# What a client has not taken yet is little, so that it is noticed when it takes some.
-curl -s --unix-socket "$work/socket" http://x/assets/data.bin | { head -c 50000 >/dev/null; sleep 5; } &
-[ ${#launcher[@]} -ne 0 ] || wait_for data.bin ls -l "/proc/$server/fd"
 mv "$site/log" "$site/old" && sleep 3
 lines=$(wc -l <"$site/old")
 sleep 2

@@ -36,17 +36,11 @@ std::size_t mostConnectionsAt(OSSocket *listener) {
     return std::clamp<rlim_t>((end - std::min(used, end)) / 2, 1, kMostConnections);
 }
 
-// The system doubles it, and tells of room in a socket of the file system when three quarters of that were
-// taken: then a client's 64 KiB count as progress.
-constexpr int kSendBufferOfUnixSocket = 32 * 1024;
-
-void setSending(OSSocket *socket) {
-    const int isOn = 1; // so that the end of an answer is not kept back until its beginning has arrived
+// The end of an answer is not kept back until its beginning has arrived.
+void sendAtOnce(OSSocket *socket) {
+    const int isOn = 1;
     if (socket->socketType() == OSSocket::kInternet)
         socket->setSockOptWithLevel(IPPROTO_TCP, TCP_NODELAY, &isOn, sizeof isOn);
-    else
-        socket->setSockOptWithLevel(SOL_SOCKET, SO_SNDBUF, &kSendBufferOfUnixSocket,
-                                    sizeof kSendBufferOfUnixSocket);
 }
 
 // The descriptors that something is waited for at.
@@ -143,7 +137,7 @@ void Server::accept(Clock::time_point now) {
             nextAccept_ = now + kPauseWithoutDescriptors;
         if (!socket)
             return;
-        setSending(socket);
+        sendAtOnce(socket);
         const bool hasRoom = socket->socketHandle() < FD_SETSIZE; // or it is closed at once
         if (hasRoom && socket->setNonBlocking())
             connections_.emplace_back(socket, root_, now);

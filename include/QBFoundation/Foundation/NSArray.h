@@ -25,7 +25,7 @@ public:
     NSArray() noexcept = default;
     ~NSArray() override;
 
-    using NSObject::operator new, NSObject::operator delete; // compilers miss a `new` beside `delete`
+    using NSObject::operator new, NSObject::operator delete; // g++ wants both in one class
     static void *operator new(std::size_t size) { return NSObject::operator new(size); }
     static void operator delete(void *memory, std::size_t size) noexcept;
 

@@ -52,7 +52,7 @@ public:
     NSString() noexcept;
     ~NSString() override;
 
-    using NSObject::operator new, NSObject::operator delete; // compilers miss a `new` beside `delete`
+    using NSObject::operator new, NSObject::operator delete; // g++ wants both in one class
     static void *operator new(std::size_t size) { return NSObject::operator new(size); }
     static void operator delete(void *memory, std::size_t size) noexcept;
 
@@ -537,7 +537,7 @@ protected:
     std::string_view viewOfRange(NSRange range, const char *selector) const;
     /// The range of a piece of `view()`, cut between characters.
     NSRange rangeOfView(std::string_view piece) const;
-    /// The text itself, or a copy when it is mutable; the text itself in either case.
+    /// Return the text itself; the first a copy when it is mutable.
     NSString *unchanged() const { return copy().autorelease(); }
     NSString *itself() const { return Ref<NSString>(static_cast<NSString *>(self())).autorelease(); }
     /// `text`, as the text itself when that is the same.
