@@ -22,6 +22,17 @@ inline void freeBuffer(void *buffer, std::size_t bytes) noexcept {
         freeObject(buffer, bytes);
 }
 
+/// An allocator of such memory, for the containers of the C++ library: large ones lie in large pages then.
+template <class Item>
+struct BufferAllocator {
+    using value_type = Item;
+
+    Item *allocate(std::size_t count) { return static_cast<Item *>(allocateBuffer(count * sizeof(Item))); }
+    void deallocate(Item *items, std::size_t count) noexcept { freeBuffer(items, count * sizeof(Item)); }
+
+    bool operator==(const BufferAllocator &) const = default;
+};
+
 /// Calls `resize` with the capacity for at least `least` items: twice the old one but not above `most`, so
 /// that what grows bit by bit is seldom moved. Where std::bad_alloc is thrown for it, with half as much room
 /// beyond `least`, and so on.

@@ -4,6 +4,7 @@
 
 #include <QBFoundation/Foundation/NSString.h>
 
+#include "Foundation/Buffer.h"
 #include "Foundation/PlainClasses.h"
 #include "Text/Bytes.h"
 
@@ -89,10 +90,20 @@ private:
 
     static NSString *asString(id string) { return static_cast<NSString *>(string); }
 
-    void fetchSlot(std::uint32_t hash) const { __builtin_prefetch(&slots_[hash & mask_]); }
-    void fetchString(std::uint32_t hash) const {
-        const Slot slot = slots_[hash & mask_];
-        if (!slot.hasHash(hash))
+    // From `place` on the first one that is free or has a string with that hash.
+    std::size_t nextPlace(std::size_t place, std::uint32_t hash) const {
+        while (!slots_[place].isFree() && !slots_[place].hasHash(hash))
+            place = (place + 1) & mask_;
+        return place;
+    }
+
+    // Inlined by order: g++ takes a function that only fetches for one without an effect, and drops its call.
+    [[gnu::always_inline]] void fetchSlot(std::uint32_t hash) const {
+        __builtin_prefetch(&slots_[hash & mask_]);
+    }
+    [[gnu::always_inline]] void fetchString(std::uint32_t hash) const {
+        const Slot slot = slots_[nextPlace(hash & mask_, hash)];
+        if (slot.isFree())
             return;
         const auto *const string = reinterpret_cast<const char *>(slot.string());
         __builtin_prefetch(string);
@@ -102,13 +113,12 @@ private:
     // Returns whether the string is there, which is added if it is not and `adds`.
     template <bool adds>
     bool find(id string, std::uint32_t hash) {
-        std::size_t place = hash & mask_;
-        for (; !slots_[place].isFree(); place = (place + 1) & mask_)
-            if (slots_[place].hasHash(hash) && areEqual(slots_[place].string(), string))
+        std::size_t place = nextPlace(hash & mask_, hash);
+        for (; !slots_[place].isFree(); place = nextPlace((place + 1) & mask_, hash))
+            if (areEqual(slots_[place].string(), string))
                 return true;
-        if (!adds)
-            return false;
-        slots_[place] = Slot(string, hash);
+        if (adds)
+            slots_[place] = Slot(string, hash);
         return false;
     }
     static bool areEqual(id a, id b) {
@@ -117,7 +127,8 @@ private:
         return left.size() == right.size() && text::areEqual(left.data(), right.data(), left.size());
     }
 
-    std::vector<Slot> slots_; // a string is between its hash's place and the next free one
+    std::vector<Slot, BufferAllocator<Slot>>
+        slots_; // a string is between its hash's place and the next free one
     std::size_t mask_;
 };
 

@@ -58,32 +58,25 @@ constexpr auto kUpper = placesFrom(8);
     _mm_storeu_si128(reinterpret_cast<__m128i *>(target), bytes);
 }
 
-// The byte in each place, kept in a register: the compiler would make it anew in each round of a loop.
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m256i everywhere(char byte) {
-    __m256i bytes = _mm256_set1_epi8(byte);
-    asm("" : "+x"(bytes));
-    return bytes;
-}
-
-// What unescaping looks for and puts in its place.
-struct Signs {
-    __m256i mark;
-    __m256i plus;
-    __m256i blank;
-};
-
 // The number that each byte is as a digit: what is added depends on whether both its halves, the upper one
 // and the lower one, are those of a decimal digit (1), or those of a capital one (2).
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m128i digits(__m128i text, __m128i half) {
-    const __m128i ofUpper = _mm_setr_epi8(0, 0, 0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-    const __m128i ofLower = _mm_setr_epi8(1, 3, 3, 3, 3, 3, 3, 1, 1, 1, 0, 0, 0, 0, 0, 0);
-    const __m128i added = _mm_setr_epi8(-87, -'0', 10 - 'A', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-    const __m128i upper = _mm_and_si128(_mm_srli_epi16(text, 4), half);
-    const __m128i kind = _mm_and_si128(_mm_shuffle_epi8(ofUpper, upper), _mm_shuffle_epi8(ofLower, text));
-    return _mm_add_epi8(text, _mm_shuffle_epi8(added, kind));
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m256i digits(__m256i text) {
+    alignas(16) static constexpr char kOfUpper[16] = {0, 0, 0, 1, 2};
+    alignas(16) static constexpr char kOfLower[16] = {1, 3, 3, 3, 3, 3, 3, 1, 1, 1};
+    alignas(16) static constexpr char kAdded[16] = {-87, -'0', 10 - 'A'};
+    const __m256i upper = _mm256_and_si256(_mm256_srli_epi16(text, 4), _mm256_set1_epi8(15));
+    const __m256i kind = _mm256_and_si256(_mm256_shuffle_epi8(loadTable(kOfUpper), upper),
+                                          _mm256_shuffle_epi8(loadTable(kOfLower), text));
+    return _mm256_add_epi8(text, _mm256_shuffle_epi8(loadTable(kAdded), kind));
 }
 
-// Stores those bytes that `kept` has, and up to 16 in all. Returns the end of the former.
+// For each byte the one that the two behind it stand for.
+[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline __m256i decodedBehind(const char *position) {
+    const __m256i high = _mm256_slli_epi16(digits(load(position + 1)), 4);
+    return _mm256_add_epi8(_mm256_andnot_si256(_mm256_set1_epi8(15), high), digits(load(position + 2)));
+}
+
+// Stores those of 16 bytes that `kept` has, and up to 16 in all. Returns the end of the former.
 [[gnu::target("avx2,popcnt"), gnu::always_inline]] inline char *store(char *target, __m128i bytes,
                                                                       std::uint32_t kept) {
     const __m128i places = _mm_unpacklo_epi64(loadHalf(&kLower[kept & 255]), loadHalf(&kUpper[kept >> 8]));
@@ -92,29 +85,6 @@ struct Signs {
     _mm_storel_epi64(reinterpret_cast<__m128i *>(target), packed);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(middle), _mm_unpackhi_epi64(packed, packed));
     return middle + std::popcount(kept >> 8);
-}
-
-// Whether one of the next 32 bytes is a mark: too near to be looked for, for where it lies is hard to guess.
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline bool hasMark(const char *position,
-                                                                       const Signs &signs) {
-    return topBits(_mm256_cmpeq_epi8(load(position), signs.mark)) != 0;
-}
-
-// Copies what stands in front of the next mark, with blanks for "+", as far as the text goes on for 32 bytes.
-[[gnu::target("avx2,popcnt"), gnu::always_inline]] inline UrlResult
-copyToMark(const char *position, const char *end, char *target, const Signs &signs) {
-    for (; end - position >= 32; position += 32, target += 32) {
-        const __m256i text = load(position);
-        const __m256i isPlus = _mm256_cmpeq_epi8(text, signs.plus);
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(target),
-                            _mm256_blendv_epi8(text, signs.blank, isPlus));
-        const std::uint32_t marks = topBits(_mm256_cmpeq_epi8(text, signs.mark));
-        if (marks) {
-            const auto length = static_cast<std::uint32_t>(std::countr_zero(marks));
-            return {position + length, target + length};
-        }
-    }
-    return {position, target};
 }
 
 } // namespace
@@ -141,37 +111,29 @@ copyToMark(const char *position, const char *end, char *target, const Signs &sig
 }
 
 [[gnu::target("avx2,popcnt")]] UrlResult unescapeUrl(const char *position, const char *end, char *target) {
-    // A block ends two bytes early, so that it has what stands behind its marks.
-    constexpr int kTaken = 14;
-    constexpr std::uint32_t kMask = (1U << kTaken) - 1;
-    const Signs signs{everywhere('%'), everywhere('+'), everywhere(' ')};
-    const __m128i half = _mm256_castsi256_si128(everywhere(15));
-    for (;;) {
-        const UrlResult run = copyToMark(position, end, target, signs);
-        position = run.next;
-        target = run.end;
-        std::uint32_t done = 0; // of the block: those that belong to marks in the last one
-        do {
-            if (end - position < 16)
-                return {position + std::popcount(done), target};
-            const __m128i text = load16(position);
-            const __m128i isMark = _mm_cmpeq_epi8(text, _mm256_castsi256_si128(signs.mark));
-            const std::uint32_t marks = static_cast<std::uint32_t>(_mm_movemask_epi8(isMark)) & kMask;
-            const std::uint32_t behind = marks << 1 | marks << 2 | done;
-            if (marks & behind)
-                return {position + std::popcount(done), target};
-            const __m128i values = digits(text, half);
-            const __m128i upper = _mm_andnot_si128(half, _mm_slli_epi16(values, 4));
-            const __m128i decoded = _mm_add_epi8(_mm_srli_si128(upper, 1), _mm_srli_si128(values, 2));
-            const __m128i isPlus = _mm_cmpeq_epi8(text, _mm256_castsi256_si128(signs.plus));
-            const __m128i plain = _mm_blendv_epi8(text, _mm256_castsi256_si128(signs.blank), isPlus);
-            target = store(target, _mm_blendv_epi8(plain, decoded, isMark), ~behind & kMask);
-            position += kTaken;
-            done = behind >> kTaken;
-        } while (end - position >= 32 && hasMark(position, signs));
-        if (done != 0) [[unlikely]] // by a jump, so that what comes next need not wait for the block
-            position += std::popcount(done);
+    const __m256i mark = _mm256_set1_epi8('%');
+    const __m256i plus = _mm256_set1_epi8('+');
+    std::uint32_t done = 0; // of a block: those that belong to marks of the last one
+    for (; end - position >= 32 + 2; position += 32) { // what its last marks stand for is there as well
+        const __m256i text = load(position);
+        const __m256i isMark = _mm256_cmpeq_epi8(text, mark);
+        const std::uint32_t marks = topBits(isMark);
+        const __m256i plain = _mm256_blendv_epi8(text, _mm256_set1_epi8(' '), _mm256_cmpeq_epi8(text, plus));
+        if ((marks | done) == 0) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i *>(target), plain);
+            target += 32;
+            continue;
+        }
+        const std::uint64_t behind = std::uint64_t{marks} << 1 | std::uint64_t{marks} << 2 | done;
+        if (marks & behind)
+            break;
+        const __m256i bytes = _mm256_blendv_epi8(plain, decodedBehind(position), isMark);
+        const auto kept = ~static_cast<std::uint32_t>(behind);
+        target = store(target, _mm256_castsi256_si128(bytes), kept & 0xFFFF);
+        target = store(target, _mm256_extracti128_si256(bytes, 1), kept >> 16);
+        done = static_cast<std::uint32_t>(behind >> 32);
     }
+    return {position + std::popcount(done), target};
 }
 
 } // namespace qb::text::avx2
