@@ -154,8 +154,11 @@ void QBBase64OutputFilter::encodeGroups(const char *bytes, std::uint32_t count) 
 void QBBase64OutputFilter::decode(const char *position, const char *end) {
     if (pendingCount_ == 0)
         position = decodeGroups(position, end);
-    if (position == end)
-        return;
+    if (position != end)
+        decodeOneByOne(position, end);
+}
+
+void QBBase64OutputFilter::decodeOneByOne(const char *position, const char *end) {
     const qb::SavedErrors saved;
     while (position != end && !qb::isErrorPending()) {
         const char character = *position++;

@@ -61,6 +61,7 @@ private:
     void encodeGroups(const char *bytes, std::uint32_t count);
     void completeGroup();
     void decode(const char *position, const char *end);
+    void decodeOneByOne(const char *position, const char *end);
     const char *decodeGroups(const char *position, const char *end);
     void decodePending();
 

@@ -110,7 +110,7 @@ Base64Result decodeBase64Groups(const char *position, const char *end, char *tar
         result = avx2::decodeBase64(position, end, target);
     else if (length >= sse41::kLeastToDecode && hasSse41())
         result = sse41::decodeBase64(position, end, target);
-    return plain::decodeBase64Groups(result.next, end, result.end);
+    return result.next == end ? result : plain::decodeBase64Groups(result.next, end, result.end);
 }
 
 char *decodeBase64Last(const char *group, char *target) {
