@@ -70,18 +70,7 @@ std::uint64_t countOf(const NSArray *array) {
 // Whether the answer to the message is neither 0 nor nil.
 bool isTrueAnswer(id receiver, SEL selector, std::span<const qb::Value> values) {
     bool isOwned = false;
-    const qb::Value answer = qb::sendValues(receiver, selector, values.data(), values.size(), isOwned);
-    switch (answer.kind()) {
-    case qb::Kind::none:
-        return false;
-    case qb::Kind::integer:
-    case qb::Kind::character:
-        return answer.integer() != 0;
-    case qb::Kind::real:
-        return answer.real() != 0;
-    default:
-        return !answer.isNull();
-    }
+    return qb::sendValues(receiver, selector, values.data(), values.size(), isOwned).isTrue();
 }
 
 } // namespace

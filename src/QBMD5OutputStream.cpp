@@ -105,7 +105,13 @@ NSData *QBMD5OutputStream::md5HashData() {
 }
 
 NSString *QBMD5OutputStream::md5Hash() {
-    return md5HashData()->asHexString();
+    const MD5_CTX before = mdContext_;
+    try {
+        return md5HashData()->asHexString();
+    } catch (...) { // without memory for the text
+        mdContext_ = before;
+        throw;
+    }
 }
 
 void QBMD5OutputStream::_writeBuffer(const void *buffer, std::uint32_t length) {

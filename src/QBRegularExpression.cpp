@@ -168,11 +168,12 @@ bool QBRegularExpression::isOfThisLocale() const {
            locale_.ends_with(order);
 }
 
-// Returns false, with the old one, also when the locale is another one.
+// Returns false, with the old one, also when the locale is another one; but what is spoilt is of no use in
+// its own.
 bool QBRegularExpression::compileAnew() const {
     searchingTime_ = 0;
     regex_t fresh{};
-    if (!isOfThisLocale() || compile(fresh) != 0)
+    if ((!isSpoilt_ && !isOfThisLocale()) || compile(fresh) != 0)
         return false;
     regfree(&compiledRegex_);
     compiledRegex_ = fresh;

@@ -32,28 +32,31 @@ class QBRegularExpressionMatchObject;
 /// REG_NEWLINE is not set), or where an endless repeat ends. The end is not open of a repeated bracket
 /// expression in front of a blank or punctuation mark that it has not. A group that is referred to must
 /// neither have an anchor nor be repeated, save by "?" when it cannot be empty, nor stand behind a repeat
-/// with an open end. Branches and repeats that may but need not go on are counted, and may be 32 for one back
+/// with an open end, nor, when it can be empty, in a branch or in what "?" may leave out. No anchor may be
+/// repeated. Branches and repeats that may but need not go on are counted, and may be 32 for one back
 /// reference, 16 for two, five for four, one for eleven. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are
 /// fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
 /// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
-/// nothing. Where a group with an anchor is repeated, as in "(^a)+|.." or "(^a){3}", the platform may find
+/// nothing. Where a group has an anchor, as in "(^a)+|..", "(^a){3}" or "x($).", the platform may find
 /// another match with groups than without, or none.
 ///
 /// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
 /// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
-/// unless the locale has changed since then, in which the pattern would mean something else; a single long
+/// unless the locale has changed since then, in which the pattern would mean something else (after a search
+/// that ran out of memory it is compiled in the present one); a single long
 /// text can still take much memory and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many
-/// states. In a character set of several bytes a text of a few KiB already takes seconds with one such as
-/// ".+[a-z]{143}-", in which a set is repeated often behind a repeat that ends anywhere.
+/// states. A text of a few KiB already takes seconds with one in which a set is repeated often behind a
+/// repeat that ends anywhere: in a character set of several bytes with ".+[a-z]{143}-", in others with a word
+/// boundary, as "[a-z]*.{21,241}\<".
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
 /// than 4096 bytes for a pattern in which a group that is referred to has an open end inside, as
 /// "^(.+)-\1$": its memory would grow with the square of the text's length. The platform does not always say
-/// that memory is missing: it may abort the process instead, or search on for ever.
+/// that memory is missing: it may end the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;

@@ -162,7 +162,8 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     if (count == 0 || sum > INT32_MAX)
         return;
     const auto position = static_cast<std::uint32_t>(currentPositionInBuffer_);
-    if (position >= count && bytes == internalBuffer_ + (position - count)) { // where they still stand
+    if (position >= count) { // there is room in front of the next one; perhaps they still stand there
+        std::memmove(internalBuffer_ + (position - count), bytes, count);
         currentPositionInBuffer_ -= static_cast<std::int32_t>(count);
         return;
     }
@@ -241,6 +242,10 @@ NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
         }
         if (done < count && bufferedCount() > 0) // what had come before an error
             receive(std::min(count - done, static_cast<std::uint32_t>(bufferedCount())));
+    } catch (const std::bad_alloc &) { // for what comes, and perhaps for putting back what has come
+        if (done == 0)
+            throw;
+        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
     } catch (...) {
         putBack(data->bytes(), done);
         throw;
@@ -301,6 +306,8 @@ private:
     const std::size_t sum = count + static_cast<std::size_t>(bufferedCount());
     if (count > 0 && sum <= std::min<std::size_t>(bytes.room(), INT32_MAX))
         replaceBuffer(bytes.release(), static_cast<std::uint32_t>(count));
+    else
+        putBack(bytes.view().data(), static_cast<std::uint32_t>(count));
 }
 
 // What the buffer, filled when it is empty, holds of the next line; none when nothing comes.

@@ -58,23 +58,6 @@ R callWith(const Method *method, id receiver, const id *values) {
     }
 }
 
-bool isTrueValue(const Value &value) {
-    switch (value.kind()) {
-    case Kind::none:
-    case Kind::argList:
-        return false;
-    case Kind::integer:
-    case Kind::character:
-        return value.integer() != 0;
-    case Kind::real:
-        return value.real() != 0;
-    case Kind::range:
-        return value.range().location != 0 || value.range().length != 0;
-    default:
-        return !value.isNull();
-    }
-}
-
 template <class Predicate>
 bool allParameters(const Method &method, Predicate holds) {
     for (std::uint32_t i = 0; i < namedCount(method); ++i)
@@ -166,7 +149,7 @@ id RepeatedMessage::object(id receiver, const id *values) const {
 
 bool RepeatedMessage::isTrue(id receiver, const id *values) const {
     if (call_ == Call::listed)
-        return isTrueValue(invoke(receiver, values));
+        return invoke(receiver, values).isTrue();
     if (isObject(method_->resultType()))
         return callWith<id>(method_, receiver, values) != nullptr;
     return callWith<BOOL>(method_, receiver, values) != 0;

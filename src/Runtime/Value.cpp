@@ -44,6 +44,23 @@ void Value::giveUp() noexcept {
         payload_.object->release();
 }
 
+bool Value::isTrue() const {
+    switch (kind_) {
+    case Kind::none:
+    case Kind::argList:
+        return false;
+    case Kind::integer:
+    case Kind::character:
+        return integer() != 0;
+    case Kind::real:
+        return real() != 0;
+    case Kind::range:
+        return range().location != 0 || range().length != 0;
+    default:
+        return !isNull();
+    }
+}
+
 bool Value::isNull() const {
     switch (kind_) {
     case Kind::pointer:

@@ -247,6 +247,7 @@ private:
             if (PatternCount() < whole.allAnchors)
                 fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
+            whole.hasIdleCapture |= whole.isNullable;
             hasOpenCapture_ |= PatternCount() < whole.openEnds;
         }
         levels_.pop_back();
@@ -272,11 +273,14 @@ private:
                 return;
             }
         }
-        const bool isOnce = !interval.isEndless && interval.high <= 1 && !level().part.isNullable;
+        const bool isAtMostOnce = !interval.isEndless && interval.high <= 1;
+        const bool isOnce = isAtMostOnce && !level().part.isNullable;
         if (interval.isEndless && PatternCount() < level().part.references)
             fault_ = "a back reference is repeated without end";
         else if (!isOnce && PatternCount() < level().part.captures)
             fault_ = kRepeatedGroup; // the matcher forgets which of them it was
+        else if (!isAtMostOnce && references_.areThere() && PatternCount() < level().part.allAnchors)
+            fault_ = "an anchor is repeated beside back references"; // which is passed over for groups
         else
             level().part = repeated(level().part, interval);
         if (level().part.hasIdleLoop && PatternCount() < level().part.allAnchors)
@@ -305,6 +309,8 @@ private:
             fault_ = "it has too many choices beside back references";
         else if (whole.hasIdleLoop)
             fault_ = "an endless repeat may match nothing beside back references";
+        else if (whole.hasSkippedCapture) // the matcher takes nothing for it where it was not there
+            fault_ = "a group that is referred to may match nothing or not be there";
     }
 
     static PatternCount trials(const PatternShape &whole) {

@@ -36,10 +36,10 @@ struct PatternLimits {
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless
 /// a "^" in front of everything says so, or where one endless repeat ends, unless it is one of a bracket
 /// expression that lacks the character behind it, as in "([a-z]+) \1". A group that is referred to may
-/// neither have an anchor, be repeated nor stand behind such a repeat, no endless repeat may match nothing,
-/// and choices times back references may be 32, one more than the choices to the power of the references
-/// 2048. What is left takes some tenths of a second in a text of 4 KiB, and finds the same with groups as
-/// without.
+/// neither have an anchor, be repeated, stand behind such a repeat, nor match nothing where a way leads past
+/// it; no endless repeat may match nothing, no anchor be repeated, and choices times back references may be
+/// 32, one more than the choices to the power of the references 2048. What is left takes some tenths of a
+/// second in a text of 4 KiB, and finds the same with groups as without.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
 /// that is referred to has an open end inside, for which the matcher takes memory in proportion to the square

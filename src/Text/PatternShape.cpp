@@ -35,6 +35,8 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
+    sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
+    sum.hasSkippedCapture = first.hasSkippedCapture || second.hasSkippedCapture;
     return sum;
 }
 
@@ -105,6 +107,7 @@ PatternShape choice(const PatternShape &first, const PatternShape &second) {
     either.choices = either.choices + 1;
     either.entry = first.entry + second.entry + 1;
     either.isNullable = first.isNullable || second.isNullable;
+    either.hasSkippedCapture = either.hasSkippedCapture || either.hasIdleCapture;
     either.exit = first.exit + second.exit + (either.isNullable ? 1 : 0);
     either.leadsToLoop = first.leadsToLoop || second.leadsToLoop;
     either.stretch = std::max({first.stretch, second.stretch, either.entry, either.exit});

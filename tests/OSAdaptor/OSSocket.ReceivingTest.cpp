@@ -150,6 +150,23 @@ TEST_F(OSSocketReceivingTest, LinesAreNotLostWhereThereIsNoMemory) {
     }
 }
 
+TEST_F(OSSocketReceivingTest, BytesAreNotLostWhereThereIsNoMemory) {
+    const std::string text(140'000, 'x');
+    for (unsigned skip = 0; skip < 8; ++skip) {
+        pair_.feed(text);
+        std::size_t length = 0;
+        {
+            const Fault fault(skip % 2 ? Call::allocate : Call::reallocate, skip / 2, /*times=*/0, ENOMEM);
+            try {
+                length = pair_.client->readBytes(140'000)->length();
+            } catch (const std::bad_alloc &) {
+            }
+        }
+        EXPECT_EQ(takenErrors(), length == 0 || length == text.size() ? "()" : "(100156)") << skip;
+        EXPECT_EQ(length + pair_.client->readBytes(140'000, 20)->length(), text.size()) << skip;
+    }
+}
+
 // Others are compared with a plain model in fuzz/SocketLines.cpp.
 TEST_F(OSSocketReceivingTest, LinesLoseCarriageReturnsAndAlsoEndAtTheTimeOut) {
     pair_.feed("\rt\rwo\r\r\nthree");
@@ -166,16 +183,14 @@ TEST_F(OSSocketReceivingTest, LinesAreReadAsASubclassDeliversThem) {
         send<OSSocket *>(Shouting::cls(), "acceptSocketFromListener:"_sel, pair_.server.get());
     client->writeLine("loud"_ns);
     EXPECT_EQ(describe(socket->readLine()), "LOUD");
-    for (unsigned skip = 0; skip < 2; ++skip) { // and none is lost where there is no memory
-        client->writeLine(NSString::stringWith(std::string(1'000, 'x') + "\nlouder"));
-        {
-            const Fault allocating(Call::allocate, 0, /*times=*/0, ENOMEM);
-            const Fault growing(Call::reallocate, skip, /*times=*/0, ENOMEM);
-            EXPECT_THROW(socket->readLineWithTimeout(20), std::bad_alloc);
-        }
-        EXPECT_EQ(describe(socket->readLineWithTimeout(20)), std::string(1'000, 'X'));
-        EXPECT_EQ(describe(socket->readLineWithTimeout(20)), "LOUDER");
+    client->writeLine(NSString::stringWith(std::string(100'000, 'x') + "\nlouder"));
+    for (const unsigned skip : {2, 1, 1, 0}) { // and none is lost where there is no memory
+        const Fault allocating(Call::allocate, 0, /*times=*/0, ENOMEM);
+        const Fault growing(Call::reallocate, skip, /*times=*/0, ENOMEM);
+        EXPECT_THROW(socket->readLineWithTimeout(20), std::bad_alloc) << skip;
     }
+    EXPECT_EQ(describe(socket->readLineWithTimeout(20)), std::string(100'000, 'X'));
+    EXPECT_EQ(describe(socket->readLineWithTimeout(20)), "LOUDER");
 }
 
 // --- Streams ---

@@ -93,6 +93,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kEndless = "a back reference is repeated without end";
     const char *const kVaries = "too much of it may vary beside back references";
     const char *const kGroup = "a group that is referred to is repeated, or stands behind an endless repeat";
+    const char *const kSkipped = "a group that is referred to may match nothing or not be there";
     const char *const kIdle = "its groups can't be found where an endless repeat may match nothing in "
                               "several ways or beside an anchor";
     const std::pair<std::string, const char *> rows[] = {
@@ -112,6 +113,9 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"([a-z:]+):\\1", kVaries},
         {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
         {"^(a?)(.?)?\\2\\1", kGroup},
+        {"^((a?)-)?\\2b", kSkipped}, // finds "b" without groups, nothing with them
+        {".((-?)a|b)\\2", kSkipped},
+        {"^(a)\\1(^b){2}", "an anchor is repeated beside back references"},
         {"^(a|$)\\1", "a group that is referred to has an anchor"},
         {"(.{0,33})\\1", "it has too many choices beside back references"},
         {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},

@@ -109,7 +109,7 @@ done
 expect 'a cut escape' 400 status_of "$address/%"
 expect 'another method' 405 status_of -d x "$address/"
 expect 'the methods' 'GET, HEAD' header_of Allow -d x "$address/"
-for path in / /none; do
+for path in / /none "/$(printf 'a%.0s' $(seq 9000))"; do
     expect "nothing behind the headers of $path" '' sed '1,/^$/d' <<<"$(by_hand "HEAD $path HTTP/1.0\r\n\r\n")"
 done
 expect 'a body' 413 status_of -X GET -d x "$address/"

@@ -109,8 +109,8 @@ Answer fileAnswer(const Request &request, const SiteFile &file) {
 
 } // namespace
 
-Answer answerWith(Status status) {
-    return shortAnswer(status, Head(status), true, false);
+Answer answerWith(Status status, bool wantsBody) {
+    return shortAnswer(status, Head(status), wantsBody, false);
 }
 
 Answer answerTo(const Request &request, const std::string &root) {

@@ -20,8 +20,8 @@ struct Answer {
 /// Answers a request for a file below `root`, a `realDirectory`.
 Answer answerTo(const Request &request, const std::string &root);
 
-/// Answers with a status alone, and closes the connection.
-Answer answerWith(Status status);
+/// Answers with a status alone, and closes the connection. `wantsBody`: with a line of text, too.
+Answer answerWith(Status status, bool wantsBody);
 
 } // namespace publish::serving
 

@@ -67,13 +67,13 @@ Connection::Progress Connection::goOn(Clock::time_point now) {
 }
 
 bool Connection::checkTime(Clock::time_point now) {
-    if (state_ != State::receiving)
+    if (state_ != State::receiving || received_.empty())
         noteTaken(now);
     if (now < deadline_)
         return true;
     if (state_ != State::receiving || received_.empty())
         return false;
-    begin(answerWith(Status::requestTimeout), now);
+    refuse(Status::requestTimeout, now);
     return proceed(now);
 }
 
@@ -95,12 +95,17 @@ void Connection::takeRequest(Clock::time_point now) {
     received_.erase(0, std::min(received_.find_first_not_of("\r\n"), received_.size()));
     const std::size_t length = lengthOfHead(received_);
     if ((length == 0 ? received_.size() : length) > kLongestHead)
-        return begin(answerWith(Status::headTooLarge), now);
+        return refuse(Status::headTooLarge, now);
     if (length == 0)
         return;
     const Request request = readHead(std::string_view(received_).substr(0, length));
     received_.erase(0, length);
     begin(answerTo(request, root_), now);
+}
+
+// Answers a request that is not whole.
+void Connection::refuse(Status status, Clock::time_point now) {
+    begin(answerWith(status, !received_.starts_with("HEAD ")), now);
 }
 
 // --- Answers ---
@@ -152,14 +157,12 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     if (answer_.content)
         std::exchange(answer_.content, {})->close();
     state_ = answer_.keepsConnection ? State::receiving : State::parting;
-    if (state_ == State::parting) {
+    if (state_ == State::parting)
         ::shutdown(socket_->socketHandle(), SHUT_WR);
-        untaken_ = INT_MAX;
-        noteTaken(now);
-        return Progress::made;
-    }
-    deadline_ = now + kTimeForRequest;
-    takeRequest(now);
+    untaken_ = INT_MAX;
+    noteTaken(now);
+    if (state_ == State::receiving)
+        takeRequest(now);
     return Progress::made;
 }
 
@@ -170,8 +173,9 @@ void Connection::noteTaken(Clock::time_point now) {
     if (::ioctl(socket_->socketHandle(), SIOCOUTQ, &bytes) != 0 || bytes >= untaken_)
         return;
     untaken_ = bytes;
-    const bool hasAll = bytes == 0 && state_ == State::parting;
-    deadline_ = now + (hasAll ? kTimeForParting : kTimeForBlock);
+    const bool hasAll = bytes == 0 && state_ != State::sending;
+    const auto timeWithAll = state_ == State::parting ? kTimeForParting : kTimeForRequest;
+    deadline_ = now + (hasAll ? timeWithAll : kTimeForBlock);
 }
 
 // Reads on until the client has everything and ends the connection, too: closed with something unread, it

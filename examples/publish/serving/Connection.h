@@ -37,6 +37,7 @@ private:
 
     Progress receive(Clock::time_point now);
     void takeRequest(Clock::time_point now);
+    void refuse(Status status, Clock::time_point now);
     void begin(Answer answer, Clock::time_point now);
     Progress send(Clock::time_point now);
     bool fillBlock();
@@ -51,7 +52,7 @@ private:
     Answer answer_;
     std::string block_;    // what is to be sent next,
     std::size_t sent_ = 0; // of it
-    int untaken_ = 0;      // of what was sent, at the last look
+    int untaken_ = 0;      // of what was sent, at the latest look
     Clock::time_point deadline_;
 };
 

@@ -461,7 +461,7 @@ public:
     /// Returns `length` characters from `index` on; the empty string when the text is malformed up to
     /// there; that error, 100231 (byte offset), then stands behind those that were pending.
     virtual NSString *utf8SubstringFromIndex(std::int32_t index, std::int32_t length) const;
-    /// Returns the byte offset of the first invalid sequence, -1 when there is none. Raises nothing.
+    /// Returns the byte offset of the first invalid sequence, -1 when there is none. Leaves no error.
     virtual std::int32_t indexOfFirstCorruptUtf8Character() const;
     /// Returns the byte offset of the first valid sequence; the text's length in bytes when there is none.
     virtual std::int32_t indexOfFirstCorrectUtf8Character() const;

@@ -158,14 +158,16 @@ public:
     virtual std::int32_t _copyBytesFromInternalBufferIntoBuffer(void *buffer, std::uint32_t length,
                                                                 std::int32_t offset, BOOL performPeek);
     /// Returns `count` bytes, fewer at the end, at the time-out and after an error, as
-    /// `bufferedReceiveWithBuffer:…` delivers them; empty data for none.
+    /// `bufferedReceiveWithBuffer:…` delivers them; empty data for none. Without memory for all of them it
+    /// raises 100156, and returns those that had come; before any has, it throws std::bad_alloc.
     NSData *readBytes(std::uint32_t count) { return readBytes(count, /*withTimeout=*/0); }
     virtual NSData *readBytes(std::uint32_t count, std::int64_t withTimeout);
     /// Returns the bytes up to the next line feed, which is taken, too, without carriage returns.
     ///
     /// What is there counts as a line at the end, at the time-out, where the socket would block, and when a
     /// signal interrupts the wait: an empty string, if there is nothing. So it is, and nothing is taken,
-    /// while an error is pending.
+    /// while an error is pending. Where it throws, what was taken goes back into the buffer, as
+    /// `bufferedReceiveWithBuffer:…` delivered it: a class that changes bytes there gets them changed.
     NSString *readLine() { return readLineWithTimeout(0); }
     virtual NSString *readLineWithTimeout(std::int64_t timeout);
 

@@ -109,6 +109,8 @@ public:
 
     /// Whether this is a null pointer, selector, function or object.
     bool isNull() const;
+    /// Whether this is neither nothing, null nor zero. A list of values is nothing.
+    bool isTrue() const;
 
 private:
     union Payload {
