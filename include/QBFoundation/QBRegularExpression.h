@@ -46,11 +46,11 @@ class QBRegularExpressionMatchObject;
 /// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
 /// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
 /// unless the locale has changed since then, in which the pattern would mean something else (after a search
-/// that ran out of memory it is compiled in the present one); a single long
-/// text can still take much memory and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many
-/// states. A text of a few KiB already takes seconds with one in which a set is repeated often behind a
-/// repeat that ends anywhere: in a character set of several bytes with ".+[a-z]{143}-", in others with a word
-/// boundary, as "[a-z]*.{21,241}\<".
+/// that ran out of memory it is compiled in the present one); a single long text can still take much memory
+/// and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many states. A text of a few KiB
+/// already takes seconds with one in which a set is repeated often behind a repeat that ends anywhere: in a
+/// character set of several bytes with ".+[a-z]{143}-", in others with a word boundary, as
+/// "[a-z]*.{21,241}\<".
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
