@@ -122,7 +122,7 @@ void QBBase64OutputFilter::encode(const char *bytes, std::uint32_t length) {
 }
 
 // Adds to the pending group, and writes it when it is complete. Returns how many bytes it took.
-std::uint32_t QBBase64OutputFilter::fillGroup(const char *bytes, std::uint32_t length) {
+[[gnu::noinline]] std::uint32_t QBBase64OutputFilter::fillGroup(const char *bytes, std::uint32_t length) {
     const std::uint32_t taken = std::min(3 - static_cast<std::uint32_t>(pendingCount_), length);
     std::memcpy(pending_ + pendingCount_, bytes, taken);
     pendingCount_ += static_cast<std::int32_t>(taken);

@@ -1,6 +1,8 @@
 #include "OSAdaptor/ProcessOutput.h"
 #include "support/ServicesFixture.h"
 
+#include <fstream>
+
 using OSProcessWaitingTest = ServicesFixture;
 
 constexpr const char *kSleep = "exec sleep 60";
@@ -70,6 +72,8 @@ TEST_F(OSProcessWaitingTest, NotKnowingWhetherItRunsEndsTheProcess) {
 
 TEST_F(OSProcessWaitingTest, CopiesOfTheParentCannotWaitButSignal) {
     OSProcess *const process = start(kSleep);
+    for (std::string name; name != "sleep";) // valgrind does not wait for it, and loses signals until then
+        std::getline(std::ifstream("/proc/" + std::to_string(process->pid()) + "/comm"), name);
     const ChildEnd end = runInChild([&] {
         const BOOL waits = process->waitForProcessDoHang(YES) != -1;
         process->sendTermSignal();
