@@ -127,8 +127,8 @@ private:
         return left.size() == right.size() && text::areEqual(left.data(), right.data(), left.size());
     }
 
-    std::vector<Slot, BufferAllocator<Slot>>
-        slots_; // a string is between its hash's place and the next free one
+    // A string is between its hash's place and the next free one.
+    std::vector<Slot, BufferAllocator<Slot>> slots_;
     std::size_t mask_;
 };
 

@@ -167,7 +167,7 @@ public:
     /// What is there counts as a line at the end, at the time-out, where the socket would block, and when a
     /// signal interrupts the wait: an empty string, if there is nothing. So it is, and nothing is taken,
     /// while an error is pending. Where it throws, what was taken goes back into the buffer, as
-    /// `bufferedReceiveWithBuffer:…` delivered it: a class that changes bytes there gets them changed.
+    /// `bufferedReceiveWithBuffer:…` delivered it: a class that changes bytes there changes them twice.
     NSString *readLine() { return readLineWithTimeout(0); }
     virtual NSString *readLineWithTimeout(std::int64_t timeout);
 
