@@ -55,17 +55,21 @@ bool isFilterOfLibrary(const NSObject &object) {
 
 // --- Steps ---
 
-inline id QBEnumFilter::yielded(id object, bool isTrue) const {
-    return isTrue == (yields_ != Yields::forFalse) ? object : nullptr;
+inline bool QBEnumFilter::passes(bool isTrue) const {
+    return isTrue == (yields_ != Yields::forFalse);
 }
 
-// In each loop's own code, because here a call costs as much as the work.
-[[gnu::always_inline]] inline id QBEnumFilter::step(id object) {
-    if (!message_.isPlainFor(object)) [[unlikely]]
-        return stepSlowly(object);
-    if (yields_ == Yields::answers)
-        return message_.plainObject(object);
-    return yielded(object, message_.isPlainTrue(object));
+// Returns whether anything is yielded; keeps it then. In each loop's own code, because here a call costs as
+// much as the work.
+[[gnu::always_inline]] inline bool QBEnumFilter::step(qb::Kept &object) {
+    const bool isPlain = message_.isPlainFor(object.get());
+    if (isPlain && yields_ != Yields::answers)
+        return passes(message_.isPlainTrue(object.get()));
+    const id yielded = isPlain ? message_.plainObject(object.get()) : stepSlowly(object.get());
+    if (!yielded)
+        return false;
+    object.change(yielded);
+    return true;
 }
 
 id QBEnumFilter::stepSlowly(id object) {
@@ -84,14 +88,14 @@ id QBEnumFilter::sendFor(id object, id receiver, std::span<const id> values) {
     if (yields_ == Yields::answers)
         return message_.object(receiver, values.data());
     const bool isTrue = message_.isTrue(receiver, values.data());
-    return yielded(object, yields_ == Yields::forError ? qb::isErrorPending() : isTrue);
+    return passes(yields_ == Yields::forError ? qb::isErrorPending() : isTrue) ? object : nullptr;
 }
 
 id QBEnumFilter::doFilter(id object) {
     if (!object)
         return nullptr;
-    const qb::Kept kept(object);
-    return step(object);
+    qb::Kept kept(object);
+    return step(kept) ? kept.get() : nullptr;
 }
 
 // --- Chains ---
@@ -146,12 +150,10 @@ public:
     [[gnu::always_inline]] id pass(id object, QBEnumFilter *last) const {
         qb::Kept kept(object);
         for (QBEnumFilter *filter : steps_) {
-            object = filter->step(object);
-            if (!object)
+            if (!filter->step(kept))
                 return nullptr;
-            kept.change(object);
         }
-        return lastIsOfLibrary_ ? object : last->doFilter(object);
+        return lastIsOfLibrary_ ? kept.get() : last->doFilter(kept.get());
     }
 
 private:

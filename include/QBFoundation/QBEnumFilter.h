@@ -10,6 +10,10 @@
 #include <cstdint>
 #include <span>
 
+namespace qb {
+class Kept;
+}
+
 /// Sends each object of its source a message and yields the objects that are the answers; other answers and
 /// nil are dropped. Subclasses yield the objects themselves, depending on the answer.
 ///
@@ -105,10 +109,10 @@ private:
     class Chain;
 
     static qb::RepeatedMessage::Wanted wantedFor(Yields yields, SendsTo sendsTo);
-    id step(id object);
+    bool step(qb::Kept &object);
     id stepSlowly(id object);
     id sendFor(id object, id receiver, std::span<const id> values);
-    id yielded(id object, bool isTrue) const;
+    bool passes(bool isTrue) const;
     bool pull(Ref<Chain> &chain, id &result);
     const Ref<Chain> &currentChain();
 

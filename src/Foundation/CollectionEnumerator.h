@@ -5,6 +5,7 @@
 #include <QBFoundation/Foundation/NSEnumerator.h>
 #include <QBFoundation/Runtime/Ref.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace qb {
@@ -19,21 +20,29 @@ public:
         : collection_(collection), next_(collection->begin()) {}
 
     id nextObject() override {
-        if (isAtEnd_)
-            return nullptr;
-        if (!hasBegun_)
-            next_ = collection_->begin();
-        else
+        if (place_ == Place::within) [[likely]]
             ++next_;
-        hasBegun_ = true;
-        isAtEnd_ = next_ == collection_->end();
-        return isAtEnd_ ? nullptr : pick(*next_);
+        else if (place_ == Place::end)
+            return nullptr;
+        else
+            begin();
+        if (next_ != collection_->end()) [[likely]]
+            return pick(*next_);
+        place_ = Place::end;
+        return nullptr;
     }
 
 private:
+    enum class Place : std::uint8_t { beginning, within, end };
+
+    void begin() {
+        next_ = collection_->begin();
+        place_ = Place::within;
+    }
+
     Ref<Collection> collection_;
     decltype(std::declval<Collection>().begin()) next_;
-    bool hasBegun_ = false, isAtEnd_ = false;
+    Place place_ = Place::beginning;
 };
 
 /// Returns an enumerator, autoreleased.
