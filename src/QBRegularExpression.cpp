@@ -15,7 +15,10 @@
 #include <array>
 #include <langinfo.h>
 #include <map>
+#include <new>
+#include <span>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -143,8 +146,8 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
     groupFault_ = limits.groupFault;
     longestText_ = limits.longestText;
     flags_ = flags;
-    locale_ = std::string(localeOf(LC_CTYPE)) + ' ' + localeOf(LC_COLLATE);
-    const int code = compile(compiledRegex_);
+    hasReferences_ = limits.hasReferences;
+    const int code = compile(compiledRegex_, locale_);
     isCompiled_ = code == 0;
     if (!isCompiled_)
         qb::raiseError(kFile, kLineOfCompiling, qb::kErrorMalformedPattern, pattern,
@@ -152,7 +155,13 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
     return isCompiled_;
 }
 
-int QBRegularExpression::compile(regex_t &regex) const {
+// Notes in which locale.
+int QBRegularExpression::compile(regex_t &regex, std::string &locale) const {
+    try {
+        locale = std::string(localeOf(LC_CTYPE)) + ' ' + localeOf(LC_COLLATE);
+    } catch (const std::bad_alloc &) {
+        return REG_ESPACE;
+    }
     const std::int64_t start = qb::sys::monotonicNanoseconds();
     const int code = qb::sys::regcomp(regex, pattern_->cString(), flags_ | REG_EXTENDED);
     if (code == 0)
@@ -172,18 +181,22 @@ bool QBRegularExpression::isOfThisLocale() const {
 // its own.
 bool QBRegularExpression::compileAnew() const {
     searchingTime_ = 0;
+    if (!isSpoilt_ && !isOfThisLocale())
+        return false;
     regex_t fresh{};
-    if ((!isSpoilt_ && !isOfThisLocale()) || compile(fresh) != 0)
+    std::string locale;
+    if (compile(fresh, locale) != 0)
         return false;
     regfree(&compiledRegex_);
     compiledRegex_ = fresh;
+    locale_ = std::move(locale);
     isSpoilt_ = false;
     return true;
 }
 
 // The matcher gets slower with all that it keeps in the pattern. When searching has taken far longer than
 // compiling does, that is forgotten. The clock is read for one search in some texts only.
-int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t *places) const {
+int QBRegularExpression::execute(NSString *string, std::span<regmatch_t> places) const {
     constexpr std::size_t kMeasuredBytes = 4096;
     constexpr std::int64_t kManyTimes = 256;
     if (isSpoilt_ && !compileAnew()) [[unlikely]]
@@ -191,9 +204,9 @@ int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t
     const std::size_t length = string->cStringLength();
     unmeasured_ += length;
     if (unmeasured_ < kMeasuredBytes) [[likely]]
-        return qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+        return qb::sys::regexec(compiledRegex_, string->cString(), places.size(), places.data());
     const std::int64_t start = qb::sys::monotonicNanoseconds();
-    const int result = qb::sys::regexec(compiledRegex_, string->cString(), count, places);
+    const int result = qb::sys::regexec(compiledRegex_, string->cString(), places.size(), places.data());
     const std::int64_t time = qb::sys::monotonicNanoseconds() - start;
     searchingTime_ += time * static_cast<std::int64_t>(unmeasured_ / length);
     unmeasured_ = 0;
@@ -202,17 +215,30 @@ int QBRegularExpression::execute(NSString *string, std::size_t count, regmatch_t
     return result;
 }
 
-bool QBRegularExpression::isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const {
+bool QBRegularExpression::isFoundIn(NSString *string, std::span<regmatch_t> places) const {
     if (!isCompiled_)
         return false;
     const bool isTooLong = string->cStringLength() > longestText_;
-    const int result = isTooLong ? REG_ESPACE : execute(string, count, places);
+    const int result = isTooLong ? REG_ESPACE : execute(string, places);
     if (result != 0 && result != REG_NOMATCH) {
         if (!isTooLong)
             isSpoilt_ = true; // the matcher has left things half done that later searches would trust
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
     }
     return result == 0;
+}
+
+/// The places of a match and its groups.
+struct QBRegularExpression::Places {
+    std::array<regmatch_t, qb::text::kMostPatternGroups + 1> of; // not set before they are asked for
+    std::uint32_t count = 0;
+};
+
+bool QBRegularExpression::hasGroupsIn(NSString *string, Places &places) const {
+    places.count = static_cast<std::uint32_t>(std::min(compiledRegex_.re_nsub + 1, places.of.size()));
+    const std::span<regmatch_t> groups = std::span(places.of).first(places.count);
+    std::ranges::fill(groups, regmatch_t{-1, -1}); // REG_NOSUB leaves them as they are
+    return isFoundIn(string, groups);
 }
 
 QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, std::int32_t fromIndex) const {
@@ -222,13 +248,11 @@ QBRegularExpressionMatchObject *QBRegularExpression::search(NSString *string, st
         qb::raiseError(kFile, __LINE__, qb::kErrorMalformedPattern, pattern_.get(), groupFault_);
         return nullptr;
     }
-    std::array<regmatch_t, qb::text::kMostPatternGroups + 1> places;
-    const std::size_t count = std::min(compiledRegex_.re_nsub + 1, places.size());
-    std::fill_n(places.begin(), count, regmatch_t{-1, -1}); // REG_NOSUB leaves them as they are
-    if (!isFoundIn(rest, count, places.data()))
+    Places places;
+    if (!hasGroupsIn(rest, places))
         return nullptr;
-    return QBRegularExpressionMatchObject::matchObjectWithMatches(
-        places.data(), static_cast<std::uint32_t>(count), string, fromIndex);
+    return QBRegularExpressionMatchObject::matchObjectWithMatches(places.of.data(), places.count, string,
+                                                                  fromIndex);
 }
 
 QBRegularExpressionMatchObject *QBRegularExpression::match(NSString *string) const {
@@ -239,7 +263,11 @@ QBRegularExpressionMatchObject *QBRegularExpression::match(NSString *string) con
 }
 
 BOOL QBRegularExpression::matches(NSString *string) const {
-    return isFoundIn(checkedString(string, "matches:"), 0, nullptr);
+    checkedString(string, "matches:");
+    if (!hasReferences_)
+        return isFoundIn(string, {});
+    Places places; // in case they are not to be had
+    return hasGroupsIn(string, places);
 }
 
 std::span<const qb::Method> qb::tables::stringRegularExpression() {

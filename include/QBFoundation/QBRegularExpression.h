@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <regex.h>
+#include <span>
 #include <string>
 
 class QBRegularExpressionMatchObject;
@@ -26,16 +27,17 @@ class QBRegularExpressionMatchObject;
 /// nothing (a word boundary counts as two), with more than 64 back references after repeating, or with a back
 /// reference that is repeated without end.
 ///
-/// So is one whose back references would take it more than about a second in a text of a few KiB, or make
-/// the result depend on whether groups are wanted. Beside back references, only one thing may be open:
-/// where the match begins (unless the pattern begins with "^", has no "|" outside of groups and
-/// REG_NEWLINE is not set), or where an endless repeat ends. The end is not open of a repeated bracket
-/// expression in front of a blank or punctuation mark that it has not. A group that is referred to must
-/// neither have an anchor nor be repeated, save by "?" when it cannot be empty, nor stand behind a repeat
-/// with an open end, nor, when it can be empty, in a branch or in what "?" may leave out. No anchor may be
-/// repeated. Branches and repeats that may but need not go on are counted, and may be 32 for one back
-/// reference, 16 for two, five for four, one for eleven. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are
-/// fine, "(.+)-\1" and "(.)*\1" are not.
+/// So is one whose back references would take it more than about a second in a text of a few KiB, or make it
+/// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
+/// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
+/// repeat ends. The end is not open of a repeated bracket expression in front of a blank or punctuation mark
+/// that it has not. A group that is referred to must neither have an anchor nor be repeated, save by "?" when
+/// it cannot be empty, nor stand behind a repeat with an open end, nor, when it can be empty, in a branch or
+/// in what "?" may leave out, nor be referred to twice or beside an anchor that may be left out. No anchor
+/// may be repeated, save by "?". Branches and repeats that may but need not go on are counted, and may be
+/// some 25 for one back reference, ten for two or in front of the group (none when its own end is open), four
+/// for four, one for ten, and fewer in a pattern with hundreds of parts. So "([a-z])\1", "^(.+)-\1$" and
+/// "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
@@ -99,10 +101,13 @@ protected:
     virtual BOOL setUpWithPattern(NSString *pattern, std::int32_t flags);
 
 private:
+    struct Places;
+
     /// Whether there is a match; the places of it and its groups go to `places`.
-    bool isFoundIn(NSString *string, std::size_t count, regmatch_t *places) const;
-    int execute(NSString *string, std::size_t count, regmatch_t *places) const;
-    int compile(regex_t &regex) const;
+    bool isFoundIn(NSString *string, std::span<regmatch_t> places) const;
+    bool hasGroupsIn(NSString *string, Places &places) const;
+    int execute(NSString *string, std::span<regmatch_t> places) const;
+    int compile(regex_t &regex, std::string &locale) const;
     bool compileAnew() const;
     bool isOfThisLocale() const;
 
@@ -111,7 +116,8 @@ private:
     mutable bool isSpoilt_ = false; // by a search without memory
     Ref<NSString> pattern_;
     std::int32_t flags_ = 0;
-    std::string locale_;                     // in which it was compiled
+    bool hasReferences_ = false;
+    mutable std::string locale_;             // in which it was compiled
     mutable std::int64_t compilingTime_ = 0; // in nanoseconds
     mutable std::int64_t searchingTime_ = 0; // since then, as far as it is measured
     mutable std::size_t unmeasured_ = 0;     // bytes searched since

@@ -245,6 +245,7 @@ NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
     } catch (const std::bad_alloc &) { // for what comes, and perhaps for putting back what has come
         if (done == 0)
             throw;
+        data->setLength(done);
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
     } catch (...) {
         putBack(data->bytes(), done);

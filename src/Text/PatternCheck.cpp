@@ -33,10 +33,8 @@ constexpr PatternCount kMostLoopedAnchors = 2;
 constexpr unsigned kMostRepeatsInRow = 8;
 // Each one that is met costs the matcher some 600 bytes of stack.
 constexpr PatternCount kMostReferences = 64;
-// Choices times back references; each asks for the places that the others have led to.
-constexpr PatternCount kMostChoices = 32;
-// Ways to choose anew at each back reference; the matcher tries them all.
-constexpr PatternCount kMostTrials = 2048;
+// What the matcher tries at a place of the text for all back references.
+constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
 // Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
 // takes some 8 bytes for each two places.
@@ -137,16 +135,18 @@ public:
             checkFreedom();
         return {.fault = fault_,
                 .groupFault = groupCount_ == 0 ? nullptr : groupFault_,
+                .hasReferences = references_.areThere(),
                 .longestText = hasOpenCapture_ ? kLongestForOpenCapture : INT_MAX};
     }
 
 private:
     /// What stands between a pair of parentheses, or outside of all.
     struct Level {
-        PatternShape branches; // those before the current one
-        PatternShape branch;   // without its last part
-        PatternShape part;     // what a repeat operator would repeat
-        std::size_t group = 0; // its number; 0 outside of all
+        PatternShape branches;       // those before the current one
+        PatternShape branch;         // without its last part
+        PatternShape part;           // what a repeat operator would repeat
+        std::size_t group = 0;       // its number; 0 outside of all
+        PatternCount choicesInFront; // of the group, if it is referred to
         bool hasBranches = false;
     };
 
@@ -237,7 +237,21 @@ private:
         else if (references_.name(groupCount_) && hasOpenEnd_)
             fault_ = kRepeatedGroup;
         else
-            levels_.emplace_back().group = groupCount_;
+            pushLevel();
+    }
+
+    void pushLevel() {
+        const PatternCount choices = choicesInFront();
+        levels_.emplace_back().group = groupCount_;
+        level().choicesInFront = choices;
+    }
+
+    /// How many choices decide where the next part begins.
+    PatternCount choicesInFront() const {
+        PatternCount choices;
+        for (const Level &level : levels_)
+            choices = choices + level.branch.choices + level.part.choices;
+        return choices;
     }
 
     void closeGroup() {
@@ -248,7 +262,10 @@ private:
                 fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
             whole.hasIdleCapture |= whole.isNullable;
-            hasOpenCapture_ |= PatternCount() < whole.openEnds;
+            if (PatternCount() < whole.openEnds)
+                noteOpenCapture();
+            const PatternCount begins = level().choicesInFront + 1;
+            captureTrials_ = captureTrials_ * begins * begins * (whole.choices + 1);
         }
         levels_.pop_back();
         addPart(checked(whole));
@@ -287,6 +304,12 @@ private:
             groupFault_ = kIdleLoop;
     }
 
+    void noteOpenCapture() {
+        hasOpenCapture_ = true;
+        if (PatternCount() < level().choicesInFront)
+            fault_ = kTooOpen;
+    }
+
     /// The loop of a repeat without end.
     PatternShape endless(const PatternShape &part) {
         PatternShape shape = loop(part);
@@ -304,17 +327,21 @@ private:
     void checkFreedom() {
         const PatternShape &whole = level().branches;
         if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0))
-            fault_ = "too much of it may vary beside back references";
-        else if (kMostChoices < whole.choices * whole.references || kMostTrials < trials(whole))
+            fault_ = kTooOpen;
+        else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";
         else if (whole.hasIdleLoop)
             fault_ = "an endless repeat may match nothing beside back references";
         else if (whole.hasSkippedCapture) // the matcher takes nothing for it where it was not there
             fault_ = "a group that is referred to may match nothing or not be there";
+        else if (whole.hasIdleCapture && (whole.captures < whole.references || whole.hasSkippedAnchor))
+            fault_ = kIdleCapture; // the matcher loses what it has found when it looks for groups
     }
 
-    static PatternCount trials(const PatternShape &whole) {
-        PatternCount trials = 1;
+    // Fitted to what takes about a second: each begin and end that a group may have is tried at each place
+    // where a reference may stand, along all that is between them.
+    PatternCount trials(const PatternShape &whole) const {
+        PatternCount trials = captureTrials_ * whole.nodes;
         for (PatternCount i = 0; i < whole.references; i = i + 1)
             trials = trials * (whole.choices + 1);
         return trials;
@@ -386,6 +413,12 @@ private:
     static constexpr const char *kRepeatedGroup =
         "a group that is referred to is repeated, or stands behind an endless repeat";
 
+    static constexpr const char *kIdleCapture =
+        "a group that is referred to may match nothing, and is referred "
+        "to twice or beside an anchor that may be left out";
+
+    static constexpr const char *kTooOpen = "too much of it may vary beside back references";
+
     static constexpr const char *kIdleLoop = "its groups can't be found where an endless repeat may match "
                                              "nothing in several ways or beside an anchor";
 
@@ -393,8 +426,9 @@ private:
     const References references_;
     bool beginsAnywhere_;
     bool hasOpenEnd_ = false;
-    bool hasOpenCapture_ = false; // a group that is referred to has one inside
-    std::string_view simplePart_; // its text, when the latest part is no group and not repeated
+    bool hasOpenCapture_ = false;    // a group that is referred to has one inside
+    PatternCount captureTrials_ = 1; // for the begins and ends of groups that are referred to
+    std::string_view simplePart_;    // its text, when the latest part is no group and not repeated
     std::vector<Level> levels_ = std::vector<Level>(1);
     std::size_t groupCount_ = 0;
     unsigned repeatsInRow_ = 0;

@@ -35,6 +35,7 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
+    sum.hasSkippedAnchor = first.hasSkippedAnchor || second.hasSkippedAnchor;
     sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
     sum.hasSkippedCapture = first.hasSkippedCapture || second.hasSkippedCapture;
     return sum;
@@ -72,7 +73,9 @@ PatternShape anchorShape() {
 }
 
 PatternShape wordBoundaryShape() {
-    return choice(anchorShape(), anchorShape());
+    PatternShape shape = choice(anchorShape(), anchorShape());
+    shape.hasSkippedAnchor = false; // it is one or the other
+    return shape;
 }
 
 PatternShape referenceShape() {
@@ -107,6 +110,7 @@ PatternShape choice(const PatternShape &first, const PatternShape &second) {
     either.choices = either.choices + 1;
     either.entry = first.entry + second.entry + 1;
     either.isNullable = first.isNullable || second.isNullable;
+    either.hasSkippedAnchor = PatternCount() < either.allAnchors;
     either.hasSkippedCapture = either.hasSkippedCapture || either.hasIdleCapture;
     either.exit = first.exit + second.exit + (either.isNullable ? 1 : 0);
     either.leadsToLoop = first.leadsToLoop || second.leadsToLoop;

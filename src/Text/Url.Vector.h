@@ -31,7 +31,7 @@ namespace avx2 {
 /// read, and the room for what it becomes written.
 char *escapeUrl(const char *position, std::size_t length, std::uint64_t escaped, char *target);
 
-/// As above, but leaves up to 15 bytes at the end.
+/// As above, but leaves up to 33 bytes at the end.
 UrlResult unescapeUrl(const char *position, const char *end, char *target);
 
 } // namespace avx2

@@ -127,6 +127,12 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
         pair_.feed("z\n");
         EXPECT_TRUE(read(length, 100).ends_with(" " + all));
     }
+    OSSocket::registerContinueBlockingOperationCallback([]() -> BOOL { throw std::bad_alloc(); });
+    pair_.feed(text);
+    const Fault fault(Call::poll, /*skip=*/2, /*times=*/1, EINTR);
+    expectError(100156, "", [&] { EXPECT_EQ(pair_.client->readBytes(length)->length(), 65536U); });
+    OSSocket::registerContinueBlockingOperationCallback(nullptr);
+    EXPECT_TRUE(read(length, 100).ends_with(text.substr(65536)));
 }
 
 TEST_F(OSSocketReceivingTest, LinesAndBytesAreNotLostWhereThereIsNoMemory) {

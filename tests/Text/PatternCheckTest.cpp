@@ -77,9 +77,10 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
         "", "^[0-9]{14}$", "([a-z]+) \\1", "(^|[^a-z])word($|[^a-z])", "((25[0-5]|[01]?[0-9]?[0-9])\\.){3}",
         "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
         "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
-        "^a?([a-z]+)\\1{11}", "([^:]*):([a-z]+)/\\2", "[\\0-9]+(a*)(b*)[]\\1]", "\\0*.*", "a{32767}",
-        "(ab){1000}", "x{0,999}", "a)b", "(|)\\1\\1", times(2000, "[a-z]x"), "word" + times(999, "|word"),
-        nested(200, "a", ""), times(100, "(a?)"), "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
+        "^([a-z]+)\\1{11}", "\\b(-?)a\\1\\b", "([^:]*):([a-z]+)/\\2", "[\\0-9]+(a*)(b*)[]\\1]",
+        "(.{0,25})\\1", "a{0,12}([a-z])\\1", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1",
+        times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
+        "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
         // Malformed, which is the compiler's to say.
         "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x",
         times(500, "|" + times(8, "{32767}"))}; // in no time
@@ -94,6 +95,10 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kVaries = "too much of it may vary beside back references";
     const char *const kGroup = "a group that is referred to is repeated, or stands behind an endless repeat";
     const char *const kSkipped = "a group that is referred to may match nothing or not be there";
+    const char *const kLost =
+        "a group that is referred to may match nothing, and is referred to twice or beside "
+        "an anchor that may be left out";
+    const char *const kMany = "it has too many choices beside back references";
     const char *const kIdle = "its groups can't be found where an endless repeat may match nothing in "
                               "several ways or beside an anchor";
     const std::pair<std::string, const char *> rows[] = {
@@ -117,9 +122,13 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {".((-?)a|b)\\2", kSkipped},
         {"^(a)\\1(^b){2}", "an anchor is repeated beside back references"},
         {"^(a|$)\\1", "a group that is referred to has an anchor"},
-        {"(.{0,33})\\1", "it has too many choices beside back references"},
-        {"(.?)(.?)(.?)(.?)(.?)(.?)\\6\\5\\4\\3\\2\\1", "it has too many choices beside back references"},
-        {"^a?([a-z]+)\\1{12}", "it has too many choices beside back references"},
+        {"(.{0,26})\\1", kMany},
+        {"a{0,13}([a-z])\\1", kMany},
+        {"(a{0,9}).{200}\\1.{200}c", kMany}, // what is between is gone along for each choice
+        {"(a)\\1{13}b?", kMany},
+        {"^a?([a-z]+)\\1", kVaries},     // each begin with each end
+        {"(a?)(a?)b{0,2}\\2\\2", kLost}, // finds "aba" without groups, nothing with them
+        {"(\\b|)()\\2$", kLost},
         {"(a)\\1{65}", "it has too many back references"},
         {"^([\"]?).([^\"]?)*\\1$", "an endless repeat may match nothing beside back references"},
         {"x{\\,}" + times(1001, "()"), "an interval has an escaped character"},

@@ -139,6 +139,11 @@ exec {parting}>&-
 exec {idle}<>"/dev/tcp/127.0.0.1/${address##*:}"
 printf 'HEAD / HTTP/1.1\r\nHost: x\r\n\r\n' >&"$idle"
 
+# A kept connection's next request has its time from when it begins.
+exec {late}<>"/dev/tcp/127.0.0.1/${address##*:}"
+(printf 'HEAD / HTTP/1.1\r\nHost: x\r\n\r\n'; sleep 7; printf 'HEAD / HTTP/1.1\r\n'; sleep 5
+    printf 'Connection: close\r\nHost: x\r\n\r\n') >&"$late" &
+
 # A client that sends a byte from time to time has no more time than others.
 exec {slow}<>"/dev/tcp/127.0.0.1/${address##*:}"
 (while printf 'G' >&"$slow"; do sleep 0.3; done) 2>/dev/null &
@@ -160,6 +165,7 @@ sleep 0.5
 timeout 30 cat <&"$slow" >"$work/slow" || true
 grep -q '408 Request Timeout' "$work/slow" || fail "a slow client got $(cat "$work/slow") after $SECONDS s"
 exec {slow}>&-
+expect 'a request that begins late' 2 bash -c "timeout 15 grep -c '^HTTP/1.1 200' <&$late"
 expect 'an idle client, which gets no answer more' 1 \
     bash -c "timeout 5 cat <&$idle >$work/idle && grep -c '^HTTP' $work/idle"
 stop

@@ -84,8 +84,11 @@ Connection::Progress Connection::receive(Clock::time_point now) {
     const std::int32_t count = socket_->receiveWithBuffer(bytes, sizeof bytes, 0, NO);
     if (count <= 0)
         return count == 0 ? Progress::blocked : Progress::ended;
+    const bool isBegun = !received_.empty();
     received_.append(bytes, static_cast<std::size_t>(count));
     takeRequest(now);
+    if (!isBegun)
+        noteBegun(now);
     return Progress::made;
 }
 
@@ -101,6 +104,12 @@ void Connection::takeRequest(Clock::time_point now) {
     const Request request = readHead(std::string_view(received_).substr(0, length));
     received_.erase(0, length);
     begin(answerTo(request, root_), now);
+}
+
+// Gives a request that has just begun, and is not whole, its own time.
+void Connection::noteBegun(Clock::time_point now) {
+    if (state_ == State::receiving && !received_.empty())
+        deadline_ = now + kTimeForRequest;
 }
 
 // Answers a request that is not whole.
@@ -163,6 +172,7 @@ Connection::Progress Connection::endAnswer(Clock::time_point now) {
     noteTaken(now);
     if (state_ == State::receiving)
         takeRequest(now);
+    noteBegun(now);
     return Progress::made;
 }
 

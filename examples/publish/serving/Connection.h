@@ -37,6 +37,7 @@ private:
 
     Progress receive(Clock::time_point now);
     void takeRequest(Clock::time_point now);
+    void noteBegun(Clock::time_point now);
     void refuse(Status status, Clock::time_point now);
     void begin(Answer answer, Clock::time_point now);
     Progress send(Clock::time_point now);
