@@ -27,7 +27,7 @@ class QBRegularExpressionMatchObject;
 /// nothing (a word boundary counts as two), with more than 64 back references after repeating, or with a back
 /// reference that is repeated without end.
 ///
-/// So is one whose back references would take it more than about a second in a text of a few KiB, or make it
+/// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
 /// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
 /// repeat ends. The end is not open of a repeated bracket expression in front of a blank or punctuation mark
@@ -35,9 +35,10 @@ class QBRegularExpressionMatchObject;
 /// it cannot be empty, nor stand behind a repeat with an open end, nor, when it can be empty, in a branch or
 /// in what "?" may leave out, nor be referred to twice or beside an anchor that may be left out. No anchor
 /// may be repeated, save by "?". Branches and repeats that may but need not go on are counted, and may be
-/// some 25 for one back reference, ten for two or in front of the group (none when its own end is open), four
-/// for four, one for ten, and fewer in a pattern with hundreds of parts. So "([a-z])\1", "^(.+)-\1$" and
-/// "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// some 25 for one back reference, ten for two or in front of the group, four for four, one for ten, and
+/// fewer where several of these meet; when the group's own end is open, none may be in front of it, nor may a
+/// reference to it be left out. Such a pattern may have 200 parts after repeating, of which a set is three.
+/// So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look

@@ -33,6 +33,8 @@ constexpr PatternCount kMostLoopedAnchors = 2;
 constexpr unsigned kMostRepeatsInRow = 8;
 // Each one that is met costs the matcher some 600 bytes of stack.
 constexpr PatternCount kMostReferences = 64;
+// Beside back references, of which those in between are gone along each time.
+constexpr PatternCount kMostNodesToTry = 200;
 // What the matcher tries at a place of the text for all back references.
 constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
@@ -326,7 +328,10 @@ private:
     /// Checks how much of a pattern with back references is open.
     void checkFreedom() {
         const PatternShape &whole = level().branches;
-        if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0))
+        if (kMostNodesToTry < whole.nodes)
+            fault_ = "it is too large beside back references";
+        else if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0) ||
+                 (hasOpenCapture_ && whole.hasSkippedReference))
             fault_ = kTooOpen;
         else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";

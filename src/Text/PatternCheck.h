@@ -38,12 +38,13 @@ struct PatternLimits {
 /// a "^" in front of everything says so, or where one endless repeat ends, unless it is one of a bracket
 /// expression that lacks the character behind it, as in "([a-z]+) \1". A group that is referred to may
 /// neither have an anchor, be repeated, stand behind such a repeat or, if it has one, behind a choice, nor
-/// match nothing where a way leads past it, or where it is named twice or an anchor may be left out; no
-/// endless repeat may match nothing, and no anchor be repeated but by "?". What is tried at a place of the
-/// text may be 80 000: the pattern's nodes, times the ends of each such group (one more than the choices in
-/// it) and the square of its begins (one more than those in front of it), times one more than all choices for
-/// each reference. What is left takes some tenths of a second in a text of 4 KiB. Without groups the matcher
-/// may find what it does not find with them, so that they are always to be asked for.
+/// match nothing where a way leads past it, or where it is named twice or an anchor may be left out; if it
+/// has an open end, no reference to it may be left out. No endless repeat may match nothing, and no anchor be
+/// repeated but by "?". What is tried at a place of the text may be 80 000: the pattern's nodes, times the
+/// ends of each such group (one more than the choices in it) and the square of its begins (one more than
+/// those in front of it), times one more than all choices for each reference; the nodes may be 200. What is
+/// left has taken two seconds at most in a text of 4 KiB. Without groups the matcher may find what it does
+/// not find with them, so that they are always to be asked for.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
 /// that is referred to has an open end inside, for which the matcher takes memory in proportion to the square

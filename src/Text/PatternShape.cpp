@@ -36,6 +36,7 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.openEnds = first.openEnds + second.openEnds;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
     sum.hasSkippedAnchor = first.hasSkippedAnchor || second.hasSkippedAnchor;
+    sum.hasSkippedReference = first.hasSkippedReference || second.hasSkippedReference;
     sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
     sum.hasSkippedCapture = first.hasSkippedCapture || second.hasSkippedCapture;
     return sum;
@@ -111,6 +112,7 @@ PatternShape choice(const PatternShape &first, const PatternShape &second) {
     either.entry = first.entry + second.entry + 1;
     either.isNullable = first.isNullable || second.isNullable;
     either.hasSkippedAnchor = PatternCount() < either.allAnchors;
+    either.hasSkippedReference |= PatternCount() < either.references && !(PatternCount() < either.captures);
     either.hasSkippedCapture = either.hasSkippedCapture || either.hasIdleCapture;
     either.exit = first.exit + second.exit + (either.isNullable ? 1 : 0);
     either.leadsToLoop = first.leadsToLoop || second.leadsToLoop;

@@ -55,12 +55,13 @@ struct PatternShape {
     PatternCount choices;       // between branches, and whether a repeat that ends goes on
     PatternCount openEnds;      // endless repeats of which nothing says where they end
     Ways ways;
-    bool isNullable = true;         // the end is reached from the beginning
-    bool leadsToLoop = false;       // a loop that needs no character is reached from the beginning
-    bool hasIdleLoop = false;       // one that may be gone through without a character
-    bool hasSkippedAnchor = false;  // a way leads past an anchor
-    bool hasIdleCapture = false;    // a group that a back reference names may match nothing,
-    bool hasSkippedCapture = false; // and one way leads past it
+    bool isNullable = true;           // the end is reached from the beginning
+    bool leadsToLoop = false;         // a loop that needs no character is reached from the beginning
+    bool hasIdleLoop = false;         // one that may be gone through without a character
+    bool hasSkippedAnchor = false;    // a way leads past an anchor
+    bool hasSkippedReference = false; // one past a back reference, but not past its group
+    bool hasIdleCapture = false;      // a group that a back reference names may match nothing,
+    bool hasSkippedCapture = false;   // and one way leads past it
 };
 
 /// Return the shapes of the simplest parts. Other than these, `PatternShape()` is that of nothing at all.

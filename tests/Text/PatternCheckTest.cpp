@@ -124,7 +124,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"^(a|$)\\1", "a group that is referred to has an anchor"},
         {"(.{0,26})\\1", kMany},
         {"a{0,13}([a-z])\\1", kMany},
-        {"(a{0,9}).{200}\\1.{200}c", kMany}, // what is between is gone along for each choice
+        {"(\\w).{66}\\1", "it is too large beside back references"},
+        {"^(a+)\\1?b", kVaries},
         {"(a)\\1{13}b?", kMany},
         {"^a?([a-z]+)\\1", kVaries},     // each begin with each end
         {"(a?)(a?)b{0,2}\\2\\2", kLost}, // finds "aba" without groups, nothing with them
