@@ -266,7 +266,7 @@ BOOL QBRegularExpression::matches(NSString *string) const {
     checkedString(string, "matches:");
     if (!hasReferences_)
         return isFoundIn(string, {});
-    Places places; // in case they are not to be had
+    Places places; // without them it may find what a search does not
     return hasGroupsIn(string, places);
 }
 

@@ -33,7 +33,7 @@ constexpr PatternCount kMostLoopedAnchors = 2;
 constexpr unsigned kMostRepeatsInRow = 8;
 // Each one that is met costs the matcher some 600 bytes of stack.
 constexpr PatternCount kMostReferences = 64;
-// Beside back references, of which those in between are gone along each time.
+// Beside back references: what is between a group and its reference is gone along each time.
 constexpr PatternCount kMostNodesToTry = 200;
 // What the matcher tries at a place of the text for all back references.
 constexpr PatternCount kMostTrials = 80'000;
@@ -243,7 +243,7 @@ private:
     }
 
     void pushLevel() {
-        const PatternCount choices = choicesInFront();
+        const PatternCount choices = references_.name(groupCount_) ? choicesInFront() : 0;
         levels_.emplace_back().group = groupCount_;
         level().choicesInFront = choices;
     }
