@@ -329,8 +329,28 @@ static std::span<char> takeByte(OSSocket &socket, char *byte, std::int64_t timeo
     return {byte, has ? 1U : 0U};
 }
 
+// Returns the next line if the buffer holds it as a whole, as a rule with a carriage return in front of the
+// line feed and with none elsewhere; nil for others.
+inline NSString *OSSocket::takeBufferedLine() {
+    const char *const start = internalBuffer_ + currentPositionInBuffer_;
+    const char *const limit = internalBuffer_ + numberOfBytesInBuffer_;
+    const char *const stop = qb::text::findLineStop(start, limit);
+    const char *const lineFeed = stop != limit && *stop == '\r' ? stop + 1 : stop;
+    if (lineFeed == limit || *lineFeed != '\n')
+        return nullptr;
+    NSString *const line = NSString::stringWith({start, stop});
+    currentPositionInBuffer_ = static_cast<std::int32_t>(lineFeed + 1 - internalBuffer_);
+    return line;
+}
+
 NSString *OSSocket::readLineWithTimeout(std::int64_t timeout) {
     const Ref<OSSocket> self(this);
+    NSString *const line =
+        qb::sockets::isPlain(*this) && !qb::isErrorPending() ? takeBufferedLine() : nullptr;
+    return line ? line : collectLine(timeout);
+}
+
+NSString *OSSocket::collectLine(std::int64_t timeout) {
     CollectedBytes collected; // a line that was not in the buffer as a whole, as it came
     std::span<char> piece;    // what was taken and is in no string yet
     try {

@@ -162,8 +162,9 @@ TEST_F(OSSocketReceivingTest, LinesAndBytesAreNotLostWhereThereIsNoMemory) {
 
 // Others are compared with a plain model in fuzz/SocketLines.cpp.
 TEST_F(OSSocketReceivingTest, LinesLoseCarriageReturnsAndAlsoEndAtTheTimeOut) {
-    pair_.feed("\rt\rwo\r\r\nthree");
-    EXPECT_EQ(line(), "two");
+    pair_.feed("\rt\rwo\r\r\nplain\r\n\nunix\n\r\r\nm\rac\r\nthree");
+    for (const char *const text : {"two", "plain", "", "unix", "", "mac"})
+        EXPECT_EQ(line(), text);
     EXPECT_EQ(line(20), "three");
     pair_.peer->writeLine("four"_ns);
     pair_.peer->writeLine(nullptr);

@@ -292,6 +292,8 @@ private:
     void putBack(const void *bytes, std::uint32_t count);
     void putBack(CollectedBytes &bytes);
     void replaceBuffer(char *buffer, std::uint32_t count);
+    NSString *takeBufferedLine();
+    NSString *collectLine(std::int64_t timeout);
     std::span<char> takePiece(std::int64_t timeout);
 
     std::int32_t socketHandle_ = -1;
