@@ -102,6 +102,23 @@ void QBBase64OutputFilter::completeGroup() {
 
 // --- Encoding ---
 
+[[gnu::always_inline]] inline void QBBase64OutputFilter::encodeGroups(const char *bytes,
+                                                                      std::uint32_t count) {
+    while (count != 0) {
+        std::uint32_t joined = std::min(count, kJoinedGroups);
+        if (char *const room = target_->beginJoinedWrite(4, joined)) [[likely]] {
+            target_->endJoinedWrite(text::encodeBase64Groups(bytes, joined, room));
+        } else {
+            joined = 1;
+            char group[4];
+            text::encodeBase64Groups(bytes, 1, group);
+            target_->_writeBuffer(group, sizeof group);
+        }
+        count -= joined;
+        bytes += std::size_t{joined} * 3;
+    }
+}
+
 void QBBase64OutputFilter::encode(const char *bytes, std::uint32_t length) {
     if (pendingCount_ != 0) [[unlikely]] {
         const std::uint32_t taken = fillGroup(bytes, length);
@@ -131,22 +148,6 @@ void QBBase64OutputFilter::encode(const char *bytes, std::uint32_t length) {
         encodeGroups(pending_, 1);
     }
     return taken;
-}
-
-void QBBase64OutputFilter::encodeGroups(const char *bytes, std::uint32_t count) {
-    while (count != 0) {
-        std::uint32_t joined = std::min(count, kJoinedGroups);
-        if (char *const room = target_->beginJoinedWrite(4, joined)) [[likely]] {
-            target_->endJoinedWrite(text::encodeBase64Groups(bytes, joined, room));
-        } else {
-            joined = 1;
-            char group[4];
-            text::encodeBase64Groups(bytes, 1, group);
-            target_->_writeBuffer(group, sizeof group);
-        }
-        count -= joined;
-        bytes += std::size_t{joined} * 3;
-    }
 }
 
 // --- Decoding ---

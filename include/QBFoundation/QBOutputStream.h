@@ -93,7 +93,12 @@ public:
     /// Null when there is no room without growing, or when one write shall be told from two: the next one is
     /// to be a `_writeBuffer` then.
     char *beginJoinedWrite(std::uint32_t unit, std::uint32_t &count) {
-        return std::int64_t{unit} * count < directEnd_ - next_ ? next_ : findJoinedRoom(unit, count);
+        if (std::int64_t{unit} * count < directEnd_ - next_) [[likely]]
+            return next_;
+        std::uint32_t found = count; // so that `count` itself may stay in a register
+        char *const room = findJoinedRoom(unit, found);
+        count = found;
+        return room;
     }
     /// Counts the bytes up to `end`, perhaps none, as written.
     void endJoinedWrite(char *end) { next_ = end; }
