@@ -89,6 +89,13 @@ char *QBBufferOutputStream::findJoinedRoom(std::uint32_t unit, std::uint32_t &co
     return next_;
 }
 
+const char *QBBufferOutputStream::terminatedBuf() const {
+    if (!buf_ || byteCounter() == bufLength_)
+        return nullptr;
+    *next_ = '\0';
+    return buf_;
+}
+
 // Makes room for a write of `length` bytes; leaves all as it is when there is no memory.
 bool QBBufferOutputStream::grow(std::uint32_t length) {
     const std::uint32_t used = byteCounter();

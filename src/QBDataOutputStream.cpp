@@ -4,11 +4,6 @@
 
 #include <utility>
 
-namespace {
-// From here on the data gets the buffer itself. Less is copied, so that no small data keeps a large buffer.
-constexpr std::uint32_t kWorthGiving = 65536;
-} // namespace
-
 Class *QBDataOutputStream::cls() {
     static const qb::Method methods[] = {
         qb::method<"targetData">(&QBDataOutputStream::targetData),

@@ -24,8 +24,15 @@ BOOL QBStringOutputStream::setUpWithCapacity(std::uint32_t capacity) {
 
 NSString *QBStringOutputStream::targetString() const {
     if (!targetString_ && buf()) {
-        targetString_ = NSString::initWithCString(buf(), byteCounter());
-        announceNextWrite();
+        const std::uint32_t length = byteCounter();
+        const char *const terminated = length < kWorthGiving ? nullptr : terminatedBuf();
+        if (terminated) {
+            targetString_ = Ref<NSString>::adopt(new NSString(terminated, length, NSString::kOwnsBytes));
+            giveBufferAway();
+        } else {
+            targetString_ = NSString::initWithCString(buf(), length);
+            announceNextWrite();
+        }
     }
     return Ref<NSString>(targetString_).autorelease();
 }

@@ -62,23 +62,31 @@ TEST_F(QBBufferOutputStreamTest, ContentIsTheSameObjectUntilTheNextWrite) {
     EXPECT_EQ(stream->targetString()->view(), "abab");
 }
 
-TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
+template <class Stream>
+static void checkLargeContent(auto content) {
     const std::string bytes(100000, 'x');
     for (const bool isFull : {false, true}) {
-        QBDataOutputStream *stream = QBDataOutputStream::streamWithCapacity(isFull ? 100000 : 200000);
+        Stream *stream = Stream::streamWithCapacity(isFull ? 100000 : 200000);
         fill(stream, 100000);
-        NSData *const data = stream->targetData();
+        const auto large = (stream->*content)();
+        EXPECT_EQ((stream->*content)(), large);
         const std::uint32_t capacity = stream->bufLength();
         stream->writeByte('y');
         EXPECT_EQ(stream->bufLength(), isFull ? capacity + 32768 : capacity);
-        NSData *const more = stream->targetData();
+        const auto more = (stream->*content)();
         stream->reset();
-        EXPECT_EQ(stream->targetData()->length(), 0u);
+        EXPECT_EQ(bytesOf((stream->*content)()->asData()), "");
         stream->writeByte('a');
-        EXPECT_EQ(stream->targetData()->length(), 1u);
-        EXPECT_EQ(bytesOf(data), bytes);
-        EXPECT_EQ(bytesOf(more), bytes + "y");
+        EXPECT_EQ(bytesOf((stream->*content)()->asData()), "a");
+        EXPECT_EQ(bytesOf(large->asData()), bytes);
+        EXPECT_EQ(bytesOf(more->asData()), bytes + "y");
+        EXPECT_EQ(more->cStringValue(), more->stringValue()->view());
     }
+}
+
+TEST_F(QBBufferOutputStreamTest, LargeContentIsHandedOverAndStaysWhatItWas) {
+    checkLargeContent<QBDataOutputStream>(&QBDataOutputStream::targetData);
+    checkLargeContent<QBStringOutputStream>(&QBStringOutputStream::targetString);
 }
 
 TEST_F(QBBufferOutputStreamTest, PiecesOfAnySizeGiveTheWhole) {

@@ -74,6 +74,9 @@ protected:
     }
     /// Makes the next write one of `_writeBuffer`.
     void announceNextWrite() const { directEnd_ = buf_; }
+    /// From how many bytes on the buffer is worth giving away. Fewer are copied, so that no small object
+    /// keeps a large buffer.
+    static constexpr std::uint32_t kWorthGiving = 65536;
     /// Gives the buffer's memory to another object, which doesn't change it and keeps it until the next write
     /// or reset is done: a write takes a copy first.
     void giveBufferAway() const {
@@ -88,6 +91,8 @@ protected:
     void endDirectWrite(char *end) { next_ = end; }
     /// The bytes that were written, `byteCounter()` of them; null after a failed allocation.
     const char *buf() const { return buf_; }
+    /// The same with a NUL behind them; null where the buffer has no room for one.
+    const char *terminatedBuf() const;
 
 private:
     static constexpr std::uint32_t kDefaultCapacity = 1024;

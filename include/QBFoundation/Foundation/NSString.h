@@ -108,8 +108,7 @@ public:
     }
     virtual NSData *dataUsingEncoding(std::uint32_t encoding, BOOL allowLossyConversion) const;
 
-    /// Returns a string of `length` bytes that `fill(char *)` writes, owned: what is rendered piece by piece
-    /// needs no copy.
+    /// Returns a string of `length` bytes that `fill(char *)` writes in their place, owned.
     template <class F>
     static Ref<NSString> initFilled(std::size_t length, F &&fill) {
         char *bytes = nullptr;
@@ -553,6 +552,7 @@ protected:
 
 private:
     friend class NSMutableString;
+    friend class QBStringOutputStream; // whose buffer becomes a string's
 
     enum Flags : std::uint8_t {
         kKnowsAscii = 1,
