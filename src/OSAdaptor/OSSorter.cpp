@@ -18,17 +18,23 @@ namespace {
 // For fewer elements it costs more to make keys than to compare them as they are.
 constexpr std::uint32_t kLeastForKeys = 200;
 
+// Sets the collation of the environment, "C" when the machine has no locale of that name.
+void setEnvironmentCollation() {
+    if (!qb::sys::setlocale(LC_COLLATE, ""))
+        qb::sys::setlocale(LC_COLLATE, "C");
+}
+
 // Sets the collation of the process. At its end, that of the environment is in force.
 class CollationSetting {
 public:
     explicit CollationSetting(NSString *locale) {
         isNamed_ = locale->containsData() && qb::sys::setlocale(LC_COLLATE, locale->cString());
         if (!isNamed_)
-            qb::sys::setlocale(LC_COLLATE, "");
+            setEnvironmentCollation();
     }
     ~CollationSetting() {
         if (isNamed_)
-            qb::sys::setlocale(LC_COLLATE, "");
+            setEnvironmentCollation();
     }
     CollationSetting(const CollationSetting &) = delete;
     CollationSetting &operator=(const CollationSetting &) = delete;

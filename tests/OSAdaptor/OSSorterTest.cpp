@@ -204,6 +204,12 @@ TEST_F(OSSorterTest, TheCollationIsThatOfTheEnvironmentAfterwards) {
     EXPECT_REASON(OSSorter::sorterForLanguageCompareFunction("de_DE"_ns, fail)->sortArrayAscending(array),
                   "de_DE.utf-8");
     EXPECT_EQ(collation(), "C.UTF-8");
-    EXPECT_REASON(OSSorter::sorterForLanguageCompareFunction("nowhere"_ns, fail)->sortArrayAscending(array),
-                  "C.UTF-8");
+    for (const char *const locale : {"C.UTF-8", "xx_YY"}) { // which the machine does not have
+        ::setenv("LC_ALL", locale, 1);
+        OSSorter::sorterForLanguage("de_DE"_ns)->sortArrayAscending(array);
+        EXPECT_REASON(
+            OSSorter::sorterForLanguageCompareFunction("nowhere"_ns, fail)->sortArrayAscending(array),
+            *locale == 'C' ? locale : "C");
+        EXPECT_EQ(collation(), *locale == 'C' ? locale : "C");
+    }
 }

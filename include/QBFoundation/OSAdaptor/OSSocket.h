@@ -213,7 +213,8 @@ public:
 
     /// Waits until one of the sockets is ready in one of the ways of `activation` (kReadable …), at most the
     /// sum of the two times, for ever when one of them is negative. A socket whose buffer holds bytes is
-    /// readable; one whose connection has ended or failed is ready in any way.
+    /// readable, as is one whose other end has been closed; one that has failed, or whose connection has
+    /// ended in both directions, is ready in any way.
     ///
     /// Returns those that are ready, in their order; none at the time-out, after an interruption, and when
     /// the callback has ended the waiting. The number of sockets and their descriptors have no limit but the

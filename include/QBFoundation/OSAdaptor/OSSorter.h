@@ -32,7 +32,8 @@ QB_EXPORT std::int32_t localeCompare(id a, id b, void *context = nullptr);
 /// section 5.2.1). Elements that compare equal come in the order in which its passes leave them, which is not
 /// always their own. With `localeCompare`, keys are made only once, and the result is the same.
 ///
-/// Sorting sets the process's collation (LC_COLLATE), which is that of the environment afterwards.
+/// Sorting sets the process's collation (LC_COLLATE), which is that of the environment afterwards, or "C"
+/// when the machine does not have that locale.
 class QB_EXPORT OSSorter : public OSObject {
 public:
     OSSorter() noexcept = default;
