@@ -220,11 +220,13 @@ bool QBRegularExpression::isFoundIn(NSString *string, std::span<regmatch_t> plac
         return false;
     const bool isTooLong = string->cStringLength() > longestText_;
     const int result = isTooLong ? REG_ESPACE : execute(string, places);
-    if (result != 0 && result != REG_NOMATCH) {
-        if (!isTooLong)
-            isSpoilt_ = true; // the matcher has left things half done that later searches would trust
+    const bool isError = result != 0 && result != REG_NOMATCH;
+    // Later searches would trust what the matcher has left half done, and what it keeps beside back
+    // references, which is true for this text only.
+    if (!isTooLong)
+        isSpoilt_ = isError || hasReferences_;
+    if (isError)
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
-    }
     return result == 0;
 }
 

@@ -30,15 +30,16 @@ class QBRegularExpressionMatchObject;
 /// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
 /// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
-/// repeat ends. The end is not open of a repeated bracket expression in front of a blank or punctuation mark
-/// that it has not. A group that is referred to must neither have an anchor nor be repeated, save by "?" when
-/// it cannot be empty, nor stand behind a repeat with an open end, nor, when it can be empty, in a branch or
-/// in what "?" may leave out, nor be referred to twice or beside an anchor that may be left out. No anchor
-/// may be repeated, save by "?". Branches and repeats that may but need not go on are counted, and may be
-/// some 25 for one back reference, ten for two or in front of the group, four for four, one for ten, and
-/// fewer where several of these meet; when the group's own end is open, none may be in front of it, nor may a
-/// reference to it be left out. Such a pattern may have 200 parts after repeating, of which a set is three.
-/// So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// repeat ends. The end is not open of a repeated bracket expression of nothing but letters and digits, or
+/// one that begins with "^", in front of a blank or one of !"#%&',-/:;<=>@_~ that it has not. A group that is
+/// referred to must neither have an anchor nor be repeated, save by "?" when it cannot be empty, nor stand
+/// behind a repeat with an open end, nor, when it can be empty, in a branch or in what "?" may leave out, nor
+/// be referred to twice or beside an anchor that may be left out. No anchor may be repeated, save by "?".
+/// Branches and repeats that may but need not go on are counted, and may be some 25 for one back reference,
+/// ten for two or in front of the group, four for four, one for ten, and fewer where several of these meet or
+/// the pattern has many parts, of which there may be 200 after repeating (a set is three). None may be in
+/// front of the group when any end is open, and no reference may be left out when the group has an endless
+/// repeat inside. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
@@ -48,8 +49,9 @@ class QBRegularExpressionMatchObject;
 ///
 /// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
 /// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
-/// unless the locale has changed since then, in which the pattern would mean something else (after a search
-/// that ran out of memory it is compiled in the present one); a single long text can still take much memory
+/// unless the locale has changed since then, in which the pattern would mean something else (one with back
+/// references is compiled for each search, and any other one after a search that ran out of memory, in the
+/// present one); a single long text can still take much memory
 /// and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many states. A text of a few KiB
 /// already takes seconds with one in which a set is repeated often behind a repeat that ends anywhere: in a
 /// character set of several bytes with ".+[a-z]{143}-", in others with a word boundary, as
@@ -57,9 +59,9 @@ class QBRegularExpressionMatchObject;
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
-/// than 4096 bytes for a pattern in which a group that is referred to has an open end inside, as
-/// "^(.+)-\1$": its memory would grow with the square of the text's length. The platform does not always say
-/// that memory is missing: it may end the process instead, or search on for ever.
+/// than 4096 bytes for a pattern in which a group that is referred to has an endless repeat inside, as
+/// "^(.+)-\1$" and "([a-z]+) \1": its memory would grow with the square of the text's length. The platform
+/// does not always say that memory is missing: it may end the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;
@@ -114,7 +116,7 @@ private:
 
     mutable regex_t compiledRegex_{};
     bool isCompiled_ = false;
-    mutable bool isSpoilt_ = false; // by a search without memory
+    mutable bool isSpoilt_ = false; // by the last search
     Ref<NSString> pattern_;
     std::int32_t flags_ = 0;
     bool hasReferences_ = false;

@@ -40,7 +40,7 @@ constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
 // Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
 // takes some 8 bytes for each two places.
-constexpr std::size_t kLongestForOpenCapture = 4096;
+constexpr std::size_t kLongestForEndlessCapture = 4096;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -138,7 +138,7 @@ public:
         return {.fault = fault_,
                 .groupFault = groupCount_ == 0 ? nullptr : groupFault_,
                 .hasReferences = references_.areThere(),
-                .longestText = hasOpenCapture_ ? kLongestForOpenCapture : INT_MAX};
+                .longestText = hasEndlessCapture_ ? kLongestForEndlessCapture : INT_MAX};
     }
 
 private:
@@ -264,8 +264,8 @@ private:
                 fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
             whole.hasIdleCapture |= whole.isNullable;
-            if (PatternCount() < whole.openEnds)
-                noteOpenCapture();
+            hasEndlessCapture_ |= whole.hasEndlessRepeat;
+            hasChoiceInFront_ |= PatternCount() < level().choicesInFront;
             const PatternCount begins = level().choicesInFront + 1;
             captureTrials_ = captureTrials_ * begins * begins * (whole.choices + 1);
         }
@@ -306,12 +306,6 @@ private:
             groupFault_ = kIdleLoop;
     }
 
-    void noteOpenCapture() {
-        hasOpenCapture_ = true;
-        if (PatternCount() < level().choicesInFront)
-            fault_ = kTooOpen;
-    }
-
     /// The loop of a repeat without end.
     PatternShape endless(const PatternShape &part) {
         PatternShape shape = loop(part);
@@ -331,7 +325,8 @@ private:
         if (kMostNodesToTry < whole.nodes)
             fault_ = "it is too large beside back references";
         else if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0) ||
-                 (hasOpenCapture_ && whole.hasSkippedReference))
+                 (hasChoiceInFront_ && PatternCount() < whole.openEnds) ||
+                 (hasEndlessCapture_ && whole.hasSkippedReference))
             fault_ = kTooOpen;
         else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";
@@ -431,7 +426,8 @@ private:
     const References references_;
     bool beginsAnywhere_;
     bool hasOpenEnd_ = false;
-    bool hasOpenCapture_ = false;    // a group that is referred to has one inside
+    bool hasEndlessCapture_ = false; // a group that is referred to has an endless repeat,
+    bool hasChoiceInFront_ = false;  // or a choice in front
     PatternCount captureTrials_ = 1; // for the begins and ends of groups that are referred to
     std::string_view simplePart_;    // its text, when the latest part is no group and not repeated
     std::vector<Level> levels_ = std::vector<Level>(1);

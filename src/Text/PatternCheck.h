@@ -16,7 +16,7 @@ inline constexpr std::size_t kMostPatternGroups = 1000;
 struct PatternLimits {
     const char *fault = nullptr;      // why it must not be compiled
     const char *groupFault = nullptr; // why nobody must ask for the places of its groups
-    bool hasReferences = false;       // whether groups are to be asked for always, see below
+    bool hasReferences = false;       // whether groups are to be asked for always, and of a new one each time
     std::size_t longestText = 0;      // bytes that a text may have that is searched
 };
 
@@ -35,20 +35,20 @@ struct PatternLimits {
 ///
 /// Back references make the matcher try all that a group may be at each place where a reference may stand. So
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless
-/// a "^" in front of everything says so, or where one endless repeat ends, unless it is one of a bracket
-/// expression that lacks the character behind it, as in "([a-z]+) \1". A group that is referred to may
-/// neither have an anchor, be repeated, stand behind such a repeat or, if it has one, behind a choice, nor
-/// match nothing where a way leads past it, or where it is named twice or an anchor may be left out; if it
-/// has an open end, no reference to it may be left out. No endless repeat may match nothing, and no anchor be
-/// repeated but by "?". What is tried at a place of the text may be 80 000: the pattern's nodes, times the
-/// ends of each such group (one more than the choices in it) and the square of its begins (one more than
-/// those in front of it), times one more than all choices for each reference; the nodes may be 200. What is
-/// left has taken two seconds at most in a text of 4 KiB. Without groups the matcher may find what it does
-/// not find with them, so that they are always to be asked for.
+/// a "^" in front of everything says so, or where one endless repeat ends, unless it is delimited as in
+/// "([a-z]+) \1". Where such an end is open, no choice may stand in front of a group that is referred to. The
+/// group may neither have an anchor, be repeated, stand behind such a repeat, nor match nothing where a way
+/// leads past it, or where it is named twice or an anchor may be left out; if it has an endless repeat, no
+/// reference may be left out. No endless repeat may match nothing, and no anchor be repeated but by "?". What
+/// is tried at a place of the text may be 80 000: the pattern's nodes, times the ends of each such group (one
+/// more than the choices in it) and the square of its begins (one more than those in front of it), times one
+/// more than all choices for each reference; the nodes may be 200. What is left has taken two seconds at most
+/// in a text of 4 KiB. Without groups the matcher may find what it does not find with them, so that they are
+/// always to be asked for; and what it keeps of one text misleads it in others.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
-/// that is referred to has an open end inside, for which the matcher takes memory in proportion to the square
-/// of the text's length.
+/// that is referred to has an endless repeat inside, for which the matcher takes memory in proportion to the
+/// square of the text's length.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text

@@ -35,6 +35,7 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
+    sum.hasEndlessRepeat = first.hasEndlessRepeat || second.hasEndlessRepeat;
     sum.hasSkippedAnchor = first.hasSkippedAnchor || second.hasSkippedAnchor;
     sum.hasSkippedReference = first.hasSkippedReference || second.hasSkippedReference;
     sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
@@ -141,6 +142,7 @@ PatternShape loop(const PatternShape &part) {
         shape.loopedAnchors = part.allAnchors;
     shape.leadsToLoop = part.leadsToLoop || part.isNullable;
     shape.hasIdleLoop = part.hasIdleLoop || part.isNullable;
+    shape.hasEndlessRepeat = true;
     return shape;
 }
 

@@ -58,6 +58,7 @@ struct PatternShape {
     bool isNullable = true;           // the end is reached from the beginning
     bool leadsToLoop = false;         // a loop that needs no character is reached from the beginning
     bool hasIdleLoop = false;         // one that may be gone through without a character
+    bool hasEndlessRepeat = false;    // a loop of any kind
     bool hasSkippedAnchor = false;    // a way leads past an anchor
     bool hasSkippedReference = false; // one past a back reference, but not past its group
     bool hasIdleCapture = false;      // a group that a back reference names may match nothing,

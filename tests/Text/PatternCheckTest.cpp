@@ -127,7 +127,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(\\w).{66}\\1", "it is too large beside back references"},
         {"^(a+)\\1?b", kVaries},
         {"(a)\\1{13}b?", kMany},
-        {"^a?([a-z]+)\\1", kVaries},       // each begin with each end
+        {"^a?([a-z]+)\\1", kVaries}, // each begin with each end
+        {"^.?([^-])\\w+\\1{2}[^-]", kVaries},
         {"(a?)(a?)a?b{0,2}\\2\\2", kLost}, // finds "aba" without groups, nothing with them
         {"(\\b|)()\\2$", kLost},
         {"(a)\\1{65}", "it has too many back references"},
