@@ -51,17 +51,17 @@ class QBRegularExpressionMatchObject;
 /// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
 /// unless the locale has changed since then, in which the pattern would mean something else (one with back
 /// references is compiled for each search, and any other one after a search that ran out of memory, in the
-/// present one); a single long text can still take much memory
-/// and time with a pattern such as "^[ab]*a[ab]{30}c", which has very many states. A text of a few KiB
-/// already takes seconds with one in which a set is repeated often behind a repeat that ends anywhere: in a
-/// character set of several bytes with ".+[a-z]{143}-", in others with a word boundary, as
-/// "[a-z]*.{21,241}\<".
+/// present one); a single long text can still take much memory and time with a pattern such as
+/// "^[ab]*a[ab]{30}c", which has very many states. A text of a few KiB already takes seconds with one in
+/// which a set is repeated often behind a repeat that ends anywhere: in a character set of several bytes with
+/// ".+[a-z]{143}-", in others with a word boundary, as "[a-z]*.{21,241}\<".
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
-/// than 4096 bytes for a pattern in which a group that is referred to has an endless repeat inside, as
-/// "^(.+)-\1$" and "([a-z]+) \1": its memory would grow with the square of the text's length. The platform
-/// does not always say that memory is missing: it may end the process instead, or search on for ever.
+/// than 16384 bytes for a pattern in which a group that is referred to has an endless repeat inside, as
+/// "([a-z]+) \1", and in more than 4096 when an end is open as well, as in "^(.+)-\1$": its memory would grow
+/// with the square of the text's length. The platform does not always say that memory is missing: it may end
+/// the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;

@@ -39,8 +39,9 @@ constexpr PatternCount kMostNodesToTry = 200;
 constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
 // Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
-// takes some 8 bytes for each two places.
-constexpr std::size_t kLongestForEndlessCapture = 4096;
+// takes some 8 bytes for each two places: of the text where an end is open, else of one run of characters.
+constexpr std::size_t kLongestForOpenEnd = 4096;
+constexpr std::size_t kLongestForRuns = 16384;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -138,7 +139,7 @@ public:
         return {.fault = fault_,
                 .groupFault = groupCount_ == 0 ? nullptr : groupFault_,
                 .hasReferences = references_.areThere(),
-                .longestText = hasEndlessCapture_ ? kLongestForEndlessCapture : INT_MAX};
+                .longestText = longestText()};
     }
 
 private:
@@ -317,6 +318,12 @@ private:
             hasOpenEnd_ = true;
         }
         return shape;
+    }
+
+    std::size_t longestText() {
+        if (!hasEndlessCapture_)
+            return INT_MAX;
+        return PatternCount() < level().branches.openEnds ? kLongestForOpenEnd : kLongestForRuns;
     }
 
     /// Checks how much of a pattern with back references is open.

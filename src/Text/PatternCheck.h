@@ -46,9 +46,9 @@ struct PatternLimits {
 /// in a text of 4 KiB. Without groups the matcher may find what it does not find with them, so that they are
 /// always to be asked for; and what it keeps of one text misleads it in others.
 ///
-/// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 4096 when a group
-/// that is referred to has an endless repeat inside, for which the matcher takes memory in proportion to the
-/// square of the text's length.
+/// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 16 KiB when a group
+/// that is referred to has an endless repeat inside, and 4096 bytes when an end is open then: the matcher
+/// takes memory in proportion to the square of the text's length.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text
