@@ -30,16 +30,17 @@ class QBRegularExpressionMatchObject;
 /// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
 /// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
-/// repeat ends. The end is not open of a repeated bracket expression of nothing but letters and digits, or
-/// one that begins with "^", in front of a blank or one of !"#%&',-/:;<=>@_~ that it has not. A group that is
-/// referred to must neither have an anchor nor be repeated, save by "?" when it cannot be empty, nor stand
-/// behind a repeat with an open end, nor, when it can be empty, in a branch or in what "?" may leave out, nor
-/// be referred to twice or beside an anchor that may be left out. No anchor may be repeated, save by "?".
-/// Branches and repeats that may but need not go on are counted, and may be some 25 for one back reference,
-/// ten for two or in front of the group, four for four, one for ten, and fewer where several of these meet or
-/// the pattern has many parts, of which there may be 200 after repeating (a set is three). None may be in
-/// front of the group when any end is open, and no reference may be left out when the group has an endless
-/// repeat inside. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// repeat ends. The end is not open where a blank or one of !"#%&',-/:;<=>@_~ follows a repeated bracket
+/// expression of nothing but letters and digits, or one without "[" inside that begins with "^" and names it
+/// ("-" at its beginning or end). A group that is referred to must neither have an anchor nor be repeated,
+/// save by "?" when it cannot be empty, nor stand behind a repeat with an open end, nor, when it can be
+/// empty, in a branch or in what "?" may leave out, nor be referred to twice or beside an anchor that may be
+/// left out. No anchor may be repeated, save by "?". Branches and repeats that may but need not go on are
+/// counted, and may be some 25 for one back reference, ten for two or in front of the group, four for four,
+/// one for ten, and fewer where several of these meet or the pattern has many parts, of which there may be
+/// 200 after repeating (a set is three). None may be in front of the group when any end is open, and no
+/// reference may be left out when the group has an endless repeat inside. So "([a-z])\1", "^(.+)-\1$" and
+/// "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look

@@ -47,9 +47,10 @@ bool isDelimited(std::string_view part, std::string_view behind) {
     if (elements[0] != '^')
         return isOfWords(elements);
     const std::size_t place = elements.find(behind[0]);
-    return behind[0] != '-' && elements.find('[') == std::string_view::npos &&
-           place != std::string_view::npos &&
-           isAscii(elements[place - 1]); // else it may end a longer character
+    if (place == std::string_view::npos || elements.find('[') != std::string_view::npos)
+        return false;
+    const bool isRange = behind[0] == '-' && place != 1 && place != elements.size() - 1;
+    return !isRange && isAscii(elements[place - 1]); // else it may end a longer character
 }
 
 } // namespace qb::text

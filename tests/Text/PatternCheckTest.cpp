@@ -77,7 +77,7 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
         "", "^[0-9]{14}$", "([a-z]+) \\1", "(^|[^a-z])word($|[^a-z])", "((25[0-5]|[01]?[0-9]?[0-9])\\.){3}",
         "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
         "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
-        "^([a-z]+)\\1{11}", "\\b(-?)a\\1\\b", "([^:]*):([a-z]+)/\\2", "[\\0-9]+(a*)(b*)[]\\1]",
+        "^([a-z]+)\\1{11}", "\\b(-?)a\\1\\b", "([^:]*):([a-z]+)/\\2", "([^-]+)-\\1", "[\\0-9]+(a*)(b*)[]\\1]",
         "(.{0,25})\\1", "a{0,12}([a-z])\\1", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1",
         times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
         "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
@@ -116,6 +116,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(|)(\\1\\1)*", kEndless},
         {"(.+)-\\1", kVaries},
         {"([a-z:]+):\\1", kVaries},
+        {"([^a-z]+)-\\1", kVaries},
         {"^(.?){2}\\1", kGroup}, // of which the matcher finds less when groups are wanted
         {"^(a?)(.?)?\\2\\1", kGroup},
         {"^((a?)-)?\\2b", kSkipped}, // finds "b" without groups, nothing with them
