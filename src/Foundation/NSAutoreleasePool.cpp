@@ -79,6 +79,12 @@ void NSAutoreleasePool::addObject(id object) {
     newest_->objects[newest_->count++] = object;
 }
 
+// Stands here so that the way into the pool is no call.
+id NSObject::autorelease() {
+    NSAutoreleasePool::defaultPool()->addObject(this);
+    return this;
+}
+
 void NSAutoreleasePool::drain() noexcept {
     // Objects that are destroyed may hand others to the pool, so it is done only when it stays empty.
     while (oldest_) {

@@ -1,6 +1,5 @@
 #include <QBFoundation/Foundation/NSObject.h>
 
-#include <QBFoundation/Foundation/NSAutoreleasePool.h>
 #include <QBFoundation/Foundation/NSData.h>
 #include <QBFoundation/Foundation/NSDictionary.h>
 #include <QBFoundation/Foundation/NSException.h>
@@ -188,11 +187,6 @@ BOOL NSObject::conformsToProtocol(Protocol *protocol) const {
 
 const qb::Method *NSObject::methodForSelector(SEL selector) const {
     return classObject()->instanceMethodForSelector(selector);
-}
-
-id NSObject::autorelease() {
-    NSAutoreleasePool::defaultPool()->addObject(this);
-    return this;
 }
 
 BOOL NSObject::isEqual(id other) const {
