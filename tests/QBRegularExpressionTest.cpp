@@ -131,7 +131,8 @@ TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
 TEST_F(QBRegularExpressionTest, CachedPatternsNeitherGrowNorChangeWithTheTextsThatTheySee) {
     NSString *const twice = "(.)\\1\\>"_ns;
     EXPECT_TRUE("aa"_ns->matches(twice));
-    EXPECT_FALSE("--"_ns->matches(twice));              // whatever the matcher has learnt from letters
+    EXPECT_FALSE("--"_ns->matches(twice)); // whatever the matcher has learnt from letters
+
     NSString *const pattern = "^.*(ab|cd).{20,60}$"_ns; // each byte may lead to a state of its own
     std::mt19937 random(7);
     const auto search = [&] {

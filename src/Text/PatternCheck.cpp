@@ -320,10 +320,10 @@ private:
         return shape;
     }
 
-    std::size_t longestText() {
+    std::size_t longestText() const {
         if (!hasEndlessCapture_)
             return INT_MAX;
-        return PatternCount() < level().branches.openEnds ? kLongestForOpenEnd : kLongestForRuns;
+        return hasOpenEnd_ ? kLongestForOpenEnd : kLongestForRuns;
     }
 
     /// Checks how much of a pattern with back references is open.
@@ -332,8 +332,7 @@ private:
         if (kMostNodesToTry < whole.nodes)
             fault_ = "it is too large beside back references";
         else if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0) ||
-                 (hasChoiceInFront_ && PatternCount() < whole.openEnds) ||
-                 (hasEndlessCapture_ && whole.hasSkippedReference))
+                 (hasChoiceInFront_ && hasOpenEnd_) || (hasEndlessCapture_ && whole.hasSkippedReference))
             fault_ = kTooOpen;
         else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";

@@ -16,7 +16,7 @@ inline constexpr std::size_t kMostPatternGroups = 1000;
 struct PatternLimits {
     const char *fault = nullptr;      // why it must not be compiled
     const char *groupFault = nullptr; // why nobody must ask for the places of its groups
-    bool hasReferences = false;       // whether groups are to be asked for always, and of a new one each time
+    bool hasReferences = false;       // whether each search wants groups, and a pattern compiled for it alone
     std::size_t longestText = 0;      // bytes that a text may have that is searched
 };
 
