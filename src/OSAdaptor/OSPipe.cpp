@@ -23,6 +23,9 @@ std::int32_t closeEnd(std::int32_t &handle, BOOL &isOpen) {
     return result;
 }
 
+// What programs write through a buffer comes in pieces of this length or more.
+constexpr ssize_t kPiece = 4096;
+
 std::size_t atOnce(std::uint32_t length) {
     return std::min<std::uint32_t>(length, INT32_MAX);
 }
@@ -73,8 +76,15 @@ std::int32_t OSPipe::closeWriteHandle() {
     return closeEnd(writeHandle_, isWriteHandleOpen_);
 }
 
+// A writer of pieces on the same processor fills the pipe in one turn, instead of waking its reader for each
+// of them. Behind a few bytes there is no such turn: who waits for a short answer wants it at once, and where
+// processors are busy a turn takes milliseconds.
 std::int32_t OSPipe::read(void *buffer, std::uint32_t length) {
-    return static_cast<std::int32_t>(sys::read(readHandle_, buffer, atOnce(length), sys::OnSignal::report));
+    if (isDrained_)
+        sys::sched_yield();
+    const ssize_t count = sys::read(readHandle_, buffer, atOnce(length), sys::OnSignal::report);
+    isDrained_ = count >= kPiece && static_cast<std::size_t>(count) < length;
+    return static_cast<std::int32_t>(count);
 }
 
 std::int32_t OSPipe::write(const void *buffer, std::uint32_t length) {

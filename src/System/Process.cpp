@@ -261,6 +261,10 @@ ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t lengt
     return result;
 }
 
+void sched_yield() noexcept {
+    ::sched_yield();
+}
+
 pid_t setsid() noexcept {
     return attempt(Call::setsid, [] { return ::setsid(); });
 }

@@ -67,6 +67,8 @@ void ignoreSignalsOfWriting() noexcept;
 /// Writes once to a pipe or the like; where nobody reads any more it is EPIPE, and never the signal.
 ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t length,
                            OnSignal onSignal) noexcept;
+/// Lets what else waits for this processor run first.
+void sched_yield() noexcept;
 /// Starts a session; returns its id.
 pid_t setsid() noexcept;
 /// Asks for SIGALRM in so many seconds (0: never); returns the seconds an earlier one had left.

@@ -39,7 +39,8 @@ public:
 
     /// Reads once, up to `length` bytes. Returns how many they are, 0 at the end of the data; -1, with an
     /// `errno`, after an error: EINTR when a signal came first whose handler does not let calls go on, EBADF
-    /// when the end is closed.
+    /// when the end is closed. Behind a read of 4096 bytes or more that left nothing, other
+    /// processes run first.
     virtual std::int32_t read(void *buffer, std::uint32_t length);
     /// Writes once. Returns how many bytes were taken, perhaps fewer than `length`; -1, with an `errno`,
     /// after an error: EINTR when such a signal came first, EPIPE (and no signal) when nobody reads any more,
@@ -58,6 +59,7 @@ private:
     std::int32_t writeHandle_ = -1;
     BOOL isReadHandleOpen_ = NO;
     BOOL isWriteHandleOpen_ = NO;
+    BOOL isDrained_ = NO; // the last read took a piece or more, and left nothing
 };
 
 #endif
