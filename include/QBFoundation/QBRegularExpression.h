@@ -38,9 +38,10 @@ class QBRegularExpressionMatchObject;
 /// left out. No anchor may be repeated, save by "?". Branches and repeats that may but need not go on are
 /// counted, and may be some 25 for one back reference, ten for two or in front of the group, four for four,
 /// one for ten, and fewer where several of these meet or the pattern has many parts, of which there may be
-/// 200 after repeating (a set is three). None may be in front of the group when any end is open, and no
-/// reference may be left out when the group has an endless repeat inside. So "([a-z])\1", "^(.+)-\1$" and
-/// "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// 200 after repeating (a set is three). None may be in front of the group when any end is open. When the
+/// group has an endless repeat inside, no reference may be left out, nor, unless the match begins at one
+/// place, any choice be in front of the group. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine,
+/// "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
@@ -58,11 +59,12 @@ class QBRegularExpressionMatchObject;
 /// ".+[a-z]{143}-", in others with a word boundary, as "[a-z]*.{21,241}\<".
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
-/// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one in more
-/// than 16384 bytes for a pattern in which a group that is referred to has an endless repeat inside, as
-/// "([a-z]+) \1", and in more than 4096 when an end is open as well, as in "^(.+)-\1$": its memory would grow
-/// with the square of the text's length. The platform does not always say that memory is missing: it may end
-/// the process instead, or search on for ever.
+/// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one for a
+/// pattern in which a group that is referred to has an endless repeat inside, where the text has more than
+/// 1024 bytes, as for "([a-z]+) \1", or more than 4096 when the match can't begin anywhere, as for
+/// "^(.+)-\1$": its time would grow with the cube of the text's length, its memory with the square. With a
+/// bound, as in "([a-z]{1,20}) \1", texts may have any length. The platform does not always say that memory
+/// is missing: it may end the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;

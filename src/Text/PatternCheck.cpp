@@ -38,10 +38,11 @@ constexpr PatternCount kMostNodesToTry = 200;
 // What the matcher tries at a place of the text for all back references.
 constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
-// Bytes of text. For each end that a group may have the matcher keeps what it has found up to there, which
-// takes some 8 bytes for each two places: of the text where an end is open, else of one run of characters.
-constexpr std::size_t kLongestForOpenEnd = 4096;
-constexpr std::size_t kLongestForRuns = 16384;
+// Bytes of text, where a group may have any length. For each end that it may have the matcher keeps what it
+// has found up to there, some 8 bytes for each two places. Where it begins anywhere too, it compares as many
+// bytes for each begin and end: the time grows with the cube of what may be the group.
+constexpr std::size_t kLongestForOneBegin = 4096;
+constexpr std::size_t kLongestForAnyBegin = 1024;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -323,16 +324,17 @@ private:
     std::size_t longestText() const {
         if (!hasEndlessCapture_)
             return INT_MAX;
-        return hasOpenEnd_ ? kLongestForOpenEnd : kLongestForRuns;
+        return beginsAnywhere_ ? kLongestForAnyBegin : kLongestForOneBegin;
     }
 
     /// Checks how much of a pattern with back references is open.
     void checkFreedom() {
         const PatternShape &whole = level().branches;
+        const bool isOpen = hasOpenEnd_ || (hasEndlessCapture_ && beginsAnywhere_);
         if (kMostNodesToTry < whole.nodes)
             fault_ = "it is too large beside back references";
         else if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0) ||
-                 (hasChoiceInFront_ && hasOpenEnd_) || (hasEndlessCapture_ && whole.hasSkippedReference))
+                 (hasChoiceInFront_ && isOpen) || (hasEndlessCapture_ && whole.hasSkippedReference))
             fault_ = kTooOpen;
         else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";

@@ -39,16 +39,18 @@ struct PatternLimits {
 /// "([a-z]+) \1". Where such an end is open, no choice may stand in front of a group that is referred to. The
 /// group may neither have an anchor, be repeated, stand behind such a repeat, nor match nothing where a way
 /// leads past it, or where it is named twice or an anchor may be left out; if it has an endless repeat, no
-/// reference may be left out. No endless repeat may match nothing, and no anchor be repeated but by "?". What
-/// is tried at a place of the text may be 80 000: the pattern's nodes, times the ends of each such group (one
-/// more than the choices in it) and the square of its begins (one more than those in front of it), times one
-/// more than all choices for each reference; the nodes may be 200. What is left has taken two seconds at most
-/// in a text of 4 KiB. Without groups the matcher may find what it does not find with them, so that they are
-/// always to be asked for; and what it keeps of one text misleads it in others.
+/// reference may be left out, and where the match may begin anywhere, no choice stand in front of it. No
+/// endless repeat may match nothing, and no anchor be repeated but by "?". What is tried at a place of the
+/// text may be 80 000: the pattern's nodes, times the ends of each such group (one more than the choices in
+/// it) and the square of its begins (one more than those in front of it), times one more than all choices for
+/// each reference; the nodes may be 200. What is left has taken two seconds at most in a text of 4 KiB, or of
+/// the length that it may have. Without groups the matcher may find what it does not find with them, so that
+/// they are always to be asked for; and what it keeps of one text misleads it in others.
 ///
-/// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes, but 16 KiB when a group
-/// that is referred to has an endless repeat inside, and 4096 bytes when an end is open then: the matcher
-/// takes memory in proportion to the square of the text's length.
+/// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes. When a group that is
+/// referred to has an endless repeat inside, it has 4096: the matcher takes memory in proportion to the
+/// square of the text's length. Where the match may begin anywhere then, it has 1024: the time is in
+/// proportion to the cube.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text

@@ -46,7 +46,8 @@ bool isDelimited(std::string_view part, std::string_view behind) {
     const std::string_view elements = part.substr(1, part.size() - 2);
     if (elements[0] != '^')
         return isOfWords(elements);
-    const std::size_t place = elements.find(behind[0]);
+    const bool isLast = elements.back() == behind[0]; // where a "-" stands for itself, whatever is in front
+    const std::size_t place = isLast ? elements.size() - 1 : elements.find(behind[0]);
     if (place == std::string_view::npos || elements.find('[') != std::string_view::npos)
         return false;
     const bool isRange = behind[0] == '-' && place != 1 && place != elements.size() - 1;
