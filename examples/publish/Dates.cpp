@@ -43,6 +43,10 @@ NSString *shown(NSCalendarDate *date, NSString *format) {
         format, NSTimeZone::timeZoneForSecondsFromGMT(0), nullptr);
 }
 
+NSString *httpForm() {
+    return "%a, %d %b %Y %H:%M:%S GMT"_ns;
+}
+
 // The format, with the zeros that "%Y" does not write.
 NSString *paddedForm(NSString *format, NSCalendarDate *date) {
     if (date->timeIntervalSince1970() >= kYear1000)
@@ -54,10 +58,19 @@ NSString *paddedForm(NSString *format, NSCalendarDate *date) {
 } // namespace
 
 NSCalendarDate *dateIn(NSString *text) {
-    if (NSCalendarDate *const date = isoDateIn(text->view()))
-        return date;
+    NSCalendarDate *const date = isoDateIn(text->view());
+    return date ? date : httpDateIn(text);
+}
+
+// The parser passes over the day of the week and all that is behind the seconds, such as another zone.
+NSCalendarDate *httpDateIn(NSString *text) {
     const std::int32_t seconds = text->ctimeFromHTTPDate();
-    return seconds ? NSCalendarDate::dateWithCTime(seconds) : nullptr;
+    NSCalendarDate *const date = seconds ? NSCalendarDate::dateWithCTime(seconds) : nullptr;
+    const auto isWritten = [&](NSString *format) { return text->isEqual(shown(date, format)); };
+    return date && (isWritten(httpForm()) || isWritten("%A, %d-%b-%y %H:%M:%S GMT"_ns) ||
+                    isWritten("%a %b %e %H:%M:%S %Y"_ns))
+               ? date
+               : nullptr;
 }
 
 NSCalendarDate *dateOf(id value) {
@@ -75,7 +88,7 @@ NSString *isoText(NSCalendarDate *date) {
 }
 
 NSString *httpText(NSCalendarDate *date) {
-    return shown(date, paddedForm("%a, %d %b %Y %H:%M:%S GMT"_ns, date));
+    return shown(date, paddedForm(httpForm(), date));
 }
 
 } // namespace publish

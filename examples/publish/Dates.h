@@ -11,6 +11,11 @@ namespace publish {
 /// or time that there is not.
 NSCalendarDate *dateIn(NSString *text);
 
+/// Returns the instant of a date as HTTP has it, in any of its three forms (RFC 9110, section 5.6.7), all of
+/// them in GMT; nil when the text is none, names another day of the week, or is not of 1970, but for its
+/// first second, to 2037.
+NSCalendarDate *httpDateIn(NSString *text);
+
 /// Returns the instant of a date object of the years 1 to 9999, which is how plug-ins may give it, or that of
 /// a text as above; nil otherwise.
 NSCalendarDate *dateOf(id value);

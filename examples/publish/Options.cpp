@@ -32,8 +32,8 @@ const char *const kUsage =
     "  --help, --version    say this, or the version, and end\n"
     "\n"
     "The exit status is 0 when the site was published; 1 when it was not, and the old site is whole then or\n"
-    "the next run completes the new one, or when nobody could be told; 2 when the command line was wrong;\n"
-    "255 when a plug-in could not be loaded.\n";
+    "the next run completes the new one, when OUT/.publish stayed beside the new one, or when nobody could\n"
+    "be told; 2 when the command line was wrong; 255 when a plug-in could not be loaded.\n";
 
 namespace {
 

@@ -90,6 +90,11 @@ NSString *htmlOf(std::string_view head, std::string_view body, bool isPlainText)
     return NSString::stringWith(html);
 }
 
+// A date object's short text has only the years that 32 bits have.
+NSString *shownDate(id value) {
+    return value->isKindOfClass(NSDate::cls()) ? value->description() : value->stringValue();
+}
+
 // A page's date, if it has one, gets the forms that its readers want.
 bool addDates(Page &page) {
     const id value = page.head->objectForKey("date"_ns);
@@ -99,7 +104,7 @@ bool addDates(Page &page) {
     }
     NSCalendarDate *const date = dateOf(value);
     if (!date)
-        return fail(__LINE__, kErrorNoDate, page.file.get(), value->stringValue());
+        return fail(__LINE__, kErrorNoDate, page.file.get(), shownDate(value));
     page.head->setObjectForKey(isoText(date), "isoDate"_ns);
     page.head->setObjectForKey(httpText(date), "httpDate"_ns);
     return true;

@@ -94,7 +94,8 @@ modified=$(header_of Last-Modified "$address/")
 expect 'the date of a page' "$(http_date -r "$out/index.html")" echo "$modified"
 expect 'an unchanged page' 304 status_of -H "If-Modified-Since: $modified" "$address/"
 expect 'a changed page' 200 status_of -H "If-Modified-Since: $(http_date -d "$modified 1 second ago")" "$address/"
-
+expect 'a date as C writes it' 304 status_of -H "If-Modified-Since: $(LC_ALL=C TZ=UTC date -d "$modified" '+%a %b %e %T %Y')" "$address/"
+expect 'a date of another zone' 200 status_of -H "If-Modified-Since: ${modified%GMT}+0500" "$address/"
 expect 'two dates' 200 status_of -H "If-Modified-Since: $modified" -H "If-Modified-Since: $modified" "$address/"
 expect 'a tag' 200 status_of -H "If-Modified-Since: $modified" -H 'If-None-Match: "x"' "$address/"
 expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand '\r\nGET / HTTP/1.2\r\nHost: x\r\nConnection: close\r\n\r\n')' | head -1"

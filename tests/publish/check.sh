@@ -260,6 +260,7 @@ a key in a long tag|pages/index.html:3: there is no value for 'page.x'.|{ title 
 a block that stays open|pages/index.html:4: a block is not closed.|{ title = T; }|\n{{#if page}}\n\n
 an image above the site|pages/index.html:4: '../x.png' is no path inside of a site.|{ title = T; }|\n{{image "../x.png"}}
 unreal day|pages/index.html: '2023-02-29' is no date.|{ date = "2023-02-29"; }|x
+another zone|pages/index.html: 'Sun, 06 Nov 1994 08:49:37 +0200' is no date.|{ date = "Sun, 06 Nov 1994 08:49:37 +0200"; }|x
 NUL in a value|pages/index.html: '2023\0x' is no date.|{ date = "2023\000x"; }|x
 no list|pages/index.html:3: 'page.title' is no list.|{ title = T; }|{{#each page.title as t}}{{/each}}
 no image|assets/data.bin' is no image of at most 32768 bytes|{ title = T; }|{{image "assets/data.bin"}}

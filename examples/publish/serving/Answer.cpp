@@ -80,8 +80,8 @@ Answer shortAnswer(Status status, Head head, bool wantsBody, bool keepsConnectio
 
 // What is malformed is no date, and the file is sent.
 bool isUnchangedSince(NSString *date, std::time_t modified) {
-    const std::time_t seconds = date ? date->ctimeFromHTTPDate() : 0;
-    return seconds != 0 && modified <= seconds;
+    NSCalendarDate *const since = date ? httpDateIn(date) : nullptr;
+    return since && static_cast<NSTimeInterval>(modified) <= since->timeIntervalSince1970();
 }
 
 Answer fileAnswer(const Request &request, const SiteFile &file) {
