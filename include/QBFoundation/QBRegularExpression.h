@@ -61,8 +61,8 @@ class QBRegularExpressionMatchObject;
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one for a
 /// pattern in which a group that is referred to has an endless repeat inside, where the text has more than
-/// 1024 bytes, as for "([a-z]+) \1", or more than 4096 when the match can't begin anywhere, as for
-/// "^(.+)-\1$": its time would grow with the cube of the text's length, its memory with the square. With a
+/// 1024 bytes, as for "([a-z]+) \1", or more than 4096 for one reference and one place to begin, as
+/// in "^(.+)-\1$": its time would grow with the cube of the text's length, its memory with the square. With a
 /// bound, as in "([a-z]{1,20}) \1", texts may have any length. The platform does not always say that memory
 /// is missing: it may end the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {

@@ -39,10 +39,10 @@ constexpr PatternCount kMostNodesToTry = 200;
 constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
 // Bytes of text, where a group may have any length. For each end that it may have the matcher keeps what it
-// has found up to there, some 8 bytes for each two places. Where it begins anywhere too, it compares as many
-// bytes for each begin and end: the time grows with the cube of what may be the group.
-constexpr std::size_t kLongestForOneBegin = 4096;
-constexpr std::size_t kLongestForAnyBegin = 1024;
+// has found up to there, some 8 bytes for each two places. Where it begins anywhere too, or stands for
+// several references, it compares as many bytes for each pair of places: the time grows with the cube.
+constexpr std::size_t kLongestForOneReference = 4096;
+constexpr std::size_t kLongestWhereTriedOften = 1024;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -324,7 +324,8 @@ private:
     std::size_t longestText() const {
         if (!hasEndlessCapture_)
             return INT_MAX;
-        return beginsAnywhere_ ? kLongestForAnyBegin : kLongestForOneBegin;
+        const bool isTriedOften = beginsAnywhere_ || PatternCount(1) < levels_.back().branches.references;
+        return isTriedOften ? kLongestWhereTriedOften : kLongestForOneReference;
     }
 
     /// Checks how much of a pattern with back references is open.

@@ -49,8 +49,8 @@ struct PatternLimits {
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes. When a group that is
 /// referred to has an endless repeat inside, it has 4096: the matcher takes memory in proportion to the
-/// square of the text's length. Where the match may begin anywhere then, it has 1024: the time is in
-/// proportion to the cube.
+/// square of the text's length. Where the match may begin anywhere then, or there are several
+/// references, it has 1024: the time is in proportion to the cube.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text
