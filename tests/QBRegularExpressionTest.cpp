@@ -96,7 +96,8 @@ TEST_F(QBRegularExpressionTest, HostilePatternsAndLongTextsNeedASmallStack) {
 }
 
 TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
-    for (const auto &[pattern, longest] : {std::pair("^(.+)-\\1", 4096), std::pair("([a-z]+) \\1", 1024)}) {
+    for (const auto &[pattern, longest] :
+         {std::pair("^(.+)-\\1", 4096), std::pair("([a-z]+) \\1", 1024), std::pair("^(.+)-\\1.\\1", 1024)}) {
         const std::string text = "a-a a" + std::string(static_cast<std::size_t>(longest) - 5, ' ');
         NSString *const string = NSString::stringWith(pattern);
         EXPECT_TRUE(NSString::stringWith(text)->matches(string));

@@ -43,9 +43,9 @@ struct PatternLimits {
 /// endless repeat may match nothing, and no anchor be repeated but by "?". What is tried at a place of the
 /// text may be 80 000: the pattern's nodes, times the ends of each such group (one more than the choices in
 /// it) and the square of its begins (one more than those in front of it), times one more than all choices for
-/// each reference; the nodes may be 200. What is left has taken two seconds at most in a text of 4 KiB, or of
-/// the length that it may have. Without groups the matcher may find what it does not find with them, so that
-/// they are always to be asked for; and what it keeps of one text misleads it in others.
+/// each reference; the nodes may be 200. What is left has taken three seconds at most in a text of 4 KiB, or
+/// of the length that it may have. Without groups the matcher may find what it does not find with them, so
+/// that they are always to be asked for; and what it keeps of one text misleads it in others.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes. When a group that is
 /// referred to has an endless repeat inside, it has 4096: the matcher takes memory in proportion to the
