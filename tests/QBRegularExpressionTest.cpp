@@ -97,7 +97,8 @@ TEST_F(QBRegularExpressionTest, HostilePatternsAndLongTextsNeedASmallStack) {
 
 TEST_F(QBRegularExpressionTest, MissingMemoryIsAnErrorAndNoMatch) {
     for (const auto &[pattern, longest] :
-         {std::pair("^(.+)-\\1", 4096), std::pair("([a-z]+) \\1", 1024), std::pair("^(.+)-\\1.\\1", 1024)}) {
+         {std::pair("^(.+)-\\1", 4096), std::pair("([a-z]+) \\1", 1024), std::pair("^(.+)-\\1.\\1", 1024),
+          std::pair("([a-z]{1,9})[a-z]* \\1", 1024), std::pair("^(a*)a{0,47}\\1a{0,40}", 1024)}) {
         const std::string text = "a-a a" + std::string(static_cast<std::size_t>(longest) - 5, ' ');
         NSString *const string = NSString::stringWith(pattern);
         EXPECT_TRUE(NSString::stringWith(text)->matches(string));

@@ -30,18 +30,20 @@ class QBRegularExpressionMatchObject;
 /// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
 /// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
-/// repeat ends. The end is not open where a blank or one of !"#%&',-/:;<=>@_~ follows a repeated bracket
-/// expression of nothing but letters and digits, or one without "[" inside that begins with "^" and names it
-/// ("-" at its beginning or end). A group that is referred to must neither have an anchor nor be repeated,
-/// save by "?" when it cannot be empty, nor stand behind a repeat with an open end, nor, when it can be
-/// empty, in a branch or in what "?" may leave out, nor be referred to twice or beside an anchor that may be
-/// left out. No anchor may be repeated, save by "?". Branches and repeats that may but need not go on are
-/// counted, and may be some 25 for one back reference, ten for two or in front of the group, four for four,
-/// one for ten, and fewer where several of these meet or the pattern has many parts, of which there may be
-/// 200 after repeating (a set is three). None may be in front of the group when any end is open. When the
-/// group has an endless repeat inside, no reference may be left out, nor, unless the match begins at one
-/// place, any choice be in front of the group. So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine,
-/// "(.+)-\1" and "(.)*\1" are not.
+/// repeat ends. The end is not open where no reference stands in front, and a blank or one of
+/// !"#%&',-/:;<=>@_~ follows, with at most closing parentheses between, a repeated bracket expression of
+/// nothing but ASCII letters and digits, written out or as ranges, or one without "[" inside that begins with
+/// "^" and names it ("-" at its beginning or end). A group that is referred to must neither have an anchor
+/// nor be repeated, save by "?" when it cannot be empty, nor stand behind a repeat with an open end, nor,
+/// when it can be empty, in a branch or in what "?" may leave out, nor be referred to twice or beside an
+/// anchor that may be left out. No anchor may be repeated, save by "?". Branches and repeats that may but
+/// need not go on are counted, and may be some 25 for one back reference, ten for two or in front of the
+/// group, four for four, one for ten, and fewer where several of these meet or the pattern has many parts, of
+/// which there may be 200 after repeating (a set is three). None may be in front of the group when any end is
+/// open. When the group has an endless repeat inside, no reference may be left out, nor, unless the match
+/// begins at one place, any choice be in front of the group. All choices together may leave 10 000 ways to
+/// read the pattern, and what has more than one must not be repeated without end, as in "(a|b)*". So
+/// "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
@@ -60,11 +62,13 @@ class QBRegularExpressionMatchObject;
 ///
 /// Searches given nil throw InvalidArgumentException. One that runs out of memory, or gets a text of 2 GiB or
 /// more, which the platform's positions don't reach, raises 100156 and has found nothing. So does one for a
-/// pattern in which a group that is referred to has an endless repeat inside, where the text has more than
-/// 1024 bytes, as for "([a-z]+) \1", or more than 4096 for one reference and one place to begin, as
-/// in "^(.+)-\1$": its time would grow with the cube of the text's length, its memory with the square. With a
-/// bound, as in "([a-z]{1,20}) \1", texts may have any length. The platform does not always say that memory
-/// is missing: it may end the process instead, or search on for ever.
+/// pattern with back references and endless repeats whose time would grow with the cube of the text's length:
+/// where the text has more than 1024 bytes, and the match may begin anywhere, as for "([a-z]+) \1", or there
+/// are many choices, or several references and a repeat with an open end or in a group that they name; and
+/// where it has more than 4096, and a group that is referred to has an endless repeat inside, as in
+/// "^(.+)-\1$", whose memory would grow with the square. Without an endless repeat, as in
+/// "([a-z]{1,20}) \1", texts may have any length. The platform does not always say that memory is missing: it
+/// may end the process instead, or search on for ever.
 class QB_EXPORT QBRegularExpression : public NSObject {
 public:
     QBRegularExpression() noexcept = default;

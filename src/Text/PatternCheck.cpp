@@ -38,11 +38,14 @@ constexpr PatternCount kMostNodesToTry = 200;
 // What the matcher tries at a place of the text for all back references.
 constexpr PatternCount kMostTrials = 80'000;
 constexpr PatternCount kMostOpenEnds = 1;
-// Bytes of text, where a group may have any length. For each end that it may have the matcher keeps what it
-// has found up to there, some 8 bytes for each two places. Where it begins anywhere too, or stands for
-// several references, it compares as many bytes for each pair of places: the time grows with the cube.
-constexpr std::size_t kLongestForOneReference = 4096;
+// Where it seeks the places of groups, the matcher may go all ways.
+constexpr PatternCount kMostReadings = 10'000;
+// Bytes of text. For each end that a group of any length may have the matcher keeps what it has found up to
+// there, some 8 bytes for each two places. Where two things depend on the text's length, or much is tried,
+// it goes over as many bytes for each pair of places: the time grows with the cube.
+constexpr std::size_t kLongestForGroups = 4096;
 constexpr std::size_t kLongestWhereTriedOften = 1024;
+constexpr PatternCount kMostTrialsInLongTexts = 16'000;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -177,6 +180,7 @@ private:
 
     void takeSimplePart(std::string_view character) {
         addPart(simplePart(character));
+        hasReferenceInFront_ |= PatternCount() < level().part.references;
         simplePart_ = {character.data(), rest_.data()};
     }
 
@@ -266,7 +270,7 @@ private:
                 fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
             whole.hasIdleCapture |= whole.isNullable;
-            hasEndlessCapture_ |= whole.hasEndlessRepeat;
+            hasEndlessCapture_ |= PatternCount() < whole.endlessRepeats;
             hasChoiceInFront_ |= PatternCount() < level().choicesInFront;
             const PatternCount begins = level().choicesInFront + 1;
             captureTrials_ = captureTrials_ * begins * begins * (whole.choices + 1);
@@ -314,7 +318,7 @@ private:
         shape.choices = part.choices;
         if (PatternCount(1) < part.ways.through)
             groupFault_ = kIdleLoop;
-        if (!isDelimited(simplePart_, rest_)) {
+        if (hasReferenceInFront_ || !isDelimited(simplePart_, rest_)) { // the matcher comes from behind, too
             shape.openEnds = shape.openEnds + 1;
             hasOpenEnd_ = true;
         }
@@ -322,10 +326,14 @@ private:
     }
 
     std::size_t longestText() const {
-        if (!hasEndlessCapture_)
+        const PatternShape &whole = levels_.back().branches;
+        if (!references_.areThere() || !(PatternCount() < whole.endlessRepeats))
             return INT_MAX;
-        const bool isTriedOften = beginsAnywhere_ || PatternCount(1) < levels_.back().branches.references;
-        return isTriedOften ? kLongestWhereTriedOften : kLongestForOneReference;
+        const bool isOpen = hasEndlessCapture_ || hasOpenEnd_;
+        if (beginsAnywhere_ || (isOpen && PatternCount(1) < whole.references) ||
+            kMostTrialsInLongTexts < trials(whole))
+            return kLongestWhereTriedOften;
+        return hasEndlessCapture_ ? kLongestForGroups : INT_MAX;
     }
 
     /// Checks how much of a pattern with back references is open.
@@ -337,6 +345,8 @@ private:
         else if (kMostOpenEnds < whole.openEnds + (beginsAnywhere_ ? 1 : 0) ||
                  (hasChoiceInFront_ && isOpen) || (hasEndlessCapture_ && whole.hasSkippedReference))
             fault_ = kTooOpen;
+        else if (kMostReadings < whole.readings)
+            fault_ = "it can be read in too many ways beside back references";
         else if (kMostTrials < trials(whole))
             fault_ = "it has too many choices beside back references";
         else if (whole.hasIdleLoop)
@@ -402,8 +412,13 @@ private:
             copies = checked(sequence(copies, part));
         if (interval.isEndless)
             return checked(sequence(copies, endless(part)));
-        for (std::uint32_t count = interval.low; count < interval.high && !fault_; ++count)
+        PatternCount readings = 1; // of those that may be left out: not one without all in front of it
+        const PatternCount needed = copies.readings;
+        for (std::uint32_t count = interval.low; count < interval.high && !fault_; ++count) {
             copies = checked(sequence(copies, choice(part, PatternShape())));
+            readings = readings * part.readings + 1;
+        }
+        copies.readings = needed * readings;
         return copies;
     }
 
@@ -434,6 +449,7 @@ private:
     std::string_view rest_;
     const References references_;
     bool beginsAnywhere_;
+    bool hasReferenceInFront_ = false;
     bool hasOpenEnd_ = false;
     bool hasEndlessCapture_ = false; // a group that is referred to has an endless repeat,
     bool hasChoiceInFront_ = false;  // or a choice in front

@@ -36,21 +36,25 @@ struct PatternLimits {
 /// Back references make the matcher try all that a group may be at each place where a reference may stand. So
 /// in a pattern with back references one thing only may be open without limit: where the match begins, unless
 /// a "^" in front of everything says so, or where one endless repeat ends, unless it is delimited as in
-/// "([a-z]+) \1". Where such an end is open, no choice may stand in front of a group that is referred to. The
-/// group may neither have an anchor, be repeated, stand behind such a repeat, nor match nothing where a way
-/// leads past it, or where it is named twice or an anchor may be left out; if it has an endless repeat, no
-/// reference may be left out, and where the match may begin anywhere, no choice stand in front of it. No
-/// endless repeat may match nothing, and no anchor be repeated but by "?". What is tried at a place of the
-/// text may be 80 000: the pattern's nodes, times the ends of each such group (one more than the choices in
-/// it) and the square of its begins (one more than those in front of it), times one more than all choices for
-/// each reference; the nodes may be 200. What is left has taken three seconds at most in a text of 4 KiB, or
-/// of the length that it may have. Without groups the matcher may find what it does not find with them, so
-/// that they are always to be asked for; and what it keeps of one text misleads it in others.
+/// "([a-z]+) \1"; behind a reference each one is open, as the matcher comes to it from its end, too. Where
+/// such an end is open, no choice may stand in front of a group that is referred to. The group may neither
+/// have an anchor, be repeated, stand behind such a repeat, nor match nothing where a way leads past it, or
+/// where it is named twice or an anchor may be left out; if it has an endless repeat, no reference may be
+/// left out, and where the match may begin anywhere, no choice stand in front of it. No endless repeat may
+/// match nothing, and no anchor be repeated but by "?". What is tried at a place of the text may be 80 000:
+/// the pattern's nodes, times the ends of each such group (one more than the choices in it) and the square of
+/// its begins (one more than those in front of it), times one more than all choices for each reference; the
+/// nodes may be 200. When the matcher seeks the places of groups, it may go each way through the pattern that
+/// leads from one place to another: there may be 10 000, and one only in what is repeated without end. What
+/// is left has taken some three seconds at most in a text of 4 KiB, or of the length that it may have.
+/// Without groups the matcher may find what it does not find with them, so that they are always to be asked
+/// for; and what it keeps of one text misleads it in others.
 ///
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes. When a group that is
 /// referred to has an endless repeat inside, it has 4096: the matcher takes memory in proportion to the
-/// square of the text's length. Where the match may begin anywhere then, or there are several
-/// references, it has 1024: the time is in proportion to the cube.
+/// square of the text's length. It has 1024, as the time is in proportion to the cube, when there is an
+/// endless repeat and the match may begin anywhere, 16 000 are tried at a place, or, if it is in a group that
+/// is referred to or open, there are several references.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
 } // namespace qb::text

@@ -34,8 +34,8 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.captures = first.captures + second.captures;
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
+    sum.endlessRepeats = first.endlessRepeats + second.endlessRepeats;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
-    sum.hasEndlessRepeat = first.hasEndlessRepeat || second.hasEndlessRepeat;
     sum.hasSkippedAnchor = first.hasSkippedAnchor || second.hasSkippedAnchor;
     sum.hasSkippedReference = first.hasSkippedReference || second.hasSkippedReference;
     sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
@@ -64,6 +64,7 @@ PatternShape characterSetShape() {
     // Characters of several bytes stand apart from the others.
     PatternShape shape = choice(characterShape(), characterShape());
     shape.choices = 0; // it is one or the other
+    shape.readings = 1;
     return shape;
 }
 
@@ -77,6 +78,7 @@ PatternShape anchorShape() {
 PatternShape wordBoundaryShape() {
     PatternShape shape = choice(anchorShape(), anchorShape());
     shape.hasSkippedAnchor = false; // it is one or the other
+    shape.readings = 1;
     return shape;
 }
 
@@ -102,6 +104,7 @@ PatternShape sequence(const PatternShape &first, const PatternShape &second) {
         {first.stretch, second.stretch, (second.leadsToLoop ? kLoopCost : 1) * (first.exit + second.entry)});
     both.links = both.links + linksBetween(first, second);
     both.ways = waysThrough(first, second);
+    both.readings = first.readings * second.readings;
     both.isNullable = first.isNullable && second.isNullable;
     return both;
 }
@@ -110,6 +113,7 @@ PatternShape choice(const PatternShape &first, const PatternShape &second) {
     PatternShape either = sumOf(first, second);
     either.nodes = either.nodes + 1;
     either.choices = either.choices + 1;
+    either.readings = first.readings + second.readings;
     either.entry = first.entry + second.entry + 1;
     either.isNullable = first.isNullable || second.isNullable;
     either.hasSkippedAnchor = PatternCount() < either.allAnchors;
@@ -142,7 +146,8 @@ PatternShape loop(const PatternShape &part) {
         shape.loopedAnchors = part.allAnchors;
     shape.leadsToLoop = part.leadsToLoop || part.isNullable;
     shape.hasIdleLoop = part.hasIdleLoop || part.isNullable;
-    shape.hasEndlessRepeat = true;
+    shape.endlessRepeats = shape.endlessRepeats + 1;
+    shape.readings = PatternCount(1) < part.readings ? PatternCount(UINT64_MAX) : 1; // in each turn
     return shape;
 }
 

@@ -78,10 +78,10 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
         "^([a-z0-9._%+-]+)@([a-z0-9.-]+)\\.([a-z]{2,})$", "(a*)*", "((a*)*b)+", "[]*(){9}[:alpha:][.*.][^]]",
         "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
         "^([a-z]+)\\1{11}", "\\b(-?)a\\1\\b", "([^:]*):([a-z]+)/\\2", "([^-]+)-\\1", "([^a-z-]+)-\\1",
-        "^a?([a-z]+) \\1", "[\\0-9]+(a*)(b*)[]\\1]", "(.{0,25})\\1", "a{0,12}([a-z])\\1", "\\0*.*",
-        "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1", times(2000, "[a-z]x"),
-        "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"), "([^,]*,?)*", "(^|,)([^,]*)",
-        "(\\<a)*", "a***",
+        "^([a-z]+)=\\1;[a-z]*;", "^a?([a-z]+) \\1", "[\\0-9]+(a*)(b*)[]\\1]", "(.{0,25})\\1",
+        "a{0,12}([a-z])\\1", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1",
+        times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
+        "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
         // Malformed, which is the compiler's to say.
         "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x",
         times(500, "|" + times(8, "{32767}"))}; // in no time
@@ -99,6 +99,7 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kLost =
         "a group that is referred to may match nothing, and is referred to twice or beside "
         "an anchor that may be left out";
+    const char *const kWays = "it can be read in too many ways beside back references";
     const char *const kMany = "it has too many choices beside back references";
     const char *const kIdle = "its groups can't be found where an endless repeat may match nothing in "
                               "several ways or beside an anchor";
@@ -129,13 +130,16 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"(\\w).{66}\\1", "it is too large beside back references"},
         {"^(a+)\\1?b", kVaries},
         {"(a)\\1{13}b?", kMany},
-        {"^a?([a-z]+)\\1", kVaries}, // each begin with each end
+        {"^(a{1,28})([a-z]|a)*\\1$", kWays}, // each way is gone for the groups
+        {"^(a{14}|a)" + times(13, "a?") + "\\1", kWays},
+        {"^a?([a-z]+)\\1", kVaries},        // each begin with each end
+        {"^(a{0,3}).*\\1[a-z]*-", kVaries}, // where the matcher comes from behind
         {"^.?([^-])\\w+\\1{2}[^-]", kVaries},
         {"a?([a-z]{2,}) \\1", kVaries},
         {"(a?)(a?)a?b{0,2}\\2\\2", kLost}, // finds "aba" without groups, nothing with them
         {"(\\b|)()\\2$", kLost},
         {"(a)\\1{65}", "it has too many back references"},
-        {"^([\"]?).([^\"]?)*\\1$", "an endless repeat may match nothing beside back references"},
+        {"^(a).(())*\\1$", "an endless repeat may match nothing beside back references"},
         {"x{\\,}" + times(1001, "()"), "an interval has an escaped character"},
         {"x{1\\0}", "an interval has an escaped character"},
         {"^(a*|b|)*$", kIdle},
