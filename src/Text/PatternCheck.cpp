@@ -45,7 +45,7 @@ constexpr PatternCount kMostReadings = 10'000;
 // it goes over as many bytes for each pair of places: the time grows with the cube.
 constexpr std::size_t kLongestForGroups = 4096;
 constexpr std::size_t kLongestWhereTriedOften = 1024;
-constexpr PatternCount kMostTrialsInLongTexts = 16'000;
+constexpr PatternCount kMostTrialsInLongTexts = 10'000;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';

@@ -53,7 +53,7 @@ struct PatternLimits {
 /// `isByLines`: "^" matches behind each newline. The longest text has INT_MAX bytes. When a group that is
 /// referred to has an endless repeat inside, it has 4096: the matcher takes memory in proportion to the
 /// square of the text's length. It has 1024, as the time is in proportion to the cube, when there is an
-/// endless repeat and the match may begin anywhere, 16 000 are tried at a place, or, if it is in a group that
+/// endless repeat and the match may begin anywhere, 10 000 are tried at a place, or, if it is in a group that
 /// is referred to or open, there are several references.
 PatternLimits checkPattern(const char *pattern, bool isByLines = false);
 
