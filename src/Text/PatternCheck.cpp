@@ -270,7 +270,7 @@ private:
                 fault_ = "a group that is referred to has an anchor"; // which is passed over for groups
             whole.captures = whole.captures + 1;
             whole.hasIdleCapture |= whole.isNullable;
-            hasEndlessCapture_ |= PatternCount() < whole.endlessRepeats;
+            hasEndlessCapture_ |= whole.hasEndlessRepeat;
             hasChoiceInFront_ |= PatternCount() < level().choicesInFront;
             const PatternCount begins = level().choicesInFront + 1;
             captureTrials_ = captureTrials_ * begins * begins * (whole.choices + 1);
@@ -327,11 +327,11 @@ private:
 
     std::size_t longestText() const {
         const PatternShape &whole = levels_.back().branches;
-        if (!references_.areThere() || !(PatternCount() < whole.endlessRepeats))
+        if (!references_.areThere() || !whole.hasEndlessRepeat)
             return INT_MAX;
-        const bool isOpen = hasEndlessCapture_ || hasOpenEnd_;
-        if (beginsAnywhere_ || (isOpen && PatternCount(1) < whole.references) ||
-            kMostTrialsInLongTexts < trials(whole))
+        const bool isComparedOften =
+            (hasEndlessCapture_ || hasOpenEnd_) && PatternCount(1) < whole.references;
+        if (beginsAnywhere_ || isComparedOften || kMostTrialsInLongTexts < trials(whole))
             return kLongestWhereTriedOften;
         return hasEndlessCapture_ ? kLongestForGroups : INT_MAX;
     }
@@ -412,8 +412,9 @@ private:
             copies = checked(sequence(copies, part));
         if (interval.isEndless)
             return checked(sequence(copies, endless(part)));
-        PatternCount readings = 1; // of those that may be left out: not one without all in front of it
+        // The compiler nests those that may be left out, as in "((a?a)?a)?": one way for each count.
         const PatternCount needed = copies.readings;
+        PatternCount readings = 1;
         for (std::uint32_t count = interval.low; count < interval.high && !fault_; ++count) {
             copies = checked(sequence(copies, choice(part, PatternShape())));
             readings = readings * part.readings + 1;

@@ -34,8 +34,8 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.captures = first.captures + second.captures;
     sum.choices = first.choices + second.choices;
     sum.openEnds = first.openEnds + second.openEnds;
-    sum.endlessRepeats = first.endlessRepeats + second.endlessRepeats;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
+    sum.hasEndlessRepeat = first.hasEndlessRepeat || second.hasEndlessRepeat;
     sum.hasSkippedAnchor = first.hasSkippedAnchor || second.hasSkippedAnchor;
     sum.hasSkippedReference = first.hasSkippedReference || second.hasSkippedReference;
     sum.hasIdleCapture = first.hasIdleCapture || second.hasIdleCapture;
@@ -146,7 +146,7 @@ PatternShape loop(const PatternShape &part) {
         shape.loopedAnchors = part.allAnchors;
     shape.leadsToLoop = part.leadsToLoop || part.isNullable;
     shape.hasIdleLoop = part.hasIdleLoop || part.isNullable;
-    shape.endlessRepeats = shape.endlessRepeats + 1;
+    shape.hasEndlessRepeat = true;
     shape.readings = PatternCount(1) < part.readings ? PatternCount(UINT64_MAX) : 1; // in each turn
     return shape;
 }

@@ -54,12 +54,12 @@ struct PatternShape {
     PatternCount captures;      // groups that back references name
     PatternCount choices;       // between branches, and whether a repeat that ends goes on
     PatternCount openEnds;      // endless repeats of which nothing says where they end
-    PatternCount endlessRepeats;
-    PatternCount readings = 1; // ways through it, endless repeats gone through as often as the text says
+    PatternCount readings = 1;  // ways through it, endless repeats gone through as often as the text says
     Ways ways;
     bool isNullable = true;           // the end is reached from the beginning
     bool leadsToLoop = false;         // a loop that needs no character is reached from the beginning
     bool hasIdleLoop = false;         // one that may be gone through without a character
+    bool hasEndlessRepeat = false;    // a loop of any kind
     bool hasSkippedAnchor = false;    // a way leads past an anchor
     bool hasSkippedReference = false; // one past a back reference, but not past its group
     bool hasIdleCapture = false;      // a group that a back reference names may match nothing,
