@@ -155,23 +155,26 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     return qb::isErrorPending() ? kFailed : count;
 }
 
-// Makes the bytes those that are received next. Without room for them they are lost.
-[[gnu::cold, gnu::noinline]] void OSSocket::putBack(const void *bytes, std::uint32_t count) {
+// Makes the bytes those that are received next. Returns false, with nothing changed, without room for them.
+[[gnu::cold, gnu::noinline]] bool OSSocket::putBack(const void *bytes, std::uint32_t count) {
     const auto held = static_cast<std::uint32_t>(bufferedCount());
     const std::uint32_t sum = count + held;
-    if (count == 0 || sum > INT32_MAX)
-        return;
+    if (count == 0)
+        return true;
+    if (sum > INT32_MAX)
+        return false;
     const auto position = static_cast<std::uint32_t>(currentPositionInBuffer_);
     if (position >= count) { // there is room in front of the next one; perhaps they still stand there
         std::memmove(internalBuffer_ + (position - count), bytes, count);
         currentPositionInBuffer_ -= static_cast<std::int32_t>(count);
-        return;
+        return true;
     }
     auto *const buffer = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
     if (!buffer)
-        return;
+        return false;
     std::memcpy(buffer, bytes, count);
     replaceBuffer(buffer, count);
+    return true;
 }
 
 // Makes `buffer` the socket's, which has `count` bytes, and room for those that are still held.
@@ -191,7 +194,7 @@ void OSSocket::replaceBuffer(char *buffer, std::uint32_t count) {
         while (done < length) {
             const std::int32_t held = fillBuffer(timeout);
             if (held == kFailed)
-                return putBack(buffer, done), -1;
+                return putBack(buffer, done) ? -1 : static_cast<std::int32_t>(done);
             if (held <= 0)
                 return done > 0 ? static_cast<std::int32_t>(done) : held;
             done +=

@@ -127,6 +127,12 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
         pair_.feed("z\n");
         EXPECT_TRUE(read(length, 100).ends_with(" " + all));
     }
+    {
+        pair_.feed(text);
+        const Fault fault(Call::recv, /*skip=*/2, /*times=*/1, EIO), full(Call::allocate, 0, 0, ENOMEM);
+        EXPECT_EQ(read(length).size(), 6 + text.size()); // there is no place for them but the caller's
+        takenErrors();
+    }
     OSSocket::registerContinueBlockingOperationCallback([]() -> BOOL { throw std::bad_alloc(); });
     pair_.feed(text);
     const Fault fault(Call::poll, /*skip=*/2, /*times=*/1, EINTR);

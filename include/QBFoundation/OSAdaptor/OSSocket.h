@@ -149,8 +149,8 @@ public:
     /// socket would block. Instead of none it returns -1, but 0 from a socket that would block and from a
     /// peek. After a peek that met the end or the time-out, further peeks find only what the buffer holds,
     /// and the next read that needs more tells of the end once; the one after it tries the socket again.
-    /// Returns -1 when an error is pending after bytes were received, be it one from before; they stay in the
-    /// buffer, with those that had come before them. So they do when the callback throws.
+    /// Returns -1 when an error is pending after bytes were received, be it one from before: they stay in the
+    /// socket's buffer, as when the callback throws. They are delivered where memory for that is missing.
     virtual std::int32_t bufferedReceiveWithBuffer(void *buffer, std::uint32_t length, std::int64_t timeout,
                                                    BOOL performPeek);
     /// Copies what the socket's buffer holds, up to `length` bytes, to `buffer` from `offset` on (0 for a
@@ -290,7 +290,7 @@ private:
     std::int32_t fillBuffer(std::int64_t timeout);
     std::int32_t peek(char *buffer, std::uint32_t length, std::int64_t timeout);
     std::int32_t take(char *buffer, std::uint32_t length, std::int64_t timeout);
-    void putBack(const void *bytes, std::uint32_t count);
+    bool putBack(const void *bytes, std::uint32_t count);
     void putBack(CollectedBytes &bytes);
     void replaceBuffer(char *buffer, std::uint32_t count);
     NSString *takeBufferedLine();
