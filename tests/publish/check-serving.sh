@@ -102,6 +102,8 @@ expect 'a later version' 'HTTP/1.1 200 OK' sh -c "printf '%s' '$(by_hand '\r\nGE
 touch -d tomorrow "$out/deep/index.html"
 expect 'a page of the future' 1 \
     sh -c "curl -s -I $address/deep/ | sed -n 's/^Date: //p; s/^Last-Modified: //p' | sort -u | wc -l"
+touch -d @-99999999999 "$out/assets/a.svg"
+expect 'a file from before all dates' 0 sh -c "curl -s -f -I $address/assets/a.svg | sed -n '/^Last-Modified/p' | wc -l"
 
 for path in /none /../secret /%2e%2e/secret /..%2fsecret /assets/outside /assets/way/secret /assets/pipe \
     /.secret /.d/x '/index.html%00'; do

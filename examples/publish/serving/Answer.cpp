@@ -90,8 +90,9 @@ Answer fileAnswer(const Request &request, const SiteFile &file) {
     answer.keepsConnection = request.keepsConnection;
     const std::time_t now = std::time(nullptr);
     Head head(isUnchanged ? Status::notModified : Status::ok, now);
-    // No date behind the answer's own (RFC 9110, section 8.8.2.1).
-    head.add("Last-Modified", dateText(std::min(file.modified, now)));
+    // No date behind the answer's own (RFC 9110, section 8.8.2.1), nor one that no client could ask with.
+    if (file.modified >= 0)
+        head.add("Last-Modified", dateText(std::min(file.modified, now)));
     if (!isUnchanged) {
         head.add("Content-Type", file.type->view());
         head.add("Content-Length", std::to_string(file.size));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <linux/sockios.h>
+#include <new>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <utility>
@@ -41,17 +42,15 @@ Connection::~Connection() {
 
 bool Connection::proceed(Clock::time_point now) {
     const NSAutoreleasePool pool;
-    const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
-    for (int step = 0; step < kStepsInARow; ++step)
-        switch (goOn(now)) {
-        case Progress::made:
-            break;
-        case Progress::blocked:
-            return true;
-        case Progress::ended:
-            return false;
-        }
-    return true;
+    try {
+        const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
+        Progress progress = Progress::made;
+        for (int step = 0; step < kStepsInARow && progress == Progress::made; ++step)
+            progress = goOn(now);
+        return progress != Progress::ended;
+    } catch (const std::bad_alloc &) { // no more than this connection ends
+        return false;
+    }
 }
 
 Connection::Progress Connection::goOn(Clock::time_point now) {
@@ -73,7 +72,11 @@ bool Connection::checkTime(Clock::time_point now) {
         return true;
     if (state_ != State::receiving || received_.empty())
         return false;
-    refuse(Status::requestTimeout, now);
+    try {
+        refuse(Status::requestTimeout, now);
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
     return proceed(now);
 }
 
@@ -103,7 +106,11 @@ void Connection::takeRequest(Clock::time_point now) {
         return;
     const Request request = readHead(std::string_view(received_).substr(0, length));
     received_.erase(0, length);
-    begin(answerTo(request, root_), now);
+    try {
+        begin(answerTo(request, root_), now);
+    } catch (const std::bad_alloc &) { // for a short answer there may be enough
+        begin(answerWith(Status::serviceUnavailable, request.wantsBody), now);
+    }
 }
 
 // Gives a request that has just begun, and is not whole, its own time.

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <new>
 #include <sys/resource.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -24,7 +25,10 @@ using namespace std::chrono_literals;
 
 constexpr rlim_t kMostConnections = 256;
 
-constexpr auto kPauseWithoutDescriptors = 1s;
+// So many descriptors, if there are enough, clients leave to publishing again.
+constexpr rlim_t kForPublishing = 16;
+
+constexpr auto kPauseInNeed = 1s; // of descriptors or memory
 
 // Each may need a descriptor for its file too, and those of the sockets have to have room in a set. Clients
 // beyond wait in the listener's queue.
@@ -33,7 +37,8 @@ std::size_t mostConnectionsAt(OSSocket *listener) {
     ::getrlimit(RLIMIT_NOFILE, &limit);
     const rlim_t end = std::min<rlim_t>(limit.rlim_cur, FD_SETSIZE);
     const auto used = static_cast<rlim_t>(listener->socketHandle()) + 1; // all below were taken before
-    return std::clamp<rlim_t>((end - std::min(used, end)) / 2, 1, kMostConnections);
+    const rlim_t left = end - std::min(used, end);
+    return std::clamp<rlim_t>((left - std::min(left / 4, kForPublishing)) / 2, 1, kMostConnections);
 }
 
 // The end of an answer is not kept back until its beginning has arrived.
@@ -95,12 +100,16 @@ bool Server::run(const std::function<void()> &eachSecond) {
     auto next = Clock::now() + 1s;
     while (!wasInterrupted()) {
         const NSAutoreleasePool pool;
-        if (!step(Clock::now()))
-            return false;
-        if (Clock::now() < next)
-            continue;
-        eachSecond();
-        next = Clock::now() + 1s;
+        try {
+            if (!step(Clock::now()))
+                return false;
+            if (Clock::now() < next)
+                continue;
+            next = Clock::now() + 1s;
+            eachSecond();
+        } catch (const std::bad_alloc &) { // no reason to stop: there may be some again
+            nextAccept_ = Clock::now() + kPauseInNeed;
+        }
     }
     return true;
 }
@@ -133,10 +142,11 @@ void Server::accept(Clock::time_point now) {
     const qb::SavedErrors errors(qb::SavedErrors::kDiscard);
     while (canAccept(now)) {
         const Ref<OSSocket> socket = OSSocket::initAcceptSocketFromListener(listener_);
-        if (hasFailed())
-            nextAccept_ = now + kPauseWithoutDescriptors;
-        if (!socket)
+        if (!socket) {
+            if (hasFailed())
+                nextAccept_ = now + kPauseInNeed;
             return;
+        }
         sendAtOnce(socket);
         const bool hasRoom = socket->socketHandle() < FD_SETSIZE; // or it is closed at once
         if (hasRoom && socket->setNonBlocking())

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,11 +42,13 @@ public:
     }
 
     QBInputStream *takeStream() {
-        std::FILE *const file = ::fdopen(descriptor_, "rb");
+        std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(::fdopen(descriptor_, "rb"), std::fclose);
         if (!file)
             return nullptr;
         descriptor_ = -1;
-        return QBFilePointerInputStream::streamWithFilePointer(file);
+        QBInputStream *const stream = QBFilePointerInputStream::streamWithFilePointer(file.get());
+        static_cast<void>(file.release());
+        return stream;
     }
 
 private:
@@ -54,7 +57,7 @@ private:
 
 // Whether it says nothing about the file.
 bool isOfTheSystem(int error) {
-    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO || error == EINTR;
 }
 
 // Whether each component of a relative path has a name that does not begin with a dot.
