@@ -7,6 +7,7 @@
 #include "System/Process.h"
 #include "System/Stdio.h"
 
+#include <csignal>
 #include <cstdio>
 
 namespace sys = qb::sys;
@@ -25,6 +26,12 @@ bool isReopened(std::FILE *file, const char *mode) {
 } // namespace
 
 void OSProcess::detachAndChdirTo(NSString *directory) {
+    // The end of a session's leader, as which the parent may end, hangs up on the child as long as the child
+    // belongs to the session.
+    struct sigaction ignoring {
+    }, earlier{};
+    ignoring.sa_handler = SIG_IGN;
+    sys::sigaction(SIGHUP, &ignoring, &earlier);
     // To where they go now, and before whoever waits for the parent looks there.
     sys::fflush(stdout);
     sys::fflush(stderr);
@@ -34,6 +41,7 @@ void OSProcess::detachAndChdirTo(NSString *directory) {
     if (child > 0)
         sys::_exit(0); // exit functions and the other streams are the child's affair
     sys::setsid();
+    sys::sigaction(SIGHUP, &earlier, nullptr);
     OSFilePath::chdir(directory);
     if (!isReopened(stdin, "r") || !isReopened(stdout, "w") || !isReopened(stderr, "w"))
         end("freopen standard channel failed: %s\n");

@@ -2,15 +2,19 @@
 #include <QBFoundation/OSAdaptor/OSProcess.h>
 
 #include <QBFoundation/ErrorNumbers.h>
+#include <QBFoundation/OSAdaptor/OSPipe.h>
 #include <QBFoundation/QBErrorHandler.h>
 
 #include "OSAdaptor/OSProcess.Program.h"
+#include "System/Files.h"
 #include "System/Process.h"
 #include "System/Stdio.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <initializer_list>
 #include <optional>
+#include <span>
 
 namespace sys = qb::sys;
 
@@ -53,6 +57,24 @@ private:
 
 using Side = Grandchild::Side;
 
+std::int32_t openReadHandle(const OSPipe *pipe) {
+    return pipe && pipe->_isReadHandleOpen() ? pipe->readHandle() : -1;
+}
+
+std::int32_t openWriteHandle(const OSPipe *pipe) {
+    return pipe && pipe->_isWriteHandleOpen() ? pipe->writeHandle() : -1;
+}
+
+// Closes the ends of pipes that are the caller's first: a copy that has to log and still held one would wait
+// for itself.
+[[noreturn]] void runWithout(std::initializer_list<std::int32_t> ends, const qb::Program &program,
+                             std::span<const qb::Redirection> redirections) noexcept {
+    for (const std::int32_t end : ends)
+        if (end >= 0)
+            sys::close(end);
+    program.run(redirections);
+}
+
 } // namespace
 
 BOOL OSProcess::createSubProcessWithPipe(OSPipe *pipe, BOOL doesRead, NSString *command, NSArray *args,
@@ -60,12 +82,13 @@ BOOL OSProcess::createSubProcessWithPipe(OSPipe *pipe, BOOL doesRead, NSString *
                                          const std::int32_t *stdoutHandle, const std::int32_t *stderrHandle) {
     const qb::Program program(command, args, env);
     const std::int32_t end = !pipe ? -1 : doesRead ? pipe->readHandle() : pipe->writeHandle();
+    const std::int32_t otherEnd = !pipe ? -1 : doesRead ? openWriteHandle(pipe) : openReadHandle(pipe);
     const qb::Redirection redirections[] = {qb::toStandardInput(doesRead ? &end : stdinHandle),
                                             qb::toStandardOutput(doesRead ? stdoutHandle : &end),
                                             qb::toStandardError(stderrHandle)};
     const Grandchild grandchild;
     if (grandchild.side() == Side::grandchild)
-        program.run(redirections);
+        runWithout({otherEnd}, program, redirections);
     if (grandchild.side() != Side::caller)
         return NO;
     if (pipe)
@@ -80,11 +103,12 @@ void OSProcess::createCoprocessWithPipeForRead(OSPipe *pipe, OSPipe *pipeForWrit
     const qb::Program program(command, args, env);
     const std::int32_t output = pipe ? pipe->writeHandle() : -1;
     const std::int32_t input = pipeForWrite ? pipeForWrite->readHandle() : -1;
+    const std::int32_t callersInput = openReadHandle(pipe), callersOutput = openWriteHandle(pipeForWrite);
     const qb::Redirection redirections[] = {qb::toStandardOutput(&output), qb::toStandardInput(&input),
                                             qb::toStandardError(stderrHandle)};
     const Grandchild grandchild;
     if (grandchild.side() == Side::grandchild)
-        program.run(redirections);
+        runWithout({callersInput, callersOutput}, program, redirections);
     if (grandchild.side() == Side::halfFailure)
         program.end({"fork for '%s' failed!\n", errno});
     if (grandchild.side() == Side::failure) {

@@ -8,15 +8,18 @@
 #include "System/Files.h"
 #include "System/Process.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <new>
 #include <unistd.h>
+#include <unordered_map>
 
 namespace qb {
 
 namespace {
+
+constexpr unsigned kTimeForLastLine = 2; // seconds
 
 constexpr const char *kNoMemory = "malloc() failed!";
 constexpr const char *kNoEnvironment = "environment setting for '%s' failed: %s!\n";
@@ -51,9 +54,7 @@ Program::Program(NSString *command, NSArray *args, NSDictionary *env)
     const Ref<NSDictionary> kept = env; // whatever the arguments do for their texts
     try {
         failure_ = {kNoMemory, ENOMEM};
-        failure_ = addArguments(command, args);
-        if (failure_.format)
-            return;
+        addArguments(command, args);
         failure_ = {kNoEnvironment, ENOMEM};
         failure_ = addEnvironment(env);
     } catch (const std::bad_alloc &) { // for which the failure stands already
@@ -67,11 +68,10 @@ std::string_view Program::text(NSObject *value) {
     return texts_.back()->view();
 }
 
-StartFailure Program::addArguments(NSString *command, NSArray *args) {
+void Program::addArguments(NSString *command, NSArray *args) {
     arguments_.reserve((args ? args->count() : 0) + std::size_t{2});
-    bool isWhole = true; // of one with a NUL the program would see a part
     const auto add = [&](std::string_view argument) {
-        isWhole &= !hasNul(argument);
+        isCutShort_ |= hasNul(argument);
         arguments_.push_back(const_cast<char *>(argument.data()));
     };
     if (command) {
@@ -82,7 +82,6 @@ StartFailure Program::addArguments(NSString *command, NSArray *args) {
         for (id argument : *args)
             add(text(argument));
     arguments_.push_back(nullptr);
-    return isWhole ? StartFailure{} : StartFailure{kNoProgram, EINVAL};
 }
 
 StartFailure Program::addEnvironment(NSDictionary *env) {
@@ -90,6 +89,9 @@ StartFailure Program::addEnvironment(NSDictionary *env) {
         return {};
     for (char **variable = sys::environment(); variable && *variable; ++variable)
         environment_.push_back(*variable);
+    std::unordered_map<std::string_view, std::size_t> places; // by name
+    for (std::size_t i = environment_.size(); i-- > 0;)       // the first of a name counts
+        places[nameOf(environment_[i])] = i;
     variables_.reserve(env->count()); // so that none of them moves
     for (const auto &[key, value] : *env) {
         const Ref<NSObject> kept = value; // whatever the key does for its text
@@ -97,19 +99,14 @@ StartFailure Program::addEnvironment(NSDictionary *env) {
         variable.append("=").append(text(value));
         if (hasNul(variable))
             return {kNoEnvironment, EINVAL};
-        addVariable(variable.data());
+        const auto [place, isNew] = places.try_emplace(nameOf(variable.data()), environment_.size());
+        if (isNew)
+            environment_.push_back(variable.data());
+        else
+            environment_[place->second] = variable.data();
     }
     environment_.push_back(nullptr);
     return {};
-}
-
-void Program::addVariable(char *variable) {
-    const auto hasItsName = [&](const char *other) { return nameOf(other) == nameOf(variable); };
-    const auto before = std::ranges::find_if(environment_, hasItsName);
-    if (before != environment_.end())
-        *before = variable;
-    else
-        environment_.push_back(variable);
 }
 
 StartFailure Program::become(std::span<const Redirection> redirections) const noexcept {
@@ -127,8 +124,8 @@ StartFailure Program::become(std::span<const Redirection> redirections) const no
     sys::resetSignals();
     if (!environment_.empty())
         sys::setEnvironment(const_cast<char **>(environment_.data()));
-    errno = EFAULT;
-    if (command_)
+    errno = isCutShort_ ? EINVAL : EFAULT;
+    if (command_ && !isCutShort_)
         sys::execvp(command_, arguments_.data());
     return {kNoProgram, errno};
 }
@@ -146,9 +143,28 @@ void logAlert(const char *format, const char *first, const char *second) noexcep
     }
 }
 
-void Program::end(const StartFailure &failure) const noexcept {
-    logAlert(failure.format, shownCommand(), std::strerror(failure.error));
+static void endAtOnce(int) noexcept {
     sys::_exit(kExitWithoutProgram);
+}
+
+// The line may go to a pipe that is full, and that nobody reads before this process has ended.
+void endWithAlert(const char *format, const char *first, const char *second) noexcept {
+    struct sigaction last {};
+    last.sa_handler = endAtOnce;
+    sigset_t deadly;
+    sigemptyset(&deadly);
+    for (const int signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+        sys::sigaction(signal, &last, nullptr);
+        sigaddset(&deadly, signal);
+    }
+    sigprocmask(SIG_UNBLOCK, &deadly, nullptr);
+    sys::alarm(kTimeForLastLine);
+    logAlert(format, first, second);
+    sys::_exit(kExitWithoutProgram);
+}
+
+void Program::end(const StartFailure &failure) const noexcept {
+    endWithAlert(failure.format, shownCommand(), std::strerror(failure.error));
 }
 
 } // namespace qb

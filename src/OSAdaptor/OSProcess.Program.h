@@ -50,9 +50,9 @@ public:
     /// it, and gives signals their default actions. Returns after a failure only, allocates nothing, and
     /// leaves no trace in memory but the environment.
     StartFailure become(std::span<const Redirection> redirections) const noexcept;
-    /// Does `become`, logs a failure and ends the process.
+    /// Does `become`, or ends the process as `end` does.
     [[noreturn]] void run(std::span<const Redirection> redirections) const noexcept;
-    /// Logs and ends the process, without what its parent has still to write.
+    /// Ends the process with an alert, without what its parent has still to write.
     [[noreturn]] void end(const StartFailure &failure) const noexcept;
 
     /// Returns the command for people; "<nil>" for nil.
@@ -61,14 +61,14 @@ public:
 
 private:
     std::string_view text(NSObject *value);
-    StartFailure addArguments(NSString *command, NSArray *args);
+    void addArguments(NSString *command, NSArray *args);
     StartFailure addEnvironment(NSDictionary *env);
-    void addVariable(char *variable);
 
     const char *command_;
     std::vector<Ref<NSString>> texts_;   // whose bytes the arguments are
     std::vector<std::string> variables_; // "NAME=value", those that are added
     std::vector<char *> arguments_;      // with a null at the end
+    bool isCutShort_ = false;            // by a NUL in one: the program would see a part
     std::vector<char *> environment_;    // with a null at the end; empty: the process's own
     StartFailure failure_;               // of the making
 };
@@ -76,6 +76,9 @@ private:
 /// Logs for the category "alert", at level 0, what the format makes of the texts. What that throws is lost,
 /// and no write raises a signal any more: it is the last that a process does before it ends with its status.
 void logAlert(const char *format, const char *first = "", const char *second = "") noexcept;
+
+/// Logs such a line and ends the process with 17, be it that the logging crashes or does not come to an end.
+[[noreturn]] void endWithAlert(const char *format, const char *first = "", const char *second = "") noexcept;
 
 } // namespace qb
 

@@ -51,7 +51,6 @@ namespace {
 
 constexpr const char *kHandlerFailed = "The installation ofthe handler for the '%s' signal has failed: %s";
 constexpr const char *kAlarmFailed = "The installation of the handler for the '%s' signal has failed: %s";
-constexpr unsigned kTimeForLastLine = 2; // seconds
 
 BOOL (*volatile terminationHandler)(int) = nullptr;
 void (*volatile userSignalHandler)(int) = nullptr;
@@ -84,25 +83,9 @@ extern "C" [[gnu::force_align_arg_pointer]] void enterUserSignal(int signal) noe
     isUserSignalRunning = 0;
 }
 
-extern "C" void endAtOnce(int) noexcept {
-    sys::_exit(qb::kExitWithoutProgram);
-}
-
-// The logger may find its data, or those of the C library, half-changed. Whatever comes of that, a crash or
-// an endless wait, the process ends.
+// The logger may find its data, or those of the C library, half-changed.
 extern "C" [[gnu::force_align_arg_pointer]] void enterSelfDestruction(int) noexcept {
-    struct sigaction last {};
-    last.sa_handler = endAtOnce;
-    sigset_t deadly;
-    sigemptyset(&deadly);
-    for (const int signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
-        sys::sigaction(signal, &last, nullptr);
-        sigaddset(&deadly, signal);
-    }
-    sigprocmask(SIG_UNBLOCK, &deadly, nullptr);
-    sys::alarm(kTimeForLastLine);
-    qb::logAlert("Self destruction timeout, process terminated.");
-    sys::_exit(qb::kExitWithoutProgram);
+    qb::endWithAlert("Self destruction timeout, process terminated.");
 }
 
 struct NamedSignal {

@@ -48,9 +48,9 @@ std::int32_t OSProcess::waitForProcessDoHang(BOOL doHang, std::int32_t *exitCode
     }
     isChild_ = false;
     const std::int32_t code = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
-    trace(__LINE__, this, "exit code is %d", code);
     if (exitCode)
         *exitCode = code;
+    trace(__LINE__, this, "exit code is %d", code);
     if (code != qb::kExitWithoutProgram)
         return kOver;
     qb::raiseError(qb::kProcessFile, __LINE__, qb::kErrorProgramNotStarted);

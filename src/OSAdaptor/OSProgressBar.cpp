@@ -6,6 +6,7 @@
 #include "System/Stdio.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -21,8 +22,16 @@ constexpr std::string_view kBanner = "*********** Thank you for using ZQS. *****
 constexpr std::uint32_t kPositions = 47; // of the mark
 static_assert(kBanner.size() == kPositions + 1);
 
+// "\r", blanks over the whole bar, "\r"; ready-made, because a bar's end must not fail.
+constexpr auto kErasure = [] {
+    std::array<char, kWidth + 4> text;
+    text.fill(' ');
+    text.front() = text.back() = '\r';
+    return text;
+}();
+
 // What can't be written is lost.
-void show(const std::string &text) {
+void show(std::string_view text) {
     sys::print(text.data(), text.size(), stdout);
 }
 
@@ -119,7 +128,7 @@ void OSProgressBar::update() {
 void OSProgressBar::finish() {
     if (!isDrawn())
         return;
-    show(isDeterminate() ? "\n" : "\r" + std::string(kWidth + 2, ' ') + "\r");
+    show(isDeterminate() ? std::string_view("\n") : std::string_view(kErasure.data(), kErasure.size()));
     sys::fflush(nullptr);
     isInitialized_ = false;
 }

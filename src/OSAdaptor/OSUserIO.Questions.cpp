@@ -26,16 +26,20 @@ void raiseNoAnswer(int line) {
     sys::clearerr(stdin);
 }
 
+// Drops the rest of the line whose last byte so far is given; the next question is not answered by it.
+void dropLineBehind(int last) {
+    while (last != '\n' && last != EOF)
+        last = sys::fgetc(stdin);
+    if (last == EOF)
+        sys::clearerr(stdin);
+}
+
 // Reads a character and drops the rest of its line. Returns EOF, with an error raised, when there is none.
 int readChoice() {
     const int choice = sys::fgetc(stdin);
     if (choice == EOF)
         raiseNoAnswer(__LINE__);
-    int last = choice;
-    while (last != '\n' && last != EOF)
-        last = sys::fgetc(stdin);
-    if (last == EOF)
-        sys::clearerr(stdin);
+    dropLineBehind(choice);
     return choice;
 }
 
@@ -55,7 +59,12 @@ NSString *OSUserIO::askUserForStringWithQuestion(NSString *question) {
             break;
         }
         const bool isLast = piece[length - 1] == '\n';
-        answer->writeBuffer(piece, static_cast<std::uint32_t>(length - (isLast ? 1 : 0)));
+        try {
+            answer->writeBuffer(piece, static_cast<std::uint32_t>(length - (isLast ? 1 : 0)));
+        } catch (...) {
+            dropLineBehind(static_cast<unsigned char>(piece[length - 1]));
+            throw;
+        }
         if (isLast)
             break;
     }

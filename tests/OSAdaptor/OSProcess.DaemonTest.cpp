@@ -38,6 +38,23 @@ TEST_F(OSProcessDaemonTest, BackgroundProcessHasASessionADirectoryAndNoTerminal)
     EXPECT_EQ(end.report, "leader " + directory_.path() + " /dev/null /dev/null /dev/null inherited");
 }
 
+TEST_F(OSProcessDaemonTest, BackgroundProcessOutlivesTheSessionOfItsParent) {
+    for (int i = 0; i < 10; ++i) {
+        const Daemon end = daemon([&](OSPipe *report) {
+            ::setsid();
+            const int terminal = ::posix_openpt(O_RDWR);
+            ::unlockpt(terminal);
+            ::open(::ptsname(terminal), O_RDWR); // the session's from now on
+            OSProcess::detachAndChdirTo("/"_ns);
+            struct sigaction hangup {};
+            ::sigaction(SIGHUP, nullptr, &hangup);
+            ::usleep(20'000);
+            report->getOutputStream()->writeObject(hangup.sa_handler == SIG_DFL ? "alive"_ns : "deaf"_ns);
+        });
+        EXPECT_EQ(end.report, "alive");
+    }
+}
+
 TEST_F(OSProcessDaemonTest, MissingDirectoryIsAnErrorOfTheBackgroundProcess) {
     const Daemon end = daemon([](OSPipe *report) {
         OSProcess::detachAndChdirTo("/no/such"_ns);

@@ -34,10 +34,15 @@ TEST_F(OSProcessExternalCommandTest, NobodyWaitsForWhatItLeavesBehind) {
 }
 
 TEST_F(OSProcessExternalCommandTest, MissingProgramHasTheLogLineAsOutput) {
-    OSProcess::runExternalCmd("/no/such"_ns, nullptr, nullptr);
-    EXPECT_EQ(takenErrors(), "(100227, 100228)");
-    EXPECT_EQ(replaced(recordingErrorHandler()->raised.back().values, "\\[.*\\]", "[]"),
+    const auto outputOf = [](NSString *command, NSArray *args) {
+        OSProcess::runExternalCmd(command, args, nullptr);
+        EXPECT_EQ(takenErrors(), "(100227, 100228)");
+        return replaced(recordingErrorHandler()->raised.back().values, "\\[.*\\]", "[]");
+    };
+    EXPECT_EQ(outputOf("/no/such"_ns, nullptr),
               "/no/such 17 [] execvp() for '/no/such' failed: No such file or directory!\n\n");
+    EXPECT_EQ(outputOf("true"_ns, NSArray::arrayWithObject("a\0b"_ns)),
+              "true 17 [] execvp() for 'true' failed: Invalid argument!\n\n");
 }
 
 TEST_F(OSProcessExternalCommandTest, EarlierErrorsDoNotCountAndStay) {
