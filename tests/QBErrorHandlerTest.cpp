@@ -128,11 +128,11 @@ TEST_F(QBErrorHandlerTest, StacksAreTakenAsideAndPutBack) {
 
 TEST_F(QBErrorHandlerTest, ErrorsThatCannotBeTakenAsideStay) {
     raise(1);
-    NSAutoreleasePool pool;
-    for (unsigned used = 0; used < NSAutoreleasePool::Page::kCapacity; ++used)
-        Ref(handler_).autorelease();
-    const Fault fault(Call::allocate, /*skip=*/0, /*times=*/1, ENOMEM);
-    EXPECT_THROW(const qb::SavedErrors saved, std::bad_alloc);
+    inOwnPool([&] {
+        const Fault fault(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
+        EXPECT_THROW(for (;;) Ref(handler_).autorelease(), std::bad_alloc);
+        EXPECT_THROW(const qb::SavedErrors saved, std::bad_alloc);
+    });
     EXPECT_EQ(handler_->errorMessage()->view(), "[000001] unknown error");
     handler_->clearErrorStack();
 }

@@ -15,6 +15,10 @@ constinit NSAutoreleasePool *newestPool = nullptr;
 constinit NSAutoreleasePool::Page *sparePage =
     nullptr; // of the last pool that ended; most pools need one page
 
+// Where there is no memory for another: an object that finds no place is destroyed, with what it has begun.
+constinit NSAutoreleasePool::Page pageInNeed{};
+constinit NSAutoreleasePool::Page *lastPage = &pageInNeed;
+
 } // namespace
 
 Class *NSAutoreleasePool::cls() {
@@ -62,6 +66,8 @@ void NSAutoreleasePool::addPage() {
     if (!page)
         page = static_cast<Page *>(qb::sys::allocate(sizeof(Page)));
     if (!page)
+        page = std::exchange(lastPage, nullptr);
+    if (!page)
         throw std::bad_alloc();
     page->count = 0;
     page->next = nullptr;
@@ -94,7 +100,9 @@ void NSAutoreleasePool::drain() noexcept {
             for (std::uint32_t i = 0; i < page->count; ++i)
                 page->objects[i]->release();
             Page *const done = std::exchange(page, page->next);
-            if (sparePage)
+            if (done == &pageInNeed)
+                lastPage = done;
+            else if (sparePage)
                 qb::sys::release(done);
             else
                 sparePage = done;

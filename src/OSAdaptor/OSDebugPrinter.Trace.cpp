@@ -9,7 +9,9 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -33,27 +35,36 @@ private:
     static inline constinit unsigned open_ = 0;
 };
 
-// The channel's and the state's text become part of the format, as they stand in front of it. What is traced
-// may be a failure whose errno is still to be told of.
+// The channel's and the state's text become part of the format, as they stand in front of it.
 void writeTrace(int channel, const char *format, const qb::ArgList &argList) {
     const Traced traced;
     if (Traced::areTooMany())
         return;
-    const int error = errno;
     NSString *const whole = NSString::stringWithRestrictedFormat(
         "[%s(%d) %s] %s", OSDebugPrinter::globalDebugPrinter()->debugChannelName(channel), debug,
         qb::isErrorPending() ? "ERROR" : "OK", format ? format : "");
     OSLogger::loggerForCategory("debug"_ns)->logWithLevelFormatAndArglist(0, whole, argList);
+}
+
+// What is traced goes on as if it were not, errno included, also where there is no memory for the line: it
+// may have sent bytes already, or failed, and nobody would learn of that.
+void beside(auto write) {
+    const int error = errno;
+    try {
+        const NSAutoreleasePool pool;
+        write();
+    } catch (const std::bad_alloc &) { // the line is left out
+    }
     errno = error;
 }
 
 // Apart, so that the arguments of a silent trace are not even stored.
 [[gnu::cold, gnu::noinline]] void writeTraceOfArguments(int channel, const char *format,
                                                         std::va_list arguments) {
-    const NSAutoreleasePool pool;
-    // Taken by the caller's format alone: a "%" in the channel's name has no argument.
-    const qb::ArgList argList(qb::variadicValues(format ? format : "", arguments));
-    writeTrace(channel, format, argList);
+    beside([&] {
+        // Taken by the caller's format alone: a "%" in the channel's name has no argument.
+        writeTrace(channel, format, qb::ArgList(qb::variadicValues(format ? format : "", arguments)));
+    });
 }
 
 const char *orNil(const char *text) {
@@ -83,16 +94,16 @@ void debug_printf(int channel, const char *format, ...) {
 void qb::traceWithArgList(int channel, const char *format, const ArgList &argList) {
     if (!isDebugChannelActive(channel))
         return;
-    const NSAutoreleasePool pool;
-    writeTrace(channel, format, argList);
+    beside([&] { writeTrace(channel, format, argList); });
 }
 
 void qb::traceWithArgList(int channel, const TracePlace &place, const char *format, const ArgList &argList) {
     if (!isDebugChannelActive(channel))
         return;
-    const NSAutoreleasePool pool;
-    std::vector<Value> values = valuesOf(place);
-    values.insert(values.end(), argList.begin(), argList.end());
-    const std::string whole = std::string(kPlaceFormat) + (format ? format : "");
-    writeTrace(channel, whole.c_str(), ArgList(std::move(values)));
+    beside([&] {
+        std::vector<Value> values = valuesOf(place);
+        values.insert(values.end(), argList.begin(), argList.end());
+        const std::string whole = std::string(kPlaceFormat) + (format ? format : "");
+        writeTrace(channel, whole.c_str(), ArgList(std::move(values)));
+    });
 }

@@ -248,6 +248,8 @@ int OSSocket::acceptNext() {
         if (ready == 0 && qb::sockets::hasCallback()) // which has said NO
             return errno = EAGAIN, -1;
         const int accepted = sys::accept(descriptor.fd, nullptr, nullptr);
+        if (accepted < 0 && errno == EAGAIN && (descriptor.revents & POLLHUP))
+            return errno = EINVAL, -1; // it listens no more, which is not told of by all kinds of sockets
         if (accepted >= 0 || errno != EAGAIN || !waits)
             return accepted;
     }

@@ -61,12 +61,12 @@ void qb::sockets::raiseReceiveError(int line, std::int32_t socket) {
 namespace {
 
 // Returns whether receiving is to be tried now.
-bool waitForInput(const OSSocket &socket, std::int64_t timeout, const sys::Deadline &deadline) {
+bool waitForInput(const OSSocket &socket, pollfd &descriptor, std::int64_t timeout,
+                  const sys::Deadline &deadline) {
     if (timeout > 0)
         qb::trace(DEBUG_CHANNEL_SOCKET,
                   {kFile, __LINE__, &socket, "receiveWithBuffer:length:timeout:performPeek:"},
                   "waiting max %ld milliseconds for input", timeout);
-    pollfd descriptor{socket.OSSocket::socketHandle(), POLLIN, 0};
     const int ready = qb::sockets::waitFor({&descriptor, 1}, deadline);
     if (ready < 0)
         qb::sockets::raiseReceiveError(__LINE__, descriptor.fd);
@@ -84,17 +84,18 @@ bool waitForInput(const OSSocket &socket, std::int64_t timeout, const sys::Deadl
     const sys::Deadline deadline =
         timeout > 0 ? sys::Deadline::afterMilliseconds(timeout) : sys::Deadline::never();
     const int flags = (performPeek ? MSG_PEEK : 0) | (waits ? MSG_DONTWAIT : 0);
+    pollfd descriptor{socketHandle_, POLLIN, 0};
     ssize_t count;
     do {
-        if (waits && !waitForInput(*this, timeout, deadline))
+        if (waits && !waitForInput(*this, descriptor, timeout, deadline))
             return -1;
         count = sys::recv(socketHandle_, buffer, std::min<std::uint32_t>(length, INT32_MAX), flags,
                           sys::OnSignal::report);
-    } while (waits && count < 0 && errno == EAGAIN);
+    } while (count < 0 && errno == EAGAIN && (descriptor.revents & POLLIN) && !deadline.hasPassed());
     if (count > 0)
         return static_cast<std::int32_t>(count);
     if (count < 0 && errno == EAGAIN)
-        return 0;
+        return waits ? -1 : 0;
     if (count < 0 && errno != EINTR)
         qb::sockets::raiseReceiveError(__LINE__, socketHandle_);
     return -1;
@@ -142,8 +143,11 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     }
     if (!internalBuffer_)
         internalBuffer_ = static_cast<char *>(_malloc(kBufferSize));
-    if (!internalBuffer_)
+    if (!internalBuffer_) {
+        if (!qb::isErrorPending()) // nor any for an error
+            throw std::bad_alloc();
         return kFailed;
+    }
     currentPositionInBuffer_ = numberOfBytesInBuffer_ = 0;
     const std::int32_t count =
         qb::sockets::isPlain(*this)
@@ -164,9 +168,14 @@ inline std::int32_t OSSocket::copyBuffered(char *buffer, std::uint32_t length, b
     if (sum > INT32_MAX)
         return false;
     const auto position = static_cast<std::uint32_t>(currentPositionInBuffer_);
-    if (position >= count) { // there is room in front of the next one; perhaps they still stand there
-        std::memmove(internalBuffer_ + (position - count), bytes, count);
+    if (position < count && internalBuffer_ && sum <= kBufferSize) { // they come from elsewhere
+        std::memmove(internalBuffer_ + count, internalBuffer_ + position, held);
+        currentPositionInBuffer_ = static_cast<std::int32_t>(count);
+        numberOfBytesInBuffer_ = static_cast<std::int32_t>(sum);
+    }
+    if (static_cast<std::uint32_t>(currentPositionInBuffer_) >= count) { // perhaps they still stand there
         currentPositionInBuffer_ -= static_cast<std::int32_t>(count);
+        std::memmove(internalBuffer_ + currentPositionInBuffer_, bytes, count);
         return true;
     }
     auto *const buffer = static_cast<char *>(_malloc(std::max(sum, kBufferSize)));
@@ -200,6 +209,9 @@ void OSSocket::replaceBuffer(char *buffer, std::uint32_t count) {
             done +=
                 static_cast<std::uint32_t>(copyBuffered(buffer + done, length - done, /*performPeek=*/false));
         }
+    } catch (const std::bad_alloc &) {
+        if (putBack(buffer, done))
+            throw;
     } catch (...) { // of the callback, say
         putBack(buffer, done);
         throw;
@@ -226,6 +238,14 @@ std::int32_t OSSocket::peek(char *buffer, std::uint32_t length, std::int64_t tim
     return count + std::max(more, 0);
 }
 
+// There may be none for the error either.
+static void raiseOutOfMemory(int line) {
+    try {
+        qb::raiseError(kFile, line, qb::kErrorOutOfMemory);
+    } catch (const std::bad_alloc &) { // then it is missing where the next read wants some
+    }
+}
+
 // Grows with what comes, because the count may be any number that a peer has sent.
 NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
     const Ref<OSSocket> self(this);
@@ -249,7 +269,7 @@ NSData *OSSocket::readBytes(std::uint32_t count, std::int64_t withTimeout) {
         if (done == 0)
             throw;
         data->setLength(done);
-        qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
+        raiseOutOfMemory(__LINE__);
     } catch (...) {
         putBack(data->bytes(), done);
         throw;

@@ -21,8 +21,14 @@ TEST_F(NSDataTest, TakesMemoryOver) {
 TEST_F(NSDataTest, APoolWithoutMemoryDestroysNothingThatIsStillUsed) {
     const NSAutoreleasePool withTheSparePage;
     NSData::data();
-    const NSAutoreleasePool pool;
     const Fault noPage(Call::allocate, /*skip=*/0, /*times=*/0, ENOMEM);
+    for (int i = 0; i < 2; ++i) {
+        const NSAutoreleasePool withTheLastPage; // which is there again afterwards
+        NSData::data();
+    }
+    const NSAutoreleasePool withTheLastPage;
+    NSData::data();
+    const NSAutoreleasePool pool;
     NSObject *const object = NSObject::init().detach();
     {
         const qb::Kept found(object);

@@ -116,6 +116,21 @@ TEST_F(OSDebugPrinterTest, TracesOfBadOrMissingFormatsStandAsTheyAreAndReadNothi
                                       "[T] (P) [debug] [here(0) OK] \n");
 }
 
+TEST_F(OSDebugPrinterTest, TracesWithoutMemoryAreLeftOut) {
+    CapturedOutput output;
+    qb::trace(channel_, "one");
+    for (unsigned skip = 0, hits = 1; hits != 0; ++skip) {
+        const AllocationFault fault(skip, /*times=*/0);
+        errno = EPIPE;
+        debug_printf(channel_, "one");
+        qb::trace(channel_, {"src/A", 1, printer(), "b"}, "%s", "two");
+        EXPECT_EQ(errno, EPIPE) << skip;
+        hits = fault.hits();
+    }
+    const std::string lines = logLines(output.end());
+    EXPECT_TRUE(lines.ends_with("one\n[T] (P) [] [here(0) OK] src/A:1(OSDebugPrinter): -b -> two\n"));
+}
+
 TEST_F(OSDebugPrinterTest, ActionsNestAndMeasure) {
     CapturedOutput output;
     profile_beginAction(profile_, "read %s", "a");

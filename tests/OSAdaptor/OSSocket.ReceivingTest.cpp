@@ -134,6 +134,20 @@ TEST_F(OSSocketReceivingTest, WhatCameBeforeAFailureIsNotLost) {
         takenErrors();
     }
     OSSocket::registerContinueBlockingOperationCallback([]() -> BOOL { throw std::bad_alloc(); });
+    {
+        const Fault interrupted(Call::poll, /*skip=*/2, /*times=*/1, EINTR),
+            full(Call::allocate, 0, 0, ENOMEM);
+        pair_.feed(text);
+        EXPECT_EQ(read(length).size(), 6 + text.size()); // so they are where memory is why it fails
+        takenErrors();
+    }
+    {
+        const Fault interrupted(Call::poll, /*skip=*/1, /*times=*/1, EINTR),
+            full(Call::allocate, 0, 0, ENOMEM);
+        pair_.feed("few");
+        EXPECT_THROW(read(length), std::bad_alloc); // for a few there is always a place
+    }
+    EXPECT_EQ(read(3), "3 few");
     pair_.feed(text);
     const Fault fault(Call::poll, /*skip=*/2, /*times=*/1, EINTR);
     expectError(100156, "", [&] { EXPECT_EQ(pair_.client->readBytes(length)->length(), 65536U); });

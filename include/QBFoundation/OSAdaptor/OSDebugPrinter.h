@@ -230,7 +230,7 @@ template <class... V>
 } // namespace detail
 
 /// Writes a trace line, as `debug_printf` does, when the channel is active; one that comes from the writing
-/// of four others inside each other is left out.
+/// of four others inside each other, or for which memory is missing, is left out.
 template <class... V>
 inline void trace(int channel, const char *format, const V &...values) {
     if (isDebugChannelActive(channel)) [[unlikely]]
