@@ -5,12 +5,15 @@
 #include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/PlainClasses.h"
 #include "OSAdaptor/OSSorter.Collation.h"
 #include "OSAdaptor/OSSorter.Passes.h"
 #include "System/Iconv.h"
 
 #include <algorithm>
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -28,7 +31,8 @@ void setEnvironmentCollation() {
 class CollationSetting {
 public:
     explicit CollationSetting(NSString *locale) {
-        isNamed_ = locale->containsData() && qb::sys::setlocale(LC_COLLATE, locale->cString());
+        const bool isName = locale->containsData() && locale->view().find('\0') == std::string_view::npos;
+        isNamed_ = isName && qb::sys::setlocale(LC_COLLATE, locale->cString());
         if (!isNamed_)
             setEnvironmentCollation();
     }
@@ -187,6 +191,10 @@ NSString *localeForLanguage(NSString *language) {
 }
 
 std::int32_t localeCompare(id a, id b, void *) {
-    const int order = std::strcoll(textOf(a), textOf(b));
+    const char *text = textOf(a);
+    std::string kept;
+    if (b && !qb::isPlainString(b)) // which may do anything for its own
+        text = (kept = text).c_str();
+    const int order = std::strcoll(text, textOf(b));
     return order < 0 ? -1 : order > 0;
 }
