@@ -6,22 +6,29 @@
 
 #include "System/Memory.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
 namespace {
 constexpr const char *kFile = "src/QBInputStreamWithKnownLength";
 
-constexpr std::uint32_t kChunkLength = 65536;
+constexpr std::int32_t kChunkLength = 65536;
 
 struct Release {
     void operator()(void *memory) const { qb::sys::release(memory); }
 };
 
+// Returns what a stream has read; no more than it was asked for, whatever it says.
+std::int32_t readSome(QBInputStream *stream, char *buffer, std::int32_t length) {
+    return std::min(stream->readBuffer(buffer, static_cast<std::uint32_t>(length)), length);
+}
+
 // Reads exactly `length` bytes; false when the stream has not so many.
 bool readAll(QBInputStream *stream, char *buffer, std::int32_t length) {
     while (length > 0) {
-        const std::int32_t count = stream->readBuffer(buffer, static_cast<std::uint32_t>(length));
+        const std::int32_t count = readSome(stream, buffer, length);
         if (count <= 0)
             return false;
         buffer += count;
@@ -34,7 +41,7 @@ bool readAll(QBInputStream *stream, char *buffer, std::int32_t length) {
 bool restIsEqual(QBInputStream *one, QBInputStream *other, char *chunks) {
     char *const otherChunk = chunks + kChunkLength;
     for (;;) {
-        const std::int32_t count = one->readBuffer(chunks, kChunkLength);
+        const std::int32_t count = readSome(one, chunks, kChunkLength);
         if (count < 1)
             return true;
         if (!readAll(other, otherChunk, count) ||

@@ -180,8 +180,9 @@ TEST_F(QBInputStreamTest, ComparisonEndsAtAStreamThatDeliversLessThanItsLength) 
     struct Liar : QBInputStreamWithKnownLength {
         std::uint32_t byteLength() const override { return 3; }
         void reset() override { ++resets; }
-        std::int32_t _readBuffer(void *, std::uint32_t) override { return -1; }
+        std::int32_t _readBuffer(void *, std::uint32_t) override { return answer; }
         int resets = 0;
+        std::int32_t answer = -1;
     };
     auto *stream = QBDataInputStream::streamWithData(dataOf("abc"));
     Ref<Liar> liar = Ref<Liar>::adopt(new Liar);
@@ -190,6 +191,9 @@ TEST_F(QBInputStreamTest, ComparisonEndsAtAStreamThatDeliversLessThanItsLength) 
     EXPECT_EQ(liar->resets, 4);
     EXPECT_FALSE(liar->providesSameDataAs(QBDataInputStream::streamWithData(dataOf("abcd"))));
     EXPECT_EQ(liar->resets, 4); // other lengths: not touched
+    liar->answer = 1 << 20;     // more than it was asked for
+    EXPECT_FALSE(stream->providesSameDataAs(liar));
+    EXPECT_FALSE(liar->providesSameDataAs(stream));
 }
 
 TEST_F(QBInputStreamTest, FilePointerIsReadToItsEndAndRewound) {

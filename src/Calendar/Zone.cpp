@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace qb::calendar {
@@ -12,8 +13,7 @@ constexpr std::int64_t kForEver = std::numeric_limits<std::int64_t>::max();
 } // namespace
 
 Zone::Zone(std::string name, ZoneData data, std::int32_t advance)
-    : name_(std::move(name)), data_(std::move(data)), advance_(advance),
-      recentMask_(isFixed() ? 0 : kRecent - 1), recent_(recentMask_ + 1) {}
+    : name_(std::move(name)), data_(std::move(data)), advance_(advance) {}
 
 bool Zone::isFixed() const {
     return data_.transitions.empty() && (!data_.rule || data_.rule->daylightName.empty());
@@ -28,7 +28,20 @@ ZoneRange Zone::storedRange(std::size_t transitionsBefore) const {
             {type.offset, type.isDst, std::string_view(data_.names).substr(type.nameStart, type.nameLength)}};
 }
 
-void Zone::find(std::int64_t utcSeconds, ZoneRange &range) const {
+// A zone that nothing is asked of has no room for answers: an archive may hold many such zones.
+const ZoneRange &Zone::remember(std::int64_t utcSeconds) const {
+    if (recentMask_ == 0 && !isFixed()) {
+        try {
+            recent_.resize(kRecent);
+            recentMask_ = kRecent - 1;
+        } catch (const std::bad_alloc &) { // one answer at a time does, too
+        }
+    }
+    return recent_[static_cast<std::uint64_t>(utcSeconds) / kNearby & recentMask_] = find(utcSeconds);
+}
+
+ZoneRange Zone::find(std::int64_t utcSeconds) const {
+    ZoneRange range;
     const auto &times = data_.transitions;
     const auto next = std::upper_bound(times.begin(), times.end(), utcSeconds);
     if (next == times.end() && data_.rule) {
@@ -40,6 +53,7 @@ void Zone::find(std::int64_t utcSeconds, ZoneRange &range) const {
     }
     if (advance_ != 0)
         range.offset = {range.offset.seconds + advance_, true, name_};
+    return range;
 }
 
 std::int64_t Zone::localToUtc(std::int64_t localSeconds) const {

@@ -59,12 +59,11 @@ public:
 private:
     /// Returns the range that was found for a time nearby, when `utcSeconds` is in it, or finds it.
     const ZoneRange &remembered(std::int64_t utcSeconds) const {
-        ZoneRange &range = recent_[static_cast<std::uint64_t>(utcSeconds) / kNearby & recentMask_];
-        if (utcSeconds < range.begin || utcSeconds >= range.end)
-            find(utcSeconds, range);
-        return range;
+        const ZoneRange &range = recent_[static_cast<std::uint64_t>(utcSeconds) / kNearby & recentMask_];
+        return utcSeconds >= range.begin && utcSeconds < range.end ? range : remember(utcSeconds);
     }
-    void find(std::int64_t utcSeconds, ZoneRange &range) const;
+    const ZoneRange &remember(std::int64_t utcSeconds) const;
+    ZoneRange find(std::int64_t utcSeconds) const;
     ZoneRange storedRange(std::size_t transitionsBefore) const;
 
     // More than any offset, an hour ahead included: no two clocks differ by more than twice this.
@@ -76,8 +75,8 @@ private:
     const std::string name_;
     const ZoneData data_;
     const std::int32_t advance_;
-    const std::size_t recentMask_;
-    mutable std::vector<ZoneRange> recent_; // by time; first empty ranges
+    mutable std::size_t recentMask_ = 0;
+    mutable std::vector<ZoneRange> recent_ = std::vector<ZoneRange>(1); // by time; first an empty range
 };
 
 /// Zones are shared by all who asked for them; null means that there is none.

@@ -3,6 +3,7 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include "Foundation/ArchiveCircles.h"
 #include "Foundation/TypeCodes.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ struct Initialiser : NSObject {
 
 void Reader::allow(NSArray *classes) {
     classes_.clear();
+    hasCircle_.reset();
     allowedClasses_ = classes->copy();
     for (id cls : *allowedClasses_)
         classes_.emplace(static_cast<Class *>(cls)->nameView(), static_cast<Class *>(cls));
@@ -138,16 +140,28 @@ id Reader::objectOf(const Value &value, NSCoder *coder) {
         return nullptr;
     if (!record.isStarted)
         return makeObject(index, coder, value.offset);
-    if (closesValueCircle(index))
+    if (closesCircle(index))
         fail(value.offset, "a container holds itself");
     return hasFailed_ ? nullptr : Ref<NSObject>(record.object).autorelease();
 }
 
-bool Reader::closesValueCircle(std::uint32_t index) const {
-    const auto isIt = [index](const Frame &frame) { return frame.object == index; };
-    const auto found = std::find_if(frames_.begin(), frames_.end(), isIt);
-    return found != frames_.end() &&
-           std::all_of(found, frames_.end(), [](const Frame &frame) { return frame.isValueClass; });
+// The last reference that a circle needs is read while the container that it leads to is.
+bool Reader::closesCircle(std::uint32_t index) {
+    const auto isIt = [index](const Frame &frame) { return frame.object == index && frame.isValueClass; };
+    if (!frames_.back().isValueClass || std::none_of(frames_.begin(), frames_.end(), isIt))
+        return false;
+    if (!hasCircle_)
+        hasCircle_ =
+            haveCircle(records_.size(), [this](std::size_t object) { return containerValuesOf(object); });
+    return *hasCircle_;
+}
+
+std::string_view Reader::containerValuesOf(std::size_t index) const {
+    const Record &record = records_[index];
+    const auto cls = record.cls == kNotWritten ? classes_.end() : classes_.find(names_[record.cls - 1]);
+    return cls != classes_.end() && isValueClass(cls->second)
+               ? bytes_.substr(record.begin, record.end - record.begin)
+               : std::string_view();
 }
 
 bool Reader::begin(std::uint32_t index, std::uint32_t offset) {
@@ -159,8 +173,9 @@ bool Reader::begin(std::uint32_t index, std::uint32_t offset) {
     if (frames_.size() > kDeepestObject)
         return fail(offset, kTooDeep);
     record.isStarted = true;
-    record.object = cls->second->construct();
-    return openFrame(index, record.begin, record.end, isValueClass(cls->second));
+    Class *const made = cls->second; // also when its constructor names other classes
+    record.object = made->construct();
+    return openFrame(index, record.begin, record.end, isValueClass(made));
 }
 
 void Reader::end(std::uint32_t index, bool isAccepted) {

@@ -9,6 +9,8 @@
 #include "Foundation/ArchiveFormat.h"
 
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -41,7 +43,8 @@ public:
     /// An archive without the key is malformed.
     void requireKey(std::string_view key);
     /// Whether all values without a key are read of the object that is being read, or the root.
-    bool isAtEnd() const { return frames_.back().next == frames_.back().end; }
+    /// There are none any more after a failure.
+    bool isAtEnd() const { return hasFailed_ || frames_.back().next == frames_.back().end; }
     bool hasFailed() const { return hasFailed_; }
 
 private:
@@ -86,16 +89,18 @@ private:
     id makeObject(std::uint32_t index, NSCoder *coder, std::uint32_t offset);
     bool begin(std::uint32_t index, std::uint32_t offset);
     void end(std::uint32_t index, bool isAccepted);
-    bool closesValueCircle(std::uint32_t index) const;
+    bool closesCircle(std::uint32_t index);
+    std::string_view containerValuesOf(std::size_t index) const;
 
     Ref<NSData> data_;
     const std::string_view bytes_;
     Ref<NSArray> allowedClasses_;
     std::unordered_map<std::string_view, Class *> classes_; // those that are allowed
     std::vector<std::string_view> names_;
-    std::unordered_map<std::string_view, std::uint32_t> nameIndexes_;
+    std::map<std::string_view, std::uint32_t> nameIndexes_; // no hashes, which names may be chosen for
     std::vector<Record> records_;
-    std::vector<Frame> frames_; // the root's first
+    std::vector<Frame> frames_;     // the root's first
+    std::optional<bool> hasCircle_; // of containers; not known yet
     bool hasFailed_ = false;
 };
 

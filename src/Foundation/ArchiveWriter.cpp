@@ -3,6 +3,7 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/Class.h>
 
+#include "Foundation/ArchiveCircles.h"
 #include "Foundation/ArchiveFormat.h"
 #include "Foundation/TypeCodes.h"
 #include "Text/Room.h"
@@ -166,16 +167,19 @@ void Writer::putObject(id object, NSCoder *coder) {
     const std::uint32_t index = indexes_.find(object)->second;
     if (records_[index].cls == kNotWritten)
         writeObject(index, coder);
-    else if (closesValueCircle(index))
-        failure_ = "a container holds itself";
+    else if (mayCloseCircle(index))
+        mayHaveCircle_ = true;
 }
 
-/// Whether the object is being written, and everything on the way from it to here is a value's container.
-bool Writer::closesValueCircle(std::uint32_t index) const {
-    const auto isIt = [index](const Frame &frame) { return frame.object == index; };
-    const auto found = std::find_if(frames_.begin(), frames_.end(), isIt);
-    return found != frames_.end() &&
-           std::all_of(found, frames_.end(), [](const Frame &frame) { return frame.isValueClass; });
+// The last reference that a circle needs is written while the container that it leads to is.
+bool Writer::mayCloseCircle(std::uint32_t index) const {
+    const auto isIt = [index](const Frame &frame) { return frame.object == index && frame.isValueClass; };
+    return frames_.back().isValueClass && std::any_of(frames_.begin(), frames_.end(), isIt);
+}
+
+std::string_view Writer::containerValuesOf(std::size_t index) const {
+    return archive::isValueClass(objects_[index]->classObject()) ? records_[index].values
+                                                                 : std::string_view();
 }
 
 void Writer::begin(std::uint32_t index) {
@@ -201,6 +205,11 @@ void Writer::writeObject(std::uint32_t index, NSCoder *coder) {
 }
 
 std::string Writer::finished() {
+    const auto valuesOf = [this](std::size_t object) { return containerValuesOf(object); };
+    if (mayHaveCircle_ && haveCircle(records_.size(), valuesOf)) {
+        failure_ = "a container holds itself";
+        return {};
+    }
     std::string bytes(kMagic);
     bytes += static_cast<char>(kVersion);
     appendCount(bytes, names_.size());

@@ -33,7 +33,7 @@ public:
     const char *failure() const { return failure_; }
     /// Whether an operation is under way, as it is for the objects that write themselves.
     bool isWriting() const { return operations_ != 0; }
-    /// Returns the archive. Nothing is to be written behind that.
+    /// Returns the archive, which may be the moment of the failure. Nothing is to be written behind that.
     std::string finished();
 
 private:
@@ -59,7 +59,8 @@ private:
     void writeObject(std::uint32_t index, NSCoder *coder);
     void begin(std::uint32_t index);
     void end();
-    bool closesValueCircle(std::uint32_t index) const;
+    bool mayCloseCircle(std::uint32_t index) const;
+    std::string_view containerValuesOf(std::size_t index) const;
     std::uint32_t indexOfObject(id object);
     std::uint32_t indexOfName(std::string_view name);
 
@@ -70,7 +71,8 @@ private:
     std::vector<std::string> names_;
     std::unordered_map<std::string, std::uint32_t> nameIndexes_;
     const char *failure_ = nullptr;
-    unsigned operations_ = 0; // that are under way
+    unsigned operations_ = 0;    // that are under way
+    bool mayHaveCircle_ = false; // of containers
 };
 
 } // namespace qb::archive

@@ -215,10 +215,10 @@ private:
     std::uint64_t done_ = 0; // pairs
 };
 
-// So many elements of the containers inside another one count for its hash, besides all of its own. Those
+// So many elements of the containers inside another one count for its hash, besides as many of its own. Those
 // containers share them equally, level by level, so that they take a bounded time and little stack, however
 // deep they are and however often they are met.
-constexpr std::uint32_t kHashedInside = 4096;
+constexpr std::uint64_t kHashedInside = 4096;
 
 // How many elements count of the container that is just asked for its hash by the one around it: its own and
 // those inside it.
@@ -231,7 +231,8 @@ public:
 
     // Returns that of a container with `count` elements, which may be an outermost one.
     static std::uint64_t of(id container, std::uint64_t count) {
-        return asked_.container == container ? asked_.elements : count + kHashedInside;
+        return asked_.container == container ? asked_.elements
+                                             : std::min(count, kHashedInside) + kHashedInside;
     }
 
 private:

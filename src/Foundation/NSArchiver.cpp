@@ -78,8 +78,8 @@ void NSArchiver::finishEncoding() {
     if (writer_->isWriting())
         throw InvalidUseOfMethodException(
             "NSArchiver finishEncoding must not be sent by an object that is being encoded.");
+    const std::string bytes = writer_->failure() ? std::string() : writer_->finished();
     const char *failure = writer_->failure();
-    const std::string bytes = failure ? std::string() : writer_->finished();
     if (bytes.size() + data_->length() >= UINT32_MAX)
         failure = "it would have 4 GiB or more";
     if (!failure)

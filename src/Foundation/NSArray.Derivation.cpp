@@ -66,7 +66,7 @@ NSString *NSArray::componentsJoinedByString(NSString *separator) const {
     const std::string_view between = kept ? kept->view() : std::string_view();
     std::string text;
     bool isFirst = true;
-    for (id element : *this) {
+    for (const Ref<NSObject> element : *this) { // kept, whatever it does to the array
         if (!std::exchange(isFirst, false))
             qb::text::append(text, between);
         if (NSString *const description = element->description())

@@ -7,7 +7,9 @@
 #include "Foundation/ArrayEnumerator.h"
 #include "Foundation/Buffer.h"
 #include "Foundation/DeepWalk.h"
+#include "Foundation/Kept.h"
 #include "Foundation/NSArray.Tables.h"
+#include "Foundation/PlainClasses.h"
 #include "Foundation/PropertyListText.h"
 #include "Foundation/Required.h"
 
@@ -201,7 +203,7 @@ Ref<NSArray> NSArray::initWithArray(NSArray *other, BOOL copyItems) {
         return initWithArray(other);
     std::vector<Ref<NSObject>> copies;
     std::vector<id> elements;
-    for (id element : *other)
+    for (const Ref<NSObject> element : *other) // kept, whatever its copying does to the array
         elements.push_back(copies.emplace_back(element->copy()));
     return initWith(elements);
 }
@@ -237,6 +239,14 @@ void NSArray::getObjects(id *buffer, NSRange range) const {
 
 // --- Searching ---
 
+// A client's object may do anything to the array, and then look at the element again.
+static bool isEqualTo(id object, id element) {
+    if (qb::isPlainString(object))
+        return object->isEqual(element);
+    const qb::Kept kept(element);
+    return object->isEqual(element);
+}
+
 std::uint32_t NSArray::indexOfObject(id object) const {
     return indexOfObject(object, {0, count_});
 }
@@ -247,7 +257,7 @@ std::uint32_t NSArray::indexOfObject(id object, NSRange inRange) const {
         return NSNotFound;
     const Ref<NSObject> kept = object; // which the array may own alone
     for (std::uint32_t i = inRange.location; i < NSMaxRange(inRange) && i < count_; ++i)
-        if (elements_[i] == object || object->isEqual(elements_[i]))
+        if (elements_[i] == object || isEqualTo(object, elements_[i]))
             return i;
     return NSNotFound;
 }

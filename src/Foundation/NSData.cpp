@@ -196,8 +196,15 @@ BOOL NSData::isEqualToData(NSData *other) const {
            (length_ == 0 || std::memcmp(bytes_, other->bytes_, length_) == 0);
 }
 
+// Of a long one so many bytes count at either end: it is not kept, and may be asked for often.
+constexpr std::uint32_t kHashedAtEnd = 32 * 1024;
+
 std::uint32_t NSData::hash() const {
-    return qb::text::hashBytes(reinterpret_cast<const char *>(bytes_), length_);
+    const auto *const bytes = reinterpret_cast<const char *>(bytes_);
+    if (length_ <= 2 * kHashedAtEnd)
+        return qb::text::hashBytes(bytes, length_);
+    return qb::text::hashPair(qb::text::hashBytes(bytes, kHashedAtEnd),
+                              qb::text::hashBytes(bytes + length_ - kHashedAtEnd, kHashedAtEnd));
 }
 
 NSString *NSData::description() const {

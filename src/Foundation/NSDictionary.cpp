@@ -103,7 +103,8 @@ BOOL NSDictionary::setUpWithCopies(NSDictionary *other, BOOL copyItems) {
         return YES;
     table_.reserve(other->count());
     for (const auto &[key, value] : *other) {
-        const Ref<NSObject> kept = copyItems ? key : nullptr; // whatever is done to copy the value
+        // Whatever is done to copy the value.
+        const Ref<NSObject> kept = copyItems ? key : nullptr, keptValue = copyItems ? value : nullptr;
         store(key, copyItems ? value->copy().autorelease() : value);
     }
     return YES;
@@ -187,7 +188,7 @@ NSArray *NSDictionary::allKeysForObject(id object) const {
     const Ref<NSObject> kept = object; // whatever comparisons do
     NSMutableArray *const keys = NSMutableArray::array();
     for (const auto &[key, value] : *this) {
-        const Ref<NSObject> keptKey = key;
+        const Ref<NSObject> keptKey = key, keptValue = value;
         if (value == object || (object && object->isEqual(value)))
             keys->addObject(key);
     }

@@ -100,8 +100,8 @@ BOOL NSSet::setUpWithCopies(NSSet *other, BOOL copyItems) {
     if (!other)
         return YES;
     table_.reserve(other->count());
-    for (id object : *other)
-        insert(copyItems ? object->copy().autorelease() : object);
+    for (const Ref<NSObject> object : *other) // kept, whatever its copying does to the set
+        insert(copyItems ? object->copy().autorelease() : object.get());
     return YES;
 }
 

@@ -212,6 +212,11 @@ TEST_F(NSArchiverTest, MalformedArchivesAreToldByOffsetAndReason) {
         EXPECT_EQ(error.values(), values);
         EXPECT_EQ(error.place().substr(0, 28), "src/Foundation/NSUnarchiver:");
     }
+    NSData *const circle = // whose second half is read by way of an object that the first one holds, too
+        archiveOf({"NSArray", "TreeNode", "children", "NSMutableArray", "root"},
+                  {"\1\3\4\2\1\2\2", "\2\11\2\2\2", "\4\3\2\2\0"s}, "\11\4\2\0"s);
+    EXPECT_ERROR(900002, "71 a container holds itself",
+                 EXPECT_EQ(NSKeyedUnarchiver::unarchiveObjectWithData(circle, nodeClasses()), nullptr));
 }
 
 TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesNeedsLittleStackAndHasAnEnd) {
@@ -233,6 +238,13 @@ TEST_F(NSArchiverTest, DepthIsBoundedOnBothSidesNeedsLittleStackAndHasAnEnd) {
     array->addObject(NSDictionary::dictionaryWith({{"array"_ns, array.get()}}));
     EXPECT_ERROR(900005, "a container holds itself",
                  EXPECT_EQ(NSArchiver::archivedDataWithRootObject(array), nullptr));
+    TreeNode *const node = TreeNode::node();
+    array->setArray(NSArray::arrayWith({node, node->children.get()}));
+    node->children->addObject(array);
+    EXPECT_ERROR(900005, "a container holds itself",
+                 EXPECT_EQ(NSKeyedArchiver::archivedDataWithRootObject(array), nullptr));
+    array->removeObjectAtIndex(1);
+    EXPECT_NE(NSKeyedArchiver::archivedDataWithRootObject(array), nullptr);
     array->removeAllObjects();
 }
 
@@ -312,6 +324,11 @@ TEST_F(NSArchiverTest, ValuesOfEveryTypeComeBackInOrder) {
     EXPECT_FALSE(reader->isAtEnd());
     EXPECT_EQ(reader->decodePropertyList(), QBNil::value());
     EXPECT_TRUE(reader->isAtEnd());
+    const Ref<NSUnarchiver> failing = NSUnarchiver::initForReadingWithData(archiveOf({}, {}, "\0\0"s));
+    std::int32_t none = 1;
+    failing->decodeValueOfObjCType("i", &none);
+    EXPECT_TRUE(failing->isAtEnd()); // or who reads to the end would read for ever
+    EXPECT_EQ(takenErrors(), "(900002)");
     EXPECT_THROW(reader->decodeValueOfObjCType("z", &readLeast), InvalidArgumentException);
     EXPECT_THROW(reader->decodeValueOfObjCType("i", nullptr), InvalidArgumentException);
 }

@@ -15,9 +15,9 @@ class Writer;
 /// Writes objects, and all that hang on them, to data; each object once, however often it is mentioned.
 ///
 /// An object writes itself in `encodeWithCoder:`; one whose class has no archived form throws
-/// InvalidUseOfMethodException. Raises 900005 (what is wrong), once, when objects lie inside each other
-/// deeper than 256, or a container holds itself; there is no archive then. Operations that write throw
-/// InvalidUseOfMethodException once the archive is finished.
+/// InvalidUseOfMethodException. Raises 900005 (what is wrong), once, when objects are met inside each other,
+/// for the first time, deeper than 256, or a container holds itself; there is no archive then. Operations
+/// that write throw InvalidUseOfMethodException once the archive is finished.
 class QB_EXPORT NSArchiver : public NSCoder {
 public:
     NSArchiver();

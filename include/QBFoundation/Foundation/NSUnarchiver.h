@@ -19,7 +19,7 @@ class Reader;
 /// `setAllowedClasses:` names others. Each reads itself in `setUpWithCoder`, where it may meet objects that
 /// are not complete yet, when objects refer to each other in circles. Raises 900002 (byte offset, what is
 /// wrong), once, when the archive is malformed, has an object of another class or one that refuses its
-/// values, or objects lie inside each other deeper than 256; all that is read is zero and nil from then on.
+/// values, or has them met inside each other deeper than 256; all that is read is zero and nil from then on.
 class QB_EXPORT NSUnarchiver : public NSCoder {
 public:
     NSUnarchiver();
@@ -48,7 +48,7 @@ public:
     /// Names the classes that are accepted, an array of Class, instead of those named before. Subclasses are
     /// not meant with them. Throws InvalidArgumentException when it is nil or holds something else.
     virtual void setAllowedClasses(NSArray *classes);
-    /// Whether all values are read that stand outside of objects and have no key.
+    /// Whether no more values without a key can be had by the object that is being read, or outside of any.
     virtual BOOL isAtEnd() const;
 
     /// Returns the object that was written as the root.
