@@ -9,7 +9,7 @@
 namespace {
 
 // An array, or nil for what stands for none. Throws InvalidArgumentException for any other object.
-NSArray *arrayOrNil(id keys) {
+Ref<NSArray> arrayOrNil(id keys) {
     return IsNil(keys) ? nullptr : qb::Value(keys).as<NSArray *>();
 }
 
@@ -27,6 +27,7 @@ std::span<const qb::Method> qb::tables::dictionaryChecks() {
 }
 
 NSArray *NSDictionary::badKeysForGoodKeys(id goodKeys, id disallowNilForKeys) const {
+    const Ref<NSObject> kept = goodKeys, keptToo = disallowNilForKeys; // whatever they do when asked for nil
     const Ref<NSArray> allowed = arrayOrNil(goodKeys), required = arrayOrNil(disallowNilForKeys);
     NSMutableArray *const bad = NSMutableArray::array();
     if (allowed)

@@ -78,11 +78,12 @@ NSDictionary *NSDictionary::dictByPrefixingKeysWith(NSString *prefix) const {
     if (!prefix)
         throw InvalidArgumentException(
             "NSDictionary dictByPrefixingKeysWith: must have a string that is not nil.");
+    const Ref<NSString> front = prefix->copy(); // whatever the keys do for their texts
     Ref<NSDictionary> result = init();
     result->table_.reserve(count());
     for (const auto &[key, value] : *this) {
         const Ref<NSObject> keptKey = key, kept = value;
-        result->store(prefix->stringByAppendingString(keptKey->stringValue()), kept);
+        result->store(front->stringByAppendingString(keptKey->stringValue()), kept);
     }
     return result.autorelease();
 }

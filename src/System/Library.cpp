@@ -6,9 +6,13 @@
 
 #include <cstdint>
 #include <cstring>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
+#include <new>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace qb::sys {
 
@@ -56,6 +60,38 @@ bool isCutOff(const char *path) noexcept {
     return false;
 }
 
+// Returns the file of a name without a slash in the directories that the system searches, or an empty text.
+std::string searched(const char *name) {
+    Dl_serinfo head;
+    void *const program = ::dlopen(nullptr, RTLD_LAZY);
+    if (!program || ::dlinfo(program, RTLD_DI_SERINFOSIZE, &head) != 0)
+        return {};
+    // In words, so that it is aligned.
+    std::vector<std::uintptr_t> buffer(head.dls_size / sizeof(std::uintptr_t) + 1);
+    auto *const list = reinterpret_cast<Dl_serinfo *>(buffer.data());
+    *list = head;
+    if (::dlinfo(program, RTLD_DI_SERINFO, list) != 0)
+        return {};
+    for (unsigned i = 0; i < head.dls_cnt; ++i) {
+        std::string path = std::string(list->dls_serpath[i].dls_name) + '/' + name;
+        struct stat status;
+        if (sys::stat(path.c_str(), &status) == 0)
+            return path;
+    }
+    return {};
+}
+
+// What `dlopen` will open, as far as that can be told before; null for what it knows by itself.
+const char *fileOf(const char *path, std::string &place) noexcept {
+    if (!path || std::strchr(path, '/'))
+        return path;
+    try {
+        place = searched(path);
+    } catch (const std::bad_alloc &) {
+    }
+    return place.empty() ? nullptr : place.c_str();
+}
+
 void *refuse() noexcept {
     ::dlerror(); // of an earlier one
     errno = ENOEXEC;
@@ -65,10 +101,11 @@ void *refuse() noexcept {
 } // namespace
 
 void *dlopen(const char *path, int flags) noexcept {
-    const bool isFile = path && std::strchr(path, '/');
-    if (isFile && mayWait(path))
+    std::string place;
+    const char *const file = fileOf(path, place);
+    if (file && mayWait(file))
         return refuse();
-    if (isFile && isCutOff(path)) {
+    if (file && isCutOff(file)) {
         void *const loaded = ::dlopen(path, flags | RTLD_NOLOAD); // it may have been whole once
         return loaded ? loaded : refuse();
     }

@@ -19,11 +19,11 @@ std::function<void()> action;     // done once
 std::function<void()> lastAction; // done once, when a meddler is destroyed after that
 BOOL isEqualToAll = NO;
 
-const NSObject *asked = nullptr; // while it does the action
+const NSObject *asked = nullptr, *askedAbout = nullptr; // while it does the action
 
 struct Meddler : ClientClass<Meddler, NSObject, "Meddler"> {
     ~Meddler() override {
-        EXPECT_NE(this, asked) << "gone while it is asked";
+        EXPECT_TRUE(this != asked && this != askedAbout) << "gone while it is asked";
         if (lastAction)
             std::exchange(lastAction, nullptr)();
     }
@@ -33,21 +33,26 @@ struct Meddler : ClientClass<Meddler, NSObject, "Meddler"> {
                 qb::method<"childObjectWithName:">(&Meddler::childObjectWithName)};
     }
 
-    BOOL isEqual(id other) const override { return ask(isEqualToAll || other == this); }
+    BOOL isEqual(id other) const override { return ask(isEqualToAll || other == this, other); }
     std::uint32_t hash() const override { return ask(7u); }
     BOOL isNil() const override { return ask(NO); }
     NSString *stringValue() const override { return ask("meddler"_ns); }
-    Ref<NSObject> copyWithZone(void *) const override { return ask(Ref<NSObject>(self())); }
+    NSString *description() const override { return ask("meddler"_ns); }
+    Ref<NSObject> copyWithZone(void *) const override {
+        ask(NO);
+        return self();
+    }
     void encodeWithCoder(NSCoder *) const override { ask(NO); }
     id parentObject() const { return ask(id{}); }
     id childObjectWithName(NSString *) const { return ask(id{}); }
 
     template <class Answer>
-    Answer ask(Answer answer) const {
+    Answer ask(Answer answer, const NSObject *about = nullptr) const {
         if (action && asksLeft-- == 0) {
             asked = this;
+            askedAbout = about;
             std::exchange(action, nullptr)();
-            asked = nullptr;
+            asked = askedAbout = nullptr;
         }
         return answer;
     }

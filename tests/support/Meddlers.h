@@ -14,9 +14,9 @@ struct Meddlers {
 };
 
 /// Does `operation` with two such groups again and again. Each time another question to a meddler (`hash`,
-/// `isEqual:`, `isNil`, `stringValue`, `copy`, `encodeWithCoder:`, those of a path's tree) empties all
-/// containers; or it lets go of the second group, and the next meddler that is destroyed empties those of the
-/// first. Fails when a meddler is destroyed while it is asked.
+/// `isEqual:`, `isNil`, `stringValue`, `description`, `copy`, `encodeWithCoder:`, those of a path's tree)
+/// empties all containers; or it lets go of the second group, and the next meddler that is destroyed empties
+/// those of the first. Fails when a meddler is destroyed while it is asked or compared with another.
 void meddle(void (*operation)(const Meddlers &mine, const Meddlers &other));
 
 #endif
