@@ -108,6 +108,7 @@ bool Server::run(const std::function<void()> &eachSecond) {
             next = Clock::now() + 1s;
             eachSecond();
         } catch (const std::bad_alloc &) { // no reason to stop: there may be some again
+            ERRORHANDLER->clearErrorStack();
             nextAccept_ = Clock::now() + kPauseInNeed;
         }
     }
