@@ -28,8 +28,8 @@ bool isReopened(std::FILE *file, const char *mode) {
 void OSProcess::detachAndChdirTo(NSString *directory) {
     // The end of a session's leader, as which the parent may end, hangs up on the child as long as the child
     // belongs to the session.
-    struct sigaction ignoring {
-    }, earlier{};
+    struct sigaction ignoring {};
+    struct sigaction earlier {};
     ignoring.sa_handler = SIG_IGN;
     sys::sigaction(SIGHUP, &ignoring, &earlier);
     // To where they go now, and before whoever waits for the parent looks there.
