@@ -15,16 +15,16 @@ namespace {
 
 // What the order goes by, from a key with or without ".REVERSE".
 struct SortKey {
-    explicit SortKey(NSString *text) : key(text) {
-        NSArray *const components = text ? text->componentsSeparatedByString("."_ns) : NSArray::array();
+    explicit SortKey(NSString *text) : key(text ? NSString::initWith(text->view()) : nullptr) {
+        NSArray *const components = key ? key->componentsSeparatedByString("."_ns) : NSArray::array();
         const std::uint32_t count = components->count();
         isReverse =
             count > 1 && static_cast<NSString *>(components->lastObject())->isCaseEqualTo("REVERSE"_ns);
         if (isReverse)
-            key = components->subarrayWithRange({0, count - 1})->stringsJoinedByString("."_ns);
+            key = components->subarrayWithRange({0, count - 1})->componentsJoinedByString("."_ns);
     }
 
-    NSString *key;
+    Ref<NSString> key; // whatever the elements do to the caller's
     bool isReverse;
 };
 
@@ -43,7 +43,8 @@ std::int32_t compareValues(id a, id b) {
     for (SEL selector : {SEL("caseInsensitiveCompare:"_sel), SEL("compare:"_sel)})
         if (bothRespond(a, b, selector))
             return qb::compareByMessage(a, selector, b);
-    return qb::compareByMessage(a->stringValue(), "caseInsensitiveCompare:"_sel, b->stringValue());
+    const Ref<NSString> text = a->stringValue(); // whatever the other one does for its text
+    return qb::compareByMessage(text, "caseInsensitiveCompare:"_sel, b->stringValue());
 }
 
 } // namespace
@@ -61,7 +62,7 @@ NSArray *NSArray::caseInsensitiveSortedArrayByKey(NSString *key) const {
     std::vector<Ref<NSObject>> values;
     std::vector<Keyed> sorted;
     for (id element : *elements) {
-        const Ref<NSObject> value = send<Ref<NSObject>>(element, "objectForKey:"_sel, id{sortKey.key});
+        const Ref<NSObject> value = send<Ref<NSObject>>(element, "objectForKey:"_sel, id{sortKey.key.get()});
         values.emplace_back(IsNil(value) ? nullptr : value.get());
         sorted.push_back({element, values.back()});
     }

@@ -120,34 +120,37 @@ void QBBase64OutputFilter::completeGroup() {
 }
 
 void QBBase64OutputFilter::encode(const char *bytes, std::uint32_t length) {
-    if (pendingCount_ != 0) [[unlikely]] {
-        const std::uint32_t taken = fillGroup(bytes, length);
-        if (pendingCount_ != 0)
-            return;
-        bytes += taken;
-        length -= taken;
-    }
+    fillGroups(bytes, length);
     const std::uint32_t groups = length / 3;
     encodeGroups(bytes, groups);
     bytes += std::size_t{groups} * 3;
-    const std::uint32_t rest = length - groups * 3;
-    if (rest > 0)
-        pending_[0] = bytes[0];
-    if (rest > 1)
+    length -= groups * 3;
+    fillGroups(bytes, length); // behind what the target has written to this filter
+    if (length == 0)
+        return;
+    pending_[0] = bytes[0];
+    if (length > 1)
         pending_[1] = bytes[1];
-    pendingCount_ = static_cast<std::int32_t>(rest);
+    pendingCount_ = static_cast<std::int32_t>(length);
 }
 
-// Adds to the pending group, and writes it when it is complete. Returns how many bytes it took.
-[[gnu::noinline]] std::uint32_t QBBase64OutputFilter::fillGroup(const char *bytes, std::uint32_t length) {
+// Goes on with a pending group, if there is one, and takes from the bytes what it needs.
+inline void QBBase64OutputFilter::fillGroups(const char *&bytes, std::uint32_t &length) {
+    while (pendingCount_ != 0 && length != 0)
+        [[unlikely]] fillGroup(bytes, length);
+}
+
+// Writes the pending group when it is complete.
+[[gnu::noinline]] void QBBase64OutputFilter::fillGroup(const char *&bytes, std::uint32_t &length) {
     const std::uint32_t taken = std::min(3 - static_cast<std::uint32_t>(pendingCount_), length);
     std::memcpy(pending_ + pendingCount_, bytes, taken);
     pendingCount_ += static_cast<std::int32_t>(taken);
+    bytes += taken;
+    length -= taken;
     if (pendingCount_ == 3) {
         pendingCount_ = 0;
         encodeGroups(pending_, 1);
     }
-    return taken;
 }
 
 // --- Decoding ---
@@ -168,7 +171,8 @@ void QBBase64OutputFilter::decodeOneByOne(const char *position, const char *end)
         pending_[pendingCount_++] = character;
         if (pendingCount_ != 4)
             continue;
-        decodePending();
+        if (!decodePending()) // whether the error stays or not
+            return;
         if (!qb::isErrorPending())
             position = decodeGroups(position, end);
     }
@@ -196,11 +200,14 @@ const char *QBBase64OutputFilter::decodeGroups(const char *position, const char 
     return position;
 }
 
-void QBBase64OutputFilter::decodePending() {
+// Returns false, with the error raised, when it is malformed.
+bool QBBase64OutputFilter::decodePending() {
     pendingCount_ = 0;
     char bytes[3];
-    if (const char *const last = text::decodeBase64Last(pending_, bytes))
+    const char *const last = text::decodeBase64Last(pending_, bytes);
+    if (last)
         target_->_writeBuffer(bytes, static_cast<std::uint32_t>(last - bytes));
     else
         raiseMalformed(pending_);
+    return last != nullptr;
 }

@@ -7,6 +7,7 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "System/Clock.h"
 #include "System/Memory.h"
 #include "System/Process.h"
@@ -101,6 +102,7 @@ BOOL QBBlowfishOutputFilter::setUpWithKey(id key, BOOL decrypt, QBOutputStream *
 
 // The text's bytes are taken where they are: `asData` would leave a copy of the key behind.
 bool QBBlowfishOutputFilter::setKey(id key) {
+    const qb::Kept kept(key); // whatever it does for its text
     const auto *const data = qb::castOrNil<NSData>(key);
     const NSString *const string = data || !key ? nullptr : key->stringValue();
     const auto *const bytes = data     ? static_cast<const char *>(data->bytes())

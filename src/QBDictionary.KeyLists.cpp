@@ -21,9 +21,21 @@ NSDictionary *dictFromCorrectArrayOfClass(Class *asked, NSArray *array) {
     return send<NSDictionary *>(asked, "dictFromCorrectArray:supportedMultiValues:"_sel, array, nullptr);
 }
 
-bool contains(NSArray *array, id object) {
-    return array && array->containsObject(object);
-}
+// The elements of an array, to be looked up for each key.
+class MultiValues {
+public:
+    explicit MultiValues(NSArray *keys) {
+        const Ref<NSArray> kept =
+            keys ? NSArray::initWith(keys->view()) : nullptr; // whatever their hashes do
+        if (kept)
+            for (id key : *kept)
+                keys_.entryFor(key);
+    }
+    bool contain(id key) const { return keys_.find(key) != nullptr; }
+
+private:
+    qb::HashTable keys_;
+};
 
 bool raiseMalformed(std::uint32_t index, const char *expected) {
     qb::raiseError(kFile, __LINE__, qb::kErrorMalformedKeyList, index, expected);
@@ -36,9 +48,10 @@ bool isCorrect(NSArray *keysAndValues, NSArray *multiValues) {
     if (count % 2 != 0)
         return raiseMalformed(count, "a value for the last key");
     qb::HashTable keys;
+    MultiValues multi(multiValues);
     for (std::uint32_t i = 0; i < count; i += 2) {
         const Ref<NSObject> key = keysAndValues->objectAtIndex(i);
-        if (keys.find(key) && !contains(multiValues, key))
+        if (keys.find(key) && !multi.contain(key))
             return raiseMalformed(i, "another key");
         keys.entryFor(key);
     }
@@ -68,13 +81,14 @@ std::span<const qb::Method> NSDictionary::keyListMethods() {
 }
 
 BOOL NSDictionary::setUpFromArray(NSArray *array, NSArray *supportedMultiValues) {
-    const Ref<NSArray> keptArray = array, keptMultiValues = supportedMultiValues; // whatever the keys do
+    const Ref<NSArray> kept = array; // whatever the keys do
+    MultiValues multi(supportedMultiValues);
     const std::uint32_t count = array ? array->count() : 0;
     for (std::uint32_t i = 0; i < count; i += 2) {
         const Ref<NSObject> key = array->objectAtIndex(i);
         const Ref<NSObject> value = i + 1 < count ? array->objectAtIndex(i + 1) : QBNil::value();
         traceValue(value);
-        if (!contains(supportedMultiValues, key)) {
+        if (!multi.contain(key)) {
             store(key, value);
             continue;
         }

@@ -44,11 +44,13 @@ std::span<const qb::Method> qb::tables::dictionaryReading() {
 }
 
 id NSDictionary::objectForKey(id key, id withDefault) const {
+    const qb::Kept kept(withDefault); // whatever the key's operations do
     const id value = objectForKey(key);
     return value ? value : withDefault;
 }
 
 id NSDictionary::deepObjectForKey(NSString *key, id withDefault) const {
+    const qb::Kept kept(withDefault); // as above
     const id value = deepObjectForKey(key);
     return value ? value : withDefault;
 }
@@ -64,10 +66,11 @@ BOOL NSDictionary::boolValueForKey(id key, BOOL withDefault) const {
 }
 
 NSString *NSDictionary::pathForKey(id key, NSString *withDefault, NSString *defaultBasePath) const {
+    const qb::Kept keptBase(defaultBasePath);
     NSString *const path = textOf(objectForKey(key, withDefault));
+    const qb::Kept kept(path); // whatever makes the text of the other one
     if (!path || path->isAbsolutePath())
         return path;
-    const qb::Kept kept(path); // whatever makes the text of the other one
     NSString *base = textOf(objectForKey("basedir"_ns, defaultBasePath));
     if (!base)
         base = ""_ns;

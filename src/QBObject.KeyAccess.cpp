@@ -6,6 +6,7 @@
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSObject.Tables.h"
 
 #include <string>
@@ -144,6 +145,7 @@ id NSObject::objectForKey(id key) const {
 }
 
 void NSObject::setObjectForKey(id object, id key) {
+    const qb::Kept kept(object);         // whatever it does for its number, or the key for its text
     const std::string name(textOf(key)); // the object's operations may change the key
     const std::string selector = setterFor(name);
     const qb::Method *const setter = accessorOf(this, selector, /*parameters=*/1);

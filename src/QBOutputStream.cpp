@@ -91,7 +91,7 @@ void QBOutputStream::_writeDictionary(NSDictionary *dictionary) {
 
 void QBOutputStream::writeEntries(NSDictionary *dictionary, const Nesting &nesting) {
     const NSAutoreleasePool pool;
-    NSEnumerator *const keys = dictionary ? dictionary->keyEnumerator() : nullptr;
+    const Ref<NSEnumerator> keys = dictionary ? dictionary->keyEnumerator() : nullptr;
     while (keys && !nesting.isCut()) {
         const NSAutoreleasePool step;
         const id key = keys->nextObject();

@@ -3,6 +3,7 @@
 
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "QBPath.Tables.h"
 
 #include <algorithm>
@@ -55,11 +56,14 @@ QBPath *QBPath::pathByAppendingPath(id path) const {
 }
 
 id QBPath::relativePathTo(id path) const {
+    const qb::Kept keptPath(path); // whatever its class does for a path, or makes of comparing components
     QBPath *const target = path && isAbsolutePath() ? path->asQbPath() : nullptr;
     if (!target || !target->isAbsolutePath())
         return path;
-    const auto mine = pathArray()->view();
-    const auto theirs = target->pathArray()->view();
+    const Ref<NSArray> myArray = NSArray::initWith(pathArray()->view()),
+                       theirArray = NSArray::initWith(target->pathArray()->view());
+    const auto mine = myArray->view();
+    const auto theirs = theirArray->view();
     const auto areEqual = [](id a, id b) { return a->isEqual(b) != NO; };
     const auto common = static_cast<std::size_t>(
         std::mismatch(mine.begin(), mine.end(), theirs.begin(), theirs.end(), areEqual).first - mine.begin());

@@ -53,12 +53,14 @@ Ref<NSObject> rootOf(id object) {
     return climb.object();
 }
 
-id stepFrom(id object, NSString *component) {
-    if (component->isEqual(".."_ns))
-        return send<id>(object, "parentObject"_sel);
+// nil where the object answers with the null object, too.
+Ref<NSObject> stepFrom(id object, NSString *component) {
     if (component->isEqual("."_ns) || !component->containsData())
         return object;
-    return send<id>(object, "childObjectWithName:"_sel, component);
+    const Ref<NSObject> next = component->isEqual(".."_ns)
+                                   ? send<id>(object, "parentObject"_sel)
+                                   : send<id>(object, "childObjectWithName:"_sel, component);
+    return IsNil(next) ? nullptr : next;
 }
 
 // Walks with a pool of its own, because deep trees leave much behind.

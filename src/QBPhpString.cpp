@@ -83,13 +83,13 @@ NSString *QBNil::asPhpString() const {
 NSString *NSArray::asPhpString() const {
     if (qb::isPlainArray(this))
         return phpArray(*this, &phpElement);
-    NSEnumerator *const elements = objectEnumerator();
+    const Ref<NSEnumerator> elements = objectEnumerator();
     return elements ? phpArray(*elements, &phpElement) : "array()"_ns;
 }
 
 NSString *NSDictionary::asPhpString() const {
     if (qb::isPlainDictionary(this))
         return phpArray(*this, [](const Pair &entry) { return phpEntry(entry.first, entry.second); });
-    NSEnumerator *const keys = keyEnumerator();
+    const Ref<NSEnumerator> keys = keyEnumerator();
     return keys ? phpArray(*keys, [this](id key) { return phpEntry(key, objectForKey(key)); }) : "array()"_ns;
 }

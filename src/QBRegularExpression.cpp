@@ -156,9 +156,9 @@ BOOL QBRegularExpression::setUpWithPattern(NSString *pattern, std::int32_t flags
 }
 
 // Notes in which locale.
-int QBRegularExpression::compile(regex_t &regex, std::string &locale) const {
+int QBRegularExpression::compile(regex_t &regex, Locale &locale) const {
     try {
-        locale = std::string(localeOf(LC_CTYPE)) + ' ' + localeOf(LC_COLLATE);
+        locale = {std::string(localeOf(LC_CTYPE)) + ' ' + localeOf(LC_COLLATE), qb::sys::keptThreadLocale()};
     } catch (const std::bad_alloc &) {
         return REG_ESPACE;
     }
@@ -173,8 +173,8 @@ int QBRegularExpression::compile(regex_t &regex, std::string &locale) const {
 bool QBRegularExpression::isOfThisLocale() const {
     const std::string_view types = localeOf(LC_CTYPE);
     const std::string_view order = localeOf(LC_COLLATE);
-    return locale_.size() == types.size() + 1 + order.size() && locale_.starts_with(types) &&
-           locale_.ends_with(order);
+    const std::string_view own = locale_.names;
+    return own.size() == types.size() + 1 + order.size() && own.starts_with(types) && own.ends_with(order);
 }
 
 // Returns false, with the old one, also when the locale is another one; but what is spoilt is of no use in
@@ -184,7 +184,7 @@ bool QBRegularExpression::compileAnew() const {
     if (!isSpoilt_ && !isOfThisLocale())
         return false;
     regex_t fresh{};
-    std::string locale;
+    Locale locale;
     if (compile(fresh, locale) != 0)
         return false;
     regfree(&compiledRegex_);

@@ -8,6 +8,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Hex.h"
 #include "Text/Uudecode.h"
 
@@ -74,7 +75,7 @@ NSData *NSString::decodeBase64() const {
         return nullptr;
     const Ref<QBBase64OutputFilter> filter =
         QBBase64OutputFilter::initWithTargetDecode(stream.get(), /*decode=*/YES);
-    filter->writeObject(self());
+    filter->writeObject(copy().get()); // whatever an error handler does to this string
     filter->flush();
     return stream->targetData();
 }
@@ -83,7 +84,9 @@ NSData *NSString::uudecode() const {
     std::string bytes;
     for (Lines lines = uuencodedLines(view()); lines.next() && !lines.line().starts_with("end");) {
         const std::size_t start = bytes.size();
-        bytes.resize(start + qb::text::uudecodedLength(lines.line()));
+        const std::size_t length = start + qb::text::uudecodedLength(lines.line());
+        qb::requireLength(length, "NSString uudecode");
+        bytes.resize(length);
         const qb::text::UudecodedLine line = qb::text::uudecodeLine(lines.line(), bytes.data() + start);
         bytes.resize(static_cast<std::size_t>(line.end - bytes.data()));
         if (line.malformed == qb::text::UudecodedLine::kWhole)

@@ -1,6 +1,7 @@
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSString.Tables.h"
 #include "Text/Html.h"
 #include "Text/Room.h"
@@ -106,9 +107,10 @@ NSString *NSString::stringWithEscapedHtmlLT(BOOL lt, BOOL gt, BOOL amp, BOOL quo
                                             char on) const {
     const unsigned flags = flagsOf(lt, gt, amp, quot);
     if (skipWith) {
+        const qb::Kept receiver(itself());
         const Ref<NSString> kept = copy(); // whatever the function does to the receiver
         const std::string escaped = SkippingEscaper(kept, flags, skipWith, on).escaped();
-        return escaped.size() == kept->view().size() ? itself() : stringWith(escaped);
+        return escaped == view() ? itself() : stringWith(escaped);
     }
     const std::string_view text = view();
     const std::size_t length = qb::text::escapedHtmlLength(text.data(), text.size(), flags);

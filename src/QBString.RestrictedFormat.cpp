@@ -91,7 +91,7 @@ private:
         return static_cast<char>(integerOf(object).integer());
     }
 
-    NSArray *objects_;
+    Ref<NSArray> objects_; // whatever they do for their texts
     std::uint32_t next_ = 0;
 };
 

@@ -1,11 +1,11 @@
 // Escapes of URLs, in the library's own manner.
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/QBStringAdditions.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Url.h"
 
 #include <cctype>
@@ -69,8 +69,7 @@ NSString *NSString::urlEscape() const {
     if (count == 0)
         return itself();
     const std::uint64_t length = byteLength_ + std::uint64_t{count} * 2;
-    if (length > kLongestText)
-        throw InvalidArgumentException("NSString urlEscape must have a result of less than 2^32 - 1 bytes.");
+    qb::requireLength(length, "NSString urlEscape");
     return initFilled(static_cast<std::size_t>(length),
                       [&](char *target) { qb::text::escapeUrl(bytes_, end, escaped, target); })
         .autorelease();

@@ -149,15 +149,16 @@ std::int32_t NSString::utf8CharCount() const {
 NSString *NSString::utf8SubstringFromIndex(std::int32_t index, std::int32_t length) const {
     if (length == 0)
         return string();
-    const qb::SavedErrors earlier;
-    const Walk start = walkOver(view(), 0, index);
-    if (start.isMalformed)
-        return string();
-    const Walk end = walkOver(view(), start.offset, length);
-    if (end.isMalformed)
-        return string();
-    const std::size_t bytes = end.offset - start.offset;
-    return bytes == view().size() ? unchanged() : stringWith(view().substr(start.offset, bytes));
+    Ref<NSString> found; // kept while the earlier errors come back to their handler
+    {
+        const qb::SavedErrors earlier;
+        const Walk start = walkOver(view(), 0, index);
+        const Walk end = start.isMalformed ? start : walkOver(view(), start.offset, length);
+        const std::size_t bytes = end.offset - start.offset;
+        if (!end.isMalformed)
+            found = bytes == view().size() ? copy() : initWith(view().substr(start.offset, bytes));
+    }
+    return found ? found.autorelease() : string();
 }
 
 std::int32_t NSString::indexOfFirstCorruptUtf8Character() const {

@@ -1,5 +1,6 @@
 #include "support/CommandOutput.h"
 #include "support/DirectoryFixture.h"
+#include "support/EchoingTarget.h"
 
 #include <array>
 #include <ctime>
@@ -137,16 +138,7 @@ TEST_F(QBBlowfishOutputFilterTest, ATargetThatTellsWritesApartSeesEachBlock) {
 }
 
 TEST_F(QBBlowfishOutputFilterTest, WhatItsTargetWritesToTheFilterGoesBehindTheBlock) {
-    struct Echo : QBOutputStream {
-        void _writeBuffer(const void *buffer, std::uint32_t length) override {
-            bytes.append(static_cast<const char *>(buffer), length);
-            if (QBOutputStream *const once = std::exchange(echo, nullptr))
-                once->writeBuffer("(e)", 3);
-        }
-        QBOutputStream *echo = nullptr;
-        std::string bytes;
-    };
-    const Ref<Echo> target = Ref<Echo>::adopt(new Echo);
+    const Ref<EchoingTarget> target = Ref<EchoingTarget>::adopt(new EchoingTarget);
     const Ref<Filter> encoder = Filter::initWithKey(sixteen(), /*decrypt=*/NO, target, /*randomSeed=*/1);
     encoder->writeBuffer(kText.data(), 5);
     target->echo = encoder;

@@ -162,7 +162,10 @@ TEST_F(QBDictionaryAdditionsTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalke
     meddle([](auto &it, auto &) { it.dictionary->deepObjectForKey("nested.inner.name"_ns); });
     meddle([](auto &it, auto &) { it.dictionary->dictByPrefixingKeysWith("x"_ns); });
     meddle([](auto &it, auto &other) { it.dictionary->pathForKey(other.single, "p"_ns, "b"_ns); });
-    meddle([](auto &it, auto &) { NSString::stringWithRestrictedFormatAndObjects("%s%s"_ns, it.array); });
+    meddle(
+        [](auto &it, auto &other) { it.dictionary->objectForKey(it.single, other.single)->retainCount(); });
+    meddle(
+        [](auto &, auto &other) { NSString::stringWithRestrictedFormatAndObjects("%s%s"_ns, other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->arrayUsingKeysFromArray(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->keysContainedBy(other.array); });
     meddle([](auto &it, auto &other) { it.dictionary->badKeysForGoodKeys(other.array, other.array); });

@@ -1,4 +1,5 @@
 #include "support/CapturedOutput.h"
+#include "support/EchoingTarget.h"
 #include "support/PoolFixture.h"
 
 using QBBase64OutputFilterTest = PoolFixture;
@@ -62,6 +63,18 @@ TEST_F(QBBase64OutputFilterTest, ResultsOfTheTargetAreNotWrittenOver) {
     NSString *const own = inOwnPool([&] { return target->targetString(); });
     filter->writeObject(own); // which the first group takes from its only owner
     EXPECT_EQ(target->targetString()->view(), "TWFuTWFuTWFuVFdGdVRXRnVUV0Z1");
+}
+
+TEST_F(QBBase64OutputFilterTest, WhatItsTargetWritesToTheFilterGoesBehindTheGroup) {
+    for (const auto &[echoed, whole] : {std::pair("e", "ManeX"), {"(e)", "Man(e)X"}, {"ee", "ManeeX"}}) {
+        const Ref<EchoingTarget> target = Ref<EchoingTarget>::adopt(new EchoingTarget);
+        QBBase64OutputFilter *const filter = QBBase64OutputFilter::streamWithTarget(target.get());
+        target->echo = filter;
+        target->echoed = echoed;
+        write(filter, "ManX");
+        filter->flush();
+        EXPECT_EQ(decoded({target->bytes}), whole);
+    }
 }
 
 TEST_F(QBBase64OutputFilterTest, MalformedGroupsEndTheWriteWithTheirLine) {

@@ -24,7 +24,7 @@ struct Node : ClientClass<Node, NSObject, "Node"> {
     id childObjectWithName(NSString *name) const {
         const auto isNamed = [name](const Node *child) { return child->name_->isEqual(name) != NO; };
         const auto child = std::find_if(children_.begin(), children_.end(), isNamed);
-        return child == children_.end() ? nullptr : *child;
+        return child == children_.end() ? id{QBNil::value()} : *child;
     }
 
     Node *parent;
@@ -111,11 +111,9 @@ TEST_F(QBPathTest, LeadsThroughTreesOfNamedObjects) {
     EXPECT_EQ(QBPath::qbPathWithObject(&page)->objectRelativeTo(&other), &page);
     EXPECT_EQ(describe(QBPath::qbPathWithObject(&child)), "/site/site");
     EXPECT_EQ(QBPath::qbPathWithObject(&named)->objectRelativeTo(&named), &child);
-    const std::tuple<const char *, Node *, Node *> rows[] = {{"../page/./.", &page, &page},
-                                                             {"/other", &page, &other},
-                                                             {"none/..", &site, nullptr},
-                                                             {"../..", &site, nullptr},
-                                                             {"page", nullptr, nullptr}};
+    const std::tuple<const char *, Node *, Node *> rows[] = {
+        {"../page/./.", &page, &page}, {"/other", &page, &other}, {"none/..", &site, nullptr},
+        {"none", &site, nullptr},      {"../..", &site, nullptr}, {"page", nullptr, nullptr}};
     for (const auto &[text, start, object] : rows) {
         EXPECT_EQ(qbPath(text)->objectRelativeTo(start), object) << text;
         EXPECT_EQ(qbPath(text)->closestObjectRelativeTo(start), object) << text;

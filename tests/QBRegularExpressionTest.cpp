@@ -1,3 +1,4 @@
+#include "support/Locales.h"
 #include "support/PoolFixture.h"
 
 using QBRegularExpressionTest = PoolFixture;
@@ -150,6 +151,18 @@ TEST_F(QBRegularExpressionTest, CachedPatternsNeitherGrowNorChangeWithTheTextsTh
     for (int i = 0; i < 26; ++i)
         search();
     EXPECT_LT(blocksInUse() - before, 180'000);
+}
+
+TEST_F(QBRegularExpressionTest, CachedPatternsOutliveTheLocaleThatTheyWereCompiledIn) {
+    NEED_LOCALE("de_DE.UTF-8");
+    const locale_t german = ::newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
+    const locale_t before = ::uselocale(german);
+    NSString *const pattern = "^[[:alpha:]][^[:alpha:]]$"_ns;
+    EXPECT_TRUE("ä1"_ns->matches(pattern));
+    ::uselocale(before);
+    ::freelocale(german);
+    EXPECT_TRUE("a2"_ns->matches(pattern));
+    EXPECT_FALSE("22"_ns->matches(pattern));
 }
 
 TEST_F(QBRegularExpressionTest, MatchObjectsAreMadeChangedAndMayBeEmpty) {

@@ -56,6 +56,12 @@ TEST_F(QBStringHTMLEscapingTest, SkippedPartsStayAsTheyAre) {
     NSString *const quoteSkipsItself = "a\"<\""_ns;
     EXPECT_EQ(describe(quoteSkipsItself->stringWithEscapedHtmlLT(YES, NO, NO, YES, &skipNothing, '"')),
               "a&quot;&lt;&quot;");
+    static NSMutableString *const changing = NSMutableString::stringWith("a@b");
+    const auto append = [](const char *position, const char *) {
+        changing->appendString("<"_ns);
+        return position;
+    };
+    EXPECT_EQ(describe(changing->stringWithEscapedHtmlLT(YES, NO, NO, NO, append, '@')), "a@b");
 }
 
 TEST_F(QBStringHTMLEscapingTest, SkipFunctionGetsTheEndCountedInCharacters) {

@@ -78,9 +78,11 @@ NSString *linkFrom(NSString *page, NSString *target) {
     if (pathLength == 0 && target->containsData()) // a place in the page itself
         return target;
     const std::size_t pathStart = std::min(target->view().find_first_not_of('/'), pathLength);
-    NSString *const path = NSString::stringWith(target->view().substr(pathStart, pathLength - pathStart));
+    std::string path(target->view().substr(pathStart, pathLength - pathStart));
+    const auto areSlashes = [](char a, char b) { return a == '/' && b == '/'; };
+    path.erase(std::unique(path.begin(), path.end(), areSlashes), path.end());
     NSString *const rest = NSString::stringWith(target->view().substr(pathLength));
-    return wayFrom(page, path)->stringByAppendingString(rest);
+    return wayFrom(page, NSString::stringWith(path))->stringByAppendingString(rest);
 }
 
 NSString *inlineImage(NSString *file) {

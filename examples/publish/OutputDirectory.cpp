@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -87,8 +88,11 @@ OutputDirectory::OutputDirectory(NSString *path)
       list_(staging_->stringByAppendingPathComponent("brought.plist"_ns)) {}
 
 OutputDirectory::~OutputDirectory() {
-    const qb::SavedErrors errors(qb::SavedErrors::kDiscard); // the run has failed for another reason
-    discard();
+    try {
+        const qb::SavedErrors errors(qb::SavedErrors::kDiscard); // the run has failed for another reason
+        discard();
+    } catch (const std::bad_alloc &) { // then the next run does it
+    }
     if (lock_ >= 0)
         ::close(lock_);
 }
@@ -266,9 +270,14 @@ bool OutputDirectory::takeBack(NSArray *names) const {
 // The list goes first: what it has is decided now, whichever of both files a run that is cut off leaves. When
 // all is done the journal goes: whoever has one of the names from then on keeps it.
 bool OutputDirectory::finish(const Plan &plan) {
-    return ((removeFile(list_) && carryOut(plan) && removeFile(journal_)) ||
-            fail(__LINE__, kErrorUnfinished, path_.get())) &&
-           removeTree(staging_);
+    try {
+        return ((removeFile(list_) && carryOut(plan) && removeFile(journal_)) ||
+                fail(__LINE__, kErrorUnfinished, path_.get())) &&
+               removeTree(staging_);
+    } catch (const std::bad_alloc &) {
+        fail(__LINE__, kErrorUnfinished, path_.get());
+        throw;
+    }
 }
 
 bool OutputDirectory::carryOut(const Plan &plan) {

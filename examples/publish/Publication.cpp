@@ -51,6 +51,17 @@ bool areOnOneMount(NSString *directory, NSString *other) {
            one.stx_dev_minor == two.stx_dev_minor;
 }
 
+// A copy belongs to whoever publishes: a file that came from another user must not lend their rights to those
+// who run it. Returns false, with an error raised, when it would.
+bool dropLentRights(NSString *staged) {
+    constexpr mode_t kLent = S_ISUID | S_ISGID;
+    struct stat status;
+    if (!statusOf(staged, status) || !S_ISREG(status.st_mode) || (status.st_mode & kLent) == 0)
+        return !hasFailed();
+    return ::chmod(staged->cString(), status.st_mode & 07777 & ~kLent) == 0 ||
+           failWith(__LINE__, qb::kErrorCannotWrite, staged);
+}
+
 // Whether the file there has the rights of the staged one; links have none.
 bool haveSameRights(NSString *staged, NSString *place) {
     struct stat status, placed;
@@ -146,7 +157,7 @@ bool Publication::addAssets(NSString *directory) {
         if (isTaken(path) && kindOf(directory->stringByAppendingPathComponent(
                                  static_cast<NSString *>(element))) == Kind::nothing)
             continue;
-        if (!claim(path))
+        if (!claim(path) || !dropLentRights(out_.staged(path)))
             return false;
         count(path, isInPlace(path) && haveSameRights(out_.staged(path), out_.place(path)));
         if (hasFailed())
@@ -218,6 +229,15 @@ NSArray *Publication::withoutOurs(NSArray *paths) const {
     return others;
 }
 
+// Whoever comes to the start page of a new site finds what it leads to.
+void Publication::bringStartPageLast() {
+    NSString *const start = "index.html"_ns;
+    if (!changed_->containsObject(start))
+        return;
+    changed_->removeObject(start);
+    changed_->addObject(start);
+}
+
 // The last to be renamed.
 bool Publication::addManifest() {
     NSString *const name = NSString::stringWith(kManifest);
@@ -231,6 +251,7 @@ bool Publication::addManifest() {
 
 bool Publication::commit() {
     NSArray *const removed = vanished();
+    bringStartPageLast();
     if (!removed || !addManifest())
         return false;
     const Plan plan{removed, changed_};

@@ -48,6 +48,7 @@ private:
     bool isInPlace(NSString *path);
     bool hasNewDigest(NSString *path, NSString *digest);
     void count(NSString *path, bool isUnchanged);
+    void bringStartPageLast();
     bool addManifest();
     NSArray *vanished() const;
     std::optional<Identity> identityOf(NSString *path) const;

@@ -40,7 +40,8 @@ NSString *Values::imageAt(NSString *name) const {
 
 NSString *Values::language() const {
     for (const char *setting : {"site.locale", "site.language"})
-        if (auto *language = qb::castOrNil<NSString>(valueAt(keyPathOf(setting))))
+        if (auto *language = qb::castOrNil<NSString>(valueAt(keyPathOf(setting)));
+            language && language->containsData())
             return language;
     return nullptr;
 }

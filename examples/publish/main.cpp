@@ -66,8 +66,6 @@ bool configure(const Options &options) {
     if (options.logFile)
         OSLogger::setDefaultLogFileName(options.logFile);
     OSLogger::setDefaultLogLevel(options.logLevel);
-    if (options.isQuiet || options.logFile)
-        OSLogger::disableDuplicateLogToStderr();
     return true;
 }
 
@@ -227,6 +225,8 @@ int run(const Options &options) {
         sayErrors();
         return kExitFailed;
     }
+    if (options.isQuiet || options.logFile) // a plug-in that is no library has ended the run with a log line
+        OSLogger::disableDuplicateLogToStderr();
     std::optional<serving::SocketPlace> place;
     if (listener && options.socket)
         place.emplace(options.socket);
@@ -257,7 +257,7 @@ int act(const Options &options) {
         return 0;
     case Options::Action::encipher:
     case Options::Action::decipher:
-        if (convert(options))
+        if (succeeds([&] { return convert(options); }))
             return 0;
         sayErrors();
         return kExitFailed;
@@ -283,7 +283,8 @@ int main(int count, char **arguments) {
     const int status = act(options);
     if (status != 0 || !std::ferror(stdout))
         return status;
-    OSUserIO::eprintLn("publish: standard output could not be written."_ns);
+    fail(__LINE__, qb::kErrorCannotWrite, "standard output"_ns, "some of it is lost");
+    sayErrors();
     return kExitFailed;
 }
 
@@ -293,7 +294,7 @@ int main(int count, char **arguments) {
     try {
         return publish::main(count, arguments);
     } catch (const std::exception &exception) {
-        std::fprintf(stderr, "publish: %s\n", exception.what());
+        std::fprintf(stderr, "publish: [%d] %s\n", publish::kErrorThrown, exception.what());
         return 1;
     }
 }

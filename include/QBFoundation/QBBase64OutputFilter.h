@@ -57,13 +57,14 @@ protected:
 
 private:
     void encode(const char *bytes, std::uint32_t length);
-    std::uint32_t fillGroup(const char *bytes, std::uint32_t length);
+    void fillGroups(const char *&bytes, std::uint32_t &length);
+    void fillGroup(const char *&bytes, std::uint32_t &length);
     void encodeGroups(const char *bytes, std::uint32_t count);
     void completeGroup();
     void decode(const char *position, const char *end);
     void decodeOneByOne(const char *position, const char *end);
     const char *decodeGroups(const char *position, const char *end);
-    void decodePending();
+    bool decodePending();
 
     char pending_[4] = {}; // bytes to encode, up to two, or characters to decode, up to three
     std::int32_t pendingCount_ = 0;

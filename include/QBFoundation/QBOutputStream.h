@@ -39,7 +39,7 @@ public:
 
     // --- Bytes ---
 
-    /// Writes `length` bytes; none when it is 0.
+    /// Writes `length` bytes, which stay as they are until it returns; none when it is 0.
     /// Throws InvalidArgumentException when `buffer` is null, also for a length of 0.
     virtual void writeBuffer(const void *buffer, std::uint32_t length);
     virtual void writeByte(char byte) { _writeBuffer(&byte, 1); }
@@ -59,7 +59,8 @@ public:
 
     // --- Values ---
 
-    /// Writes a value in the way that its type and this stream settle between them; nil writes nothing.
+    /// Writes a value, which nobody changes meanwhile, as its type and this stream settle; nil writes
+    /// nothing.
     virtual void writeObject(id object);
     /// Writes `format`, filled as by `NSString` `stringWithFormat:`.
     template <class... V>

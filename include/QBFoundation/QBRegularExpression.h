@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <regex.h>
 #include <span>
 #include <string>
@@ -22,10 +23,11 @@ class QBRegularExpressionMatchObject;
 ///
 /// A pattern that the platform could not work on without running out of stack or memory is refused like a
 /// malformed one: one of more than 32768 bytes, with more than 1000 groups, or groups nested more than 200
-/// deep, with more than 8 repeat operators in a row, with repeats that multiply to more than 40000 parts,
-/// with too many parts in a row that may match nothing, with more than two anchors in a repeat that may match
-/// nothing (a word boundary counts as two), with more than 64 back references after repeating, or with a back
-/// reference that is repeated without end.
+/// deep, with more than 8 repeat operators in a row, with repeats that multiply to more than 40000 parts, or
+/// to more than 8000 where what is repeated may have several lengths, as in "((a{9,40}){0,15}.){10}" (2000
+/// with an anchor among them), with too many parts in a row that may match nothing, with more than two
+/// anchors in a repeat that may match nothing (a word boundary counts as two), with more than 64 back
+/// references after repeating, or with a back reference that is repeated without end.
 ///
 /// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
@@ -49,7 +51,7 @@ class QBRegularExpressionMatchObject;
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look
 /// for their places for ever. With such a pattern `matches:` works, and searches raise 100229 and find
 /// nothing. Where a group has an anchor, as in "(^a)+|..", "(^a){3}" or "x($).", the platform may find
-/// another match with groups than without, or none.
+/// another match with groups than without, or none; and for "(a^.*){0,30}" it needs seconds in a few KiB.
 ///
 /// What the platform learns from texts it keeps in the compiled pattern, without bounds. Searches compile the
 /// pattern anew now and then, for which they need as much stack as its making, so that this doesn't add up,
@@ -112,12 +114,17 @@ protected:
 
 private:
     struct Places;
+    // Where a pattern is compiled.
+    struct Locale {
+        std::string names;
+        std::shared_ptr<void> data; // the thread's own one, which what is compiled points into
+    };
 
     /// Whether there is a match; the places of it and its groups go to `places`.
     bool isFoundIn(NSString *string, std::span<regmatch_t> places) const;
     bool hasGroupsIn(NSString *string, Places &places) const;
     int execute(NSString *string, std::span<regmatch_t> places) const;
-    int compile(regex_t &regex, std::string &locale) const;
+    int compile(regex_t &regex, Locale &locale) const;
     bool compileAnew() const;
     bool isOfThisLocale() const;
 
@@ -127,7 +134,7 @@ private:
     Ref<NSString> pattern_;
     std::int32_t flags_ = 0;
     bool hasReferences_ = false;
-    mutable std::string locale_;             // in which it was compiled
+    mutable Locale locale_;
     mutable std::int64_t compilingTime_ = 0; // in nanoseconds
     mutable std::int64_t searchingTime_ = 0; // since then, as far as it is measured
     mutable std::size_t unmeasured_ = 0;     // bytes searched since

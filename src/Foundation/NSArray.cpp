@@ -341,7 +341,7 @@ Ref<NSObject> NSArray::mutableCopyWithZone(void *) const {
 }
 
 Ref<NSArray> NSArray::copy() const {
-    return static_cast<NSArray *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSArray copyWithZone:");
 }
 
 Ref<NSMutableArray> NSArray::mutableCopy() const {

@@ -7,6 +7,7 @@
 
 #include "Foundation/DateParts.h"
 #include "Foundation/NSCalendarDate.Tables.h"
+#include "Foundation/Required.h"
 
 #include <algorithm>
 
@@ -194,5 +195,5 @@ Ref<NSObject> NSCalendarDate::copyWithZone(void *) const {
 }
 
 Ref<NSCalendarDate> NSCalendarDate::copy() const {
-    return static_cast<NSCalendarDate *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSCalendarDate copyWithZone:");
 }

@@ -7,6 +7,7 @@
 
 #include "Foundation/Buffer.h"
 #include "Foundation/NSData.Tables.h"
+#include "Foundation/Required.h"
 #include "System/Memory.h"
 #include "Text/Hash.h"
 #include "Text/Hex.h"
@@ -223,7 +224,7 @@ Ref<NSObject> NSData::mutableCopyWithZone(void *) const {
 }
 
 Ref<NSData> NSData::copy() const {
-    return static_cast<NSData *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSData copyWithZone:");
 }
 
 Ref<NSMutableData> NSData::mutableCopy() const {

@@ -8,6 +8,7 @@
 #include "Foundation/DeepWalk.h"
 #include "Foundation/NSDictionary.Tables.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 #include "Foundation/Sort.h"
 
 #include <string>
@@ -117,8 +118,8 @@ BOOL NSDictionary::setUpWithObjectsForKeys(NSArray *objects, NSArray *forKeys) {
             "NSDictionary initWithObjects:forKeys: must have as many objects as keys.");
     if (count == 0)
         return YES;
-    const Ref<NSArray> values = objects->copy(),
-                       keys = forKeys->copy(); // what a key's operations don't change
+    const Ref<NSArray> values = NSArray::initWith(objects->view()),
+                       keys = NSArray::initWith(forKeys->view()); // what a key's operations don't change
     return setUpWithBuffers(values->view().data(), keys->view().data(), count);
 }
 
@@ -262,7 +263,7 @@ Ref<NSObject> NSDictionary::mutableCopyWithZone(void *) const {
 }
 
 Ref<NSDictionary> NSDictionary::copy() const {
-    return static_cast<NSDictionary *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSDictionary copyWithZone:");
 }
 
 Ref<NSMutableDictionary> NSDictionary::mutableCopy() const {

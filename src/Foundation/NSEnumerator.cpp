@@ -16,6 +16,7 @@ Class *NSEnumerator::cls() {
 }
 
 NSArray *NSEnumerator::allObjects() {
+    const Ref<NSEnumerator> kept = this; // whoever answers may let it go
     NSMutableArray *const objects = NSMutableArray::array();
     for (id object : *this)
         objects->addObject(object);

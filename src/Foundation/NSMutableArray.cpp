@@ -124,6 +124,7 @@ void NSMutableArray::addObject(id object) {
 void NSMutableArray::addObjectsFromArray(NSArray *other) {
     if (!other)
         return;
+    const Ref<NSArray> kept = other;            // whatever a subclass makes of its own `addObject`
     const std::uint32_t added = other->count(); // read once: the array may be this one
     reserveGrowing(std::uint64_t{count_} + added);
     for (std::uint32_t i = 0; i < added; ++i)

@@ -229,7 +229,7 @@ Ref<NSObject> NSSet::mutableCopyWithZone(void *) const {
 }
 
 Ref<NSSet> NSSet::copy() const {
-    return static_cast<NSSet *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSSet copyWithZone:");
 }
 
 Ref<NSMutableSet> NSSet::mutableCopy() const {

@@ -114,9 +114,7 @@ NSString *NSString::stringByPaddingToLength(std::uint32_t newLength, NSString *w
     const std::size_t lastEnd = std::min<std::size_t>(withString->placeOfUnit(last).byte + 4, pad.size());
     std::size_t from = withString->placeOfUnit(startingAtIndex).byte;
     const std::uint64_t bytes = byteLength_ + repeats * pad.size() + lastEnd - from;
-    if (bytes > kLongestText)
-        throw InvalidArgumentException(std::string(kOperation) +
-                                       " must have a result of less than 2^32 - 1 bytes.");
+    qb::requireLength(bytes, kOperation);
     std::string text;
     qb::text::requireRoom(text, bytes);
     text.reserve(static_cast<std::size_t>(bytes));

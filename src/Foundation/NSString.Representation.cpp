@@ -1,11 +1,11 @@
 // Strings in the manner of property lists, and as parts of names.
 #include <QBFoundation/Foundation/NSString.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/PropertyListText.h"
+#include "Foundation/Required.h"
 #include "Text/PlistText.h"
 #include "Text/Scan.h"
 
@@ -29,9 +29,7 @@ NSString *NSString::stringRepresentation() const {
     const std::uint64_t length = qb::text::plistTextLength(bytes_, byteLength_);
     if (length == byteLength_) // a quoted text is longer
         return unchanged();
-    if (length > kLongestText)
-        throw InvalidArgumentException(
-            "NSString stringRepresentation must have a result of less than 2^32 - 1 bytes.");
+    qb::requireLength(length, "NSString stringRepresentation");
     std::string text;
     qb::appendPropertyListString(text, view());
     return stringWith(text);

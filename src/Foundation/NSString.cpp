@@ -8,6 +8,7 @@
 #include "Foundation/Buffer.h"
 #include "Foundation/NSString.Tables.h"
 #include "Foundation/PlainClasses.h"
+#include "Foundation/Required.h"
 #include "System/Memory.h"
 #include "Text/Bytes.h"
 #include "Text/Hash.h"
@@ -253,7 +254,7 @@ Ref<NSObject> NSString::mutableCopyWithZone(void *) const {
 }
 
 Ref<NSString> NSString::copy() const {
-    return static_cast<NSString *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "NSString copyWithZone:");
 }
 
 Ref<NSMutableString> NSString::mutableCopy() const {

@@ -11,3 +11,9 @@ void qb::throwMissing(const char *operation, const char *what) {
 void qb::throwTooMany(const char *operation) {
     throw InvalidArgumentException(std::string(operation) + " must have less than 2^32 objects.");
 }
+
+void qb::requireLength(std::uint64_t bytes, const char *operation) {
+    if (bytes >= UINT32_MAX)
+        throw InvalidArgumentException(std::string(operation) +
+                                       " must have a result of less than 2^32 - 1 bytes.");
+}

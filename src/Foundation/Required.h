@@ -2,7 +2,7 @@
 #ifndef QBFOUNDATION_FOUNDATION_REQUIRED_H
 #define QBFOUNDATION_FOUNDATION_REQUIRED_H
 
-#include <QBFoundation/Runtime/Types.h>
+#include <QBFoundation/Foundation/NSObject.h>
 
 #include <cstdint>
 #include <span>
@@ -20,6 +20,13 @@ T *required(T *object, const char *operation, const char *what = "an argument") 
     return object;
 }
 
+/// Returns a copy of the object, of its kind. Throws when its class's `copyWithZone:` has made none.
+template <class T>
+Ref<T> requiredCopy(const T *object, const char *operation) {
+    const Ref<NSObject> copy = object->copyWithZone(nullptr);
+    return required(castOrNil<T>(copy), operation, "a copy of its kind");
+}
+
 /// Throws InvalidArgumentException: "`operation` must have less than 2^32 objects."
 [[noreturn]] void throwTooMany(const char *operation);
 
@@ -30,6 +37,10 @@ inline std::uint32_t countOf(std::span<const id> objects, const char *operation)
         throwTooMany(operation);
     return static_cast<std::uint32_t>(count);
 }
+
+/// Throws InvalidArgumentException for more `bytes` than strings and data have: "`operation` must have a
+/// result of less than 2^32 - 1 bytes."
+void requireLength(std::uint64_t bytes, const char *operation);
 
 } // namespace qb
 

@@ -3,6 +3,8 @@
 #include "Faults.h"
 
 #include <cerrno>
+#include <clocale>
+#include <new>
 
 namespace qb::sys {
 
@@ -17,6 +19,16 @@ int regexec(const regex_t &expression, const char *text, std::size_t count, regm
     const int result = ::regexec(&expression, text, count, places, 0);
     // The C library takes missing memory for no match.
     return result == REG_NOMATCH && errno == ENOMEM ? REG_ESPACE : result;
+}
+
+std::shared_ptr<void> keptThreadLocale() {
+    const locale_t own = ::uselocale(nullptr);
+    if (own == LC_GLOBAL_LOCALE) // whose data stay for ever
+        return nullptr;
+    const locale_t kept = ::duplocale(own);
+    if (!kept)
+        throw std::bad_alloc();
+    return {kept, [](void *locale) { ::freelocale(static_cast<locale_t>(locale)); }};
 }
 
 std::string regerror(int code, const regex_t &expression) {

@@ -23,6 +23,10 @@ constexpr std::size_t kDeepestGroups = 200;
 // One repeat of any length that the compiler knows, and as much again.
 constexpr std::uint32_t kMostCopies = 32767;
 constexpr PatternCount kMostNodes = 40000;
+// With so many that it may be at, the matcher takes half a second and 50 MB for a KiB of text; what it keeps
+// of them it keeps for each side of an anchor.
+constexpr PatternCount kMostOpenNodes = 8000;
+constexpr PatternCount kOpenAnchorCost = 4;
 // Each free node of a stretch costs the compiler some 130 bytes of stack.
 constexpr PatternCount kLongestStretch = 1000;
 constexpr PatternCount kMostLinks = 1'000'000;
@@ -411,7 +415,7 @@ private:
         for (std::uint32_t count = 0; count < interval.low && !fault_; ++count)
             copies = checked(sequence(copies, part));
         if (interval.isEndless)
-            return checked(sequence(copies, endless(part)));
+            return opened(checked(sequence(copies, endless(part))), part);
         // The compiler nests those that may be left out, as in "((a?a)?a)?": one way for each count.
         const PatternCount needed = copies.readings;
         PatternCount readings = 1;
@@ -420,12 +424,21 @@ private:
             readings = readings * part.readings + 1;
         }
         copies.readings = needed * readings;
-        return copies;
+        return interval.high > 1 ? opened(copies, part) : copies;
+    }
+
+    /// Returns the shape of the part's copies, with their nodes open if the part has choices.
+    PatternShape opened(PatternShape copies, const PatternShape &part) {
+        if (PatternCount() < part.choices)
+            copies.openNodes = copies.nodes * (PatternCount() < part.allAnchors ? kOpenAnchorCost : 1);
+        return checked(copies);
     }
 
     const PatternShape &checked(const PatternShape &shape) {
         if (kMostNodes < shape.nodes)
             fault_ = "it is too large when its repeats are multiplied";
+        else if (kMostOpenNodes < shape.openNodes)
+            fault_ = "too much of it may vary when its repeats are multiplied";
         else if (kLongestStretch < shape.stretch || kMostLinks < shape.links || kMostWays < shape.ways.most)
             fault_ = "too many of its parts in a row may match nothing";
         else if (kMostLoopedAnchors < shape.loopedAnchors)

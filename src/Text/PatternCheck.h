@@ -28,6 +28,10 @@ struct PatternLimits {
 /// well formed is left to the compiler to report. The check takes time in proportion to the pattern's length,
 /// and recurses nowhere.
 ///
+/// Where what may be of several lengths is repeated, as in "((a{9,40}){1,10}.){10}", the matcher may be at
+/// all nodes of its copies at one place of the text, and keeps which: there may be 8 000 of them, 2 000 with
+/// an anchor among them.
+///
 /// To find the places of groups the matcher goes once more along what it has found. Where it comes a second
 /// time to a choice without having taken a character, it decides for the other side, and so on for ever when
 /// none of these leads out. So an endless repeat may have one way only to match nothing, and none where

@@ -33,6 +33,7 @@ PatternShape sumOf(const PatternShape &first, const PatternShape &second) {
     sum.references = first.references + second.references;
     sum.captures = first.captures + second.captures;
     sum.choices = first.choices + second.choices;
+    sum.openNodes = first.openNodes + second.openNodes;
     sum.openEnds = first.openEnds + second.openEnds;
     sum.hasIdleLoop = first.hasIdleLoop || second.hasIdleLoop;
     sum.hasEndlessRepeat = first.hasEndlessRepeat || second.hasEndlessRepeat;

@@ -1,3 +1,4 @@
+#include "support/ClientClass.h"
 #include "support/PoolFixture.h"
 
 using NSDictionaryTest = PoolFixture;
@@ -122,6 +123,23 @@ TEST_F(NSDictionaryTest, ADestructorMayComeBackToItsDictionaryOrWalkIt) {
     list->setObjectForKey("v"_ns, "k"_ns);
     { const auto member = Ref<Member>::adopt(new Member(list)); }
     EXPECT_EQ(list->count(), 1u);
+}
+
+TEST_F(NSDictionaryTest, ClientsCopiesMayBeShorterOrMissing) {
+    struct Shorter : ClientClass<Shorter, NSMutableArray, "Shorter"> {
+        Ref<NSObject> copyWithZone(void *) const override { return NSArray::init(); }
+    };
+    struct Uncopied : ClientClass<Uncopied, NSMutableString, "Uncopied"> {
+        Ref<NSObject> copyWithZone(void *) const override { return nullptr; }
+    };
+    const Ref<Shorter> keys = Ref<Shorter>::adopt(new Shorter);
+    keys->addObjectsFromArray(NSArray::arrayWithObjects("a"_ns, "b"_ns));
+    EXPECT_EQ(describe(NSDictionary::dictionaryWithObjectsForKeys(NSArray::arrayWithObjects("1"_ns, "2"_ns),
+                                                                  keys.get())),
+              "{a = 1; b = 2; }");
+    const Ref<Uncopied> key = Ref<Uncopied>::adopt(new Uncopied);
+    EXPECT_REASON(NSMutableDictionary::dictionary()->setDeepObject("v"_ns, key.get()),
+                  "NSString copyWithZone: must have a copy of its kind that is not nil.");
 }
 
 TEST_F(NSDictionaryTest, KeysAndValuesOwnOperationsMayChangeWhatIsWalkedOrPassed) {

@@ -79,9 +79,9 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
         "\\b[A-Z]\\w*\\b", "^(([\"'])[a-z]\\2)?", "^([\"']).*\\1$", "^(.+)-\\1$", "([a-z])\\1",
         "^([a-z]+)\\1{11}", "\\b(-?)a\\1\\b", "([^:]*):([a-z]+)/\\2", "([^-]+)-\\1", "([^a-z-]+)-\\1",
         "^([a-z]+)=\\1;[a-z]*;", "^a?([a-z]+) \\1", "[\\0-9]+(a*)(b*)[]\\1]", "(.{0,25})\\1",
-        "a{0,12}([a-z])\\1", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}", "a)b", "(|)\\1",
-        times(2000, "[a-z]x"), "word" + times(999, "|word"), nested(200, "a", ""), times(100, "(a?)"),
-        "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
+        "a{0,12}([a-z])\\1", "\\0*.*", "a{32767}", "(ab){1000}", "x{0,999}", "((a{9,40}){1,10}.){10}",
+        "(\\b[a-z]{2,30}-){1,8}", "a)b", "(|)\\1", times(2000, "[a-z]x"), "word" + times(999, "|word"),
+        nested(200, "a", ""), times(100, "(a?)"), "([^,]*,?)*", "(^|,)([^,]*)", "(\\<a)*", "a***",
         // Malformed, which is the compiler's to say.
         "(", "a{", "a{2,1}", "a{40000}", "[[:alpha:]", "*", "a\\", "a{x}" + times(9, "*"), "[[.x",
         times(500, "|" + times(8, "{32767}"))}; // in no time
@@ -91,6 +91,7 @@ TEST(PatternCheckTest, PatternsThatPeopleWritePass) {
 
 TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
     const char *const kRepeats = "it is too large when its repeats are multiplied";
+    const char *const kOpen = "too much of it may vary when its repeats are multiplied";
     const char *const kEmpty = "too many of its parts in a row may match nothing";
     const char *const kEndless = "a back reference is repeated without end";
     const char *const kVaries = "too much of it may vary beside back references";
@@ -112,7 +113,9 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"((a{100}){100}){100}", kRepeats},
         {nested(17, "a", "+"), kEmpty}, // the groups' ends are many before the copies are
         {"((a{200}){200}){0}", kRepeats},
-        {times(200, "(a{200}"), kRepeats}, // before it is seen that the ends are missing
+        {"((a{9,40}){0,15}.){10}", kOpen},
+        {"((a{9,40}){0,9}\\ba){0,5}", kOpen}, // what is kept is kept for each side of an anchor
+        {times(200, "(a{200}"), kRepeats},    // before it is seen that the ends are missing
         {times(1001, "a*"), kEmpty},
         {times(14, "(a*)?") + "(a*)*", kEmpty}, // 2 to the power of 14 ways into the loop
         {"(|)(\\1\\1)*", kEndless},

@@ -59,7 +59,7 @@ publish --quiet "$site" "$out"
 tr -d '\r' <"$out/deep/text.html" | cmp - "$work/text.html" || fail 'lines that end as elsewhere'
 [ "$(readlink "$out/assets/link")" = data.bin ] || fail 'the link was not copied as one'
 
-chmod 640 "$site/assets/own.html"
+chmod 6640 "$site/assets/own.html"
 expect 'an asset with other rights' "$out: 1 written, 6 unchanged, 0 removed" publish "$site" "$out"
 [ "$(stat -c %a "$out/assets/own.html")" = 640 ] || fail 'the rights of an asset'
 

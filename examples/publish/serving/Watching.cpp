@@ -136,19 +136,23 @@ NSString *Watch::stateOf(NSString *path, const std::string &real) const {
     return digest->md5Hash();
 }
 
+// Without memory for all of it nothing is noted, so that what has changed is seen the next time.
 bool Watch::hasChanged() {
     const NSAutoreleasePool pool;
     bool isOther = false;
     noteOwn();
-    places_.clear();
+    Places places;
+    const Ref<NSMutableDictionary> states = NSMutableDictionary::init();
     for (id element : *states_->allKeys()) {
         auto *path = static_cast<NSString *>(element);
         const std::string place = realPath(path);
-        places_.insert(place);
+        places.insert(place);
         NSString *const now = stateOf(path, place);
         isOther |= !now->isEqual(states_->objectForKey(path));
-        states_->setObjectForKey(now, path);
+        states->setObjectForKey(now, path);
     }
+    places_.swap(places);
+    states_ = states;
     return isOther;
 }
 
