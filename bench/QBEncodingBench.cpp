@@ -62,6 +62,8 @@ void filterOurs(benchmark::State &state, const std::string &input) {
     Ref<QBBase64OutputFilter> filter;
     for (auto _ : state) {
         if (!target || target->byteCounter() + length * 4 / 3 + 4 > room) {
+            filter = nullptr; // as programs let go of one sink before they make the next
+            target = nullptr;
             target = QBDataOutputStream::initWithCapacity(room);
             filter = make(target.get());
         }

@@ -82,6 +82,8 @@ BOOL QBInputStreamWithKnownLength::providesSameDataAs(QBInputStreamWithKnownLeng
         qb::raiseError(kFile, __LINE__, qb::kErrorOutOfMemory);
         return NO;
     }
+    // For one that says that it has read, and has not.
+    std::memset(chunks.get(), 0, 2 * std::size_t{kChunkLength});
     reset();
     other->reset();
     const bool isEqual = restIsEqual(this, other, static_cast<char *>(chunks.get()));
