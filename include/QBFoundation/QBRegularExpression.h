@@ -32,20 +32,21 @@ class QBRegularExpressionMatchObject;
 /// So is one whose back references would take it more than a few seconds in a text of a few KiB, or make it
 /// lose what it has found. Beside back references, only one thing may be open: where the match begins (unless
 /// the pattern begins with "^", has no "|" outside of groups and REG_NEWLINE is not set), or where an endless
-/// repeat ends. The end is not open where no reference stands in front, and a blank or one of
-/// !"#%&',-/:;<=>@_~ follows, with at most closing parentheses between, a repeated bracket expression of
-/// nothing but ASCII letters and digits, written out or as ranges, or one without "[" inside that begins with
-/// "^" and names it ("-" at its beginning or end). A group that is referred to must neither have an anchor
-/// nor be repeated, save by "?" when it cannot be empty, nor stand behind a repeat with an open end, nor,
-/// when it can be empty, in a branch or in what "?" may leave out, nor be referred to twice or beside an
-/// anchor that may be left out. No anchor may be repeated, save by "?". Branches and repeats that may but
-/// need not go on are counted, and may be some 25 for one back reference, ten for two or in front of the
-/// group, four for four, one for ten, and fewer where several of these meet or the pattern has many parts, of
-/// which there may be 200 after repeating (a set is three). None may be in front of the group when any end is
-/// open. When the group has an endless repeat inside, no reference may be left out, nor, unless the match
-/// begins at one place, any choice be in front of the group. All choices together may leave 10 000 ways to
-/// read the pattern, and what has more than one must not be repeated without end, as in "(a|b)*". So
-/// "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine, "(.+)-\1" and "(.)*\1" are not.
+/// repeat ends. The end is not open where no reference stands in front, and a blank, "\s" or one of
+/// !"#%&',-/:;<=>@_~ follows, with at most closing parentheses between, a repeated "\w" (but for "_"),
+/// bracket expression of nothing but ASCII letters and digits, written out, as ranges or as classes
+/// ("[:alpha:]"), or one without "[" inside that begins with "^" and names what follows ("-" at its beginning
+/// or end). A group that is referred to must neither have an anchor nor be repeated, save by "?" when it
+/// cannot be empty, nor stand behind a repeat with an open end, nor, when it can be empty, in a branch or in
+/// what "?" may leave out, nor be referred to twice or beside an anchor that may be left out. No anchor may
+/// be repeated, save by "?". Branches and repeats that may but need not go on are counted, and may be some 25
+/// for one back reference, ten for two or in front of the group, four for four, one for ten, and fewer where
+/// several of these meet or the pattern has many parts, of which there may be 200 after repeating (a set is
+/// three). None may be in front of the group when any end is open. When the group has an endless repeat
+/// inside, no reference may be left out, nor, unless the match begins at one place, any choice be in front of
+/// the group. All choices together may leave 10 000 ways to read the pattern, and what has more than one must
+/// not be repeated without end, as in "(a|b)*". So "([a-z])\1", "^(.+)-\1$" and "([a-z]+) \1" are fine,
+/// "(.+)-\1" and "(.)*\1" are not.
 ///
 /// Groups can't be found where an endless repeat may match nothing in several ways, as "(a?|b?)*", or may
 /// match nothing and is repeated with an anchor, as "((^|,)a*)+" or "((a*)*^b){2}": the platform would look

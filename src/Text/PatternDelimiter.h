@@ -6,9 +6,9 @@
 
 namespace qb::text {
 
-/// Whether a repeat of `part`, the text of a bracket expression, can end at one place only, because a
-/// character that it has not must follow in `behind`, the pattern after the repeat: "[a-z]" before ") ",
-/// "[^:]" before ":". False when in doubt; so it is for any other part.
+/// Whether a repeat of `part`, the text of a bracket expression or "\w", can end at one place only, because a
+/// character that it has not must follow in `behind`, the pattern after the repeat: "[a-z]" before ") ", "\w"
+/// before "\s", "[^:]" before ":". False when in doubt; so it is for any other part.
 bool isDelimited(std::string_view part, std::string_view behind);
 
 } // namespace qb::text

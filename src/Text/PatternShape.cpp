@@ -78,7 +78,8 @@ PatternShape anchorShape() {
 
 PatternShape wordBoundaryShape() {
     PatternShape shape = choice(anchorShape(), anchorShape());
-    shape.hasSkippedAnchor = false; // it is one or the other
+    shape.hasSkippedAnchor = false;
+    shape.choices = 0; // it is one or the other
     shape.readings = 1;
     return shape;
 }
