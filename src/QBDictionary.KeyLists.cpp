@@ -3,6 +3,7 @@
 
 #include <QBFoundation/ErrorNumbers.h>
 #include <QBFoundation/Foundation/NSException.h>
+#include <QBFoundation/Foundation/NSSet.h>
 #include <QBFoundation/OSAdaptor/OSDebugPrinter.h>
 #include <QBFoundation/QBErrorHandler.h>
 #include <QBFoundation/QBNil.h>
@@ -21,22 +22,6 @@ NSDictionary *dictFromCorrectArrayOfClass(Class *asked, NSArray *array) {
     return send<NSDictionary *>(asked, "dictFromCorrectArray:supportedMultiValues:"_sel, array, nullptr);
 }
 
-// The elements of an array, to be looked up for each key.
-class MultiValues {
-public:
-    explicit MultiValues(NSArray *keys) {
-        const Ref<NSArray> kept =
-            keys ? NSArray::initWith(keys->view()) : nullptr; // whatever their hashes do
-        if (kept)
-            for (id key : *kept)
-                keys_.entryFor(key);
-    }
-    bool contain(id key) const { return keys_.find(key) != nullptr; }
-
-private:
-    qb::HashTable keys_;
-};
-
 bool raiseMalformed(std::uint32_t index, const char *expected) {
     qb::raiseError(kFile, __LINE__, qb::kErrorMalformedKeyList, index, expected);
     return false;
@@ -48,10 +33,10 @@ bool isCorrect(NSArray *keysAndValues, NSArray *multiValues) {
     if (count % 2 != 0)
         return raiseMalformed(count, "a value for the last key");
     qb::HashTable keys;
-    MultiValues multi(multiValues);
+    const Ref<NSSet> multi = NSSet::setWithArray(multiValues);
     for (std::uint32_t i = 0; i < count; i += 2) {
         const Ref<NSObject> key = keysAndValues->objectAtIndex(i);
-        if (keys.find(key) && !multi.contain(key))
+        if (keys.find(key) && !multi->containsObject(key))
             return raiseMalformed(i, "another key");
         keys.entryFor(key);
     }
@@ -82,13 +67,13 @@ std::span<const qb::Method> NSDictionary::keyListMethods() {
 
 BOOL NSDictionary::setUpFromArray(NSArray *array, NSArray *supportedMultiValues) {
     const Ref<NSArray> kept = array; // whatever the keys do
-    MultiValues multi(supportedMultiValues);
+    const Ref<NSSet> multi = NSSet::setWithArray(supportedMultiValues);
     const std::uint32_t count = array ? array->count() : 0;
     for (std::uint32_t i = 0; i < count; i += 2) {
         const Ref<NSObject> key = array->objectAtIndex(i);
         const Ref<NSObject> value = i + 1 < count ? array->objectAtIndex(i + 1) : QBNil::value();
         traceValue(value);
-        if (!multi.contain(key)) {
+        if (!multi->containsObject(key)) {
             store(key, value);
             continue;
         }
