@@ -1,11 +1,11 @@
 // Data as hexadecimal digits.
 #include <QBFoundation/Foundation/NSData.h>
 
-#include <QBFoundation/Foundation/NSException.h>
 #include <QBFoundation/Foundation/NSString.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/NSData.Tables.h"
+#include "Foundation/Required.h"
 #include "Text/Hex.h"
 
 std::span<const qb::Method> qb::tables::dataHexString() {
@@ -16,9 +16,9 @@ std::span<const qb::Method> qb::tables::dataHexString() {
 }
 
 NSString *NSData::asHexString() const {
-    if (length() >= UINT32_MAX / 2)
-        throw InvalidArgumentException("NSData asHexString must have a result of less than 2^32 - 1 bytes.");
-    return NSString::initFilled(std::size_t{length()} * 2,
+    const std::uint64_t digits = std::uint64_t{length()} * 2;
+    qb::requireLength(digits, "NSData asHexString");
+    return NSString::initFilled(static_cast<std::size_t>(digits),
                                 [&](char *target) { qb::text::writeHex(bytes(), length(), target); })
         .autorelease();
 }

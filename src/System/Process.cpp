@@ -3,9 +3,13 @@
 #include "Attempt.h"
 #include "Descriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
@@ -23,6 +27,9 @@ namespace {
 
 // A user's entry with longer texts is not looked for.
 constexpr std::size_t kLargestEntry = 1 << 20;
+
+// What the system tells of a process, but for one in more groups than anybody is.
+constexpr std::size_t kLargestStatus = 4096;
 
 // What a child that shares the memory needs, with the C library's `execvp`, for all but its arguments.
 constexpr std::size_t kSharedStack = 65536;
@@ -224,11 +231,31 @@ SignalsBlocked::~SignalsBlocked() {
     errno = error;
 }
 
+// The set of that name in a process's status, bit 0 for signal 1; all signals where it isn't told.
+static std::uint64_t signalsTold(const char *status, const char *name) {
+    const char *const line = std::strstr(status, name);
+    if (!line)
+        return ~std::uint64_t{0};
+    char *end;
+    const std::uint64_t signals = std::strtoull(line + std::strlen(name), &end, 16);
+    return *end == '\n' ? signals : ~std::uint64_t{0};
+}
+
+// One look at the list instead of a call for each signal, which a start would feel.
+static std::uint64_t signalsWithoutDefaultAction() {
+    char status[kLargestStatus + 1];
+    const Descriptor file(::open("/proc/self/status", O_RDONLY | O_CLOEXEC));
+    const ssize_t size = file ? ::read(file.get(), status, kLargestStatus) : 0;
+    status[std::max<ssize_t>(size, 0)] = '\0';
+    return signalsTold(status, "\nSigIgn:") | signalsTold(status, "\nSigCgt:");
+}
+
 void resetSignals() noexcept {
+    const std::uint64_t signals = signalsWithoutDefaultAction();
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     for (int signal = 1; signal < NSIG; ++signal)
-        if (signal != SIGKILL && signal != SIGSTOP) // which have no other
+        if (signals >> (signal - 1) & 1 && signal != SIGKILL && signal != SIGSTOP) // which have no other
             ::sigaction(signal, &action, nullptr);
     sigset_t none;
     ::sigemptyset(&none);

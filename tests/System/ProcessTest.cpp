@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <vector>
 
@@ -48,6 +49,12 @@ TEST(ProcessTest, ChildSharingMemoryIsSafeFromSignalsUntilItResetsThem) {
     const auto userBefore = std::signal(SIGUSR1, SIG_IGN);
     int value = 17;
     EXPECT_EQ(endOf(sys::startSharingMemory(sys::SignalsBlocked(), child, &value)), 17);
+    rlimit limit;
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit full{0, limit.rlim_max}; // no descriptor to ask the system for the actions with
+    ::setrlimit(RLIMIT_NOFILE, &full);
+    EXPECT_EQ(endOf(sys::startSharingMemory(sys::SignalsBlocked(), child, &value)), 17);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_FALSE(isBlocked(SIGALRM));
     EXPECT_EQ(actionOf(SIGUSR1), SIG_IGN);
     std::signal(SIGALRM, alarmBefore);
