@@ -40,12 +40,3 @@ TEST_F(NSProcessInfoTest, HostAndSystemAreNamedAndTheirFailuresHaveAnAnswer) {
     EXPECT_EQ(info->hostName()->view(), "localhost");
     EXPECT_EQ(info->operatingSystemVersionString()->view(), "");
 }
-
-TEST_F(NSProcessInfoTest, UniqueStringsAreNeverTheSameAndPrintable) {
-    std::set<std::string> seen;
-    for (int i = 0; i < 1000; ++i) {
-        NSString *const text = NSProcessInfo::processInfo()->globallyUniqueString();
-        EXPECT_TRUE(seen.insert(describe(text)).second) << *text;
-        EXPECT_TRUE(text->matches("^[A-Za-z0-9._-]+$"_ns)) << *text;
-    }
-}

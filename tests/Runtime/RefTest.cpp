@@ -12,13 +12,6 @@ TEST_F(RefTest, EqualsWhateverRefersToTheSameObject) {
     EXPECT_TRUE(text != other && text.get() != other && NSString::initWith("a") != text.get());
 }
 
-#ifndef QB_NO_FREE_LISTS
-TEST_F(RefTest, MemoryOfAStringIsThatOfTheNextOne) {
-    const void *const memory = NSString::initWith("gone").get();
-    EXPECT_EQ(NSString::initWith("here").get(), memory);
-}
-#endif
-
 TEST_F(RefTest, TwoInBracesAreElements) {
     const Ref<NSString> a = NSString::initWith("a");
     const Ref<NSObject> b = NSString::initWith("b");
