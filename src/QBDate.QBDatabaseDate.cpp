@@ -4,6 +4,7 @@
 #include <QBFoundation/QBNil.h>
 #include <QBFoundation/Runtime/MethodTable.h>
 
+#include "Foundation/Kept.h"
 #include "Foundation/NSDate.Tables.h"
 
 #include <algorithm>
@@ -93,6 +94,7 @@ std::span<const qb::Method> qb::tables::dateQBDatabaseDate() {
 }
 
 NSCalendarDate *NSDate::obsolete_dateWithString(id string) {
+    const qb::Kept kept(string); // whatever it does for its text
     NSString *const text = IsNil(string) ? nullptr : string->stringValue();
     return text && text->containsData() ? _dateWithArray(partsOf(text)) : nullptr;
 }

@@ -6,6 +6,7 @@
 #include <QBFoundation/Runtime/Send.h>
 
 #include "Foundation/NSEnumerator.Tables.h"
+#include "Foundation/Required.h"
 
 namespace {
 
@@ -96,7 +97,7 @@ Ref<NSObject> QBEnumFilter::copyWithZone(void *) const {
 }
 
 Ref<QBEnumFilter> QBEnumFilter::copy() const {
-    return static_cast<QBEnumFilter *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "QBEnumFilter copyWithZone:");
 }
 
 // --- Subclasses ---

@@ -3,6 +3,8 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 #include <QBFoundation/Runtime/Send.h>
 
+#include "Foundation/Required.h"
+
 namespace {
 
 QBEnumObjectFilter *filterOfClass(Class *asked, id target, SEL message, id argument) {
@@ -50,7 +52,7 @@ Ref<NSObject> QBEnumObjectFilter::copyWithZone(void *zone) const {
 }
 
 Ref<QBEnumObjectFilter> QBEnumObjectFilter::copy() const {
-    return static_cast<QBEnumObjectFilter *>(copyWithZone(nullptr).get());
+    return qb::requiredCopy(this, "QBEnumObjectFilter copyWithZone:");
 }
 
 Class *QBEnumObjectSelectFilter::cls() {

@@ -21,6 +21,7 @@ using qb::Value;
 constexpr const char *kFile = "src/QBObject.KeyAccess";
 
 std::string_view textOf(id key) {
+    const qb::Kept kept(key); // whatever it does for its text
     NSString *const text = key ? key->stringValue() : nullptr;
     return text ? text->view() : "(null)";
 }

@@ -36,6 +36,7 @@ QBPath *QBPath::pathByReplacingExtension(NSString *extension) const {
 }
 
 QBPath *QBPath::pathByAppendingPathComponent(id component) const {
+    const qb::Kept kept(component); // whatever it does for its text
     NSString *const added = component ? component->stringValue() : nullptr;
     if (!added || !added->containsData())
         return asQbPath();
@@ -57,7 +58,7 @@ QBPath *QBPath::pathByAppendingPath(id path) const {
 
 id QBPath::relativePathTo(id path) const {
     const qb::Kept keptPath(path); // whatever its class does for a path, or makes of comparing components
-    QBPath *const target = path && isAbsolutePath() ? path->asQbPath() : nullptr;
+    const Ref<QBPath> target = path && isAbsolutePath() ? path->asQbPath() : nullptr;
     if (!target || !target->isAbsolutePath())
         return path;
     const Ref<NSArray> myArray = NSArray::initWith(pathArray()->view()),

@@ -5,6 +5,7 @@
 #include <QBFoundation/Runtime/MethodTable.h>
 
 #include "Foundation/ArchiveFormat.h"
+#include "Foundation/Kept.h"
 #include "QBPath.Tables.h"
 
 #include <algorithm>
@@ -95,6 +96,7 @@ BOOL QBPath::containsData() const {
 BOOL QBPath::isEqual(id other) const {
     if (other == this)
         return YES;
+    const qb::Kept kept(other); // whatever it does for its text
     NSString *const text = other ? other->stringValue() : nullptr;
     return text && string_ && string_->isEqual(text);
 }

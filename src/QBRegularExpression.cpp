@@ -60,7 +60,7 @@ public:
     }
 
     void store(NSString *pattern, std::int32_t flags, QBRegularExpression *expression) {
-        if (expression && pattern->copy().get() == pattern) // it will never change
+        if (expression && pattern->copyWithZone(nullptr).get() == pattern) // it will never change
             entryFor(pattern) = {pattern, flags, expression};
     }
 

@@ -178,10 +178,10 @@ public:
             pause_ = left_ = 1;
         if (left_ == 0 || --left_ != 0)
             return;
-        if (publishOnce())
-            return;
-        left_ = pause_;
+        left_ = pause_; // whatever missing memory throws meanwhile
         pause_ = std::min(2 * pause_, kLongestPause);
+        if (publishOnce())
+            left_ = 0;
     }
 
 private:
@@ -218,15 +218,16 @@ bool serve(const Options &options, const Plugins &plugins, OSSocket *listener, s
 int run(const Options &options) {
     watchForInterruption();
     Plugins plugins; // once, as a library that is loaded again stays what it was
+    const bool isLoaded = succeeds([&] { return plugins.load(options.plugins); });
+    if (options.isQuiet || options.logFile) // a plug-in that is no library has ended the run with a log line
+        OSLogger::disableDuplicateLogToStderr();
     Ref<OSSocket> listener;
-    if (succeeds([&] { return plugins.load(options.plugins); }) && options.serves())
+    if (isLoaded && options.serves())
         listener = options.socket ? serving::listenAt(options.socket) : serving::listenOnPort(options.port);
     if (hasFailed()) {
         sayErrors();
         return kExitFailed;
     }
-    if (options.isQuiet || options.logFile) // a plug-in that is no library has ended the run with a log line
-        OSLogger::disableDuplicateLogToStderr();
     std::optional<serving::SocketPlace> place;
     if (listener && options.socket)
         place.emplace(options.socket);

@@ -23,6 +23,9 @@ namespace {
 
 constexpr const char *kLocalTime = "/etc/localtime";
 constexpr std::string_view kAheadSuffix = " DST";
+// Names that aliases lead to, and what they are called today: systems may leave them out.
+constexpr std::pair<std::string_view, std::string_view> kFormerNames[] = {
+    {"GB-Eire", "Europe/London"}, {"W-SU", "Europe/Moscow"}, {"Australia/West", "Australia/Perth"}};
 // More than the database has names; only made-up names reach it.
 constexpr std::size_t kCacheLimit = 1024;
 
@@ -130,6 +133,12 @@ ZoneRef zoneFromFile(const std::string &path, std::string_view name, int &error,
     return std::make_shared<const Zone>(std::string(name), std::move(data), advance);
 }
 
+/// Returns whether asking again would give no zone again. A passing want of descriptors, say, must not make a
+/// zone unknown for ever.
+bool isLasting(int error) {
+    return error == 0 || error == ENOENT || error == ENOTDIR || error == EISDIR || error == EFBIG;
+}
+
 ZoneRef databaseZone(std::string_view entry, std::string_view name, int &error, std::int32_t advance = 0) {
     error = 0;
     if (!isSafeName(entry))
@@ -156,13 +165,12 @@ ZoneRef findZone(std::string_view name, int &error) {
         return fixedZone(*offset, name);
     if (name.ends_with(kAheadSuffix))
         return zoneAhead(name.substr(0, name.size() - kAheadSuffix.size()), name, error);
-    return databaseZone(name, name, error);
-}
-
-/// Returns whether asking again would give no zone again. A passing want of descriptors, say, must not make a
-/// zone unknown for ever.
-bool isLasting(int error) {
-    return error == 0 || error == ENOENT || error == ENOTDIR || error == EISDIR || error == EFBIG;
+    ZoneRef zone = databaseZone(name, name, error);
+    if (!zone && isLasting(error))
+        for (const auto &[formerName, todaysName] : kFormerNames)
+            if (formerName == name)
+                return databaseZone(todaysName, name, error);
+    return zone;
 }
 
 /// Returns the zone of a TZ text, in the C library's order: a file, then a rule.

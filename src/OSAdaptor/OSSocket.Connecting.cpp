@@ -6,6 +6,7 @@
 #include <QBFoundation/IdCreator.h>
 #include <QBFoundation/QBNil.h>
 
+#include "Foundation/Kept.h"
 #include "OSAdaptor/OSNameService.Lookup.h"
 #include "OSAdaptor/OSSocket.Support.h"
 #include "System/Files.h"
@@ -51,6 +52,7 @@ const sockaddr *generic(const Address &address) {
 
 // Returns the host as a name and as an error's value.
 NSString *nameOf(id host) {
+    const qb::Kept kept(host); // whatever it does for its text
     NSString *const name = host ? host->stringValue() : nullptr;
     return name ? name : "nil"_ns;
 }

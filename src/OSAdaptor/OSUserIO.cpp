@@ -13,6 +13,7 @@
 #include "System/Stdio.h"
 #include "Text/Utf8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -23,6 +24,9 @@ namespace sys = qb::sys;
 namespace {
 
 constexpr std::size_t kConversionBufferSize = 10240;
+// The C library converts ahead what it is given, and begins anew behind each byte that it can't convert.
+constexpr std::size_t kWindowBehindBadByte = 16;
+constexpr std::size_t kLongestCharacter = 6; // in bytes
 
 const iconv_t kNoConversion = reinterpret_cast<iconv_t>(-1);
 
@@ -32,19 +36,26 @@ constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
 bool convertAll(iconv_t handle, std::string_view text, std::string &converted) {
     char buffer[kConversionBufferSize];
     char *input = const_cast<char *>(text.data());
-    std::size_t inputLeft = text.size();
+    const char *const end = input + text.size();
+    std::size_t window = text.size();
     for (;;) {
+        const std::size_t given = std::min(window, static_cast<std::size_t>(end - input));
+        std::size_t inputLeft = given;
         char *output = buffer;
         std::size_t outputLeft = sizeof buffer;
         const bool isDone = sys::iconv(handle, &input, &inputLeft, &output, &outputLeft) != kFailed;
         const int error = isDone ? 0 : errno;
         converted.append(buffer, static_cast<std::size_t>(output - buffer));
-        // An incomplete character at the end; or a handle that leaves characters out, which it tells then.
-        if (isDone || error == EINVAL || (error == EILSEQ && inputLeft == 0))
-            return true;
-        if (error == EILSEQ) {
+        const bool isEnd = input + inputLeft == end;
+        // An incomplete character at the end; or a handle that leaves characters out, which it tells then,
+        // and even so when the last character is incomplete.
+        if (isDone || error == EINVAL || (error == EILSEQ && inputLeft < (isEnd ? 1 : kLongestCharacter))) {
+            if (isEnd)
+                return true;
+            window = 2 * given;
+        } else if (error == EILSEQ) {
             converted += *input++;
-            --inputLeft;
+            window = kWindowBehindBadByte;
         } else if (error != E2BIG) {
             return false;
         }

@@ -427,9 +427,9 @@ private:
         return interval.high > 1 ? opened(copies, part) : copies;
     }
 
-    /// Returns the shape of the part's copies, with their nodes open if the part has choices.
+    /// Returns the shape of the part's copies, with their nodes open if the part may be of several lengths.
     PatternShape opened(PatternShape copies, const PatternShape &part) {
-        if (PatternCount() < part.choices)
+        if (PatternCount() < part.choices || part.hasEndlessRepeat)
             copies.openNodes = copies.nodes * (PatternCount() < part.allAnchors ? kOpenAnchorCost : 1);
         return checked(copies);
     }

@@ -53,7 +53,7 @@ struct PatternShape {
     PatternCount references;    // back references
     PatternCount captures;      // groups that back references name
     PatternCount choices;       // between branches, and whether a repeat that ends goes on
-    PatternCount openNodes;     // of repeats of what has choices: the matcher may be at all of them at once
+    PatternCount openNodes;     // of repeats of what varies in length: the matcher may be at all of them
     PatternCount openEnds;      // endless repeats of which nothing says where they end
     PatternCount readings = 1;  // ways through it, endless repeats gone through as often as the text says
     Ways ways;

@@ -58,12 +58,18 @@ TEST_F(OSUserIOTest, ConversionPassesOnWhatItCannotConvert) {
 TEST_F(OSUserIOTest, TextsAndLogLinesAreConvertedWhole) {
     _iconvHandle = kLatin;
     CapturedOutput error;
+    std::string text, expected; // with bytes that can't be converted at any distance
+    for (std::size_t distance = 0; distance < 40; ++distance) {
+        text += "\u65E5" + std::string(distance, '.') + "\u00FC";
+        expected += "\u65E5" + std::string(distance, '.') + "\xFC";
+    }
+    OSUserIO::eprint(NSString::stringWith(text));
     OSUserIO::eprintLn("gr\xC3\xBC\xC3\x9F\xC3"_ns); // the last one is cut off
     OSUserIO::setOutputConversionCallback([](iconv_t, NSString *) { return "ignored"_ns; });
     OSLogger::setDefaultLogFileName(path("log"));
     OSLogger::loggerForCategory(""_ns)->logWithLevelMessage(0, "\xC3\xBC"_ns);
     _iconvHandle = kNone;
-    EXPECT_EQ(logLines(error.end()), "gr\xFC\xDF\n[T] (P) [] \xFC\n");
+    EXPECT_EQ(logLines(error.end()), expected + "gr\xFC\xDF\n[T] (P) [] \xFC\n");
     EXPECT_EQ(logLines(directory_.read("log")), "[T] (P) [] \xFC\n");
 }
 

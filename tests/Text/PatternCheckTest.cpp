@@ -116,7 +116,8 @@ TEST(PatternCheckTest, HostilePatternsAreRefusedWithTheReason) {
         {"((a{200}){200}){0}", kRepeats},
         {"((a{9,40}){0,15}.){10}", kOpen},
         {"((a{9,40}){0,9}\\ba){0,5}", kOpen}, // what is kept is kept for each side of an anchor
-        {times(200, "(a{200}"), kRepeats},    // before it is seen that the ends are missing
+        {"([a-z]*\\<.){1400}Z", kOpen},
+        {times(200, "(a{200}"), kRepeats}, // before it is seen that the ends are missing
         {times(1001, "a*"), kEmpty},
         {times(14, "(a*)?") + "(a*)*", kEmpty}, // 2 to the power of 14 ways into the loop
         {"(|)(\\1\\1)*", kEndless},
