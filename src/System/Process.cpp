@@ -281,7 +281,8 @@ ssize_t writeWithoutSignal(int descriptor, const void *buffer, std::size_t lengt
     const ssize_t result = sys::write(descriptor, buffer, length, onSignal);
     const int error = errno;
     const timespec atOnce{};
-    if (result < 0 && error == EPIPE && !wasPending)
+    // Also where the reader went amid a write, of which a part was taken.
+    if (result != static_cast<ssize_t>(length) && !wasPending)
         ::sigtimedwait(&pipe, nullptr, &atOnce);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     errno = error;

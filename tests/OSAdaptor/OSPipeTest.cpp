@@ -78,6 +78,21 @@ TEST_F(OSPipeTest, SignalsThatTheCallerHoldsBackStayAsTheyWere) {
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
 }
 
+TEST_F(OSPipeTest, ReaderThatGoesAmidAWriteIsToldByItsLengthAndNoSignal) {
+    OSPipe *const pipe = OSPipe::pipe();
+    const pid_t reader = ::fork();
+    if (reader == 0) {
+        pipe->closeWriteHandle();
+        char byte;
+        ::_exit(::read(pipe->readHandle(), &byte, 1) == 1 ? 0 : 1);
+    }
+    pipe->closeReadHandle();
+    const std::string much(1'000'000, 'x'); // than the pipe holds
+    const auto written = pipe->write(much.data(), 1'000'000);
+    EXPECT_TRUE(written > 0 && written < 1'000'000) << written;
+    EXPECT_EQ(::waitpid(reader, nullptr, 0), reader);
+}
+
 TEST_F(OSPipeTest, StreamsReadWriteCloseAndNeedAnOpenEnd) {
     OSPipe *const pipe = OSPipe::pipe();
     OSPipeInputStream *const source = pipe->getInputStream();
