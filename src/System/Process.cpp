@@ -13,7 +13,6 @@
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
-#include <pthread.h>
 #include <pwd.h>
 #include <sched.h>
 #include <sys/mman.h>
@@ -43,10 +42,14 @@ struct SharingStart {
 // page in each child, whatever call makes it.
 pid_t *placeOfId() {
     static auto *const place = [] {
+        const int error = errno;
         const auto size = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
         void *const page = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        return page != MAP_FAILED && ::madvise(page, size, MADV_WIPEONFORK) == 0 ? static_cast<pid_t *>(page)
-                                                                                 : nullptr;
+        constexpr int kNoAdvice = -1; // an emulator takes any, and empties nothing
+        const bool isEmptied = page != MAP_FAILED && ::madvise(page, size, MADV_WIPEONFORK) == 0 &&
+                               ::madvise(page, size, kNoAdvice) != 0;
+        errno = error;
+        return isEmptied ? static_cast<pid_t *>(page) : nullptr;
     }();
     return place;
 }
@@ -56,14 +59,9 @@ void keepId(pid_t id) {
         *place = id;
 }
 
-// For a child that shares the memory, and where an emulator has no such pages.
-void forgetId() {
-    keepId(0);
-}
-
 int runSharingChild(void *start) {
     const auto *self = static_cast<SharingStart *>(start);
-    forgetId();
+    keepId(0);
     return self->child(self->context);
 }
 
@@ -109,9 +107,8 @@ pid_t cloneInPlace(int (*child)(void *), void *context, std::size_t pointers, in
 } // namespace
 
 pid_t getpid() noexcept {
-    static const bool isForgottenInChildren = ::pthread_atfork(nullptr, nullptr, forgetId) == 0;
     pid_t *const id = placeOfId();
-    if (!id || !isForgottenInChildren)
+    if (!id)
         return ::getpid();
     if (*id == 0)
         *id = ::getpid();

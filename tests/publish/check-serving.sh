@@ -235,8 +235,9 @@ stop
 [ -e "$work/socket" ] || fail 'a file in the place of the socket was removed'
 
 # Where descriptors are few, or few can be waited for, clients wait and are not turned away, unless none can be waited for.
+emulator=("${launcher[@]}")
 while read -r limit inherited answered; do
-    launcher=(bash -c "ulimit -n $limit; for ((i = 3; i < $inherited; ++i)); do eval \"exec \$i<&0\"; done; exec \"\$@\"" -)
+    launcher=(bash -c "ulimit -n $limit; for ((i = 3; i < $inherited; ++i)); do eval \"exec \$i<&0\"; done; exec \"\$@\"" - "${emulator[@]}")
     start --serve 0
     status_of "$address/" >/dev/null # a sanitizer needs a descriptor when it first meets a class
     expect "requests with $inherited of $limit descriptors in use" "$answered" \
