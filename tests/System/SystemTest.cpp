@@ -92,23 +92,22 @@ TEST_F(SystemTest, LinesAndBlocksSurviveASignal) {
 }
 
 TEST_F(SystemTest, FlushingAllStreamsLosesNothingToSignals) {
+    constexpr ssize_t kSize = 199'999; // more than the pipe takes
     const Ref<OSPipe> pipe = OSPipe::init();
-    std::FILE *const writer = sys::fdopen(::dup(pipe->writeHandle()), "w");
-    const std::string text(200'000, 'x'); // more than the pipe takes
-    std::vector<char> buffer(text.size());
-    std::setvbuf(writer, buffer.data(), _IOFBF, buffer.size());
-    std::fwrite(text.data(), 1, text.size() - 1, writer);
     const pid_t slowReader = ::fork();
     if (slowReader == 0) {
-        sys::close(sys::fileno(writer));
         pipe->closeWriteHandle();
         ssize_t count = 0, got = 1;
         for (char block[4096]; got > 0; count += got) {
             sys::sleep(500'000);
             got = sys::read(pipe->readHandle(), block, sizeof block);
         }
-        ::_exit(count == 199'999 ? 0 : 1);
+        ::_exit(count == kSize ? 0 : 1);
     }
+    std::FILE *const writer = sys::fdopen(::dup(pipe->writeHandle()), "w");
+    std::vector<char> buffer(kSize + 1);
+    std::setvbuf(writer, buffer.data(), _IOFBF, buffer.size());
+    std::fwrite(std::string(kSize, 'x').data(), 1, kSize, writer);
     {
         const Alarm alarm(/*milliseconds=*/1, [](int) {});
         EXPECT_EQ(sys::fflush(nullptr), 0);

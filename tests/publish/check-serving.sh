@@ -235,7 +235,8 @@ stop
 [ -e "$work/socket" ] || fail 'a file in the place of the socket was removed'
 
 # Where descriptors are few, or few can be waited for, clients wait and are not turned away, unless none can be waited for.
-emulator=("${launcher[@]}")
+emulator=() # other launchers want descriptors themselves
+"$program" --version >/dev/null 2>&1 || emulator=("${launcher[@]}")
 while read -r limit inherited answered; do
     launcher=(bash -c "ulimit -n $limit; for ((i = 3; i < $inherited; ++i)); do eval \"exec \$i<&0\"; done; exec \"\$@\"" - "${emulator[@]}")
     start --serve 0

@@ -253,7 +253,7 @@ public:
     /// stop a server within that time. The callback must leave the socket alone that waits; it may throw.
     ///
     /// The descriptor of a listener that has waited so answers at once from then on, in all processes that
-    /// share it; `acceptSocketFromListener:` waits as before, unless `setNonBlocking` was asked for.
+    /// share it; here `acceptSocketFromListener:` waits as before, unless `setNonBlocking` was asked for.
     static void registerContinueBlockingOperationCallback(OSContinueBlockingOperationCallback callback);
 
     /// Does nothing on this system.
